@@ -1,0 +1,32 @@
+// Reads a delimited text file row by row and prints its fields, one row a line.
+#include "CDataAccess.h"
+#include "CSourceDataInfo.h"
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+
+int main(int argc, char** argv) {
+    constexpr DWORD maxFields = 256;
+    CSourceDataInfo info;
+    if (argc != 2 || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_UNKNOWN))
+        return 2;
+    info.PrepareReadSourceData(true);
+
+    CDataAccess access(maxFields, 65535, 65535, &info);
+    if (!access.FileOpen()) {
+        std::fprintf(stderr, "%s: error %u\n", argv[1], static_cast<unsigned>(access.GetErrorCode()));
+        return 1;
+    }
+    const char** fields = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    while (access.HasNextLineData() && access.GetLineData(fields, lengths, count)) {
+        for (DWORD i = 0; i < std::min(count, maxFields); ++i)
+            std::printf("[%s]", fields[i]);
+        std::putchar('\n');
+    }
+    return access.HasNextLineData() ? 1 : 0;
+}

@@ -1,0 +1,95 @@
+// CCsvDataAccess: the reader of delimited text, one record per call.
+//
+// Sources in the ANSI code page (RCS_ANSI) are split as they stand. The grammar never rejects a record for its
+// syntax: blanks around fields are dropped (inside quotes too), a quote at a field's start opens a quoted part, a
+// doubled quote in it is one quote, text after the closing quote goes on with the field, control bytes are dropped, a
+// TAB inside a field becomes a space that is not trimmed, and SUB (0x1A) outside quotes ends the record.
+//
+// Limits:
+//   fields  A record with more than dwMaxFieldCnt fields is read; the count tells all, the arrays hold the first.
+//   field   A field longer than dwMaxFieldSize is cut to it, or one byte less so that no half character remains.
+//   record  Each byte of a field counts, stored or dropped, and one for each field end. A record whose line end is
+//           not reached below dwMaxLineSize fails its read: false, error code 0, `dwCount` with the fields so far,
+//           the other parameters not assigned. Nothing is skipped: the next read starts where this one stopped.
+//           A dwMaxLineSize above 65535 is taken as 65535, because lengths have 16 bits.
+//
+// A failed read of the file ends the record in hand: its fields are handed out, the result is false and the error
+// code the system's. A SUB at a field's start before the end of the file gives false as well, with error code 0.
+// After the last record of a file that ends with a line end one more read succeeds with 0 fields.
+//
+// Sources in UTF-8, and those of fewer than 4 bytes whose character set was left to the reader, follow another
+// grammar: every space outside quotes is dropped, also inside a field; a quote opens a quoted part anywhere; TABs are
+// dropped unless they separate; an empty line has 0 fields; SUB ends a record that holds something and is dropped at
+// its start. The record is converted to the ANSI code page: invalid bytes give U+FFFD, characters without a form in
+// the page '?'. The field count never exceeds dwMaxFieldCnt. A record of more than dwMaxLineSize bytes before its
+// conversion fails its read: false, nothing assigned, the next read starts inside it. One that has more than
+// dwMaxLineSize bytes only after it, its NULs counted, is true with 0 fields. A failed read of the file ends the
+// record in hand with true and the system's error code. After the last record HasNextLineData is false at once.
+#pragma once
+
+#include "VCTextFileOperater.h"
+
+namespace NSTQ::NSTQCore {
+
+class TQCACCESS_API CCsvDataAccess : public VCTextFileOperater {
+public:
+    /// Throws std::bad_alloc.
+    CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
+    /// `bQuoteNewLine`: a line end inside quotes is dropped and the record goes on; otherwise it ends the record.
+    CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, bool bQuoteNewLine);
+    /// `eCharSet` stands until FileOpen takes the description's.
+    CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, bool bQuoteNewLine,
+                   CSourceDataInfo::EReadCharSet eCharSet);
+    ~CCsvDataAccess() override;
+
+    /// Reads the next record; see above for what makes it false.
+    bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
+
+    /// As above, and hands out the record's bytes as they stand in the file, its line end or SUB included:
+    /// `dwRecordSize` bytes at `pRecord`, not NUL-terminated, valid as long as the fields. A record of more than
+    /// dwMaxLineSize raw bytes gives false. Otherwise the result is true once the record has ended, even at a SUB or
+    /// a failed read. Sources in other character sets have no raw form: `dwRecordSize` is 0.
+    bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount, const char*& pRecord,
+                     DWORD& dwRecordSize);
+
+private:
+    struct SRecordState;
+    struct SCollectState;
+
+    bool _GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord, const char*& pRecord,
+                      DWORD& dwRecordSize);
+    bool _GetLineDataWithConvert(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord,
+                                 const char*& pRecord, DWORD& dwRecordSize);
+    bool _GetRecordData(unsigned char* pBuff, DWORD* pdwSize);
+    bool _IsEndofRecord(unsigned char c, bool* pbNeedMore);
+    void _Initial(DWORD dwSize, bool bQuoteNewLine);
+    bool OnReread() override;
+
+    void _StartRecord(bool bKeepRecord);
+    bool _FinishRecord(bool bResult, const char**& ppData, const WORD*& pLen, const char*& pRecord,
+                       DWORD& dwRecordSize);
+    bool _HasNextByte();
+    bool _IsNextByte(char c);
+    bool _ReadField(SRecordState& state);
+    void _SkipLeadingBlanks(SRecordState& state);
+    void _ReadQuotedPart(SRecordState& state);
+    void _ReadUnquotedPart(SRecordState& state);
+    void _StoreRun(SRecordState& state, char cStop);
+    void _StoreByte(SRecordState& state, char c);
+    void _StoreField(SRecordState& state, DWORD dwField);
+    void _CollectRun(SCollectState& state);
+    bool _CollectNext(SCollectState& state);
+    std::size_t _ConvertRecord(unsigned char* pText, std::size_t size) const;
+    void _SplitRecord(std::size_t size, DWORD& dwCount);
+
+    DWORD m_dwFieldSizeLimit;
+    DWORD m_dwLineSizeLimit;
+    DWORD m_dwFieldCntLimit;
+    std::unique_ptr<char[]> m_pRecordData; ///< the raw record, dwMaxLineSize bytes
+    DWORD m_dwRecordSize = 0;
+    bool m_bKeepRecord = false;
+    DWORD m_dwRecordStartPos = 0; ///< from where in the read buffer the raw record is still to be collected
+    bool m_bQuoteNewLine = false;
+};
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,145 @@
+// CSourceDataInfo: what is known about one source, before and while it is read.
+//
+// Calling order: construct, SetCommonInfo with the path, then the options (SetCommonInfo clears the password),
+// PrepareReadSourceData, then the readers, which take the record as a constant pointer.
+//
+// The record owns all its texts. Pointers that it hands out stay valid until SetCommonInfo, a later preparation or
+// the setter of the same text, or destruction; callers never free them. Destruction removes the folder that a package
+// was unpacked into, with everything below it; links in it are removed and never followed.
+//
+// One thread builds and changes a record; readers on other threads may use the const operations while nobody does.
+#pragma once
+
+#include "SCDataAccessDefine.h"
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace NSTQ::NSTQCore {
+
+class TQCACCESS_API CSourceDataInfo {
+public:
+    /// The character set of a text source. The values are fixed.
+    enum EReadCharSet : DWORD {
+        RCS_AUTO = 0, ///< the text reader decides when it opens the file
+        RCS_ANSI = 1, ///< the system's ANSI code page
+        RCS_UTF8 = 2  ///< UTF-8, converted to the ANSI code page
+    };
+
+    /// The result of preparation. The values are fixed.
+    enum ESourceDataOpen : DWORD {
+        SDO_FAILED = 0,             ///< the paths or strings needed could not be built
+        SDO_TEXT_FILE = 1,          ///< delimited text or no known type; nothing was done
+        SDO_FIX_FILE = 2,           ///< fixed-length text; the preview was read
+        SDO_DATABASE = 3,           ///< workbook or database; its names were listed
+        SDO_PACKAGE = 4,            ///< package; it was unpacked
+        SDO_FILE_NOT_FOUND = 5,     ///< the preview failed: no such file
+        SDO_EXCEPTION = 6,          ///< an exception ended preparation, such as a failed allocation
+        SDO_PASSWORD_ERROR = 7,     ///< password missing or wrong, or a package that cannot be unpacked
+        SDO_ACCESS_DENIED = 8,      ///< the preview failed: access denied
+        SDO_SHARING_VIOLATION = 9,  ///< the preview failed: another program holds the file
+        SDO_DISK_FULL = 10,         ///< the preview failed: disk full
+        SDO_FILENAME_TOO_LONG = 11, ///< the preview failed: name too long
+        SDO_READ_ERROR = 14,        ///< the preview failed in another way
+        SDO_TMPFILE_ERROR = 15      ///< no temporary name for the unpack folder
+    };
+
+    /// `dwFirstLineScanLimit`: the most bytes that type detection examines to find the end of the first line.
+    /// Throws std::bad_alloc.
+    explicit CSourceDataInfo(WORD wReserved = 256, DWORD dwFirstLineScanLimit = 4096);
+    ~CSourceDataInfo();
+    CSourceDataInfo(const CSourceDataInfo&) = delete;
+    CSourceDataInfo& operator=(const CSourceDataInfo&) = delete;
+
+    /// A new record with the same description and options but without the fixed-length preview; the caller deletes
+    /// it. Both name the same unpack folder, and the first to be destroyed removes it. Throws std::bad_alloc.
+    CSourceDataInfo* CreateClone() const;
+
+    /// Resets the record and describes the file at `path`: its update time and its type, found from the extension
+    /// and for text from the first line. `type` is the caller's expectation, which decides for "txt" files between
+    /// tab-separated and fixed-length text.
+    /// False when no type can be found; the path is kept then. A null path gives false and changes nothing. A path
+    /// of more than 260 bytes gives false and leaves the record reset: without path, type and strings, so that an
+    /// earlier source is not read in its place.
+    /// Delimiters, character set, start row, widths, selection and GetIsNeedPassWord survive. Throws nothing.
+    bool SetCommonInfo(const char* path, SCDeclareConstant::ESourceFileType type);
+
+    /// Does what the kind of source needs before it can be read. Throws nothing.
+    /// Delimited text and unknown types need nothing. Packages, fixed-length text, workbooks and databases have no
+    /// reader yet: SDO_FAILED.
+    ESourceDataOpen PrepareReadSourceData(bool bUseOffice2007Provider);
+
+    /// The path that a text reader opens: a package's data file, else the source's path. False, with `path`
+    /// untouched, while there is none.
+    bool GetFilePath(const char*& path) const;
+    /// False, with `type` untouched, when no type is known.
+    bool GetSourceFileType(SCDeclareConstant::ESourceFileType& type) const;
+    /// The file's update time as of SetCommonInfo, 0 when it could not be read. Always true.
+    bool GetUpDateDateTime(FILETIME& time) const;
+
+    /// The line end of a text source; CR and LF at first. 0 as the second byte makes a line end of one byte.
+    void SetDelimiter(char pre, char post);
+    void GetDelimiter(char* pre, char* post) const;
+    void SetReadCharSet(EReadCharSet charSet);
+    EReadCharSet GetReadCharSet() const;
+    /// Kept for the host; the library does not use it.
+    void SetStartReadRowCnt(DWORD rows);
+    DWORD GetStartReadRowCnt() const;
+
+    /// Never null; empty when none was set.
+    const char* GetPassWordString() const;
+    /// True once a preparation has asked for a password; nothing clears it.
+    bool GetIsNeedPassWord();
+    /// Sets the data file of a package. Null changes nothing; a path of 261 bytes or more leaves it empty.
+    void SetXtqfSourceFilePath(const char* path);
+    /// Never null; empty when nothing was unpacked.
+    const char* GetUncompressFolderPath() const;
+
+private:
+    static const DWORD PASSWORD_BUFFSIZE = 128;
+    static const DWORD CONNECT_STRING_BUFFSIZE = 1024;
+    static const DWORD RECORDSET_STRING_BUFFSIZE = 256;
+    static const DWORD FIX_READ_BUFFSIZE = 64000;
+    static const DWORD FIX_SHOW_ROW = 3;
+    static const DWORD FIX_READAREA = 12288;
+
+    void Initialize();
+    bool IsDBSourceData(SCDeclareConstant::ESourceFileType type) const;
+    void SetDataAccessErrorCode();
+    bool UncompressDeleteDirectory(const char* folder);
+    SCDeclareConstant::ESourceFileType FixSourceFileType(const char* path, WORD length);
+    SCDeclareConstant::ESourceFileType GetTextFileType(const char* path);
+    SCDeclareConstant::ESourceFileType SniffFirstLine(std::string_view bytes) const;
+
+    WORD m_wReserved;
+    DWORD m_dwFirstLineScanLimit;
+    std::unique_ptr<char[]> m_pFilePath; ///< the four path and password buffers have 261 bytes
+    FILETIME m_ftUpDateDateTime{};
+    SCDeclareConstant::ESourceFileType m_eSourceFileType = SCDeclareConstant::SFT_UNKNOWN;
+    DWORD m_dwErrorCode = 0;
+    char m_cPreDelimiter = SCDataAccessDefine::CR_CODE;
+    char m_cPostDelimiter = SCDataAccessDefine::LF_CODE;
+    EReadCharSet m_eReadCharSet = RCS_AUTO;
+    std::unique_ptr<char[]> m_pXtqfSourceFilePath;
+    std::unique_ptr<char[]> m_pUncompressFolderPath;
+    bool m_bIsNeedPassWord = false;
+    std::unique_ptr<char[]> m_pPassWordString;
+    std::unique_ptr<char[]> m_pSchemaNameBuff; ///< the sheet or table names, each with its NUL
+    DWORD m_dwSchemaNameBuffSize = 0;
+    std::vector<char*> m_vecSchemaName; ///< the usable names; each points into m_pSchemaNameBuff
+    DWORD m_dwSelectSchemaIndx = 0;
+    std::unique_ptr<char[]> m_pConnectString;
+    std::unique_ptr<char[]> m_pRecordSetString;
+    std::unique_ptr<char[]> m_pFixFileData;
+    DWORD m_dwFixScanPos = 0;
+    DWORD m_dwFixFirstRowLen = 0;
+    std::vector<WORD> m_vecFixColLen;
+    bool m_bIsExistFixCRLF = false;
+    DWORD m_dwStartReadRowCnt = 0;
+};
+
+static_assert(sizeof(CSourceDataInfo::EReadCharSet) == 4 && sizeof(CSourceDataInfo::ESourceDataOpen) == 4);
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,125 @@
+// VCTextFileOperater: buffered sequential reading, the base of the text readers.
+//
+// It opens the file of a description, reads it in fills of 64000 bytes, recognises the UTF-8 mark and line ends,
+// rewinds, skips to a line, and owns the memory that a record is split into. All memory is allocated in the
+// constructor; reading allocates nothing. The reader owns its buffers and its file; one thread at a time.
+//
+// Line ends: the pre-delimiter followed by the post-delimiter, or the pre-delimiter alone when the post-delimiter is
+// 0. A pre-delimiter without its post-delimiter is no line end. A delimiter of 0x80 or above never matches.
+//
+// Choices of this class: FileOpen on an open reader closes the earlier file; MoveFileEnd leaves the reader at the
+// end: HasNextLineData is false, GetReadPosition 1000 (0 for an empty file), and a record read finds no data.
+#pragma once
+
+#include "CSourceDataInfo.h"
+#include "IDataAccess.h"
+
+#include <memory>
+
+namespace NSTQ::NSTQCore {
+
+class TQCACCESS_API VCTextFileOperater : public IDataAccess {
+public:
+    VCTextFileOperater(const VCTextFileOperater&) = delete;
+    VCTextFileOperater& operator=(const VCTextFileOperater&) = delete;
+
+    /// The error code of FileOpen when the description holds no path.
+    static const DWORD DW_ERROR_PATH_NOT_FOUND = 3;
+
+    /// Opens the description's file (for a package its unpacked data file), takes its size and reads the first fill.
+    /// A description with RCS_AUTO settles the character set: RCS_UTF8 when the file begins with the mark, which is
+    /// skipped, else RCS_ANSI; a file of fewer than 4 bytes keeps RCS_AUTO. With RCS_UTF8 a mark is skipped.
+    /// Failure: false with the system's error code, or DW_ERROR_PATH_NOT_FOUND.
+    bool FileOpen(const CSourceDataInfo* pInfo) override;
+
+    /// True until a refill has been tried at the end of the file. Reads nothing.
+    bool HasNextLineData() override;
+
+    /// Goes back to the first byte; a byte-order mark is then data. On failure returns false, nothing moved.
+    bool MoveFileBegin() override;
+    bool MoveFileEnd() override;
+
+    /// Rewinds, passes over `dwLine` line ends (those inside quotes count too) and reads the record there. False when
+    /// the file ends before; a file with exactly `dwLine` line ends, the last at its end, has no such record.
+    bool GetSpecificLineData(DWORD dwLine, const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
+
+    DWORD GetErrorCode() override;
+
+    /// The bytes of the fills before the current one in thousandths of the file's size.
+    int GetReadPosition() override;
+
+    /// Closes the file, if one is open; always true. The buffers stay.
+    bool FileClose();
+
+    /// The field separator; ',' at first.
+    void SetSeparator(char cSeparator);
+    /// The line end; CR and LF at first. 0 as the second byte makes a line end of one byte.
+    void SetDelimiter(char cPre, char cPost);
+    /// FileOpen replaces the character set with the description's.
+    void SetCharSet(CSourceDataInfo::EReadCharSet eCharSet);
+    /// After FileOpen the character set that was settled.
+    CSourceDataInfo::EReadCharSet GetCharSet();
+
+protected:
+    /// Throws std::bad_alloc.
+    VCTextFileOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
+    ~VCTextFileOperater() override;
+
+    /// Called before every refill, while the buffer still holds the old fill.
+    virtual bool OnReread();
+
+    /// Allocates the four areas, zero-filled. Throws std::bad_alloc; nothing stays allocated then.
+    void GetArea();
+    void FreeArea();
+    void FileInitialize();
+    void Initialize();
+
+    /// The byte at the read position, unchecked.
+    char GetSrcDataWord();
+    /// Makes sure of a byte at the read position, with a refill if need be. False at the end of the file and after a
+    /// failed read, whose error code is kept.
+    bool HasNextSrcData();
+    /// True when the next byte is the pre-delimiter; consumes nothing.
+    bool IsPreNewLine();
+    /// True when the post-delimiter is 0, or is the next byte, which is then consumed.
+    bool IsPostNewLine();
+    /// Compares as signed characters, which is why no delimiter of 0x80 or above matches.
+    bool IsPreDelimiter(unsigned char cByte) const;
+    bool IsPostDelimiter(unsigned char cByte) const;
+    char GetPreDelimiter();
+    char GetPostDelimiter();
+    char GetSeparator();
+    void AddReadBuffPos();
+    DWORD GetReadBuffPos() const;
+    /// Copies bytes of the read buffer. False, with nothing copied, when `dwDestSize` is below `dwLen` or the range
+    /// leaves the fill's 64000 bytes.
+    bool CopyReadBuffData(char* pDest, DWORD dwDestSize, DWORD dwOffset, DWORD dwLen) const;
+    void SetCsvDataAccessErrorCode();
+    void InitialErrorCode();
+
+    std::unique_ptr<char[]> m_pLineBuff;          ///< dwMaxLineSize + 1 bytes: the record's fields, each with a NUL
+    std::unique_ptr<const char*[]> m_ppFieldData; ///< dwMaxFieldCnt pointers into the line buffer
+    std::unique_ptr<WORD[]> m_pFieldLen;          ///< dwMaxFieldCnt lengths in bytes
+    DWORD m_dwMaxFieldSize;
+    DWORD m_dwMaxLineSize;
+    DWORD m_dwMaxFieldCnt;
+    std::unique_ptr<unsigned char[]> m_pReadBuff; ///< READ_BUFF_SIZE + 1 bytes; the last one stays 0
+    DWORD m_dwReadBuffPos = 0;                    ///< next byte to examine
+    DWORD m_dwReadSize = 0;                       ///< bytes of the current fill
+    char m_cSeparator = SCDataAccessDefine::CAMMA_CODE;
+    char m_cPreDelimiter = SCDataAccessDefine::CR_CODE;
+    char m_cPostDelimiter = SCDataAccessDefine::LF_CODE;
+    CSourceDataInfo::EReadCharSet m_eCharSet = CSourceDataInfo::RCS_AUTO;
+    HANDLE m_hFile = nullptr;
+    LONGLONG m_llFileSize = 0;
+    LONGLONG m_llReadOffset = 0; ///< file offset of the first byte of the current fill
+    DWORD m_dwErrorCode = 0;
+
+private:
+    bool MoveFilePointer(DWORD dwMoveMethod);
+    bool ReadFirstFill();
+    void DetectCharSet();
+    bool SkipLineEnds(DWORD dwLines);
+};
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,258 @@
+// The two conversions. Each is one loop, compiled for every kind of page and for both things that may become of the
+// result: counted, or stored in the caller's room.
+#include "platform/CodePage.h"
+
+#include "platform/codepage/CodePageTables.h"
+#include "platform/codepage/Utf8.h"
+#include "platform/files/Files.h"
+
+#include <climits>
+#include <concepts>
+#include <cstring>
+#include <optional>
+#include <string>
+
+namespace NSTQ::Platform {
+
+namespace {
+
+template <typename TUnit>
+class CCountSink {
+public:
+    template <typename TFrom>
+    bool PutAscii(const TFrom* from, const TFrom* end) {
+        m_count += static_cast<std::size_t>(end - from);
+        return true;
+    }
+    template <std::same_as<TUnit>... TUnits>
+    bool Put(TUnits...) {
+        m_count += sizeof...(TUnits);
+        return true;
+    }
+    std::size_t GetCount() const { return m_count; }
+
+private:
+    std::size_t m_count = 0;
+};
+
+/// Stores whole characters only; Put fails when the room that is left does not do.
+template <typename TUnit>
+class CStoreSink {
+public:
+    CStoreSink(TUnit* buffer, std::size_t room) : m_pBuffer(buffer), m_pNext(buffer), m_pEnd(buffer + room) {}
+
+    template <typename TFrom>
+    bool PutAscii(const TFrom* from, const TFrom* end) {
+        if (end - from > m_pEnd - m_pNext)
+            return false;
+        // A local pointer: bytes stored through the member could change the member itself for all the compiler knows.
+        TUnit* next = m_pNext;
+        while (from != end)
+            *next++ = static_cast<TUnit>(*from++);
+        m_pNext = next;
+        return true;
+    }
+    template <std::same_as<TUnit>... TUnits>
+    bool Put(TUnits... units) {
+        if (m_pEnd - m_pNext < static_cast<std::ptrdiff_t>(sizeof...(TUnits)))
+            return false;
+        ((*m_pNext++ = units), ...);
+        return true;
+    }
+    std::size_t GetCount() const { return static_cast<std::size_t>(m_pNext - m_pBuffer); }
+
+private:
+    TUnit* m_pBuffer;
+    TUnit* m_pNext;
+    TUnit* m_pEnd;
+};
+
+// Decoders: the character at `text`, whose first byte is above 0x7F, goes to the sink and `text` behind it.
+
+class CSingleByteDecoder {
+public:
+    explicit CSingleByteDecoder(const CCodePageTables& page) : m_page(page) {}
+    template <typename TSink>
+    bool TakeCharacter(const unsigned char*& text, const unsigned char* /*end*/, TSink& sink) const {
+        return sink.Put(m_page.m_singles[*text++]);
+    }
+
+private:
+    const CCodePageTables& m_page;
+};
+
+class CDoubleByteDecoder {
+public:
+    explicit CDoubleByteDecoder(const CCodePageTables& page) : m_page(page) {}
+    template <typename TSink>
+    bool TakeCharacter(const unsigned char*& text, const unsigned char* end, TSink& sink) const {
+        const unsigned char first = *text++;
+        if (!m_page.IsLead(first) || text == end || *text == 0)
+            return sink.Put(m_page.m_singles[first]);
+        return sink.Put(m_page.DecodePair(first, *text++));
+    }
+
+private:
+    const CCodePageTables& m_page;
+};
+
+class CUtf8Decoder {
+public:
+    template <typename TSink>
+    bool TakeCharacter(const unsigned char*& text, const unsigned char* end, TSink& sink) const {
+        const CUtf8Character character = DecodeUtf8(text, static_cast<std::size_t>(end - text));
+        text += character.m_length;
+        if (character.m_value < 0x10000)
+            return sink.Put(static_cast<char16_t>(character.m_value));
+        const char32_t offset = character.m_value - 0x10000;
+        return sink.Put(static_cast<char16_t>(0xD800 + (offset >> 10)),
+                        static_cast<char16_t>(0xDC00 + (offset & 0x3FF)));
+    }
+};
+
+// Encoders: the same from UTF-16.
+
+class CTableEncoder {
+public:
+    CTableEncoder(const CCodePageTables& page, unsigned char defaultByte)
+        : m_page(page), m_defaultByte(defaultByte) {}
+    template <typename TSink>
+    bool TakeCharacter(const char16_t*& text, const char16_t* /*end*/, TSink& sink) {
+        const unsigned bytes = m_page.Encode(*text++);
+        const auto last = static_cast<unsigned char>(bytes & 0xFF);
+        if (bytes > 0xFF)
+            return sink.Put(static_cast<unsigned char>(bytes >> 8), last);
+        if (bytes != 0)
+            return sink.Put(last);
+        m_usedDefault = true;
+        return sink.Put(m_defaultByte);
+    }
+    bool UsedDefault() const { return m_usedDefault; }
+
+private:
+    const CCodePageTables& m_page;
+    unsigned char m_defaultByte;
+    bool m_usedDefault = false;
+};
+
+class CUtf8Encoder {
+public:
+    template <typename TSink>
+    bool TakeCharacter(const char16_t*& text, const char16_t* end, TSink& sink) {
+        char32_t value = *text++;
+        if (value < 0x800)
+            return sink.Put(MakeByte(0xC0, value >> 6), MakeTrail(value));
+        if (value >= 0xD800 && value < 0xE000) {
+            if (value < 0xDC00 && text != end && (*text & 0xFC00) == 0xDC00) {
+                value = 0x10000 + ((value - 0xD800) << 10) + (*text++ - 0xDC00U);
+                return sink.Put(MakeByte(0xF0, value >> 18), MakeTrail(value >> 12), MakeTrail(value >> 6),
+                                MakeTrail(value));
+            }
+            value = replacementCharacter;
+        }
+        return sink.Put(MakeByte(0xE0, value >> 12), MakeTrail(value >> 6), MakeTrail(value));
+    }
+
+private:
+    static unsigned char MakeByte(unsigned mark, char32_t bits) { return static_cast<unsigned char>(mark | bits); }
+    static unsigned char MakeTrail(char32_t bits) { return MakeByte(0x80, bits & 0x3F); }
+};
+
+/// False when the sink's room ran out.
+template <typename TFrom, typename TConverter, typename TSink>
+bool ConvertText(const TFrom* text, const TFrom* end, TConverter&& converter, TSink& sink) {
+    while (text != end) {
+        const TFrom* const special = SkipAscii(text, end);
+        if (!sink.PutAscii(text, special))
+            return false;
+        text = special;
+        while (text != end && *text >= 0x80)
+            if (!converter.TakeCharacter(text, end, sink))
+                return false;
+    }
+    return true;
+}
+
+template <typename TSink>
+bool DecodeText(const CCodePageTables& page, const unsigned char* text, std::size_t length, TSink& sink) {
+    if (page.IsUtf8())
+        return ConvertText(text, text + length, CUtf8Decoder(), sink);
+    if (page.IsDoubleByte())
+        return ConvertText(text, text + length, CDoubleByteDecoder(page), sink);
+    return ConvertText(text, text + length, CSingleByteDecoder(page), sink);
+}
+
+struct CDefaultByte {
+    unsigned char m_byte;
+    bool m_isUsed;
+};
+
+template <typename TSink>
+bool EncodeText(const CCodePageTables& page, const char16_t* text, std::size_t length, CDefaultByte& defaultByte,
+                TSink& sink) {
+    if (page.IsUtf8())
+        return ConvertText(text, text + length, CUtf8Encoder(), sink);
+    CTableEncoder encoder(page, defaultByte.m_byte);
+    const bool isComplete = ConvertText(text, text + length, encoder, sink);
+    defaultByte.m_isUsed = encoder.UsedDefault();
+    return isComplete;
+}
+
+int Fail(DWORD error) {
+    SetLastError(error);
+    return 0;
+}
+
+/// Runs `convert` with a sink that counts when there is no room given, else with one that stores.
+template <typename TUnit, typename TConvert>
+int RunConversion(TUnit* buffer, int room, TConvert convert) {
+    if (room != 0) {
+        CStoreSink<TUnit> sink(buffer, static_cast<std::size_t>(room));
+        return convert(sink) ? static_cast<int>(sink.GetCount()) : Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    CCountSink<TUnit> sink;
+    convert(sink);
+    // Only a text close to the limit itself can come out longer than an int can tell.
+    return sink.GetCount() <= INT_MAX ? static_cast<int>(sink.GetCount()) : Fail(ERROR_INVALID_PARAMETER);
+}
+
+/// The number of characters that a length argument means, or nothing when the arguments are not acceptable.
+template <typename TUnit>
+std::optional<std::size_t> CheckArguments(const TUnit* text, int length, const void* buffer, int room) {
+    if (text == nullptr || length == 0 || length < -1 || room < 0 || (room > 0 && buffer == nullptr) ||
+        text == buffer)
+        return std::nullopt;
+    return length == -1 ? std::char_traits<TUnit>::length(text) + 1 : static_cast<std::size_t>(length);
+}
+
+} // namespace
+
+int MultiByteToWideChar(unsigned codePage, DWORD flags, const char* text, int length, WCHAR* wide, int wideLength) {
+    const CCodePageTables* const page = FindTables(codePage);
+    if (page == nullptr || flags != 0)
+        return Fail(ERROR_INVALID_PARAMETER);
+    const auto count = CheckArguments(text, length, wide, wideLength);
+    if (!count)
+        return Fail(ERROR_INVALID_PARAMETER);
+    return RunConversion(wide, wideLength, [&](auto& sink) {
+        return DecodeText(*page, reinterpret_cast<const unsigned char*>(text), *count, sink);
+    });
+}
+
+int WideCharToMultiByte(unsigned codePage, DWORD flags, const WCHAR* wide, int wideLength, char* text, int length,
+                        const char* defaultChar, bool* usedDefault) {
+    const CCodePageTables* const page = FindTables(codePage);
+    if (page == nullptr || flags != 0 || (page->IsUtf8() && (defaultChar != nullptr || usedDefault != nullptr)))
+        return Fail(ERROR_INVALID_PARAMETER);
+    const auto count = CheckArguments(wide, wideLength, text, length);
+    if (!count)
+        return Fail(ERROR_INVALID_PARAMETER);
+    CDefaultByte defaultByte{static_cast<unsigned char>(defaultChar != nullptr ? *defaultChar : '?'), false};
+    const int written = RunConversion(reinterpret_cast<unsigned char*>(text), length,
+                                      [&](auto& sink) { return EncodeText(*page, wide, *count, defaultByte, sink); });
+    if (usedDefault != nullptr && written != 0)
+        *usedDefault = defaultByte.m_isUsed;
+    return written;
+}
+
+} // namespace NSTQ::Platform

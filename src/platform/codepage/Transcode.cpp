@@ -1,0 +1,116 @@
+#include "platform/codepage/Transcode.h"
+
+#include "platform/codepage/CodePageTables.h"
+#include "platform/codepage/Utf8.h"
+
+#include <cstring>
+
+namespace NSTQ::Platform {
+
+namespace {
+
+/// Moves the ASCII bytes at `text` down to `to`, which is not above it, and both pointers behind them.
+void MoveAscii(unsigned char*& to, const unsigned char*& text, const unsigned char* end) {
+    std::uint64_t word = 0;
+    while (static_cast<std::size_t>(end - text) >= sizeof word) {
+        std::memcpy(&word, text, sizeof word);
+        if ((word & 0x8080808080808080U) != 0)
+            break;
+        std::memcpy(to, &word, sizeof word);
+        to += sizeof word;
+        text += sizeof word;
+    }
+    while (text != end && *text < 0x80)
+        *to++ = *text++;
+}
+
+/// Writes the bytes of a character above U+007F in a page other than UTF-8.
+unsigned char* PutCharacter(unsigned char* to, const CCodePageTables& page, char32_t value) {
+    if (value > 0xFFFF) {
+        *to++ = '?';
+        *to++ = '?';
+        return to;
+    }
+    const unsigned bytes = page.Encode(static_cast<char16_t>(value));
+    if (bytes > 0xFF)
+        *to++ = static_cast<unsigned char>(bytes >> 8);
+    *to++ = static_cast<unsigned char>(bytes != 0 ? bytes & 0xFF : '?');
+    return to;
+}
+
+/// Copies pieces while they fit and counts them all.
+class CBoundedCopy {
+public:
+    CBoundedCopy(unsigned char* out, std::size_t room) : m_pOut(out), m_room(room) {}
+
+    /// A piece that may be cut at the end of room, at a character of UTF-8.
+    void PutValid(const unsigned char* piece, std::size_t length) {
+        if (m_needed < m_room) {
+            std::size_t kept = length;
+            if (kept > m_room - m_needed) {
+                kept = m_room - m_needed;
+                while (IsUtf8Trail(piece[kept]))
+                    --kept;
+            }
+            std::memmove(m_pOut + m_needed, piece, kept);
+        }
+        // Past the room after a cut, so no shorter piece can follow the gap.
+        m_needed += length;
+    }
+    std::size_t GetNeeded() const { return m_needed; }
+
+private:
+    unsigned char* m_pOut;
+    std::size_t m_room;
+    std::size_t m_needed = 0;
+};
+
+} // namespace
+
+std::size_t ConvertUtf8ToAnsi(unsigned char* text, std::size_t length) {
+    const CCodePageTables& page = GetAnsiTables();
+    if (page.IsUtf8())
+        return length;
+    const unsigned char* const end = text + length;
+    const unsigned char* from = SkipAscii(text, end);
+    unsigned char* to = text + (from - text);
+    while (from != end) {
+        const CUtf8Character character = DecodeUtf8(from, static_cast<std::size_t>(end - from));
+        from += character.m_length;
+        to = PutCharacter(to, page, character.m_value);
+        if (from != end && *from < 0x80)
+            MoveAscii(to, from, end);
+    }
+    return static_cast<std::size_t>(to - text);
+}
+
+std::size_t CountValidUtf8(const unsigned char* text, std::size_t length) {
+    const unsigned char* const end = text + length;
+    const unsigned char* at = SkipAscii(text, end);
+    while (at != end) {
+        const CUtf8Character character = DecodeUtf8(at, static_cast<std::size_t>(end - at));
+        if (!character.m_isValid)
+            break;
+        at += character.m_length;
+        if (at != end && *at < 0x80)
+            at = SkipAscii(at, end);
+    }
+    return static_cast<std::size_t>(at - text);
+}
+
+std::size_t MendUtf8(const unsigned char* text, std::size_t length, unsigned char* out, std::size_t room) {
+    static constexpr unsigned char replacement[] = {0xEF, 0xBF, 0xBD};
+    CBoundedCopy copy(out, room);
+    for (std::size_t at = 0; at < length;) {
+        const std::size_t valid = CountValidUtf8(text + at, length - at);
+        copy.PutValid(text + at, valid);
+        at += valid;
+        if (at < length) {
+            copy.PutValid(replacement, sizeof replacement);
+            at += DecodeUtf8(text + at, length - at).m_length;
+        }
+    }
+    return copy.GetNeeded();
+}
+
+} // namespace NSTQ::Platform

@@ -1,0 +1,84 @@
+// The UTF-8 rules, and a quick way over ASCII, for the conversions.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace NSTQ::Platform {
+
+inline constexpr char32_t replacementCharacter = 0xFFFD;
+
+/// One character of a text, or the maximal part of an invalid sequence: `m_value` is U+FFFD then, which a valid
+/// sequence may give too.
+struct CUtf8Character {
+    char32_t m_value;
+    unsigned char m_length;
+    bool m_isValid;
+};
+
+/// How many bytes a sequence has that begins with `byte`; 1 for ASCII and for what begins none.
+inline unsigned char GetUtf8Length(unsigned char byte) {
+    if (byte < 0xC2 || byte > 0xF4)
+        return 1;
+    return byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+inline bool IsUtf8Trail(unsigned char byte) {
+    return (byte & 0xC0U) == 0x80;
+}
+
+/// Reads the character at `text`, of which `room` bytes (at least one) are there.
+inline CUtf8Character DecodeUtf8(const unsigned char* text, std::size_t room) {
+    const unsigned lead = text[0];
+    const auto bits = [text](std::size_t at) { return text[at] & 0x3FU; };
+    // Most of what is not ASCII in tables: three bytes whose first one leaves the second one free.
+    if (lead > 0xE0 && lead < 0xF0 && lead != 0xED && room >= 3 && IsUtf8Trail(text[1]) && IsUtf8Trail(text[2]))
+        return {(lead & 0x0F) << 12 | bits(1) << 6 | bits(2), 3, true};
+    if (lead < 0x80)
+        return {lead, 1, true};
+    const unsigned char length = GetUtf8Length(text[0]);
+    // The second byte alone tells overlong forms, surrogates and values above U+10FFFF.
+    const unsigned lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const unsigned highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    if (length == 1 || room < 2 || text[1] < lowest || text[1] > highest)
+        return {replacementCharacter, 1, false};
+    // The marks of the lead byte fall off above the bits that the length leaves.
+    char32_t value = (lead & (0x7FU >> length)) << 6 | bits(1);
+    for (unsigned char at = 2; at < length; ++at) {
+        if (room <= at || !IsUtf8Trail(text[at]))
+            return {replacementCharacter, at, false};
+        value = value << 6 | bits(at);
+    }
+    return {value, length, true};
+}
+
+/// Where the first byte above 0x7F is, or `end`.
+inline const unsigned char* SkipAscii(const unsigned char* text, const unsigned char* end) {
+    std::uint64_t word = 0;
+    while (static_cast<std::size_t>(end - text) >= sizeof word) {
+        std::memcpy(&word, text, sizeof word);
+        if ((word & 0x8080808080808080U) != 0)
+            break;
+        text += sizeof word;
+    }
+    while (text != end && *text < 0x80)
+        ++text;
+    return text;
+}
+
+/// Where the first UTF-16 unit above 0x7F is, or `end`.
+inline const char16_t* SkipAscii(const char16_t* text, const char16_t* end) {
+    std::uint64_t word = 0;
+    while (end - text >= 4) {
+        std::memcpy(&word, text, sizeof word);
+        if ((word & 0xFF80FF80FF80FF80U) != 0)
+            break;
+        text += 4;
+    }
+    while (text != end && *text < 0x80)
+        ++text;
+    return text;
+}
+
+} // namespace NSTQ::Platform

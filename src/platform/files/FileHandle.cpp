@@ -1,0 +1,97 @@
+#include "platform/files/FileHandle.h"
+
+#include "platform/files/ErrorTable.h"
+#include "platform/files/Files.h"
+#include "platform/files/SystemCall.h"
+
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace NSTQ::Platform {
+
+namespace {
+
+/// Standard output may be a pipe that another process made non-blocking; there, full means wait.
+bool WaitUntilWritable(int descriptor) {
+    pollfd waiting{descriptor, POLLOUT, 0};
+    return RetryInterrupted([&] { return ::poll(&waiting, 1, -1); }) >= 0;
+}
+
+ssize_t WriteSome(int descriptor, const char* bytes, std::size_t size) {
+    for (;;) {
+        const ssize_t written = RetryInterrupted([&] { return ::write(descriptor, bytes, size); });
+        if (written >= 0 || errno != EAGAIN || !WaitUntilWritable(descriptor))
+            return written;
+    }
+}
+
+} // namespace
+
+bool ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped) {
+    if (read == nullptr)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    *read = 0;
+    if (overlapped != nullptr)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    const ssize_t got = RetryInterrupted([&] { return ::read(DescriptorOfHandle(file), buffer, size); });
+    if (got < 0)
+        return FailFromSystem();
+    *read = static_cast<DWORD>(got);
+    return true;
+}
+
+bool WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void* overlapped) {
+    if (written == nullptr)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    *written = 0;
+    if (overlapped != nullptr)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    const int descriptor = DescriptorOfHandle(file);
+    if (descriptor < 0)
+        return FailWith(ERROR_INVALID_HANDLE);
+    while (*written < size) {
+        const ssize_t put = WriteSome(descriptor, static_cast<const char*>(buffer) + *written, size - *written);
+        if (put < 0)
+            return FailFromSystem();
+        // A device that takes nothing and reports nothing would keep us here for ever.
+        if (put == 0)
+            return FailWith(ERROR_DISK_FULL);
+        *written += static_cast<DWORD>(put);
+    }
+    return true;
+}
+
+bool SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position, DWORD method) {
+    static_assert(sizeof(off_t) == sizeof(LONGLONG), "files above 2 GB need 64-bit positions");
+    constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    if (method > FILE_END)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    const off_t reached = ::lseek(DescriptorOfHandle(file), distance.QuadPart, origins[method]);
+    if (reached < 0)
+        return FailFromSystem();
+    if (position != nullptr)
+        position->QuadPart = reached;
+    return true;
+}
+
+bool GetFileSizeEx(HANDLE file, LARGE_INTEGER* size) {
+    if (size == nullptr)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    struct stat status {};
+    if (RetryInterrupted([&] { return ::fstat(DescriptorOfHandle(file), &status); }) != 0)
+        return FailFromSystem();
+    if (!S_ISREG(status.st_mode))
+        return FailWith(ERROR_INVALID_FUNCTION);
+    size->QuadPart = status.st_size;
+    return true;
+}
+
+bool CloseHandle(HANDLE file) {
+    // Never again after an interruption: the descriptor is gone by then and may be another thread's next file.
+    if (::close(DescriptorOfHandle(file)) == 0 || errno == EINTR)
+        return true;
+    return FailFromSystem();
+}
+
+} // namespace NSTQ::Platform

@@ -1,0 +1,17 @@
+// Calls of the operating system that a signal may interrupt.
+#pragma once
+
+#include <cerrno>
+
+namespace NSTQ::Platform {
+
+/// Makes `call` (which returns -1 and sets errno on failure) again for as long as a signal interrupts it.
+template <class TCall>
+auto RetryInterrupted(TCall call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+} // namespace NSTQ::Platform

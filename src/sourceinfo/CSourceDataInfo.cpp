@@ -1,0 +1,327 @@
+#include "CSourceDataInfo.h"
+
+#include "platform/CodePage.h"
+#include "platform/common/SCFilePath.h"
+#include "platform/files/Files.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace NSTQ::NSTQCore {
+
+using namespace NSTQ::Platform;
+
+namespace {
+
+/// Room for a path or a password of 260 bytes and its NUL.
+constexpr std::size_t PATH_BUFFSIZE = MAX_PATH + 1;
+
+std::unique_ptr<char[]> CreateBuffer(std::size_t size) {
+    return std::make_unique<char[]>(size);
+}
+
+void ClearBuffer(std::unique_ptr<char[]>& buffer) {
+    std::memset(buffer.get(), 0, PATH_BUFFSIZE);
+}
+
+void CopyBuffer(std::unique_ptr<char[]>& target, const std::unique_ptr<char[]>& source, std::size_t size) {
+    std::memcpy(target.get(), source.get(), size);
+}
+
+std::unique_ptr<char[]> CloneBuffer(const std::unique_ptr<char[]>& source, std::size_t size) {
+    if (!source)
+        return nullptr;
+    auto clone = CreateBuffer(size + 1);
+    CopyBuffer(clone, source, size);
+    return clone;
+}
+
+bool EndsWithSeparator(std::string_view path) {
+    const auto* text = reinterpret_cast<const unsigned char*>(path.data());
+    if (path.empty() || (path.back() != '\\' && path.back() != '/'))
+        return false;
+    // The last byte of a double-byte character can have the value of a '\'.
+    return path.size() == 1 || _ismbslead(text, text + path.size() - 2) == 0;
+}
+
+bool IsDotEntry(const char* name) {
+    const auto* text = reinterpret_cast<const unsigned char*>(name);
+    return _mbscmp(text, reinterpret_cast<const unsigned char*>(".")) == 0 ||
+           _mbscmp(text, reinterpret_cast<const unsigned char*>("..")) == 0;
+}
+
+/// Closes a file or search handle when it goes out of scope.
+template <bool (*Close)(HANDLE)>
+class CScopedHandle {
+public:
+    explicit CScopedHandle(HANDLE handle) : m_handle(handle) {}
+    CScopedHandle(const CScopedHandle&) = delete;
+    CScopedHandle& operator=(const CScopedHandle&) = delete;
+    ~CScopedHandle() {
+        if (IsOpen())
+            Close(m_handle);
+    }
+    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
+    HANDLE Get() const { return m_handle; }
+
+private:
+    HANDLE m_handle;
+};
+
+} // namespace
+
+CSourceDataInfo::CSourceDataInfo(WORD wReserved, DWORD dwFirstLineScanLimit)
+    : m_wReserved(wReserved), m_dwFirstLineScanLimit(dwFirstLineScanLimit), m_pFilePath(CreateBuffer(PATH_BUFFSIZE)),
+      m_pXtqfSourceFilePath(CreateBuffer(PATH_BUFFSIZE)), m_pUncompressFolderPath(CreateBuffer(PATH_BUFFSIZE)),
+      m_pPassWordString(CreateBuffer(PATH_BUFFSIZE)) {}
+
+CSourceDataInfo::~CSourceDataInfo() {
+    UncompressDeleteDirectory(m_pUncompressFolderPath.get());
+    Initialize();
+}
+
+CSourceDataInfo* CSourceDataInfo::CreateClone() const {
+    auto clone = std::make_unique<CSourceDataInfo>(m_wReserved, m_dwFirstLineScanLimit);
+    CopyBuffer(clone->m_pFilePath, m_pFilePath, PATH_BUFFSIZE);
+    CopyBuffer(clone->m_pXtqfSourceFilePath, m_pXtqfSourceFilePath, PATH_BUFFSIZE);
+    CopyBuffer(clone->m_pPassWordString, m_pPassWordString, PATH_BUFFSIZE);
+    clone->m_ftUpDateDateTime = m_ftUpDateDateTime;
+    clone->m_eSourceFileType = m_eSourceFileType;
+    clone->m_dwErrorCode = m_dwErrorCode;
+    clone->m_cPreDelimiter = m_cPreDelimiter;
+    clone->m_cPostDelimiter = m_cPostDelimiter;
+    clone->m_eReadCharSet = m_eReadCharSet;
+    clone->m_bIsNeedPassWord = m_bIsNeedPassWord;
+    clone->m_dwSchemaNameBuffSize = m_dwSchemaNameBuffSize;
+    clone->m_pSchemaNameBuff = CloneBuffer(m_pSchemaNameBuff, m_dwSchemaNameBuffSize);
+    for (const char* name : m_vecSchemaName)
+        clone->m_vecSchemaName.push_back(clone->m_pSchemaNameBuff.get() + (name - m_pSchemaNameBuff.get()));
+    clone->m_dwSelectSchemaIndx = m_dwSelectSchemaIndx;
+    clone->m_pConnectString = CloneBuffer(m_pConnectString, CONNECT_STRING_BUFFSIZE);
+    clone->m_pRecordSetString = CloneBuffer(m_pRecordSetString, RECORDSET_STRING_BUFFSIZE);
+    clone->m_dwFixFirstRowLen = m_dwFixFirstRowLen;
+    clone->m_vecFixColLen = m_vecFixColLen;
+    clone->m_bIsExistFixCRLF = m_bIsExistFixCRLF;
+    clone->m_dwStartReadRowCnt = m_dwStartReadRowCnt;
+    // Last, so that a clone abandoned by a failed allocation does not take the folder with it.
+    CopyBuffer(clone->m_pUncompressFolderPath, m_pUncompressFolderPath, PATH_BUFFSIZE);
+    return clone.release();
+}
+
+bool CSourceDataInfo::SetCommonInfo(const char* path, SCDeclareConstant::ESourceFileType type) {
+    if (path == nullptr)
+        return false;
+    // The path may be the record's own, which Initialize clears.
+    std::array<char, PATH_BUFFSIZE> ownPath{};
+    const std::size_t length = std::min(std::strlen(path), ownPath.size());
+    std::memcpy(ownPath.data(), path, std::min(length, ownPath.size() - 1));
+    m_eSourceFileType = type;
+    try {
+        Initialize();
+        if (length >= ownPath.size()) {
+            m_eSourceFileType = SCDeclareConstant::SFT_UNKNOWN;
+            return false;
+        }
+        std::memcpy(m_pFilePath.get(), ownPath.data(), ownPath.size());
+        SCFilePath::GetFileTime(m_pFilePath.get(), SCFilePath::FTT_UPDATE, m_ftUpDateDateTime);
+        m_eSourceFileType = FixSourceFileType(m_pFilePath.get(), static_cast<WORD>(length));
+    } catch (...) {
+        return false;
+    }
+    return m_eSourceFileType != SCDeclareConstant::SFT_UNKNOWN;
+}
+
+void CSourceDataInfo::Initialize() {
+    m_vecSchemaName.clear();
+    m_pSchemaNameBuff.reset();
+    m_pConnectString.reset();
+    m_pRecordSetString.reset();
+    m_pFixFileData.reset();
+    ClearBuffer(m_pFilePath);
+    ClearBuffer(m_pPassWordString);
+    ClearBuffer(m_pXtqfSourceFilePath);
+    ClearBuffer(m_pUncompressFolderPath);
+}
+
+CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool) {
+    const bool hasReader = m_eSourceFileType == SCDeclareConstant::SFT_CSV ||
+                           m_eSourceFileType == SCDeclareConstant::SFT_TXT ||
+                           m_eSourceFileType > SCDeclareConstant::SFT_ACCDB;
+    return hasReader ? SDO_TEXT_FILE : SDO_FAILED;
+}
+
+SCDeclareConstant::ESourceFileType CSourceDataInfo::FixSourceFileType(const char* path, WORD length) {
+    std::size_t dot = length;
+    while (dot > 0 && path[dot] != SCDataAccessDefine::PERIOD_CODE)
+        --dot;
+    if (dot == 0)
+        return SCDeclareConstant::SFT_UNKNOWN;
+
+    std::string extension(path + dot + 1, length - dot - 1);
+    for (char& c : extension)
+        c = static_cast<char>(_mbctolower(static_cast<unsigned char>(c)));
+
+    if (extension == SCDataAccessDefine::EXT_CSV)
+        return SCDeclareConstant::SFT_CSV;
+    if (extension == SCDataAccessDefine::EXT_XLS)
+        return SCDeclareConstant::SFT_XLS;
+    if (extension == SCDataAccessDefine::EXT_MDB)
+        return SCDeclareConstant::SFT_MDB;
+    if (extension == SCDataAccessDefine::EXT_XLSX)
+        return SCDeclareConstant::SFT_XLSX;
+    if (extension == SCDataAccessDefine::EXT_XTQF)
+        return SCDeclareConstant::SFT_XTQF;
+    if (extension == SCDataAccessDefine::EXT_ACCDB)
+        return SCDeclareConstant::SFT_ACCDB;
+    if (extension != SCDataAccessDefine::EXT_TXT)
+        return GetTextFileType(path);
+
+    // Of a "txt" file the caller may know better than its first line tells.
+    if (m_eSourceFileType == SCDeclareConstant::SFT_TXT || m_eSourceFileType == SCDeclareConstant::SFT_FIX)
+        return m_eSourceFileType;
+    const auto sniffed = GetTextFileType(path);
+    return sniffed == SCDeclareConstant::SFT_UNKNOWN ? SCDeclareConstant::SFT_FIX : sniffed;
+}
+
+SCDeclareConstant::ESourceFileType CSourceDataInfo::GetTextFileType(const char* path) {
+    const CScopedHandle<CloseHandle> file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                      OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    if (!file.IsOpen())
+        return SCDeclareConstant::SFT_UNKNOWN;
+    const std::unique_ptr<char[]> bytes(new (std::nothrow) char[FIX_READ_BUFFSIZE]);
+    DWORD size = 0;
+    if (!bytes || !ReadFile(file.Get(), bytes.get(), FIX_READ_BUFFSIZE, &size, nullptr))
+        return SCDeclareConstant::SFT_UNKNOWN;
+    return SniffFirstLine({bytes.get(), size});
+}
+
+/// Only CR LF ends the first line, and quotes play no part.
+SCDeclareConstant::ESourceFileType CSourceDataInfo::SniffFirstLine(std::string_view bytes) const {
+    bool hasTab = false;
+    bool hasComma = false;
+    const std::size_t scanned = std::min<std::size_t>(bytes.size(), m_dwFirstLineScanLimit);
+    for (std::size_t i = 0; i < scanned; ++i) {
+        hasTab |= bytes[i] == SCDataAccessDefine::TAB_CODE;
+        hasComma |= bytes[i] == SCDataAccessDefine::CAMMA_CODE;
+        if (bytes[i] == SCDataAccessDefine::CR_CODE && i + 1 < bytes.size() &&
+            bytes[i + 1] == SCDataAccessDefine::LF_CODE) {
+            if (hasTab)
+                return SCDeclareConstant::SFT_TXT;
+            return hasComma ? SCDeclareConstant::SFT_CSV : SCDeclareConstant::SFT_FIX;
+        }
+    }
+    return SCDeclareConstant::SFT_UNKNOWN;
+}
+
+/// Removes a folder with everything below it. Paths of 260 bytes or more are passed over.
+bool CSourceDataInfo::UncompressDeleteDirectory(const char* folder) {
+    std::string_view name(folder);
+    if (name.empty() || name.size() >= MAX_PATH)
+        return false;
+    std::array<char, MAX_PATH> path{};
+    std::size_t length = name.copy(path.data(), name.size());
+    if (!EndsWithSeparator(name))
+        path[length++] = '\\';
+    // Room for the "*" of the pattern and its NUL; entries have at least as long a name.
+    if (length + 1 >= path.size())
+        return RemoveDirectoryA(folder);
+
+    path[length] = '*';
+    WIN32_FIND_DATAA entry{};
+    {
+        const CScopedHandle<FindClose> search(FindFirstFileA(path.data(), &entry));
+        for (bool found = search.IsOpen(); found; found = FindNextFileA(search.Get(), &entry)) {
+            const std::string_view child(entry.cFileName);
+            if (IsDotEntry(entry.cFileName) || length + child.size() >= path.size())
+                continue;
+            path[length + child.copy(path.data() + length, child.size())] = '\0';
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+                UncompressDeleteDirectory(path.data());
+            else
+                DeleteFileA(path.data());
+        }
+    }
+    return RemoveDirectoryA(folder);
+}
+
+bool CSourceDataInfo::IsDBSourceData(SCDeclareConstant::ESourceFileType type) const {
+    return type >= SCDeclareConstant::SFT_XLS && type <= SCDeclareConstant::SFT_ACCDB;
+}
+
+void CSourceDataInfo::SetDataAccessErrorCode() {
+    m_dwErrorCode = GetLastError();
+}
+
+bool CSourceDataInfo::GetFilePath(const char*& path) const {
+    const auto& buffer = m_eSourceFileType == SCDeclareConstant::SFT_XTQF ? m_pXtqfSourceFilePath : m_pFilePath;
+    if (buffer[0] == '\0')
+        return false;
+    path = buffer.get();
+    return true;
+}
+
+bool CSourceDataInfo::GetSourceFileType(SCDeclareConstant::ESourceFileType& type) const {
+    if (m_eSourceFileType == SCDeclareConstant::SFT_UNKNOWN)
+        return false;
+    type = m_eSourceFileType;
+    return true;
+}
+
+bool CSourceDataInfo::GetUpDateDateTime(FILETIME& time) const {
+    time = m_ftUpDateDateTime;
+    return true;
+}
+
+void CSourceDataInfo::SetDelimiter(char pre, char post) {
+    m_cPreDelimiter = pre;
+    m_cPostDelimiter = post;
+}
+
+void CSourceDataInfo::GetDelimiter(char* pre, char* post) const {
+    *pre = m_cPreDelimiter;
+    *post = m_cPostDelimiter;
+}
+
+void CSourceDataInfo::SetReadCharSet(EReadCharSet charSet) {
+    m_eReadCharSet = charSet;
+}
+
+CSourceDataInfo::EReadCharSet CSourceDataInfo::GetReadCharSet() const {
+    return m_eReadCharSet;
+}
+
+void CSourceDataInfo::SetStartReadRowCnt(DWORD rows) {
+    m_dwStartReadRowCnt = rows;
+}
+
+DWORD CSourceDataInfo::GetStartReadRowCnt() const {
+    return m_dwStartReadRowCnt;
+}
+
+const char* CSourceDataInfo::GetPassWordString() const {
+    return m_pPassWordString.get();
+}
+
+bool CSourceDataInfo::GetIsNeedPassWord() {
+    return m_bIsNeedPassWord;
+}
+
+void CSourceDataInfo::SetXtqfSourceFilePath(const char* path) {
+    if (path == nullptr)
+        return;
+    // The path may be the record's own.
+    std::array<char, PATH_BUFFSIZE> copy{};
+    const std::string_view text(path);
+    if (text.size() < copy.size())
+        text.copy(copy.data(), text.size());
+    std::memcpy(m_pXtqfSourceFilePath.get(), copy.data(), copy.size());
+}
+
+const char* CSourceDataInfo::GetUncompressFolderPath() const {
+    return m_pUncompressFolderPath.get();
+}
+
+} // namespace NSTQ::NSTQCore

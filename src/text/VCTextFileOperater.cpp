@@ -1,0 +1,256 @@
+#include "VCTextFileOperater.h"
+
+#include "platform/files/Files.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace NSTQ::NSTQCore {
+
+using namespace NSTQ::Platform;
+
+const DWORD VCTextFileOperater::DW_ERROR_PATH_NOT_FOUND;
+
+VCTextFileOperater::VCTextFileOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize)
+    : m_dwMaxFieldSize(dwMaxFieldSize), m_dwMaxLineSize(dwMaxLineSize), m_dwMaxFieldCnt(dwMaxFieldCnt) {
+    GetArea();
+}
+
+VCTextFileOperater::~VCTextFileOperater() {
+    FreeArea();
+    FileClose();
+}
+
+void VCTextFileOperater::GetArea() {
+    m_pReadBuff = std::make_unique<unsigned char[]>(SCDataAccessDefine::READ_BUFF_SIZE + 1);
+    m_pLineBuff = std::make_unique<char[]>(std::size_t{m_dwMaxLineSize} + 1);
+    m_ppFieldData = std::make_unique<const char*[]>(m_dwMaxFieldCnt);
+    m_pFieldLen = std::make_unique<WORD[]>(m_dwMaxFieldCnt);
+}
+
+void VCTextFileOperater::FreeArea() {
+    m_pReadBuff.reset();
+    m_pLineBuff.reset();
+    m_ppFieldData.reset();
+    m_pFieldLen.reset();
+}
+
+bool VCTextFileOperater::FileOpen(const CSourceDataInfo* pInfo) {
+    FileClose();
+    InitialErrorCode();
+    const char* path = nullptr;
+    if (pInfo == nullptr || !pInfo->GetFilePath(path)) {
+        m_dwErrorCode = DW_ERROR_PATH_NOT_FOUND;
+        return false;
+    }
+    m_hFile = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                          FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (m_hFile == INVALID_HANDLE_VALUE) {
+        SetCsvDataAccessErrorCode();
+        return false;
+    }
+    Initialize();
+    m_eCharSet = pInfo->GetReadCharSet();
+    if (!ReadFirstFill())
+        return false;
+    DetectCharSet();
+    return true;
+}
+
+bool VCTextFileOperater::ReadFirstFill() {
+    LARGE_INTEGER size{};
+    if (!GetFileSizeEx(m_hFile, &size)) {
+        SetCsvDataAccessErrorCode();
+        return false;
+    }
+    m_llFileSize = size.QuadPart;
+    if (!ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr)) {
+        SetCsvDataAccessErrorCode();
+        return false;
+    }
+    return true;
+}
+
+void VCTextFileOperater::DetectCharSet() {
+    constexpr DWORD markSize = sizeof SCDataAccessDefine::BOM_UTF8;
+    if (m_eCharSet == CSourceDataInfo::RCS_ANSI || m_dwReadSize <= markSize)
+        return;
+    const bool hasMark = std::memcmp(m_pReadBuff.get(), SCDataAccessDefine::BOM_UTF8, markSize) == 0;
+    if (m_eCharSet == CSourceDataInfo::RCS_AUTO)
+        m_eCharSet = hasMark ? CSourceDataInfo::RCS_UTF8 : CSourceDataInfo::RCS_ANSI;
+    if (hasMark && m_eCharSet == CSourceDataInfo::RCS_UTF8)
+        m_dwReadBuffPos = markSize;
+}
+
+bool VCTextFileOperater::HasNextLineData() {
+    return m_llReadOffset < m_llFileSize;
+}
+
+bool VCTextFileOperater::HasNextSrcData() {
+    if (m_dwReadBuffPos < m_dwReadSize)
+        return true;
+    OnReread();
+    m_llReadOffset += m_dwReadSize;
+    const bool read =
+        ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr);
+    m_dwReadBuffPos = 0;
+    if (!read) {
+        m_dwReadSize = 0;
+        SetCsvDataAccessErrorCode();
+        return false;
+    }
+    return m_dwReadSize != 0;
+}
+
+bool VCTextFileOperater::OnReread() {
+    return true;
+}
+
+bool VCTextFileOperater::MoveFileBegin() {
+    return MoveFilePointer(FILE_BEGIN);
+}
+
+bool VCTextFileOperater::MoveFileEnd() {
+    return MoveFilePointer(FILE_END);
+}
+
+bool VCTextFileOperater::MoveFilePointer(DWORD dwMoveMethod) {
+    if (!SetFilePointerEx(m_hFile, LARGE_INTEGER{}, nullptr, dwMoveMethod)) {
+        SetCsvDataAccessErrorCode();
+        return false;
+    }
+    FileInitialize();
+    if (dwMoveMethod == FILE_END)
+        m_llReadOffset = m_llFileSize;
+    return true;
+}
+
+bool VCTextFileOperater::GetSpecificLineData(DWORD dwLine, const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
+    return MoveFileBegin() && SkipLineEnds(dwLine) && GetLineData(ppData, pLen, dwCount);
+}
+
+/// Passes over `dwLines` line ends; true when a byte follows them.
+bool VCTextFileOperater::SkipLineEnds(DWORD dwLines) {
+    for (DWORD line = 0; HasNextSrcData();) {
+        if (line == dwLines)
+            return true;
+        const unsigned char* begin = m_pReadBuff.get() + m_dwReadBuffPos;
+        const unsigned char* end = m_pReadBuff.get() + m_dwReadSize;
+        const unsigned char* found = std::find_if(begin, end, [this](unsigned char c) { return IsPreDelimiter(c); });
+        m_dwReadBuffPos += static_cast<DWORD>(found - begin);
+        if (found == end)
+            continue;
+        AddReadBuffPos();
+        if (IsPostNewLine())
+            ++line;
+    }
+    return false;
+}
+
+int VCTextFileOperater::GetReadPosition() {
+    return m_llFileSize <= 0 ? 0 : static_cast<int>(m_llReadOffset * 1000 / m_llFileSize);
+}
+
+DWORD VCTextFileOperater::GetErrorCode() {
+    return m_dwErrorCode;
+}
+
+bool VCTextFileOperater::FileClose() {
+    Initialize();
+    if (m_hFile != nullptr) {
+        CloseHandle(m_hFile);
+        m_hFile = nullptr;
+    }
+    return true;
+}
+
+void VCTextFileOperater::FileInitialize() {
+    m_llReadOffset = 0;
+    m_dwReadBuffPos = 0;
+    m_dwReadSize = 0;
+}
+
+void VCTextFileOperater::Initialize() {
+    FileInitialize();
+    m_llFileSize = 0;
+}
+
+void VCTextFileOperater::SetSeparator(char cSeparator) {
+    m_cSeparator = cSeparator;
+}
+
+void VCTextFileOperater::SetDelimiter(char cPre, char cPost) {
+    m_cPreDelimiter = cPre;
+    m_cPostDelimiter = cPost;
+}
+
+void VCTextFileOperater::SetCharSet(CSourceDataInfo::EReadCharSet eCharSet) {
+    m_eCharSet = eCharSet;
+}
+
+CSourceDataInfo::EReadCharSet VCTextFileOperater::GetCharSet() {
+    return m_eCharSet;
+}
+
+char VCTextFileOperater::GetSrcDataWord() {
+    return static_cast<char>(m_pReadBuff[m_dwReadBuffPos]);
+}
+
+bool VCTextFileOperater::IsPreDelimiter(unsigned char cByte) const {
+    return static_cast<signed char>(m_cPreDelimiter) == static_cast<int>(cByte);
+}
+
+bool VCTextFileOperater::IsPostDelimiter(unsigned char cByte) const {
+    return static_cast<signed char>(m_cPostDelimiter) == static_cast<int>(cByte);
+}
+
+bool VCTextFileOperater::IsPreNewLine() {
+    return HasNextSrcData() && IsPreDelimiter(m_pReadBuff[m_dwReadBuffPos]);
+}
+
+bool VCTextFileOperater::IsPostNewLine() {
+    if (m_cPostDelimiter == 0)
+        return true;
+    if (!HasNextSrcData() || !IsPostDelimiter(m_pReadBuff[m_dwReadBuffPos]))
+        return false;
+    AddReadBuffPos();
+    return true;
+}
+
+char VCTextFileOperater::GetPreDelimiter() {
+    return m_cPreDelimiter;
+}
+
+char VCTextFileOperater::GetPostDelimiter() {
+    return m_cPostDelimiter;
+}
+
+char VCTextFileOperater::GetSeparator() {
+    return m_cSeparator;
+}
+
+void VCTextFileOperater::AddReadBuffPos() {
+    ++m_dwReadBuffPos;
+}
+
+DWORD VCTextFileOperater::GetReadBuffPos() const {
+    return m_dwReadBuffPos;
+}
+
+bool VCTextFileOperater::CopyReadBuffData(char* pDest, DWORD dwDestSize, DWORD dwOffset, DWORD dwLen) const {
+    if (dwDestSize < dwLen || dwLen > SCDataAccessDefine::READ_BUFF_SIZE ||
+        dwOffset > SCDataAccessDefine::READ_BUFF_SIZE - dwLen)
+        return false;
+    std::memcpy(pDest, m_pReadBuff.get() + dwOffset, dwLen);
+    return true;
+}
+
+void VCTextFileOperater::SetCsvDataAccessErrorCode() {
+    m_dwErrorCode = GetLastError();
+}
+
+void VCTextFileOperater::InitialErrorCode() {
+    m_dwErrorCode = 0;
+}
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,6 @@
+tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
+tqc_add_test(output_test output/CsvOutPutTest.cpp)
+tqc_add_test(framework_test framework/FacadeTest.cpp)
+foreach(test sourceinfo_test output_test framework_test)
+  target_link_libraries(${test} PRIVATE tqc_fault_injection)
+endforeach()

@@ -1,0 +1,181 @@
+#include "CCsvOutPut.h"
+#include "platform/files/Files.h"
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace {
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+using NSTQ::Tests::CTempFolder;
+namespace Faults = NSTQ::Tests::Faults;
+
+bool WriteRow(CCsvOutPut& writer, const std::vector<std::string>& fields) {
+    std::vector<const char*> data;
+    std::vector<WORD> lengths;
+    for (const auto& field : fields) {
+        data.push_back(field.data());
+        lengths.push_back(static_cast<WORD>(field.size()));
+    }
+    return writer.WriteLineData(data.data(), lengths.data(), static_cast<DWORD>(data.size()));
+}
+
+/// What the writer should make of a field, written down the plain way.
+std::string Expected(const std::string& field, char separator) {
+    if (field.find_first_of(std::string{'"', separator}) == std::string::npos)
+        return field;
+    std::string text = "\"";
+    for (const char c : field)
+        text += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return text + '"';
+}
+
+class CsvOutPut : public testing::Test {
+protected:
+    CTempFolder m_folder;
+    CCsvOutPut m_writer;
+
+    void SetUp() override { ASSERT_TRUE(m_writer.FileOpen(m_folder.Path("out.csv").c_str())); }
+    std::string Written() {
+        EXPECT_TRUE(m_writer.FileClose());
+        return m_folder.ReadFile("out.csv");
+    }
+};
+
+TEST_F(CsvOutPut, QuotesOnlyWhereTheSeparatorOrAQuoteStands) {
+    const struct {
+        const char* title;
+        std::vector<std::string> fields;
+        const char* line;
+    } cases[] = {
+        {"the four kinds", {"ab", "c,d", "say \"hi\"", ""}, "ab,\"c,d\",\"say \"\"hi\"\"\","},
+        {"a lone quote", {"\""}, "\"\"\"\""},
+        {"blanks, TAB and line ends are left bare", {" a ", "b\tc", "d\r\ne"}, " a ,b\tc,d\r\ne"},
+        {"no field", {}, ""},
+        {"an empty field between two", {"a", "", "b"}, "a,,b"},
+        {"a trail byte that looks like the separator", {"\x83\x2C"}, "\"\x83\x2C\""},
+    };
+    std::string expected;
+    for (const auto& c : cases) {
+        EXPECT_TRUE(WriteRow(m_writer, c.fields)) << c.title;
+        expected += std::string(c.line) + "\r\n";
+    }
+    EXPECT_EQ(Written(), expected);
+}
+
+TEST_F(CsvOutPut, SeparatorAndLineEndAreSettings) {
+    m_writer.SetSeparator('\t');
+    m_writer.SetDelimiter('\n', '\0');
+    EXPECT_TRUE(WriteRow(m_writer, {"a\tb", "c,d"}));
+    EXPECT_TRUE(m_writer.WriteHeaderData("x,\"y", 4));
+    EXPECT_EQ(Written(), "\"a\tb\"\tc,d\nx,\"y\n");
+}
+
+TEST_F(CsvOutPut, ContentIsTheSameWhereverTheBufferIsFlushed) {
+    // Rows whose sizes differ by one walk every piece of a row over the buffer's end.
+    std::string expected;
+    for (int round = 0; round < 4; ++round) {
+        const std::vector<std::string> row = {"\"", std::string(20000, round % 2 == 0 ? 'x' : ','), "a\"\"b"};
+        for (int size = 0; size < 16; ++size) {
+            std::vector<std::string> shifted = row;
+            shifted.emplace_back(static_cast<std::size_t>(size * (round + 1)), '"');
+            EXPECT_TRUE(WriteRow(m_writer, shifted));
+            for (std::size_t i = 0; i < shifted.size(); ++i)
+                expected += (i > 0 ? "," : "") + Expected(shifted[i], ',');
+            expected += "\r\n";
+        }
+    }
+    EXPECT_EQ(Written(), expected);
+}
+
+TEST_F(CsvOutPut, PiecesAroundAndAboveTheBuffersSizeArriveWhole) {
+    std::string expected;
+    for (const std::size_t size : {63997U, 63998U, 63999U, 64000U, 64001U, 64002U, 65535U}) {
+        const std::string text(size, 'h');
+        EXPECT_EQ(m_writer.WriteHeaderData(text.data(), static_cast<WORD>(size)), size <= 63998) << size;
+        EXPECT_TRUE(WriteRow(m_writer, {text, ","})) << size;
+        const std::string quotes(size, '"');
+        EXPECT_TRUE(WriteRow(m_writer, {quotes})) << size;
+        expected += text + "\r\n" + text + ",\",\"\r\n" + Expected(quotes, ',') + "\r\n";
+    }
+    EXPECT_EQ(Written(), expected);
+}
+
+TEST_F(CsvOutPut, RefusedPathsLeaveTheOpenFileAlone) {
+    EXPECT_TRUE(WriteRow(m_writer, {"a"}));
+    EXPECT_FALSE(m_writer.FileOpen(m_folder.Path("..").c_str()));
+    EXPECT_EQ(m_writer.GetErrorCode(), 0U);
+    EXPECT_FALSE(m_writer.FileOpen("relative.csv"));
+    EXPECT_EQ(m_writer.GetErrorCode(), 3U);
+    EXPECT_TRUE(WriteRow(m_writer, {"b"}));
+    EXPECT_EQ(Written(), "a\r\nb\r\n");
+}
+
+TEST_F(CsvOutPut, AnotherFileReplacesTheOpenOne) {
+    EXPECT_TRUE(WriteRow(m_writer, {"a"}));
+    m_folder.WriteFile("second.csv", "old content");
+    EXPECT_TRUE(m_writer.FileOpen(m_folder.Path("second.csv").c_str()));
+    EXPECT_EQ(m_folder.ReadFile("out.csv"), "a\r\n");
+    EXPECT_FALSE(m_writer.FileOpen(m_folder.Path("missing/out.csv").c_str()));
+    EXPECT_EQ(m_writer.GetErrorCode(), 3U);
+    EXPECT_EQ(m_folder.ReadFile("second.csv"), "");
+    EXPECT_TRUE(WriteRow(m_writer, {"into the buffer of no file"}));
+    EXPECT_TRUE(m_writer.FileOpen(m_folder.Path("out.csv").c_str()));
+    EXPECT_EQ(Written(), "");
+}
+
+TEST_F(CsvOutPut, WithoutAFileTheFirstFlushFails) {
+    m_writer.FileClose();
+    const std::string field(40000, 'x');
+    EXPECT_TRUE(WriteRow(m_writer, {field}));
+    EXPECT_FALSE(WriteRow(m_writer, {field}));
+    EXPECT_EQ(m_writer.GetErrorCode(), Platform::ERROR_INVALID_HANDLE);
+}
+
+/// Each row that returned true before the first failure is in the file or was in the buffer that a failed write lost;
+/// no failure goes unseen.
+TEST_F(CsvOutPut, EveryFailedWriteIsReported) {
+    const std::string field(30000, 'x');
+    const auto failures = Faults::ForEachFailure(Faults::Call::Write, ENOSPC, [&](std::size_t n) {
+        CCsvOutPut writer;
+        EXPECT_TRUE(writer.FileOpen(m_folder.Path("full.csv").c_str()));
+        bool written = true;
+        for (int row = 0; row < 6; ++row)
+            written &= WriteRow(writer, {field, "\"" + field});
+        writer.FileClose();
+        // The sixth write is that of FileClose, which only the error code tells of.
+        EXPECT_EQ(writer.GetErrorCode(), n <= 6 ? Platform::ERROR_DISK_FULL : 0) << n;
+        EXPECT_EQ(written, n >= 6) << n;
+    });
+    EXPECT_EQ(failures, 6U);
+    const auto shortWrites = Faults::Writes(7);
+    EXPECT_TRUE(WriteRow(m_writer, {field}));
+    EXPECT_EQ(Written(), field + "\r\n");
+}
+
+TEST_F(CsvOutPut, AFailedFlushKeepsThePieceAndDropsTheRestOfTheRow) {
+    EXPECT_TRUE(WriteRow(m_writer, {std::string(63990, 'x')}));
+    {
+        const Faults::Scope full(Faults::Call::Write, 1, ENOSPC);
+        EXPECT_FALSE(WriteRow(m_writer, {"1234567890", "never"}));
+    }
+    EXPECT_TRUE(WriteRow(m_writer, {"next"}));
+    EXPECT_EQ(Written(), "1234567890next\r\n");
+}
+
+TEST(CsvOutPutAllocation, AFailedAllocationLeavesNothing) {
+    const auto before = Faults::LiveAllocations();
+    Faults::ForEachFailure(Faults::Call::Allocate, 0, [](std::size_t) {
+        try {
+            const CCsvOutPut writer;
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    EXPECT_EQ(Faults::LiveAllocations(), before);
+}
+
+} // namespace

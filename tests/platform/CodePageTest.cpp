@@ -1,0 +1,487 @@
+#include "platform/CodePage.h"
+
+#include "platform/codepage/Transcode.h"
+#include "platform/files/Files.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using namespace NSTQ;
+using namespace NSTQ::Platform;
+using namespace std::string_view_literals;
+
+namespace {
+
+constexpr unsigned ansiPages[] = {932, 936, 949, 950, 1252};
+
+/// The default page comes back whatever a test sets.
+class CodePageTest : public testing::Test {
+protected:
+    void TearDown() override { SetAnsiCodePage(932); }
+};
+
+/// Converts in exactly the room that the query asks for.
+std::u16string Decode(unsigned page, std::string_view text) {
+    if (text.empty())
+        return {};
+    const int length = static_cast<int>(text.size());
+    std::u16string wide(static_cast<std::size_t>(MultiByteToWideChar(page, 0, text.data(), length, nullptr, 0)),
+                        u'#');
+    EXPECT_EQ(MultiByteToWideChar(page, 0, text.data(), length, wide.data(), static_cast<int>(wide.size())),
+              static_cast<int>(wide.size()));
+    return wide;
+}
+
+std::string Encode(unsigned page, std::u16string_view wide) {
+    if (wide.empty())
+        return {};
+    const int length = static_cast<int>(wide.size());
+    const int room = WideCharToMultiByte(page, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string text(static_cast<std::size_t>(room), '#');
+    EXPECT_EQ(WideCharToMultiByte(page, 0, wide.data(), length, text.data(), room, nullptr, nullptr), room);
+    return text;
+}
+
+std::string ConvertInPlace(std::string text) {
+    text.resize(ConvertUtf8ToAnsi(reinterpret_cast<unsigned char*>(text.data()), text.size()));
+    return text;
+}
+
+std::string Mend(std::string_view text, std::size_t room, std::size_t& needed) {
+    std::vector<unsigned char> out(room + 1, 0xAA);
+    needed = MendUtf8(reinterpret_cast<const unsigned char*>(text.data()), text.size(), out.data(), room);
+    EXPECT_EQ(out[room], 0xAA);
+    const auto written = std::find(out.begin(), out.end(), 0xAA) - out.begin();
+    return {reinterpret_cast<const char*>(out.data()), static_cast<std::size_t>(written)};
+}
+
+/// 64-bit FNV-1a over lists of numbers, each led by its length: what scripts/make_codepage_tables --checksums prints.
+class CFnv {
+public:
+    template <typename TText>
+    void Add(const TText& text) {
+        AddNumber(static_cast<unsigned>(text.size()));
+        for (const auto unit : text)
+            AddNumber(sizeof unit == 1 ? static_cast<unsigned char>(unit) : static_cast<unsigned>(unit));
+    }
+    std::uint64_t GetValue() const { return m_value; }
+
+private:
+    void AddNumber(unsigned number) {
+        for (const unsigned byte : {number & 0xFF, number >> 8})
+            m_value = (m_value ^ byte) * 0x100000001B3;
+    }
+    std::uint64_t m_value = 0xCBF29CE484222325;
+};
+
+TEST_F(CodePageTest, TheSettingTakesSupportedPagesOnly) {
+    EXPECT_EQ(GetAnsiCodePage(), 932U);
+    for (const unsigned page : {1252U, 936U, 949U, 950U, 65001U, 932U}) {
+        SetAnsiCodePage(page);
+        EXPECT_EQ(GetAnsiCodePage(), page);
+        EXPECT_TRUE(IsCodePageSupported(page));
+    }
+    for (const unsigned page : {1U, 437U, 1200U, 1251U, 20932U, 65000U, UINT_MAX}) {
+        SetLastError(0);
+        SetAnsiCodePage(page);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER) << page;
+        EXPECT_EQ(GetAnsiCodePage(), 932U);
+        EXPECT_FALSE(IsCodePageSupported(page));
+    }
+    SetAnsiCodePage(1252);
+    SetAnsiCodePage(CP_ACP);
+    EXPECT_EQ(GetAnsiCodePage(), 1252U);
+    EXPECT_TRUE(IsCodePageSupported(CP_ACP));
+    EXPECT_EQ(Encode(CP_ACP, u"\u20AC"), "\x80");
+}
+
+TEST_F(CodePageTest, WhatIsKnownOfSinglePages) {
+    enum EDirection { Both, ToText, ToWide };
+    struct {
+        const char* m_title;
+        unsigned m_page;
+        EDirection m_direction;
+        std::string_view m_text;
+        std::u16string_view m_wide;
+    } const cases[] = {
+        {"yen sign falls back", 932, ToText, "\x5C", u"\u00A5"},
+        {"backslash stays itself", 932, Both, "\x5C", u"\\"},
+        {"accent is dropped", 932, ToText, "A", u"\u00C0"},
+        {"characters of the other Shift_JIS have no form", 932, ToText, "???", u"\u301C\u2212\u2016"},
+        {"full-width tilde", 932, Both, "\x81\x60", u"\uFF5E"},
+        {"0x5C as a trail byte", 932, Both, "\x83\x5C\x81\x5F", u"\u30BD\uFF3C"},
+        {"half-width katakana", 932, Both, "\xB1\xDF", u"\uFF71\uFF9F"},
+        {"of two codes the one of the NEC row encodes", 932, ToText, "\x87\x8A", u"\u3231"},
+        {"IBM extension decodes too", 932, ToWide, "\xFA\x58", u"\u3231"},
+        {"user-defined", 932, Both, "\xF0\x40", u"\uE000"},
+        {"undefined pair gives one default character", 932, ToWide, "\x81\xAD\x85\x40x", u"\u30FB\u30FBx"},
+        {"trail out of every range", 932, ToWide, "\x81\x20\x81\xFFx", u"\u30FB\u30FBx"},
+        {"lead at the end", 932, ToWide, "a\x81", u"a\u30FB"},
+        {"lead before a NUL", 932, ToWide, "\x81\0\x82\xA0"sv, u"\u30FB\0\u3042"sv},
+        {"NUL inside", 932, Both, "a\0\x82\xA0"sv, u"a\0\u3042"sv},
+        {"surrogate halves", 932, ToText, "??x?y?", u"\U0001F600x\xD800y\xDC00"},
+        {"surrogate halves", 1252, ToText, "??", u"\U0001F600"},
+        {"replacement character", 932, ToText, "?", u"\uFFFD"},
+        {"euro", 1252, Both, "\x80", u"\u20AC"},
+        {"five undefined bytes keep their value", 1252, Both, "\x81\x8D\x8F\x90\x9D", u"\x81\x8D\x8F\x90\x9D"},
+        {"best fit", 1252, ToText, "Aa", u"\u0100\u0101"},
+        {"no form", 1252, ToText, "?", u"\u3042"},
+        {"euro", 936, Both, "\x80", u"\u20AC"},
+        {"hanzi", 936, Both, "\xC4\xE3\xBA\xC3", u"\u4F60\u597D"},
+        {"undefined pair", 936, ToWide, "\x81\x7Fx\xFE", u"?x?"},
+        {"hangul", 949, Both, "\xB0\xA1\xC7\xD1", u"\uAC00\uD55C"},
+        {"hangul of the extension", 949, Both, "\x81\x41", u"\uAC02"},
+        {"hanzi with 0x5C", 950, Both, "\xA5\x5C\xA7\x41", u"\u529F\u4F60"},
+    };
+    for (const auto& item : cases) {
+        SCOPED_TRACE(testing::Message() << item.m_page << ": " << item.m_title);
+        if (item.m_direction != ToText) {
+            EXPECT_EQ(Decode(item.m_page, item.m_text), item.m_wide);
+        }
+        if (item.m_direction != ToWide) {
+            EXPECT_EQ(Encode(item.m_page, item.m_wide), item.m_text);
+        }
+    }
+}
+
+TEST_F(CodePageTest, EveryByteEveryPairAndEveryUnitIsAsInTheFacts) {
+    struct {
+        unsigned m_page;
+        std::uint64_t m_decoded, m_encoded;
+    } const sums[] = {
+        {932, 0xC34436DD939FF434, 0xB5022A5B9DA4A61A},  {936, 0x18051F684F3FAC09, 0xC7960D9321E4FE84},
+        {949, 0x55E3C915A177AEBA, 0xFCF67B1069D92933},  {950, 0x152C402ACEB7D11A, 0x682B1A62118C0697},
+        {1252, 0x4AE10055353B4581, 0x8246600891C70819},
+    };
+    for (const auto& [page, decodedSum, encodedSum] : sums) {
+        CFnv decoded, encoded;
+        for (unsigned value = 0; value <= 0xFFFF; ++value) {
+            const char pair[] = {static_cast<char>(value >> 8), static_cast<char>(value & 0xFF)};
+            decoded.Add(Decode(page, {pair, 2}));
+            encoded.Add(Encode(page, {std::u16string(1, static_cast<char16_t>(value))}));
+        }
+        EXPECT_EQ(decoded.GetValue(), decodedSum) << page;
+        EXPECT_EQ(encoded.GetValue(), encodedSum) << page;
+    }
+}
+
+TEST_F(CodePageTest, WhatAPageEncodesDecodesAndEncodesToTheSame) {
+    struct {
+        unsigned m_page;
+        std::size_t m_ownInverse; // how many characters come back as themselves
+    } const pages[] = {{932, 9402}, {936, 24070}, {949, 17366}, {950, 19840}, {1252, 256}};
+    for (const auto& [page, ownInverse] : pages) {
+        std::size_t count = 0;
+        for (unsigned value = 0; value <= 0xFFFF; ++value) {
+            const std::u16string wide(1, static_cast<char16_t>(value));
+            const std::string text = Encode(page, wide);
+            const std::u16string back = Decode(page, text);
+            ASSERT_EQ(back.size(), 1U) << page << ' ' << value;
+            ASSERT_EQ(Encode(page, back), text) << page << ' ' << value;
+            count += back == wide;
+        }
+        EXPECT_EQ(count, ownInverse) << page;
+    }
+}
+
+TEST_F(CodePageTest, EachMaximalInvalidPartOfUtf8GivesOneReplacement) {
+    struct {
+        const char* m_title;
+        std::string_view m_text;
+        std::u16string_view m_wide;
+    } const cases[] = {
+        {"one of each length", "a\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80", u"a\u00E9\u3042\U0001F600"},
+        {"the limits", "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
+         u"\x7F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF"},
+        {"stray continuation bytes", "\x80\xBFx", u"\uFFFD\uFFFDx"},
+        {"overlong", "\xC0\x80\xE0\x9F\xBF\xF0\x8F\xBF\xBF",
+         u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"surrogate", "\xED\xA0\x80x", u"\uFFFD\uFFFD\uFFFDx"},
+        {"above 10FFFF", "\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"no lead bytes at all", "\xF5\x80\xFE\xFF", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"a cut sequence is one part", "\xE3\x81x\xF0\x9F\x98y\xC3z", u"\uFFFDx\uFFFDy\uFFFDz"},
+        {"cut at the end", "x\xF0\x9F\x98", u"x\uFFFD"},
+        {"cut by the next sequence", "\xE3\x81\xE3\x81\x82", u"\uFFFD\u3042"},
+        {"NUL in a sequence", "\xE3\0\x81"sv, u"\uFFFD\0\uFFFD"sv},
+        {"after a long run", "0123456789abcdef\xFFghijklmnopq\x80", u"0123456789abcdef\uFFFDghijklmnopq\uFFFD"},
+    };
+    for (const auto& item : cases) {
+        SCOPED_TRACE(item.m_title);
+        EXPECT_EQ(Decode(CP_UTF8, item.m_text), item.m_wide);
+        // The same rule, byte to byte.
+        std::size_t needed = 0;
+        EXPECT_EQ(Mend(item.m_text, 3 * item.m_text.size(), needed), Encode(CP_UTF8, item.m_wide));
+    }
+    EXPECT_EQ(Encode(CP_UTF8, u"\xD83Dx\xDE00\xD83D"), "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD");
+
+    // Made by an independent decoder: all texts of four bytes where each one limits some rule.
+    const std::string_view edges =
+        "\0\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xED\xEF\xF0\xF1\xF4\xF5"
+        "\xFF"sv;
+    CFnv sum;
+    for (std::size_t number = 0; number < edges.size() * edges.size() * edges.size() * edges.size(); ++number) {
+        std::string text(4, '\0');
+        for (std::size_t at = 4, rest = number; at-- > 0; rest /= edges.size())
+            text[at] = edges[rest % edges.size()];
+        sum.Add(Decode(CP_UTF8, text));
+    }
+    EXPECT_EQ(sum.GetValue(), 0x17060992E044676DU);
+}
+
+TEST_F(CodePageTest, RoomAndLengthArguments) {
+    struct {
+        unsigned m_page;
+        DWORD m_flags;
+        const char* m_text;
+        int m_length, m_room, m_result;
+        DWORD m_error;
+    } const cases[] = {
+        {932, 0, "\x82\xA0z", -1, 0, 3, 0},
+        {932, 0, "\x82\xA0z", -1, 3, 3, 0},
+        {932, 0, "\x82\xA0z", 3, 2, 2, 0},
+        {932, 0, "\x82\xA0z", 3, 1, 0, 122},
+        {CP_UTF8, 0, "\xF0\x9F\x98\x80", 4, 2, 2, 0},
+        {CP_UTF8, 0, "\xF0\x9F\x98\x80", 4, 1, 0, 122},
+        {CP_UTF8, 0, "abc", -1, 3, 0, 122},
+        {CP_UTF8, 0, "", -1, 0, 1, 0},
+        {932, 0, "a", 0, 3, 0, 87},
+        {932, 0, "a", -2, 3, 0, 87},
+        {932, 0, "a", 1, -1, 0, 87},
+        {932, 0, nullptr, 1, 3, 0, 87},
+        {932, 8, "a", 1, 3, 0, 87},
+        {1250, 0, "a", 1, 3, 0, 87},
+    };
+    for (const auto& item : cases) {
+        SCOPED_TRACE(testing::Message() << &item - cases);
+        char16_t wide[4] = {u'#', u'#', u'#', u'#'};
+        SetLastError(0);
+        EXPECT_EQ(MultiByteToWideChar(item.m_page, item.m_flags, item.m_text, item.m_length, wide, item.m_room),
+                  item.m_result);
+        EXPECT_EQ(GetLastError(), item.m_error);
+        const int touched = std::max(item.m_room, 0);
+        EXPECT_TRUE(std::all_of(wide + touched, wide + 4, [](char16_t unit) { return unit == u'#'; }));
+    }
+    EXPECT_EQ(MultiByteToWideChar(932, 0, "a", 1, nullptr, 1), 0);
+    EXPECT_EQ(GetLastError(), 87U);
+
+    char text[4] = {'#', '#', '#', '#'};
+    SetLastError(0);
+    EXPECT_EQ(WideCharToMultiByte(932, 0, u"a\u3042", 2, text, 2, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), 122U);
+    EXPECT_EQ(std::string_view(text, 4), "a###"); // half a character is not written
+    EXPECT_EQ(WideCharToMultiByte(932, 0, u"a\u3042", -1, text, 4, nullptr, nullptr), 4);
+    EXPECT_EQ(std::string_view(text, 4), "a\x82\xA0\0"sv);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"\u3042\u3044", 2, text, 4, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), 122U);
+}
+
+TEST_F(CodePageTest, TheDefaultByteCanBeChosenAndIsReported) {
+    char text[3] = {};
+    bool used = false;
+    EXPECT_EQ(WideCharToMultiByte(932, 0, u"a\u212B", 2, text, 3, "_", &used), 3); // A with a ring: in the page
+    EXPECT_FALSE(used);
+    EXPECT_EQ(WideCharToMultiByte(1252, 0, u"\u3042?\u0100", 3, text, 3, "_", &used), 3);
+    EXPECT_EQ(std::string_view(text, 3), "_?A");
+    EXPECT_TRUE(used);
+    used = true;
+    EXPECT_EQ(WideCharToMultiByte(1252, 0, u"?\u0100", 2, text, 3, nullptr, &used), 2);
+    EXPECT_FALSE(used); // neither a real '?' nor a best fit is a default
+
+    for (const auto& [byte, flag] : {std::pair<const char*, bool*>{"_", nullptr}, {nullptr, &used}}) {
+        EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, text, 3, byte, flag), 0);
+        EXPECT_EQ(GetLastError(), 87U);
+    }
+}
+
+TEST_F(CodePageTest, LeadBytesAreFoundFromTheStart) {
+    struct {
+        const char* m_title;
+        unsigned m_page;
+        std::string_view m_text;
+        std::string_view m_leads; // a digit 1 for each byte that begins a double-byte character
+    } const cases[] = {
+        {"trail bytes in the range of lead bytes", 932, "a\x82\xA0\x81\x81\x81\x81z", "01010100"},
+        {"half-width between", 932, "\xB1\x81\x5C\x5C", "0100"},
+        {"lead byte at the end", 932, "\x81\x81\x81\0"sv, "1010"},
+        {"behind a NUL", 932, "a\0\x81\x40"sv, "0000"},
+        {"lead byte before a NUL", 932, "\x81\0\x81\x40"sv, "1000"},
+        {"single bytes only", 1252, "\x81\x81\xE9", "000"},
+        {"all high bytes lead", 936, "\x80\x81\xFE\xFF\xFE", "01001"},
+        {"sequences", CP_UTF8, "a\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80z", "01010010000"},
+        {"no sequences", CP_UTF8, "\x80\xC1\xF5\xFF\xE3z", "000010"},
+        {"behind a NUL", CP_UTF8, "\xC3\xA9\0\xC3\xA9"sv, "10000"},
+    };
+    for (const auto& item : cases) {
+        SetAnsiCodePage(item.m_page);
+        const auto* const start = reinterpret_cast<const unsigned char*>(item.m_text.data());
+        for (std::size_t at = 0; at < item.m_text.size(); ++at)
+            EXPECT_EQ(_ismbslead(start, start + at), item.m_leads[at] == '1' ? -1 : 0)
+                << item.m_page << ' ' << item.m_title << " at " << at;
+        EXPECT_EQ(_ismbslead(start + 1, start), 0);
+    }
+}
+
+TEST_F(CodePageTest, ACutKeepsWholeCharacters) {
+    struct {
+        const char* m_title;
+        unsigned m_page;
+        std::string_view m_text;
+        std::vector<std::size_t> m_kept; // for the limits 0, 1, 2 ...
+    } const cases[] = {
+        {"double bytes", 932, "a\x82\xA0\x81\x81z", {0, 1, 1, 3, 3, 5, 6, 6}},
+        {"the whole text is kept as it is", 932, "\x81\x81\x81", {0, 0, 2, 3}},
+        {"lead byte without its partner", 932, "\x81\0x"sv, {0, 0, 2, 3}},
+        {"single bytes", 1252, "\x81\x82", {0, 1, 2}},
+        {"sequences", CP_UTF8, "\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80z", {0, 0, 2, 2, 2, 5, 5, 5, 5, 9, 10}},
+        {"lead byte without its partners", CP_UTF8, "\xF0xyz\xE3\x81xy", {0, 0, 2, 3, 4, 4, 4, 7, 8}},
+        {"stray continuation bytes", CP_UTF8, "\x80\x80\x80\x80\x80", {0, 1, 2, 3, 4, 5}},
+        {"more of them than announced", CP_UTF8, "\xC3\x80\x80\x80\x80", {0, 0, 2, 3, 4, 5}},
+        {"no lead bytes", CP_UTF8, "\xC0\x80\xF5\x80\xFFx", {0, 1, 2, 3, 4, 5, 6}},
+    };
+    for (const auto& item : cases) {
+        SetAnsiCodePage(item.m_page);
+        for (std::size_t limit = 0; limit < item.m_kept.size(); ++limit)
+            EXPECT_EQ(KeptTextLength(item.m_text.data(), item.m_text.size(), limit), item.m_kept[limit])
+                << item.m_page << ' ' << item.m_title << " limit " << limit;
+    }
+}
+
+TEST_F(CodePageTest, LowerCaseAndOrder) {
+    struct {
+        unsigned m_page, m_upper, m_lower;
+    } const letters[] = {
+        {932, 'A', 'a'},
+        {932, 'Z', 'z'},
+        {932, '@', '@'},
+        {932, '[', '['},
+        {932, 0x8260, 0x8281},
+        {932, 0x8279, 0x829A},
+        {932, 0x825F, 0x825F},
+        {932, 0x827A, 0x827A},
+        {932, 0x8281, 0x8281},
+        {932, 0x8341, 0x8341},
+        {932, 0x8141, 0x8141},
+        {932, 0xC1, 0xC1},
+        {932, 0x18260, 0x18260},
+        {936, 0xA3C1, 0xA3E1},
+        {949, 0xA3DA, 0xA3FA},
+        {950, 0xA2CF, 0xA2E9},
+        {950, 0xA2E4, 0xA2FE},
+        {950, 0xA2E8, 0xA343},
+        {1252, 0xC0, 0xC0},
+        {1252, 0x8260, 0x8260},
+        {65001, 'Q', 'q'},
+        {65001, 0xC380, 0xC380},
+        {65001, 0x8260, 0x8260},
+        {65001, 0xEFBCA1, 0xEFBD81},
+        {65001, 0xEFBCBA, 0xEFBD9A},
+        {65001, 0xEFBCBB, 0xEFBCBB},
+    };
+    for (const auto& [page, upper, lower] : letters) {
+        SetAnsiCodePage(page);
+        EXPECT_EQ(_mbctolower(upper), lower) << page << ' ' << std::hex << upper;
+    }
+
+    struct {
+        unsigned m_page;
+        const char *m_left, *m_right;
+        int m_sign;
+    } const pairs[] = {
+        {932, "", "", 0},
+        {932, "a", "b", -1},
+        {932, "ab", "a", 1},
+        {932, "\x82\xA0", "\x82\xA0", 0},
+        {932, "\x82\xA0", "\x82\xA1", -1},
+        {932, "\xB1", "\x82\xA0", -1}, // half-width comes before, though its byte is higher
+        {932, "a\x81", "a", 0},
+        {1252, "\xB1", "\x82\xA0", 1},
+        {65001, "\xEF\xBC\xA1", "\xF0\x9F\x98\x80", -1},
+    };
+    for (const auto& [page, left, right, sign] : pairs) {
+        SetAnsiCodePage(page);
+        const auto compare = [](const char* one, const char* other) {
+            const int order =
+                _mbscmp(reinterpret_cast<const unsigned char*>(one), reinterpret_cast<const unsigned char*>(other));
+            return (order > 0) - (order < 0);
+        };
+        EXPECT_EQ(compare(left, right), sign) << &page - &pairs[0].m_page;
+        EXPECT_EQ(compare(right, left), -sign);
+    }
+}
+
+TEST_F(CodePageTest, InPlaceEveryCharacterFitsAndIsWhatTheTwoCallsGive) {
+    // Each character of a text is converted on its own, so what holds for every character and for every invalid part
+    // (all are among the texts of three bytes) holds for all texts.
+    const std::string_view edges = "a\x80\x8F\x90\xA0\xBF\xC0\xC2\xE0\xE3\xED\xF0\xF4\xFF";
+    for (const unsigned page : ansiPages) {
+        SetAnsiCodePage(page);
+        const auto check = [page](const std::string& text) {
+            const std::string result = ConvertInPlace(text);
+            return result.size() <= text.size() && result == Encode(page, Decode(CP_UTF8, text));
+        };
+        for (char32_t value = 0; value <= 0x10FFFF; ++value) {
+            const bool isPair = value > 0xFFFF;
+            const std::u16string wide = isPair ? std::u16string{static_cast<char16_t>(0xD7C0 + (value >> 10)),
+                                                                static_cast<char16_t>(0xDC00 + (value & 0x3FF))}
+                                               : std::u16string(1, static_cast<char16_t>(value));
+            ASSERT_TRUE(check(Encode(CP_UTF8, wide))) << page << ' ' << static_cast<unsigned>(value);
+        }
+        for (unsigned pair = 0; pair <= 0xFFFF; ++pair)
+            for (const char third : edges.substr(0, pair >= 0xE000 ? edges.size() : 1))
+                ASSERT_TRUE(check({static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF), third}))
+                    << page << ' ' << pair;
+    }
+}
+
+TEST_F(CodePageTest, InPlaceRandomTextsAreWhatTheTwoCallsGive) {
+    std::mt19937 random(20240229);
+    const std::vector<std::string_view> parts = {"a",
+                                                 "b,",
+                                                 "\"",
+                                                 "\t",
+                                                 "\0"sv,
+                                                 "0123456789",
+                                                 "\xC3\xA9",
+                                                 "\xE3\x81\x82",
+                                                 "\xE2\x82\xAC",
+                                                 "\xF0\x9F\x98\x80",
+                                                 "\x80",
+                                                 "\xE3",
+                                                 "\xE3\x81",
+                                                 "\xF0\x9F\x98",
+                                                 "\xFF",
+                                                 "\xED\xA0\x80",
+                                                 "\xEF\xBC\xA1",
+                                                 "\xC0"};
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        for (std::size_t count = random() % 30; count > 0; --count)
+            text += parts[random() % parts.size()];
+        for (const unsigned page : ansiPages) {
+            SetAnsiCodePage(page);
+            ASSERT_EQ(ConvertInPlace(text), Encode(page, Decode(CP_UTF8, text)));
+        }
+        SetAnsiCodePage(CP_UTF8);
+        EXPECT_EQ(ConvertInPlace(text), text); // documented: left to MendUtf8
+        const std::string mended = Encode(CP_UTF8, Decode(CP_UTF8, text));
+        // At any room: whole characters as far as they fit, and the full length in the answer.
+        const std::size_t room = random() % (mended.size() + 2);
+        std::size_t needed = 0;
+        ASSERT_EQ(Mend(text, room, needed), mended.substr(0, KeptTextLength(mended.data(), mended.size(), room)));
+        ASSERT_EQ(needed, mended.size());
+        const std::size_t valid = CountValidUtf8(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+        const auto differing = std::mismatch(text.begin(), text.end(), mended.begin(), mended.end()).first;
+        const std::size_t same = static_cast<std::size_t>(differing - text.begin());
+        ASSERT_EQ(text == mended, valid == text.size());
+        ASSERT_LE(valid, same);
+        ASSERT_LE(same - valid, 1U); // E? of an invalid EF begins like its replacement
+    }
+}
+
+} // namespace

@@ -1,0 +1,578 @@
+#include "platform/files/Files.h"
+
+#include "platform/CodePage.h"
+#include "platform/common/SCFilePath.h"
+#include "platform/files/ErrorTable.h"
+#include "platform/files/FileHandle.h"
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <map>
+#include <memory>
+
+namespace NSTQ::Tests {
+namespace {
+
+using namespace Platform;
+using Faults::Call;
+using NSTQCore::SCFilePath;
+using testing::Contains;
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
+
+class CCodePageSetting {
+public:
+    explicit CCodePageSetting(unsigned codePage) : m_uPrevious(GetAnsiCodePage()) { SetAnsiCodePage(codePage); }
+    CCodePageSetting(const CCodePageSetting&) = delete;
+    CCodePageSetting& operator=(const CCodePageSetting&) = delete;
+    ~CCodePageSetting() { SetAnsiCodePage(m_uPrevious); }
+
+private:
+    unsigned m_uPrevious;
+};
+
+using TFile = std::unique_ptr<void, decltype([](HANDLE file) { CloseHandle(file); })>;
+
+/// Null on failure; the code stays in GetLastError.
+TFile Open(const std::string& path, DWORD access, DWORD share = shareAll, DWORD disposition = OPEN_EXISTING) {
+    const HANDLE file =
+        CreateFileA(path.c_str(), access, share, nullptr, disposition, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    return TFile(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+TFile OpenToRead(const std::string& path) {
+    return Open(path, GENERIC_READ);
+}
+TFile Create(const std::string& path) {
+    return Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+}
+
+DWORD CodeOf(bool succeeded) {
+    return succeeded ? ERROR_SUCCESS : GetLastError();
+}
+
+bool Write(const TFile& file, std::string_view text, DWORD* written = nullptr) {
+    DWORD count = 0;
+    return Platform::WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()),
+                               written != nullptr ? written : &count, nullptr);
+}
+
+std::string Read(const TFile& file, DWORD size = 100) {
+    std::string text(size, '\0');
+    DWORD count = 0;
+    EXPECT_TRUE(Platform::ReadFile(file.get(), text.data(), size, &count, nullptr));
+    text.resize(count);
+    return text;
+}
+
+/// Names and attributes of a folder, without "." and "..", which must be there.
+std::map<std::string, DWORD> List(const std::string& folder) {
+    std::map<std::string, DWORD> entries;
+    WIN32_FIND_DATAA data{};
+    const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &data);
+    if (search == INVALID_HANDLE_VALUE)
+        return entries;
+    do
+        entries[data.cFileName] = data.dwFileAttributes;
+    while (FindNextFileA(search, &data));
+    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
+    FindClose(search);
+    EXPECT_EQ(entries.erase(".") + entries.erase(".."), 2U);
+    return entries;
+}
+
+/// Runs `body` in a child process, whose streams it may spoil, and returns its exit code.
+template <class TBody>
+int RunInChild(TBody body) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(body());
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Errors, BecomeTheCodesThatCallersLookFor) {
+    const std::map<DWORD, std::vector<int>> cases = {
+        {2, {ENOENT}},      {3, {ENOTDIR}},        {4, {EMFILE, ENFILE}}, {5, {EACCES, EPERM, EISDIR}},
+        {6, {EBADF}},       {8, {ENOMEM}},         {19, {EROFS}},         {32, {EWOULDBLOCK}},
+        {80, {EEXIST}},     {87, {EINVAL}},        {109, {EPIPE}},        {112, {ENOSPC, EDQUOT, EFBIG}},
+        {145, {ENOTEMPTY}}, {206, {ENAMETOOLONG}}, {1117, {EIO, ECHILD}},
+    };
+    for (const auto& [code, errors] : cases)
+        for (const int error : errors)
+            EXPECT_EQ(ErrorCodeFromSystem(error), code) << error;
+}
+
+TEST(Open, RefusesWithTheCodeOfTheCause) {
+    const CTempFolder folder;
+    folder.MakeFolder("sub");
+    folder.WriteFile("file", "text");
+    ::chmod(folder.WriteFile("read-only", "kept").c_str(), 0444);
+    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("nowhere", folder.Path("dangling").c_str()), 0);
+    const struct {
+        const char* title;
+        std::string path;
+        DWORD access, disposition, code;
+    } cases[] = {
+        {"missing file", folder.Path("none"), GENERIC_READ, OPEN_EXISTING, 2},
+        {"link to nothing", folder.Path("dangling"), GENERIC_READ, OPEN_EXISTING, 2},
+        {"missing folder", folder.Path("none\\file"), GENERIC_READ, OPEN_EXISTING, 3},
+        {"create in a missing folder", folder.Path("none/file"), GENERIC_WRITE, CREATE_ALWAYS, 3},
+        {"file on the way", folder.Path("file\\x"), GENERIC_READ, OPEN_EXISTING, 3},
+        {"empty path", "", GENERIC_READ, OPEN_EXISTING, 3},
+        {"read a folder", folder.Path("sub"), GENERIC_READ, OPEN_EXISTING, 5},
+        {"write a folder", folder.Path("sub"), GENERIC_WRITE, CREATE_ALWAYS, 5},
+        {"write a read-only file", folder.Path("read-only"), GENERIC_WRITE, CREATE_ALWAYS, 5},
+        {"read a pipe without hanging", folder.Path("pipe"), GENERIC_READ, OPEN_EXISTING, 50},
+        {"read a device", "/dev/zero", GENERIC_READ, OPEN_EXISTING, 50},
+        {"new file that exists", folder.Path("file"), GENERIC_WRITE, CREATE_NEW, 80},
+        {"new file where a link is", folder.Path("dangling"), GENERIC_WRITE, CREATE_NEW, 80},
+        {"unknown disposition", folder.Path("file"), GENERIC_READ, 5, 87},
+        {"no access", folder.Path("file"), 0, OPEN_EXISTING, 87},
+        {"false character", folder.Path("\x85\x40"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"lead byte at the end", folder.Path("a\x95"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"escaped dot", folder.Path("\0012E\0012E"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"escaped separator", folder.Path("\0012F"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"unfinished escape", folder.Path("\0015"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"long name", folder.Path(std::string(256, 'n')), GENERIC_WRITE, CREATE_ALWAYS, 206},
+        {"endless path", std::string(20000, '/'), GENERIC_READ, OPEN_EXISTING, 206},
+    };
+    const std::size_t before = Faults::OpenDescriptors();
+    for (const auto& one : cases) {
+        EXPECT_EQ(Open(one.path, one.access, shareAll, one.disposition), nullptr) << one.title;
+        EXPECT_EQ(GetLastError(), one.code) << one.title;
+    }
+    EXPECT_EQ(Faults::OpenDescriptors(), before);
+    EXPECT_EQ(folder.ReadFile("read-only"), "kept");
+    EXPECT_FALSE(folder.Exists("nowhere"));
+}
+
+TEST(Open, CreateAlwaysReplacesAndTellsWhetherThereWasAFile) {
+    const CTempFolder folder;
+    ASSERT_TRUE(Write(Create(folder.Path("new")), "0123456789"));
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    ASSERT_TRUE(Write(Create(folder.Path("new")), "abc"));
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_EQ(folder.ReadFile("new"), "abc");
+    ASSERT_EQ(::symlink("target", folder.Path("link").c_str()), 0);
+    EXPECT_TRUE(Write(Create(folder.Path("link")), "through")) << "writing follows links";
+    EXPECT_EQ(folder.ReadFile("target"), "through");
+}
+
+TEST(Open, SharesAsAskedInBothOrders) {
+    const CTempFolder folder;
+    const struct {
+        const char* title;
+        DWORD firstAccess, firstShare, secondAccess, secondShare, code;
+    } cases[] = {
+        {"readers", GENERIC_READ, shareAll, GENERIC_READ, shareAll, 0},
+        {"reader beside a sharing writer", GENERIC_WRITE, shareAll, GENERIC_READ, shareAll, 0},
+        {"reader after the writer", GENERIC_WRITE, 0, GENERIC_READ, shareAll, 32},
+        {"writer after a reader", GENERIC_READ, shareAll, GENERIC_WRITE, 0, 32},
+        {"writer after the writer", GENERIC_WRITE, 0, GENERIC_WRITE, 0, 32},
+        {"reader after a reader alone", GENERIC_READ, 0, GENERIC_READ, shareAll, 32},
+    };
+    for (const auto& one : cases) {
+        const std::string path = folder.WriteFile("file", "kept");
+        TFile first = Open(path, one.firstAccess, one.firstShare);
+        ASSERT_NE(first, nullptr) << one.title;
+        const DWORD disposition = one.secondAccess == GENERIC_WRITE ? CREATE_ALWAYS : OPEN_EXISTING;
+        SetLastError(0);
+        EXPECT_EQ(Open(path, one.secondAccess, one.secondShare, disposition) == nullptr, one.code != 0) << one.title;
+        EXPECT_EQ(GetLastError(), one.code) << one.title;
+        EXPECT_EQ(folder.ReadFile("file"), "kept") << one.title << ": truncated in spite of the lock";
+        first.reset();
+        EXPECT_NE(Open(path, one.secondAccess, one.secondShare), nullptr) << one.title << ": lock outlives its file";
+    }
+}
+
+TEST(Open, DoesWithoutLocksWhereThereAreNone) {
+    const CTempFolder folder;
+    for (const int error : {ENOLCK, EOPNOTSUPP, EBADF, EINVAL}) {
+        const Faults::Scope fault(Call::Lock, 1, error);
+        EXPECT_NE(Create(folder.Path("file")), nullptr) << error;
+        EXPECT_TRUE(fault.Fired());
+    }
+}
+
+TEST(Open, OutputStreamsAreUsedFromWhereTheyStandAndStayOpen) {
+    const CTempFolder folder;
+    const std::string path = folder.WriteFile("log", "before;");
+    int pipeEnds[2];
+    ASSERT_EQ(::pipe(pipeEnds), 0);
+    const auto writeToStream = [](const char* stream, int target, int number) {
+        return RunInChild([=] {
+            ::dup2(target, number);
+            // Twice, and then without the layer: closing a handle must not close the stream.
+            const bool both = Write(Create(stream), "one;") && Write(Create(stream), "two;");
+            return both && ::write(number, "after", 5) == 5 ? 0 : 1;
+        });
+    };
+    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND);
+    EXPECT_EQ(writeToStream("/dev/stdout", file, 1), 0);
+    EXPECT_EQ(folder.ReadFile("log"), "before;one;two;after");
+    EXPECT_EQ(writeToStream("\\dev\\stderr", pipeEnds[1], 2), 0);
+    EXPECT_EQ(writeToStream("/dev/fd/7", pipeEnds[1], 7), 0);
+    char text[100];
+    EXPECT_EQ(std::string(text, static_cast<std::size_t>(::read(pipeEnds[0], text, sizeof text))),
+              "one;two;afterone;two;after");
+
+    const std::string reading = "/dev/fd/" + std::to_string(pipeEnds[0]);
+    EXPECT_EQ(Create(reading), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    for (const int descriptor : {file, pipeEnds[0], pipeEnds[1]})
+        ::close(descriptor);
+    EXPECT_EQ(Create(reading), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST(Open, NeverTakesTheNumberOfAClosedStandardStream) {
+    const CTempFolder folder;
+    EXPECT_EQ(RunInChild([&] {
+                  ::close(STDIN_FILENO);
+                  ::close(STDOUT_FILENO);
+                  const TFile file = Create(folder.Path("file"));
+                  const bool isClean = ::write(STDOUT_FILENO, "stray", 5) < 0 && Write(file, "data");
+                  return isClean && ::fcntl(DescriptorOfHandle(file.get()), F_GETFD) == FD_CLOEXEC ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(folder.ReadFile("file"), "data");
+}
+
+TEST(File, ReadsSeeksAndTellsItsSize) {
+    const CTempFolder folder;
+    const TFile file = OpenToRead(folder.WriteFile("file", "0123456789"));
+    LARGE_INTEGER size{}, position{};
+    ASSERT_TRUE(GetFileSizeEx(file.get(), &size));
+    EXPECT_EQ(size.QuadPart, 10);
+    const struct {
+        LONGLONG distance;
+        DWORD method;
+        LONGLONG reached;
+        const char* text;
+    } cases[] = {{3, FILE_BEGIN, 3, "34"}, {2, FILE_CURRENT, 7, "78"}, {-1, FILE_END, 9, "9"}, {5, FILE_END, 15, ""}};
+    for (const auto& one : cases) {
+        ASSERT_TRUE(SetFilePointerEx(file.get(), {one.distance}, &position, one.method));
+        EXPECT_EQ(position.QuadPart, one.reached);
+        EXPECT_EQ(Read(file, 2), one.text);
+    }
+    EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {-1}, nullptr, FILE_BEGIN)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {0}, nullptr, 3)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf(Write(file, "x")), ERROR_INVALID_HANDLE) << "opened for reading";
+
+    const TFile device = Create("/dev/null");
+    EXPECT_EQ(CodeOf(GetFileSizeEx(device.get(), &size)), ERROR_INVALID_FUNCTION);
+    for (const HANDLE none : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
+        DWORD count = 7;
+        char byte = 0;
+        EXPECT_EQ(CodeOf(Platform::ReadFile(none, &byte, 1, &count, nullptr)), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(count, 0U);
+        EXPECT_EQ(CodeOf(Platform::WriteFile(none, &byte, 0, &count, nullptr)), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(CodeOf(GetFileSizeEx(none, &size)), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(CodeOf(CloseHandle(none)), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(CodeOf(FindClose(none)), ERROR_INVALID_HANDLE);
+    }
+}
+
+TEST(File, WritesAllOrTellsHowMuch) {
+    const CTempFolder folder;
+    {
+        const auto slow = Faults::Writes(3);
+        DWORD written = 0;
+        EXPECT_TRUE(Write(Create(folder.Path("file")), "0123456789", &written));
+        EXPECT_EQ(written, 10U);
+        EXPECT_EQ(slow.Calls(), 4U);
+    }
+    EXPECT_EQ(folder.ReadFile("file"), "0123456789");
+    {
+        const auto slow = Faults::Reads(4);
+        EXPECT_EQ(Read(OpenToRead(folder.Path("file"))), "0123") << "one read only, as short as the system made it";
+    }
+    DWORD written = 99;
+    EXPECT_EQ(CodeOf(Write(Create("/dev/full"), "data", &written)), ERROR_DISK_FULL);
+    EXPECT_EQ(written, 0U);
+    {
+        const Faults::Scope busy(Call::Write, 1, EAGAIN);
+        EXPECT_TRUE(Write(Create("/dev/null"), "data")) << "a full non-blocking pipe is waited for";
+    }
+    ::signal(SIGPIPE, SIG_IGN);
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const TFile closed = Create("/dev/fd/" + std::to_string(ends[1]));
+    ::close(ends[0]);
+    ::close(ends[1]);
+    EXPECT_EQ(CodeOf(Write(closed, "data")), ERROR_BROKEN_PIPE);
+}
+
+TEST(File, AFullDiskInTheMiddleOfAWriteShowsWhatWasWritten) {
+    const CTempFolder folder;
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{6, limit.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    DWORD written = 0;
+    const DWORD code = CodeOf(Write(Create(folder.Path("file")), "0123456789", &written));
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(code, ERROR_DISK_FULL);
+    EXPECT_EQ(written, 6U);
+}
+
+TEST(Path, TrailByteThatLooksLikeASeparatorIsNone) {
+    const CTempFolder folder;
+    const std::string shiftJis = folder.Path() + "\\\x95\x5C/\x95\x5C.csv";
+    folder.MakeFolder("表");
+    ASSERT_TRUE(Write(Create(shiftJis), "data"));
+    EXPECT_EQ(folder.ReadFile("表/表.csv"), "data");
+    EXPECT_EQ(Read(OpenToRead(shiftJis)), "data");
+    folder.WriteFile("纊", "two codes");
+    EXPECT_EQ(Read(OpenToRead(folder.Path("\xED\x40"))), "two codes");
+    EXPECT_EQ(Read(OpenToRead(folder.Path("\xFA\x5C"))), "two codes");
+    const CCodePageSetting utf8(CP_UTF8);
+    EXPECT_EQ(Read(OpenToRead(folder.Path("表\\表.csv"))), "data");
+}
+
+TEST(Listing, EveryNameLeadsBackToItsFile) {
+    const struct {
+        const char* title;
+        unsigned codePage;
+        const char* name;
+        const char* ansi;
+    } cases[] = {
+        {"plain", 932, "plain.csv", "plain.csv"},
+        {"trail byte 5C", 932, "表.csv", "\x95\x5C.csv"},
+        {"backslash", 932, "sub\\file", "sub\0015Cfile"},
+        {"escape mark", 932, "a\0015C", "a\001015C"},
+        {"best fit is a separator", 932, "¥", "\001C2\001A5"},
+        {"not in the page", 932, "é表", "\001C3\001A9\x95\x5C"},
+        {"beyond 16 bits", 932, "😀", "\001F0\0019F\00198\00180"},
+        {"no UTF-8", 932,
+         "\xE8\xA1"
+         "a\xFF",
+         "\001E8\001A1a\001FF"},
+        {"Western", 1252, "é⁄¥", "\xE9\001E2\00181\00184\xA5"},
+        {"UTF-8", CP_UTF8, "é\\😀\xFF", "é\0015C😀\xFF"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.title);
+        const CCodePageSetting setting(one.codePage);
+        const CTempFolder folder;
+        folder.MakeFolder("sub");
+        folder.WriteFile("sub/file", "must stay");
+        folder.WriteFile(one.name, "found");
+        EXPECT_THAT(List(folder.Path()), Contains(std::pair<const std::string, DWORD>(one.ansi, 0x80)));
+        EXPECT_EQ(Read(OpenToRead(folder.Path() + '\\' + one.ansi)), "found");
+        EXPECT_TRUE(DeleteFileA((folder.Path() + '\\' + one.ansi).c_str()));
+        EXPECT_FALSE(folder.Exists(one.name));
+        EXPECT_TRUE(folder.Exists("sub/file"));
+    }
+}
+
+TEST(Listing, TellsKindsAndFollowsNoLink) {
+    const CTempFolder folder;
+    folder.WriteFile("file", "");
+    folder.MakeFolder("sub");
+    folder.WriteFile("sub/inside", "");
+    ::chmod(folder.WriteFile("read-only", "").c_str(), 0444);
+    ASSERT_EQ(::symlink("sub", folder.Path("link").c_str()), 0);
+    folder.WriteFile(std::string(86, '\\') + "n", "");
+    folder.WriteFile(std::string(86, '\\') + "nn", "");
+    const auto entries = List(folder.Path());
+    EXPECT_EQ(entries.size(), 5U) << "259 bytes fit, 260 are passed over";
+    EXPECT_EQ(entries.at("file"), 0x80U);
+    EXPECT_EQ(entries.at("read-only"), 0x01U);
+    EXPECT_EQ(entries.at("sub"), 0x10U);
+    EXPECT_EQ(entries.at("link"), 0x400U);
+
+    WIN32_FIND_DATAA data{};
+    const std::pair<std::string, DWORD> refused[] = {{folder.Path("link/*"), 3},
+                                                     {folder.Path("link//*"), 3},
+                                                     {folder.Path("none\\*"), 3},
+                                                     {folder.Path("file\\*"), 3},
+                                                     {folder.Path("sub\\*.*"), 123},
+                                                     {folder.Path("sub"), 123},
+                                                     {"*", 123}};
+    for (const auto& [pattern, code] : refused) {
+        EXPECT_EQ(FindFirstFileA(pattern.c_str(), &data), INVALID_HANDLE_VALUE) << pattern;
+        EXPECT_EQ(GetLastError(), code) << pattern;
+    }
+    EXPECT_THAT(List(folder.Path("sub/")), testing::SizeIs(1));
+    EXPECT_FALSE(List("").empty()) << "the root";
+}
+
+TEST(Removal, TouchesOnlyWhatItNames) {
+    const CTempFolder folder;
+    folder.MakeFolder("full");
+    folder.MakeFolder("empty");
+    folder.WriteFile("full/file", "");
+    ::chmod(folder.WriteFile("read-only", "").c_str(), 0444);
+    ASSERT_EQ(::symlink("full", folder.Path("link").c_str()), 0);
+    const auto remove = [&](bool (*call)(const char*), const char* name) {
+        return CodeOf(call(folder.Path(name).c_str()));
+    };
+    EXPECT_EQ(remove(DeleteFileA, "read-only"), 5U);
+    EXPECT_EQ(remove(DeleteFileA, "full"), 5U);
+    EXPECT_EQ(remove(DeleteFileA, "none"), 2U);
+    EXPECT_EQ(remove(DeleteFileA, "none/file"), 3U);
+    EXPECT_EQ(remove(RemoveDirectoryA, "full"), 145U);
+    EXPECT_EQ(remove(RemoveDirectoryA, "link"), 5U);
+    EXPECT_EQ(remove(RemoveDirectoryA, "read-only"), 5U);
+    EXPECT_EQ(remove(RemoveDirectoryA, "none"), 2U);
+    EXPECT_EQ(remove(RemoveDirectoryA, "read-only/x"), 3U);
+    EXPECT_EQ(remove(RemoveDirectoryA, "empty"), 0U);
+    EXPECT_EQ(remove(DeleteFileA, "link"), 0U);
+    EXPECT_FALSE(folder.Exists("link"));
+    EXPECT_FALSE(folder.Exists("empty"));
+    EXPECT_TRUE(folder.Exists("full/file"));
+    EXPECT_TRUE(folder.Exists("read-only"));
+}
+
+/// One life of a file, through every call of the layer. Returns the code of the first failure.
+DWORD LiveOnce(const CTempFolder& folder) {
+    const std::string path = folder.Path() + "/sub/file";
+    WIN32_FIND_DATAA data{};
+    LARGE_INTEGER size{};
+    char text[4];
+    DWORD count = 0;
+    TFile file = Create(path);
+    if (file == nullptr || !Write(file, "data") || !CloseHandle(file.release()))
+        return GetLastError();
+    file = OpenToRead(path);
+    if (file == nullptr || !SetFilePointerEx(file.get(), {2}, nullptr, FILE_BEGIN) ||
+        !GetFileSizeEx(file.get(), &size) || !Platform::ReadFile(file.get(), text, 2, &count, nullptr))
+        return GetLastError();
+    file.reset();
+    const HANDLE search = FindFirstFileA((folder.Path() + "/sub/*").c_str(), &data);
+    if (search == INVALID_HANDLE_VALUE)
+        return GetLastError();
+    const std::unique_ptr<void, decltype([](HANDLE handle) { FindClose(handle); })> owner(search);
+    while (FindNextFileA(search, &data))
+        ;
+    if (GetLastError() != ERROR_NO_MORE_FILES || !DeleteFileA(path.c_str()))
+        return GetLastError();
+    return CodeOf(RemoveDirectoryA((folder.Path() + "/sub").c_str()));
+}
+
+constexpr Call systemCalls[] = {Call::Open,       Call::Close,      Call::Read,     Call::Write,
+                                Call::Seek,       Call::Stat,       Call::Lock,     Call::Unlink,
+                                Call::OpenFolder, Call::ReadFolder, Call::Truncate, Call::RemoveFolder};
+
+TEST(Faults, AnyFailingCallIsReportedAndLeaksNothing) {
+    const CTempFolder folder;
+    const std::size_t before = Faults::OpenDescriptors();
+    for (const Call call : systemCalls) {
+        DWORD code = 0;
+        const std::size_t failures = Faults::ForEachFailure(call, EIO, [&](std::size_t) {
+            folder.MakeFolder("sub");
+            code = LiveOnce(folder);
+            EXPECT_EQ(Faults::OpenDescriptors(), before);
+        });
+        EXPECT_GE(failures, 1U) << static_cast<int>(call);
+        EXPECT_EQ(code, 0U) << "the last run meets no fault";
+        if (call != Call::Lock && call != Call::Close) {
+            folder.MakeFolder("sub");
+            const Faults::Scope fault(call, 1, EIO);
+            EXPECT_EQ(LiveOnce(folder), ERROR_IO_DEVICE) << static_cast<int>(call);
+        }
+    }
+}
+
+TEST(Faults, InterruptedCallsAreMadeAgain) {
+    const CTempFolder folder;
+    for (const Call call : systemCalls) {
+        // Neither can be interrupted in a way that a caller would see.
+        if (call == Call::Seek || call == Call::OpenFolder)
+            continue;
+        const std::size_t interruptions = Faults::ForEachFailure(call, EINTR, [&](std::size_t) {
+            folder.MakeFolder("sub");
+            EXPECT_EQ(LiveOnce(folder), 0U) << static_cast<int>(call);
+        });
+        EXPECT_GE(interruptions, 1U) << static_cast<int>(call);
+    }
+}
+
+TEST(Faults, FailingAllocationsLeakNothing) {
+    const CTempFolder folder;
+    const std::size_t descriptors = Faults::OpenDescriptors();
+    std::size_t failures = 0;
+    for (bool failed = true; failed; failures += failed ? 1U : 0U) {
+        folder.MakeFolder("sub");
+        const std::ptrdiff_t blocks = Faults::LiveAllocations();
+        {
+            const Faults::Scope fault(Call::Allocate, failures + 1, 0);
+            failed = false;
+            try {
+                LiveOnce(folder);
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+        }
+        ASSERT_EQ(Faults::LiveAllocations(), blocks);
+        ASSERT_EQ(Faults::OpenDescriptors(), descriptors);
+    }
+    EXPECT_GE(failures, 5U);
+}
+
+TEST(FilePath, TimeCountsFrom1601) {
+    const CTempFolder folder;
+    const std::string path = folder.WriteFile("file", "");
+    // 100 ns after 1970 began, and one second before that.
+    const timespec times[2] = {{0, 199}, {-1, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    const auto timeOf = [&](const std::string& which, SCFilePath::EFileTimeType type) {
+        FILETIME time{1, 1};
+        const bool succeeded = SCFilePath::GetFileTime(which.c_str(), type, time);
+        const auto value = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+        EXPECT_EQ(succeeded, value != 0);
+        return value;
+    };
+    EXPECT_EQ(timeOf(path, SCFilePath::FTT_ACCESS), 116444736000000001U);
+    EXPECT_EQ(timeOf(path, SCFilePath::FTT_UPDATE), 116444735990000000U);
+    EXPECT_GT(timeOf(path, SCFilePath::FTT_CREATE), 132000000000000000U);
+    EXPECT_EQ(timeOf(folder.Path("none"), SCFilePath::FTT_UPDATE), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST(FilePath, TellsAbsolutePathsAndUsableNames) {
+    EXPECT_TRUE(SCFilePath::IsAbsolutePath("/a") && SCFilePath::IsAbsolutePath("\\a"));
+    EXPECT_FALSE(SCFilePath::IsAbsolutePath("a/b") || SCFilePath::IsAbsolutePath("") ||
+                 SCFilePath::IsAbsolutePath("\x95\x5C"));
+    const auto repeat = [](std::string start, std::size_t count, char byte) { return start.append(count, byte); };
+    const std::string folder = repeat("/", 99, 'f') + '/';
+    const std::pair<std::string, bool> cases[] = {
+        {"/a/b.csv", true},
+        {"b.csv", true},
+        {"\\a\\\x95\x5C", true},
+        {"/dev/stdout", true},
+        {"", false},
+        {"/a/", false},
+        {"/a\\", false},
+        {"/a/.", false},
+        {"\\..", false},
+        {"/a/...", true},
+        {"/a\x95", false},
+        {repeat(folder, 159, 'n'), true},
+        {repeat(folder, 160, 'n'), false},
+        {repeat("/", 255, 'n'), true},
+        {repeat("/", 256, 'n'), false},
+        {repeat("/", 85, '\xB1'), true},
+        {repeat("/", 86, '\xB1'), false},
+    };
+    for (const auto& [path, usable] : cases)
+        EXPECT_EQ(SCFilePath::CanUseFileName(path.c_str()), usable) << path;
+}
+
+} // namespace
+} // namespace NSTQ::Tests

@@ -1,0 +1,234 @@
+#include "CSourceDataInfo.h"
+#include "platform/CodePage.h"
+#include "platform/common/SCFilePath.h"
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+using NSTQ::Tests::CTempFolder;
+using Type = SCDeclareConstant::ESourceFileType;
+
+constexpr Type XTQF = SCDeclareConstant::SFT_XTQF;
+constexpr Type CSV = SCDeclareConstant::SFT_CSV;
+constexpr Type TXT = SCDeclareConstant::SFT_TXT;
+constexpr Type FIX = SCDeclareConstant::SFT_FIX;
+constexpr Type UNKNOWN = SCDeclareConstant::SFT_UNKNOWN;
+
+Type TypeOf(const CSourceDataInfo& info) {
+    auto type = UNKNOWN;
+    info.GetSourceFileType(type);
+    return type;
+}
+
+std::string PathOf(const CSourceDataInfo& info) {
+    const char* path = "";
+    return info.GetFilePath(path) ? path : "";
+}
+
+TEST(SourceDataInfo, ANewRecordHoldsTheDefaults) {
+    CSourceDataInfo info;
+    auto type = CSV;
+    const char* path = "untouched";
+    EXPECT_FALSE(info.GetSourceFileType(type));
+    EXPECT_FALSE(info.GetFilePath(path));
+    EXPECT_EQ(type, CSV);
+    EXPECT_STREQ(path, "untouched");
+    char pre = 0;
+    char post = 0;
+    info.GetDelimiter(&pre, &post);
+    EXPECT_EQ(pre, '\r');
+    EXPECT_EQ(post, '\n');
+    EXPECT_EQ(info.GetReadCharSet(), CSourceDataInfo::RCS_AUTO);
+    EXPECT_STREQ(info.GetPassWordString(), "");
+    EXPECT_STREQ(info.GetUncompressFolderPath(), "");
+    EXPECT_FALSE(info.GetIsNeedPassWord());
+    EXPECT_EQ(info.GetStartReadRowCnt(), 0U);
+}
+
+TEST(SourceDataInfo, TheExtensionDecidesWithoutTheFile) {
+    const struct {
+        const char* path;
+        Type expected;
+    } cases[] = {
+        {"/no/DATA.CSV", CSV},
+        {"/no/data.Csv", CSV},
+        {"/no/book.XLSX", SCDeclareConstant::SFT_XLSX},
+        {"/no/book.xls", SCDeclareConstant::SFT_XLS},
+        {"/no/data.mdb", SCDeclareConstant::SFT_MDB},
+        {"/no/data.accdb", SCDeclareConstant::SFT_ACCDB},
+        {"/no/pack.xtqf", XTQF},
+        {"/no/a.b.csv", CSV},
+        {"/no/file", UNKNOWN},
+        {".csv", UNKNOWN}, // a dot at the very start begins no extension
+        {"/no/missing.txt", FIX},
+        {"/no/missing.spc", UNKNOWN},
+        {"/no/missing.", UNKNOWN},
+        {"/no.csv/missing", UNKNOWN}, // the extension is "csv/missing"
+    };
+    for (const auto& c : cases) {
+        CSourceDataInfo info;
+        EXPECT_EQ(info.SetCommonInfo(c.path, UNKNOWN), c.expected != UNKNOWN) << c.path;
+        EXPECT_EQ(TypeOf(info), c.expected) << c.path;
+    }
+}
+
+TEST(SourceDataInfo, TheFirstLineDecidesTheTypeOfTextFiles) {
+    const struct {
+        const char* title;
+        std::string content;
+        Type asTxt;
+        Type asOther;
+    } cases[] = {
+        {"commas", "x,y\r\nz\tz\r\n", CSV, CSV},
+        {"tabs", "a\tb\r\n", TXT, TXT},
+        {"tab and comma", "a\t,b\r\n", TXT, TXT},
+        {"neither", "abc\r\n,", FIX, FIX},
+        {"only LF line ends", "x,y\n", FIX, UNKNOWN},
+        {"a lone CR does not end the line", "a\r,b\r\n", CSV, CSV},
+        {"a CR as the last byte", "a,b\r", FIX, UNKNOWN},
+        {"a comma in quotes counts", "\"a,b\"\r\n", CSV, CSV},
+        {"empty", "", FIX, UNKNOWN},
+        {"an over-long first line", "," + std::string(4095, 'a') + "\r\n", FIX, UNKNOWN},
+        {"CR as the last byte scanned, LF behind it", "," + std::string(4094, 'a') + "\r\n", CSV, CSV},
+    };
+    const CTempFolder folder;
+    for (const auto& c : cases) {
+        CSourceDataInfo info;
+        info.SetCommonInfo(folder.WriteFile("a.txt", c.content).c_str(), UNKNOWN);
+        EXPECT_EQ(TypeOf(info), c.asTxt) << c.title;
+        info.SetCommonInfo(folder.WriteFile("a.dat", c.content).c_str(), UNKNOWN);
+        EXPECT_EQ(TypeOf(info), c.asOther) << c.title;
+        for (const Type expected : {TXT, FIX}) {
+            info.SetCommonInfo(folder.Path("a.txt").c_str(), expected);
+            EXPECT_EQ(TypeOf(info), expected) << c.title;
+        }
+        info.SetCommonInfo(folder.Path("a.dat").c_str(), FIX);
+        EXPECT_EQ(TypeOf(info), c.asOther) << c.title;
+    }
+}
+
+TEST(SourceDataInfo, TheScanLimitIsTheRecords) {
+    const CTempFolder folder;
+    CSourceDataInfo info(256, 10);
+    EXPECT_TRUE(info.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghi\r\n").c_str(), UNKNOWN));
+    EXPECT_FALSE(info.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghij\r\n").c_str(), UNKNOWN));
+}
+
+TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
+    const std::string longest = "/" + std::string(255, 'd') + ".csv";
+    CSourceDataInfo info;
+    ASSERT_TRUE(info.SetCommonInfo(longest.c_str(), UNKNOWN));
+    EXPECT_EQ(PathOf(info), longest);
+
+    EXPECT_FALSE(info.SetCommonInfo(nullptr, FIX));
+    EXPECT_EQ(PathOf(info), longest);
+    EXPECT_EQ(TypeOf(info), CSV);
+
+    EXPECT_FALSE(info.SetCommonInfo(("/" + longest).c_str(), CSV));
+    EXPECT_EQ(PathOf(info), "");
+    EXPECT_EQ(TypeOf(info), UNKNOWN);
+
+    EXPECT_FALSE(info.SetCommonInfo("/no/file", CSV));
+    EXPECT_EQ(PathOf(info), "/no/file") << "an undetermined source keeps its path";
+}
+
+TEST(SourceDataInfo, OptionsSurviveANewDescriptionAndItsOwnPathCanBeGiven) {
+    CSourceDataInfo info;
+    info.SetCommonInfo("/no/a.csv", UNKNOWN);
+    info.SetDelimiter('\n', '\0');
+    info.SetReadCharSet(CSourceDataInfo::RCS_UTF8);
+    info.SetStartReadRowCnt(7);
+    const char* own = nullptr;
+    ASSERT_TRUE(info.GetFilePath(own));
+    EXPECT_TRUE(info.SetCommonInfo(own, UNKNOWN));
+    EXPECT_EQ(PathOf(info), "/no/a.csv");
+    char pre = 0;
+    char post = 1;
+    info.GetDelimiter(&pre, &post);
+    EXPECT_EQ(pre, '\n');
+    EXPECT_EQ(post, '\0');
+    EXPECT_EQ(info.GetReadCharSet(), CSourceDataInfo::RCS_UTF8);
+    EXPECT_EQ(info.GetStartReadRowCnt(), 7U);
+}
+
+TEST(SourceDataInfo, APackagesPathIsItsDataFile) {
+    CSourceDataInfo info;
+    info.SetCommonInfo("/no/pack.xtqf", UNKNOWN);
+    EXPECT_EQ(PathOf(info), "");
+    info.SetXtqfSourceFilePath("/tmp/SourceFile.csv");
+    EXPECT_EQ(PathOf(info), "/tmp/SourceFile.csv");
+    info.SetXtqfSourceFilePath(nullptr);
+    EXPECT_EQ(PathOf(info), "/tmp/SourceFile.csv");
+    info.SetXtqfSourceFilePath(std::string(260, 'p').c_str());
+    EXPECT_EQ(PathOf(info).size(), 260U);
+    info.SetXtqfSourceFilePath(std::string(261, 'p').c_str());
+    EXPECT_EQ(PathOf(info), "");
+}
+
+TEST(SourceDataInfo, AFailedAllocationIsAFailedDescriptionOrAnException) {
+    const CTempFolder folder;
+    const std::string path = folder.WriteFile("a.a-rather-long-unknown-extension", "a,b\r\n");
+    const auto before = Tests::Faults::LiveAllocations();
+    const auto failures = Tests::Faults::ForEachFailure(Tests::Faults::Call::Allocate, 0, [&](std::size_t) {
+        try {
+            CSourceDataInfo info;
+            info.SetCommonInfo(path.c_str(), UNKNOWN);
+            const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    EXPECT_GT(failures, 9U);
+    EXPECT_EQ(Tests::Faults::LiveAllocations(), before);
+}
+
+TEST(SourceDataInfo, ACloneHasTheSameDescription) {
+    const CTempFolder folder;
+    CSourceDataInfo info(1, 2);
+    info.SetCommonInfo(folder.WriteFile("a.csv", "a").c_str(), UNKNOWN);
+    info.SetDelimiter('\n', '\0');
+    info.SetReadCharSet(CSourceDataInfo::RCS_ANSI);
+    info.SetStartReadRowCnt(3);
+    const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
+    EXPECT_EQ(PathOf(*clone), PathOf(info));
+    EXPECT_EQ(TypeOf(*clone), CSV);
+    EXPECT_EQ(clone->GetReadCharSet(), CSourceDataInfo::RCS_ANSI);
+    EXPECT_EQ(clone->GetStartReadRowCnt(), 3U);
+    FILETIME time{};
+    FILETIME clonedTime{};
+    EXPECT_TRUE(info.GetUpDateDateTime(time));
+    EXPECT_TRUE(clone->GetUpDateDateTime(clonedTime));
+    EXPECT_NE(time.dwHighDateTime, 0U);
+    EXPECT_EQ(clonedTime.dwHighDateTime, time.dwHighDateTime);
+    EXPECT_EQ(clonedTime.dwLowDateTime, time.dwLowDateTime);
+}
+
+TEST(SourceDataInfo, PreparationOfDelimitedAndUnknownSourcesDoesNothing) {
+    for (const char* path : {"/no/a.csv", "/no/file"}) {
+        CSourceDataInfo info;
+        info.SetCommonInfo(path, UNKNOWN);
+        EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_TEXT_FILE) << path;
+    }
+}
+
+TEST(DataAccessDefine, TheConstantsHaveTheirExactTexts) {
+    EXPECT_EQ(SCDataAccessDefine::OFFICE2003_PRECONNECTSTRING_LEN, 45);
+    EXPECT_EQ(SCDataAccessDefine::OFFICE2007_PRECONNECTSTRING_LEN, 46);
+    EXPECT_EQ(SCDataAccessDefine::EXCLE2003_POSTCONNECTSTRING_LEN, 46);
+    EXPECT_EQ(SCDataAccessDefine::EXCLE2007_POSTCONNECTSTRING_LEN, 47);
+    EXPECT_EQ(SCDataAccessDefine::ACCESS_POSTCONNECTSTRING_LEN, 23);
+    EXPECT_EQ(SCDataAccessDefine::PRE_RECORDSET_STRING_LEN, 15);
+    EXPECT_EQ(SCDataAccessDefine::POST_RECORDSET_STRING_LEN, 1);
+    EXPECT_EQ(SCDataAccessDefine::STRLEN_UNCOMPRESS_FOLDER_PREFIX, 15U);
+    EXPECT_EQ(std::string_view(SCDataAccessDefine::TQF_PATH_DATAFILE).size(), 22U);
+    // The message is what its Unicode text gives in code page 932.
+    WCHAR wide[32];
+    const int units = Platform::MultiByteToWideChar(932, 0, SCDataAccessDefine::MSG_READ_SOURCEDATA, -1, wide, 32);
+    EXPECT_EQ(std::u16string(wide, static_cast<std::size_t>(units - 1)), u"データファイルを読み込んでいます。");
+}
+
+} // namespace
