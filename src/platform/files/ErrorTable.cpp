@@ -44,7 +44,7 @@ constexpr SErrorPair errorTable[] = {
     // A file that has reached its greatest size takes no more bytes, as a full disk.
     {EFBIG, ERROR_DISK_FULL},
     {ENOTEMPTY, ERROR_DIR_NOT_EMPTY},
-    {ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+    {ENAMETOOLONG, ERROR_BUFFER_OVERFLOW},
     {EIO, ERROR_IO_DEVICE},
 };
 

@@ -4,7 +4,8 @@
 // separators, because 0x5C is also a trail byte of Shift_JIS. With code page 65001 the bytes go through unchanged.
 // Escapes that a folder listing gives (see FindFirstFileA) are taken back last, so that an escaped '\' is part of a
 // name. A path may have any length that the system takes. Every call with a path fails with 3 when it is null, empty
-// or leads through a missing folder, 123 when the code page does not have its characters, 206 when it is too long.
+// or leads through a missing folder, 123 when the code page does not have its characters, 111 when a name or the path
+// is too long for the system and 206 when it is longer than any path of the system could be.
 //
 // Errors are Windows error codes, kept per thread and read with GetLastError; calls interrupted by a signal are made
 // again. A call that succeeds leaves the code as it is or unspecified, except where it says otherwise. A failing call
