@@ -68,7 +68,6 @@ private:
     void _StartRecord(bool bKeepRecord);
     bool _FinishRecord(bool bResult, const char**& ppData, const WORD*& pLen, const char*& pRecord,
                        DWORD& dwRecordSize);
-    bool _HasNextByte();
     bool _IsNextByte(char c);
     bool _ReadField(SRecordState& state);
     void _SkipLeadingBlanks(SRecordState& state);

@@ -67,8 +67,12 @@ public:
     bool SetCommonInfo(const char* path, SCDeclareConstant::ESourceFileType type);
 
     /// Does what the kind of source needs before it can be read. Throws nothing.
-    /// Delimited text and unknown types need nothing. Packages, fixed-length text, workbooks and databases have no
-    /// reader yet: SDO_FAILED.
+    ///   delimited text and unknown types   nothing: SDO_TEXT_FILE
+    ///   fixed-length text                  reads the preview, the first three rows
+    ///   package                            unpacks it into a new private folder below the temporary folder with the
+    ///                                      record's password; the type stays SFT_XTQF and GetFilePath then gives
+    ///                                      the data file. A folder of an earlier preparation stays on disk.
+    ///   workbooks and databases            have no reader yet: SDO_FAILED
     ESourceDataOpen PrepareReadSourceData(bool bUseOffice2007Provider);
 
     /// The path that a text reader opens: a package's data file, else the source's path. False, with `path`
@@ -88,6 +92,19 @@ public:
     void SetStartReadRowCnt(DWORD rows);
     DWORD GetStartReadRowCnt() const;
 
+    /// The preview of a prepared fixed-length file: the first three rows with their line ends, or the first 12288
+    /// bytes when there are fewer line ends; NUL-terminated, `length` up to the first NUL. False before preparation,
+    /// with both untouched; empty after a failed one.
+    bool GetFixFileData(const char*& data, DWORD& length) const;
+    /// The column widths in bytes of fixed-length text, in column order; always true.
+    bool SetFixColLen(std::vector<WORD> widths);
+    const std::vector<WORD> GetFixColLen() const;
+    /// Whether the preview found a line end.
+    bool GetIsExistFixCRLF() const;
+
+    /// The password for a package, workbook or database; the empty text clears it. Null and passwords of 260 bytes or
+    /// more give false and keep the old one.
+    bool SetPassWordString(const char* password);
     /// Never null; empty when none was set.
     const char* GetPassWordString() const;
     /// True once a preparation has asked for a password; nothing clears it.
@@ -109,6 +126,11 @@ private:
     bool IsDBSourceData(SCDeclareConstant::ESourceFileType type) const;
     void SetDataAccessErrorCode();
     bool UncompressDeleteDirectory(const char* folder);
+    ESourceDataOpen PrepareFixFile();
+    ESourceDataOpen PreparePackage();
+    ESourceDataOpen GetCreateTmpFileErr();
+    bool ReadFixFile(const char* path);
+    void ScanFixRows(DWORD size);
     SCDeclareConstant::ESourceFileType FixSourceFileType(const char* path, WORD length);
     SCDeclareConstant::ESourceFileType GetTextFileType(const char* path);
     SCDeclareConstant::ESourceFileType SniffFirstLine(std::string_view bytes) const;

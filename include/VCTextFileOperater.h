@@ -14,6 +14,7 @@
 #include "CSourceDataInfo.h"
 #include "IDataAccess.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace NSTQ::NSTQCore {
@@ -41,6 +42,7 @@ public:
 
     /// Rewinds, passes over `dwLine` line ends (those inside quotes count too) and reads the record there. False when
     /// the file ends before; a file with exactly `dwLine` line ends, the last at its end, has no such record.
+    /// Resets the error code, as a record read does.
     bool GetSpecificLineData(DWORD dwLine, const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
 
     DWORD GetErrorCode() override;
@@ -79,6 +81,13 @@ protected:
     /// Makes sure of a byte at the read position, with a refill if need be. False at the end of the file and after a
     /// failed read, whose error code is kept.
     bool HasNextSrcData();
+    /// As HasNextSrcData, but makes no second try after a read has failed in the record in hand: it could succeed,
+    /// and what was lost in between would go unnoticed.
+    bool HasNextRecordByte();
+    /// After a pre-delimiter: true when the line end is complete; its second byte is then consumed.
+    bool TakePostDelimiter();
+    /// Consumes all up to and with the next line end. False when there is none.
+    bool SkipPastLineEnd();
     /// True when the next byte is the pre-delimiter; consumes nothing.
     bool IsPreNewLine();
     /// True when the post-delimiter is 0, or is the next byte, which is then consumed.
@@ -94,6 +103,9 @@ protected:
     /// Copies bytes of the read buffer. False, with nothing copied, when `dwDestSize` is below `dwLen` or the range
     /// leaves the fill's 64000 bytes.
     bool CopyReadBuffData(char* pDest, DWORD dwDestSize, DWORD dwOffset, DWORD dwLen) const;
+    /// Cuts a field of the line buffer to `dwSizeLimit` bytes without splitting a double-byte character, ends it with a
+    /// NUL and puts it into the field arrays as entry `dwField`. Returns the bytes kept.
+    std::size_t HandOutField(DWORD dwField, char* pField, std::size_t length, DWORD dwSizeLimit);
     void SetCsvDataAccessErrorCode();
     void InitialErrorCode();
 
@@ -119,7 +131,6 @@ private:
     bool MoveFilePointer(DWORD dwMoveMethod);
     bool ReadFirstFill();
     void DetectCharSet();
-    bool SkipLineEnds(DWORD dwLines);
 };
 
 } // namespace NSTQ::NSTQCore

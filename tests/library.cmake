@@ -1,6 +1,7 @@
 tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
 tqc_add_test(output_test output/CsvOutPutTest.cpp)
 tqc_add_test(framework_test framework/FacadeTest.cpp)
-foreach(test sourceinfo_test output_test framework_test)
+tqc_add_test(fixed_text_test text/FixDataAccessTest.cpp)
+foreach(test fixed_text_test sourceinfo_test output_test framework_test)
   target_link_libraries(${test} PRIVATE tqc_fault_injection)
 endforeach()

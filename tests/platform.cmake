@@ -1,3 +1,7 @@
 tqc_add_test(codepage_test platform/CodePageTest.cpp)
 tqc_add_test(files_test platform/FilesTest.cpp)
 target_link_libraries(files_test PRIVATE tqc_fault_injection)
+if(TQC_WITH_ZIP)
+  tqc_add_test(package_test platform/PackageTest.cpp support/ZipWriter.cpp)
+  target_link_libraries(package_test PRIVATE tqc_fault_injection tqc_libzip)
+endif()

@@ -1,6 +1,7 @@
 #include "CDataAccess.h"
 
 #include "CCsvDataAccess.h"
+#include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
 
 namespace NSTQ::NSTQCore {
@@ -28,6 +29,12 @@ std::unique_ptr<IDataAccess> CreateReader(const SLimits& limits, const CSourceDa
             std::make_unique<CCsvDataAccess>(limits.dwMaxFieldCnt, limits.dwMaxLineSize, limits.dwMaxFieldSize);
         if (type == SCDeclareConstant::SFT_TXT)
             reader->SetSeparator(SCDataAccessDefine::TAB_CODE);
+        reader->SetDelimiter(pre, post);
+        return reader;
+    }
+    case SCDeclareConstant::SFT_FIX: {
+        auto reader = std::make_unique<CFixDataAccess>(limits.dwMaxFieldCnt, limits.dwMaxLineSize,
+                                                       limits.dwMaxFieldSize, &info);
         reader->SetDelimiter(pre, post);
         return reader;
     }

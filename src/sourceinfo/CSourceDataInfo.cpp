@@ -1,7 +1,9 @@
 #include "CSourceDataInfo.h"
 
 #include "platform/CodePage.h"
+#include "platform/common/CUnZip.h"
 #include "platform/common/SCFilePath.h"
+#include "platform/common/SCTmpDirPath.h"
 #include "platform/files/Files.h"
 
 #include <algorithm>
@@ -9,6 +11,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace NSTQ::NSTQCore {
 
@@ -147,10 +150,97 @@ void CSourceDataInfo::Initialize() {
 }
 
 CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool) {
-    const bool hasReader = m_eSourceFileType == SCDeclareConstant::SFT_CSV ||
-                           m_eSourceFileType == SCDeclareConstant::SFT_TXT ||
-                           m_eSourceFileType > SCDeclareConstant::SFT_ACCDB;
-    return hasReader ? SDO_TEXT_FILE : SDO_FAILED;
+    try {
+        if (IsDBSourceData(m_eSourceFileType))
+            return SDO_FAILED;
+        if (m_eSourceFileType == SCDeclareConstant::SFT_FIX)
+            return PrepareFixFile();
+        if (m_eSourceFileType == SCDeclareConstant::SFT_XTQF)
+            return PreparePackage();
+        return SDO_TEXT_FILE;
+    } catch (...) {
+        return SDO_EXCEPTION;
+    }
+}
+
+CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareFixFile() {
+    m_pFixFileData.reset();
+    m_pFixFileData = CreateBuffer(FIX_READAREA + 1);
+    if (ReadFixFile(m_pFilePath.get()))
+        return SDO_FIX_FILE;
+    const ESourceDataOpen result = GetCreateTmpFileErr();
+    return result == SDO_FAILED ? SDO_READ_ERROR : result;
+}
+
+/// What the error of a failed preview means; SDO_FAILED for one without a meaning of its own.
+CSourceDataInfo::ESourceDataOpen CSourceDataInfo::GetCreateTmpFileErr() {
+    switch (m_dwErrorCode) {
+    case ERROR_FILE_NOT_FOUND:
+        return SDO_FILE_NOT_FOUND;
+    case ERROR_ACCESS_DENIED:
+        return SDO_ACCESS_DENIED;
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+        return SDO_SHARING_VIOLATION;
+    case ERROR_BUFFER_OVERFLOW:
+        return SDO_FILENAME_TOO_LONG;
+    case ERROR_DISK_FULL:
+        return SDO_DISK_FULL;
+    default:
+        return SDO_FAILED;
+    }
+}
+
+bool CSourceDataInfo::ReadFixFile(const char* path) {
+    const CScopedHandle<CloseHandle> file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                      OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    DWORD size = 0;
+    if (!file.IsOpen() || !ReadFile(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size, nullptr)) {
+        SetDataAccessErrorCode();
+        return false;
+    }
+    ScanFixRows(size);
+    return true;
+}
+
+/// Ends the preview after its third row. The byte after the data is 0 and so completes no line end of two bytes.
+void CSourceDataInfo::ScanFixRows(DWORD size) {
+    m_bIsExistFixCRLF = false;
+    DWORD rows = 0;
+    DWORD pos = 0;
+    while (pos < size && rows < FIX_SHOW_ROW) {
+        const DWORD lineEnd = pos;
+        if (m_pFixFileData[pos++] != m_cPreDelimiter)
+            continue;
+        if (m_cPostDelimiter != 0 && m_pFixFileData[pos++] != m_cPostDelimiter) {
+            --pos;
+            continue;
+        }
+        if (rows++ == 0)
+            m_dwFixFirstRowLen = lineEnd;
+        m_bIsExistFixCRLF = true;
+    }
+    m_dwFixScanPos = pos;
+    if (rows == FIX_SHOW_ROW)
+        m_pFixFileData[pos] = SCDataAccessDefine::NULL_CODE;
+}
+
+CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PreparePackage() {
+    DWORD number = 0;
+    if (!SCTmpDirPath::GetTmpFileName(m_pUncompressFolderPath.get(), MAX_PATH, number,
+                                      SCDataAccessDefine::STR_UNCOMPRESS_FOLDER_PREFIX,
+                                      SCDataAccessDefine::STRLEN_UNCOMPRESS_FOLDER_PREFIX, "TQD"))
+        return SDO_TMPFILE_ERROR;
+    // The name may be taken by an empty file, and it is to become a folder.
+    DeleteFileA(m_pUncompressFolderPath.get());
+    const auto archive = std::make_unique<CUnZip>(m_pFilePath.get(), m_pPassWordString.get());
+    if (!archive->Uncompress(m_pUncompressFolderPath.get()))
+        return SDO_PASSWORD_ERROR;
+    const std::string dataFile = std::string(m_pUncompressFolderPath.get()) + SCDataAccessDefine::TQF_PATH_DATAFILE;
+    if (dataFile.size() >= MAX_PATH)
+        return SDO_FAILED;
+    SetXtqfSourceFilePath(dataFile.c_str());
+    return SDO_PACKAGE;
 }
 
 SCDeclareConstant::ESourceFileType CSourceDataInfo::FixSourceFileType(const char* path, WORD length) {
@@ -299,6 +389,38 @@ void CSourceDataInfo::SetStartReadRowCnt(DWORD rows) {
 
 DWORD CSourceDataInfo::GetStartReadRowCnt() const {
     return m_dwStartReadRowCnt;
+}
+
+bool CSourceDataInfo::GetFixFileData(const char*& data, DWORD& length) const {
+    if (!m_pFixFileData)
+        return false;
+    data = m_pFixFileData.get();
+    length = static_cast<DWORD>(std::strlen(data));
+    return true;
+}
+
+bool CSourceDataInfo::SetFixColLen(std::vector<WORD> widths) {
+    m_vecFixColLen = std::move(widths);
+    return true;
+}
+
+const std::vector<WORD> CSourceDataInfo::GetFixColLen() const {
+    return m_vecFixColLen;
+}
+
+bool CSourceDataInfo::GetIsExistFixCRLF() const {
+    return m_bIsExistFixCRLF;
+}
+
+bool CSourceDataInfo::SetPassWordString(const char* password) {
+    if (password == nullptr)
+        return false;
+    const std::size_t length = std::strlen(password);
+    if (length >= MAX_PATH)
+        return false;
+    // The password may be the record's own.
+    std::memmove(m_pPassWordString.get(), password, length + 1);
+    return true;
 }
 
 const char* CSourceDataInfo::GetPassWordString() const {

@@ -72,7 +72,7 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
     dwCount = 0;
     SRecordState state;
     while (!state.bEnded) {
-        if (!_HasNextByte() || !_ReadField(state))
+        if (!HasNextRecordByte() || !_ReadField(state))
             return _FinishRecord(!HasNextLineData(), ppData, pLen, pRecord, dwRecordSize);
         if (state.dwCounter > m_dwLineSizeLimit)
             return false;
@@ -128,7 +128,7 @@ bool CCsvDataAccess::_ReadField(SRecordState& state) {
 
 void CCsvDataAccess::_SkipLeadingBlanks(SRecordState& state) {
     bool needsMore = false;
-    while (_HasNextByte() && state.dwCounter < m_dwLineSizeLimit) {
+    while (HasNextRecordByte() && state.dwCounter < m_dwLineSizeLimit) {
         const char c = GetSrcDataWord();
         const auto byte = static_cast<unsigned char>(c);
         if (byte > SCDataAccessDefine::SPACE_CODE || c == m_cSeparator)
@@ -153,7 +153,7 @@ void CCsvDataAccess::_ReadQuotedPart(SRecordState& state) {
     AddReadBuffPos();
     bool atStart = true;
     bool needsMore = false;
-    while (_HasNextByte() && state.dwCounter < m_dwLineSizeLimit) {
+    while (HasNextRecordByte() && state.dwCounter < m_dwLineSizeLimit) {
         const char c = GetSrcDataWord();
         const auto byte = static_cast<unsigned char>(c);
         if (byte > SCDataAccessDefine::SPACE_CODE && c != SCDataAccessDefine::DOUBLE_QUOTATION) {
@@ -189,7 +189,7 @@ void CCsvDataAccess::_ReadQuotedPart(SRecordState& state) {
 /// A field without an opening quote, or what follows a closing one.
 void CCsvDataAccess::_ReadUnquotedPart(SRecordState& state) {
     bool needsMore = false;
-    while (_HasNextByte()) {
+    while (HasNextRecordByte()) {
         const char c = GetSrcDataWord();
         const auto byte = static_cast<unsigned char>(c);
         if (c == m_cSeparator || state.dwCounter >= m_dwLineSizeLimit)
@@ -243,21 +243,13 @@ void CCsvDataAccess::_StoreField(SRecordState& state, DWORD dwField) {
     if (dwField >= m_dwFieldCntLimit)
         return;
     char* field = m_pLineBuff.get() + state.wOffset;
-    const auto length =
-        Platform::KeptTextLength(field, std::size_t{state.wLength} - state.wTrailing, m_dwFieldSizeLimit);
-    field[length] = SCDataAccessDefine::NULL_CODE;
-    m_ppFieldData[dwField] = field;
-    m_pFieldLen[dwField] = static_cast<WORD>(length);
+    const std::size_t length =
+        HandOutField(dwField, field, std::size_t{state.wLength} - state.wTrailing, m_dwFieldSizeLimit);
     state.wOffset = static_cast<WORD>(state.wOffset + length + 1);
 }
 
-/// After a failed read the record ends; a second try could succeed and would split the field in hand in two.
-bool CCsvDataAccess::_HasNextByte() {
-    return m_dwReadBuffPos < m_dwReadSize || (m_dwErrorCode == 0 && HasNextSrcData());
-}
-
 bool CCsvDataAccess::_IsNextByte(char c) {
-    return _HasNextByte() && GetSrcDataWord() == c;
+    return HasNextRecordByte() && GetSrcDataWord() == c;
 }
 
 /// Whether `c`, which has been consumed, ends the record; a second byte of the line end is consumed too.
@@ -266,16 +258,10 @@ bool CCsvDataAccess::_IsEndofRecord(unsigned char c, bool* pbNeedMore) {
     *pbNeedMore = false;
     if (!IsPreDelimiter(c))
         return false;
-    if (m_cPostDelimiter == 0)
+    if (TakePostDelimiter())
         return true;
-    if (!_HasNextByte()) {
-        *pbNeedMore = true;
-        return false;
-    }
-    if (!IsPostDelimiter(m_pReadBuff[m_dwReadBuffPos]))
-        return false;
-    AddReadBuffPos();
-    return true;
+    *pbNeedMore = m_dwReadBuffPos == m_dwReadSize;
+    return false;
 }
 
 /// Collects the raw record's bytes of the current fill, before a refill and at the record's end.
@@ -329,13 +315,13 @@ struct CCsvDataAccess::SCollectState {
 /// Collects the next record, its syntax resolved: the fields one after another, each with its NUL.
 bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize) {
     SCollectState state{pBuff, *pdwSize};
-    while (!state.bDone && _HasNextByte()) {
+    while (!state.bDone && HasNextRecordByte()) {
         _CollectRun(state);
-        if (_HasNextByte() && !_CollectNext(state))
+        if (HasNextRecordByte() && !_CollectNext(state))
             return false;
         // A record that ends with the fill's last byte makes the refill now, so that HasNextLineData is exact.
         if (state.bDone)
-            _HasNextByte();
+            HasNextRecordByte();
     }
     if (state.dwSize > 0)
         pBuff[state.dwSize++] = SCDataAccessDefine::NULL_CODE;
@@ -411,10 +397,7 @@ void CCsvDataAccess::_SplitRecord(std::size_t size, DWORD& dwCount) {
     char* const end = m_pLineBuff.get() + size;
     for (char* field = m_pLineBuff.get(); field < end && dwCount < m_dwFieldCntLimit; ++dwCount) {
         const std::size_t length = std::strlen(field);
-        const std::size_t kept = Platform::KeptTextLength(field, length, m_dwFieldSizeLimit);
-        field[kept] = SCDataAccessDefine::NULL_CODE;
-        m_ppFieldData[dwCount] = field;
-        m_pFieldLen[dwCount] = static_cast<WORD>(kept);
+        HandOutField(dwCount, field, length, m_dwFieldSizeLimit);
         field += length + 1;
     }
 }

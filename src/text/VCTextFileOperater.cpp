@@ -1,5 +1,6 @@
 #include "VCTextFileOperater.h"
 
+#include "platform/CodePage.h"
 #include "platform/files/Files.h"
 
 #include <algorithm>
@@ -126,14 +127,30 @@ bool VCTextFileOperater::MoveFilePointer(DWORD dwMoveMethod) {
 }
 
 bool VCTextFileOperater::GetSpecificLineData(DWORD dwLine, const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
-    return MoveFileBegin() && SkipLineEnds(dwLine) && GetLineData(ppData, pLen, dwCount);
+    InitialErrorCode();
+    if (!MoveFileBegin())
+        return false;
+    for (DWORD line = 0; line < dwLine; ++line)
+        if (!SkipPastLineEnd())
+            return false;
+    return HasNextRecordByte() && GetLineData(ppData, pLen, dwCount);
 }
 
-/// Passes over `dwLines` line ends; true when a byte follows them.
-bool VCTextFileOperater::SkipLineEnds(DWORD dwLines) {
-    for (DWORD line = 0; HasNextSrcData();) {
-        if (line == dwLines)
-            return true;
+bool VCTextFileOperater::HasNextRecordByte() {
+    return m_dwReadBuffPos < m_dwReadSize || (m_dwErrorCode == 0 && HasNextSrcData());
+}
+
+bool VCTextFileOperater::TakePostDelimiter() {
+    if (m_cPostDelimiter == 0)
+        return true;
+    if (!HasNextRecordByte() || !IsPostDelimiter(m_pReadBuff[m_dwReadBuffPos]))
+        return false;
+    AddReadBuffPos();
+    return true;
+}
+
+bool VCTextFileOperater::SkipPastLineEnd() {
+    while (HasNextRecordByte()) {
         const unsigned char* begin = m_pReadBuff.get() + m_dwReadBuffPos;
         const unsigned char* end = m_pReadBuff.get() + m_dwReadSize;
         const unsigned char* found = std::find_if(begin, end, [this](unsigned char c) { return IsPreDelimiter(c); });
@@ -141,8 +158,8 @@ bool VCTextFileOperater::SkipLineEnds(DWORD dwLines) {
         if (found == end)
             continue;
         AddReadBuffPos();
-        if (IsPostNewLine())
-            ++line;
+        if (TakePostDelimiter())
+            return true;
     }
     return false;
 }
@@ -243,6 +260,14 @@ bool VCTextFileOperater::CopyReadBuffData(char* pDest, DWORD dwDestSize, DWORD d
         return false;
     std::memcpy(pDest, m_pReadBuff.get() + dwOffset, dwLen);
     return true;
+}
+
+std::size_t VCTextFileOperater::HandOutField(DWORD dwField, char* pField, std::size_t length, DWORD dwSizeLimit) {
+    const std::size_t kept = KeptTextLength(pField, length, dwSizeLimit);
+    pField[kept] = SCDataAccessDefine::NULL_CODE;
+    m_ppFieldData[dwField] = pField;
+    m_pFieldLen[dwField] = static_cast<WORD>(kept);
+    return kept;
 }
 
 void VCTextFileOperater::SetCsvDataAccessErrorCode() {

@@ -106,8 +106,9 @@ std::size_t MendUtf8(const unsigned char* text, std::size_t length, unsigned cha
         copy.PutValid(text + at, valid);
         at += valid;
         if (at < length) {
-            copy.PutValid(replacement, sizeof replacement);
+            // Looked at before the replacement may come to stand over it.
             at += DecodeUtf8(text + at, length - at).m_length;
+            copy.PutValid(replacement, sizeof replacement);
         }
     }
     return copy.GetNeeded();

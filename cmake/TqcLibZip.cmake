@@ -1,0 +1,12 @@
+# tqc_libzip: the zip library, for the provider alone. Looked up by hand: the package files that Debian gives with it
+# ask for programs that are not needed here.
+find_path(TQC_LIBZIP_INCLUDE_DIR zip.h)
+find_library(TQC_LIBZIP_LIBRARY zip)
+mark_as_advanced(TQC_LIBZIP_INCLUDE_DIR TQC_LIBZIP_LIBRARY)
+if(NOT TQC_LIBZIP_INCLUDE_DIR OR NOT TQC_LIBZIP_LIBRARY)
+  message(FATAL_ERROR "libzip was not found: install libzip-dev, or build without packages (-DTQC_WITH_ZIP=OFF)")
+endif()
+add_library(tqc_libzip UNKNOWN IMPORTED GLOBAL)
+set_target_properties(tqc_libzip PROPERTIES
+  IMPORTED_LOCATION ${TQC_LIBZIP_LIBRARY}
+  INTERFACE_INCLUDE_DIRECTORIES ${TQC_LIBZIP_INCLUDE_DIR})

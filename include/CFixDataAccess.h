@@ -1,0 +1,55 @@
+// CFixDataAccess: the reader of fixed-length text.
+//
+// A record is a row of columns of known byte widths, without separators and quotes; the widths and whether records
+// end with a line end come from the description (SetFixColLen and GetIsExistFixCRLF) and are copied at construction.
+// Bytes are handed out as they stand in the file: no character set is converted, and a double-byte character that
+// lies across a column's end is split. A column's leading blanks and trailing spaces are dropped, TABs after content
+// become spaces that are not trimmed, other control bytes are dropped. A line end or a SUB (0x1A) inside a column
+// ends the record there; the columns behind it are not counted.
+//
+// Limits:
+//   fields  The count tells all columns that were read; the arrays hold the first dwMaxFieldCnt.
+//   field   A column longer than dwMaxFieldSize is cut to it, or one byte less so that no half character remains.
+//   record  The columns must fit the line buffer, each with its NUL: the sum of the widths plus the number of
+//           columns is at most dwMaxLineSize + 1 (which counts as 65536 at most). FileOpen refuses any other layout
+//           with false and error code 87 (invalid parameter) without touching the file. A read made all the same
+//           gives false at the first column for which there is no room, and never writes past a buffer.
+//
+// A failed read of the file ends the column in hand and leaves the columns behind it empty. The error code tells; the
+// result is false when records end with a line end and data remain, else true.
+// At the end of the data further reads are true with all columns empty, so ask HasNextLineData before each.
+#pragma once
+
+#include "VCTextFileOperater.h"
+
+namespace NSTQ::NSTQCore {
+
+class TQCACCESS_API CFixDataAccess : public VCTextFileOperater {
+public:
+    /// `pInfo` must not be null and is not kept; at most 65535 columns. Throws std::bad_alloc.
+    CFixDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, const CSourceDataInfo* pInfo);
+    ~CFixDataAccess() override;
+
+    /// As the base's, for a layout that fits the line buffer.
+    bool FileOpen(const CSourceDataInfo* pInfo) override;
+
+    /// Reads the next record. With no columns: false while data remain, nothing is consumed.
+    bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
+
+private:
+    struct SRecordState;
+
+    bool _FitsLineBuffer() const;
+    void _ReadColumn(SRecordState& state, DWORD dwWidth);
+    void _StoreColumn(SRecordState& state, DWORD dwColumn);
+    bool _FinishRecord(const SRecordState& state);
+
+    DWORD m_dwFieldSizeLimit;
+    DWORD m_dwLineSizeLimit;
+    DWORD m_dwFieldCntLimit;
+    std::unique_ptr<WORD[]> m_pFixColLen;
+    WORD m_wFixColCnt;
+    LONG m_bIsExistFixCRLF; ///< 0 or 1
+};
+
+} // namespace NSTQ::NSTQCore

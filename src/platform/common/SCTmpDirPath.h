@@ -1,0 +1,37 @@
+// Names for temporary files and folders.
+//
+// The temporary folder is the one that TMPDIR names, when that is absolute and usable: a folder (or a link to one)
+// in which files can be made and whose entries other users cannot exchange (not writable for everybody, or with the
+// sticky bit). Otherwise it is /tmp, which must be usable in the same sense.
+//
+// /tmp is everybody's: a folder of a fixed name in it may have been put there by somebody who wants to read or
+// exchange what is stored below. So each user has a folder of his own, "tqc-<user number>", with the sub-folders in
+// it. Every level is made with mode 0700, and one that exists is taken only when it is a real folder, belongs to the
+// user and nobody else has any right on it. A user folder that does not do (or has such a level in it) is passed
+// over, and one with a random ending is made.
+#pragma once
+
+#include "platform/Types.h"
+
+namespace NSTQ::NSTQCore {
+
+class SCTmpDirPath {
+public:
+    /// Writes to `pPath` (room for `dwSize` bytes with the NUL) the full path of something that does not exist yet,
+    /// inside `pSubFolder` below the temporary folder: `pPrefix`, the process number and, as the unique part, a
+    /// number that also goes into `dwNumber`. No two calls of a process give the same path (until 2^32 calls), nor do
+    /// two processes; nothing is left at the path. The sub-folder is made where it is missing and stays.
+    ///
+    /// `pSubFolder` has `dwSubFolderLen` bytes (a NUL before ends it; null means none), '\' or '/' between its parts
+    /// and, if wanted, at its end. `pPrefix` (null means none) has no separator. Both are texts in the ANSI code
+    /// page, and so is the result, whose separators are '/'; what the code page cannot carry is escaped as
+    /// FindFirstFileA does.
+    ///
+    /// Returns false on failure, with the cause in GetLastError (122 when the room does not do, 87 for a sub-folder
+    /// or prefix that leads elsewhere, such as ".."); `pPath` is then an empty text, if it has room for one, and
+    /// `dwNumber` is 0. May be called from every thread.
+    static bool GetTmpFileName(char* pPath, DWORD dwSize, DWORD& dwNumber, const char* pSubFolder,
+                               DWORD dwSubFolderLen, const char* pPrefix);
+};
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,125 @@
+#include "providers/zip/CPackagePlan.h"
+
+#include "platform/codepage/Transcode.h"
+#include "platform/common/CUnZip.h"
+#include "platform/files/Files.h"
+#include "platform/files/Path.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+using NSTQCore::CUnZip;
+
+/// Among the control characters is the mark with which the files layer begins an escape; a package has no need of it.
+bool HasControlCharacters(std::string_view name) {
+    return std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x20; });
+}
+
+/// The name as one of the system, with '/' for both separators.
+bool ConvertName(const SZipEntry& entry, std::string& path) {
+    if (entry.name.empty() || HasControlCharacters(entry.name))
+        return false;
+    if (!entry.IsNameUtf8())
+        return Platform::ConvertToSystemPath(entry.name.c_str(), path) == Platform::ERROR_SUCCESS;
+    path = entry.name;
+    std::replace(path.begin(), path.end(), '\\', '/');
+    const auto* bytes = reinterpret_cast<const unsigned char*>(path.data());
+    return Platform::CountValidUtf8(bytes, path.size()) == path.size();
+}
+
+bool IsDriveLetter(std::string_view part) {
+    return part.size() >= 2 && part[1] == ':' && ((part[0] | 0x20) >= 'a' && (part[0] | 0x20) <= 'z');
+}
+
+/// A part that a folder listing could not give back could never be removed again.
+bool IsPartAllowed(std::string_view part) {
+    constexpr std::size_t maxPartSize = 255;
+    return !part.empty() && part != "." && part != ".." && part.size() <= maxPartSize && !IsDriveLetter(part) &&
+           Platform::ConvertToAnsiName(part).size() < Platform::MAX_PATH;
+}
+
+bool IsPathAllowed(std::string_view path) {
+    if (path.size() > CUnZip::MAX_PATH_SIZE)
+        return false;
+    for (std::size_t depth = 1; depth <= CUnZip::MAX_DEPTH; ++depth) {
+        const std::size_t end = path.find('/');
+        if (!IsPartAllowed(path.substr(0, end)))
+            return false;
+        if (end == std::string_view::npos)
+            return true;
+        path.remove_prefix(end + 1);
+    }
+    return false;
+}
+
+/// False for what is neither a file nor a folder, and for what says that it is both. The mode counts whatever system
+/// the entry says it comes from.
+bool FindKind(const SZipEntry& entry, bool isNamedFolder, bool& isFolder) {
+    constexpr std::uint32_t dosFolder = 0x10;
+    constexpr std::uint32_t dosDeviceOrLink = 0x40 | 0x400;
+    constexpr std::uint32_t kindMask = 0170000;
+    constexpr std::uint32_t kindFolder = 0040000;
+    constexpr std::uint32_t kindFile = 0100000;
+    const std::uint32_t kind = entry.attributes >> 16 & kindMask;
+    if ((entry.attributes & dosDeviceOrLink) != 0 || (kind != 0 && kind != kindFolder && kind != kindFile))
+        return false;
+    isFolder = isNamedFolder || kind == kindFolder || (kind == 0 && (entry.attributes & dosFolder) != 0);
+    return !isFolder || (kind != kindFile && entry.size == 0);
+}
+
+bool IsRatioAllowed(const SZipEntry& entry) {
+    return entry.size <= CUnZip::RATIO_FREE_SIZE || entry.size / CUnZip::MAX_RATIO <= entry.packedSize;
+}
+
+bool PlanEntry(const SZipEntry& entry, SPlannedEntry& planned) {
+    planned.size = entry.size;
+    if (!ConvertName(entry, planned.path))
+        return false;
+    const bool isNamedFolder = planned.path.ends_with('/');
+    if (isNamedFolder)
+        planned.path.pop_back();
+    return IsPathAllowed(planned.path) && FindKind(entry, isNamedFolder, planned.isFolder) && IsRatioAllowed(entry);
+}
+
+/// Orders paths so that what lies in a folder follows it at once: no allowed character sorts below this separator.
+std::string MakeSortKey(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\0');
+    return path;
+}
+
+} // namespace
+
+bool CPackagePlan::HasConflicts() const {
+    struct SKey {
+        std::string key;
+        bool isFolder;
+    };
+    std::vector<SKey> keys;
+    keys.reserve(m_vecEntries.size());
+    for (const SPlannedEntry& entry : m_vecEntries)
+        keys.push_back({MakeSortKey(entry.path), entry.isFolder});
+    std::sort(keys.begin(), keys.end(), [](const SKey& left, const SKey& right) { return left.key < right.key; });
+    const auto conflicts = [](const SKey& left, const SKey& right) {
+        return left.key == right.key || (!left.isFolder && right.key.starts_with(left.key + '\0'));
+    };
+    return std::adjacent_find(keys.begin(), keys.end(), conflicts) != keys.end();
+}
+
+bool CPackagePlan::Make(const CZipDirectory& directory) {
+    std::uint64_t total = 0;
+    m_vecEntries.reserve(directory.Entries().size());
+    for (const SZipEntry& entry : directory.Entries()) {
+        SPlannedEntry planned{};
+        if (!PlanEntry(entry, planned) || entry.size > CUnZip::MAX_TOTAL_SIZE - total)
+            return false;
+        total += entry.size;
+        m_vecEntries.push_back(std::move(planned));
+    }
+    return !HasConflicts();
+}
+
+} // namespace NSTQ::Providers

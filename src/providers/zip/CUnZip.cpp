@@ -1,0 +1,59 @@
+#include "platform/common/CUnZip.h"
+
+#include "platform/common/CExtractFolder.h"
+#include "providers/zip/CPackagePlan.h"
+#include "providers/zip/CZipReader.h"
+
+#include <array>
+
+namespace NSTQ::NSTQCore {
+
+namespace {
+
+using namespace Providers;
+
+/// The last read, which gives nothing, is the one that checks the checksum.
+bool CopyContent(CZipReader& reader, std::uint64_t size, Platform::CExtractFolder& folder) {
+    constexpr std::size_t blockSize = 65536;
+    std::array<std::byte, blockSize> block;
+    std::size_t count = 0;
+    for (std::uint64_t left = size;; left -= count) {
+        if (!reader.Read(block, count) || count > left)
+            return false;
+        if (count == 0)
+            return left == 0;
+        if (!folder.Write(std::span(block).first(count)))
+            return false;
+    }
+}
+
+bool UnpackFile(CZipReader& reader, std::size_t index, const SPlannedEntry& entry, Platform::CExtractFolder& folder) {
+    return reader.OpenEntry(index) && folder.MakeFile(entry.path) && CopyContent(reader, entry.size, folder) &&
+           folder.CloseFile();
+}
+
+} // namespace
+
+CUnZip::CUnZip(const char* pArchive, const char* pPassWord)
+    : m_strArchive(pArchive != nullptr ? pArchive : ""), m_strPassWord(pPassWord != nullptr ? pPassWord : "") {}
+
+CUnZip::~CUnZip() = default;
+
+bool CUnZip::Uncompress(const char* pFolder) {
+    CZipInput input;
+    CZipDirectory directory;
+    CPackagePlan plan;
+    CZipReader reader(input, m_strPassWord);
+    Platform::CExtractFolder folder;
+    if (!input.Open(m_strArchive.c_str()) || !directory.Read(input, MAX_ENTRIES, MAX_DIRECTORY_SIZE) ||
+        !plan.Make(directory) || !reader.Open(directory) || !folder.Create(pFolder))
+        return false;
+    for (std::size_t i = 0; i < plan.Entries().size(); ++i) {
+        const SPlannedEntry& entry = plan.Entries()[i];
+        if (!(entry.isFolder ? folder.MakeFolder(entry.path) : UnpackFile(reader, i, entry, folder)))
+            return false;
+    }
+    return true;
+}
+
+} // namespace NSTQ::NSTQCore

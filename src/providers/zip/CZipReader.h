@@ -1,0 +1,57 @@
+// The contents of an archive's entries, decrypted and unpacked: the one place that uses the zip library.
+#pragma once
+
+#include "providers/zip/CZipDirectory.h"
+#include "providers/zip/CZipInput.h"
+
+#include <zip.h>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace NSTQ::Providers {
+
+class CZipReader {
+public:
+    /// Reads through `input`, which stays open and in use for as long as this lives. An empty password means none.
+    CZipReader(const CZipInput& input, std::string password);
+    CZipReader(const CZipReader&) = delete;
+    CZipReader& operator=(const CZipReader&) = delete;
+    ~CZipReader();
+
+    /// Opens the archive, whose directory has been read. False when the zip library sees other entries in it than
+    /// the directory, or one that it can never unpack: an unknown method, or encrypted and there is no password.
+    bool Open(const CZipDirectory& directory);
+    /// Begins the entry at `index` of the directory. False when it cannot be, as with a wrong password. An entry with
+    /// an authentication code is read once as a whole first, so that nothing of a forged one is given out.
+    bool OpenEntry(std::size_t index);
+    /// Gives the next bytes of the entry, and how many they are in `count`: 0 at its end. False when the entry is
+    /// damaged, which includes a checksum that turns out at its end not to fit.
+    bool Read(std::span<std::byte> bytes, std::size_t& count);
+
+private:
+    template <auto TCall>
+    struct SCloser {
+        template <class T>
+        void operator()(T* object) const {
+            TCall(object);
+        }
+    };
+
+    static zip_int64_t Serve(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) noexcept;
+    zip_int64_t ServeRead(std::span<unsigned char> bytes);
+    bool BeginEntry(std::size_t index, zip_flags_t flags);
+    bool Authenticate(std::size_t index);
+    bool CanRead(const SZipEntry& entry, std::size_t index) const;
+
+    const CZipInput& m_oInput;
+    std::string m_strPassWord;
+    std::uint64_t m_uPosition = 0;
+    zip_error_t m_oError;
+    std::unique_ptr<zip_t, SCloser<zip_discard>> m_pArchive;
+    std::unique_ptr<zip_file_t, SCloser<zip_fclose>> m_pEntry;
+};
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,648 @@
+#include "platform/common/CUnZip.h"
+
+#include "platform/CodePage.h"
+#include "platform/common/SCTmpDirPath.h"
+#include "platform/files/Files.h"
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+#include "support/ZipWriter.h"
+
+#include <gmock/gmock.h>
+#include <zip.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace NSTQ::Tests {
+namespace {
+
+using NSTQCore::CUnZip;
+using NSTQCore::SCTmpDirPath;
+using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
+using TLines = std::vector<std::string>;
+using TEntries = std::vector<SZipEntryText>;
+
+constexpr std::uint16_t utf8Flag = 0x0800;
+constexpr std::uint16_t unixHost = 0x031E;
+
+std::uint32_t UnixMode(mode_t mode) {
+    return static_cast<std::uint32_t>(mode) << 16;
+}
+
+/// "d700 path" for a folder, "f600 path content" for a file, "l path" for anything else; in no order.
+TLines List(const std::string& root) {
+    namespace fs = std::filesystem;
+    TLines lines;
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        const std::string path = fs::relative(entry.path(), root).string();
+        struct stat status {};
+        EXPECT_EQ(::lstat(entry.path().c_str(), &status), 0);
+        char mode[8];
+        std::snprintf(mode, sizeof mode, "%03o ", status.st_mode & 0777);
+        std::ifstream file(entry.path(), std::ios::binary);
+        if (S_ISREG(status.st_mode))
+            lines.push_back("f" + (mode + path) + ' ' + std::string(std::istreambuf_iterator<char>(file), {}));
+        else
+            lines.push_back(S_ISDIR(status.st_mode) ? "d" + (mode + path) : "l " + path);
+    }
+    return lines;
+}
+
+/// An archive in a folder of its own, with something beside it that nobody may touch.
+class CPackage {
+public:
+    explicit CPackage(const std::string& archive) {
+        m_oFolder.WriteFile("archive.xtqf", archive);
+        m_oFolder.WriteFile("x", "beside");
+        m_vecBefore = List(m_oFolder.Path());
+    }
+
+    bool Uncompress(const char* password = "", const std::string& name = "out") const {
+        return CUnZip(m_oFolder.Path("archive.xtqf").c_str(), password).Uncompress(m_oFolder.Path(name).c_str());
+    }
+    TLines Unpacked() const { return List(m_oFolder.Path("out")); }
+    bool HasFolder() const { return m_oFolder.Exists("out"); }
+    const CTempFolder& Folder() const { return m_oFolder; }
+    /// Removes what was unpacked and tells whether all else is as it was.
+    bool IsRestUntouched() const {
+        std::filesystem::remove_all(m_oFolder.Path("out"));
+        return List(m_oFolder.Path()) == m_vecBefore;
+    }
+
+private:
+    CTempFolder m_oFolder;
+    TLines m_vecBefore;
+};
+
+struct SRecipe {
+    zip_int32_t method = ZIP_CM_DEFLATE;
+    zip_uint16_t encryption = ZIP_EM_NONE;
+    const char* password = nullptr;
+};
+
+/// What other programs make: an archive from the zip library.
+std::string MakeWithLibrary(const std::string& name, const std::string& content, const SRecipe& recipe) {
+    const CTempFolder folder;
+    const std::string path = folder.Path("made.zip");
+    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_EXCL, nullptr);
+    zip_source_t* source = zip_source_buffer(archive, content.data(), content.size(), 0);
+    const zip_int64_t index = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
+    EXPECT_GE(index, 0);
+    EXPECT_EQ(zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), recipe.method, 0), 0);
+    if (recipe.encryption != ZIP_EM_NONE) {
+        EXPECT_EQ(
+            zip_file_set_encryption(archive, static_cast<zip_uint64_t>(index), recipe.encryption, recipe.password),
+            0);
+    }
+    EXPECT_EQ(zip_close(archive), 0);
+    return folder.ReadFile("made.zip");
+}
+
+TEST(Package, UnpacksWhatOtherProgramsWrite) {
+    const auto wide = [](std::uint64_t size, std::uint64_t position) {
+        return LittleEndian(0xCAFE, 2) + LittleEndian(2, 2) + "zz" + LittleEndian(1, 2) + LittleEndian(24, 2) +
+               LittleEndian(size, 8) + LittleEndian(size, 8) + LittleEndian(position, 8);
+    };
+    const std::string descriptor =
+        "PK\x07\x08" + LittleEndian(Crc32("abc"), 4) + LittleEndian(3, 4) + LittleEndian(3, 4);
+    const struct {
+        const char* title;
+        std::string archive;
+        TLines unpacked;
+    } cases[] = {
+        {"an empty archive", MakeZip({}), {}},
+        {"folders on the way are made",
+         MakeZip({{.name = "a/b/c.txt", .content = "1"}, {.name = "a/d.txt"}}),
+         {"d700 a", "d700 a/b", "f600 a/b/c.txt 1", "f600 a/d.txt "}},
+        {"both separators, folders before and after their files",
+         MakeZip({{.name = "a\\"}, {.name = "a\\b/c", .content = "1"}, {.name = "a/b/"}, {.name = "a-b"}}),
+         {"d700 a", "d700 a/b", "f600 a/b/c 1", "f600 a-b "}},
+        {"folders known by attributes alone, whatever mode they ask for",
+         MakeZip({{.name = "u", .madeBy = unixHost, .attributes = UnixMode(S_IFDIR | 07777)},
+                  {.name = "d", .attributes = 0x10},
+                  {.name = "f", .madeBy = unixHost, .attributes = UnixMode(S_IFREG | S_ISUID | 0777)}}),
+         {"d700 u", "d700 d", "f600 f "}},
+        {"Japanese names in the code page, with a trail byte like a separator",
+         MakeZip({{.name = "\x93\xFA\x96\x7B\\\x95\x5C.csv", .content = "1"}}),
+         {"d700 日本", "f600 日本/表.csv 1"}},
+        {"Japanese names in UTF-8, also what the code page does not have",
+         MakeZip({{.name = "日本/表é.csv", .content = "1", .flags = utf8Flag}}),
+         {"d700 日本", "f600 日本/表é.csv 1"}},
+        {"letter case makes two names; dots may stand in names",
+         MakeZip({{.name = "A..b"}, {.name = "a..b"}, {.name = "...", .content = "1"}}),
+         {"f600 A..b ", "f600 a..b ", "f600 ... 1"}},
+        {"a data descriptor",
+         MakeZip({{.name = "a", .content = "abc", .flags = 8, .descriptor = descriptor}}),
+         {"f600 a abc"}},
+        {"a comment, and an archive that holds an archive",
+         MakeZip({{.name = "in.zip", .content = MakeZip({{.name = "x"}})}}, {.comment = "PK\x05\x06 made"}),
+         {"f600 in.zip " + MakeZip({{.name = "x"}})}},
+        {"64-bit sizes",
+         MakeZip({{.name = "a",
+                   .content = "abc",
+                   .size = ~0U,
+                   .packedSize = ~0U,
+                   .headerPosition = ~0U,
+                   .extra = wide(3, 0)}},
+                 {.count = 0xFFFF, .directorySize = ~0U, .directoryPosition = ~0U, .wide = true}),
+         {"f600 a abc"}},
+        {"bytes before the first entry",
+         MakeZip({{.name = "a", .content = "1"}}, {.prefix = "#!/bin/sh"}),
+         {"f600 a 1"}},
+        {"deflate",
+         MakeZip({{.name = "a", .content = "1", .method = 8, .packed = DeflateStored("1")}}),
+         {"f600 a 1"}},
+        {"a password that nothing asks for", MakeZip({{.name = "a"}}), {"f600 a "}},
+    };
+    for (const auto& [title, archive, unpacked] : cases) {
+        SCOPED_TRACE(title);
+        const CPackage package(archive);
+        EXPECT_TRUE(package.Uncompress("secret"));
+        EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(unpacked));
+        EXPECT_TRUE(package.IsRestUntouched());
+    }
+}
+
+TEST(Package, GivesTheDataFileUnderItsPathInTheCodePage) {
+    const CPackage package(MakeZip({{.name = "TqData\\SourceFile.csv"}, {.name = "TqData\\\x95\x5C"}}));
+    ASSERT_TRUE(package.Uncompress());
+    for (const char* path : {"\\TqData\\SourceFile.csv", "\\TqData\\\x95\x5C"}) {
+        const HANDLE file =
+            Platform::CreateFileA((package.Folder().Path("out") + path).c_str(), Platform::GENERIC_READ, 0, nullptr,
+                                  Platform::OPEN_EXISTING, 0, nullptr);
+        EXPECT_NE(file, Platform::INVALID_HANDLE_VALUE) << path;
+        Platform::CloseHandle(file);
+    }
+}
+
+TEST(Package, DecryptsWithTheRightPasswordOnly) {
+    // Also more than one block, and a password that is no text in UTF-8.
+    const std::string content = std::string(150'000, 'a') + "end";
+    const char* const password = "\x95\x5C pass";
+    for (const int encryption : {ZIP_EM_TRAD_PKWARE, ZIP_EM_AES_128, ZIP_EM_AES_192, ZIP_EM_AES_256})
+        for (const zip_int32_t method : {ZIP_CM_STORE, ZIP_CM_DEFLATE}) {
+            SCOPED_TRACE(testing::Message() << encryption << ' ' << method);
+            std::string archive =
+                MakeWithLibrary("a/b", content, {method, static_cast<zip_uint16_t>(encryption), password});
+            const CPackage package(archive);
+            EXPECT_FALSE(package.Uncompress("wrong"));
+            EXPECT_TRUE(package.IsRestUntouched());
+            for (const char* none : {"", static_cast<const char*>(nullptr)}) {
+                EXPECT_FALSE(package.Uncompress(none));
+                EXPECT_FALSE(package.HasFolder());
+            }
+            EXPECT_TRUE(package.Uncompress(password));
+            EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(TLines{"d700 a", "f600 a/b " + content}));
+
+            EXPECT_TRUE(CPackage(MakeWithLibrary("a", "", {method, static_cast<zip_uint16_t>(encryption), password}))
+                            .Uncompress(password));
+            archive[archive.size() / 2] ^= 1;
+            EXPECT_FALSE(CPackage(archive).Uncompress(password)) << "a changed byte";
+        }
+}
+
+SZipEntryText Named(std::string name, std::uint16_t flags = 0) {
+    return {.name = std::move(name), .content = "evil", .flags = flags};
+}
+
+struct SHostile {
+    const char* title;
+    std::string archive;
+};
+
+/// Beside each bad name stands a good one that comes first: nothing of it may be unpacked either.
+std::vector<SHostile> HostileNames() {
+    const std::string deep = [] {
+        std::string path;
+        for (std::size_t i = 0; i < CUnZip::MAX_DEPTH; ++i)
+            path += "a/";
+        return path + 'a';
+    }();
+    std::vector<SHostile> cases;
+    const auto add = [&](const char* title, std::vector<SZipEntryText> names) {
+        names.insert(names.begin(), Named("good"));
+        cases.push_back({title, MakeZip(names)});
+    };
+    for (const char* name : {"../x", "..\\x", "a/../../x", "a\\..\\..\\x", "a/..", "..", "a\\../x", "./x", "a/./x"})
+        add(name, {Named(name)});
+    for (const char* name : {"/x", "\\x", "//server/x", "\\\\server\\x", "/", "C:x", "c:\\x", "a/C:/x", "C:"})
+        add(name, {Named(name)});
+    for (const char* name : {"", "a//x", "a\\/x", "a//", "a\nb",
+                             "\x01"
+                             "2E\x01"
+                             "2E/x",
+                             "a\x01"
+                             "5Cx"})
+        add("an empty part or a control character", {Named(name)});
+    add("a NUL", {Named(std::string("x\0.csv", 6))});
+    add("a NUL in UTF-8", {Named(std::string("x\0.csv", 6), utf8Flag)});
+    add("UTF-8 that is none", {Named("\x95\x5C", utf8Flag)});
+    add("an overlong '.'", {Named("\xC0\xAE\xC0\xAE/x", utf8Flag)});
+    add("not in the code page", {Named("\x81")});
+    add("a part that is too long", {Named(std::string(256, 'a'))});
+    add("a part whose escapes no listing could give back", {Named(
+                                                               [] {
+                                                                   std::string name;
+                                                                   for (int i = 0; i < 60; ++i)
+                                                                       name += "é";
+                                                                   return name;
+                                                               }(),
+                                                               utf8Flag)});
+    add("too deep", {Named(deep)});
+    add("too long", {Named([] {
+            std::string path = std::string(200, 'a');
+            for (int i = 0; i < 5; ++i)
+                path += '/' + std::string(200, 'a');
+            return path;
+        }())});
+    add("twice the same file", {Named("a/x"), Named("a\\x")});
+    add("twice the same folder", {{.name = "a/"}, {.name = "a\\"}});
+    add("the same name in both encodings", {Named("\x95\x5C"), Named("表", utf8Flag)});
+    add("a file and a folder", {Named("a"), {.name = "a/"}});
+    add("a file where a folder is needed", {Named("a"), Named("a-b"), Named("a/b/c")});
+    add("a folder where a file is needed", {Named("a/b/c"), Named("a/b")});
+    return cases;
+}
+
+std::vector<SHostile> HostileKindsAndSizes() {
+    const auto moded = [](std::uint16_t madeBy, std::uint32_t attributes, std::string name = "x") {
+        return MakeZip({Named("good"),
+                        {.name = std::move(name), .content = "/etc", .madeBy = madeBy, .attributes = attributes}});
+    };
+    const std::string large(4 << 20, 'a');
+    const auto claim = [&](std::uint32_t size) {
+        return SZipEntryText{.name = std::to_string(size), .content = large, .method = 8, .crc = 0, .size = size};
+    };
+    std::vector<SHostile> cases{
+        {"a link", moded(unixHost, UnixMode(S_IFLNK | 0777))},
+        {"a link that claims another system", moded(0, UnixMode(S_IFLNK))},
+        {"a link of the Macintosh", moded(0x1314, UnixMode(S_IFLNK))},
+        {"a reparse point", moded(0, 0x400)},
+        {"a character device", moded(unixHost, UnixMode(S_IFCHR))},
+        {"a block device", moded(unixHost, UnixMode(S_IFBLK))},
+        {"a pipe", moded(unixHost, UnixMode(S_IFIFO))},
+        {"a socket", moded(unixHost, UnixMode(S_IFSOCK))},
+        {"a folder with content", moded(unixHost, UnixMode(S_IFDIR))},
+        {"a file named as a folder", MakeZip({{.name = "x/", .attributes = UnixMode(S_IFREG)}})},
+        {"a ratio above the cap", MakeZip({{.name = "x", .content = "abc", .method = 8, .size = 2 << 20}})},
+        {"more than the total in all", MakeZip({claim(0xF0000000), claim(0x10000001)})},
+        {"too many entries", MakeZip([] {
+             TEntries entries;
+             for (std::size_t i = 0; i <= CUnZip::MAX_ENTRIES; ++i)
+                 entries.push_back({.name = std::to_string(i)});
+             return entries;
+         }())},
+        {"an unknown method", MakeZip({Named("good"), {.name = "x", .content = "abc", .method = 77}})},
+        {"encrypted without a password", MakeZip({{.name = "x", .content = std::string(20, 'a'), .flags = 1}})},
+        {"the older strong encryption", MakeZip({{.name = "x", .content = std::string(20, 'a'), .flags = 0x41}})},
+    };
+    return cases;
+}
+
+std::vector<SHostile> HostileStructures() {
+    const std::string good = MakeZip({Named("good")});
+    const SZipEntryText wideWithoutField{.name = "x", .size = ~0U};
+    std::vector<SHostile> cases{
+        {"no archive", "text"},
+        {"nothing", ""},
+        {"bytes after the end", good + '\n'},
+        {"a second end in the comment", MakeZip({Named("good")}, {.comment = MakeZip({})})},
+        {"a comment that is cut", MakeZip({Named("good")}, {.comment = "abc", .commentSize = 4})},
+        {"entries that share their data", MakeZip({Named("good"), {.name = "good", .headerPosition = 0}})},
+        {"an entry in another's data",
+         MakeZip({{.name = "a", .content = good}, {.name = "good", .content = "evil", .headerPosition = 31}})},
+        {"data that runs into the next entry",
+         MakeZip({{.name = "a", .content = "1", .size = 9, .packedSize = 9}, Named("b")})},
+        {"data that runs into the directory", MakeZip({{.name = "a", .content = "1", .size = 9, .packedSize = 9}})},
+        {"an entry behind the directory", MakeZip({{.name = "a", .headerPosition = 40}})},
+        {"an entry outside the file", MakeZip({{.name = "a", .headerPosition = 0xFFFFFFF0}})},
+        {"another name in the header", MakeZip({{.name = "a", .localName = "b"}})},
+        {"a longer name in the header", MakeZip({{.name = "a", .localName = "a/b"}})},
+        {"another method in the header", MakeZip({{.name = "a", .localMethod = 8}})},
+        {"encrypted in the header only", MakeZip({{.name = "a", .localFlags = 1}})},
+        {"no header", MakeZip({{.name = "a", .localSignature = 0x04034B51}})},
+        {"a second disk", MakeZip({Named("a")}, {.disk = 1})},
+        {"an entry on a second disk", MakeZip({{.name = "a", .disk = 1}})},
+        {"fewer entries than counted", MakeZip({Named("a")}, {.count = 2})},
+        {"more entries than counted", MakeZip({Named("a"), Named("b")}, {.count = 1})},
+        {"a directory that is too short", MakeZip({Named("a")}, {.directorySize = 46})},
+        {"a directory that is too large", MakeZip({Named("a")}, {.directorySize = 0x7FFFFFFF})},
+        {"a directory elsewhere", MakeZip({Named("a")}, {.directoryPosition = 1})},
+        {"64-bit numbers that are not there", MakeZip({wideWithoutField})},
+        {"a 64-bit end that is not there", MakeZip({Named("a")}, {.directoryPosition = ~0U})},
+        {"a 64-bit end elsewhere", MakeZip({Named("a")}, {.wide = true, .widePosition = 0})},
+        {"a 64-bit end far outside", MakeZip({Named("a")}, {.wide = true, .widePosition = ~0ULL - 8})},
+        {"two ends that differ", MakeZip({Named("a"), Named("b")}, {.count = 1, .wide = true})},
+    };
+    for (std::size_t size = 1; size < good.size(); ++size)
+        cases.push_back({"cut short", good.substr(0, size)});
+    return cases;
+}
+
+class HostilePackage : public testing::TestWithParam<std::vector<SHostile> (*)()> {};
+
+TEST_P(HostilePackage, IsRefusedBeforeAnythingIsWritten) {
+    for (const auto& [title, archive] : GetParam()()) {
+        SCOPED_TRACE(title);
+        const CPackage package(archive);
+        EXPECT_FALSE(package.Uncompress());
+        EXPECT_FALSE(package.HasFolder());
+        EXPECT_TRUE(package.IsRestUntouched());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, HostilePackage, testing::Values(HostileNames, HostileKindsAndSizes, HostileStructures));
+
+TEST(Package, RefusesContentThatIsNotWhatWasClaimed) {
+    const std::string packed = DeflateStored("abcdef");
+    const struct {
+        const char* title;
+        SZipEntryText entry;
+    } cases[] = {
+        {"a wrong checksum", {.name = "x", .content = "abc", .crc = 1}},
+        {"more than claimed", {.name = "x", .content = "abc", .method = 8, .packed = packed}},
+        {"less than claimed", {.name = "x", .content = "abcdefghi", .method = 8, .packed = packed}},
+        {"stored, with two sizes", {.name = "x", .content = "abc", .size = 2}},
+        {"cut within", {.name = "x", .content = "abcdef", .method = 8, .packed = packed.substr(0, 8)}},
+        {"no deflate", {.name = "x", .content = "abcdef", .method = 8, .packed = "\xFF\xFF\xFF"}},
+    };
+    for (const auto& [title, entry] : cases) {
+        SCOPED_TRACE(title);
+        const CPackage package(MakeZip({{.name = "good", .content = "1"}, entry}));
+        EXPECT_FALSE(package.Uncompress());
+        EXPECT_TRUE(package.IsRestUntouched());
+    }
+}
+
+TEST(Package, StandsEveryChangedByte) {
+    const std::string good = MakeZip({{.name = "a/b", .content = "1"},
+                                      {.name = "c", .content = "abc", .method = 8, .packed = DeflateStored("abc")}},
+                                     {.wide = true});
+    const CPackage package(good);
+    for (std::size_t at = 0; at < good.size(); ++at)
+        for (const int change : {0x01, 0x80, 0xFF}) {
+            std::string changed = good;
+            changed[at] = static_cast<char>(changed[at] ^ change);
+            package.Folder().WriteFile("archive.xtqf", changed);
+            package.Uncompress("secret");
+            package.Folder().WriteFile("archive.xtqf", good);
+            ASSERT_TRUE(package.IsRestUntouched()) << at;
+        }
+}
+
+TEST(Package, TakesWhatReachesTheCaps) {
+    const std::string zeros(3 << 20, '\0');
+    EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros, {})).Uncompress()) << "the best that deflate can do";
+    EXPECT_FALSE(CPackage(MakeWithLibrary("a", zeros, {.method = ZIP_CM_BZIP2})).Uncompress());
+    EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros.substr(0, 1 << 20), {.method = ZIP_CM_BZIP2})).Uncompress());
+    TEntries entries;
+    for (std::size_t i = 0; i < CUnZip::MAX_ENTRIES; ++i)
+        entries.push_back({.name = std::to_string(i) + '/'});
+    EXPECT_TRUE(CPackage(MakeZip(entries)).Uncompress());
+}
+
+TEST(Package, TakesOnlyANewFolderAndARegularFile) {
+    const CPackage package(MakeZip({{.name = "a"}}));
+    const CTempFolder& folder = package.Folder();
+    folder.MakeFolder("there");
+    std::filesystem::create_symlink("there", folder.Path("link"));
+    for (const char* name : {"there", "there/", "link", "link/", "x", "missing/out", "archive.xtqf"})
+        EXPECT_FALSE(package.Uncompress("", name)) << name;
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path("there")));
+    EXPECT_TRUE(package.Uncompress("", "there\\out\\"));
+
+    std::filesystem::create_symlink("archive.xtqf", folder.Path("archive.link"));
+    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    const std::string out = folder.Path("out");
+    for (const char* name : {"pipe", "there", "missing"})
+        EXPECT_FALSE(CUnZip(folder.Path(name).c_str(), "").Uncompress(out.c_str())) << name;
+    EXPECT_FALSE(CUnZip(nullptr, nullptr).Uncompress(out.c_str()));
+    EXPECT_FALSE(CUnZip(folder.Path("archive.link").c_str(), "").Uncompress(nullptr));
+    EXPECT_TRUE(CUnZip(folder.Path("archive.link").c_str(), "").Uncompress(out.c_str()));
+}
+
+TEST(Package, FailsWithEveryCallThatFails) {
+    using Faults::Call;
+    const CPackage package(MakeZip({{.name = "a/b/c", .content = "abc"}, {.name = "d/"}, {.name = "e"}}));
+    const std::size_t descriptors = Faults::OpenDescriptors();
+    for (const Call call : {Call::Open, Call::Read, Call::Write, Call::MakeFolder, Call::Seek, Call::Stat,
+                            Call::Duplicate, Call::Close}) {
+        std::size_t failures = 0;
+        const std::size_t calls = Faults::ForEachFailure(call, ENOSPC, [&](std::size_t) {
+            failures += package.Uncompress() ? 0U : 1U;
+            std::filesystem::remove_all(package.Folder().Path("out"));
+        });
+        EXPECT_GT(calls, 0U) << static_cast<int>(call);
+        // Only closing what was written can lose anything.
+        EXPECT_EQ(failures, call == Call::Close ? 2U : calls) << static_cast<int>(call);
+        EXPECT_EQ(Faults::OpenDescriptors(), descriptors);
+    }
+    const auto reads = Faults::Reads(1);
+    const auto writes = Faults::Writes(1);
+    EXPECT_TRUE(package.Uncompress());
+    EXPECT_THAT(package.Unpacked(), testing::Contains("f600 a/b/c abc"));
+}
+
+TEST(Package, LeaksNothingWhenMemoryRunsOut) {
+    const CPackage package(MakeZip({{.name = "a/b", .content = "abc"}, {.name = "e"}}));
+    const std::string archive = package.Folder().Path("archive.xtqf");
+    const std::size_t descriptors = Faults::OpenDescriptors();
+    const std::ptrdiff_t blocks = Faults::LiveAllocations();
+    const std::size_t calls = Faults::ForEachFailure(Faults::Call::Allocate, 0, [&](std::size_t n) {
+        char out[300];
+        std::snprintf(out, sizeof out, "%s/out%zu", package.Folder().Path().c_str(), n);
+        try {
+            CUnZip(archive.c_str(), "a password that has no room in the object").Uncompress(out);
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    EXPECT_GT(calls, 10U);
+    EXPECT_EQ(Faults::OpenDescriptors(), descriptors);
+    EXPECT_EQ(Faults::LiveAllocations(), blocks);
+}
+
+/// Sets TMPDIR for one test.
+class CTmpDirSetting {
+public:
+    explicit CTmpDirSetting(const std::string& value) {
+        if (const char* previous = std::getenv("TMPDIR"))
+            m_strPrevious = previous;
+        ::setenv("TMPDIR", value.c_str(), 1);
+    }
+    CTmpDirSetting(const CTmpDirSetting&) = delete;
+    CTmpDirSetting& operator=(const CTmpDirSetting&) = delete;
+    ~CTmpDirSetting() {
+        if (m_strPrevious)
+            ::setenv("TMPDIR", m_strPrevious->c_str(), 1);
+        else
+            ::unsetenv("TMPDIR");
+    }
+
+private:
+    std::optional<std::string> m_strPrevious;
+};
+
+struct SName {
+    bool made;
+    std::string path;
+    DWORD number;
+};
+
+SName MakeName(DWORD size = 260, std::string_view subFolder = "Core\\tqcAccess\\", const char* prefix = "TQD") {
+    char path[300];
+    std::fill(std::begin(path), std::end(path), '#');
+    SName name{};
+    name.made = SCTmpDirPath::GetTmpFileName(path, size, name.number, subFolder.data(),
+                                             static_cast<DWORD>(subFolder.size()), prefix);
+    name.path.assign(path, ::strnlen(path, size));
+    EXPECT_TRUE(std::all_of(path + size, std::end(path), [](char byte) { return byte == '#'; }));
+    return name;
+}
+
+std::string UserFolder() {
+    return "tqc-" + std::to_string(::geteuid());
+}
+
+TEST(TmpName, IsFreeAndInAPrivateFolder) {
+    const CTempFolder folder;
+    const CTmpDirSetting setting(folder.Path() + "//");
+    const SName name = MakeName();
+    ASSERT_TRUE(name.made);
+    EXPECT_THAT(name.path, StartsWith(folder.Path(UserFolder() + "/Core/tqcAccess/TQD")));
+    EXPECT_THAT(List(folder.Path()),
+                UnorderedElementsAreArray(TLines{"d700 " + UserFolder(), "d700 " + UserFolder() + "/Core",
+                                                 "d700 " + UserFolder() + "/Core/tqcAccess"}));
+    const auto size = static_cast<DWORD>(name.path.size());
+    EXPECT_TRUE(MakeName(size + 1).made);
+    for (const DWORD room : {size, DWORD{1}}) {
+        EXPECT_FALSE(MakeName(room).made);
+        EXPECT_EQ(MakeName(room).path, "");
+    }
+    EXPECT_FALSE(MakeName(0).made);
+    EXPECT_THAT(MakeName(260, std::string_view("a/b/c", 3), nullptr).path,
+                StartsWith(folder.Path(UserFolder() + "/a/b/")));
+    EXPECT_THAT(MakeName(260, "", "表").path, testing::Not(""));
+    for (const char* subFolder : {"..", "a\\..\\b", "\\a", "a//b", "."})
+        EXPECT_FALSE(MakeName(260, subFolder).made) << subFolder;
+    EXPECT_FALSE(MakeName(260, "a", "b/c").made);
+}
+
+TEST(TmpName, PassesOverWhatSomebodyElsePutThere) {
+    const struct {
+        const char* title;
+        std::function<void(const std::string&)> plant;
+        bool needsRoot = false;
+    } cases[] = {
+        {"a file", [](const std::string& path) { std::ofstream{path}; }},
+        {"a link to a folder", [](const std::string& path) { std::filesystem::create_symlink("/tmp", path); }},
+        {"a link to nothing", [](const std::string& path) { std::filesystem::create_symlink("missing", path); }},
+        {"readable by all", [](const std::string& path) { ::mkdir(path.c_str(), 0755); }},
+        {"writable by the group",
+         [](const std::string& path) {
+             ::mkdir(path.c_str(), 0700);
+             ::chmod(path.c_str(), 0720);
+         }},
+        {"another user's",
+         [](const std::string& path) {
+             ::mkdir(path.c_str(), 0700);
+             EXPECT_EQ(::chown(path.c_str(), 65534, 65534), 0);
+         },
+         true},
+        {"a bad level below",
+         [](const std::string& path) {
+             ::mkdir(path.c_str(), 0700);
+             std::filesystem::create_symlink("/tmp", path + "/Core");
+         }},
+    };
+    for (const auto& [title, plant, needsRoot] : cases) {
+        if (needsRoot && ::geteuid() != 0)
+            continue;
+        SCOPED_TRACE(title);
+        const CTempFolder folder;
+        const CTmpDirSetting setting(folder.Path());
+        plant(folder.Path(UserFolder()));
+        const auto before = List(folder.Path());
+        const SName name = MakeName();
+        EXPECT_TRUE(name.made);
+        EXPECT_THAT(name.path, StartsWith(folder.Path(UserFolder() + '-')));
+        EXPECT_THAT(List(folder.Path()), testing::IsSupersetOf(before));
+    }
+}
+
+TEST(TmpName, GoesToTmpWhenTheSettingIsOfNoUse) {
+    const CTempFolder folder;
+    folder.WriteFile("file", "");
+    ASSERT_EQ(::chmod(folder.MakeFolder("open").c_str(), 0777), 0);
+    for (const std::string& value :
+         {std::string(), std::string("relative"), folder.Path("missing"), folder.Path("file"), folder.Path("open")}) {
+        const CTmpDirSetting setting(value);
+        EXPECT_THAT(MakeName().path, StartsWith("/tmp/tqc-")) << value;
+    }
+    ASSERT_EQ(::chmod(folder.Path("open").c_str(), 01777), 0);
+    const CTmpDirSetting setting(folder.Path("open"));
+    EXPECT_THAT(MakeName().path, StartsWith(folder.Path("open/")));
+}
+
+TEST(TmpName, IsTextInTheCodePageThatLeadsToANewPackageFolder) {
+    const CPackage package(MakeZip({{.name = "a", .content = "1"}}));
+    const CTempFolder folder;
+    const CTmpDirSetting setting(folder.MakeFolder("表 é\\"));
+    const SName name = MakeName();
+    EXPECT_THAT(name.path, StartsWith(folder.Path("\x95\x5C \x01"
+                                                  "C3\x01"
+                                                  "A9\x01"
+                                                  "5C/tqc-")));
+    Platform::DeleteFileA(name.path.c_str());
+    ASSERT_TRUE(CUnZip(package.Folder().Path("archive.xtqf").c_str(), "").Uncompress(name.path.c_str()));
+    EXPECT_THAT(List(folder.Path()), testing::Contains(testing::EndsWith("/a 1")));
+}
+
+TEST(TmpName, FailsWithTheSystem) {
+    const CTempFolder folder;
+    const CTmpDirSetting setting(folder.Path());
+    const std::size_t calls = Faults::ForEachFailure(Faults::Call::MakeFolder, ENOSPC, [&](std::size_t n) {
+        const SName name = MakeName();
+        EXPECT_EQ(name.made, n > 3);
+        EXPECT_EQ(name.path.empty(), n <= 3);
+    });
+    EXPECT_EQ(calls, 3U);
+    const Faults::Scope fault(Faults::Call::MakeFolder, 1, EROFS, Faults::Times::Always);
+    EXPECT_FALSE(MakeName().made);
+    EXPECT_EQ(Platform::GetLastError(), Platform::ERROR_WRITE_PROTECT);
+}
+
+TEST(TmpName, IsNeverGivenTwice) {
+    constexpr std::size_t threadCount = 8;
+    constexpr std::size_t namesEach = 200;
+    const CTempFolder folder;
+    const CTmpDirSetting setting(folder.Path());
+    std::mutex mutex;
+    std::set<std::string> paths;
+    std::set<DWORD> numbers;
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < threadCount; ++i)
+            threads.emplace_back([&] {
+                for (std::size_t n = 0; n < namesEach; ++n) {
+                    const SName name = MakeName();
+                    const std::lock_guard lock(mutex);
+                    EXPECT_TRUE(name.made);
+                    paths.insert(name.path);
+                    numbers.insert(name.number);
+                }
+            });
+    }
+    EXPECT_EQ(paths.size(), threadCount * namesEach);
+    EXPECT_EQ(numbers.size(), threadCount * namesEach);
+}
+
+} // namespace
+} // namespace NSTQ::Tests

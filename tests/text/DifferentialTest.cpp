@@ -1,0 +1,170 @@
+// The library against the plain reader: all short inputs, bytes at the ends of the read buffer, and long random ones.
+// TQC_TEST_UTF8 (0 or 1) chooses the grammar, so that the two halves run side by side.
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+#include "text/Harness.h"
+
+#include <memory>
+#include <random>
+
+namespace NSTQ::Tests {
+namespace {
+
+constexpr bool isUtf8 = TQC_TEST_UTF8 != 0;
+using TTokens = std::vector<std::string>;
+
+const TTokens& Alphabet() {
+    static const TTokens ansi = {"a", ",", "\"", " ", "\t", "\r", "\n", "\x1A", std::string(1, '\0'), "\x81"};
+    // The last two are a character together and invalid otherwise.
+    static const TTokens utf8 = {"a",        ",",   "\"", " ", "\t", "\r", "\n", "\x1A", std::string(1, '\0'),
+                                 "\xE3\x81", "\x82"};
+    return isUtf8 ? utf8 : ansi;
+}
+
+/// Calls `use` with each text of `length` tokens and its number.
+template <class TUse>
+void ForEachText(std::size_t length, TUse use) {
+    const TTokens& tokens = Alphabet();
+    std::size_t total = 1;
+    for (std::size_t i = 0; i < length; ++i)
+        total *= tokens.size();
+    std::string text;
+    for (std::size_t number = 0; number < total; ++number) {
+        text.clear();
+        for (std::size_t i = 0, rest = number; i < length; ++i, rest /= tokens.size())
+            text += tokens[rest % tokens.size()];
+        if (!use(text, number))
+            return;
+    }
+}
+
+class CDifferential : public testing::TestWithParam<unsigned> {
+protected:
+    CTempFolder m_folder;
+    CAnsiPage m_page{GetParam()};
+    std::vector<CSettings> m_variations = Variations(isUtf8);
+};
+
+std::vector<std::unique_ptr<CTestedReader>> MakeReaders(const std::vector<CSettings>& variations) {
+    std::vector<std::unique_ptr<CTestedReader>> readers;
+    for (const CSettings& settings : variations)
+        readers.push_back(std::make_unique<CTestedReader>(settings));
+    return readers;
+}
+
+TEST_P(CDifferential, AllShortTexts) {
+    const std::string path = m_folder.WriteFile("empty.csv", "");
+    const auto readers = MakeReaders(m_variations);
+    for (const auto& reader : readers)
+        ASSERT_TRUE(reader->Open(path));
+    const auto agree = [&](std::size_t variation, const std::string& text) {
+        readers[variation]->Load(text);
+        CReferenceReader plain(m_variations[variation], text);
+        return Agree(m_variations[variation], text, *readers[variation], plain, 12);
+    };
+    // Each variation sees all texts one token shorter than the longest ones, which the variations share out.
+    const std::size_t longest = isSanitized ? 5 : 6;
+    for (std::size_t length = 0; length < longest; ++length)
+        ForEachText(length, [&](const std::string& text, std::size_t) {
+            for (std::size_t variation = 0; variation < readers.size(); ++variation)
+                if (!agree(variation, text))
+                    return false;
+            return true;
+        });
+    // Consecutive numbers differ in their first token: their own remainder would tie it to the variation.
+    ForEachText(longest, [&](const std::string& text, std::size_t number) {
+        return agree((number + number / 10 + number / 1000) % readers.size(), text);
+    });
+}
+
+TEST_P(CDifferential, ShortTextsThroughShortReads) {
+    const auto readers = MakeReaders(m_variations);
+    const auto agree = [&](const std::string& path, const std::string& text, std::size_t size) {
+        const auto reads = Faults::Reads(size);
+        for (std::size_t variation = 0; variation < readers.size(); ++variation) {
+            CReferenceReader plain(m_variations[variation], text, {.size = size});
+            if (!readers[variation]->Open(path) ||
+                !Agree(m_variations[variation], text, *readers[variation], plain, 12))
+                return false;
+        }
+        return true;
+    };
+    for (std::size_t length = 0; length <= 3; ++length)
+        ForEachText(length, [&](const std::string& text, std::size_t) {
+            const std::string path = m_folder.WriteFile("short.csv", text);
+            return agree(path, text, 1) && agree(path, text, 2);
+        });
+}
+
+// What stands at the end of one fill and at the start of the next, inside and outside quotes, after blanks or text.
+TEST_P(CDifferential, EndsOfTheReadBuffer) {
+    const std::vector<std::string> tokens = {"\"",
+                                             "\"\"",
+                                             ",",
+                                             "\r",
+                                             "\n",
+                                             "\r\n",
+                                             "\x1A",
+                                             "\t",
+                                             " ",
+                                             "\x81",
+                                             "a",
+                                             "\r\r\n",
+                                             "\",\"",
+                                             "\"\r\n",
+                                             "\x81\"",
+                                             "\xE3\x81\x82",
+                                             std::string(1, '\0')};
+    for (const CSettings& settings : m_variations)
+        for (const std::string& token : tokens)
+            for (const std::string before : {"", "x", "\"y", "\"\"", "  ", "\r"})
+                for (const std::size_t offset : {63999U, 64000U, 64001U}) {
+                    std::string text = "head,\"of file\"\r\n";
+                    while (text.size() < offset - before.size())
+                        text += text.size() % 100 == 99 ? '\n' : text.size() % 100 == 98 ? '\r' : 'a';
+                    text += before + token + "b, c\r\nd";
+                    CTestedReader tested(settings);
+                    ASSERT_TRUE(tested.Open(m_folder.WriteFile("edge.csv", text)));
+                    CReferenceReader plain(settings, text);
+                    ASSERT_TRUE(Agree(settings, text, tested, plain, 2000)) << Escape(before + token) << offset;
+                }
+}
+
+std::string RandomText(std::mt19937& random, std::size_t length) {
+    const auto pick = [&](std::size_t count) { return random() % count; };
+    TTokens tokens = Alphabet();
+    tokens.insert(tokens.end(),
+                  {"\r\n", "\"\"", ",\"", "\xFF", "\xE3\x81\x82", "\xC3\xA9", "text", "\xF0\xA0\x80\x8B", "\xE9"});
+    // A few favourites give each text its own character; without plain ones among them no record is ever long.
+    std::vector<std::string> favourites(tokens.begin(), tokens.begin() + 1);
+    for (std::size_t i = 0, count = pick(6); i < count; ++i)
+        favourites.push_back(tokens[pick(tokens.size())]);
+    const std::size_t rare = std::size_t{1} << pick(12);
+    std::string text;
+    while (text.size() < length)
+        text += pick(rare) == 0 ? tokens[pick(tokens.size())] : favourites[pick(favourites.size())];
+    return text;
+}
+
+TEST_P(CDifferential, RandomLongTexts) {
+    constexpr std::uint32_t limits[] = {0, 1, 2, 3, 5, 20, 255, 4096, 63999, 64000, 65535, 70000};
+    std::mt19937 random(20240229U + GetParam());
+    for (int round = 0; round < (isSanitized ? 300 : 1000); ++round) {
+        CSettings settings = m_variations[random() % m_variations.size()];
+        if (random() % 4 != 0) {
+            settings.maxFields = limits[random() % std::size(limits)];
+            settings.maxLine = limits[random() % std::size(limits)];
+            settings.maxField = std::min<std::uint32_t>(limits[random() % std::size(limits)], 65535);
+        }
+        const std::string text = RandomText(random, random() % (round % 4 == 0 ? 200000 : 4000));
+        CTestedReader tested(settings);
+        ASSERT_TRUE(tested.Open(m_folder.WriteFile("random.csv", text)));
+        CReferenceReader plain(settings, text);
+        ASSERT_TRUE(Agree(settings, text, tested, plain, 5000)) << "round " << round;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Page, CDifferential, testing::Values(932U, 65001U), testing::PrintToStringParamName());
+
+} // namespace
+} // namespace NSTQ::Tests

@@ -1,0 +1,371 @@
+// The preview and the reader of fixed-length text, against a plain reader of the same grammar.
+#include "CFixDataAccess.h"
+#include "platform/CodePage.h"
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+#include "text/Harness.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+using NSTQ::Tests::CTempFolder;
+namespace Faults = NSTQ::Tests::Faults;
+
+struct SLayout {
+    std::vector<WORD> widths;
+    bool lineEnds = true;
+    char pre = '\r';
+    char post = '\n';
+    DWORD maxFields = 16;
+    DWORD maxField = 255;
+};
+
+struct SRow {
+    bool result = false;
+    DWORD count = 0;
+    std::vector<std::string> fields;
+    bool hasNext = false;
+
+    bool operator==(const SRow&) const = default;
+    std::string Show() const {
+        std::string text = (result ? "+" : "-") + std::to_string(count) + ':';
+        for (const auto& field : fields)
+            text += field + '|';
+        return text + (hasNext ? " more" : " end");
+    }
+};
+
+/// Reads records off a text in memory, one byte at a time.
+class CPlainFixReader {
+public:
+    CPlainFixReader(const SLayout& layout, std::string_view text) : m_layout(layout), m_text(text) {}
+
+    SRow Read() {
+        SRow row;
+        bool ended = false;
+        for (const WORD width : m_layout.widths) {
+            if (ended)
+                break;
+            const std::string field = ReadColumn(width, ended);
+            if (row.count++ < m_layout.maxFields)
+                row.fields.push_back(
+                    field.substr(0, Platform::KeptTextLength(field.data(), field.size(), m_layout.maxField)));
+        }
+        row.result = true;
+        if (row.fields.empty())
+            row.result = m_pos == m_text.size() && m_touchedEnd;
+        else if (m_layout.lineEnds && !ended)
+            row.result = SkipLine();
+        m_touchedEnd |= m_pos == m_text.size();
+        row.hasNext = !m_touchedEnd && !m_text.empty();
+        return row;
+    }
+
+private:
+    bool TakeLineEnd() {
+        if (m_layout.post == 0)
+            return true;
+        if (m_pos == m_text.size() || m_text[m_pos] != m_layout.post)
+            return false;
+        ++m_pos;
+        return true;
+    }
+
+    std::string ReadColumn(WORD width, bool& ended) {
+        std::string field;
+        std::size_t kept = 0; // without trailing spaces
+        for (WORD taken = 0; taken < width && m_pos < m_text.size(); ++taken) {
+            const char c = m_text[m_pos++];
+            if (static_cast<unsigned char>(c) > ' ') {
+                kept = (field += c).size();
+            } else if (c == m_layout.pre) {
+                if (TakeLineEnd()) {
+                    ended = true;
+                    break;
+                }
+            } else if (c == '\x1A') {
+                ended = true;
+                break;
+            } else if (!field.empty() && c == ' ') {
+                field += ' ';
+            } else if (!field.empty() && c == '\t') {
+                kept = (field += ' ').size();
+            }
+        }
+        return field.substr(0, kept);
+    }
+
+    bool SkipLine() {
+        while (m_pos < m_text.size())
+            if (m_text[m_pos++] == m_layout.pre && TakeLineEnd())
+                return true;
+        return true; // the end of the file ends the last line
+    }
+
+    SLayout m_layout;
+    std::string_view m_text;
+    std::size_t m_pos = 0;
+    bool m_touchedEnd = false;
+};
+
+std::unique_ptr<CFixDataAccess> OpenReader(const SLayout& layout, const std::string& path, DWORD maxLine = 4096) {
+    CSourceDataInfo info;
+    info.SetDelimiter(layout.pre, layout.post);
+    info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_FIX);
+    info.PrepareReadSourceData(false);
+    info.SetFixColLen(layout.widths);
+    EXPECT_EQ(info.GetIsExistFixCRLF(), layout.lineEnds);
+    auto reader = std::make_unique<CFixDataAccess>(layout.maxFields, maxLine, layout.maxField, &info);
+    reader->SetDelimiter(layout.pre, layout.post);
+    return reader->FileOpen(&info) ? std::move(reader) : nullptr;
+}
+
+SRow ReadRow(CFixDataAccess& reader, const SLayout& layout) {
+    const char** data = nullptr;
+    const WORD* lengths = nullptr;
+    SRow row;
+    row.result = reader.GetLineData(data, lengths, row.count);
+    for (DWORD i = 0; i < std::min(row.count, layout.maxFields); ++i) {
+        row.fields.emplace_back(data[i], lengths[i]);
+        EXPECT_EQ(data[i][lengths[i]], '\0');
+    }
+    row.hasNext = reader.HasNextLineData();
+    return row;
+}
+
+void Compare(const SLayout& layout, const std::string& path, const std::string& text, const std::string& title) {
+    const auto reader = OpenReader(layout, path);
+    ASSERT_TRUE(reader) << title;
+    CPlainFixReader plain(layout, text);
+    for (bool last = false; !last;) {
+        const SRow expected = plain.Read();
+        const SRow actual = ReadRow(*reader, layout);
+        ASSERT_EQ(actual.Show(), expected.Show()) << title << ": " << Tests::Escape(text);
+        last = !expected.hasNext;
+    }
+}
+
+TEST(FixPreview, HoldsTheFirstThreeRows) {
+    const std::string row(10, 'r');
+    const std::string longText(20000, 'x');
+    const struct {
+        const char* title;
+        std::string text;
+        char pre;
+        char post;
+        std::string preview;
+        bool lineEnd;
+    } cases[] = {
+        {"three of four rows", row + "\r\n" + row + "\r\n" + row + "\r\n" + row, '\r', '\n',
+         row + "\r\n" + row + "\r\n" + row + "\r\n", true},
+        {"an empty row counts", "a\r\n\r\nb\r\nc\r\n", '\r', '\n', "a\r\n\r\nb\r\n", true},
+        {"LF alone", "a\nb\nc\nd\n", '\n', '\0', "a\nb\nc\n", true},
+        {"LF where CR LF is expected", "a\nb\nc\nd\n", '\r', '\n', "a\nb\nc\nd\n", false},
+        {"lone CR, CR CR LF", "a\rb\r\r\nc\r", '\r', '\n', "a\rb\r\r\nc\r", true},
+        {"a line end of one byte as the last byte", "a\r", '\r', '\0', "a\r", true},
+        {"no line end", longText, '\r', '\n', longText.substr(0, 12288), false},
+        {"empty", "", '\r', '\n', "", false},
+        {"a NUL ends the text", std::string("a\0b\r\n", 5), '\r', '\n', "a", true},
+    };
+    const CTempFolder folder;
+    for (const auto& c : cases) {
+        CSourceDataInfo info;
+        const char* data = nullptr;
+        DWORD length = 77;
+        info.SetDelimiter(c.pre, c.post);
+        info.SetCommonInfo(folder.WriteFile("a.txt", c.text).c_str(), SCDeclareConstant::SFT_FIX);
+        EXPECT_FALSE(info.GetFixFileData(data, length)) << c.title;
+        EXPECT_EQ(length, 77U);
+        EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_FIX_FILE) << c.title;
+        ASSERT_TRUE(info.GetFixFileData(data, length)) << c.title;
+        EXPECT_EQ(std::string(data, length), c.preview) << c.title;
+        EXPECT_EQ(info.GetIsExistFixCRLF(), c.lineEnd) << c.title;
+
+        const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
+        EXPECT_FALSE(clone->GetFixFileData(data, length)) << c.title;
+        EXPECT_EQ(clone->GetIsExistFixCRLF(), c.lineEnd) << c.title;
+    }
+}
+
+TEST(FixPreview, AFailureSaysWhy) {
+    const CTempFolder folder;
+    folder.MakeFolder("folder.txt");
+    const std::string file = folder.WriteFile("a.txt", "abc");
+    const struct {
+        const char* title;
+        std::string path;
+        int fault;
+        CSourceDataInfo::ESourceDataOpen expected;
+    } cases[] = {
+        {"missing", folder.Path("b.txt"), 0, CSourceDataInfo::SDO_FILE_NOT_FOUND},
+        {"missing folder", folder.Path("no/b.txt"), 0, CSourceDataInfo::SDO_READ_ERROR},
+        {"a folder", folder.Path("folder.txt"), 0, CSourceDataInfo::SDO_ACCESS_DENIED},
+        {"denied", file, EACCES, CSourceDataInfo::SDO_ACCESS_DENIED},
+        {"held by another", file, EWOULDBLOCK, CSourceDataInfo::SDO_SHARING_VIOLATION},
+        {"name too long", file, ENAMETOOLONG, CSourceDataInfo::SDO_FILENAME_TOO_LONG},
+        {"disk full", file, ENOSPC, CSourceDataInfo::SDO_DISK_FULL},
+        {"device failure", file, EIO, CSourceDataInfo::SDO_READ_ERROR},
+    };
+    for (const auto& c : cases) {
+        CSourceDataInfo info;
+        info.SetCommonInfo(c.path.c_str(), SCDeclareConstant::SFT_FIX);
+        const Faults::Scope fault(c.fault == EIO ? Faults::Call::Read : Faults::Call::Open, c.fault == 0 ? 99 : 1,
+                                  c.fault);
+        EXPECT_EQ(info.PrepareReadSourceData(false), c.expected) << c.title;
+        const char* data = nullptr;
+        DWORD length = 77;
+        EXPECT_TRUE(info.GetFixFileData(data, length)) << c.title;
+        EXPECT_EQ(length, 0U) << c.title;
+    }
+}
+
+TEST(FixReader, SplitsAtTheWidths) {
+    const struct {
+        const char* title;
+        SLayout layout;
+        std::string text;
+        const char* rows;
+    } cases[] = {
+        {"two columns", {{3, 3}}, "ABCDEF\r\n", "+2:ABC|DEF| end"},
+        {"the rest of the line is skipped", {{3, 3}}, "ABCDEFGH\r\n123456", "+2:ABC|DEF| more +2:123|456| end"},
+        {"a line end inside a column", {{3, 3}}, "AB\r\nCDEFGH\r\n", "+1:AB| more +2:CDE|FGH| end"},
+        {"blanks around and inside", {{3, 3, 3}}, " A DE A B\r\n", "+3:A|DE|A B| end"},
+        {"a TAB after content stays a space", {{4, 3}}, "A\tB \tC\t\r\n", "+2:A B|C | end"},
+        {"without line ends", {{3, 3}, false}, "ABCDEFGHIJKL", "+2:ABC|DEF| more +2:GHI|JKL| end"},
+        {"SUB ends the record after its column",
+         {{3, 3}},
+         "A\x1A"
+         "BCDEF\r\n",
+         "+1:A| more +2:BCD|EF| end"},
+        {"the last record lacks columns", {{2, 2, 2}}, "AB\r\nABC", "+2:AB|| more +3:AB|C|| end"},
+        {"more columns than fields", {{1, 1, 1}, true, '\r', '\n', 2}, "ABC\r\n", "+3:A|B| end"},
+        {"a field is cut before half a character",
+         {{4}, true, '\r', '\n', 2, 2},
+         "A\x83\x81"
+         "B\r\n",
+         "+1:A| end"},
+        {"no columns", {{}}, "ABC\r\n", "-0: more"},
+        {"a lone CR is dropped and counts", {{3}}, "A\rBC\r\n", "+1:AB| end"},
+    };
+    const CTempFolder folder;
+    for (const auto& c : cases) {
+        const std::string path = folder.WriteFile("a.txt", c.text);
+        const auto reader = OpenReader(c.layout, path);
+        ASSERT_TRUE(reader) << c.title;
+        std::string rows;
+        for (int i = 0; i < 2 && (i == 0 || reader->HasNextLineData()); ++i)
+            rows += (i == 0 ? "" : " ") + ReadRow(*reader, c.layout).Show();
+        if (c.layout.widths.empty())
+            rows.resize(std::string_view(c.rows).size());
+        EXPECT_EQ(rows, c.rows) << c.title;
+    }
+}
+
+TEST(FixReader, AgreesWithThePlainReader) {
+    const CTempFolder folder;
+    std::mt19937 random(20261124);
+    const std::string alphabet("ab \t\r\n\x1A\0\x83\x81", 10);
+    for (int round = 0; round < (Tests::isSanitized ? 500 : 2500); ++round) {
+        // Few blanks in every third text, so that rows also reach their last columns.
+        const std::size_t letters = round % 3 == 0 ? alphabet.size() : 6;
+        std::string text(random() % (round % 100 == 0 ? 130000 : 60), '\0');
+        for (char& c : text)
+            c = random() % 8 < 5 ? 'x' : alphabet[random() % letters];
+        SLayout layout{std::vector<WORD>(1 + random() % 4)};
+        for (WORD& width : layout.widths)
+            width = static_cast<WORD>(random() % 6);
+        layout.widths[0] = static_cast<WORD>(layout.widths[0] + 1);
+        layout.maxFields = static_cast<DWORD>(1 + random() % 4);
+        layout.maxField = static_cast<DWORD>(1 + random() % 6);
+        if (round % 4 == 1) {
+            layout.pre = '\n';
+            layout.post = '\0';
+        }
+        const std::string lineEnd = {layout.pre, layout.post};
+        layout.lineEnds =
+            text.substr(0, 12288).find(layout.post == 0 ? lineEnd.substr(0, 1) : lineEnd) != std::string::npos;
+        Compare(layout, folder.WriteFile("a.txt", text), text, "round " + std::to_string(round));
+        if (HasFatalFailure())
+            return;
+    }
+}
+
+TEST(FixReader, ColumnsMustFitTheLineBuffer) {
+    const CTempFolder folder;
+    const std::string path = folder.WriteFile("a.txt", std::string(200, 'x') + "\r\n");
+    const struct {
+        std::vector<WORD> widths;
+        DWORD maxLine;
+        bool fits;
+    } cases[] = {
+        {{5, 4}, 10, true},
+        {{5, 5}, 10, false},
+        {{10}, 10, true},
+        {{11}, 10, false},
+        {std::vector<WORD>(11), 10, true},
+        {std::vector<WORD>(12), 10, false},
+        {{65535}, 65535, true},
+        {{65535, 0}, 100000, false},
+        {{}, 0, true},
+    };
+    for (const auto& c : cases) {
+        const auto title = std::to_string(c.widths.size()) + " columns, line " + std::to_string(c.maxLine);
+        CSourceDataInfo info;
+        info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_FIX);
+        info.SetFixColLen(c.widths);
+        CFixDataAccess reader(4, c.maxLine, 255, &info);
+        EXPECT_EQ(reader.FileOpen(&info), c.fits) << title;
+        EXPECT_EQ(reader.GetErrorCode(), c.fits ? 0U : 87U) << title;
+        // Reading all the same stays inside the buffers, which the sanitizers watch.
+        const char** data = nullptr;
+        const WORD* lengths = nullptr;
+        DWORD count = 0;
+        EXPECT_EQ(reader.GetLineData(data, lengths, count) && count > 0, c.fits && !c.widths.empty()) << title;
+    }
+}
+
+TEST(FixReader, AFailedReadIsToldAndRowsAllocateNothing) {
+    const CTempFolder folder;
+    std::string text;
+    for (int row = 0; row < 20000; ++row)
+        text += "abc def" + std::to_string(row % 10) + "\r\n";
+    const SLayout layout{{4, 4}};
+    CSourceDataInfo info;
+    info.SetCommonInfo(folder.WriteFile("a.txt", text).c_str(), SCDeclareConstant::SFT_FIX);
+    info.PrepareReadSourceData(false);
+    info.SetFixColLen(layout.widths);
+    const auto failures = Faults::ForEachFailure(Faults::Call::Read, EIO, [&](std::size_t n) {
+        CFixDataAccess reader(layout.maxFields, 100, 100, &info);
+        EXPECT_EQ(reader.FileOpen(&info), n > 1);
+        bool failed = false;
+        for (int row = 0; n > 1 && !failed && reader.HasNextLineData(); ++row) {
+            const SRow read = ReadRow(reader, layout);
+            failed = reader.GetErrorCode() != 0;
+            // The refill behind a whole record may fail too; the record is then handed out and the code tells.
+            EXPECT_TRUE(read.result || failed) << n;
+            EXPECT_EQ(read.result ? read.Show().substr(0, 12) : "",
+                      read.result ? "+2:abc|def" + std::to_string(row % 10) + "|" : "")
+                << n;
+        }
+    });
+    EXPECT_EQ(failures, 5U);
+
+    CFixDataAccess reader(layout.maxFields, 100, 100, &info);
+    ASSERT_TRUE(reader.FileOpen(&info));
+    const char** data = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    DWORD rows = 0;
+    const Faults::Scope allocations(Faults::Call::Allocate, ~std::size_t{0}, 0);
+    while (reader.HasNextLineData() && reader.GetLineData(data, lengths, count))
+        ++rows;
+    EXPECT_EQ(allocations.Calls(), 0U);
+    EXPECT_EQ(rows, 20000U);
+}
+
+} // namespace

@@ -1,0 +1,186 @@
+// What the tests of the text readers share: the library's reader and the plain one side by side.
+#pragma once
+
+#include "CCsvDataAccess.h"
+#include "platform/CodePage.h"
+#include "text/ReferenceReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TQC_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TQC_TEST_SANITIZED 1
+#endif
+#endif
+
+namespace NSTQ::Tests {
+
+#if defined(TQC_TEST_SANITIZED)
+inline constexpr bool isSanitized = true;
+#else
+inline constexpr bool isSanitized = false;
+#endif
+
+/// Sets the code page for one test.
+class CAnsiPage {
+public:
+    explicit CAnsiPage(unsigned page) : m_saved(Platform::GetAnsiCodePage()) { Platform::SetAnsiCodePage(page); }
+    CAnsiPage(const CAnsiPage&) = delete;
+    CAnsiPage& operator=(const CAnsiPage&) = delete;
+    ~CAnsiPage() { Platform::SetAnsiCodePage(m_saved); }
+
+private:
+    unsigned m_saved;
+};
+
+/// The library's reader; it can also be filled without a file, which makes millions of inputs affordable.
+class CTestedReader : public NSTQCore::CCsvDataAccess {
+public:
+    explicit CTestedReader(const CSettings& settings)
+        : CCsvDataAccess(settings.maxFields, settings.maxLine, settings.maxField, settings.quoteNewLine),
+          m_settings(settings) {
+        SetSeparator(settings.separator);
+        SetDelimiter(settings.pre, settings.post);
+    }
+
+    /// Describes the file at the first call only, so that later ones make just the reader's own system calls.
+    bool Open(const std::string& path) {
+        if (path != m_path) {
+            m_path = path;
+            m_info.SetCommonInfo(path.c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
+            m_info.SetReadCharSet(CharSet());
+        }
+        return FileOpen(&m_info);
+    }
+
+    /// Stands as after the first fill of a file of these bytes; the open file, an empty one, serves the refills.
+    void Load(std::string_view bytes) {
+        bytes.copy(reinterpret_cast<char*>(m_pReadBuff.get()), bytes.size());
+        m_dwReadSize = static_cast<NSTQ::DWORD>(bytes.size());
+        m_dwReadBuffPos = 0;
+        m_llReadOffset = 0;
+        m_llFileSize = static_cast<NSTQ::LONGLONG>(bytes.size());
+        m_eCharSet = CharSet();
+    }
+
+    void Read(CRecord& record) {
+        Fetch(record, [&](auto& fields, auto& lengths, auto& count, auto& raw, auto& rawSize) {
+            return m_settings.raw ? GetLineData(fields, lengths, count, raw, rawSize)
+                                  : GetLineData(fields, lengths, count);
+        });
+    }
+
+    void ReadLine(NSTQ::DWORD line, CRecord& record) {
+        Fetch(record, [&](auto& fields, auto& lengths, auto& count, auto&, auto&) {
+            return GetSpecificLineData(line, fields, lengths, count);
+        });
+    }
+
+private:
+    NSTQCore::CSourceDataInfo::EReadCharSet CharSet() const {
+        return m_settings.utf8 ? NSTQCore::CSourceDataInfo::RCS_UTF8 : NSTQCore::CSourceDataInfo::RCS_ANSI;
+    }
+
+    template <class TCall>
+    void Fetch(CRecord& record, TCall call) {
+        const char** fields = nullptr;
+        const NSTQ::WORD* lengths = nullptr;
+        const char* raw = nullptr;
+        NSTQ::DWORD count = record.count, rawSize = 0;
+        record.result = call(fields, lengths, count, raw, rawSize);
+        record.count = count;
+        record.assigned = fields != nullptr;
+        record.fields.resize(record.assigned ? std::min(count, m_settings.maxFields) : 0);
+        for (std::size_t i = 0; i < record.fields.size(); ++i) {
+            record.fields[i].assign(fields[i], lengths[i]);
+            if (fields[i][lengths[i]] != '\0')
+                record.fields[i] += "<no NUL>";
+        }
+        record.raw.assign(raw == nullptr ? "" : raw, raw == nullptr ? 0 : rawSize);
+        record.hasNext = HasNextLineData();
+        record.position = GetReadPosition();
+        record.failedRead = GetErrorCode() != 0;
+    }
+
+    CSettings m_settings;
+    std::string m_path;
+    NSTQCore::CSourceDataInfo m_info;
+};
+
+inline std::string Escape(std::string_view text) {
+    std::string escaped;
+    for (const char byte : text.substr(0, 400)) {
+        char code[8];
+        std::snprintf(code, sizeof code, "\\x%02X", static_cast<unsigned char>(byte));
+        escaped += byte > ' ' && byte <= '~' ? std::string(1, byte) : code;
+    }
+    return escaped;
+}
+
+/// "true" or "false" and its count, then the fields, e.g. `+2:a|b`; an unassigned output shows as `(none)`.
+inline std::string Show(const CRecord& record) {
+    std::string text = (record.result ? "+" : "-") + std::to_string(record.count) + ':';
+    for (std::size_t i = 0; i < record.fields.size(); ++i)
+        text += (i == 0 ? "" : "|") + record.fields[i];
+    return record.assigned ? text : text + "(none)";
+}
+
+inline std::string ShowAll(const CRecord& record) {
+    return Escape(Show(record)) + " raw " + Escape(record.raw) + " next " + std::to_string(record.hasNext) +
+           " position " + std::to_string(record.position) + " failed read " + std::to_string(record.failedRead);
+}
+
+inline bool AreEqual(const CRecord& expected, const CRecord& actual) {
+    return expected.result == actual.result && expected.assigned == actual.assigned &&
+           expected.count == actual.count && expected.hasNext == actual.hasNext &&
+           expected.position == actual.position && expected.failedRead == actual.failedRead &&
+           expected.fields == actual.fields && (!expected.rawFits || expected.raw == actual.raw);
+}
+
+/// Reads both to the end and once more, at most `maxReads` times. False, with a message, at the first difference.
+inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedReader& tested, CReferenceReader& plain,
+                  std::size_t maxReads) {
+    static CRecord expected, actual;
+    bool isLast = false;
+    for (std::size_t read = 0; read < maxReads && !isLast; ++read) {
+        isLast = !plain.HasNext();
+        expected.count = actual.count = 77;
+        plain.Read(expected);
+        tested.Read(actual);
+        if (!AreEqual(expected, actual)) {
+            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8" : " ansi") << ", limits "
+                          << settings.maxFields << ' ' << settings.maxLine << ' ' << settings.maxField << ", page "
+                          << Platform::GetAnsiCodePage() << ", read " << read << " of " << bytes.size() << " bytes "
+                          << Escape(bytes) << "\nexpected " << ShowAll(expected) << "\nactual   " << ShowAll(actual);
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The variations that every input is read with.
+inline std::vector<CSettings> Variations(bool utf8) {
+    std::vector<CSettings> all(10);
+    all[1] = {.title = "raw", .raw = true};
+    all[2] = {.title = "quote-newline, raw", .quoteNewLine = true, .raw = true};
+    all[3] = {.title = "LF only", .pre = '\n', .post = 0};
+    all[4] = {.title = "CR only, quote-newline", .quoteNewLine = true, .pre = '\r', .post = 0};
+    all[5] = {.title = "TAB separator", .separator = '\t'};
+    all[6] = {.title = "tiny limits", .maxFields = 2, .maxLine = 4, .maxField = 2};
+    all[7] = {.title = "tinier limits, raw", .raw = true, .maxFields = 1, .maxLine = 3, .maxField = 1};
+    all[8] = {.title = "line end NUL SUB, short lines", .pre = '\0', .post = 0x1A, .maxLine = 2};
+    all[9] = {.title = "line end space TAB, nothing stored", .pre = ' ', .post = '\t', .maxFields = 0, .maxField = 0};
+    for (CSettings& settings : all)
+        settings.utf8 = utf8;
+    return all;
+}
+
+} // namespace NSTQ::Tests
