@@ -1,0 +1,38 @@
+#include "CReporter.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace NSTQ::Tool {
+namespace {
+
+constexpr std::uint64_t REPORTS_MAX = 10;
+
+} // namespace
+
+CReporter::CReporter(std::string strFile, bool bQuiet, bool bProgress)
+    : m_strFile(std::move(strFile)), m_bQuiet(bQuiet), m_bar(bProgress && !bQuiet) {}
+
+void CReporter::ReportRow(std::uint64_t ullRow, const std::string& what) {
+    if (++m_ullReports > REPORTS_MAX || m_bQuiet)
+        return;
+    m_bar.Clear();
+    Print(m_strFile + ": row " + std::to_string(ullRow) + ": " + what);
+}
+
+void CReporter::Finish() {
+    m_bar.Clear();
+    if (m_ullReports > REPORTS_MAX && !m_bQuiet)
+        Print(m_strFile + ": " + std::to_string(m_ullReports - REPORTS_MAX) +
+              " more rows were cut or left out; the first ones are reported above");
+}
+
+void CReporter::Print(std::string_view message) {
+    std::string line = "tqc: " + std::string(message);
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    line += '\n';
+    std::fputs(line.c_str(), stderr);
+}
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,35 @@
+// What the program says on standard error while it converts one source.
+#pragma once
+
+#include "CProgressBar.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace NSTQ::Tool {
+
+class CReporter {
+public:
+    /// `bQuiet` leaves out everything here; failures are not reported here.
+    CReporter(std::string strFile, bool bQuiet, bool bProgress);
+
+    /// A row that was cut or left out. After the first ten only their number is kept.
+    void ReportRow(std::uint64_t ullRow, const std::string& what);
+    /// Says how many reports were kept back.
+    void Finish();
+    bool HasLostRows() const { return m_ullReports > 0; }
+
+    CProgressBar& Progress() { return m_bar; }
+
+    /// Writes "tqc: MESSAGE". Control bytes, which a file name may have, become '?'.
+    static void Print(std::string_view message);
+
+private:
+    std::string m_strFile;
+    bool m_bQuiet;
+    CProgressBar m_bar;
+    std::uint64_t m_ullReports = 0;
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,119 @@
+#include "CRowPump.h"
+
+#include "CFailure.h"
+#include "SCErrorText.h"
+#include "platform/CodePage.h"
+
+#include <algorithm>
+
+namespace NSTQ::Tool {
+
+CRowPump::CRowPump(const SOptions& options, CSourceReader& reader, COutputFile& output, CReporter& reporter)
+    : m_options(options), m_reader(reader), m_output(output), m_reporter(reporter) {}
+
+void CRowPump::Run() {
+    while (m_ullWritten < m_options.ullLimit && m_reader.HasNextLineData()) {
+        const EOutcome outcome = ReadRow();
+        if (outcome == RO_END)
+            break;
+        m_reporter.Progress().Show(m_reader.GetReadPosition());
+        if (!TakeRow(outcome))
+            return;
+    }
+}
+
+CRowPump::EOutcome CRowPump::ReadRow() {
+    const bool complete = ReadRecord();
+    if (m_llRecordSize == 0) {
+        if (m_reader.HasNextLineData())
+            throw CFailure(ES_UNSUPPORTED, m_options.strFile, "the file became shorter while it was read; try again");
+        return RO_END;
+    }
+    if (m_ppFields == nullptr) {
+        SkipRestOfRow();
+        return RO_TOO_LONG;
+    }
+    if (!complete)
+        return RO_EOF_MARK;
+    if (m_dwCount > 0)
+        return RO_ROW;
+    // No fields: in the code page that is the end; in UTF-8 an empty row, or one that its conversion made too long.
+    if (m_reader.GetCharSet() == CSourceDataInfo::RCS_ANSI)
+        return RO_END;
+    if (m_llRecordSize >= m_options.dwMaxLineSize)
+        return RO_TOO_LONG;
+    return m_reader.HasNextLineData() ? RO_ROW : RO_END;
+}
+
+/// Reads one record; `m_ppFields` stays null when the line limit stopped it. The reader's result.
+bool CRowPump::ReadRecord() {
+    m_ppFields = nullptr;
+    const LONGLONG start = m_reader.GetBytePosition();
+    const bool complete = m_reader.GetLineData(m_ppFields, m_pLengths, m_dwCount);
+    if (const DWORD code = m_reader.GetErrorCode(); code != 0)
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
+                       "cannot be read further after row " + std::to_string(m_ullRow) + ": " +
+                           SCErrorText::OfLibrary(code));
+    m_llRecordSize = m_reader.GetBytePosition() - start;
+    return complete;
+}
+
+void CRowPump::SkipRestOfRow() {
+    while (m_ppFields == nullptr && m_llRecordSize > 0)
+        ReadRecord();
+}
+
+/// Numbers the row, writes it when it is wanted, and reports it. False when nobody reads the output any more.
+bool CRowPump::TakeRow(EOutcome outcome) {
+    const bool isEmptyMark = outcome == RO_EOF_MARK && m_dwCount == 0;
+    const std::uint64_t row = m_ullRow + 1;
+    // A mark alone is no row: what follows it is the one that it stands before.
+    if (!isEmptyMark)
+        m_ullRow = row;
+    if (row <= m_options.ullSkip)
+        return true;
+    m_strNote.clear();
+    if (outcome == RO_TOO_LONG)
+        AddNote(
+            "left out: " + std::to_string(m_options.dwMaxLineSize) + " bytes or more" +
+            (m_options.dwMaxLineSize < LIMIT_MAX ? "; try a greater --max-line-size" : ", the most there can be"));
+    else if (outcome == RO_EOF_MARK)
+        AddNote(isEmptyMark ? "an end-of-file mark (1A) stands before it; dropped"
+                            : "ended by an end-of-file mark (1A); what follows is the next row");
+    const bool goOn = outcome == RO_TOO_LONG || isEmptyMark || WriteRow();
+    if (!m_strNote.empty())
+        m_reporter.ReportRow(row, m_strNote);
+    return goOn;
+}
+
+bool CRowPump::WriteRow() {
+    const DWORD count = std::min(m_dwCount, m_options.dwMaxFields);
+    if (m_dwCount > count)
+        AddNote("more than " + std::to_string(count) + " fields, the others cut off; try a greater --max-fields");
+    if (m_options.dwMaxFieldSize < LIMIT_MAX)
+        CutLengths(count);
+    ++m_ullWritten;
+    return m_output.WriteRow(m_ppFields, m_pLengths, count);
+}
+
+/// Puts lengths within the field limit in place of the reader's when one is above it.
+void CRowPump::CutLengths(DWORD dwCount) {
+    const WORD* const end = m_pLengths + dwCount;
+    const WORD* const first =
+        std::find_if(m_pLengths, end, [this](WORD length) { return length > m_options.dwMaxFieldSize; });
+    if (first == end)
+        return;
+    AddNote("field " + std::to_string(first - m_pLengths + 1) + " has " + std::to_string(*first) +
+            " bytes, cut; try a greater --max-field-size");
+    m_vecCutLengths.assign(m_pLengths, end);
+    for (DWORD i = 0; i < dwCount; ++i)
+        m_vecCutLengths[i] =
+            static_cast<WORD>(Platform::KeptTextLength(m_ppFields[i], m_pLengths[i], m_options.dwMaxFieldSize));
+    m_pLengths = m_vecCutLengths.data();
+}
+
+void CRowPump::AddNote(const std::string& note) {
+    m_strNote += (m_strNote.empty() ? "" : "; ") + note;
+}
+
+} // namespace NSTQ::Tool

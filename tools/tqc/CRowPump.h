@@ -1,0 +1,63 @@
+// Takes the rows of a source to the output and reports those that do not get there whole.
+//
+// Row numbers count the rows of the source from 1, those left out included.
+//
+// A row over the line limit is left out: its reader stops inside it, so what is left of it is read and thrown away.
+// That reader has forgotten whether it stood inside quotes; with line ends allowed in quotes the rest of such a row
+// may therefore be taken for more or fewer rows than it is.
+//
+// An empty last line of UTF-8 text that is converted is no row, because its reader does not tell it from the end.
+#pragma once
+
+#include "COutputFile.h"
+#include "CReporter.h"
+#include "CSourceReader.h"
+#include "SOptions.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+class CRowPump {
+public:
+    /// All four must outlive the pump.
+    CRowPump(const SOptions& options, CSourceReader& reader, COutputFile& output, CReporter& reporter);
+
+    /// Runs to the end of the source, the wanted number of rows or the end of a pipe. Throws CFailure.
+    void Run();
+
+private:
+    enum EOutcome {
+        RO_ROW,
+        RO_EOF_MARK, ///< a row, or none, that an end-of-file mark ended before the file's end
+        RO_TOO_LONG,
+        RO_END
+    };
+
+    EOutcome ReadRow();
+    bool ReadRecord();
+    void SkipRestOfRow();
+    bool TakeRow(EOutcome outcome);
+    bool WriteRow();
+    void CutLengths(DWORD dwCount);
+    void AddNote(const std::string& note);
+
+    const SOptions& m_options;
+    CSourceReader& m_reader;
+    COutputFile& m_output;
+    CReporter& m_reporter;
+
+    const char** m_ppFields = nullptr;
+    const WORD* m_pLengths = nullptr;
+    DWORD m_dwCount = 0;
+    LONGLONG m_llRecordSize = 0; ///< bytes of the file that the last record read took
+
+    std::uint64_t m_ullRow = 0; ///< the row in hand
+    std::uint64_t m_ullWritten = 0;
+    std::vector<WORD> m_vecCutLengths;
+    std::string m_strNote; ///< what is to be reported about the row in hand
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,78 @@
+#include "SCCodePageNames.h"
+
+#include "platform/CodePage.h"
+
+#include <cstdlib>
+
+namespace NSTQ::Tool {
+namespace {
+
+struct SPageName {
+    unsigned codePage;
+    const char* name;
+};
+
+/// The first name of a page is the one that is shown. Sets that are part of a page (EUC-KR, GB2312) stand for it.
+constexpr SPageName PAGE_NAMES[] = {
+    {932, "shift_jis"}, {932, "sjis"},  {932, "cp932"},   {932, "932"},         {932, "windows-31j"},
+    {1252, "cp1252"},   {1252, "1252"}, {1252, "latin1"}, {1252, "iso-8859-1"}, {1252, "windows-1252"},
+    {936, "gbk"},       {936, "cp936"}, {936, "936"},     {936, "gb2312"},      {936, "euc-cn"},
+    {949, "cp949"},     {949, "949"},   {949, "euc-kr"},  {949, "uhc"},         {950, "big5"},
+    {950, "cp950"},     {950, "950"},   {65001, "utf-8"}, {65001, "65001"},     {65001, "cp65001"},
+};
+
+std::string Simplify(std::string_view name) {
+    std::string simple;
+    for (const char c : name)
+        if (c != '-' && c != '_')
+            simple += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return simple;
+}
+
+/// "ja_JP.SJIS@modifier" has the character set "SJIS".
+std::string_view CharacterSetOf(std::string_view locale) {
+    const std::size_t dot = locale.find('.');
+    if (dot == std::string_view::npos)
+        return {};
+    const std::string_view rest = locale.substr(dot + 1);
+    return rest.substr(0, rest.find('@'));
+}
+
+} // namespace
+
+std::optional<unsigned> SCCodePageNames::Find(std::string_view name) {
+    const std::string simple = Simplify(name);
+    for (const SPageName& page : PAGE_NAMES)
+        if (simple == Simplify(page.name))
+            return page.codePage;
+    return std::nullopt;
+}
+
+unsigned SCCodePageNames::OfLocale() {
+    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* const value = std::getenv(variable);
+        if (value != nullptr && *value != '\0')
+            return Find(CharacterSetOf(value)).value_or(Platform::CP_UTF8);
+    }
+    return Platform::CP_UTF8;
+}
+
+std::string SCCodePageNames::Describe(unsigned codePage) {
+    for (const SPageName& page : PAGE_NAMES)
+        if (page.codePage == codePage)
+            return std::to_string(codePage) + " (" + page.name + ")";
+    return std::to_string(codePage);
+}
+
+std::string SCCodePageNames::Allowed() {
+    std::string allowed;
+    unsigned last = 0;
+    for (const SPageName& page : PAGE_NAMES) {
+        if (page.codePage != last)
+            allowed += (allowed.empty() ? "" : ", ") + Describe(page.codePage);
+        last = page.codePage;
+    }
+    return allowed;
+}
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,40 @@
+#include "SCErrorText.h"
+
+#include <system_error>
+
+namespace NSTQ::Tool {
+namespace {
+
+struct SErrorText {
+    DWORD code;
+    const char* text;
+};
+
+constexpr SErrorText ERROR_TEXTS[] = {
+    {2, "no such file"},
+    {3, "no such folder"},
+    {5, "access denied"},
+    {6, "it is not open"},
+    {19, "the file system is read-only"},
+    {32, "another program holds it"},
+    {50, "not a file that can be read"},
+    {SCErrorText::CODE_BROKEN_PIPE, "its reader went away"},
+    {112, "no space left on the device"},
+    {206, "the name is too long"},
+    {1117, "the device failed"},
+};
+
+} // namespace
+
+std::string SCErrorText::OfLibrary(DWORD code) {
+    for (const SErrorText& entry : ERROR_TEXTS)
+        if (entry.code == code)
+            return entry.text;
+    return "system error " + std::to_string(code);
+}
+
+std::string SCErrorText::OfSystem(int error) {
+    return std::generic_category().message(error);
+}
+
+} // namespace NSTQ::Tool

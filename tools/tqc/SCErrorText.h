@@ -1,0 +1,19 @@
+// Words for the error codes that the library hands out and for those of the system.
+#pragma once
+
+#include "platform/Types.h"
+
+#include <string>
+
+namespace NSTQ::Tool {
+
+class SCErrorText {
+public:
+    static constexpr DWORD CODE_BROKEN_PIPE = 109;
+
+    static std::string OfLibrary(DWORD code);
+    /// `error` is an errno value.
+    static std::string OfSystem(int error);
+};
+
+} // namespace NSTQ::Tool

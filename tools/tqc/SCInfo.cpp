@@ -1,0 +1,54 @@
+#include "SCInfo.h"
+
+#include "CFailure.h"
+#include "CSource.h"
+#include "SCErrorText.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+namespace NSTQ::Tool {
+namespace {
+
+std::string DescribeTime(const FILETIME& time) {
+    constexpr LONGLONG stepsPerSecond = 10'000'000;
+    constexpr LONGLONG secondsFrom1601To1970 = 11'644'473'600;
+    const auto steps = static_cast<LONGLONG>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
+    if (steps == 0)
+        return "unknown";
+    const auto seconds = static_cast<std::time_t>(steps / stepsPerSecond - secondsFrom1601To1970);
+    std::tm local{};
+    char text[64] = "unknown";
+    if (::localtime_r(&seconds, &local) != nullptr)
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &local);
+    return text;
+}
+
+const char* DescribeLineEnd(const SLineEnd& lineEnd) {
+    if (lineEnd.cPost != 0)
+        return "CR LF";
+    return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? "LF" : "CR";
+}
+
+bool IsText(SCDeclareConstant::ESourceFileType type) {
+    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
+           type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
+}
+
+} // namespace
+
+void SCInfo::Show(const SOptions& options) {
+    const CSource source(options);
+    std::printf("Type:          %s\n", CSource::DescribeType(source.Type()).c_str());
+    std::printf("Size:          %lld bytes\n", static_cast<long long>(source.Size()));
+    std::printf("Updated:       %s\n", DescribeTime(source.UpdateTime()).c_str());
+    if (IsText(source.Type())) {
+        std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
+        std::printf("Line end:      %s\n", DescribeLineEnd(source.LineEnd()));
+    }
+    if (std::fflush(stdout) != 0 && errno != EPIPE)
+        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
+}
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,14 @@
+// "tqc info": what a file is taken for, on standard output.
+#pragma once
+
+#include "SOptions.h"
+
+namespace NSTQ::Tool {
+
+class SCInfo {
+public:
+    /// Throws CFailure.
+    static void Show(const SOptions& options);
+};
+
+} // namespace NSTQ::Tool

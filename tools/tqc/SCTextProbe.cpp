@@ -1,0 +1,79 @@
+#include "SCTextProbe.h"
+
+#include "platform/CodePage.h"
+
+#include <vector>
+
+namespace NSTQ::Tool {
+namespace {
+
+constexpr char CR = SCDataAccessDefine::CR_CODE;
+constexpr char LF = SCDataAccessDefine::LF_CODE;
+
+template <std::size_t size>
+std::string_view View(const unsigned char (&mark)[size]) {
+    return {reinterpret_cast<const char*>(mark), size};
+}
+
+/// The first LF outside quotes. A quote opens a quoted part only where a field begins; a doubled one opens it anew.
+std::size_t FindUnquotedLineFeed(std::string_view head, char cSeparator) {
+    constexpr std::string_view starters = ",\t \r\n\"";
+    bool quoted = false;
+    bool atStart = true;
+    for (std::size_t i = SCTextProbe::HasUtf8Mark(head) ? 3 : 0; i < head.size(); ++i) {
+        const char c = head[i];
+        if (c == LF && !quoted)
+            return i;
+        if (c == SCDataAccessDefine::DOUBLE_QUOTATION)
+            quoted = !quoted && atStart;
+        atStart = c == cSeparator || starters.find(c) != std::string_view::npos;
+    }
+    return std::string_view::npos;
+}
+
+} // namespace
+
+SLineEnd SCTextProbe::FindLineEnd(std::string_view head, char cSeparator) {
+    std::size_t lineFeed = FindUnquotedLineFeed(head, cSeparator);
+    if (lineFeed == std::string_view::npos)
+        lineFeed = head.find(LF);
+    if (lineFeed != std::string_view::npos)
+        return lineFeed > 0 && head[lineFeed - 1] == CR ? SLineEnd{CR, LF} : SLineEnd{LF, 0};
+    // By LF alone CR LF is read as well, since the readers drop a CR that ends nothing.
+    return head.find(CR) != std::string_view::npos ? SLineEnd{CR, 0} : SLineEnd{LF, 0};
+}
+
+SCDeclareConstant::ESourceFileType SCTextProbe::FindType(std::string_view head, const SLineEnd& lineEnd) {
+    const char end[] = {lineEnd.cPre, lineEnd.cPost};
+    const std::string_view line = head.substr(0, head.find(std::string_view(end, lineEnd.cPost == 0 ? 1 : 2)));
+    if (line.find(SCDataAccessDefine::TAB_CODE) != std::string_view::npos)
+        return SCDeclareConstant::SFT_TXT;
+    if (line.find(SCDataAccessDefine::CAMMA_CODE) != std::string_view::npos)
+        return SCDeclareConstant::SFT_CSV;
+    return SCDeclareConstant::SFT_UNKNOWN;
+}
+
+bool SCTextProbe::HasUtf8Mark(std::string_view head) {
+    return head.starts_with(View(SCDataAccessDefine::BOM_UTF8));
+}
+
+bool SCTextProbe::HasUtf16Mark(std::string_view head) {
+    return head.starts_with(View(SCDataAccessDefine::BOM_UTF16LE)) ||
+           head.starts_with(View(SCDataAccessDefine::BOM_UTF16BE));
+}
+
+bool SCTextProbe::IsUtf8(std::string_view head) {
+    // The head may end inside a character, a line does not.
+    const std::string_view lines = head.substr(0, head.find_last_of("\r\n"));
+    if (lines.empty())
+        return true;
+    std::vector<WCHAR> wide(lines.size());
+    const int length = static_cast<int>(lines.size());
+    const int units = Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, lines.data(), length, wide.data(), length);
+    std::string back(lines.size() * 3, '\0');
+    const int size = Platform::WideCharToMultiByte(Platform::CP_UTF8, 0, wide.data(), units, back.data(),
+                                                   static_cast<int>(back.size()), nullptr, nullptr);
+    return std::string_view(back).substr(0, static_cast<std::size_t>(size)) == lines;
+}
+
+} // namespace NSTQ::Tool

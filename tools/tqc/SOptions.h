@@ -1,0 +1,51 @@
+// What the command line asks for, checked.
+#pragma once
+
+#include "CSourceDataInfo.h"
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+
+namespace NSTQ::Tool {
+
+using NSTQCore::CSourceDataInfo;
+using NSTQCore::SCDataAccessDefine;
+using NSTQCore::SCDeclareConstant;
+
+/// The two bytes of a line end; the second one is 0 when there is only one.
+struct SLineEnd {
+    char cPre = SCDataAccessDefine::CR_CODE;
+    char cPost = SCDataAccessDefine::LF_CODE;
+};
+
+/// The most that lengths of 16 bits allow; also the defaults.
+inline constexpr DWORD LIMIT_MAX = 65535;
+
+struct SOptions {
+    enum ECommand { CMD_CONVERT, CMD_INFO };
+
+    ECommand eCommand = CMD_CONVERT;
+    std::string strFile;
+    std::string strOutput; ///< empty for standard output
+
+    std::optional<SCDeclareConstant::ESourceFileType> type;
+    std::optional<char> separator;
+    std::optional<SLineEnd> lineEnd;
+    CSourceDataInfo::EReadCharSet eCharSet = CSourceDataInfo::RCS_AUTO;
+    unsigned uCodePage = 0;
+    bool bQuoteNewLine = false;
+
+    DWORD dwMaxFields = LIMIT_MAX;
+    DWORD dwMaxLineSize = LIMIT_MAX;
+    DWORD dwMaxFieldSize = LIMIT_MAX;
+    std::uint64_t ullSkip = 0;
+    std::uint64_t ullLimit = std::numeric_limits<std::uint64_t>::max();
+
+    char cOutputSeparator = SCDataAccessDefine::CAMMA_CODE;
+    SLineEnd outputLineEnd;
+    bool bQuiet = false;
+};
+
+} // namespace NSTQ::Tool
