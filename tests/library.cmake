@@ -1,4 +1,7 @@
 tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
+if(TQC_WITH_ZIP)
+  target_sources(sourceinfo_test PRIVATE sourceinfo/PackagePreparationTest.cpp support/ZipWriter.cpp)
+endif()
 tqc_add_test(output_test output/CsvOutPutTest.cpp)
 tqc_add_test(framework_test framework/FacadeTest.cpp)
 tqc_add_test(fixed_text_test text/FixDataAccessTest.cpp)

@@ -1,0 +1,156 @@
+// From a package to its rows, and the removal of the folder that it was unpacked into.
+#include "CCsvDataAccess.h"
+#include "CSourceDataInfo.h"
+#include "support/Faults.h"
+#include "support/TempFolder.h"
+#include "support/ZipWriter.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+using NSTQ::Tests::CTempFolder;
+namespace Faults = NSTQ::Tests::Faults;
+namespace fs = std::filesystem;
+
+class Package : public testing::Test {
+protected:
+    CTempFolder m_folder;
+    std::unique_ptr<CSourceDataInfo> m_info = std::make_unique<CSourceDataInfo>();
+
+    void SetUp() override { ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1); }
+    void TearDown() override { ::unsetenv("TMPDIR"); }
+
+    CSourceDataInfo::ESourceDataOpen Prepare(const std::string& archive = DataArchive()) {
+        EXPECT_TRUE(
+            m_info->SetCommonInfo(m_folder.WriteFile("a.xtqf", archive).c_str(), SCDeclareConstant::SFT_UNKNOWN));
+        return m_info->PrepareReadSourceData(false);
+    }
+    static std::string DataArchive() {
+        return Tests::MakeZip(
+            {{.name = "TqData\\SourceFile.csv", .content = "a,b\r\n"}, {.name = "other/x", .content = ""}});
+    }
+    std::string Unpacked() const { return m_info->GetUncompressFolderPath(); }
+};
+
+TEST_F(Package, ItsDataFileIsReadAndItsFolderGoesWithTheRecord) {
+    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+    const std::string unpacked = Unpacked();
+    struct stat status {};
+    ASSERT_EQ(::stat(unpacked.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0700U);
+    const char* path = nullptr;
+    ASSERT_TRUE(m_info->GetFilePath(path));
+    EXPECT_EQ(path, unpacked + "\\TqData\\SourceFile.csv");
+
+    CCsvDataAccess reader(4, 100, 100);
+    ASSERT_TRUE(reader.FileOpen(m_info.get()));
+    const char** data = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    ASSERT_TRUE(reader.GetLineData(data, lengths, count));
+    EXPECT_STREQ(data[1], "b");
+
+    m_info.reset();
+    EXPECT_FALSE(fs::exists(unpacked));
+}
+
+TEST_F(Package, RemovalStaysInsideTheFolder) {
+    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+    const std::string unpacked = Unpacked();
+    m_folder.WriteFile("victim", "kept");
+    m_folder.MakeFolder("tmp/victims");
+    m_folder.WriteFile("tmp/victims/victim", "kept");
+    fs::create_symlink(m_folder.Path("victim"), unpacked + "/link");
+    fs::create_directory_symlink(m_folder.Path("tmp/victims"), unpacked + "/folder-link");
+    // One name each, however it looks: with separators of the other kind, not in the code page, with a best fit.
+    for (const char* name : {"..\\..\\victim", "victim\\victim", "caf\xC3\xA9", "\xC2\xA5",
+                             "\x01"
+                             "5C",
+                             "\xFF"})
+        std::ofstream(unpacked + '/' + name) << "x";
+    fs::create_directories(unpacked + "/\xE8\xA1\xA8/deep/er");
+    std::ofstream(unpacked + "/\xE8\xA1\xA8/deep/er/file") << "x";
+
+    m_info.reset();
+    EXPECT_FALSE(fs::exists(fs::symlink_status(unpacked)));
+    EXPECT_EQ(m_folder.ReadFile("victim"), "kept");
+    EXPECT_EQ(m_folder.ReadFile("tmp/victims/victim"), "kept");
+}
+
+TEST_F(Package, AFolderThatBecameALinkIsNotEntered) {
+    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+    const std::string unpacked = Unpacked();
+    fs::rename(unpacked, unpacked + "-moved");
+    fs::create_directory_symlink(unpacked + "-moved", unpacked);
+    m_info.reset();
+    EXPECT_TRUE(fs::exists(unpacked + "-moved/TqData/SourceFile.csv"));
+}
+
+TEST_F(Package, AReadOnlyFileStaysWithItsFolders) {
+    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+    const std::string unpacked = Unpacked();
+    ::chmod((unpacked + "/TqData/SourceFile.csv").c_str(), 0400);
+    m_info.reset();
+    EXPECT_TRUE(fs::exists(unpacked + "/TqData/SourceFile.csv"));
+    EXPECT_FALSE(fs::exists(unpacked + "/other"));
+}
+
+TEST_F(Package, ASecondPreparationAndACloneNameOneFolderEach) {
+    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+    const std::string first = Unpacked();
+    ASSERT_EQ(m_info->PrepareReadSourceData(false), CSourceDataInfo::SDO_PACKAGE);
+    const std::string second = Unpacked();
+    EXPECT_NE(first, second);
+    std::unique_ptr<CSourceDataInfo> clone(m_info->CreateClone());
+    EXPECT_EQ(clone->GetUncompressFolderPath(), second);
+    clone.reset();
+    EXPECT_FALSE(fs::exists(second));
+    m_info.reset();
+    EXPECT_TRUE(fs::exists(first));
+}
+
+TEST_F(Package, FailuresHaveTheirResults) {
+    EXPECT_EQ(Prepare("no archive"), CSourceDataInfo::SDO_PASSWORD_ERROR);
+    EXPECT_FALSE(m_info->GetIsNeedPassWord());
+    const char* path = nullptr;
+    EXPECT_FALSE(m_info->GetFilePath(path));
+
+    ::setenv("TMPDIR", m_folder.MakeFolder("tmp/" + std::string(120, 'd') + "/" + std::string(90, 'e')).c_str(), 1);
+    const auto tooDeep = Prepare();
+    EXPECT_TRUE(tooDeep == CSourceDataInfo::SDO_FAILED || tooDeep == CSourceDataInfo::SDO_TMPFILE_ERROR) << tooDeep;
+
+    ::setenv("TMPDIR", m_folder.Path("tmp").c_str(), 1);
+    {
+        const Faults::Scope full(Faults::Call::MakeFolder, 1, ENOSPC, Faults::Times::Always);
+        EXPECT_EQ(Prepare(), CSourceDataInfo::SDO_TMPFILE_ERROR);
+    }
+    const auto failures = Faults::ForEachFailure(Faults::Call::Allocate, 0, [&](std::size_t) {
+        const auto result = m_info->PrepareReadSourceData(false);
+        EXPECT_TRUE(result == CSourceDataInfo::SDO_EXCEPTION || result == CSourceDataInfo::SDO_PASSWORD_ERROR ||
+                    result == CSourceDataInfo::SDO_TMPFILE_ERROR || result == CSourceDataInfo::SDO_PACKAGE)
+            << result;
+    });
+    EXPECT_GT(failures, 3U);
+}
+
+TEST(PassWord, TooLongOrNoneKeepsTheOldOne) {
+    CSourceDataInfo info;
+    EXPECT_TRUE(info.SetPassWordString(std::string(259, 'p').c_str()));
+    EXPECT_FALSE(info.SetPassWordString(std::string(260, 'q').c_str()));
+    EXPECT_FALSE(info.SetPassWordString(nullptr));
+    EXPECT_EQ(info.GetPassWordString(), std::string(259, 'p'));
+    EXPECT_TRUE(info.SetPassWordString(""));
+    EXPECT_STREQ(info.GetPassWordString(), "");
+    info.SetPassWordString("x");
+    info.SetCommonInfo("/no/a.csv", SCDeclareConstant::SFT_UNKNOWN);
+    EXPECT_STREQ(info.GetPassWordString(), "");
+}
+
+} // namespace
