@@ -23,8 +23,9 @@ bench:
 
 check:
 	scripts/install_packages build check
-	cmake --preset dev
-	scripts/check build/dev
+	cmake --preset check
+	cmake --build --preset check --parallel $(JOBS)
+	scripts/check build/check
 
 asan:
 	scripts/install_packages build

@@ -92,7 +92,7 @@ protected:
     bool IsPreNewLine();
     /// True when the post-delimiter is 0, or is the next byte, which is then consumed.
     bool IsPostNewLine();
-    /// Compares as signed characters, which is why no delimiter of 0x80 or above matches.
+    /// A byte of 0x80 or above is no delimiter, whatever is set.
     bool IsPreDelimiter(unsigned char cByte) const;
     bool IsPostDelimiter(unsigned char cByte) const;
     char GetPreDelimiter();

@@ -214,11 +214,11 @@ char VCTextFileOperater::GetSrcDataWord() {
 }
 
 bool VCTextFileOperater::IsPreDelimiter(unsigned char cByte) const {
-    return static_cast<signed char>(m_cPreDelimiter) == static_cast<int>(cByte);
+    return cByte < 0x80 && static_cast<char>(cByte) == m_cPreDelimiter;
 }
 
 bool VCTextFileOperater::IsPostDelimiter(unsigned char cByte) const {
-    return static_cast<signed char>(m_cPostDelimiter) == static_cast<int>(cByte);
+    return cByte < 0x80 && static_cast<char>(cByte) == m_cPostDelimiter;
 }
 
 bool VCTextFileOperater::IsPreNewLine() {
