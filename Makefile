@@ -17,7 +17,7 @@ test:
 
 bench:
 	scripts/install_packages build bench
-	cmake --preset release -DTQC_BUILD_BENCH=ON
+	cmake --preset release -DTQC_BUILD_BENCH=ON -DTQC_BENCH_SIZE=$${SIZE:-256000000}
 	cmake --build --preset release --parallel $(JOBS) --target bench_files
 	cmake --build --preset release --parallel $(JOBS) --target run_benchmarks
 

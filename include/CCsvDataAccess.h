@@ -53,31 +53,20 @@ public:
                      DWORD& dwRecordSize);
 
 private:
-    struct SRecordState;
-    struct SCollectState;
+    class CRecordScan;
+    class CRecordCollector;
 
     bool _GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord, const char*& pRecord,
                       DWORD& dwRecordSize);
     bool _GetLineDataWithConvert(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord,
                                  const char*& pRecord, DWORD& dwRecordSize);
     bool _GetRecordData(unsigned char* pBuff, DWORD* pdwSize);
-    bool _IsEndofRecord(unsigned char c, bool* pbNeedMore);
     void _Initial(DWORD dwSize, bool bQuoteNewLine);
     bool OnReread() override;
 
     void _StartRecord(bool bKeepRecord);
     bool _FinishRecord(bool bResult, const char**& ppData, const WORD*& pLen, const char*& pRecord,
                        DWORD& dwRecordSize);
-    bool _IsNextByte(char c);
-    bool _ReadField(SRecordState& state);
-    void _SkipLeadingBlanks(SRecordState& state);
-    void _ReadQuotedPart(SRecordState& state);
-    void _ReadUnquotedPart(SRecordState& state);
-    void _StoreRun(SRecordState& state, char cStop);
-    void _StoreByte(SRecordState& state, char c);
-    void _StoreField(SRecordState& state, DWORD dwField);
-    void _CollectRun(SCollectState& state);
-    bool _CollectNext(SCollectState& state);
     std::size_t _ConvertRecord(unsigned char* pText, std::size_t size) const;
     void _SplitRecord(std::size_t size, DWORD& dwCount);
 

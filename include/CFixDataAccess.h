@@ -37,12 +37,8 @@ public:
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
 
 private:
-    struct SRecordState;
-
     bool _FitsLineBuffer() const;
-    void _ReadColumn(SRecordState& state, DWORD dwWidth);
-    void _StoreColumn(SRecordState& state, DWORD dwColumn);
-    bool _FinishRecord(const SRecordState& state);
+    bool _FinishRecord(bool bStored, bool bEnded);
 
     DWORD m_dwFieldSizeLimit;
     DWORD m_dwLineSizeLimit;

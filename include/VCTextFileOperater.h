@@ -13,6 +13,7 @@
 
 #include "CSourceDataInfo.h"
 #include "IDataAccess.h"
+#include "platform/CodePage.h"
 
 #include <cstddef>
 #include <memory>
@@ -67,6 +68,19 @@ protected:
     VCTextFileOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
     ~VCTextFileOperater() override;
 
+    /// The read position as pointers; see src/text/CFillCursor.h.
+    class CFillCursor;
+    struct SFill {
+        const unsigned char* pNext;
+        const unsigned char* pEnd;
+    };
+    SFill GetFill() const { return {m_pReadBuff.get() + m_dwReadBuffPos, m_pReadBuff.get() + m_dwReadSize}; }
+    /// From the end of the fill, `pNext`, on to what HasNextRecordByte brings; empty when that is nothing.
+    SFill GetNextFill(const unsigned char* pNext);
+    void SetReadPosition(const unsigned char* pNext) {
+        m_dwReadBuffPos = static_cast<DWORD>(pNext - m_pReadBuff.get());
+    }
+
     /// Called before every refill, while the buffer still holds the old fill.
     virtual bool OnReread();
 
@@ -93,8 +107,12 @@ protected:
     /// True when the post-delimiter is 0, or is the next byte, which is then consumed.
     bool IsPostNewLine();
     /// A byte of 0x80 or above is no delimiter, whatever is set.
-    bool IsPreDelimiter(unsigned char cByte) const;
-    bool IsPostDelimiter(unsigned char cByte) const;
+    bool IsPreDelimiter(unsigned char cByte) const {
+        return cByte < 0x80 && static_cast<char>(cByte) == m_cPreDelimiter;
+    }
+    bool IsPostDelimiter(unsigned char cByte) const {
+        return cByte < 0x80 && static_cast<char>(cByte) == m_cPostDelimiter;
+    }
     char GetPreDelimiter();
     char GetPostDelimiter();
     char GetSeparator();
@@ -103,9 +121,14 @@ protected:
     /// Copies bytes of the read buffer. False, with nothing copied, when `dwDestSize` is below `dwLen` or the range
     /// leaves the fill's 64000 bytes.
     bool CopyReadBuffData(char* pDest, DWORD dwDestSize, DWORD dwOffset, DWORD dwLen) const;
-    /// Cuts a field of the line buffer to `dwSizeLimit` bytes without splitting a double-byte character, ends it with a
-    /// NUL and puts it into the field arrays as entry `dwField`. Returns the bytes kept.
-    std::size_t HandOutField(DWORD dwField, char* pField, std::size_t length, DWORD dwSizeLimit);
+    /// Cuts a field of the line buffer to `dwSizeLimit` bytes without splitting a double-byte character and ends it
+    /// with a NUL. Returns the bytes kept.
+    static DWORD FinishField(char* pField, DWORD dwLength, DWORD dwSizeLimit) {
+        if (dwLength > dwSizeLimit)
+            dwLength = static_cast<DWORD>(Platform::KeptTextLength(pField, dwLength, dwSizeLimit));
+        pField[dwLength] = SCDataAccessDefine::NULL_CODE;
+        return dwLength;
+    }
     void SetCsvDataAccessErrorCode();
     void InitialErrorCode();
 

@@ -2,6 +2,8 @@
 
 #include "platform/CodePage.h"
 #include "platform/codepage/Transcode.h"
+#include "text/CRecordCollector.h"
+#include "text/CRecordScan.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,15 +18,6 @@ constexpr DWORD LINE_SIZE_MAX = 65535;
 constexpr DWORD RAW_RECORD_LOST = 0xFFFFFFFF;
 
 } // namespace
-
-/// Where the reading of one record stands.
-struct CCsvDataAccess::SRecordState {
-    DWORD dwCounter = 0; ///< bytes taken and field ends, held against the line limit
-    WORD wOffset = 0;    ///< where the field in hand begins in the line buffer
-    WORD wLength = 0;    ///< bytes of the field in hand
-    WORD wTrailing = 0;  ///< how many of them are spaces at its end
-    bool bEnded = false; ///< the record's line end has been met
-};
 
 CCsvDataAccess::CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize)
     : CCsvDataAccess(dwMaxFieldCnt, dwMaxLineSize, dwMaxFieldSize, false) {}
@@ -69,20 +62,23 @@ bool CCsvDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
 bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord,
                                   const char*& pRecord, DWORD& dwRecordSize) {
     _StartRecord(bKeepRecord);
-    dwCount = 0;
-    SRecordState state;
-    while (!state.bEnded) {
-        if (!HasNextRecordByte() || !_ReadField(state))
-            return _FinishRecord(!HasNextLineData(), ppData, pLen, pRecord, dwRecordSize);
-        if (state.dwCounter > m_dwLineSizeLimit)
+    DWORD fields = 0;
+    CRecordScan scan(*this);
+    bool complete = true;
+    while (complete && !scan.IsEnded()) {
+        complete = scan.HasNext() && scan.ReadField();
+        if (!complete)
+            break;
+        if (scan.IsOverLimit()) {
+            scan.Leave();
+            dwCount = fields;
             return false;
-        _StoreField(state, dwCount);
-        if (!state.bEnded && _IsNextByte(m_cSeparator))
-            AddReadBuffPos();
-        ++dwCount;
-        ++state.dwCounter;
+        }
+        scan.EndField(fields++);
     }
-    return _FinishRecord(true, ppData, pLen, pRecord, dwRecordSize);
+    scan.Leave();
+    dwCount = fields;
+    return _FinishRecord(complete || !HasNextLineData(), ppData, pLen, pRecord, dwRecordSize);
 }
 
 void CCsvDataAccess::_StartRecord(bool bKeepRecord) {
@@ -105,163 +101,6 @@ bool CCsvDataAccess::_FinishRecord(bool bResult, const char**& ppData, const WOR
     pRecord = m_pRecordData.get();
     dwRecordSize = m_dwRecordSize;
     return bResult;
-}
-
-/// Reads one field into the line buffer. False when an end-of-file mark stands in its place.
-bool CCsvDataAccess::_ReadField(SRecordState& state) {
-    state.wLength = 0;
-    state.wTrailing = 0;
-    _SkipLeadingBlanks(state);
-    if (state.bEnded)
-        return true;
-    if (_IsNextByte(SCDataAccessDefine::SUB_CODE)) {
-        AddReadBuffPos();
-        HasNextSrcData();
-        return false;
-    }
-    if (_IsNextByte(SCDataAccessDefine::DOUBLE_QUOTATION))
-        _ReadQuotedPart(state);
-    if (!state.bEnded)
-        _ReadUnquotedPart(state);
-    return true;
-}
-
-void CCsvDataAccess::_SkipLeadingBlanks(SRecordState& state) {
-    bool needsMore = false;
-    while (HasNextRecordByte() && state.dwCounter < m_dwLineSizeLimit) {
-        const char c = GetSrcDataWord();
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte > SCDataAccessDefine::SPACE_CODE || c == m_cSeparator)
-            return;
-        if (IsPreDelimiter(byte)) {
-            AddReadBuffPos();
-            if (_IsEndofRecord(byte, &needsMore)) {
-                state.bEnded = true;
-                return;
-            }
-        } else if (c == SCDataAccessDefine::TAB_CODE || c == SCDataAccessDefine::SUB_CODE) {
-            return;
-        } else {
-            AddReadBuffPos();
-        }
-        ++state.dwCounter;
-    }
-}
-
-/// From an opening quote up to its closing quote, the record's line end, the end of the data or the limit.
-void CCsvDataAccess::_ReadQuotedPart(SRecordState& state) {
-    AddReadBuffPos();
-    bool atStart = true;
-    bool needsMore = false;
-    while (HasNextRecordByte() && state.dwCounter < m_dwLineSizeLimit) {
-        const char c = GetSrcDataWord();
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte > SCDataAccessDefine::SPACE_CODE && c != SCDataAccessDefine::DOUBLE_QUOTATION) {
-            _StoreRun(state, SCDataAccessDefine::DOUBLE_QUOTATION);
-            atStart = false;
-            continue;
-        }
-        AddReadBuffPos();
-        if (c == SCDataAccessDefine::SPACE_CODE) {
-            if (!atStart) {
-                _StoreByte(state, c);
-                ++state.wTrailing;
-            }
-        } else if (c == SCDataAccessDefine::DOUBLE_QUOTATION) {
-            if (!_IsNextByte(c))
-                return;
-            AddReadBuffPos();
-            _StoreByte(state, c);
-            state.wTrailing = 0;
-            atStart = false;
-        } else if (c == SCDataAccessDefine::TAB_CODE) {
-            _StoreByte(state, SCDataAccessDefine::SPACE_CODE);
-            state.wTrailing = 0;
-            atStart = false;
-        } else if (!m_bQuoteNewLine && _IsEndofRecord(byte, &needsMore)) {
-            state.bEnded = true;
-            return;
-        }
-        ++state.dwCounter;
-    }
-}
-
-/// A field without an opening quote, or what follows a closing one.
-void CCsvDataAccess::_ReadUnquotedPart(SRecordState& state) {
-    bool needsMore = false;
-    while (HasNextRecordByte()) {
-        const char c = GetSrcDataWord();
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == m_cSeparator || state.dwCounter >= m_dwLineSizeLimit)
-            return;
-        if (byte > SCDataAccessDefine::SPACE_CODE) {
-            _StoreRun(state, m_cSeparator);
-            continue;
-        }
-        AddReadBuffPos();
-        if (IsPreDelimiter(byte)) {
-            if (_IsEndofRecord(byte, &needsMore)) {
-                state.bEnded = true;
-                return;
-            }
-        } else if (c == SCDataAccessDefine::SPACE_CODE) {
-            _StoreByte(state, c);
-            ++state.wTrailing;
-        } else if (c == SCDataAccessDefine::TAB_CODE) {
-            _StoreByte(state, SCDataAccessDefine::SPACE_CODE);
-            state.wTrailing = 0;
-        } else if (c == SCDataAccessDefine::SUB_CODE) {
-            HasNextSrcData();
-            state.bEnded = true;
-            return;
-        }
-        ++state.dwCounter;
-    }
-}
-
-/// Stores the bytes above the space that follow, as far as the fill and the limit reach and up to `cStop`.
-void CCsvDataAccess::_StoreRun(SRecordState& state, char cStop) {
-    const unsigned char* source = m_pReadBuff.get() + m_dwReadBuffPos;
-    const DWORD room = std::min(m_dwReadSize - m_dwReadBuffPos, m_dwLineSizeLimit - state.dwCounter);
-    const auto stop = static_cast<unsigned char>(cStop);
-    char* target = m_pLineBuff.get() + state.wOffset + state.wLength;
-    DWORD count = 0;
-    for (; count < room && source[count] > SCDataAccessDefine::SPACE_CODE && source[count] != stop; ++count)
-        target[count] = static_cast<char>(source[count]);
-    m_dwReadBuffPos += count;
-    state.dwCounter += count;
-    state.wLength = static_cast<WORD>(state.wLength + count);
-    state.wTrailing = 0;
-}
-
-void CCsvDataAccess::_StoreByte(SRecordState& state, char c) {
-    m_pLineBuff[std::size_t{state.wOffset} + state.wLength] = c;
-    ++state.wLength;
-}
-
-void CCsvDataAccess::_StoreField(SRecordState& state, DWORD dwField) {
-    if (dwField >= m_dwFieldCntLimit)
-        return;
-    char* field = m_pLineBuff.get() + state.wOffset;
-    const std::size_t length =
-        HandOutField(dwField, field, std::size_t{state.wLength} - state.wTrailing, m_dwFieldSizeLimit);
-    state.wOffset = static_cast<WORD>(state.wOffset + length + 1);
-}
-
-bool CCsvDataAccess::_IsNextByte(char c) {
-    return HasNextRecordByte() && GetSrcDataWord() == c;
-}
-
-/// Whether `c`, which has been consumed, ends the record; a second byte of the line end is consumed too.
-/// `*pbNeedMore` tells that the data ended where that byte could have been.
-bool CCsvDataAccess::_IsEndofRecord(unsigned char c, bool* pbNeedMore) {
-    *pbNeedMore = false;
-    if (!IsPreDelimiter(c))
-        return false;
-    if (TakePostDelimiter())
-        return true;
-    *pbNeedMore = m_dwReadBuffPos == m_dwReadSize;
-    return false;
 }
 
 /// Collects the raw record's bytes of the current fill, before a refill and at the record's end.
@@ -296,87 +135,12 @@ bool CCsvDataAccess::_GetLineDataWithConvert(const char**& ppData, const WORD*& 
     return _FinishRecord(true, ppData, pLen, pRecord, dwRecordSize);
 }
 
-/// How the collecting of one record stands.
-struct CCsvDataAccess::SCollectState {
-    unsigned char* pBuff;
-    DWORD dwCapacity; ///< with the final NUL
-    DWORD dwSize = 0;
-    bool bQuoted = false;
-    bool bDone = false;
-
-    bool Collect(unsigned char c) {
-        if (dwSize + 1 >= dwCapacity)
-            return false;
-        pBuff[dwSize++] = c;
-        return true;
-    }
-};
-
-/// Collects the next record, its syntax resolved: the fields one after another, each with its NUL.
 bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize) {
-    SCollectState state{pBuff, *pdwSize};
-    while (!state.bDone && HasNextRecordByte()) {
-        _CollectRun(state);
-        if (HasNextRecordByte() && !_CollectNext(state))
-            return false;
-        // A record that ends with the fill's last byte makes the refill now, so that HasNextLineData is exact.
-        if (state.bDone)
-            HasNextRecordByte();
-    }
-    if (state.dwSize > 0)
-        pBuff[state.dwSize++] = SCDataAccessDefine::NULL_CODE;
-    *pdwSize = state.dwSize;
+    CRecordCollector collector(*this, pBuff, *pdwSize);
+    if (!collector.Collect())
+        return false;
+    *pdwSize = collector.Finish();
     return true;
-}
-
-/// Collects the ordinary bytes that follow, as far as the fill and the capacity reach.
-void CCsvDataAccess::_CollectRun(SCollectState& state) {
-    const unsigned char* source = m_pReadBuff.get() + m_dwReadBuffPos;
-    const DWORD room = std::min(m_dwReadSize - m_dwReadBuffPos, state.dwCapacity - 1 - state.dwSize);
-    const auto quote = static_cast<unsigned char>(SCDataAccessDefine::DOUBLE_QUOTATION);
-    const unsigned char lowest = state.bQuoted ? 0x20 : 0x21;
-    const unsigned char separator = state.bQuoted ? quote : static_cast<unsigned char>(m_cSeparator);
-    const auto pre = static_cast<unsigned char>(m_cPreDelimiter);
-    unsigned char* target = state.pBuff + state.dwSize;
-    DWORD count = 0;
-    for (; count < room; ++count) {
-        const unsigned char c = source[count];
-        if (c < lowest || c == quote || c == separator || c == pre)
-            break;
-        target[count] = c;
-    }
-    m_dwReadBuffPos += count;
-    state.dwSize += count;
-}
-
-/// Takes one byte. False when it has to be collected and does not fit.
-bool CCsvDataAccess::_CollectNext(SCollectState& state) {
-    const char c = GetSrcDataWord();
-    const auto byte = static_cast<unsigned char>(c);
-    AddReadBuffPos();
-    bool needsMore = false;
-    if (_IsEndofRecord(byte, &needsMore)) {
-        state.bDone = !(state.bQuoted && m_bQuoteNewLine);
-        return true;
-    }
-    if (c == m_cSeparator && !state.bQuoted)
-        return state.Collect(SCDataAccessDefine::NULL_CODE);
-    if (byte < SCDataAccessDefine::SPACE_CODE) {
-        state.bDone = c == SCDataAccessDefine::SUB_CODE && state.dwSize > 0;
-        return true;
-    }
-    if (c == SCDataAccessDefine::DOUBLE_QUOTATION) {
-        const bool isDoubled = state.bQuoted && _IsNextByte(c);
-        if (isDoubled) {
-            AddReadBuffPos();
-            return state.Collect(byte);
-        }
-        state.bQuoted = !state.bQuoted;
-        return true;
-    }
-    if (c == SCDataAccessDefine::SPACE_CODE && !state.bQuoted)
-        return true;
-    return state.Collect(byte);
 }
 
 /// Converts a collected record in place to the ANSI code page. Returns its new length, which is above the line limit
@@ -396,8 +160,9 @@ std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t siz
 void CCsvDataAccess::_SplitRecord(std::size_t size, DWORD& dwCount) {
     char* const end = m_pLineBuff.get() + size;
     for (char* field = m_pLineBuff.get(); field < end && dwCount < m_dwFieldCntLimit; ++dwCount) {
-        const std::size_t length = std::strlen(field);
-        HandOutField(dwCount, field, length, m_dwFieldSizeLimit);
+        const auto length = static_cast<DWORD>(std::strlen(field));
+        m_ppFieldData[dwCount] = field;
+        m_pFieldLen[dwCount] = static_cast<WORD>(FinishField(field, length, m_dwFieldSizeLimit));
         field += length + 1;
     }
 }

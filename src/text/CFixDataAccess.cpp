@@ -1,6 +1,7 @@
 #include "CFixDataAccess.h"
 
 #include "platform/files/Files.h"
+#include "text/CFillCursor.h"
 
 #include <algorithm>
 #include <numeric>
@@ -14,15 +15,6 @@ namespace {
 constexpr DWORD LINE_SIZE_MAX = 65535;
 
 } // namespace
-
-/// Where the reading of one record stands.
-struct CFixDataAccess::SRecordState {
-    WORD wOffset = 0;     ///< where the column in hand begins in the line buffer
-    WORD wLength = 0;     ///< bytes of the column in hand
-    WORD wTrailing = 0;   ///< how many of them are spaces at its end
-    bool bEnded = false;  ///< a line end or an end-of-file mark has ended the record
-    bool bStored = false; ///< the field arrays hold something
-};
 
 CFixDataAccess::CFixDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize,
                                const CSourceDataInfo* pInfo)
@@ -52,21 +44,65 @@ bool CFixDataAccess::FileOpen(const CSourceDataInfo* pInfo) {
     return VCTextFileOperater::FileOpen(pInfo);
 }
 
+namespace {
+
+/// Reads a column of `dwWidth` bytes to `pOut`; returns the end of its text without trailing spaces. `bEnded` tells
+/// that a line end or an end-of-file mark has ended the record.
+template <class CCursor>
+[[gnu::always_inline]] inline char* ReadColumn(CCursor& cursor, DWORD dwWidth, char* pOut, bool& bEnded) {
+    char* trimmed = pOut;
+    bool atStart = true;
+    for (DWORD taken = 0; cursor.HasNext() && taken < dwWidth; ++taken) {
+        const unsigned char byte = cursor.Get();
+        cursor.Consume();
+        if (byte > SCDataAccessDefine::SPACE_CODE) {
+            *pOut++ = static_cast<char>(byte);
+            trimmed = pOut;
+            atStart = false;
+        } else if (cursor.IsPreDelimiter(byte)) {
+            bEnded = cursor.TakePostDelimiter();
+        } else if (byte == SCDataAccessDefine::SUB_CODE) {
+            cursor.HasNext();
+            bEnded = true;
+        } else if (!atStart && byte == SCDataAccessDefine::SPACE_CODE) {
+            *pOut++ = SCDataAccessDefine::SPACE_CODE;
+        } else if (!atStart && byte == SCDataAccessDefine::TAB_CODE) {
+            *pOut++ = SCDataAccessDefine::SPACE_CODE;
+            trimmed = pOut;
+        }
+        if (bEnded)
+            break;
+    }
+    return trimmed;
+}
+
+} // namespace
+
 bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
     InitialErrorCode();
     dwCount = 0;
     if (m_hFile == nullptr)
         return false;
-    SRecordState state;
-    for (DWORD column = 0; column < m_wFixColCnt && !state.bEnded; ++column) {
-        const DWORD width = m_pFixColLen[column];
-        if (state.wOffset + width > m_dwLineSizeLimit)
+    CFillCursor cursor(*this);
+    char* field = m_pLineBuff.get();
+    const char* const end = field + m_dwLineSizeLimit;
+    bool ended = false;
+    for (; dwCount < m_wFixColCnt && !ended; ++dwCount) {
+        const DWORD width = m_pFixColLen[dwCount];
+        if (width > end - field) {
+            cursor.Leave();
             return false;
-        _ReadColumn(state, width);
-        _StoreColumn(state, column);
-        ++dwCount;
+        }
+        const char* const fieldEnd = ReadColumn(cursor, width, field, ended);
+        if (dwCount < m_dwFieldCntLimit) {
+            const DWORD length = FinishField(field, static_cast<DWORD>(fieldEnd - field), m_dwFieldSizeLimit);
+            m_ppFieldData[dwCount] = field;
+            m_pFieldLen[dwCount] = static_cast<WORD>(length);
+            field += length + 1;
+        }
     }
-    const bool result = _FinishRecord(state);
+    cursor.Leave();
+    const bool result = _FinishRecord(field != m_pLineBuff.get(), ended);
     // A record that ends with the fill's last byte makes the refill now, so that HasNextLineData is exact.
     HasNextRecordByte();
     ppData = m_ppFieldData.get();
@@ -74,53 +110,11 @@ bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
     return result;
 }
 
-void CFixDataAccess::_ReadColumn(SRecordState& state, DWORD dwWidth) {
-    char* const column = m_pLineBuff.get() + state.wOffset;
-    state.wLength = 0;
-    state.wTrailing = 0;
-    bool atStart = true;
-    for (DWORD taken = 0; HasNextRecordByte() && taken < dwWidth; ++taken) {
-        const char c = GetSrcDataWord();
-        const auto byte = static_cast<unsigned char>(c);
-        AddReadBuffPos();
-        if (byte > SCDataAccessDefine::SPACE_CODE) {
-            column[state.wLength++] = c;
-            state.wTrailing = 0;
-            atStart = false;
-        } else if (IsPreDelimiter(byte)) {
-            if (TakePostDelimiter()) {
-                state.bEnded = true;
-                return;
-            }
-        } else if (c == SCDataAccessDefine::SUB_CODE) {
-            HasNextRecordByte();
-            state.bEnded = true;
-            return;
-        } else if (!atStart && c == SCDataAccessDefine::SPACE_CODE) {
-            column[state.wLength++] = c;
-            ++state.wTrailing;
-        } else if (!atStart && c == SCDataAccessDefine::TAB_CODE) {
-            column[state.wLength++] = SCDataAccessDefine::SPACE_CODE;
-            state.wTrailing = 0;
-        }
-    }
-}
-
-void CFixDataAccess::_StoreColumn(SRecordState& state, DWORD dwColumn) {
-    if (dwColumn >= m_dwFieldCntLimit)
-        return;
-    char* field = m_pLineBuff.get() + state.wOffset;
-    const std::size_t length =
-        HandOutField(dwColumn, field, std::size_t{state.wLength} - state.wTrailing, m_dwFieldSizeLimit);
-    state.wOffset = static_cast<WORD>(state.wOffset + length + 1);
-    state.bStored = true;
-}
-
 /// Passes over what is left of the line, where records have line ends, and tells whether the record is whole.
-bool CFixDataAccess::_FinishRecord(const SRecordState& state) {
-    if (!state.bStored)
+bool CFixDataAccess::_FinishRecord(bool bStored, bool bEnded) {
+    if (!bStored)
         return !HasNextLineData();
-    if (m_bIsExistFixCRLF == 0 || state.bEnded)
+    if (m_bIsExistFixCRLF == 0 || bEnded)
         return true;
     return SkipPastLineEnd() || !HasNextLineData();
 }

@@ -1,6 +1,5 @@
 #include "VCTextFileOperater.h"
 
-#include "platform/CodePage.h"
 #include "platform/files/Files.h"
 
 #include <algorithm>
@@ -140,6 +139,12 @@ bool VCTextFileOperater::HasNextRecordByte() {
     return m_dwReadBuffPos < m_dwReadSize || (m_dwErrorCode == 0 && HasNextSrcData());
 }
 
+VCTextFileOperater::SFill VCTextFileOperater::GetNextFill(const unsigned char* pNext) {
+    SetReadPosition(pNext);
+    HasNextRecordByte();
+    return GetFill();
+}
+
 bool VCTextFileOperater::TakePostDelimiter() {
     if (m_cPostDelimiter == 0)
         return true;
@@ -213,14 +218,6 @@ char VCTextFileOperater::GetSrcDataWord() {
     return static_cast<char>(m_pReadBuff[m_dwReadBuffPos]);
 }
 
-bool VCTextFileOperater::IsPreDelimiter(unsigned char cByte) const {
-    return cByte < 0x80 && static_cast<char>(cByte) == m_cPreDelimiter;
-}
-
-bool VCTextFileOperater::IsPostDelimiter(unsigned char cByte) const {
-    return cByte < 0x80 && static_cast<char>(cByte) == m_cPostDelimiter;
-}
-
 bool VCTextFileOperater::IsPreNewLine() {
     return HasNextSrcData() && IsPreDelimiter(m_pReadBuff[m_dwReadBuffPos]);
 }
@@ -260,14 +257,6 @@ bool VCTextFileOperater::CopyReadBuffData(char* pDest, DWORD dwDestSize, DWORD d
         return false;
     std::memcpy(pDest, m_pReadBuff.get() + dwOffset, dwLen);
     return true;
-}
-
-std::size_t VCTextFileOperater::HandOutField(DWORD dwField, char* pField, std::size_t length, DWORD dwSizeLimit) {
-    const std::size_t kept = KeptTextLength(pField, length, dwSizeLimit);
-    pField[kept] = SCDataAccessDefine::NULL_CODE;
-    m_ppFieldData[dwField] = pField;
-    m_pFieldLen[dwField] = static_cast<WORD>(kept);
-    return kept;
 }
 
 void VCTextFileOperater::SetCsvDataAccessErrorCode() {

@@ -378,6 +378,9 @@ TEST(Package, RefusesContentThatIsNotWhatWasClaimed) {
         SCOPED_TRACE(title);
         const CPackage package(MakeZip({{.name = "good", .content = "1"}, entry}));
         EXPECT_FALSE(package.Uncompress());
+        std::error_code absent;
+        const auto written = std::filesystem::file_size(package.Folder().Path("out/x"), absent);
+        EXPECT_TRUE(absent || written <= entry.size.value_or(static_cast<std::uint32_t>(entry.content.size())));
         EXPECT_TRUE(package.IsRestUntouched());
     }
 }
@@ -541,7 +544,11 @@ TEST(TmpName, PassesOverWhatSomebodyElsePutThere) {
         std::function<void(const std::string&)> plant;
         bool needsRoot = false;
     } cases[] = {
-        {"a file", [](const std::string& path) { std::ofstream{path}; }},
+        {"a file",
+         [](const std::string& path) {
+             std::ofstream{path};
+             ::chmod(path.c_str(), 0600);
+         }},
         {"a link to a folder", [](const std::string& path) { std::filesystem::create_symlink("/tmp", path); }},
         {"a link to nothing", [](const std::string& path) { std::filesystem::create_symlink("missing", path); }},
         {"readable by all", [](const std::string& path) { ::mkdir(path.c_str(), 0755); }},

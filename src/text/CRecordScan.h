@@ -1,0 +1,174 @@
+// The grammar of delimited text in the ANSI code page: reads one record field by field into the line buffer.
+#pragma once
+
+#include "CCsvDataAccess.h"
+#include "text/CFillCursor.h"
+
+#include <algorithm>
+
+namespace NSTQ::NSTQCore {
+
+class CCsvDataAccess::CRecordScan {
+public:
+    [[gnu::always_inline]] explicit CRecordScan(CCsvDataAccess& reader)
+        : m_reader(reader), m_cursor(reader), m_pField(reader.m_pLineBuff.get()),
+          m_ppFieldData(reader.m_ppFieldData.get()), m_pFieldLen(reader.m_pFieldLen.get()),
+          m_dwFieldCntLimit(reader.m_dwFieldCntLimit), m_dwFieldSizeLimit(reader.m_dwFieldSizeLimit),
+          m_dwLimit(reader.m_dwLineSizeLimit), m_cSeparator(reader.m_cSeparator) {}
+
+    /// The record's line end has been met.
+    [[gnu::always_inline]] bool IsEnded() const { return m_bEnded; }
+    [[gnu::always_inline]] bool HasNext() { return m_cursor.HasNext(); }
+    [[gnu::always_inline]] bool IsOverLimit() const { return m_dwCounter > m_dwLimit; }
+    [[gnu::always_inline]] void Leave() const { m_cursor.Leave(); }
+
+    /// Reads one field. False when an end-of-file mark stands in its place.
+    [[gnu::always_inline]] bool ReadField() {
+        m_pEnd = m_pTrimmed = m_pField;
+        SkipLeadingBlanks();
+        if (m_bEnded)
+            return true;
+        if (m_cursor.TakeIf(SCDataAccessDefine::SUB_CODE)) {
+            m_cursor.HasNext();
+            return false;
+        }
+        if (m_cursor.TakeIf(SCDataAccessDefine::DOUBLE_QUOTATION))
+            ReadQuotedPart();
+        if (!m_bEnded)
+            ReadUnquotedPart();
+        return true;
+    }
+
+    /// Hands the field out as number `dwField`, where there is an entry for it, and goes on behind its separator.
+    [[gnu::always_inline]] void EndField(DWORD dwField) {
+        if (dwField < m_dwFieldCntLimit) {
+            const DWORD length = FinishField(m_pField, static_cast<DWORD>(m_pTrimmed - m_pField), m_dwFieldSizeLimit);
+            m_ppFieldData[dwField] = m_pField;
+            m_pFieldLen[dwField] = static_cast<WORD>(length);
+            m_pField += length + 1;
+        }
+        if (!m_bEnded)
+            m_cursor.TakeIf(m_cSeparator);
+        ++m_dwCounter;
+    }
+
+private:
+    static constexpr char TAB = SCDataAccessDefine::TAB_CODE;
+    static constexpr char SPACE = SCDataAccessDefine::SPACE_CODE;
+    static constexpr char QUOTE = SCDataAccessDefine::DOUBLE_QUOTATION;
+
+    [[gnu::always_inline]] void SkipLeadingBlanks() {
+        while (m_cursor.HasNext() && m_dwCounter < m_dwLimit) {
+            const unsigned char byte = m_cursor.Get();
+            if (byte > SPACE || byte == static_cast<unsigned char>(m_cSeparator))
+                return;
+            if (m_cursor.IsPreDelimiter(byte)) {
+                m_cursor.Consume();
+                m_bEnded = m_cursor.TakePostDelimiter();
+                if (m_bEnded)
+                    return;
+            } else if (byte == TAB || byte == SCDataAccessDefine::SUB_CODE) {
+                return;
+            } else {
+                m_cursor.Consume();
+            }
+            ++m_dwCounter;
+        }
+    }
+
+    /// Behind an opening quote, up to its closing quote, the record's line end, the end of the data or the limit.
+    [[gnu::always_inline]] void ReadQuotedPart() {
+        bool atStart = true;
+        while (m_cursor.HasNext() && m_dwCounter < m_dwLimit) {
+            const unsigned char byte = m_cursor.Get();
+            if (byte > SPACE && byte != QUOTE) {
+                StoreRun(QUOTE);
+                atStart = false;
+                continue;
+            }
+            m_cursor.Consume();
+            if (byte == SPACE) {
+                if (!atStart)
+                    *m_pEnd++ = SPACE;
+            } else if (byte == QUOTE) {
+                if (!m_cursor.TakeIf(QUOTE))
+                    return;
+                Store(QUOTE);
+                atStart = false;
+            } else if (byte == TAB) {
+                Store(SPACE);
+                atStart = false;
+            } else if (!m_reader.m_bQuoteNewLine && m_cursor.IsPreDelimiter(byte) && m_cursor.TakePostDelimiter()) {
+                m_bEnded = true;
+                return;
+            }
+            ++m_dwCounter;
+        }
+    }
+
+    /// A field without an opening quote, or what follows a closing one.
+    [[gnu::always_inline]] void ReadUnquotedPart() {
+        while (m_cursor.HasNext()) {
+            const unsigned char byte = m_cursor.Get();
+            if (byte == static_cast<unsigned char>(m_cSeparator) || m_dwCounter >= m_dwLimit)
+                return;
+            if (byte > SPACE) {
+                StoreRun(m_cSeparator);
+                continue;
+            }
+            m_cursor.Consume();
+            if (m_cursor.IsPreDelimiter(byte)) {
+                m_bEnded = m_cursor.TakePostDelimiter();
+            } else if (byte == SPACE) {
+                *m_pEnd++ = SPACE;
+            } else if (byte == TAB) {
+                Store(SPACE);
+            } else if (byte == SCDataAccessDefine::SUB_CODE) {
+                m_cursor.HasNext();
+                m_bEnded = true;
+            }
+            if (m_bEnded)
+                return;
+            ++m_dwCounter;
+        }
+    }
+
+    /// Stores a byte that is not a trailing space.
+    [[gnu::always_inline]] void Store(char c) {
+        *m_pEnd++ = c;
+        m_pTrimmed = m_pEnd;
+    }
+
+    /// Stores the next byte, which is above the space, and those like it that follow, as far as the fill and the
+    /// limit reach and up to `cStop`.
+    [[gnu::always_inline]] void StoreRun(char cStop) {
+        const unsigned char* const bytes = m_cursor.Bytes();
+        const DWORD room = std::min(m_cursor.CountBytes(), m_dwLimit - m_dwCounter);
+        const auto stop = static_cast<unsigned char>(cStop);
+        char* const end = m_pEnd;
+        DWORD count = 0;
+        do {
+            end[count] = static_cast<char>(bytes[count]);
+            ++count;
+        } while (count < room && bytes[count] > SPACE && bytes[count] != stop);
+        m_cursor.Consume(count);
+        m_dwCounter += count;
+        m_pEnd = m_pTrimmed = end + count;
+    }
+
+    CCsvDataAccess& m_reader;
+    CFillCursor m_cursor;
+    char* m_pField;             ///< where the field in hand begins in the line buffer
+    char* m_pEnd = nullptr;     ///< behind its last byte
+    char* m_pTrimmed = nullptr; ///< behind its last byte that is not a trailing space
+    const char** const m_ppFieldData;
+    WORD* const m_pFieldLen;
+    const DWORD m_dwFieldCntLimit;
+    const DWORD m_dwFieldSizeLimit;
+    const DWORD m_dwLimit;
+    DWORD m_dwCounter = 0; ///< bytes taken and field ends, held against the line limit
+    const char m_cSeparator;
+    bool m_bEnded = false;
+};
+
+} // namespace NSTQ::NSTQCore
