@@ -148,8 +148,11 @@ bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize) {
 std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t size) const {
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
         return Platform::ConvertUtf8ToAnsi(pText, size);
+    // Not the length tells: three bytes that are no character give the three of U+FFFD.
+    if (Platform::CountValidUtf8(pText, size) == size)
+        return size;
     const std::size_t mended = Platform::MendUtf8(pText, size, nullptr, 0);
-    if (mended == size || mended > m_dwLineSizeLimit)
+    if (mended > m_dwLineSizeLimit)
         return mended;
     // Mending only lengthens, so that it can run from the end of the buffer down to its start.
     unsigned char* tail = pText + (std::size_t{m_dwLineSizeLimit} + 1 - size);

@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace NSTQ::Tests {
 
@@ -107,8 +108,11 @@ void CReferenceReader::ReadLine(std::uint32_t line, CRecord& record) {
     }
     record.assigned = false;
     record.result = false;
+    // A line is picked without its raw record, whatever is set.
+    const bool raw = std::exchange(m_settings.raw, false);
     if (Available())
         Read(record);
+    m_settings.raw = raw;
     record.hasNext = HasNext();
     record.position = Position();
     record.failedRead = m_failedRead;
