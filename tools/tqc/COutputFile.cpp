@@ -60,8 +60,21 @@ COutputFile::COutputFile(const SOptions& options)
     : m_strTarget(IsStandardOutputName(options.strOutput) ? "" : options.strOutput) {
     m_writer.SetSeparator(options.cOutputSeparator);
     m_writer.SetDelimiter(options.outputLineEnd.cPre, options.outputLineEnd.cPost);
-    if (!m_writer.FileOpen(OpenTarget().c_str()))
+    const std::string target = OpenTarget();
+    if (options.bAddMark)
+        WriteMark();
+    if (!m_writer.FileOpen(target.c_str()))
         CheckWriter();
+}
+
+/// Before the writer opens the same descriptor, which then stands behind the mark.
+void COutputFile::WriteMark() {
+    const int descriptor = m_pTemporary         ? m_pTemporary->Descriptor()
+                           : m_iDescriptor >= 0 ? m_iDescriptor
+                                                : STDOUT_FILENO;
+    constexpr std::size_t size = sizeof SCDataAccessDefine::BOM_UTF8;
+    if (::write(descriptor, SCDataAccessDefine::BOM_UTF8, size) != static_cast<ssize_t>(size) && errno != EPIPE)
+        throw CFailure(ES_OUTPUT_FAILED, DescribeTarget(), SCErrorText::OfSystem(errno));
 }
 
 COutputFile::~COutputFile() {

@@ -31,6 +31,7 @@ public:
 
 private:
     std::string OpenTarget();
+    void WriteMark();
     std::string DescribeTarget() const;
     bool CheckWriter();
 

@@ -8,15 +8,17 @@
 
 namespace NSTQ::Tool {
 
-CRowPump::CRowPump(const SOptions& options, CSourceReader& reader, COutputFile& output, CReporter& reporter)
-    : m_options(options), m_reader(reader), m_output(output), m_reporter(reporter) {}
+CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, COutputFile& output,
+                   CReporter& reporter)
+    : m_options(options), m_reader(reader), m_rows(reader.Rows()), m_encoder(outputCodePage), m_output(output),
+      m_reporter(reporter) {}
 
 void CRowPump::Run() {
-    while (m_ullWritten < m_options.ullLimit && m_reader.HasNextLineData()) {
+    while (m_ullWritten < m_options.ullLimit && m_rows.HasNextLineData()) {
         const EOutcome outcome = ReadRow();
         if (outcome == RO_END)
             break;
-        m_reporter.Progress().Show(m_reader.GetReadPosition());
+        m_reporter.Progress().Show(m_rows.GetReadPosition());
         if (!TakeRow(outcome))
             return;
     }
@@ -25,7 +27,7 @@ void CRowPump::Run() {
 CRowPump::EOutcome CRowPump::ReadRow() {
     const bool complete = ReadRecord();
     if (m_llRecordSize == 0) {
-        if (m_reader.HasNextLineData())
+        if (m_rows.HasNextLineData())
             throw CFailure(ES_UNSUPPORTED, m_options.strFile, "the file became shorter while it was read; try again");
         return RO_END;
     }
@@ -35,22 +37,21 @@ CRowPump::EOutcome CRowPump::ReadRow() {
     }
     if (!complete)
         return RO_EOF_MARK;
-    if (m_dwCount > 0)
-        return RO_ROW;
-    // No fields: in the code page that is the end; in UTF-8 an empty row, or one that its conversion made too long.
-    if (m_reader.GetCharSet() == CSourceDataInfo::RCS_ANSI)
-        return RO_END;
-    if (m_llRecordSize >= m_options.dwMaxLineSize)
-        return RO_TOO_LONG;
-    return m_reader.HasNextLineData() ? RO_ROW : RO_END;
+    return m_dwCount > 0 && !IsMarkAtEnd() ? RO_ROW : RO_END;
+}
+
+/// Fixed-length text may end with an end-of-file mark, which its reader gives as a row with one empty column.
+bool CRowPump::IsMarkAtEnd() const {
+    return m_options.type == SCDeclareConstant::SFT_FIX && m_llRecordSize == 1 && m_pLengths[0] == 0 &&
+           !m_rows.HasNextLineData();
 }
 
 /// Reads one record; `m_ppFields` stays null when the line limit stopped it. The reader's result.
 bool CRowPump::ReadRecord() {
     m_ppFields = nullptr;
     const LONGLONG start = m_reader.GetBytePosition();
-    const bool complete = m_reader.GetLineData(m_ppFields, m_pLengths, m_dwCount);
-    if (const DWORD code = m_reader.GetErrorCode(); code != 0)
+    const bool complete = m_rows.GetLineData(m_ppFields, m_pLengths, m_dwCount);
+    if (const DWORD code = m_rows.GetErrorCode(); code != 0)
         throw CFailure(ES_UNSUPPORTED, m_options.strFile,
                        "cannot be read further after row " + std::to_string(m_ullRow) + ": " +
                            SCErrorText::OfLibrary(code));
@@ -92,8 +93,22 @@ bool CRowPump::WriteRow() {
         AddNote("more than " + std::to_string(count) + " fields, the others cut off; try a greater --max-fields");
     if (m_options.dwMaxFieldSize < LIMIT_MAX)
         CutLengths(count);
+    EncodeRow(count);
     ++m_ullWritten;
     return m_output.WriteRow(m_ppFields, m_pLengths, count);
+}
+
+void CRowPump::EncodeRow(DWORD dwCount) {
+    if (m_encoder.IsIdle())
+        return;
+    m_encoder.Encode(m_ppFields, m_pLengths, dwCount);
+    if (m_encoder.Loss().empty())
+        return;
+    if (m_options.bStrict)
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
+                       "row " + std::to_string(m_ullRow) + ": " + m_encoder.Loss() +
+                           "; without --strict they are replaced");
+    AddNote("replaced: " + m_encoder.Loss());
 }
 
 /// Puts lengths within the field limit in place of the reader's when one is above it.

@@ -6,11 +6,13 @@
 // That reader has forgotten whether it stood inside quotes; with line ends allowed in quotes the rest of such a row
 // may therefore be taken for more or fewer rows than it is.
 //
-// An empty last line of UTF-8 text that is converted is no row, because its reader does not tell it from the end.
+// A character that the output's encoding does not have is replaced and its row reported; when the options are strict
+// it ends the conversion.
 #pragma once
 
 #include "COutputFile.h"
 #include "CReporter.h"
+#include "CRowEncoder.h"
 #include "CSourceReader.h"
 #include "SOptions.h"
 
@@ -22,8 +24,9 @@ namespace NSTQ::Tool {
 
 class CRowPump {
 public:
-    /// All four must outlive the pump.
-    CRowPump(const SOptions& options, CSourceReader& reader, COutputFile& output, CReporter& reporter);
+    /// All must outlive the pump. `outputCodePage` is the encoding of the output.
+    CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, COutputFile& output,
+             CReporter& reporter);
 
     /// Runs to the end of the source, the wanted number of rows or the end of a pipe. Throws CFailure.
     void Run();
@@ -40,12 +43,16 @@ private:
     bool ReadRecord();
     void SkipRestOfRow();
     bool TakeRow(EOutcome outcome);
+    bool IsMarkAtEnd() const;
     bool WriteRow();
+    void EncodeRow(DWORD dwCount);
     void CutLengths(DWORD dwCount);
     void AddNote(const std::string& note);
 
     const SOptions& m_options;
-    CSourceReader& m_reader;
+    ISourceReader& m_reader;
+    NSTQCore::VCTextFileOperater& m_rows;
+    CRowEncoder m_encoder;
     COutputFile& m_output;
     CReporter& m_reporter;
 

@@ -3,7 +3,9 @@
 #include "CFailure.h"
 #include "SCCodePageNames.h"
 #include "SCErrorText.h"
+#include "SCPassWord.h"
 #include "SCPathText.h"
+#include "SCSignals.h"
 #include "SCTextProbe.h"
 #include "platform/CodePage.h"
 
@@ -11,6 +13,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <filesystem>
 
 namespace NSTQ::Tool {
 namespace {
@@ -51,25 +55,68 @@ bool FillFrom(int descriptor, std::string& text) {
 
 } // namespace
 
-CSource::CSource(const SOptions& options) : m_options(options) {
-    ReadHead();
-    m_lineEnd = options.lineEnd
-                    ? *options.lineEnd
-                    : SCTextProbe::FindLineEnd(m_strHead, options.separator.value_or(SCDataAccessDefine::CAMMA_CODE));
-    FindType();
-    m_info.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
-    m_info.SetReadCharSet(options.eCharSet);
+CTextLink::CTextLink(const std::string& path) {
+    m_strFolder = (std::filesystem::temp_directory_path() / "tqc-link-XXXXXX").string();
+    if (::mkdtemp(m_strFolder.data()) == nullptr)
+        throw CFailure(ES_OUTPUT_FAILED, m_strFolder, SCErrorText::OfSystem(errno));
+    m_strLink = m_strFolder + "/source.txt";
+    std::error_code error;
+    std::filesystem::create_symlink(std::filesystem::absolute(path), m_strLink, error);
+    if (error)
+        throw CFailure(ES_OUTPUT_FAILED, m_strLink, error.message());
 }
 
-void CSource::ReadHead() {
-    const std::string& path = m_options.strFile;
+CTextLink::~CTextLink() {
+    ::unlink(m_strLink.c_str());
+    ::rmdir(m_strFolder.c_str());
+}
+
+CUnpackFolder::~CUnpackFolder() {
+    SCSignals::RemoveFolder(nullptr);
+}
+
+void CUnpackFolder::Set(const char* path) {
+    SCSignals::RemoveFolder(nullptr);
+    m_strPath = SCPathText::ToSystem(path);
+    SCSignals::RemoveFolder(m_strPath.empty() ? nullptr : m_strPath.c_str());
+}
+
+CSource::CSource(const SOptions& options) : m_options(options) {
+    ReadHead(options.strFile);
+    SettleCodePage();
+    FindLineEnd();
+    FindType();
+}
+
+/// UTF-8 is read as it stands, which keeps everything; its rows are encoded when they are written.
+void CSource::SettleCodePage() {
+    const bool hasMark = m_options.eCharSet == CSourceDataInfo::RCS_AUTO && SCTextProbe::HasUtf8Mark(m_strHead);
+    const bool isUtf8 = hasMark || m_options.eCharSet == CSourceDataInfo::RCS_UTF8;
+    Platform::SetAnsiCodePage(isUtf8 ? Platform::CP_UTF8 : m_options.uCodePage);
+}
+
+unsigned CSource::OutputCodePage() const {
+    return m_options.outputCodePage.value_or(m_options.uCodePage);
+}
+
+void CSource::FindLineEnd() {
+    m_lineEnd =
+        m_options.lineEnd
+            ? *m_options.lineEnd
+            : SCTextProbe::FindLineEnd(m_strHead, m_options.separator.value_or(SCDataAccessDefine::CAMMA_CODE));
+    m_info.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
+}
+
+void CSource::ReadHead(const std::string& path) {
     const CReadDescriptor file(path);
-    if (file.Get() < 0 || ::fstat(file.Get(), &m_status) != 0)
+    struct stat status {};
+    if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0)
         throw CFailure(ES_NOT_FOUND, path, SCErrorText::OfSystem(errno));
-    if (S_ISDIR(m_status.st_mode))
+    if (S_ISDIR(status.st_mode))
         throw CFailure(ES_NOT_FOUND, path, "a folder; give a file in it");
-    if (!S_ISREG(m_status.st_mode))
+    if (!S_ISREG(status.st_mode))
         throw CFailure(ES_UNSUPPORTED, path, "a pipe or a device; store its data in a file first");
+    m_status = status;
     m_strHead.resize(SCDataAccessDefine::READ_BUFF_SIZE);
     if (!FillFrom(file.Get(), m_strHead))
         throw CFailure(ES_UNSUPPORTED, path, SCErrorText::OfSystem(errno));
@@ -102,38 +149,118 @@ void CSource::CheckReadable() const {
     const std::string& path = m_options.strFile;
     if (m_eType == SCDeclareConstant::SFT_UNKNOWN)
         throw CFailure(ES_UNSUPPORTED, path,
-                       "unknown type: neither TAB nor comma in its first line; give --type or --separator");
-    if (m_eType == SCDeclareConstant::SFT_FIX)
+                       "unknown type: neither TAB nor comma in its first line; give --type, --separator or --widths");
+    if (m_eType == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
         throw CFailure(ES_UNSUPPORTED, path,
-                       "fixed-length text, which this program does not read yet; --type csv makes each line one row");
-    if (!IsDelimited())
+                       "fixed-length text needs --widths; see its columns with: tqc preview " + path);
+    if (!IsDelimited() && m_eType != SCDeclareConstant::SFT_FIX && m_eType != SCDeclareConstant::SFT_XTQF)
         throw CFailure(ES_UNSUPPORTED, path,
                        DescribeType(m_eType) + ", which this program does not read yet; save it as CSV");
     if (SCTextProbe::HasUtf16Mark(m_strHead))
         throw CFailure(ES_UNSUPPORTED, path, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
 }
 
-std::unique_ptr<CSourceReader> CSource::OpenReader() {
+std::unique_ptr<ISourceReader> CSource::OpenReader() {
     CheckReadable();
+    if (m_eType == SCDeclareConstant::SFT_FIX)
+        return OpenFixedLength();
+    if (m_eType == SCDeclareConstant::SFT_XTQF)
+        Unpack();
+    return OpenDelimited();
+}
+
+/// Unpacks the package, asking for its password when it needs one, and looks at the data file in it.
+void CSource::Unpack() {
+    constexpr int attemptsMax = 3;
+    auto password = SCPassWord::FromOptions(m_options);
+    const bool mayAsk = !password;
+    auto result = CSourceDataInfo::SDO_PASSWORD_ERROR;
+    for (int attempt = 0; result == CSourceDataInfo::SDO_PASSWORD_ERROR && attempt <= attemptsMax; ++attempt) {
+        if (attempt > 0 && mayAsk)
+            password = SCPassWord::Ask(m_options.strFile);
+        if (attempt > 0 && (!mayAsk || !password))
+            break;
+        // A clone takes the folder with it that the attempt before may have left; the record only knows the last one.
+        delete m_info.CreateClone();
+        if (password && !m_info.SetPassWordString(password->c_str()))
+            throw CFailure(ES_USAGE, m_options.strFile, "a password has at most 259 bytes");
+        const SCSignals::CHeld held;
+        result = m_info.PrepareReadSourceData(true);
+        m_folder.Set(m_info.GetUncompressFolderPath());
+    }
+    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
+        throw CFailure(ES_PASSWORD, m_options.strFile,
+                       "cannot be unpacked: the password is missing or wrong, or the archive is damaged or refused; "
+                       "give the password with --password-file or --password-fd");
+    const char* path = nullptr;
+    if (result != CSourceDataInfo::SDO_PACKAGE || !m_info.GetFilePath(path))
+        throw CFailure(ES_OUTPUT_FAILED, m_options.strFile, "no room for its data in the temporary folder");
+    ReadHead(SCPathText::ToSystem(path));
+    SettleCodePage();
+    FindLineEnd();
+}
+
+/// The library takes the widths and whether there are line ends from a record that it takes for fixed-length text,
+/// which is a matter of the name.
+void CSource::PrepareFixedLength() {
+    auto type = SCDeclareConstant::SFT_UNKNOWN;
+    m_info.SetCommonInfo(SCPathText::ToLibrary(m_options.strFile).c_str(), SCDeclareConstant::SFT_FIX);
+    if (!m_info.GetSourceFileType(type) || type != SCDeclareConstant::SFT_FIX) {
+        m_pLink = std::make_unique<CTextLink>(m_options.strFile);
+        m_info.SetCommonInfo(SCPathText::ToLibrary(m_pLink->Path()).c_str(), SCDeclareConstant::SFT_FIX);
+    }
+    if (m_info.PrepareReadSourceData(true) != CSourceDataInfo::SDO_FIX_FILE)
+        throw CFailure(ES_NOT_FOUND, m_options.strFile, "cannot be read");
+}
+
+std::string CSource::ReadPreview() {
+    PrepareFixedLength();
+    const char* data = nullptr;
+    DWORD length = 0;
+    m_info.GetFixFileData(data, length);
+    m_pLink.reset();
+    return {data, length};
+}
+
+std::unique_ptr<ISourceReader> CSource::OpenFixedLength() {
+    PrepareFixedLength();
+    m_info.SetFixColLen(m_options.widths);
+    m_info.SetReadCharSet(m_options.eCharSet);
+    auto reader = std::make_unique<CSourceReader<NSTQCore::CFixDataAccess>>(
+        m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX, &m_info);
+    OpenFile(*reader);
+    m_pLink.reset();
+    return reader;
+}
+
+std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
+    // What is UTF-8 is read in code page 65001, by the grammar that keeps the spaces inside fields. The automatic
+    // choice skips its mark; a file too short for it holds nothing that has to be converted.
+    const bool isChosenAnsi = m_options.eCharSet == CSourceDataInfo::RCS_ANSI;
+    m_info.SetReadCharSet(isChosenAnsi ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
     // One field more than wanted shows that there are more; fields are cut by the program, which then knows of it.
-    auto reader = std::make_unique<CSourceReader>(m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX,
-                                                  m_options.bQuoteNewLine);
+    auto reader = std::make_unique<CSourceReader<NSTQCore::CCsvDataAccess>>(
+        m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX, m_options.bQuoteNewLine);
     const char separator =
         m_eType == SCDeclareConstant::SFT_TXT ? SCDataAccessDefine::TAB_CODE : SCDataAccessDefine::CAMMA_CODE;
     reader->SetSeparator(m_options.separator.value_or(separator));
-    reader->SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
-    if (!reader->FileOpen(&m_info))
-        throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfLibrary(reader->GetErrorCode()));
-
-    const bool ansiIsUtf8 = Platform::GetAnsiCodePage() == Platform::CP_UTF8;
-    const bool isMarkAlone =
-        m_options.eCharSet != CSourceDataInfo::RCS_ANSI && Size() == 3 && SCTextProbe::HasUtf8Mark(m_strHead);
-    if (isMarkAlone)
+    OpenFile(*reader);
+    if (!isChosenAnsi && Size() == 3 && SCTextProbe::HasUtf8Mark(m_strHead))
         reader->MoveFileEnd();
-    // What needs no conversion is read by the grammar that keeps the spaces inside fields; the mark is behind it.
-    if (ansiIsUtf8 || reader->GetCharSet() == CSourceDataInfo::RCS_AUTO)
-        reader->SetCharSet(CSourceDataInfo::RCS_ANSI);
+    reader->SetCharSet(CSourceDataInfo::RCS_ANSI);
     return reader;
+}
+
+void CSource::OpenFile(NSTQCore::VCTextFileOperater& reader) {
+    reader.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
+    if (reader.FileOpen(&m_info))
+        return;
+    constexpr DWORD layoutDoesNotFit = 87;
+    if (m_eType == SCDeclareConstant::SFT_FIX && reader.GetErrorCode() == layoutDoesNotFit)
+        throw CFailure(ES_LIMIT, m_options.strFile,
+                       "the widths of --widths and the number of columns add up to more than " +
+                           std::to_string(m_options.dwMaxLineSize + 1) + ", what --max-line-size allows");
+    throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfLibrary(reader.GetErrorCode()));
 }
 
 FILETIME CSource::UpdateTime() const {
@@ -148,8 +275,7 @@ std::string CSource::DescribeCharacterSet() const {
         return "UTF-16 (with a mark)";
     if (m_options.eCharSet != CSourceDataInfo::RCS_ANSI && hasMark)
         return "UTF-8 (with a mark)";
-    const bool isUtf8 = m_options.eCharSet == CSourceDataInfo::RCS_UTF8 || m_options.uCodePage == Platform::CP_UTF8;
-    if (!isUtf8)
+    if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
         return "code page " + SCCodePageNames::Describe(m_options.uCodePage);
     return SCTextProbe::IsUtf8(m_strHead) ? "UTF-8" : "not UTF-8 (give --code-page, such as 932)";
 }

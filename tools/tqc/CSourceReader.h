@@ -1,16 +1,26 @@
-// The reader of delimited text, with the one thing more that the program needs: where it stands.
+// The readers of text, with the one thing more that the program needs: where they stand.
 #pragma once
 
 #include "CCsvDataAccess.h"
+#include "CFixDataAccess.h"
 
 namespace NSTQ::Tool {
 
-class CSourceReader : public NSTQCore::CCsvDataAccess {
+class ISourceReader {
 public:
-    using CCsvDataAccess::CCsvDataAccess;
-
+    virtual ~ISourceReader() = default;
+    virtual NSTQCore::VCTextFileOperater& Rows() = 0;
     /// The file offset of the next byte to be read. It tells a read that found nothing from an empty row.
-    LONGLONG GetBytePosition() const { return m_llReadOffset + GetReadBuffPos(); }
+    virtual LONGLONG GetBytePosition() const = 0;
+};
+
+template <class TReader>
+class CSourceReader : public ISourceReader, public TReader {
+public:
+    using TReader::TReader;
+
+    NSTQCore::VCTextFileOperater& Rows() override { return *this; }
+    LONGLONG GetBytePosition() const override { return TReader::m_llReadOffset + TReader::GetReadBuffPos(); }
 };
 
 } // namespace NSTQ::Tool

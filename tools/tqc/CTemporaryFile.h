@@ -21,9 +21,6 @@ public:
     /// Has the data stored and gives the file the target's name. Throws CFailure; the target is then as it was.
     void Replace();
 
-    /// The handlers for the signals that end a program; one that is ignored stays ignored.
-    static void HandleSignals();
-
 private:
     void Create();
     void TakeOverTarget();

@@ -2,6 +2,7 @@
 
 #include "CFailure.h"
 #include "SCCodePageNames.h"
+#include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,7 +21,10 @@ constexpr const char* FOOTER = R"(Examples:
   tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only when all went well
   tqc sales.txt | head               write to standard output
   tqc data.log --separator ';'       any text file whose separator you know
-  tqc --code-page 932 old.csv        Shift_JIS texts and double-byte characters
+  tqc old.csv --encoding shift_jis --output-encoding utf-8
+  tqc preview ledger.txt             the first rows of fixed-length text under a ruler
+  tqc ledger.txt --widths 3,5,8      columns of 3, 5 and 8 bytes
+  tqc data.xtqf --password-file key  a package with a password
   tqc info sales.txt                 what the file is taken for
 
 What is found out when it is not told:
@@ -29,8 +33,10 @@ What is found out when it is not told:
   encoding   UTF-8 when the file begins with its mark, else the code page
   code page  from LC_ALL, LC_CTYPE or LANG, utf-8 when these do not tell
 
-The output is in the code page. Text in UTF-8 that has to be converted to another code page loses the spaces that
-stand outside quotes; with --code-page utf-8 nothing is converted and they stay.
+UTF-8 is read as it stands, other text in the code page. The output is in the code page unless --output-encoding is
+given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
+
+The password of a package comes from --password-file, --password-fd or the terminal, never from the command line.
 
 A row of --max-line-size bytes or more is left out, a field over --max-field-size and fields over --max-fields are cut
 off; each such row is reported with its number, counted from 1 in the source.
@@ -49,9 +55,6 @@ constexpr SChoice<SCDeclareConstant::ESourceFileType> TYPES[] = {
 constexpr SChoice<SLineEnd> LINE_ENDS[] = {{"crlf", {SCDataAccessDefine::CR_CODE, SCDataAccessDefine::LF_CODE}},
                                            {"lf", {SCDataAccessDefine::LF_CODE, 0}},
                                            {"cr", {SCDataAccessDefine::CR_CODE, 0}}};
-constexpr SChoice<CSourceDataInfo::EReadCharSet> CHARACTER_SETS[] = {
-    {"auto", CSourceDataInfo::RCS_AUTO}, {"ansi", CSourceDataInfo::RCS_ANSI}, {"utf-8", CSourceDataInfo::RCS_UTF8}};
-
 /// The parser puts the option's name before the message.
 [[noreturn]] void Refuse(const char* option, const std::string& value, const std::string& allowed) {
     throw CLI::ValidationError(option, "\"" + value + "\" cannot be used; allowed: " + allowed);
@@ -109,6 +112,9 @@ public:
         m_pInfo->add_option("FILE", m_options.strFile, "the file to look at");
         m_pInfo->footer("--type, --separator, --eol, --encoding and --code-page have a say in it; see: tqc --help");
         m_pInfo->fallthrough();
+        m_pPreview = m_app.add_subcommand("preview", "Shows a file's first rows; fixed-length text under a ruler.");
+        m_pPreview->add_option("FILE", m_options.strFile, "the file to look at");
+        m_pPreview->fallthrough();
     }
 
     bool Parse(int argc, const char* const* argv) {
@@ -125,6 +131,9 @@ public:
             throw CFailure(ES_USAGE, "no file given; see: tqc --help");
         if (m_pInfo->parsed())
             m_options.eCommand = SOptions::CMD_INFO;
+        if (m_pPreview->parsed())
+            m_options.eCommand = SOptions::CMD_PREVIEW;
+        CheckTogether();
         return true;
     }
 
@@ -160,17 +169,73 @@ private:
         Add("--eol", "EOL", "the line end of the file: crlf, lf or cr", [this](const char* name, const auto& value) {
             m_options.lineEnd = Choose<SLineEnd>(name, value, LINE_ENDS);
         });
-        Add("--encoding", "SET", "auto, ansi (the code page) or utf-8", [this](const char* name, const auto& value) {
-            m_options.eCharSet = Choose<CSourceDataInfo::EReadCharSet>(name, value, CHARACTER_SETS);
-        });
+        Add("--encoding", "SET", "of the text: auto, ansi (the code page), utf-8 or a page such as shift_jis",
+            [this](const char* name, const auto& value) { TakeEncoding(name, value); });
         Add("--code-page", "PAGE", "the code page of texts: 932, 1252, 936, 949, 950, 65001, or a name like utf-8",
             [this](const char* name, const auto& value) {
-                const auto page = SCCodePageNames::Find(value);
-                if (!page)
-                    Refuse(name, value, SCCodePageNames::Allowed());
-                m_options.uCodePage = *page;
+                if (!m_bPageChosen)
+                    m_options.uCodePage = ParsePage(name, value);
+            });
+        Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
+            [this](const char* name, const auto& value) { TakeWidths(name, value); });
+        m_app
+            .add_option("--password-file", m_options.strPassWordFile,
+                        "a package's password is the first line of FILE")
+            ->type_name("FILE");
+        Add("--password-fd", "N", "a package's password is the first line read from descriptor N",
+            [this](const char* name, const auto& value) {
+                m_options.iPassWordDescriptor = ParseNumber<int>(name, value, 0, 1'000'000);
             });
         m_app.add_flag("--quote-newline", m_options.bQuoteNewLine, "a line end inside quotes does not end the row");
+    }
+
+    static unsigned ParsePage(const char* name, const std::string& value) {
+        const auto page = SCCodePageNames::Find(value);
+        if (!page)
+            Refuse(name, value, SCCodePageNames::Allowed());
+        return *page;
+    }
+
+    void TakeEncoding(const char* name, const std::string& value) {
+        if (value == "auto")
+            return;
+        m_options.eCharSet = CSourceDataInfo::RCS_ANSI;
+        if (value == "ansi")
+            return;
+        const auto page = SCCodePageNames::Find(value);
+        if (!page)
+            Refuse(name, value, "auto, ansi, " + SCCodePageNames::Allowed());
+        if (*page == Platform::CP_UTF8) {
+            m_options.eCharSet = CSourceDataInfo::RCS_UTF8;
+            return;
+        }
+        m_options.uCodePage = *page;
+        m_bPageChosen = true;
+    }
+
+    void TakeWidths(const char* name, const std::string& value) {
+        constexpr std::size_t columnsMax = 65535;
+        for (std::size_t start = 0; start <= value.size();) {
+            const std::size_t comma = std::min(value.find(',', start), value.size());
+            m_options.widths.push_back(ParseNumber<WORD>(name, value.substr(start, comma - start), 1, 65535));
+            start = comma + 1;
+        }
+        if (m_options.widths.size() > columnsMax)
+            Refuse(name, value.substr(0, 20) + "...", "at most 65535 columns");
+    }
+
+    /// What only the options together tell. Throws CFailure.
+    void CheckTogether() {
+        const auto output = m_options.outputCodePage.value_or(m_options.uCodePage);
+        if (m_options.bAddMark && output != Platform::CP_UTF8)
+            throw CFailure(ES_USAGE, "--add-bom is for UTF-8 output; add --output-encoding utf-8");
+        if (m_options.bStrict && m_bReplace)
+            throw CFailure(ES_USAGE, "--strict and --replace exclude each other");
+        if (m_options.widths.empty())
+            return;
+        if (m_options.type && m_options.type != SCDeclareConstant::SFT_FIX)
+            throw CFailure(ES_USAGE, "--widths is for fixed-length text; leave out --type or give --type fix");
+        m_options.type = SCDeclareConstant::SFT_FIX;
     }
 
     void AddRowOptions() {
@@ -188,12 +253,20 @@ private:
         Add("--output-eol", "EOL", "the line end to write (crlf)", [this](const char* name, const auto& value) {
             m_options.outputLineEnd = Choose<SLineEnd>(name, value, LINE_ENDS);
         });
+        Add("--output-encoding", "PAGE", "the encoding to write, such as utf-8 or shift_jis (the code page)",
+            [this](const char* name, const auto& value) { m_options.outputCodePage = ParsePage(name, value); });
+        m_app.add_flag("--strict", m_options.bStrict, "stop at a character that the output does not have");
+        m_app.add_flag("--replace", m_bReplace, "replace such characters and report their rows (as without it)");
+        m_app.add_flag("--add-bom", m_options.bAddMark, "write the mark EF BB BF before UTF-8 output");
         m_app.add_flag("--quiet", m_options.bQuiet, "only errors: no progress and no reports of rows");
     }
 
     SOptions& m_options;
     CLI::App m_app{DESCRIPTION};
     CLI::App* m_pInfo = nullptr;
+    CLI::App* m_pPreview = nullptr;
+    bool m_bPageChosen = false; ///< by --encoding, which goes before --code-page
+    bool m_bReplace = false;
 };
 
 } // namespace

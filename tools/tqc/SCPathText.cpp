@@ -4,6 +4,7 @@
 #include "SCCodePageNames.h"
 #include "platform/CodePage.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace NSTQ::Tool {
@@ -33,16 +34,27 @@ std::string SCPathText::ToLibrary(const std::string& path) {
     if (path.find_first_of("\\\x01") != std::string::npos)
         throw CFailure(ES_USAGE, path,
                        "the name holds a '\\', which is taken for '/'; give a link with another name");
-    std::string text = path;
-    if (const unsigned codePage = GetAnsiCodePage(); codePage != CP_UTF8 && path.size() <= PATH_LENGTH_MAX * 4) {
-        text = Convert(path, CP_UTF8, codePage);
-        if (Convert(text, codePage, CP_UTF8) != path)
-            throw CFailure(ES_USAGE, path,
-                           "code page " + SCCodePageNames::Describe(codePage) +
-                               " does not have all characters of the name; try --code-page 65001");
-    }
+    const std::string text = path.size() > PATH_LENGTH_MAX * 4 ? path : ToAnsi(path, path, "the name");
     if (text.size() > PATH_LENGTH_MAX)
         throw CFailure(ES_LIMIT, path, "the path has more than 260 bytes; try a relative path from a nearer folder");
+    return text;
+}
+
+std::string SCPathText::ToAnsi(const std::string& text, const std::string& subject, const std::string& what) {
+    const unsigned codePage = GetAnsiCodePage();
+    if (codePage == CP_UTF8 || text.empty())
+        return text;
+    std::string ansi = Convert(text, CP_UTF8, codePage);
+    if (Convert(ansi, codePage, CP_UTF8) != text)
+        throw CFailure(ES_USAGE, subject,
+                       "code page " + SCCodePageNames::Describe(codePage) + " does not have all characters of " +
+                           what + "; try --code-page 65001");
+    return ansi;
+}
+
+std::string SCPathText::ToSystem(const std::string& path) {
+    std::string text = GetAnsiCodePage() == CP_UTF8 ? path : Convert(path, GetAnsiCodePage(), CP_UTF8);
+    std::replace(text.begin(), text.end(), '\\', '/');
     return text;
 }
 

@@ -10,6 +10,13 @@ public:
     /// The path of the command line, which is UTF-8, as the library wants it: in the ANSI code page. Throws CFailure
     /// when the page cannot carry it, when it is too long, or when the library would take it for another path.
     static std::string ToLibrary(const std::string& path);
+
+    /// Text of the command line in the ANSI code page. Throws CFailure about `subject` when the page does not have
+    /// all characters of `what`.
+    static std::string ToAnsi(const std::string& text, const std::string& subject, const std::string& what);
+
+    /// A path of the library as the system has it.
+    static std::string ToSystem(const std::string& path);
 };
 
 } // namespace NSTQ::Tool

@@ -7,6 +7,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -24,7 +25,7 @@ struct SLineEnd {
 inline constexpr DWORD LIMIT_MAX = 65535;
 
 struct SOptions {
-    enum ECommand { CMD_CONVERT, CMD_INFO };
+    enum ECommand { CMD_CONVERT, CMD_INFO, CMD_PREVIEW };
 
     ECommand eCommand = CMD_CONVERT;
     std::string strFile;
@@ -34,7 +35,10 @@ struct SOptions {
     std::optional<char> separator;
     std::optional<SLineEnd> lineEnd;
     CSourceDataInfo::EReadCharSet eCharSet = CSourceDataInfo::RCS_AUTO;
-    unsigned uCodePage = 0;
+    unsigned uCodePage = 0;   ///< of the source, unless that is UTF-8, and of the output, unless that is given
+    std::vector<WORD> widths; ///< of the columns of fixed-length text
+    std::string strPassWordFile;
+    int iPassWordDescriptor = -1;
     bool bQuoteNewLine = false;
 
     DWORD dwMaxFields = LIMIT_MAX;
@@ -45,6 +49,9 @@ struct SOptions {
 
     char cOutputSeparator = SCDataAccessDefine::CAMMA_CODE;
     SLineEnd outputLineEnd;
+    std::optional<unsigned> outputCodePage;
+    bool bStrict = false;
+    bool bAddMark = false;
     bool bQuiet = false;
 };
 

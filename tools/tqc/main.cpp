@@ -5,10 +5,10 @@
 #include "CReporter.h"
 #include "CRowPump.h"
 #include "CSource.h"
-#include "CTemporaryFile.h"
 #include "SCCommandLine.h"
 #include "SCInfo.h"
-#include "platform/CodePage.h"
+#include "SCPreview.h"
+#include "SCSignals.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -43,7 +43,7 @@ EExitStatus Convert(const SOptions& options) {
     if (output.IsStandardOutput() && source.IsFileOf(STDOUT_FILENO))
         throw CFailure(ES_USAGE, options.strFile, "standard output is this very file; use -o");
     CReporter reporter(options.strFile, options.bQuiet, IsProgressWanted(output));
-    CRowPump(options, *reader, output, reporter).Run();
+    CRowPump(options, *reader, source.OutputCodePage(), output, reporter).Run();
     output.Finish();
     reporter.Finish();
     return reporter.HasLostRows() ? ES_ROWS_LOST : ES_OK;
@@ -53,10 +53,16 @@ EExitStatus Run(int argc, const char* const* argv) {
     const auto options = SCCommandLine::Parse(argc, argv);
     if (!options)
         return ES_OK;
-    Platform::SetAnsiCodePage(options->uCodePage);
-    if (options->eCommand == SOptions::CMD_CONVERT)
+    switch (options->eCommand) {
+    case SOptions::CMD_CONVERT:
         return Convert(*options);
-    SCInfo::Show(*options);
+    case SOptions::CMD_PREVIEW:
+        SCPreview::Show(*options);
+        break;
+    case SOptions::CMD_INFO:
+        SCInfo::Show(*options);
+        break;
+    }
     return ES_OK;
 }
 
@@ -69,7 +75,7 @@ int main(int argc, char** argv) {
     // Failing writes say what happened; the signals would only end the program.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    CTemporaryFile::HandleSignals();
+    SCSignals::Handle();
     try {
         return Run(argc, argv);
     } catch (const CFailure& failure) {

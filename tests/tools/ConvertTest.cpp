@@ -1,0 +1,245 @@
+// tqc on fixed-length text and packages, and between encodings.
+#include "support/TempFolder.h"
+#include "support/ZipWriter.h"
+#include "tools/CProgram.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/ioctl.h>
+#include <termios.h>
+
+#include <chrono>
+#include <pty.h>
+#include <thread>
+
+namespace NSTQ::Tests {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string MARK = "\xEF\xBB\xBF";
+const std::string UTF8 = "\xE8\xA1\xA8,\"a b\",1\r\n"; // 表, whose second byte in Shift_JIS is a backslash
+const std::string SJIS = "\x95\x5C,\"a b\",1\r\n";
+
+class Convert : public testing::Test {
+protected:
+    void SetUp() override { ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1); }
+    void TearDown() override {
+        ::unsetenv("TMPDIR");
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path("tmp")))
+            EXPECT_TRUE(entry.is_directory() && entry.path().filename().string().find("TQD") == std::string::npos)
+                << entry.path();
+    }
+    SResult Run(const std::vector<std::string>& arguments) { return CProgram(arguments, {m_folder.Path()}).Finish(); }
+    std::string Package(const std::string& content) {
+        return m_folder.WriteFile("a.xtqf", MakeZip({{.name = "TqData\\SourceFile.csv", .content = content}}));
+    }
+
+    CTempFolder m_folder;
+};
+
+TEST_F(Convert, BetweenEncodings) {
+    const struct {
+        const char* title;
+        std::string content;
+        std::vector<std::string> options;
+        std::string output;
+        const char* errors; ///< a part of standard error; none expected when empty
+        int status;
+    } cases[] = {
+        {"to UTF-8",
+         SJIS,
+         {"--encoding", "shift_jis", "--output-encoding", "utf-8"},
+         UTF8.substr(0, 3) + ",a b,1\r\n",
+         "",
+         0},
+        {"to Shift_JIS", MARK + UTF8, {"--output-encoding", "932"}, SJIS.substr(0, 2) + ",a b,1\r\n", "", 0},
+        {"UTF-8 without a mark",
+         UTF8,
+         {"--encoding", "utf-8", "--output-encoding", "sjis"},
+         SJIS.substr(0, 2) + ",a b,1\r\n",
+         "",
+         0},
+        {"the same encoding", SJIS, {"--encoding", "932"}, SJIS.substr(0, 2) + ",a b,1\r\n", "", 0},
+        {"to another page",
+         "\xE8,\xFF\n",
+         {"--encoding", "1252", "--output-encoding", "utf-8"},
+         "\xC3\xA8,\xC3\xBF\r\n",
+         "",
+         0},
+        {"with a mark", "a\n", {"--add-bom"}, MARK + "a\r\n", "", 0},
+        {"no form",
+         "a,\xC3\xA9\xE2\x82\xAC\nb\n",
+         {"--output-encoding", "932"},
+         "a,e?\r\nb\r\n",
+         "row 1: replaced",
+         1},
+        {"a best fit counts as lost",
+         "\xC2\xA5\n",
+         {"--type", "csv", "--output-encoding", "932"},
+         "\\\r\n",
+         "row 1: replaced",
+         1},
+        {"no characters in the source",
+         "a,\x81\x20\xFFz\n",
+         {"--encoding", "932", "--output-encoding", "utf-8"},
+         "",
+         "no character",
+         1},
+        {"strict",
+         "a\n\xE2\x82\xAC\n",
+         {"--type", "csv", "--output-encoding", "932", "--strict"},
+         "",
+         "row 2: characters",
+         5},
+        {"a middle dot is no loss",
+         "\x81\x45,1\n",
+         {"--encoding", "932", "--output-encoding", "utf-8"},
+         "\xE3\x83\xBB,1\r\n",
+         "",
+         0},
+        {"a mark needs UTF-8", "a\n", {"--add-bom", "--output-encoding", "932"}, "", "--output-encoding utf-8", 2},
+        {"widths for delimited text", "a\n", {"--widths", "1", "--type", "csv"}, "", "--type fix", 2},
+        {"a width of 0", "a\n", {"--widths", "3,0"}, "", "1 to 65535", 2},
+        {"no width", "a\n", {"--widths", "3,"}, "", "1 to 65535", 2},
+    };
+    for (const auto& c : cases) {
+        m_folder.WriteFile("a.csv", c.content);
+        std::vector<std::string> arguments{"a.csv"};
+        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+        const SResult result = Run(arguments);
+        EXPECT_EQ(result.status, c.status) << c.title << ": " << result.errors;
+        if (c.status == 0 || !c.output.empty()) {
+            EXPECT_EQ(result.output, c.output) << c.title;
+        }
+        EXPECT_THAT(result.errors, HasSubstr(c.errors)) << c.title;
+        EXPECT_EQ(result.errors.empty(), *c.errors == '\0') << c.title << ": " << result.errors;
+    }
+}
+
+TEST_F(Convert, EverySampleToUtf8AndBack) {
+    const std::filesystem::path samples = TQC_SAMPLES;
+    const struct {
+        std::vector<std::string> arguments;
+        std::string like; ///< the sample whose content, in Shift_JIS, comes back
+    } cases[] = {
+        {{"prices-sjis.csv", "--encoding", "932"}, "prices-sjis.csv"},
+        {{"prices-utf8.csv"}, "prices-sjis.csv"},
+        {{"prices-locked.xtqf", "--password-file", m_folder.WriteFile("key", "secret\n"), "--encoding", "932"},
+         "prices-sjis.csv"},
+        {{"stock.tsv"}, ""},
+        {{"ledger.txt", "--widths", "6,20,10"}, ""},
+    };
+    for (auto c : cases) {
+        SCOPED_TRACE(c.arguments[0]);
+        c.arguments[0] = samples / c.arguments[0];
+        for (const char* option : {"--output-encoding", "utf-8", "--add-bom", "-o"})
+            c.arguments.emplace_back(option);
+        c.arguments.push_back(m_folder.Path("utf8.csv"));
+        ASSERT_EQ(Run(c.arguments).errors, "");
+        const SResult back = Run({"utf8.csv", "--output-encoding", "shift_jis"});
+        EXPECT_EQ(back.errors, "");
+        ASSERT_EQ(Run({"utf8.csv", "--output-encoding", "utf-8", "--add-bom"}).output, m_folder.ReadFile("utf8.csv"));
+        if (c.like.empty())
+            continue;
+        std::ifstream sample(samples / c.like, std::ios::binary);
+        EXPECT_EQ(back.output, std::string(std::istreambuf_iterator<char>(sample), {}));
+    }
+}
+
+TEST_F(Convert, FixedLengthText) {
+    const struct {
+        const char* title;
+        const char* name;
+        std::string content;
+        std::vector<std::string> options;
+        std::string output;
+        const char* errors;
+        int status;
+    } cases[] = {
+        {"CR LF", "a.txt", "ab1\r\n c 22\r\n", {"--widths", "2,2"}, "ab,1\r\nc,2\r\n", "", 0},
+        {"LF", "a.txt", "ab1\ncd2\n", {"--widths", "2,1"}, "ab,1\r\ncd,2\r\n", "", 0},
+        {"another extension", "a.dat", "ab1,\ncd2\t\n", {"--widths", "2,2"}, "ab,\"1,\"\r\ncd,2 \r\n", "", 0},
+        {"without line ends", "a.txt", "ab1cd2", {"--widths", "2,1"}, "ab,1\r\ncd,2\r\n", "", 0},
+        {"an end-of-file mark", "a.txt", "ab1\r\n\x1A", {"--widths", "2,1"}, "ab,1\r\n", "", 0},
+        {"cut fields", "a.txt", "abc1\n", {"--widths", "3,1", "--max-field-size", "2"}, "ab,1\r\n", "field 1", 1},
+        {"too wide", "a.txt", "abc1\n", {"--widths", "6,5", "--max-line-size", "10"}, "", "--max-line-size", 6},
+        {"no widths", "a.txt", "abc1\n", {}, "", "tqc preview a.txt", 5},
+    };
+    for (const auto& c : cases) {
+        m_folder.WriteFile(c.name, c.content);
+        std::vector<std::string> arguments{c.name};
+        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+        const SResult result = Run(arguments);
+        EXPECT_EQ(result.status, c.status) << c.title << ": " << result.errors;
+        EXPECT_EQ(result.output, c.output) << c.title;
+        EXPECT_THAT(result.errors, HasSubstr(c.errors)) << c.title;
+    }
+}
+
+TEST_F(Convert, PreviewShowsTheFirstRows) {
+    m_folder.WriteFile("a.txt", "0123456789ab\r\nc\td\r\n\r\nnot shown\r\n");
+    EXPECT_EQ(Run({"preview", "a.txt"}).output, "        10\n123456789012\n0123456789ab\nc.d\n\n");
+    m_folder.WriteFile("a.csv", "a,\"b,c\"\n1,2\n3\n4\n");
+    EXPECT_EQ(Run({"preview", "a.csv"}).output, "a | b,c\n1 | 2\n3\n");
+    Package(SJIS);
+    EXPECT_EQ(Run({"preview", "a.xtqf", "--encoding", "932", "--output-encoding", "utf-8"}).output,
+              UTF8.substr(0, 3) + " | a b | 1\n");
+}
+
+TEST_F(Convert, PackagesConvertLikeAnySource) {
+    Package(MARK + UTF8);
+    EXPECT_EQ(Run({"a.xtqf"}).output, UTF8.substr(0, 3) + ",a b,1\r\n");
+    m_folder.WriteFile("a.xtqf", "no archive");
+    const SResult damaged = Run({"a.xtqf", "--password-file", m_folder.WriteFile("key", "x")});
+    EXPECT_EQ(damaged.status, 4);
+    EXPECT_THAT(damaged.errors, HasSubstr("a.xtqf: cannot be unpacked"));
+    EXPECT_EQ(Run({"a.xtqf", "--password-file", "missing"}).status, 3);
+    m_folder.WriteFile("a.xtqf", MakeZip({{.name = "other", .content = "x"}}));
+    EXPECT_EQ(Run({"a.xtqf"}).status, 3);
+}
+
+/// The temporary folder is looked at when the test ends.
+TEST_F(Convert, ASignalLeavesNoUnpackedFolder) {
+    std::string rows;
+    for (int i = 0; i < 60'000; ++i)
+        rows += "a,b," + std::to_string(i) + "\n";
+    Package(rows);
+    CProgram program({"a.xtqf"}, {m_folder.Path()});
+    program.ReadSome();
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.Finish().status, -SIGTERM);
+}
+
+/// Runs tqc with a pseudo-terminal of its own and types into it.
+TEST_F(Convert, AsksForThePasswordWithoutShowingIt) {
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        const std::string sample = std::string(TQC_SAMPLES) + "/prices-locked.xtqf";
+        const std::string output = m_folder.Path("out.csv");
+        ::execl(TQC_PROGRAM, "tqc", sample.c_str(), "--encoding", "932", "-o", output.c_str(), nullptr);
+        ::_exit(127);
+    }
+    std::string shown;
+    int answers = 0;
+    char bytes[256];
+    for (ssize_t got = 0; (got = ::read(terminal, bytes, sizeof bytes)) > 0;) {
+        shown.append(bytes, static_cast<std::size_t>(got));
+        if (!shown.ends_with("prices-locked.xtqf: ") || answers == 2)
+            continue;
+        const std::string answer = answers++ == 0 ? "wrong\n" : "secret\n";
+        ASSERT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ::close(terminal);
+    EXPECT_EQ(answers, 2);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << shown;
+    EXPECT_THAT(shown, testing::Not(HasSubstr("secret")));
+    EXPECT_GT(m_folder.ReadFile("out.csv").size(), 50U);
+}
+
+} // namespace
+} // namespace NSTQ::Tests

@@ -1,0 +1,105 @@
+#include "CRowEncoder.h"
+
+#include "SCCodePageNames.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace NSTQ::Tool {
+
+using namespace NSTQ::Platform;
+
+namespace {
+
+constexpr std::size_t FIELD_LENGTH_MAX = 65535;
+
+} // namespace
+
+CRowEncoder::CRowEncoder(unsigned codePage)
+    : m_uCodePage(codePage), m_bIdle(codePage == GetAnsiCodePage()), m_strName(SCCodePageNames::Describe(codePage)) {}
+
+bool CRowEncoder::IsAscii(const char* pText, std::size_t length) {
+    std::uint64_t high = 0;
+    for (; length >= sizeof high; pText += sizeof high, length -= sizeof high) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, pText, sizeof word);
+        high |= word;
+    }
+    for (; length > 0; ++pText, --length)
+        high |= static_cast<std::uint64_t>(static_cast<unsigned char>(*pText));
+    return (high & 0x8080808080808080U) == 0;
+}
+
+void CRowEncoder::Encode(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
+    m_strLoss.clear();
+    bool isAscii = true;
+    for (DWORD i = 0; i < dwCount && isAscii; ++i)
+        isAscii = IsAscii(ppFields[i], pLengths[i]);
+    if (isAscii)
+        return;
+    m_strText.clear();
+    m_vecStarts.clear();
+    m_vecLengths.clear();
+    for (DWORD i = 0; i < dwCount; ++i)
+        EncodeField(ppFields[i], pLengths[i]);
+    m_vecFields.clear();
+    for (const std::size_t start : m_vecStarts)
+        m_vecFields.push_back(m_strText.data() + start);
+    ppFields = m_vecFields.data();
+    pLengths = m_vecLengths.data();
+}
+
+void CRowEncoder::EncodeField(const char* pText, WORD wLength) {
+    const std::size_t start = m_strText.size();
+    m_vecStarts.push_back(start);
+    m_vecWide.resize(std::max<std::size_t>(m_vecWide.size(), wLength));
+    const int units = MultiByteToWideChar(CP_ACP, 0, pText, wLength, m_vecWide.data(), wLength);
+    // No page takes more than three bytes a unit.
+    m_strText.resize(start + static_cast<std::size_t>(units) * 3);
+    const int size = units == 0 ? 0
+                                : WideCharToMultiByte(m_uCodePage, 0, m_vecWide.data(), units, &m_strText[start],
+                                                      units * 3, nullptr, nullptr);
+    m_strText.resize(start + static_cast<std::size_t>(size));
+    if (!IsDefined(pText, wLength, units))
+        AddLoss("bytes that are no character in " + SCCodePageNames::Describe(GetAnsiCodePage()));
+    if (m_uCodePage != CP_UTF8 && !IsKept(start, units))
+        AddLoss("characters that " + m_strName + " does not have");
+    if (m_strText.size() - start > FIELD_LENGTH_MAX) {
+        m_strText.resize(start + FIELD_LENGTH_MAX);
+        while ((static_cast<unsigned char>(m_strText.back()) & 0xC0) == 0x80)
+            m_strText.pop_back();
+        m_strText.pop_back();
+        AddLoss("a field, cut, of more than 65535 bytes in " + m_strName);
+    }
+    m_vecLengths.push_back(static_cast<WORD>(m_strText.size() - start));
+}
+
+/// Whether the source's bytes mean something: they come back the same, or nothing stands in for undefined ones.
+bool CRowEncoder::IsDefined(const char* pText, int length, int units) {
+    constexpr std::u16string_view standIns = u"?\u30FB\uFFFD";
+    const std::u16string_view wide(m_vecWide.data(), static_cast<std::size_t>(units));
+    if (wide.find_first_of(standIns) == std::u16string_view::npos)
+        return true;
+    m_strAnsi.resize(static_cast<std::size_t>(units) * 3);
+    const int back =
+        WideCharToMultiByte(CP_ACP, 0, m_vecWide.data(), units, m_strAnsi.data(), units * 3, nullptr, nullptr);
+    return back == length && std::memcmp(m_strAnsi.data(), pText, static_cast<std::size_t>(length)) == 0;
+}
+
+/// Whether the encoded field leads back to its characters; a best fit does not.
+bool CRowEncoder::IsKept(std::size_t start, int units) {
+    const int size = static_cast<int>(m_strText.size() - start);
+    m_vecBack.resize(std::max<std::size_t>(m_vecBack.size(), static_cast<std::size_t>(size)));
+    const int back =
+        size == 0 ? 0 : MultiByteToWideChar(m_uCodePage, 0, &m_strText[start], size, m_vecBack.data(), size);
+    return back == units && std::equal(m_vecBack.begin(), m_vecBack.begin() + back, m_vecWide.begin());
+}
+
+void CRowEncoder::AddLoss(const std::string& what) {
+    if (m_strLoss.find(what) == std::string::npos)
+        m_strLoss += (m_strLoss.empty() ? "" : ", ") + what;
+}
+
+} // namespace NSTQ::Tool

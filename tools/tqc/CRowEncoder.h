@@ -1,0 +1,46 @@
+// Turns the fields of a row from the ANSI code page into the encoding of the output.
+//
+// Rows of ASCII alone pass as they are. The memory is used again from row to row.
+#pragma once
+
+#include "platform/CodePage.h"
+
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+class CRowEncoder {
+public:
+    explicit CRowEncoder(unsigned codePage);
+
+    /// Nothing is to be turned, because the output is in the ANSI code page.
+    bool IsIdle() const { return m_bIdle; }
+
+    /// Puts the encoded fields in place of those given, where that changes them. They stay valid until the next row.
+    void Encode(const char**& ppFields, const WORD*& pLengths, DWORD dwCount);
+
+    /// Of the last row: what was lost, in words; empty when nothing was.
+    const std::string& Loss() const { return m_strLoss; }
+
+private:
+    static bool IsAscii(const char* pText, std::size_t length);
+    void EncodeField(const char* pText, WORD wLength);
+    bool IsDefined(const char* pText, int length, int units);
+    bool IsKept(std::size_t start, int units);
+    void AddLoss(const std::string& what);
+
+    unsigned m_uCodePage;
+    bool m_bIdle;
+    std::string m_strName;
+    std::vector<WCHAR> m_vecWide;
+    std::vector<WCHAR> m_vecBack;
+    std::string m_strAnsi;
+    std::string m_strText; ///< the encoded fields one after another
+    std::vector<std::size_t> m_vecStarts;
+    std::vector<const char*> m_vecFields;
+    std::vector<WORD> m_vecLengths;
+    std::string m_strLoss;
+};
+
+} // namespace NSTQ::Tool

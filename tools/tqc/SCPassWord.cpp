@@ -1,0 +1,116 @@
+#include "SCPassWord.h"
+
+#include "CFailure.h"
+#include "SCErrorText.h"
+#include "SCPathText.h"
+#include "SCSignals.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace NSTQ::Tool {
+namespace {
+
+/// One byte more than a description takes of a password.
+constexpr std::size_t PASSWORD_ROOM = 1024;
+
+class CDescriptor {
+public:
+    explicit CDescriptor(int descriptor) : m_iDescriptor(descriptor) {}
+    CDescriptor(const CDescriptor&) = delete;
+    CDescriptor& operator=(const CDescriptor&) = delete;
+    ~CDescriptor() {
+        if (m_iDescriptor >= 0)
+            ::close(m_iDescriptor);
+    }
+    int Get() const { return m_iDescriptor; }
+
+private:
+    int m_iDescriptor;
+};
+
+/// The terminal without its echo, for as long as it lives.
+class CSilentTerminal {
+public:
+    explicit CSilentTerminal(int terminal) : m_iTerminal(terminal) {
+        const SCSignals::CHeld held;
+        m_bSilent = ::tcgetattr(terminal, &m_before) == 0;
+        if (!m_bSilent)
+            return;
+        termios silent = m_before;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        ::tcsetattr(terminal, TCSAFLUSH, &silent);
+        SCSignals::RestoreTerminal(terminal, &m_before);
+    }
+    CSilentTerminal(const CSilentTerminal&) = delete;
+    CSilentTerminal& operator=(const CSilentTerminal&) = delete;
+    ~CSilentTerminal() {
+        if (!m_bSilent)
+            return;
+        const SCSignals::CHeld held;
+        ::tcsetattr(m_iTerminal, TCSAFLUSH, &m_before);
+        SCSignals::RestoreTerminal(-1, nullptr);
+    }
+
+private:
+    int m_iTerminal;
+    bool m_bSilent = false;
+    termios m_before{};
+};
+
+/// Up to the first line end, which is taken too. One byte a call, because what follows belongs to others.
+bool ReadLine(int descriptor, std::string& line) {
+    line.clear();
+    for (char c = 0; line.size() < PASSWORD_ROOM;) {
+        const ssize_t got = ::read(descriptor, &c, 1);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return false;
+        if (got == 0 || c == '\n')
+            break;
+        line += c;
+    }
+    if (line.ends_with('\r'))
+        line.pop_back();
+    return true;
+}
+
+std::string ReadFrom(int descriptor, const std::string& name) {
+    std::string line;
+    if (descriptor < 0 || !ReadLine(descriptor, line))
+        throw CFailure(ES_NOT_FOUND, name, "no password can be read from it: " + SCErrorText::OfSystem(errno));
+    return SCPathText::ToAnsi(line, name, "the password");
+}
+
+} // namespace
+
+std::optional<std::string> SCPassWord::FromOptions(const SOptions& options) {
+    if (!options.strPassWordFile.empty()) {
+        const CDescriptor file(::open(options.strPassWordFile.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        return ReadFrom(file.Get(), options.strPassWordFile);
+    }
+    if (options.iPassWordDescriptor >= 0)
+        return ReadFrom(options.iPassWordDescriptor, "descriptor " + std::to_string(options.iPassWordDescriptor));
+    return std::nullopt;
+}
+
+std::optional<std::string> SCPassWord::Ask(const std::string& file) {
+    const CDescriptor terminal(::open("/dev/tty", O_RDWR | O_CLOEXEC));
+    if (terminal.Get() < 0)
+        return std::nullopt;
+    const std::string prompt = "Password for " + file + ": ";
+    std::string line;
+    bool read = false;
+    {
+        const CSilentTerminal silent(terminal.Get());
+        read = ::write(terminal.Get(), prompt.data(), prompt.size()) > 0 && ReadLine(terminal.Get(), line);
+    }
+    if (::write(terminal.Get(), "\n", 1) < 0 || !read || line.empty())
+        return std::nullopt;
+    return SCPathText::ToAnsi(line, file, "the password");
+}
+
+} // namespace NSTQ::Tool

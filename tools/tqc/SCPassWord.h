@@ -1,0 +1,22 @@
+// The password of a package: from a file, a descriptor or the terminal, never from the command line, where others
+// could see it.
+#pragma once
+
+#include "SOptions.h"
+
+#include <optional>
+#include <string>
+
+namespace NSTQ::Tool {
+
+class SCPassWord {
+public:
+    /// The first line of the file or descriptor that the options name, in the ANSI code page; nothing when they name
+    /// none. Throws CFailure when it cannot be read or used.
+    static std::optional<std::string> FromOptions(const SOptions& options);
+
+    /// Asks on the terminal without showing what is typed. Nothing when there is no terminal or nothing is entered.
+    static std::optional<std::string> Ask(const std::string& file);
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,82 @@
+#include "SCSignals.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+
+namespace NSTQ::Tool {
+namespace {
+
+constexpr int ENDING_SIGNALS[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
+
+// Atomic and lock-free, so that a handler may look at them.
+std::atomic<const char*> g_pFile{nullptr};
+std::atomic<const char*> g_pFolder{nullptr};
+std::atomic<const termios*> g_pTerminalSettings{nullptr};
+std::atomic<int> g_iTerminal{-1};
+static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+
+/// A tree cannot be walked in a handler, but another program may be started there. It never follows a link.
+void RemoveTree(const char* path) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::execl("/bin/rm", "rm", "-rf", "--", path, static_cast<char*>(nullptr));
+        ::_exit(1);
+    }
+    if (child > 0)
+        ::waitpid(child, nullptr, 0);
+}
+
+/// Only functions that may be called in a handler.
+void PutRightAndEnd(int signal) {
+    if (const termios* settings = g_pTerminalSettings.load())
+        ::tcsetattr(g_iTerminal, TCSANOW, settings);
+    if (const char* path = g_pFile.load())
+        ::unlink(path);
+    if (const char* path = g_pFolder.load())
+        RemoveTree(path);
+    ::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
+
+} // namespace
+
+void SCSignals::Handle() {
+    for (const int signal : ENDING_SIGNALS) {
+        struct sigaction action {};
+        ::sigaction(signal, nullptr, &action);
+        if (action.sa_handler == SIG_IGN)
+            continue;
+        action.sa_handler = PutRightAndEnd;
+        ::sigfillset(&action.sa_mask);
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+void SCSignals::RemoveFile(const char* path) {
+    g_pFile = path;
+}
+
+void SCSignals::RemoveFolder(const char* path) {
+    g_pFolder = path;
+}
+
+void SCSignals::RestoreTerminal(int terminal, const termios* settings) {
+    g_iTerminal = terminal;
+    g_pTerminalSettings = settings;
+}
+
+SCSignals::CHeld::CHeld() {
+    sigset_t held;
+    ::sigemptyset(&held);
+    for (const int signal : ENDING_SIGNALS)
+        ::sigaddset(&held, signal);
+    ::sigprocmask(SIG_BLOCK, &held, &m_before);
+}
+
+SCSignals::CHeld::~CHeld() {
+    ::sigprocmask(SIG_SETMASK, &m_before, nullptr);
+}
+
+} // namespace NSTQ::Tool
