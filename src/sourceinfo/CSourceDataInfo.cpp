@@ -146,7 +146,9 @@ void CSourceDataInfo::Initialize() {
     ClearBuffer(m_pUncompressFolderPath);
 }
 
-CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool) {
+CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool bUseOffice2007Provider) {
+    if (IsDBSourceData(m_eSourceFileType))
+        return PrepareDatabase(bUseOffice2007Provider);
     const bool hasReader = m_eSourceFileType == SCDeclareConstant::SFT_CSV ||
                            m_eSourceFileType == SCDeclareConstant::SFT_TXT ||
                            m_eSourceFileType > SCDeclareConstant::SFT_ACCDB;
