@@ -17,8 +17,9 @@ namespace NSTQ::NSTQCore {
 class TQCACCESS_API CDataAccess {
 public:
     /// Creates the reader for the description's type and gives it the description's line end: CCsvDataAccess for
-    /// comma- and tab-separated text, CFixDataAccess for fixed-length text, which takes the column widths here. The
-    /// description must not be null.
+    /// comma- and tab-separated text, CFixDataAccess for fixed-length text, which takes the column widths here,
+    /// CADOOperater, without the line end, for workbooks and databases, whose failures while reading are exceptions
+    /// (Platform::_com_error). The description must not be null.
     /// Throws std::bad_alloc, or what a reader's constructor throws; no facade results then.
     CDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, const CSourceDataInfo* pInfo);
     ~CDataAccess();

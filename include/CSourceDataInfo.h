@@ -72,7 +72,7 @@ public:
     ///   package                            unpacks it into a new private folder below the temporary folder with the
     ///                                      record's password; the type stays SFT_XTQF and GetFilePath then gives
     ///                                      the data file. A folder of an earlier preparation stays on disk.
-    ///   workbooks and databases            have no reader yet: SDO_FAILED
+    ///   workbooks and databases            lists their sheets or tables; see below
     ESourceDataOpen PrepareReadSourceData(bool bUseOffice2007Provider);
 
     /// The path that a text reader opens: a package's data file, else the source's path. False, with `path`
@@ -114,7 +114,41 @@ public:
     /// Never null; empty when nothing was unpacked.
     const char* GetUncompressFolderPath() const;
 
+    // Workbooks and databases. Preparation builds the connection string and lists the sheets or tables; the host then
+    // chooses one with SetSelectSchemaIndx and opens a reader. The strings come from here for types 4 to 7 only.
+    // Preparation gives SDO_DATABASE; SDO_PASSWORD_ERROR when a database asks for another password (GetIsNeedPassWord
+    // is true then) or a workbook cannot be opened at all, be it for a password, be it that it is missing or damaged;
+    // SDO_ACCESS_DENIED, with GetIsNeedPassWord true, for every other failure of the listing; SDO_EXCEPTION when
+    // memory runs out. `bUseOffice2007Provider` chooses the newer provider for xls and mdb files.
+
+    /// Lists the names anew over the connection string, which is preparation's work. A workbook offers its
+    /// worksheets, without the '$' that ends them and without the quotes around; a database all its tables and views.
+    /// Always true, also with no name to offer; failures raise Platform::_com_error.
+    bool SetSchemaName(SCDeclareConstant::ESourceFileType type);
+    /// Copies the chosen name with its NUL to `pName`, which has room for the longest one. False, with nothing
+    /// written, while the selection does not point into the list.
+    bool GetSchemaName(char* pName) const;
+    /// The names in the source's order; the texts stay the record's. A name with characters that the ANSI code page
+    /// does not have shows '?' in their place and cannot be opened. False, with `vecName` untouched, while there are
+    /// none.
+    bool GetSchemaName(std::vector<char*>& vecName) const;
+    /// Chooses a name and builds the record-set string for it. False, with nothing changed, for an index outside the
+    /// list. A new listing leaves the index as it is but empties the record-set string.
+    bool SetSelectSchemaIndx(DWORD dwIndex);
+    /// The connection string: provider, path and password exactly as they are. False, with the parameter untouched,
+    /// for another type and while there is none.
+    bool GetConnectString(const char*& pConnectString) const;
+    /// The statement that selects all rows of the chosen sheet or table, cut to 255 bytes, which no name of a sheet
+    /// reaches; a cut one does not open. False as above.
+    bool GetRecordSetString(const char*& pRecordSetString) const;
+
 private:
+    ESourceDataOpen PrepareDatabase(bool bUseOffice2007Provider);
+    ESourceDataOpen GetListingError(LONG hr);
+    bool CreateConnectString(const char* path, SCDeclareConstant::ESourceFileType type, bool bUseOffice2007Provider);
+    bool CreateRecordSetString(const char* pName);
+    bool GetDatabaseString(const std::unique_ptr<char[]>& buffer, const char*& text) const;
+
     static const DWORD PASSWORD_BUFFSIZE = 128;
     static const DWORD CONNECT_STRING_BUFFSIZE = 1024;
     static const DWORD RECORDSET_STRING_BUFFSIZE = 256;

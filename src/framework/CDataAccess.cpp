@@ -1,5 +1,6 @@
 #include "CDataAccess.h"
 
+#include "CADOOperater.h"
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
@@ -38,6 +39,11 @@ std::unique_ptr<IDataAccess> CreateReader(const SLimits& limits, const CSourceDa
         reader->SetDelimiter(pre, post);
         return reader;
     }
+    case SCDeclareConstant::SFT_XLS:
+    case SCDeclareConstant::SFT_MDB:
+    case SCDeclareConstant::SFT_XLSX:
+    case SCDeclareConstant::SFT_ACCDB:
+        return std::make_unique<CADOOperater>(limits.dwMaxFieldCnt, limits.dwMaxLineSize, limits.dwMaxFieldSize);
     default:
         return nullptr;
     }

@@ -149,10 +149,10 @@ void CSourceDataInfo::Initialize() {
     ClearBuffer(m_pUncompressFolderPath);
 }
 
-CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool) {
+CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool bUseOffice2007Provider) {
     try {
         if (IsDBSourceData(m_eSourceFileType))
-            return SDO_FAILED;
+            return PrepareDatabase(bUseOffice2007Provider);
         if (m_eSourceFileType == SCDeclareConstant::SFT_FIX)
             return PrepareFixFile();
         if (m_eSourceFileType == SCDeclareConstant::SFT_XTQF)

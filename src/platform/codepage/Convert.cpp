@@ -3,9 +3,11 @@
 #include "platform/CodePage.h"
 
 #include "platform/codepage/CodePageTables.h"
+#include "platform/codepage/Transcode.h"
 #include "platform/codepage/Utf8.h"
 #include "platform/files/Files.h"
 
+#include <algorithm>
 #include <climits>
 #include <concepts>
 #include <cstring>
@@ -65,6 +67,26 @@ private:
     TUnit* m_pBuffer;
     TUnit* m_pNext;
     TUnit* m_pEnd;
+};
+
+/// Stores what fits, in whole characters.
+class CCutSink {
+public:
+    CCutSink(unsigned char* buffer, std::size_t room) : m_buffer(buffer, room), m_room(room) {}
+
+    bool PutAscii(const char16_t* from, const char16_t* end) {
+        const auto left = static_cast<std::ptrdiff_t>(m_room - m_buffer.GetCount());
+        return m_buffer.PutAscii(from, from + std::min(end - from, left)) && end - from <= left;
+    }
+    template <std::same_as<unsigned char>... TUnits>
+    bool Put(TUnits... units) {
+        return m_buffer.Put(units...);
+    }
+    std::size_t GetCount() const { return m_buffer.GetCount(); }
+
+private:
+    CStoreSink<unsigned char> m_buffer;
+    std::size_t m_room;
 };
 
 // Decoders: the character at `text`, whose first byte is above 0x7F, goes to the sink and `text` behind it.
@@ -253,6 +275,35 @@ int WideCharToMultiByte(unsigned codePage, DWORD flags, const WCHAR* wide, int w
     if (usedDefault != nullptr && written != 0)
         *usedDefault = defaultByte.m_isUsed;
     return written;
+}
+
+SBoundedText ConvertWideToAnsi(std::u16string_view text, char* out, std::size_t room) {
+    CCutSink sink(reinterpret_cast<unsigned char*>(out), room);
+    CDefaultByte defaultByte{'?', false};
+    const bool isComplete = EncodeText(GetAnsiTables(), text.data(), text.size(), defaultByte, sink);
+    return {sink.GetCount(), isComplete};
+}
+
+bool IsDefinedInAnsi(std::string_view text) {
+    const CCodePageTables& page = GetAnsiTables();
+    const auto* at = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* const end = at + text.size();
+    if (page.IsUtf8())
+        return CountValidUtf8(at, text.size()) == text.size();
+    while ((at = SkipAscii(at, end)) != end) {
+        unsigned bytes = *at++;
+        char16_t unit = page.m_singles[bytes];
+        if (page.IsDoubleByte() && page.IsLead(static_cast<unsigned char>(bytes))) {
+            if (at == end || *at == 0)
+                return false;
+            unit = page.DecodePair(static_cast<unsigned char>(bytes), *at);
+            bytes = bytes << 8 | *at++;
+        }
+        // Several codes may stand for one character; only what undefined codes turn into is in doubt.
+        if (unit == page.m_defaultCharacter && page.Encode(unit) != bytes)
+            return false;
+    }
+    return true;
 }
 
 } // namespace NSTQ::Platform

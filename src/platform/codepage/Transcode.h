@@ -4,8 +4,21 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 namespace NSTQ::Platform {
+
+struct SBoundedText {
+    std::size_t length; ///< bytes written
+    bool isComplete;    ///< whether that is the whole text
+};
+
+/// UTF-16 into the ANSI code page, as WideCharToMultiByte with flags 0 does, but cut to whole characters where `out`
+/// with its `room` bytes ends. No NUL is added.
+SBoundedText ConvertWideToAnsi(std::u16string_view text, char* out, std::size_t room);
+
+/// Whether every character of `text` is defined in the ANSI code page, so that MultiByteToWideChar invents none.
+bool IsDefinedInAnsi(std::string_view text);
 
 /// Converts the `length` bytes of `text` in place and returns the new length in bytes, which is never above `length`:
 /// in the pages of one and two bytes every character takes at most two, every character that UTF-8 writes with one

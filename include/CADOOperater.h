@@ -1,0 +1,115 @@
+// CADOOperater: the reader of workbooks and databases, and the listing of their sheets and tables.
+//
+// Rows come as IDataAccess says. Each value is turned into text in the ANSI code page: texts as they are, other types
+// as the user's locale writes them, a missing value empty; characters that the page does not have become '?'. The
+// text is cut to dwMaxFieldSize bytes, never inside a character. Then leading blanks and control bytes are dropped, a
+// TAB becomes a space, other control bytes vanish, and trailing spaces go, except those that a TAB became or that
+// stand before one. All texts of a row stand in one line buffer; reading allocates nothing for a row or a cell.
+//
+// Failures: FileOpen and FileClose report them as false; GetErrorRet then gives the HRESULT, and GetErrorCode is
+// always 0. HasNextLineData, GetLineData and GetFieldsName raise Platform::_com_error, and so do the constructor and
+// the listing. A host that reads such sources has to be ready for it, also through CDataAccess. No row is passed
+// over: after a failed GetLineData the next call fails in the same way as long as the cause is there.
+//
+// Limits, where they are not those of IDataAccess:
+//   columns  a sheet or table with more than dwMaxFieldCnt columns is refused: FileOpen gives false and GetErrorRet
+//            DB_E_DATAOVERFLOW (0x80040E57)
+//   row      texts that with their NULs need more than dwMaxLineSize + 1 bytes raise DB_E_DATAOVERFLOW, and so does
+//            a column name of more than dwMaxFieldSize + 1 bytes; nothing is written past a buffer
+//   sizes    a dwMaxLineSize or dwMaxFieldSize above 65535 is taken as 65535, because lengths have 16 bits
+//
+// COM: the constructor enters the single-threaded apartment of its thread, the destructor leaves it (also when the
+// constructor fails); each listing does so around itself. One thread constructs, uses and destroys a reader, and it
+// must not have entered a multithreaded apartment. Different readers are independent.
+#pragma once
+
+#include "IDataAccess.h"
+
+#include <cstddef>
+#include <memory>
+
+namespace NSTQ::NSTQCore {
+
+class TQCACCESS_API CADOOperater : public IDataAccess {
+public:
+    /// Throws _com_error (E_POINTER when there is no record set object) or std::bad_alloc.
+    CADOOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
+    /// Closes what is open, whatever that gives.
+    ~CADOOperater() override;
+    CADOOperater(const CADOOperater&) = delete;
+    CADOOperater& operator=(const CADOOperater&) = delete;
+
+    /// Opens the source and the chosen sheet or table of a description on which SetSelectSchemaIndx has succeeded;
+    /// once for each reader. The first row is the source's first; the description's start row and character set play
+    /// no part. False, with what GetErrorRet says: the HRESULT of the open that failed, or 0 when the description
+    /// has no connection or no record-set string. Raises nothing.
+    bool FileOpen(const CSourceDataInfo* pInfo) override;
+
+    /// Closes record set and connection. False when one of them is not open or does not close; a record set that does
+    /// not close leaves the connection open. Counters and codes stay as they are. Raises nothing.
+    bool FileClose();
+
+    /// True until the last row has been read.
+    bool HasNextLineData() override;
+
+    /// False at the end of the data. On false and on an exception the three parameters are not written. `dwCount` is
+    /// the number of columns, which is never above dwMaxFieldCnt.
+    bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
+
+    /// The column names, in the form and the buffers of a row, but each length counts the NUL too, and leading blanks
+    /// stay. Moves nothing; overwrites the row that was handed out before. 0 columns before FileOpen.
+    bool GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD& dwCount);
+
+    /// This reader does not move: always false. GetErrorRet is 0 afterwards.
+    bool MoveFileBegin() override;
+    bool MoveFileEnd() override;
+    /// Always false; the parameters are not written.
+    bool GetSpecificLineData(DWORD dwLine, const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
+
+    /// Always 0.
+    DWORD GetErrorCode() override;
+    /// The HRESULT of the last open that FileOpen made; 0 when it succeeded.
+    LONG GetErrorRet();
+
+    /// Rows read in thousandths of all rows; 0 when there are none.
+    int GetReadPosition() override;
+    /// The number of rows; 0 before FileOpen.
+    DWORD GetMaxRowNum();
+
+    /// Lists the sheets and tables of a source: `dwCount` is their number, `dwSize` the bytes of all their names with
+    /// one NUL after each. Always true; every failure raises _com_error. Both are untouched when the source cannot be
+    /// opened and hold what was counted so far when the listing breaks off.
+    static bool GetSchemaNameSize(DWORD& dwSize, DWORD& dwCount, const char* pConnectString);
+
+    /// Lists them again: the names go into `pNameBuff` one after another, each with its NUL, in the provider's order;
+    /// `ppName` and `pLen` get each name's start and its length in bytes without the NUL; `dwCount`, written last, is
+    /// their number. The caller provides what GetSchemaNameSize told. When this thread's last GetSchemaNameSize was
+    /// for the same connection string, the room that it told is kept to: a source that has grown since raises
+    /// DB_E_DATAOVERFLOW, with nothing written past it.
+    static bool GetSchemaName(char** ppName, WORD* pLen, char* pNameBuff, DWORD& dwCount, const char* pConnectString);
+
+private:
+    struct SAdo;
+
+    void InitialErrorCode();
+    void InitialErrorRet();
+    bool _OpenConnection(const CSourceDataInfo& info);
+    bool _OpenRecordset(const CSourceDataInfo& info);
+    std::size_t _StoreField(DWORD dwField, std::size_t offset, std::size_t length, std::size_t countedNul);
+
+    DWORD m_dwMaxFieldSize;
+    DWORD m_dwMaxLineSize;
+    DWORD m_dwMaxFieldCnt;
+    std::unique_ptr<SAdo> m_pAdo; ///< the apartment and, in it, record set and connection
+    DWORD m_dwFieldCnt = 0;       ///< columns of the open record set
+    DWORD m_dwMaxRowNum = 0;
+    DWORD m_dwReadRowCnt = 0;
+    std::unique_ptr<char[]> m_pFieldBuff;         ///< dwMaxFieldSize + 1 bytes: one value while it is cut and cleaned
+    std::unique_ptr<char[]> m_pLineBuff;          ///< dwMaxLineSize + 1 bytes: the texts of a row, each with a NUL
+    std::unique_ptr<const char*[]> m_ppFieldData; ///< dwMaxFieldCnt pointers into the line buffer
+    std::unique_ptr<WORD[]> m_pFieldLen;          ///< dwMaxFieldCnt lengths in bytes
+    DWORD m_dwErrorCode = 0;
+    LONG m_hrErrorRet = 0;
+};
+
+} // namespace NSTQ::NSTQCore

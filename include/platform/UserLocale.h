@@ -1,0 +1,33 @@
+// The user's locale: how values of workbooks and databases look as text.
+//
+// On Linux it is a setting of this layer and not of the environment: the library never calls setlocale. A host sets
+// it once, before it uses anything else of the library, and from one thread; afterwards any thread may use it.
+#pragma once
+
+#include "Export.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace NSTQ::Platform {
+
+/// Pictures are ASCII, not empty, and have at most this many characters.
+inline constexpr std::size_t maxLocalePicture = 31;
+
+struct SUserLocale {
+    /// yyyy, yy: the year with four or two digits; MM, M: the month, dd, d: the day, with two digits or without a
+    /// leading zero. Every other character stands for itself; a single y and longer runs are refused.
+    std::string_view dateFormat = "yyyy/MM/dd";
+    /// HH, H: the hour from 0 to 23; hh, h: from 1 to 12; mm, m: the minute; ss, s: the second; tt: AM or PM.
+    std::string_view timeFormat = "H:mm:ss";
+    /// A printable ASCII character other than a blank, a digit, a letter, '-', '+' and '#'.
+    char decimalSign = '.';
+};
+
+/// Takes a copy. False, and the setting stays, when a part of it is not as above.
+TQCACCESS_API bool SetUserLocale(const SUserLocale& locale);
+
+/// The setting, valid until the next SetUserLocale.
+TQCACCESS_API SUserLocale GetUserLocale();
+
+} // namespace NSTQ::Platform

@@ -1,0 +1,31 @@
+// What the reader and the listing share: making ADO's objects, and a connection string on its way to them.
+#pragma once
+
+#include "platform/ado/Ado.h"
+
+namespace NSTQ::NSTQCore {
+
+/// An object of the class of a ProgID, or null when there is none to be had.
+template <class T>
+Platform::CComPtr<T> CreateAdoObject(const char* progId) {
+    Platform::CLSID clsid{};
+    Platform::CComPtr<T> object;
+    if (!Platform::Failed(Platform::CLSIDFromProgID(Platform::BstrFromAnsi(progId).Get(), &clsid)))
+        Platform::CoCreateInstance(clsid, object);
+    return object;
+}
+
+/// What a pointer leads to. Raises E_POINTER for null.
+template <class T>
+T& Require(T* object) {
+    if (object == nullptr)
+        throw Platform::_com_error(Platform::E_POINTER, "an ADO object is missing");
+    return *object;
+}
+
+/// Opens a source by its connection string (null is an empty one), without user and password of its own. Raises
+/// E_FAIL for a string with bytes that the ANSI code page does not define: what they turn into could name another
+/// file.
+void OpenConnection(Platform::_Connection& connection, const char* pConnectString);
+
+} // namespace NSTQ::NSTQCore

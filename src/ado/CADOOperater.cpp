@@ -1,0 +1,264 @@
+#include "CADOOperater.h"
+
+#include "AdoObjects.h"
+#include "CSourceDataInfo.h"
+#include "platform/codepage/Transcode.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace NSTQ::NSTQCore {
+
+using namespace NSTQ::Platform;
+
+namespace {
+
+constexpr DWORD maxSize = 0xFFFF;
+
+/// Runs an open and gives its HRESULT.
+template <class TOpen>
+HRESULT GetResult(TOpen open) {
+    try {
+        open();
+        return S_OK;
+    } catch (const _com_error& error) {
+        return error.Error();
+    }
+}
+
+Field& GetColumn(_Recordset& recordset, DWORD dwField) {
+    VARIANT index;
+    index.vt = VT_I4;
+    index.lVal = static_cast<std::int32_t>(dwField);
+    return Require(Require(recordset.GetFields()).GetItem(index));
+}
+
+/// The text of a value; `converted` lends the memory where the value is none itself.
+std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwField) {
+    if (value.vt == VT_NULL)
+        return {};
+    if (value.vt == VT_BSTR)
+        return BstrView(value.bstrVal);
+    const HRESULT result = VariantChangeType(converted.Get(), &value, 0, VT_BSTR);
+    if (Failed(result))
+        throw _com_error(result, "the value in column " + std::to_string(dwField + 1) + " has no text form");
+    return BstrView(converted.Value().bstrVal);
+}
+
+bool IsPlain(const char* text, std::size_t length) {
+    unsigned char lowest = 0xFF;
+    for (std::size_t i = 0; i < length; ++i)
+        lowest = std::min(lowest, static_cast<unsigned char>(text[i]));
+    return lowest > static_cast<unsigned char>(SCDataAccessDefine::SPACE_CODE);
+}
+
+/// Cleans a text where it stands and returns its new length.
+std::size_t CleanText(char* text, std::size_t length, bool bSkipLeading) {
+    if (IsPlain(text, length))
+        return length;
+    const auto isAbove = [](char c) { return static_cast<unsigned char>(c) > 0x20; };
+    const char* from = bSkipLeading ? std::find_if(text, text + length, isAbove) : text;
+    char* to = text;
+    std::size_t spaces = 0;
+    for (const char* const end = text + length; from != end; ++from) {
+        if (*from == SCDataAccessDefine::SPACE_CODE) {
+            ++spaces;
+        } else if (isAbove(*from) || *from == SCDataAccessDefine::TAB_CODE) {
+            spaces = 0;
+        } else {
+            continue;
+        }
+        *to++ = *from == SCDataAccessDefine::TAB_CODE ? SCDataAccessDefine::SPACE_CODE : *from;
+    }
+    return static_cast<std::size_t>(to - text) - spaces;
+}
+
+[[noreturn]] void FailWithOverflow(const char* what, DWORD dwField) {
+    throw _com_error(DB_E_DATAOVERFLOW,
+                     std::string(what) + " does not fit its buffer, at column " + std::to_string(dwField + 1));
+}
+
+} // namespace
+
+/// The order matters: the objects go before the apartment does.
+struct CADOOperater::SAdo {
+    CComApartment apartment;
+    CComPtr<_Connection> pConnection = CreateAdoObject<_Connection>(SCDataAccessDefine::ADODB_CONNECTION);
+    CComPtr<_Recordset> pRecordset = CreateAdoObject<_Recordset>(SCDataAccessDefine::ADODB_RECORDSET);
+    CVariant converted;
+
+    SAdo() { pRecordset->PutCursorLocation(adUseClient); }
+};
+
+CADOOperater::CADOOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize)
+    : m_dwMaxFieldSize(std::min(dwMaxFieldSize, maxSize)), m_dwMaxLineSize(std::min(dwMaxLineSize, maxSize)),
+      m_dwMaxFieldCnt(dwMaxFieldCnt), m_pAdo(std::make_unique<SAdo>()),
+      m_pFieldBuff(std::make_unique<char[]>(std::size_t{m_dwMaxFieldSize} + 1)),
+      m_pLineBuff(std::make_unique<char[]>(std::size_t{m_dwMaxLineSize} + 1)),
+      m_ppFieldData(std::make_unique<const char*[]>(m_dwMaxFieldCnt)),
+      m_pFieldLen(std::make_unique<WORD[]>(m_dwMaxFieldCnt)) {}
+
+CADOOperater::~CADOOperater() {
+    try {
+        m_pAdo->pRecordset->Close();
+    } catch (...) {
+        // Nothing was open, or it cannot be helped.
+    }
+    try {
+        m_pAdo->pConnection->Close();
+    } catch (...) {
+        // As above.
+    }
+}
+
+bool CADOOperater::FileOpen(const CSourceDataInfo* pInfo) {
+    InitialErrorRet();
+    try {
+        return pInfo != nullptr && _OpenConnection(*pInfo) && _OpenRecordset(*pInfo);
+    } catch (...) {
+        return false;
+    }
+}
+
+bool CADOOperater::_OpenConnection(const CSourceDataInfo& info) {
+    const char* pConnectString = nullptr;
+    if (!info.GetConnectString(pConnectString))
+        return false;
+    _Connection& connection = Require(m_pAdo->pConnection.Get());
+    m_hrErrorRet = GetResult([&] { OpenConnection(connection, pConnectString); });
+    return !Failed(m_hrErrorRet);
+}
+
+bool CADOOperater::_OpenRecordset(const CSourceDataInfo& info) {
+    const char* pRecordSetString = nullptr;
+    if (!info.GetRecordSetString(pRecordSetString))
+        return false;
+    const CBstr statement = BstrFromAnsi(pRecordSetString);
+    VARIANT source;
+    source.vt = VT_BSTR;
+    source.bstrVal = statement.Get();
+    VARIANT connection;
+    connection.vt = VT_DISPATCH;
+    connection.pdispVal = m_pAdo->pConnection.Get();
+    _Recordset& recordset = *m_pAdo->pRecordset.Get();
+    m_hrErrorRet =
+        GetResult([&] { recordset.Open(source, connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
+    if (Failed(m_hrErrorRet))
+        return false;
+
+    const std::int64_t rows = recordset.GetRecordCount();
+    if (rows > 0)
+        m_dwMaxRowNum = static_cast<DWORD>(rows);
+    const LONG columns = Require(recordset.GetFields()).GetCount();
+    if (columns < 0 || static_cast<DWORD>(columns) > m_dwMaxFieldCnt) {
+        m_hrErrorRet = DB_E_DATAOVERFLOW;
+        recordset.Close();
+        return false;
+    }
+    m_dwFieldCnt = static_cast<DWORD>(columns);
+    return true;
+}
+
+bool CADOOperater::FileClose() {
+    try {
+        m_pAdo->pRecordset->Close();
+        m_pAdo->pConnection->Close();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool CADOOperater::HasNextLineData() {
+    return !m_pAdo->pRecordset->GetEOF();
+}
+
+bool CADOOperater::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
+    InitialErrorCode();
+    if (!HasNextLineData())
+        return false;
+    _Recordset& recordset = *m_pAdo->pRecordset.Get();
+    std::size_t offset = 0;
+    for (DWORD i = 0; i < m_dwFieldCnt; ++i) {
+        const VARIANT& value = GetColumn(recordset, i).GetValue();
+        const auto text =
+            ConvertWideToAnsi(GetText(value, m_pAdo->converted, i), m_pFieldBuff.get(), m_dwMaxFieldSize);
+        offset = _StoreField(i, offset, CleanText(m_pFieldBuff.get(), text.length, true), 0);
+    }
+    recordset.MoveNext();
+    ++m_dwReadRowCnt;
+    dwCount = m_dwFieldCnt;
+    ppData = m_ppFieldData.get();
+    pLen = m_pFieldLen.get();
+    return true;
+}
+
+bool CADOOperater::GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
+    std::size_t offset = 0;
+    for (DWORD i = 0; i < m_dwFieldCnt; ++i) {
+        const auto name = ConvertWideToAnsi(GetColumn(*m_pAdo->pRecordset.Get(), i).GetName(), m_pFieldBuff.get(),
+                                            std::size_t{m_dwMaxFieldSize} + 1);
+        if (!name.isComplete)
+            FailWithOverflow("a column name", i);
+        offset = _StoreField(i, offset, CleanText(m_pFieldBuff.get(), name.length, false), 1);
+    }
+    dwCount = m_dwFieldCnt;
+    ppData = m_ppFieldData.get();
+    pLen = m_pFieldLen.get();
+    return true;
+}
+
+/// Moves the field buffer's text into the line buffer and returns where the next one goes.
+std::size_t CADOOperater::_StoreField(DWORD dwField, std::size_t offset, std::size_t length, std::size_t countedNul) {
+    if (length + 1 > std::size_t{m_dwMaxLineSize} + 1 - offset || length + countedNul > maxSize)
+        FailWithOverflow("a row", dwField);
+    char* const target = m_pLineBuff.get() + offset;
+    std::memcpy(target, m_pFieldBuff.get(), length);
+    target[length] = SCDataAccessDefine::NULL_CODE;
+    m_ppFieldData[dwField] = target;
+    m_pFieldLen[dwField] = static_cast<WORD>(length + countedNul);
+    return offset + length + 1;
+}
+
+bool CADOOperater::MoveFileBegin() {
+    InitialErrorRet();
+    return false;
+}
+
+bool CADOOperater::MoveFileEnd() {
+    InitialErrorRet();
+    return false;
+}
+
+bool CADOOperater::GetSpecificLineData(DWORD dwLine, const char**&, const WORD*&, DWORD&) {
+    if (dwLine <= m_dwMaxRowNum)
+        MoveFileBegin();
+    return false;
+}
+
+DWORD CADOOperater::GetErrorCode() {
+    return m_dwErrorCode;
+}
+
+LONG CADOOperater::GetErrorRet() {
+    return m_hrErrorRet;
+}
+
+int CADOOperater::GetReadPosition() {
+    constexpr std::uint64_t thousandths = 1000;
+    return m_dwMaxRowNum == 0 ? 0 : static_cast<int>(m_dwReadRowCnt * thousandths / m_dwMaxRowNum);
+}
+
+DWORD CADOOperater::GetMaxRowNum() {
+    return m_dwMaxRowNum;
+}
+
+void CADOOperater::InitialErrorCode() {
+    m_dwErrorCode = 0;
+}
+
+void CADOOperater::InitialErrorRet() {
+    m_hrErrorRet = S_OK;
+}
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,89 @@
+#include "platform/ado/CConnection.h"
+
+#include "platform/ado/CRecordset.h"
+#include "platform/ado/ConnectionString.h"
+#include "platform/ado/ProviderRegistry.h"
+
+#include <array>
+
+namespace NSTQ::Platform {
+
+namespace {
+
+/// The table schema as rows of two columns.
+class CSchemaRows final : public IRowSource {
+public:
+    explicit CSchemaRows(std::vector<STableSchema> tables) : m_tables(std::move(tables)) {}
+
+    const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    std::int64_t GetRowCount() const override { return static_cast<std::int64_t>(m_tables.size()); }
+    bool MoveNext() override {
+        if (m_next == m_tables.size())
+            return false;
+        const STableSchema& table = m_tables[m_next++];
+        SetText(m_values[0], table.strName);
+        SetText(m_values[1], table.strType);
+        return true;
+    }
+    const VARIANT& GetValue(std::size_t column) override { return m_values.at(column).Value(); }
+
+private:
+    static void SetText(CVariant& value, std::u16string_view text) {
+        const BSTR copy = SysAllocStringLen(text.data(), static_cast<DWORD>(text.size()));
+        if (copy == nullptr)
+            throw _com_error(E_OUTOFMEMORY);
+        VariantClear(value.Get());
+        value.Get()->vt = VT_BSTR;
+        value.Get()->bstrVal = copy;
+    }
+
+    const std::vector<std::u16string> m_names = {u"TABLE_NAME", u"TABLE_TYPE"};
+    std::vector<STableSchema> m_tables;
+    std::size_t m_next = 0;
+    std::array<CVariant, 2> m_values;
+};
+
+template <class T>
+CComPtr<IUnknown> MakeClass() {
+    return CComPtr<IUnknown>(MakeComObject<T>());
+}
+
+} // namespace
+
+std::span<const SBuiltinClass> GetBuiltinClasses() {
+    static constexpr SBuiltinClass classes[] = {
+        {u"ADODB.Connection", &MakeClass<CConnection>},
+        {u"ADODB.Recordset", &MakeClass<CRecordset>},
+    };
+    return classes;
+}
+
+void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) {
+    if (m_pSource)
+        throw _com_error(adErrObjectOpen, "the connection is open already");
+    if (SysStringLen(userId) != 0 || SysStringLen(password) != 0 || options != adConnectUnspecified)
+        throw _com_error(adErrInvalidArgument, "a connection is described by its connection string alone");
+    m_pSource = OpenDataSource(ParseConnectionString(AnsiFromWide(BstrView(connectionString))));
+}
+
+CComPtr<_Recordset> CConnection::OpenSchema(LONG schema) {
+    IDataSource& source = GetSource();
+    if (schema != adSchemaTables)
+        throw _com_error(adErrInvalidArgument, "there is no schema but that of the tables");
+    auto recordset = MakeComObject<CRecordset>();
+    recordset->OpenRows(std::make_unique<CSchemaRows>(source.ListTables()));
+    return recordset;
+}
+
+void CConnection::Close() {
+    GetSource();
+    m_pSource.reset();
+}
+
+IDataSource& CConnection::GetSource() const {
+    if (!m_pSource)
+        throw _com_error(adErrObjectClosed, "the connection is not open");
+    return *m_pSource;
+}
+
+} // namespace NSTQ::Platform

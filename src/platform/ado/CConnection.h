@@ -1,0 +1,22 @@
+// CConnection: the class behind "ADODB.Connection". It owns the open workbook or database.
+#pragma once
+
+#include "platform/ado/Ado.h"
+#include "platform/ado/Provider.h"
+
+namespace NSTQ::Platform {
+
+class CConnection final : public CComObject<_Connection> {
+public:
+    void Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) override;
+    CComPtr<_Recordset> OpenSchema(LONG schema) override;
+    void Close() override;
+
+    /// Raises adErrObjectClosed.
+    IDataSource& GetSource() const;
+
+private:
+    std::unique_ptr<IDataSource> m_pSource; ///< null while closed
+};
+
+} // namespace NSTQ::Platform

@@ -1,0 +1,59 @@
+// CRecordset: the class behind "ADODB.Recordset", over the rows of a provider.
+#pragma once
+
+#include "platform/ado/Ado.h"
+#include "platform/ado/Provider.h"
+
+#include <optional>
+#include <vector>
+
+namespace NSTQ::Platform {
+
+class CRecordset final : public CComObject<_Recordset> {
+public:
+    CRecordset();
+
+    void PutCursorLocation(LONG location) override;
+    void Open(const VARIANT& source, const VARIANT& activeConnection, LONG cursorType, LONG lockType,
+              LONG options) override;
+    std::int64_t GetRecordCount() override;
+    Fields* GetFields() override;
+    bool GetEOF() override;
+    void MoveNext() override;
+    void Close() override;
+
+    /// Opens it on rows that are there already and stands at the first one.
+    void OpenRows(std::unique_ptr<IRowSource> rows);
+
+private:
+    class CField final : public Field {
+    public:
+        CField(CRecordset& owner, std::size_t column) : m_owner(owner), m_column(column) {}
+        const VARIANT& GetValue() override { return m_owner.GetCurrentRow().GetValue(m_column); }
+        std::u16string_view GetName() override { return m_owner.GetRows().GetColumnNames()[m_column]; }
+
+    private:
+        CRecordset& m_owner;
+        std::size_t m_column;
+    };
+
+    class CFields final : public Fields {
+    public:
+        LONG GetCount() override { return static_cast<LONG>(m_fields.size()); }
+        Field* GetItem(const VARIANT& index) override;
+
+        std::vector<CField> m_fields;
+    };
+
+    IRowSource& GetRows() const;
+    IRowSource& GetCurrentRow() const;
+    void RequireClosed() const;
+    void RequirePosition() const;
+
+    std::unique_ptr<IRowSource> m_pRows; ///< null while closed
+    CFields m_fields;
+    bool m_bEOF = false;
+    std::optional<_com_error> m_lost; ///< why there is no position any more
+};
+
+} // namespace NSTQ::Platform

@@ -1,0 +1,65 @@
+// BSTR: a UTF-16 text with its length before it and a NUL behind it, which may hold NULs.
+#pragma once
+
+#include "platform/Types.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace NSTQ::Platform {
+
+/// Points at the first unit; null is an empty text. Owned by whoever holds it; freed with SysFreeString.
+using BSTR = WCHAR*;
+
+/// A copy of `text` up to its NUL. Null when memory runs out, for a null text, and, as below, for one of 2^30 units
+/// or more.
+BSTR SysAllocString(const WCHAR* text);
+/// `length` units of `text`, or uninitialised ones when it is null, with a NUL behind. Null when memory runs out.
+BSTR SysAllocStringLen(const WCHAR* text, DWORD length);
+/// Makes `*text` hold `length` units of `source` (not part of `*text`). Memory that is large enough is used again,
+/// so that a text rewritten over and over allocates nothing. False when memory runs out; `*text` is as before then.
+bool SysReAllocStringLen(BSTR* text, const WCHAR* source, DWORD length);
+/// Null is allowed.
+void SysFreeString(BSTR text);
+/// Length in units; 0 for null.
+DWORD SysStringLen(BSTR text);
+
+inline std::u16string_view BstrView(BSTR text) {
+    return {text, text == nullptr ? 0 : SysStringLen(text)};
+}
+
+/// Owns a BSTR.
+class CBstr {
+public:
+    CBstr() = default;
+    /// Throws _com_error with E_OUTOFMEMORY.
+    explicit CBstr(std::u16string_view text);
+    /// Takes over a text.
+    static CBstr Attach(BSTR text) {
+        CBstr result;
+        result.m_text = text;
+        return result;
+    }
+    CBstr(CBstr&& other) noexcept : m_text(std::exchange(other.m_text, nullptr)) {}
+    CBstr& operator=(CBstr&& other) noexcept {
+        std::swap(m_text, other.m_text);
+        return *this;
+    }
+    ~CBstr() { SysFreeString(m_text); }
+
+    /// Replaces the text, using its memory again when it is large enough. Throws _com_error with E_OUTOFMEMORY.
+    void Assign(std::u16string_view text);
+    BSTR Get() const { return m_text; }
+    std::u16string_view View() const { return BstrView(m_text); }
+
+private:
+    BSTR m_text = nullptr;
+};
+
+/// A text of the ANSI code page as a BSTR. Throws _com_error with E_OUTOFMEMORY.
+CBstr BstrFromAnsi(std::string_view text);
+/// The text in the ANSI code page. Throws _com_error with E_OUTOFMEMORY for one of 2^31 bytes or more.
+std::string AnsiFromWide(std::u16string_view text);
+
+} // namespace NSTQ::Platform

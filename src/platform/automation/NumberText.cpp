@@ -1,0 +1,176 @@
+#include "platform/UserLocale.h"
+#include "platform/automation/ValueText.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace NSTQ::Platform {
+
+namespace {
+
+constexpr int doubleDigits = 15;
+constexpr int floatDigits = 7;
+constexpr int currencyScale = 4;
+constexpr int maxDecimalScale = 28;
+/// From this exponent down a number takes the exponent form.
+constexpr int smallExponent = -5;
+
+std::string_view WithoutTrailingZeros(std::string_view digits) {
+    return digits.substr(0, digits.find_last_not_of('0') + 1);
+}
+
+/// Writes the number 0.DIGITS times 10 to the power of `point` without an exponent. No digits means 0.
+void AppendPlain(CValueText& text, std::string_view digits, int point) {
+    const auto whole = point <= 0 ? std::string_view{} : digits.substr(0, static_cast<std::size_t>(point));
+    if (whole.empty())
+        text.Append('0');
+    text.Append(whole);
+    for (auto given = static_cast<int>(whole.size()); given < point; ++given)
+        text.Append('0');
+    const auto fraction = WithoutTrailingZeros(digits.substr(whole.size()));
+    if (fraction.empty())
+        return;
+    text.Append(GetUserLocale().decimalSign);
+    for (int zero = point; zero < 0; ++zero)
+        text.Append('0');
+    text.Append(fraction);
+}
+
+void AppendExponentForm(CValueText& text, std::string_view digits, int exponent) {
+    AppendPlain(text, digits, 1);
+    text.Append('E');
+    text.Append(exponent < 0 ? '-' : '+');
+    const int magnitude = std::abs(exponent);
+    if (magnitude < 10)
+        text.Append('0');
+    AppendInteger(text, magnitude);
+}
+
+/// `value` is positive and finite. The digits are rounded first, so that 999999999999999.9 is 1E+15.
+template <class TFloat>
+void AppendRounded(CValueText& text, TFloat value, int significant) {
+    char scientific[32];
+    const auto end =
+        std::to_chars(scientific, std::end(scientific), value, std::chars_format::scientific, significant - 1).ptr;
+    // D.DDDDe+XX: moving the first digit over the point makes the digits one run.
+    scientific[1] = scientific[0];
+    const std::string_view digits(scientific + 1, static_cast<std::size_t>(significant));
+    const char* exponentText = scientific + 1 + significant + 1;
+    int exponent = 0;
+    std::from_chars(exponentText + (*exponentText == '+' ? 1 : 0), end, exponent);
+    if (exponent >= significant || exponent <= smallExponent)
+        AppendExponentForm(text, WithoutTrailingZeros(digits), exponent);
+    else
+        AppendPlain(text, digits, exponent + 1);
+}
+
+/// Writes `units` divided by 10 to the power of `scale`.
+void AppendScaled(CValueText& text, std::uint64_t units, int scale) {
+    char buffer[24];
+    const auto end = std::to_chars(buffer, std::end(buffer), units).ptr;
+    const std::string_view digits(buffer, static_cast<std::size_t>(end - buffer));
+    AppendPlain(text, digits == "0" ? std::string_view{} : digits, static_cast<int>(digits.size()) - scale);
+}
+
+/// Integers and short decimals, which most cells hold. A decimal of at most 15 digits that the double nearest to it
+/// gives back is what rounding to 15 digits finds. `value` is not negative.
+bool AppendShort(CValueText& text, double value) {
+    constexpr struct {
+        double power;
+        int scale;
+    } steps[] = {{1e4, 4}, {1e9, 9}};
+    constexpr double limit = 1e15;
+    constexpr double smallest = 1e-4;
+    if (value >= limit)
+        return false;
+    const auto whole = static_cast<std::uint64_t>(value);
+    if (static_cast<double>(whole) == value) {
+        AppendUnsigned(text, whole);
+        return true;
+    }
+    for (const auto& step : steps) {
+        if (value < smallest || value >= limit / step.power)
+            return false;
+        const auto units = static_cast<std::uint64_t>(value * step.power + 0.5);
+        if (static_cast<double>(units) / step.power == value) {
+            AppendScaled(text, units, step.scale);
+            return true;
+        }
+    }
+    return false;
+}
+
+template <class TFloat>
+void AppendNumber(CValueText& text, TFloat value, int significant) {
+    if (std::isnan(value)) {
+        text.Append(std::signbit(value) ? "-1.#IND" : "1.#QNAN");
+        return;
+    }
+    if (value < 0)
+        text.Append('-');
+    const TFloat magnitude = std::fabs(value);
+    if (std::isinf(magnitude))
+        text.Append("1.#INF");
+    else if (significant != doubleDigits && magnitude == 0)
+        text.Append('0');
+    else if (significant != doubleDigits || !AppendShort(text, magnitude))
+        AppendRounded(text, magnitude, significant);
+}
+
+} // namespace
+
+void AppendInteger(CValueText& text, std::int64_t value) {
+    char buffer[24];
+    const auto end = std::to_chars(buffer, std::end(buffer), value).ptr;
+    text.Append(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+}
+
+void AppendUnsigned(CValueText& text, std::uint64_t value) {
+    char buffer[24];
+    const auto end = std::to_chars(buffer, std::end(buffer), value).ptr;
+    text.Append(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+}
+
+void AppendDouble(CValueText& text, double value) {
+    AppendNumber(text, value, doubleDigits);
+}
+
+void AppendFloat(CValueText& text, float value) {
+    AppendNumber(text, value, floatDigits);
+}
+
+void AppendCurrency(CValueText& text, std::int64_t value) {
+    auto units = static_cast<std::uint64_t>(value);
+    if (value < 0) {
+        text.Append('-');
+        units = 0 - units;
+    }
+    AppendScaled(text, units, currencyScale);
+}
+
+HRESULT AppendDecimal(CValueText& text, const DECIMAL& value) {
+    if (value.scale > maxDecimalScale)
+        return E_INVALIDARG;
+    // Division by ten, 32 bits at a time, gives the digits from the last one on.
+    DWORD parts[] = {value.Hi32, static_cast<DWORD>(value.Lo64 >> 32), static_cast<DWORD>(value.Lo64)};
+    char buffer[32];
+    char* first = std::end(buffer);
+    while ((parts[0] | parts[1] | parts[2]) != 0) {
+        std::uint64_t rest = 0;
+        for (DWORD& part : parts) {
+            const std::uint64_t dividend = rest << 32 | part;
+            part = static_cast<DWORD>(dividend / 10);
+            rest = dividend % 10;
+        }
+        *--first = static_cast<char>('0' + rest);
+    }
+    const std::string_view digits(first, static_cast<std::size_t>(std::end(buffer) - first));
+    if (value.sign != 0 && !digits.empty())
+        text.Append('-');
+    AppendPlain(text, digits, static_cast<int>(digits.size()) - value.scale);
+    return S_OK;
+}
+
+} // namespace NSTQ::Platform

@@ -1,0 +1,46 @@
+// What a provider's inner parts throw for a file that is not as it should be. It never leaves the provider: at each
+// entry from outside, RaiseAsComError makes it the _com_error that callers know, with the file's name before it.
+#pragma once
+
+#include "platform/ComError.h"
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace NSTQ::Providers {
+
+class CSourceError : public std::runtime_error {
+public:
+    /// `found` says what was found and where inside the file, in ASCII or the ANSI code page.
+    explicit CSourceError(const std::string& found, Platform::HRESULT hr = Platform::E_FAIL)
+        : std::runtime_error(found), m_hr(hr) {}
+
+    Platform::HRESULT Error() const { return m_hr; }
+
+private:
+    Platform::HRESULT m_hr;
+};
+
+/// A name out of a file, fit to stand in a description: cut to a bearable length, '?' for all but printable ASCII.
+inline std::string PrintableName(std::string_view name) {
+    std::string printable(name.substr(0, 100));
+    for (char& character : printable) {
+        if (character < ' ' || character > '~')
+            character = '?';
+    }
+    return printable;
+}
+
+/// Runs `work`; a CSourceError becomes a _com_error that names the file at `path`.
+template <class TWork>
+decltype(auto) RaiseAsComError(const std::string& path, TWork&& work) {
+    try {
+        return std::forward<TWork>(work)();
+    } catch (const CSourceError& error) {
+        throw Platform::_com_error(error.Error(), path + ": " + error.what());
+    }
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,113 @@
+#include "providers/xlsx/CPackage.h"
+
+#include "providers/common/CSourceError.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr std::uint64_t mebibyte = 1U << 20;
+/// Sheets are rarely packed below a twentieth, whatever they hold; texts of other parts neither.
+constexpr SInflateLimits streamedLimits = {65536 * mebibyte, 64 * mebibyte, 256};
+constexpr SInflateLimits heldLimits = {4096 * mebibyte, 16 * mebibyte, 128};
+constexpr std::size_t maxRelationships = 100000;
+
+constexpr unsigned char compoundMark[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
+
+std::shared_ptr<IRandomAccess> RefuseCompoundFile(std::shared_ptr<IRandomAccess> input) {
+    unsigned char mark[sizeof compoundMark] = {};
+    if (input->Size() >= sizeof mark)
+        input->ReadAt(0, mark);
+    if (std::memcmp(mark, compoundMark, sizeof mark) == 0)
+        throw CSourceError(
+            "not an xlsx workbook but a compound file: an encrypted workbook or one of an older format");
+    return input;
+}
+
+int HexValue(char digit) {
+    if (digit >= '0' && digit <= '9')
+        return digit - '0';
+    const char lower = static_cast<char>(digit | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+std::string DecodePercent(std::string_view text) {
+    std::string decoded;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isEscape =
+            text[i] == '%' && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 && HexValue(text[i + 2]) >= 0;
+        decoded += isEscape ? static_cast<char>(HexValue(text[i + 1]) << 4 | HexValue(text[i + 2])) : text[i];
+        i += isEscape ? 2 : 0;
+    }
+    return decoded;
+}
+
+/// A target as a part's name: relative ones begin in the folder of `part`. ".." never leads out of the package.
+std::string ResolveTarget(const std::string& part, std::string_view target) {
+    std::string path = DecodePercent(target);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    if (!path.starts_with('/'))
+        path.insert(0, part.substr(0, part.rfind('/') + 1));
+    std::string resolved;
+    for (std::size_t begin = 0; begin <= path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        const std::string segment = path.substr(begin, end - begin);
+        begin = end + 1;
+        if (segment == "..")
+            resolved.resize(resolved.find('/') == std::string::npos ? 0 : resolved.rfind('/'));
+        else if (!segment.empty() && segment != ".")
+            resolved += (resolved.empty() ? "" : "/") + segment;
+    }
+    return resolved;
+}
+
+std::string RelationshipsPart(const std::string& part) {
+    const std::size_t name = part.rfind('/') + 1;
+    return part.substr(0, name) + "_rels/" + part.substr(name) + ".rels";
+}
+
+} // namespace
+
+CPackage::CPackage(std::shared_ptr<IRandomAccess> input) : m_zip(RefuseCompoundFile(std::move(input))) {}
+
+CXmlScanner CPackage::Open(const std::string& part, const SInflateLimits& limits) const {
+    const SArchiveEntry* entry = m_zip.Find(part);
+    if (entry == nullptr)
+        throw CSourceError("the part " + PrintableName(part) + " is missing");
+    return CXmlScanner(m_zip.Open(*entry, limits), part);
+}
+
+CXmlScanner CPackage::OpenPart(const std::string& part) const {
+    return Open(part, heldLimits);
+}
+
+CXmlScanner CPackage::OpenStreamedPart(const std::string& part) const {
+    return Open(part, streamedLimits);
+}
+
+std::vector<SRelationship> CPackage::ReadRelationships(const std::string& part) const {
+    std::vector<SRelationship> relationships;
+    const std::string list = RelationshipsPart(part);
+    if (!HasPart(list))
+        return relationships;
+    CXmlScanner xml = OpenPart(list);
+    while (xml.Next() != EXmlEvent::EndOfDocument) {
+        if (!xml.IsStart(2, "Relationship"))
+            continue;
+        if (relationships.size() == maxRelationships)
+            xml.Fail("too many relationships");
+        SRelationship relationship;
+        relationship.strId = xml.GetAttribute("Id");
+        relationship.strType = xml.GetAttribute("Type");
+        relationship.strType.erase(0, relationship.strType.rfind('/') + 1);
+        relationship.strTarget = ResolveTarget(part, xml.GetAttribute("Target"));
+        relationship.isExternal = xml.GetAttribute("TargetMode") == "External";
+        relationships.push_back(std::move(relationship));
+    }
+    return relationships;
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,38 @@
+// The parts of a workbook's package and the relationships between them. External ones are never followed.
+#pragma once
+
+#include "providers/xlsx/CXmlScanner.h"
+#include "providers/zip/CZipArchive.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+struct SRelationship {
+    std::string strId;
+    std::string strType;   ///< the last segment: "worksheet", "sharedStrings"
+    std::string strTarget; ///< the part's name, resolved
+    bool isExternal;
+};
+
+class CPackage {
+public:
+    /// Throws CSourceError, with a hint when the file is not a package but a compound file.
+    explicit CPackage(std::shared_ptr<IRandomAccess> input);
+
+    bool HasPart(const std::string& part) const { return m_zip.Find(part) != nullptr; }
+    /// A part that is held in memory in one form or another is bound more tightly than one that streams through.
+    CXmlScanner OpenPart(const std::string& part) const;
+    CXmlScanner OpenStreamedPart(const std::string& part) const;
+    /// The relationships of a part, or of the package for an empty name; none when there is no such list.
+    std::vector<SRelationship> ReadRelationships(const std::string& part) const;
+
+private:
+    CXmlScanner Open(const std::string& part, const SInflateLimits& limits) const;
+
+    CZipArchive m_zip;
+};
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,179 @@
+#include "providers/xlsx/CSheetScanner.h"
+
+#include "providers/common/CSourceError.h"
+#include "providers/xlsx/CSharedStrings.h"
+#include "providers/xlsx/SCPlainCell.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr std::size_t dataDepth = 2;
+constexpr std::size_t rowDepth = 3;
+constexpr std::size_t cellDepth = 4;
+
+std::string_view Trim(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    while (!text.empty() && blanks.find(text.front()) != std::string_view::npos)
+        text.remove_prefix(1);
+    while (!text.empty() && blanks.find(text.back()) != std::string_view::npos)
+        text.remove_suffix(1);
+    return text;
+}
+
+} // namespace
+
+bool CSheetScanner::Next(SCell& cell) {
+    for (;;) {
+        if (m_isInRow && m_xml.GetOpenCount() == rowDepth && TakePlainCell(cell))
+            return true;
+        switch (m_xml.Next()) {
+        case EXmlEvent::Start:
+            if (m_isInRow && m_xml.GetDepth() == cellDepth && m_xml.GetName() == "c") {
+                if (ReadCell(cell))
+                    return true;
+            } else {
+                EnterElement();
+            }
+            break;
+        case EXmlEvent::EndOfDocument:
+            return false;
+        case EXmlEvent::End:
+        case EXmlEvent::Text:
+            break;
+        }
+    }
+}
+
+bool CSheetScanner::TakePlainCell(SCell& cell) {
+    for (;;) {
+        cell.position = m_position;
+        const std::size_t size = SCPlainCell::Parse(m_xml.GetAhead(), cell);
+        if (size == 0)
+            return false;
+        m_xml.TakeAhead(size);
+        m_position = cell.position;
+        if (cell.strText.data() != nullptr)
+            return true;
+    }
+}
+
+void CSheetScanner::EnterElement() {
+    const std::size_t depth = m_xml.GetDepth();
+    if (depth == 1 && m_xml.GetName() != "worksheet")
+        m_xml.Fail("not a worksheet but a " + PrintableName(m_xml.GetName()));
+    if (depth == dataDepth)
+        m_isInData = m_xml.GetName() == "sheetData";
+    if (depth <= rowDepth)
+        m_isInRow = m_isInData && depth == rowDepth && m_xml.GetName() == "row";
+    if (m_isInRow && depth == rowDepth)
+        BeginRow();
+}
+
+void CSheetScanner::BeginRow() {
+    const std::string_view number = m_xml.GetAttribute("r");
+    m_position.column = 0;
+    ++m_position.row;
+    if (!number.empty()) {
+        const auto parsed = std::from_chars(number.data(), number.data() + number.size(), m_position.row);
+        if (parsed.ec != std::errc() || parsed.ptr != number.data() + number.size())
+            m_position.row = 0;
+    }
+    if (m_position.row == 0 || m_position.row > maxRow)
+        m_xml.Fail("a row outside the grid: " +
+                   (number.empty() ? std::to_string(m_position.row) : PrintableName(number)));
+}
+
+bool CSheetScanner::ReadCell(SCell& cell) {
+    ReadCellAttributes(cell);
+    cell.position = m_position;
+    if (!ReadCellContent(cell))
+        return false;
+    cell.strText = m_strText;
+    if (cell.kind != ECellKind::Text)
+        cell.strText = Trim(cell.strText);
+    return cell.kind == ECellKind::Text || !cell.strText.empty();
+}
+
+void CSheetScanner::ReadCellAttributes(SCell& cell) {
+    std::string_view reference;
+    cell.kind = ECellKind::Number;
+    cell.style = 0;
+    for (const SXmlAttribute& attribute : m_xml.GetAttributes()) {
+        if (attribute.strName.size() != 1)
+            continue;
+        if (attribute.strName[0] == 'r')
+            reference = attribute.strValue;
+        else if (attribute.strName[0] == 's')
+            cell.style = ParseStyle(attribute.strValue);
+        else if (attribute.strName[0] == 't')
+            cell.kind = KindOfType(attribute.strValue);
+    }
+    SetPosition(reference);
+}
+
+void CSheetScanner::SetPosition(std::string_view reference) {
+    if (reference.empty()) {
+        if (++m_position.column > maxColumn)
+            m_xml.Fail("a cell outside the grid, in row " + std::to_string(m_position.row));
+        return;
+    }
+    const std::optional<SCellPosition> position = SCCellReference::ParseCell(reference);
+    if (!position)
+        m_xml.Fail("a cell outside the grid: " + PrintableName(reference));
+    m_position = *position;
+}
+
+std::uint32_t CSheetScanner::ParseStyle(std::string_view text) const {
+    std::uint32_t style = 0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), style);
+    if (parsed.ec != std::errc())
+        m_xml.Fail("a cell style that is no number: " + PrintableName(text));
+    return style;
+}
+
+/// Goes to the cell's End. False when it holds nothing at all. Of repeated values the last one counts.
+bool CSheetScanner::ReadCellContent(SCell& cell) {
+    bool hasContent = false;
+    m_strText.clear();
+    while (!(m_xml.Next() == EXmlEvent::End && m_xml.GetDepth() == cellDepth)) {
+        if (m_xml.GetEvent() != EXmlEvent::Start)
+            continue;
+        const bool isRich = m_xml.GetName() == "is";
+        if (!isRich && m_xml.GetName() != "v") {
+            m_xml.SkipElement();
+            continue;
+        }
+        hasContent = true;
+        m_strText.clear();
+        if (!isRich) {
+            m_xml.ReadElementText(m_strText);
+            continue;
+        }
+        ReadRichText(m_xml, m_strText);
+        cell.kind = ECellKind::Text;
+    }
+    return hasContent;
+}
+
+SUsedRange MeasureSheet(ICellSource& cells) {
+    SUsedRange used;
+    used.range.first = {maxRow, maxColumn};
+    std::uint32_t lastRow = 0;
+    SCell cell = {};
+    while (cells.Next(cell)) {
+        SCellRange& range = used.range;
+        const auto [row, column] = cell.position;
+        used.isEmpty = false;
+        used.isOrdered = used.isOrdered && row >= lastRow;
+        lastRow = row;
+        range.first = {std::min(range.first.row, row), std::min(range.first.column, column)};
+        range.last = {std::max(range.last.row, row), std::max(range.last.column, column)};
+    }
+    return used;
+}
+
+} // namespace NSTQ::Providers

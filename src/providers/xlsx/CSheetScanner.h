@@ -1,0 +1,48 @@
+// Reads the cells of a sheet in the order of its part, which need not be that of the grid.
+//
+// A cell's own reference tells where it is; without one it follows the cell before it, or begins the row that follows
+// the row before it. A cell holds a value when it is a text, even an empty one, or when its value is not blank.
+// Merged cells need nothing: the first one of them holds the value.
+#pragma once
+
+#include "providers/xlsx/CXmlScanner.h"
+#include "providers/xlsx/ICellSource.h"
+
+namespace NSTQ::Providers {
+
+class CSheetScanner : public ICellSource {
+public:
+    explicit CSheetScanner(CXmlScanner xml) : m_xml(std::move(xml)) {}
+
+    /// As the interface says; a cell outside the grid is an error. Reads the whole part before it tells the end, so
+    /// that damage behind the cells is found, too.
+    bool Next(SCell& cell) override;
+
+private:
+    bool TakePlainCell(SCell& cell);
+    void EnterElement();
+    void BeginRow();
+    bool ReadCell(SCell& cell);
+    void ReadCellAttributes(SCell& cell);
+    bool ReadCellContent(SCell& cell);
+    void SetPosition(std::string_view reference);
+    std::uint32_t ParseStyle(std::string_view text) const;
+
+    CXmlScanner m_xml;
+    bool m_isInData = false;
+    bool m_isInRow = false;
+    SCellPosition m_position; ///< of the current cell
+    std::string m_strText;
+};
+
+/// Where the values of a sheet lie.
+struct SUsedRange {
+    bool isEmpty = true;
+    bool isOrdered = true; ///< no cell stands behind one of a later row
+    SCellRange range;
+};
+
+/// Goes through all cells. Nothing else tells the used range: what the part itself claims is often wrong.
+SUsedRange MeasureSheet(ICellSource& cells);
+
+} // namespace NSTQ::Providers

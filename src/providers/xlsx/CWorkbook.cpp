@@ -1,0 +1,130 @@
+#include "providers/xlsx/CWorkbook.h"
+
+#include "platform/automation/Bstr.h"
+#include "providers/common/CSourceError.h"
+#include "providers/xlsx/Utf8Text.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr std::string_view builtInPrefix = "_xlnm.";
+
+bool IsTrue(std::string_view text) {
+    return text == "1" || text == "true" || text == "on";
+}
+
+const SRelationship* FindByType(const std::vector<SRelationship>& relationships, std::string_view type) {
+    const auto found = std::find_if(relationships.begin(), relationships.end(), [&](const SRelationship& candidate) {
+        return candidate.strType == type && !candidate.isExternal;
+    });
+    return found == relationships.end() ? nullptr : &*found;
+}
+
+std::string TargetByType(const std::vector<SRelationship>& relationships, std::string_view type) {
+    const SRelationship* found = FindByType(relationships, type);
+    return found == nullptr ? std::string() : found->strTarget;
+}
+
+/// The sheet's name in front of the '!' of a reference, its quotes taken back.
+std::string UnquoteSheetName(std::string_view name) {
+    if (name.size() < 2 || name.front() != '\'' || name.back() != '\'')
+        return std::string(name);
+    std::string plain;
+    for (std::size_t i = 1; i + 1 < name.size(); ++i) {
+        plain += name[i];
+        i += name[i] == '\'' ? 1 : 0;
+    }
+    return plain;
+}
+
+} // namespace
+
+CWorkbook::CWorkbook(const CPackage& package) {
+    const std::string part = TargetByType(package.ReadRelationships({}), "officeDocument");
+    if (part.empty())
+        throw CSourceError("not a workbook: the package has no main document");
+    const std::vector<SRelationship> relationships = package.ReadRelationships(part);
+    m_strStylesPart = TargetByType(relationships, "styles");
+    m_strSharedStringsPart = TargetByType(relationships, "sharedStrings");
+
+    CXmlScanner xml = package.OpenPart(part);
+    bool isInSheets = false;
+    bool isInNames = false;
+    while (xml.Next() != EXmlEvent::EndOfDocument) {
+        if (xml.GetEvent() != EXmlEvent::Start)
+            continue;
+        if (xml.GetDepth() == 1 && xml.GetName() != "workbook")
+            xml.Fail("not a workbook but a " + PrintableName(xml.GetName()));
+        if (xml.GetDepth() == 2) {
+            isInSheets = xml.GetName() == "sheets";
+            isInNames = xml.GetName() == "definedNames";
+            if (xml.GetName() == "workbookPr")
+                m_isDate1904 = IsTrue(xml.GetAttribute("date1904"));
+        } else if (isInSheets && xml.IsStart(3, "sheet")) {
+            ReadSheet(xml, relationships);
+        } else if (isInNames && xml.IsStart(3, "definedName")) {
+            ReadName(xml);
+        }
+    }
+}
+
+void CWorkbook::ReadSheet(CXmlScanner& xml, const std::vector<SRelationship>& relationships) {
+    const std::string_view id = xml.GetRelationshipId();
+    const auto found = std::find_if(relationships.begin(), relationships.end(),
+                                    [&](const SRelationship& candidate) { return candidate.strId == id; });
+    if (m_tabs.size() == maxSheets)
+        xml.Fail("too many sheets");
+    std::u16string name = ToUtf16(xml.GetAttribute("name"));
+    if (found == relationships.end() || found->isExternal)
+        xml.Fail("the sheet " + Platform::AnsiFromWide(name) + " has no part of its own in the package");
+    if (found->strType != "worksheet") {
+        m_tabs.push_back(noSheet);
+        return;
+    }
+    m_tabs.push_back(m_sheets.size());
+    m_sheets.push_back({std::move(name), found->strTarget});
+}
+
+void CWorkbook::ReadName(CXmlScanner& xml) {
+    std::string name(xml.GetAttribute("name"));
+    const std::string localSheet(xml.GetAttribute("localSheetId"));
+    const bool isHidden = IsTrue(xml.GetAttribute("hidden"));
+    std::string reference;
+    xml.ReadElementText(reference);
+    if (name.starts_with(builtInPrefix))
+        name.erase(0, builtInPrefix.size());
+    // '$' and '\'' tell sheets from ranges in a listing; no name of a range may hold them.
+    const std::size_t mark = reference.rfind('!');
+    if (isHidden || name.empty() || mark == std::string::npos || name.find_first_of("$'") != std::string::npos)
+        return;
+    const std::optional<SCellRange> range = SCCellReference::ParseRange(std::string_view(reference).substr(mark + 1));
+    const std::size_t sheet = FindSheet(std::string_view(reference).substr(0, mark));
+    if (!range || sheet == noSheet)
+        return;
+    std::size_t owner = noSheet;
+    std::size_t tab = 0;
+    const auto parsed = std::from_chars(localSheet.data(), localSheet.data() + localSheet.size(), tab);
+    if (!localSheet.empty()) {
+        if (parsed.ec != std::errc() || tab >= m_tabs.size())
+            xml.Fail("the name " + PrintableName(name) + " belongs to no sheet");
+        owner = m_tabs[tab];
+        if (owner != sheet)
+            return;
+    }
+    if (m_names.size() == maxNames)
+        xml.Fail("too many names");
+    m_names.push_back({ToUtf16(name), owner != noSheet, sheet, *range});
+}
+
+std::size_t CWorkbook::FindSheet(std::string_view reference) const {
+    const std::u16string name = ToUtf16(UnquoteSheetName(reference));
+    const auto found =
+        std::find_if(m_sheets.begin(), m_sheets.end(), [&](const SSheet& sheet) { return sheet.strName == name; });
+    return found == m_sheets.end() ? noSheet : static_cast<std::size_t>(found - m_sheets.begin());
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,330 @@
+#include "CADOOperater.h"
+#include "CDataAccess.h"
+#include "CSourceDataInfo.h"
+#include "ado/ScriptedAdo.h"
+#include "platform/CodePage.h"
+#include "platform/ado/ProviderRegistry.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+using namespace NSTQ::Platform;
+using namespace NSTQ::Tests;
+using namespace std::string_literals;
+
+/// A source of three rows whose nth MoveNext fails, and what it was opened with.
+struct Fake {
+    SSourceOptions options;
+    ESourceFormat format = ESourceFormat::Xlsx;
+    int failingMove = 0;
+    int sources = 0;
+    HRESULT openFails = 0;
+} fake;
+
+class CFakeRows final : public IRowSource {
+public:
+    explicit CFakeRows(std::shared_ptr<int> keep) : m_keep(std::move(keep)) {}
+    const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    std::int64_t GetRowCount() const override { return 3; }
+    bool MoveNext() override {
+        if (++m_moves == fake.failingMove)
+            throw _com_error(E_FAIL, "damaged");
+        return m_moves <= 3;
+    }
+    const VARIANT& GetValue(std::size_t column) override {
+        m_value.Get()->vt = VT_I4;
+        m_value.Get()->lVal = m_moves * 10 + static_cast<LONG>(column);
+        return m_value.Value();
+    }
+
+private:
+    std::vector<std::u16string> m_names = {u"F1", u"Name"};
+    std::shared_ptr<int> m_keep;
+    int m_moves = 0;
+    CVariant m_value;
+};
+
+class CFakeSource final : public IDataSource {
+public:
+    CFakeSource() { ++fake.sources; }
+    ~CFakeSource() override { --fake.sources; }
+    std::vector<STableSchema> ListTables() override {
+        return {{u"'It''s$'", u"TABLE"}, {u"MSys", u"SYSTEM TABLE"}, {u"T$", u"TABLE"}};
+    }
+    std::unique_ptr<IRowSource> OpenTable(std::u16string_view name) override {
+        if (name != u"It''s$" && name != u"T$")
+            throw _com_error(DB_E_NOTABLE, "no table " + AnsiFromWide(name));
+        return std::make_unique<CFakeRows>(m_keep);
+    }
+
+private:
+    std::shared_ptr<int> m_keep = std::make_shared<int>(0);
+};
+
+template <ESourceFormat format>
+std::unique_ptr<IDataSource> OpenFake(const SSourceOptions& options) {
+    fake.options = options;
+    fake.format = format;
+    if (fake.openFails != 0)
+        throw _com_error(fake.openFails, "refused");
+    return std::make_unique<CFakeSource>();
+}
+
+/// A compound file whose directory is these names, four in each sector.
+std::string CompoundFile(const std::vector<std::string>& names) {
+    std::string file = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(504, '\0');
+    const auto put = [](std::string& bytes, std::size_t at, std::uint32_t value) {
+        for (std::size_t i = 0; i < 4; ++i)
+            bytes[at + i] = static_cast<char>(value >> (8 * i));
+    };
+    file[30] = 9;
+    put(file, 48, 1); // the directory follows the table of sectors
+    std::string table(512, '\0');
+    std::string directory;
+    for (const auto& name : names) {
+        std::string entry(128, '\0');
+        for (std::size_t i = 0; i < name.size(); ++i)
+            entry[i * 2] = name[i];
+        directory += entry;
+    }
+    directory.resize((directory.size() + 511) / 512 * 512);
+    const auto sectors = static_cast<std::uint32_t>(directory.size() / 512);
+    for (std::uint32_t i = 1; i <= sectors; ++i)
+        put(table, i * 4, i == sectors ? 0xFFFFFFFE : i + 1);
+    return file + table + directory;
+}
+
+class AdoLayer : public testing::Test {
+protected:
+    AdoLayer()
+        : m_older{SetProvider(ESourceFormat::Xlsx, &OpenFake<ESourceFormat::Xlsx>),
+                  SetProvider(ESourceFormat::Xls, &OpenFake<ESourceFormat::Xls>),
+                  SetProvider(ESourceFormat::Access, &OpenFake<ESourceFormat::Access>)} {
+        fake = {};
+        CoInitialize(nullptr);
+        strBook = folder.WriteFile("a.xlsx", zip);
+    }
+    ~AdoLayer() override {
+        EXPECT_EQ(fake.sources, 0);
+        CoUninitialize();
+        EXPECT_EQ(GetComInitCount(), 0U);
+        for (std::size_t i = 0; i < sourceFormatCount; ++i)
+            SetProvider(static_cast<ESourceFormat>(i), m_older[i]);
+    }
+    template <class T>
+    static CComPtr<T> Create(const char16_t* progId) {
+        CLSID clsid{};
+        CComPtr<T> object;
+        EXPECT_EQ(CLSIDFromProgID(progId, &clsid), S_OK);
+        EXPECT_EQ(CoCreateInstance(clsid, object), S_OK);
+        return object;
+    }
+    static HRESULT Open(const CComPtr<_Connection>& connection, const std::string& text) {
+        return Raised([&] { connection->Open(BstrFromAnsi(text).Get(), nullptr, nullptr, adConnectUnspecified); });
+    }
+    std::string Book(const std::string& path) const {
+        return "Provider=Microsoft.ACE.OLEDB.12.0;Data Source='" + path + "';Extended Properties='Excel 12.0'";
+    }
+    static HRESULT Open(const CComPtr<_Recordset>& rows, const CComPtr<_Connection>& on, const char* statement) {
+        const CBstr text = BstrFromAnsi(statement);
+        VARIANT source;
+        source.vt = VT_BSTR;
+        source.bstrVal = text.Get();
+        VARIANT connection;
+        connection.vt = VT_DISPATCH;
+        connection.pdispVal = on.Get();
+        return Raised([&] { rows->Open(source, connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
+    }
+
+    const std::string zip = "PK\x03\x04";
+    CTempFolder folder;
+    std::string strBook;
+
+private:
+    FOpenSource m_older[sourceFormatCount];
+};
+
+VARIANT Index(LONG index) {
+    VARIANT value;
+    value.vt = VT_I4;
+    value.lVal = index;
+    return value;
+}
+
+TEST_F(AdoLayer, CallsInTheWrongStateSaySo) {
+    auto connection = Create<_Connection>(u"ADODB.Connection");
+    const auto rows = Create<_Recordset>(u"adodb.recordset");
+    EXPECT_EQ(Raised([&] { connection->Close(); }), adErrObjectClosed);
+    EXPECT_EQ(Raised([&] { connection->OpenSchema(adSchemaTables); }), adErrObjectClosed);
+    for (const auto& call : std::vector<std::function<void()>>{[&] { rows->Close(); }, [&] { rows->GetEOF(); },
+                                                               [&] { rows->MoveNext(); }, [&] { rows->GetFields(); },
+                                                               [&] { rows->GetRecordCount(); }})
+        EXPECT_EQ(Raised(call), adErrObjectClosed);
+    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), adErrObjectClosed);
+    EXPECT_EQ(Open(rows, nullptr, "SELECT * FROM [T$]"), adErrInvalidArgument);
+    EXPECT_EQ(Raised([&] { rows->PutCursorLocation(7); }), adErrInvalidArgument);
+    rows->PutCursorLocation(adUseClient);
+
+    EXPECT_EQ(Open(connection, Book(strBook)), 0);
+    EXPECT_EQ(Open(connection, Book(strBook)), adErrObjectOpen);
+    EXPECT_EQ(Raised([&] { connection->OpenSchema(4); }), adErrInvalidArgument);
+    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [U$]"), DB_E_NOTABLE);
+    EXPECT_EQ(Open(rows, connection, "DROP TABLE [T$]"), DB_E_ERRORSINCOMMAND);
+    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), 0);
+    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), adErrObjectOpen);
+    EXPECT_EQ(Raised([&] { rows->PutCursorLocation(adUseClient); }), adErrObjectOpen);
+    connection->Close();
+    connection = nullptr;
+
+    EXPECT_EQ(rows->GetRecordCount(), 3);
+    Fields& fields = *rows->GetFields();
+    EXPECT_EQ(fields.GetCount(), 2);
+    for (const LONG index : {-1, 2})
+        EXPECT_EQ(Raised([&] { fields.GetItem(Index(index)); }), adErrItemNotFound);
+    const CBstr known(u"nAME");
+    const CBstr unknown(u"Nam");
+    VARIANT name;
+    name.vt = VT_BSTR;
+    name.bstrVal = unknown.Get();
+    EXPECT_EQ(Raised([&] { fields.GetItem(name); }), adErrItemNotFound);
+    name.bstrVal = known.Get();
+    EXPECT_EQ(fields.GetItem(name), fields.GetItem(Index(1)));
+    EXPECT_EQ(fields.GetItem(name)->GetName(), u"Name");
+    for (LONG row = 1; row <= 3; ++row, rows->MoveNext())
+        EXPECT_EQ(fields.GetItem(Index(1))->GetValue().lVal, row * 10 + 1);
+    EXPECT_TRUE(rows->GetEOF());
+    EXPECT_EQ(Raised([&] { fields.GetItem(Index(0))->GetValue(); }), adErrNoCurrentRecord);
+    EXPECT_EQ(Raised([&] { rows->MoveNext(); }), adErrNoCurrentRecord);
+    rows->Close();
+    EXPECT_EQ(Raised([&] { rows->GetEOF(); }), adErrObjectClosed);
+}
+
+TEST_F(AdoLayer, AFailedMoveIsFinal) {
+    fake.failingMove = 2;
+    const auto connection = Create<_Connection>(u"ADODB.Connection");
+    const auto rows = Create<_Recordset>(u"ADODB.Recordset");
+    ASSERT_EQ(Open(connection, Book(strBook)), 0);
+    ASSERT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), 0);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Raised([&] { rows->MoveNext(); }), E_FAIL);
+        EXPECT_EQ(Raised([&] { rows->GetEOF(); }), E_FAIL);
+        EXPECT_EQ(Raised([&] { rows->GetFields()->GetItem(Index(0))->GetValue(); }), E_FAIL);
+    }
+    rows->Close();
+    fake.failingMove = 1;
+    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), E_FAIL);
+    fake.failingMove = 0;
+    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), 0);
+}
+
+TEST_F(AdoLayer, TheFileDecidesWhoOpensItAndTheStringWhatIsExpected) {
+    const auto jet = "\0\1\0\0Standard Jet DB\0"s;
+    const auto ace = "\0\1\0\0Standard ACE DB\0"s;
+    const std::vector<std::string> book = {"Root Entry", "Workbook"};
+    const std::vector<std::string> sealed = {"Root Entry",   "DataSpaces",     "Version",
+                                             "DataSpaceMap", "EncryptionInfo", "EncryptedPackage"};
+    std::string looped = CompoundFile({"Root Entry", "b", "c", "d", "e"});
+    looped[512 + 8] = 1; // its second directory sector leads back to the first
+    constexpr int none = -1;
+    const struct {
+        const char* title;
+        std::string content;
+        const char* properties;
+        int format;
+        HRESULT hr = 0;
+    } cases[] = {
+        {"xlsx", zip, "Excel 12.0;HDR=NO;IMEX=1", 0},
+        {"xlsx as the old kind", zip, "excel 8.0", 0},
+        {"empty zip", "PK\x05\x06", "Excel 12.0 Xml", 0},
+        {"xls", CompoundFile(book), "Excel 12.0", 1},
+        {"record stream", "\x09\x08\x08\x00\x00\x05"s, "Excel 8.0", 1},
+        {"encrypted workbook", CompoundFile(sealed), "Excel 12.0", 0},
+        {"directory in a circle", looped, "Excel 12.0", 1},
+        {"cut compound file", CompoundFile(sealed).substr(0, 1100), "Excel 12.0", 1},
+        {"database", jet, "", 2},
+        {"newer database", ace, "  ", 2},
+        {"database as workbook", jet, "Excel 8.0", none, E_FAIL},
+        {"workbook as database", zip, "", none, E_FAIL},
+        {"another kind", zip, "text;HDR=NO", none, E_FAIL},
+        {"text", "a,b\r\n", "Excel 12.0", none, E_FAIL},
+        {"empty", "", "", none, E_FAIL},
+    };
+    for (const auto& c : cases) {
+        const std::string path = folder.WriteFile("file", c.content);
+        const SConnectionString text{"microsoft.jet.oledb.4.0", path, c.properties, "pw"};
+        EXPECT_EQ(Raised([&] { OpenDataSource(text); }), c.hr) << c.title;
+        if (c.format != none) {
+            EXPECT_EQ(static_cast<int>(fake.format), c.format) << c.title;
+            EXPECT_EQ(fake.options.strPath, path);
+            EXPECT_EQ(fake.options.strPassWord, "pw");
+            EXPECT_EQ(fake.options.bHeaderRow, std::string(c.properties).find("HDR=NO") == std::string::npos);
+        }
+    }
+}
+
+TEST_F(AdoLayer, SourcesThatCannotBeOpenedSayWhatAndWhere) {
+    const struct {
+        SConnectionString text;
+        HRESULT hr;
+        const char* described;
+    } cases[] = {
+        {{"", strBook, "Excel 8.0", ""}, adErrProviderNotFound, "names no provider"},
+        {{"SQLOLEDB", strBook, "Excel 8.0", ""}, adErrProviderNotFound, "SQLOLEDB"},
+        {{"Microsoft.ACE.OLEDB.12.0", "", "Excel 8.0", ""}, E_FAIL, "no file"},
+        {{"Microsoft.ACE.OLEDB.12.0", "/no/such", "Excel 8.0", ""}, E_FAIL, "/no/such"},
+        {{"Microsoft.ACE.OLEDB.12.0", folder.Path(), "Excel 8.0", ""}, E_FAIL, "cannot be read"},
+        {{"Microsoft.ACE.OLEDB.12.0", folder.WriteFile("x", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"), "Excel 8.0", ""},
+         adErrProviderNotFound,
+         "no xls files"},
+    };
+    const auto xls = SetProvider(ESourceFormat::Xls, nullptr);
+    for (const auto& c : cases) {
+        try {
+            OpenDataSource(c.text);
+            ADD_FAILURE() << c.described;
+        } catch (const _com_error& error) {
+            EXPECT_EQ(error.Error(), c.hr) << c.described;
+            EXPECT_NE(std::string(error.Description()).find(c.described), std::string::npos) << error.Description();
+        }
+    }
+    SetProvider(ESourceFormat::Xls, xls);
+}
+
+TEST_F(AdoLayer, HostilePathsAreReadThroughTheWholeLibrary) {
+    const std::string seam = ";Extended Properties=\"Excel 12.0;HDR=NO;IMEX=1\";Jet OLEDB:Database Password=";
+    for (const std::string& name : {"a.xlsx;b=c.xlsx"s, "a.xlsx" + seam + ";.xlsx", "'q' \"r\".xlsx"s, " ;.xlsx"s}) {
+        const std::string path = folder.WriteFile(name, zip);
+        CSourceDataInfo info;
+        ASSERT_TRUE(info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_UNKNOWN));
+        ASSERT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_DATABASE) << name;
+        EXPECT_EQ(fake.options.strPath, path);
+        EXPECT_FALSE(fake.options.bHeaderRow);
+        ASSERT_TRUE(info.SetSelectSchemaIndx(0));
+        CDataAccess access(2, 50, 10, &info);
+        ASSERT_TRUE(access.FileOpen());
+        const char** data = nullptr;
+        const WORD* lengths = nullptr;
+        DWORD count = 0;
+        ASSERT_TRUE(access.GetLineData(data, lengths, count));
+        EXPECT_STREQ(data[1], "11");
+    }
+    // Bytes that the code page does not define never lead to the file that their stand-in names.
+    SetAnsiCodePage(CP_UTF8);
+    folder.WriteFile("\xEF\xBF\xBD.xlsx", zip);
+    CSourceDataInfo info;
+    info.SetCommonInfo(folder.Path("\xFF.xlsx").c_str(), SCDeclareConstant::SFT_UNKNOWN);
+    EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_PASSWORD_ERROR);
+    SetAnsiCodePage(932);
+    for (const HRESULT hr : {E_FAIL, DB_SEC_E_AUTH_FAILED}) {
+        fake.openFails = hr;
+        info.SetCommonInfo(strBook.c_str(), SCDeclareConstant::SFT_UNKNOWN);
+        EXPECT_EQ(info.PrepareReadSourceData(false),
+                  hr == E_FAIL ? CSourceDataInfo::SDO_PASSWORD_ERROR : CSourceDataInfo::SDO_ACCESS_DENIED);
+    }
+}
+
+} // namespace

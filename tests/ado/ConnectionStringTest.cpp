@@ -1,0 +1,189 @@
+#include "platform/ado/ConnectionString.h"
+#include "SCDataAccessDefine.h"
+#include "platform/CodePage.h"
+#include "platform/ado/Statement.h"
+#include "platform/codepage/Transcode.h"
+
+#include "ado/ScriptedAdo.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace NSTQ::Platform;
+using NSTQ::NSTQCore::SCDataAccessDefine;
+using NSTQ::Tests::Raised;
+
+TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
+    const struct {
+        const char* text;
+        const char* source;
+        const char* properties;
+    } cases[] = {
+        {"", "", ""},
+        {" ; ;;", "", ""},
+        {"data SOURCE=a", "a", ""},
+        {"Data Source=a;Data Source=b", "b", ""},
+        {" Data Source = a b ; Extended Properties = x = y ", "a b", "x = y"},
+        {"Data Source=\"a;b\"\"c' \" ;Extended Properties='d\"''e'", "a;b\"c' ", "d\"'e"},
+        {"Data Source=a\"b;Extended Properties=\"\"", "a\"b", ""},
+        {"Data==Source=no;Data Source=/x/y==z.xlsx", "/x/y==z.xlsx", ""},
+        {"Data Source=;Extended Properties=p;Unknown=\"q;\"", "", "p"},
+        {"Data Source=\tC:\\dir\\a.xls\r\n", "C:\\dir\\a.xls", ""},
+        // Quoted in the shape of built strings.
+        {"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"/d/a;b.xlsx\";Extended Properties=\"Excel "
+         "12.0;HDR=NO;IMEX=1\";Jet OLEDB:Database Password=;",
+         "/d/a;b.xlsx", "Excel 12.0;HDR=NO;IMEX=1"},
+    };
+    for (const auto& c : cases) {
+        const auto parsed = ParseConnectionString(c.text);
+        EXPECT_EQ(parsed.strDataSource, c.source) << c.text;
+        EXPECT_EQ(parsed.strProperties, c.properties) << c.text;
+    }
+    const auto all = ParseConnectionString("provider=P;JET OLEDB:database password='x;y'");
+    EXPECT_EQ(all.strProvider, "P");
+    EXPECT_EQ(all.strPassWord, "x;y");
+    for (const char* text : {"a", "Data Source=a;b", "=a", "a=\"b", "a='b''", "a=\"b\"c", "a==b", "a;=b"})
+        EXPECT_EQ(Raised([&] { ParseConnectionString(text); }), DB_E_BADINITSTRING) << text;
+}
+
+struct Kind {
+    const char* before;
+    const char* after;
+    const char* extension;
+};
+
+std::vector<Kind> Kinds() {
+    using S = SCDataAccessDefine;
+    return {{S::OFFICE2003_PRECONNECTSTRING, S::EXCLE2003_POSTCONNECTSTRING, ".xls"},
+            {S::OFFICE2007_PRECONNECTSTRING, S::EXCLE2007_POSTCONNECTSTRING, ".XLS"},
+            {S::OFFICE2007_PRECONNECTSTRING, S::EXCLE2007_POSTCONNECTSTRING, ".xlsx"},
+            {S::OFFICE2003_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".mdb"},
+            {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".Mdb"},
+            {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".accdb"}};
+}
+
+/// Parts of a path or password that could mislead; every pair of them is tried.
+std::vector<std::string> HostileParts(const Kind& kind) {
+    std::vector<std::string> parts = {"",
+                                      "a",
+                                      " ",
+                                      ";",
+                                      "=",
+                                      "\"",
+                                      "'",
+                                      "a;b=c",
+                                      "\"a\"",
+                                      "'b",
+                                      ";;",
+                                      "Data Source=/etc/passwd;",
+                                      "\xFF",
+                                      ";Extended Properties=",
+                                      ";Extended Properties=\"\"",
+                                      ";Data Source=b.xlsx;",
+                                      ";Jet OLEDB:Database Password=",
+                                      kind.after,
+                                      kind.before};
+    return parts;
+}
+
+void ExpectParsed(const Kind& kind, const std::string& path, const std::string& password) {
+    const std::string text = kind.before + path + kind.after + ";Jet OLEDB:Database Password=" + password + ';';
+    const auto parsed = ParseConnectionString(text);
+    ASSERT_EQ(parsed.strDataSource, path) << text;
+    ASSERT_EQ(parsed.strPassWord, password) << text;
+    ASSERT_EQ(kind.before, "Provider=" + parsed.strProvider + ";Data Source=");
+    ASSERT_EQ(kind.after, ";Extended Properties=\"" + parsed.strProperties + '"');
+}
+
+TEST(ConnectionString, BuiltStringsOpenTheirOwnFileWhateverPathAndPasswordHold) {
+    for (const Kind& kind : Kinds()) {
+        const auto parts = HostileParts(kind);
+        for (const auto& first : parts) {
+            for (const auto& second : parts) {
+                const std::string password = first + second;
+                ExpectParsed(kind, first + second + kind.extension, "");
+                ExpectParsed(kind, "/d/" + first + kind.extension + second + kind.extension, first);
+                ExpectParsed(kind, "/d/a" + std::string(kind.extension), password);
+            }
+        }
+        // Whole seams: in the path always, in the password unless a fitting name stands before.
+        for (const Kind& other : Kinds()) {
+            const std::string seam = std::string(other.after) + ";Jet OLEDB:Database Password=";
+            ExpectParsed(kind, "/d/a" + std::string(kind.extension) + seam + "b;" + kind.extension, "secret");
+            ExpectParsed(kind, "/d/" + seam + seam + kind.extension, ";");
+            ExpectParsed(kind, "/d/a" + std::string(kind.extension), seam + seam);
+            ExpectParsed(kind, "/d/a" + std::string(kind.extension), "b.txt" + seam + "c");
+        }
+        ExpectParsed(kind, std::string(260 - std::string(kind.extension).size(), ';') + kind.extension,
+                     std::string(259, '"'));
+    }
+}
+
+TEST(ConnectionString, AmbiguousStringsTakeTheLongerPath) {
+    const Kind kind = Kinds()[2];
+    const std::string seam = std::string(kind.after) + ";Jet OLEDB:Database Password=";
+    const auto parsed = ParseConnectionString(kind.before + ("a.xlsx" + seam) + "b.xlsx" + seam + "c;");
+    EXPECT_EQ(parsed.strDataSource, "a.xlsx" + seam + "b.xlsx");
+    EXPECT_EQ(parsed.strPassWord, "c");
+    // A path with an extension of its own, not quoted.
+    EXPECT_EQ(ParseConnectionString(kind.before + ("/d/a;b.xlsm" + seam) + ';').strDataSource, "/d/a;b.xlsm");
+}
+
+TEST(Statement, TakesTheTextBetweenTheOuterBrackets) {
+    const std::pair<const char16_t*, const char16_t*> good[] = {
+        {u"SELECT * FROM [Sheet1$]", u"Sheet1$"},           {u"select*from[a]", u"a"},
+        {u" SELECT \t* \n FROM  [ a ]b[ ] ", u" a ]b[ "},   {u"SELECT * FROM []", u""},
+        {u"SELECT * FROM [It''s a.b!c$]", u"It''s a.b!c$"},
+    };
+    for (const auto& [text, name] : good)
+        EXPECT_EQ(ParseStatement(text), name);
+    for (const char16_t* text :
+         {u"", u"SELECT * FROM [a", u"SELECT * FROM a", u"SELECT * FROM ]a[", u"[a]", u"SELECT a FROM [a]",
+          u"SELECT * FROM [a] WHERE 1", u"DELETE * FROM [a]", u"SELECT * FROM x [a]", u"SELECT *"})
+        EXPECT_EQ(Raised([&] { ParseStatement(text); }), DB_E_ERRORSINCOMMAND);
+}
+
+TEST(CodePageBounds, EveryRoomGetsWholeCharactersAndAgreesWithTheConversion) {
+    const std::u16string text = u"ab\u3042c\u00E9\U0001F600\uFF76d\xD800";
+    for (const unsigned page : {932U, 936U, 949U, 950U, 1252U, 65001U}) {
+        SetAnsiCodePage(page);
+        char whole[64];
+        const auto size = static_cast<std::size_t>(WideCharToMultiByte(
+            CP_ACP, 0, text.data(), static_cast<int>(text.size()), whole, sizeof whole, nullptr, nullptr));
+        for (std::size_t room = 0; room < size + 2; ++room) {
+            const std::unique_ptr<char[]> out(new char[room]);
+            const auto result = ConvertWideToAnsi(text, out.get(), room);
+            EXPECT_EQ(result.isComplete, room >= size);
+            EXPECT_EQ(result.length, KeptTextLength(whole, size, room)) << page << ' ' << room;
+            EXPECT_EQ(std::string_view(out.get(), result.length), std::string_view(whole, result.length));
+        }
+    }
+    SetAnsiCodePage(932);
+}
+
+TEST(CodePageBounds, UndefinedBytesAreSeen) {
+    const struct {
+        unsigned page;
+        std::string_view text;
+        bool defined;
+    } cases[] = {
+        {932, "a?\x81\x45\x83\x5C\xB1", true}, // the middle dot itself, a trail byte of '\', a half-width kana
+        {932, "\x87\x90\x81\xE0", true},       // two codes of one character
+        {932, "\x81\xFD", false},
+        {932, "\x85\x40", false},
+        {932, "a\x81", false},
+        {932, {"\x81\0b", 3}, false},
+        {936, "\x81\x7F", false},
+        {1252, "\xE9\x80", true},
+        {65001, "\xE3\x81\x82", true},
+        {65001, "\xE3\x81", false},
+    };
+    for (const auto& c : cases) {
+        SetAnsiCodePage(c.page);
+        EXPECT_EQ(IsDefinedInAnsi(c.text), c.defined) << c.page << ' ' << c.text;
+    }
+    SetAnsiCodePage(932);
+}
+
+} // namespace

@@ -1,0 +1,370 @@
+#include "CADOOperater.h"
+#include "CDataAccess.h"
+#include "CSourceDataInfo.h"
+#include "ado/ScriptedAdo.h"
+#include "platform/CodePage.h"
+#include "support/Faults.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace {
+
+using namespace NSTQ;
+using namespace NSTQ::NSTQCore;
+using namespace NSTQ::Platform;
+using namespace NSTQ::Tests;
+
+using Row = std::vector<std::string>;
+
+/// A prepared description whose first sheet is chosen.
+std::unique_ptr<CSourceDataInfo> Prepare(const char* path = "/no/book.xlsx") {
+    auto info = std::make_unique<CSourceDataInfo>();
+    info->SetCommonInfo(path, SCDeclareConstant::SFT_UNKNOWN);
+    info->PrepareReadSourceData(false);
+    info->SetSelectSchemaIndx(0);
+    return info;
+}
+
+struct Handed {
+    const char** data = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 77;
+
+    bool IsUntouched() const { return data == nullptr && lengths == nullptr && count == 77; }
+    Row Texts(std::size_t countedNul = 0) const {
+        Row row;
+        for (DWORD i = 0; i < count; ++i) {
+            row.emplace_back(data[i], lengths[i] - countedNul);
+            EXPECT_EQ(data[i][row.back().size()], '\0');
+            EXPECT_EQ(data[i], i == 0 ? data[0] : data[i - 1] + row[i - 1].size() + 1);
+        }
+        return row;
+    }
+};
+
+/// The first row of `script`, read with these limits; nothing when that raises.
+std::optional<Row> ReadRow(DWORD columns, DWORD line, DWORD field, HRESULT expected = 0) {
+    const auto info = Prepare();
+    CADOOperater reader(columns, line, field);
+    Handed row;
+    EXPECT_TRUE(reader.FileOpen(info.get()));
+    EXPECT_EQ(Raised([&] { EXPECT_TRUE(reader.GetLineData(row.data, row.lengths, row.count)); }), expected);
+    if (row.IsUntouched())
+        return std::nullopt;
+    return row.Texts();
+}
+
+class Reader : public testing::Test {
+protected:
+    ~Reader() override {
+        EXPECT_EQ(script.liveObjects, 0);
+        EXPECT_EQ(GetComInitCount(), 0U);
+        SetAnsiCodePage(932);
+    }
+    CScript script;
+};
+
+TEST_F(Reader, OpensReadsAndCountsAThirdAtATime) {
+    script.table = {{u"ID", u" Na me "}, {{1.0, u"one"}, {2.0, Null{}}, {true, Date{45000.75}}}};
+    const auto info = Prepare("/no/dir;x/book.xls");
+    CADOOperater reader(2, 99, 20);
+    EXPECT_EQ(script.cursorLocation, 3);
+    Handed row;
+    EXPECT_TRUE(reader.GetFieldsName(row.data, row.lengths, row.count));
+    EXPECT_EQ(row.count, 0U);
+    EXPECT_EQ(Raised([&] { reader.GetLineData(row.data, row.lengths, row.count); }), adErrObjectClosed);
+    ASSERT_TRUE(reader.FileOpen(info.get()));
+    EXPECT_EQ(script.connectionString.substr(0, 64),
+              u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/no/dir;x/book.xls;");
+    EXPECT_EQ(script.statement, u"SELECT * FROM [Sheet1$]");
+    EXPECT_EQ(reader.GetMaxRowNum(), 3U);
+    ASSERT_TRUE(reader.GetFieldsName(row.data, row.lengths, row.count));
+    EXPECT_EQ(row.Texts(1), (Row{"ID", " Na me"}));
+
+    const Row rows[] = {{"1", "one"}, {"2", ""}, {"-1", "2023/03/15 18:00:00"}};
+    const int positions[] = {333, 666, 1000};
+    EXPECT_EQ(reader.GetReadPosition(), 0);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(reader.HasNextLineData());
+        ASSERT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
+        EXPECT_EQ(row.Texts(), rows[i]);
+        EXPECT_EQ(reader.GetReadPosition(), positions[i]);
+        Handed names;
+        EXPECT_TRUE(reader.GetFieldsName(names.data, names.lengths, names.count));
+    }
+    EXPECT_FALSE(reader.HasNextLineData());
+    row = {};
+    EXPECT_FALSE(reader.GetLineData(row.data, row.lengths, row.count));
+    EXPECT_TRUE(row.IsUntouched());
+    EXPECT_TRUE(reader.FileClose());
+    EXPECT_FALSE(reader.FileClose());
+    EXPECT_EQ(reader.GetReadPosition(), 1000);
+}
+
+TEST_F(Reader, NeverMoves) {
+    script.table.rows = {{1.0, 2.0}};
+    const auto info = Prepare();
+    CADOOperater reader(2, 99, 20);
+    ASSERT_TRUE(reader.FileOpen(info.get()));
+    Handed row;
+    EXPECT_FALSE(reader.MoveFileBegin());
+    EXPECT_FALSE(reader.MoveFileEnd());
+    for (const DWORD line : {0U, 1U, 2U, 0xFFFFFFFFU})
+        EXPECT_FALSE(reader.GetSpecificLineData(line, row.data, row.lengths, row.count));
+    EXPECT_TRUE(row.IsUntouched());
+    EXPECT_EQ(reader.GetReadPosition(), 0);
+    EXPECT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
+}
+
+TEST_F(Reader, ReadPositionDoesNotOverflowAndUnknownCountsAreNone) {
+    script.table.rows = {{1.0, 2.0}, {1.0, 2.0}};
+    for (const auto& [count, max] : {std::pair<std::int64_t, DWORD>{0xFFFFFFFF, 0xFFFFFFFF}, {-1, 0}, {0, 0}}) {
+        script.recordCount = count;
+        const auto info = Prepare();
+        CADOOperater reader(2, 99, 20);
+        ASSERT_TRUE(reader.FileOpen(info.get()));
+        Handed row;
+        EXPECT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
+        EXPECT_EQ(reader.GetMaxRowNum(), max);
+        EXPECT_EQ(reader.GetReadPosition(), 0);
+    }
+}
+
+TEST_F(Reader, DescriptionsWithoutStringsOpenNothing) {
+    CADOOperater reader(2, 99, 20);
+    CSourceDataInfo info;
+    EXPECT_FALSE(reader.FileOpen(nullptr));
+    EXPECT_FALSE(reader.FileOpen(&info));
+    for (const char* path : {"/no/a.csv", "/no/a.xlsx"}) {
+        info.SetCommonInfo(path, SCDeclareConstant::SFT_UNKNOWN);
+        EXPECT_FALSE(reader.FileOpen(&info)) << path;
+    }
+    EXPECT_EQ(script.Calls(Op::ConnectionOpen), 0);
+    // A sheet that was not chosen: the connection is open then, the record set is not.
+    info.PrepareReadSourceData(false);
+    EXPECT_FALSE(reader.FileOpen(&info));
+    EXPECT_EQ(reader.GetErrorRet(), 0);
+    const int closes = script.Calls(Op::ConnectionClose);
+    EXPECT_FALSE(reader.FileClose());
+    EXPECT_EQ(script.Calls(Op::ConnectionClose), closes);
+}
+
+/// What a whole session with a reader came to.
+struct Outcome {
+    std::string stage = "read";
+    HRESULT result = 0;
+    bool operator==(const Outcome&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
+    return out << outcome.stage << ' ' << std::hex << outcome.result;
+}
+
+Outcome RunSession(const CSourceDataInfo& info) {
+    Outcome outcome{"construct", 0};
+    Handed row;
+    outcome.result = Raised([&] {
+        CADOOperater reader(2, 99, 20);
+        outcome = {"open", 0};
+        if (!reader.FileOpen(&info)) {
+            outcome.result = reader.GetErrorRet();
+            EXPECT_EQ(reader.GetErrorCode(), 0U);
+            throw _com_error(outcome.result);
+        }
+        outcome.stage = "has";
+        reader.HasNextLineData();
+        outcome.stage = "names";
+        reader.GetFieldsName(row.data, row.lengths, row.count);
+        outcome.stage = "row";
+        row = {};
+        const HRESULT failure = Raised([&] { reader.GetLineData(row.data, row.lengths, row.count); });
+        if (failure != 0) {
+            EXPECT_TRUE(row.IsUntouched());
+            EXPECT_EQ(reader.GetReadPosition(), 0);
+            throw _com_error(failure);
+        }
+        outcome.stage = reader.FileClose() ? "closed" : "not closed";
+    });
+    return outcome;
+}
+
+TEST_F(Reader, EachFailureComesOutWhereItShould) {
+    script.table.rows = {{1.0, u"x"}, {2.0, u"y"}};
+    const auto info = Prepare();
+    constexpr HRESULT hr = MakeHresult(0x80041234);
+    const struct {
+        const char* title;
+        Op op;
+        int nth;
+        Outcome outcome;
+    } cases[] = {
+        {"cursor location", Op::PutCursorLocation, 1, {"construct", hr}},
+        {"connection open", Op::ConnectionOpen, 1, {"open", hr}},
+        {"record set open", Op::RecordsetOpen, 1, {"open", hr}},
+        {"record count", Op::GetRecordCount, 1, {"open", 0}},
+        {"fields on opening", Op::GetFields, 1, {"open", 0}},
+        {"field count", Op::GetCount, 1, {"open", 0}},
+        {"end test", Op::GetEOF, 1, {"has", hr}},
+        {"fields for a name", Op::GetFields, 2, {"names", hr}},
+        {"item for a name", Op::GetItem, 2, {"names", hr}},
+        {"name", Op::GetName, 2, {"names", hr}},
+        {"end test of a row", Op::GetEOF, 2, {"row", hr}},
+        {"fields of a row", Op::GetFields, 5, {"row", hr}},
+        {"item of a row", Op::GetItem, 4, {"row", hr}},
+        {"value", Op::GetValue, 2, {"row", hr}},
+        {"move", Op::MoveNext, 1, {"row", hr}},
+        {"record set close", Op::RecordsetClose, 1, {"not closed", 0}},
+        {"connection close", Op::ConnectionClose, 1, {"not closed", 0}},
+        {"nothing", Op::MoveNext, 9, {"closed", 0}},
+    };
+    for (const auto& c : cases) {
+        script.FailAt(c.op, hr, c.nth);
+        EXPECT_EQ(RunSession(*info), c.outcome) << c.title;
+        EXPECT_EQ(script.liveObjects, 0) << c.title;
+        EXPECT_EQ(GetComInitCount(), 0U) << c.title;
+    }
+}
+
+TEST_F(Reader, MissingObjectsAreNullPointers) {
+    script.table.rows = {{1.0, u"x"}};
+    const auto info = Prepare();
+    const struct {
+        bool CScript::*missing;
+        Outcome outcome;
+    } cases[] = {
+        {&CScript::hasRecordset, {"construct", E_POINTER}},
+        {&CScript::hasConnection, {"open", 0}},
+        {&CScript::hasFields, {"open", 0}},
+        {&CScript::hasField, {"names", E_POINTER}},
+    };
+    for (const auto& c : cases) {
+        script.*c.missing = false;
+        EXPECT_EQ(RunSession(*info), c.outcome);
+        script.*c.missing = true;
+        EXPECT_EQ(GetComInitCount(), 0U);
+    }
+    CDataAccess facade(2, 99, 20, info.get());
+    EXPECT_TRUE(facade.FileOpen());
+    script.hasRecordset = false;
+    EXPECT_EQ(Raised([&] { CDataAccess none(2, 99, 20, info.get()); }), E_POINTER);
+    script.FailAt(Op::GetEOF, E_FAIL);
+    EXPECT_EQ(Raised([&] { facade.HasNextLineData(); }), E_FAIL);
+}
+
+TEST_F(Reader, ValuesBecomeCutAndCleanedTexts) {
+    using namespace std::string_literals;
+    const struct {
+        Cell value;
+        DWORD limit;
+        std::string text;
+        unsigned page = 932;
+    } cases[] = {
+        {Null{}, 10, ""},
+        {12.5, 10, "12.5"},
+        {false, 10, "0"},
+        {u"", 10, ""},
+        {u"  ab  ", 10, "ab"},
+        {u"a\tb", 10, "a b"},
+        {u"ab\r\ncd", 10, "abcd"},
+        {u"ab  \t", 10, "ab   "},
+        {u"ab \r ", 10, "ab"},
+        {u"   ", 10, ""},
+        {u"\u0001\u001F", 10, ""},
+        {u"\t\n x\t", 10, "x "},
+        {std::u16string(u"a\0b", 3), 10, "ab"},
+        {u"123456789012345", 10, "1234567890"},
+        {u"12345678  345", 10, "12345678"},
+        {u"  345678901234", 10, "34567890"},
+        {u"123456789\u3042", 10, "123456789"},
+        {u"12345678\u3042", 10, "12345678\x82\xA0"},
+        {u"12345678\u3042x", 10, "12345678\x82\xA0"},
+        {u"\u3042\u3042", 1, ""},
+        {u"\u3042", 0, ""},
+        {u"\uFF3C\u8868", 10, "\x81\x5F\x95\x5C"},
+        {u"a\u00E9\U0001F600", 10, "ae??"},
+        {u"\u00E9\u0E01", 10, "\xE9?", 1252},
+        {u"ab\u00E9", 3, "ab", 65001},
+        {u"a\U0001F600", 4, "a", 65001},
+        {u"a\U0001F600", 5, "a\xF0\x9F\x98\x80", 65001},
+        {-1234567.25, 4, "-123"},
+    };
+    for (const auto& c : cases) {
+        SetAnsiCodePage(c.page);
+        script.table = {{u"A", u"B"}, {{c.value, u"next"}}};
+        const auto row = ReadRow(2, 99, c.limit);
+        ASSERT_TRUE(row);
+        EXPECT_EQ((*row)[0], c.text);
+        EXPECT_EQ((*row)[1], "next"s.substr(0, c.limit));
+    }
+    script.table.rows = {{1.0, ErrorValue{}}};
+    ReadRow(2, 99, 20, DISP_E_TYPEMISMATCH);
+}
+
+TEST_F(Reader, RowsAndNamesFillTheLineBufferToTheLastByteAndNoFurther) {
+    script.table = {{u"abc", u"", u"de "}, {{u"xyz", u"", u"12  "}}};
+    // Both need 4 + 1 + 3 bytes, and the buffer has one byte more than the limit.
+    for (DWORD line = 0; line < 12; ++line) {
+        const HRESULT expected = line + 1 >= 8 ? 0 : DB_E_DATAOVERFLOW;
+        EXPECT_EQ(ReadRow(3, line, 9, expected).has_value(), expected == 0);
+        const auto info = Prepare();
+        CADOOperater reader(3, line, 9);
+        ASSERT_TRUE(reader.FileOpen(info.get()));
+        Handed names;
+        EXPECT_EQ(Raised([&] { reader.GetFieldsName(names.data, names.lengths, names.count); }), expected) << line;
+        EXPECT_EQ(names.IsUntouched(), expected != 0);
+    }
+    for (DWORD field = 0; field < 5; ++field) {
+        const auto info = Prepare();
+        CADOOperater reader(3, 99, field);
+        ASSERT_TRUE(reader.FileOpen(info.get()));
+        Handed names;
+        const HRESULT expected = field + 1 >= 3 ? 0 : DB_E_DATAOVERFLOW;
+        EXPECT_EQ(Raised([&] { reader.GetFieldsName(names.data, names.lengths, names.count); }), expected) << field;
+    }
+    script.table = {{u"a"}, {{std::u16string(70000, u'x')}}};
+    const auto longest = ReadRow(1, 0xFFFFFFFF, 0xFFFFFFFF);
+    ASSERT_TRUE(longest);
+    EXPECT_EQ((*longest)[0].size(), 65535U);
+}
+
+TEST_F(Reader, MoreColumnsThanTheArraysHoldAreRefused) {
+    script.table.rows = {{1.0, 2.0}};
+    const auto info = Prepare();
+    for (DWORD columns = 0; columns < 4; ++columns) {
+        CADOOperater reader(columns, 99, 20);
+        const bool fits = columns >= 2;
+        EXPECT_EQ(reader.FileOpen(info.get()), fits);
+        EXPECT_EQ(reader.GetErrorRet(), fits ? 0 : DB_E_DATAOVERFLOW);
+        EXPECT_EQ(Raised([&] { reader.HasNextLineData(); }), fits ? 0 : adErrObjectClosed);
+    }
+}
+
+TEST_F(Reader, AllocatesNothingForRowsAndBalancesWhenMemoryRunsOut) {
+    script.table.rows = {{1.5, u"some text"}, {Date{45000.5}, u"another text"}, {100.25, u"third text"}};
+    const auto info = Prepare();
+    {
+        CADOOperater reader(2, 99, 20);
+        ASSERT_TRUE(reader.FileOpen(info.get()));
+        Handed row;
+        ASSERT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
+        const Faults::Scope count(Faults::Call::Allocate, SIZE_MAX, 0);
+        ASSERT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
+        ASSERT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
+        EXPECT_EQ(count.Calls(), 0U);
+    }
+    const auto before = Faults::LiveAllocations();
+    int opened = 0;
+    const auto failures = Faults::ForEachFailure(Faults::Call::Allocate, 0, [&](std::size_t) {
+        try {
+            CADOOperater reader(2, 99, 20);
+            opened += reader.FileOpen(info.get());
+        } catch (const std::bad_alloc&) {
+        } catch (const _com_error&) {
+        }
+    });
+    EXPECT_GT(failures, 6U);
+    EXPECT_GE(opened, 1);
+    EXPECT_EQ(Faults::LiveAllocations(), before);
+}
+
+} // namespace

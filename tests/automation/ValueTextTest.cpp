@@ -1,0 +1,198 @@
+#include "automation/Values.h"
+#include "platform/UserLocale.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <ctime>
+#include <limits>
+#include <random>
+
+using namespace NSTQ;
+using namespace NSTQ::Platform;
+using namespace NSTQ::Tests;
+
+namespace {
+
+struct SCase {
+    VARIANT value;
+    const char* text;
+};
+
+const SCase cases[] = {
+    {Value(VT_EMPTY), ""},
+    {Value(VT_I1, &VARIANT::cVal, -128), "-128"},
+    {Value(VT_UI1, &VARIANT::bVal, 255), "255"},
+    {Value(VT_I2, &VARIANT::iVal, -32768), "-32768"},
+    {Value(VT_UI2, &VARIANT::uiVal, 65535), "65535"},
+    {Value(VT_I4, &VARIANT::lVal, INT32_MIN), "-2147483648"},
+    {Value(VT_INT, &VARIANT::lVal, -1), "-1"},
+    {Value(VT_UI4, &VARIANT::ulVal, UINT32_MAX), "4294967295"},
+    {Value(VT_UINT, &VARIANT::ulVal, UINT32_MAX), "4294967295"},
+    {Value(VT_I8, &VARIANT::llVal, INT64_MIN), "-9223372036854775808"},
+    {Value(VT_UI8, &VARIANT::ullVal, UINT64_MAX), "18446744073709551615"},
+    {Value(VT_BOOL, &VARIANT::boolVal, VARIANT_TRUE), "-1"},
+    {Value(VT_BOOL, &VARIANT::boolVal, 1), "-1"},
+    {Value(VT_BOOL, &VARIANT::boolVal, VARIANT_FALSE), "0"},
+
+    {Double(12.5), "12.5"},
+    {Double(0.1 + 0.2), "0.3"},
+    {Double(-0.0), "0"},
+    {Double(1e14), "100000000000000"},
+    {Double(1e15), "1E+15"},
+    {Double(999999999999999.9), "1E+15"},
+    {Double(-123456789012345678.0), "-1.23456789012346E+17"},
+    {Double(0.0001), "0.0001"},
+    {Double(0.000099999999999999999), "0.0001"},
+    {Double(0.00001), "1E-05"},
+    {Double(5e-324), "4.94065645841247E-324"},
+    {Double(std::numeric_limits<double>::infinity()), "1.#INF"},
+    {Double(-std::numeric_limits<double>::infinity()), "-1.#INF"},
+    {Double(std::numeric_limits<double>::quiet_NaN()), "1.#QNAN"},
+    {Double(-std::numeric_limits<double>::quiet_NaN()), "-1.#IND"},
+    {Value(VT_R4, &VARIANT::fltVal, 0.1), "0.1"},
+    {Value(VT_R4, &VARIANT::fltVal, 9999999), "9999999"},
+    {Value(VT_R4, &VARIANT::fltVal, 16777216), "1.677722E+07"},
+    {Value(VT_R4, &VARIANT::fltVal, -0.0), "0"},
+
+    {Value(VT_CY, &VARIANT::cyVal, 125000), "12.5"},
+    {Value(VT_CY, &VARIANT::cyVal, -1), "-0.0001"},
+    {Value(VT_CY, &VARIANT::cyVal, 0), "0"},
+    {Value(VT_CY, &VARIANT::cyVal, 1000000), "100"},
+    {Value(VT_CY, &VARIANT::cyVal, INT64_MIN), "-922337203685477.5808"},
+    {Decimal(0, 125000, 4), "12.5"},
+    {Decimal(0, 1, 4, 0x80), "-0.0001"},
+    {Decimal(0, 0, 28, 0x80), "0"},
+    {Decimal(0, 1000, 0), "1000"},
+    {Decimal(1, 0, 0), "18446744073709551616"},
+    {Decimal(UINT32_MAX, UINT64_MAX, 0, 0x80), "-79228162514264337593543950335"},
+    {Decimal(UINT32_MAX, UINT64_MAX, 28), "7.9228162514264337593543950335"},
+    {Decimal(0, 1, 28), "0.0000000000000000000000000001"},
+    {Decimal(0, 1, 29), "#80070057"},
+
+    {Date(0), "0:00:00"},
+    {Date(0.75), "18:00:00"},
+    {Date(-0.25), "6:00:00"},
+    {Date(45000), "2023/03/15"},
+    {Date(45000.75), "2023/03/15 18:00:00"},
+    {Date(45000.999999), "2023/03/16 0:00:00"},
+    {Date(45000.000001), "2023/03/15 0:00:00"},
+    {Date(0.999999), "1899/12/31 0:00:00"},
+    {Date(-1.25), "1899/12/29 6:00:00"},
+    {Date(-1.999999), "0:00:00"},
+    {Date(-2.999999), "1899/12/29 0:00:00"},
+    {Date(-657434), "0100/01/01"},
+    {Date(-657434.5), "0100/01/01 12:00:00"},
+    {Date(-657435), "#80070057"},
+    {Date(2958465.5), "9999/12/31 12:00:00"},
+    {Date(2958465.999999), "#80070057"},
+    {Date(1e300), "#80070057"},
+    {Date(std::numeric_limits<double>::quiet_NaN()), "#80070057"},
+
+    {Value(VT_NULL), "#80020005"},
+    {Value(VT_ERROR, &VARIANT::scode, E_FAIL), "#80020005"},
+    {Value(VT_DISPATCH), "#80020005"},
+    {Value(VT_ARRAY | VT_I4), "#80020005"},
+    {Value(0x4000 | VT_I4), "#80020005"},
+    {Value(999), "#80020005"},
+};
+
+TEST(ValueText, IsThatOfTheType) {
+    for (const SCase& entry : cases)
+        EXPECT_EQ(TextOf(entry.value), entry.text) << "type " << entry.value.vt;
+}
+
+/// The C library's general form follows the same rule by another way.
+std::string General(double number, int digits) {
+    char text[40];
+    std::snprintf(text, sizeof(text), "%.*G", digits, number == 0 ? 0 : number);
+    return text;
+}
+
+TEST(ValueText, OfFloatsIsTheCorrectlyRoundedGeneralForm) {
+    std::mt19937_64 random(42);
+    const auto agrees = [](double number) {
+        ASSERT_EQ(TextOf(Double(number)), General(number, 15)) << std::bit_cast<std::uint64_t>(number);
+    };
+    for (int i = 0; i < 150'000; ++i) {
+        const auto bits = random();
+        if (const auto number = std::bit_cast<double>(bits); std::isfinite(number)) {
+            ASSERT_NO_FATAL_FAILURE(agrees(number));
+        }
+        if (const auto number = std::bit_cast<float>(static_cast<DWORD>(bits)); std::isfinite(number)) {
+            ASSERT_EQ(TextOf(Value(VT_R4, &VARIANT::fltVal, number)), General(number, 7));
+        }
+        // Short decimals, the neighbours of them, and of halves of the last digit.
+        const double decimal = static_cast<double>(bits >> (bits % 64)) / std::pow(10, static_cast<int>(bits % 23));
+        for (const double number : {decimal, -decimal, std::nextafter(decimal, 0), std::nextafter(decimal, 1e300)})
+            ASSERT_NO_FATAL_FAILURE(agrees(number));
+    }
+}
+
+std::string CalendarText(std::time_t secondsFromDayZero, std::time_t dayZero) {
+    const std::time_t moment = dayZero + secondsFromDayZero;
+    std::tm parts{};
+    gmtime_r(&moment, &parts);
+    char text[40];
+    std::snprintf(text, sizeof(text), "%04d/%02d/%02d %d:%02d:%02d", parts.tm_year + 1900, parts.tm_mon + 1,
+                  parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
+    return text;
+}
+
+TEST(ValueText, OfDatesFollowsTheCalendarAndRoundsToTheSecond) {
+    std::tm start{};
+    start.tm_year = -1;
+    start.tm_mon = 11;
+    start.tm_mday = 30;
+    const std::time_t dayZero = timegm(&start);
+    std::mt19937_64 random(7);
+    std::uniform_real_distribution<double> withinSecond(-0.49, 0.49);
+    for (int day = -657434; day < 2958465; day += 1 + static_cast<int>(random() % 19)) {
+        if (day == 0 || day == -1) // where a carry gives day 0, which has no date
+            continue;
+        const auto midnight = CalendarText(std::time_t{86400} * day, dayZero);
+        ASSERT_EQ(TextOf(Date(day)), midnight.substr(0, midnight.find(' ')));
+        const auto second = 1 + static_cast<std::time_t>(random() % 86400);
+        const double offset = second == 86400 ? -0.4 : withinSecond(random);
+        const double fraction = (static_cast<double>(second) + offset) / 86400;
+        const auto expected = CalendarText(std::time_t{86400} * day + second, dayZero);
+        ASSERT_EQ(TextOf(Date(day < 0 ? day - fraction : day + fraction)), expected) << day << ' ' << second;
+    }
+}
+
+/// The default comes back whatever a test sets.
+class UserLocale : public testing::Test {
+protected:
+    void TearDown() override { SetUserLocale({}); }
+};
+
+TEST_F(UserLocale, ShapesDatesAndNumbers) {
+    ASSERT_TRUE(SetUserLocale({"d.M.yy", "tt hh:mm", ','}));
+    EXPECT_EQ(TextOf(Date(36529.5)), "4.1.00 PM 12:00");
+    ASSERT_TRUE(SetUserLocale({"dd-MM-yyyy", "h 'h' H.m.s", ','}));
+    EXPECT_EQ(TextOf(Date(36529 + 3723.0 / 86400)), "04-01-2000 1 '1' 1.2.3");
+    EXPECT_EQ(TextOf(Double(-1.5e-7)), "-1,5E-07");
+    EXPECT_EQ(TextOf(Value(VT_CY, &VARIANT::cyVal, 5)), "0,0005");
+    ASSERT_TRUE(SetUserLocale({"M-d-M-d-M-d-M-d-M-d-M-d-M-d-M-d", "H:m:s:H:m:s:H:m:s:H:m:s:H:m:s:H", '.'}));
+    EXPECT_EQ(TextOf(Date(36890 + 80542.0 / 86400)).size(), 47u + 1 + 47);
+    ASSERT_TRUE(SetUserLocale({"H", "yMd", '.'}));
+    EXPECT_EQ(TextOf(Date(36890.5)), "H yMd");
+}
+
+TEST_F(UserLocale, IsRefusedWithAPartThatIsNoPicture) {
+    const SUserLocale refused[] = {{"y/M", "H", '.'},   {"yyy", "H", '.'},
+                                   {"yyyyy", "H", '.'}, {"MMM", "H", '.'},
+                                   {"", "H", '.'},      {"yyyy\x81", "H", '.'},
+                                   {"M", "t", '.'},     {"M", "HHH", '.'},
+                                   {"M", "H\n", '.'},   {"M", "H", '0'},
+                                   {"M", "H", 'E'},     {"M", "H", '-'},
+                                   {"M", "H", '\0'},    {"M", "H", ' '},
+                                   {"M", "", '.'},      {"yyyy/MM/dd yyyy/MM/dd yyyy/MM/dd", "H", '.'}};
+    for (const SUserLocale& locale : refused)
+        EXPECT_FALSE(SetUserLocale(locale)) << locale.dateFormat << ' ' << locale.timeFormat << locale.decimalSign;
+    EXPECT_EQ(TextOf(Date(45000.75)), "2023/03/15 18:00:00");
+    EXPECT_EQ(GetUserLocale().decimalSign, '.');
+}
+
+} // namespace

@@ -1,0 +1,49 @@
+// Values of each type, written short.
+#pragma once
+
+#include "platform/automation/Variant.h"
+
+#include <cstdio>
+#include <string>
+
+namespace NSTQ::Tests {
+
+inline Platform::VARIANT Value(Platform::VARTYPE vt) {
+    Platform::VARIANT value{};
+    value.vt = vt;
+    return value;
+}
+
+template <class TMember, class TNumber>
+Platform::VARIANT Value(Platform::VARTYPE vt, TMember Platform::VARIANT::*member, TNumber number) {
+    Platform::VARIANT value = Value(vt);
+    value.*member = static_cast<TMember>(number);
+    return value;
+}
+
+inline Platform::VARIANT Double(double number) {
+    return Value(Platform::VT_R8, &Platform::VARIANT::dblVal, number);
+}
+
+inline Platform::VARIANT Date(double days) {
+    return Value(Platform::VT_DATE, &Platform::VARIANT::date, days);
+}
+
+inline Platform::VARIANT Decimal(DWORD high, std::uint64_t low, std::uint8_t scale, std::uint8_t sign = 0) {
+    return Value(Platform::VT_DECIMAL, &Platform::VARIANT::decVal, Platform::DECIMAL{scale, sign, high, low});
+}
+
+/// The text, or `#` and the HRESULT.
+inline std::string TextOf(const Platform::VARIANT& value) {
+    static Platform::CVariant target;
+    const auto result = Platform::VariantChangeType(target.Get(), &value, 0, Platform::VT_BSTR);
+    if (Platform::Failed(result)) {
+        char code[16];
+        std::snprintf(code, sizeof(code), "#%08X", static_cast<unsigned>(result));
+        return code;
+    }
+    const auto view = Platform::BstrView(target.Value().bstrVal);
+    return {view.begin(), view.end()};
+}
+
+} // namespace NSTQ::Tests

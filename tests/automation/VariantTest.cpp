@@ -1,0 +1,175 @@
+#include "automation/MallocFaults.h"
+#include "automation/Values.h"
+#include "platform/CodePage.h"
+#include "platform/automation/Com.h"
+
+#include <gtest/gtest.h>
+
+using namespace NSTQ;
+using namespace NSTQ::Platform;
+using namespace NSTQ::Tests;
+using namespace std::string_literals;
+
+namespace {
+
+class CObject : public CComObject<IUnknown> {
+public:
+    explicit CObject(int& alive) : m_alive(alive) { ++m_alive; }
+    ~CObject() override { --m_alive; }
+
+private:
+    int& m_alive;
+};
+
+VARIANT Text(std::u16string_view text) {
+    VARIANT value = Value(VT_BSTR);
+    value.bstrVal = SysAllocStringLen(text.data(), static_cast<DWORD>(text.size()));
+    return value;
+}
+
+std::u16string_view View(const CVariant& value) {
+    return value.Value().vt == VT_BSTR ? BstrView(value.Value().bstrVal) : u"(no text)";
+}
+
+TEST(Variant, IsConvertedInItsOwnPlace) {
+    CVariant value;
+    *value.Get() = Double(2.5);
+    EXPECT_EQ(VariantChangeType(value.Get(), value.Get(), 0, VT_BSTR), S_OK);
+    EXPECT_EQ(View(value), u"2.5");
+    EXPECT_EQ(VariantChangeType(value.Get(), value.Get(), 0, VT_BSTR), S_OK);
+    EXPECT_EQ(View(value), u"2.5");
+    VariantClear(value.Get());
+    *value.Get() = Value(VT_BSTR);
+    EXPECT_EQ(VariantChangeType(value.Get(), value.Get(), 0, VT_BSTR), S_OK);
+    EXPECT_NE(value.Value().bstrVal, nullptr);
+    EXPECT_EQ(View(value), u"");
+}
+
+TEST(Variant, ConversionTakesNoMemoryOnceTheTargetHasEnough) {
+    CVariant target;
+    CVariant text;
+    *text.Get() = Text(u"a text with \0 in it, longer than a first block of memory"s);
+    ASSERT_EQ(VariantChangeType(target.Get(), &text.Value(), 0, VT_BSTR), S_OK);
+    EXPECT_EQ(View(target), BstrView(text.Value().bstrVal));
+    const std::size_t before = MallocFaults::Calls();
+    for (const VARIANT& value : {Double(1.0 / 3), Double(7), Date(45000.75), Decimal(9, 9, 28), Value(VT_EMPTY),
+                                 Value(VT_BOOL), text.Value()})
+        EXPECT_EQ(VariantChangeType(target.Get(), &value, 0, VT_BSTR), S_OK);
+    EXPECT_EQ(VariantCopy(target.Get(), &text.Value()), S_OK);
+    EXPECT_EQ(MallocFaults::Calls(), before);
+}
+
+TEST(Variant, FailureLeavesTheTargetAsItWas) {
+    CVariant number;
+    *number.Get() = Double(2.5);
+    CVariant text;
+    *text.Get() = Text(u"kept");
+    CVariant longText;
+    *longText.Get() = Text(std::u16string(1000, u'x'));
+    const VARIANT error = Value(VT_ERROR);
+    for (CVariant* target : {&number, &text}) {
+        EXPECT_EQ(VariantChangeType(target->Get(), &error, 0, VT_BSTR), DISP_E_TYPEMISMATCH);
+        EXPECT_EQ(VariantChangeType(target->Get(), &longText.Value(), 1, VT_BSTR), E_INVALIDARG);
+        EXPECT_EQ(VariantChangeType(target->Get(), &longText.Value(), 0, VT_I4), E_INVALIDARG);
+        MallocFaults::SetFailing(true);
+        const HRESULT changed = VariantChangeType(target->Get(), &longText.Value(), 0, VT_BSTR);
+        const HRESULT copied = VariantCopy(target->Get(), &longText.Value());
+        const HRESULT inPlace = VariantChangeType(number.Get(), number.Get(), 0, VT_BSTR);
+        MallocFaults::SetFailing(false);
+        EXPECT_EQ(changed, E_OUTOFMEMORY);
+        EXPECT_EQ(copied, E_OUTOFMEMORY);
+        EXPECT_EQ(inPlace, E_OUTOFMEMORY);
+    }
+    EXPECT_EQ(number.Value().vt, VT_R8);
+    EXPECT_EQ(number.Value().dblVal, 2.5);
+    EXPECT_EQ(View(text), u"kept");
+}
+
+TEST(Variant, OwnsTheReferencesAndTextsThatItCopies) {
+    int alive = 0;
+    {
+        CVariant first;
+        CVariant second;
+        first.Get()->vt = VT_DISPATCH;
+        first.Get()->pdispVal = new CObject(alive);
+        first.Get()->pdispVal->AddRef();
+        VariantCopy(second.Get(), &first.Value());
+        VariantCopy(second.Get(), &first.Value());
+        VariantCopy(second.Get(), second.Get());
+        VariantClear(first.Get());
+        EXPECT_EQ(first.Value().vt, VT_EMPTY);
+        EXPECT_EQ(alive, 1);
+        const VARIANT null = Value(VT_DISPATCH);
+        VariantCopy(first.Get(), &null);
+        const VARIANT number = Double(1);
+        EXPECT_EQ(VariantChangeType(second.Get(), &number, 0, VT_BSTR), S_OK);
+        EXPECT_EQ(alive, 0);
+    }
+    EXPECT_EQ(alive, 0);
+    CVariant target;
+    CVariant text;
+    *text.Get() = Text(u"x");
+    VariantCopy(target.Get(), &text.Value());
+    EXPECT_NE(target.Value().bstrVal, text.Value().bstrVal);
+    const VARIANT null = Value(VT_BSTR);
+    EXPECT_EQ(VariantCopy(target.Get(), &null), S_OK);
+    EXPECT_EQ(target.Value().bstrVal, nullptr);
+}
+
+TEST(Bstr, CarriesItsLengthAndANul) {
+    BSTR text = SysAllocStringLen(u"a\0b", 3);
+    EXPECT_EQ(BstrView(text), u"a\0b"s);
+    EXPECT_EQ(text[3], u'\0');
+    for (const DWORD length : {27u, 28u, 59u, 60u, 1000u, 0u}) {
+        const std::u16string source(length, u'x');
+        ASSERT_TRUE(SysReAllocStringLen(&text, source.data(), length));
+        EXPECT_EQ(BstrView(text), source);
+        EXPECT_EQ(text[length], u'\0');
+    }
+    SysFreeString(text);
+    text = SysAllocString(u"up to\0 here");
+    EXPECT_EQ(BstrView(text), u"up to");
+    EXPECT_FALSE(SysReAllocStringLen(&text, nullptr, UINT32_MAX));
+    EXPECT_FALSE(SysReAllocStringLen(&text, nullptr, 0x40000000));
+    EXPECT_EQ(BstrView(text), u"up to");
+    SysFreeString(text);
+    EXPECT_EQ(SysAllocString(nullptr), nullptr);
+    EXPECT_EQ(SysStringLen(nullptr), 0u);
+    SysFreeString(nullptr);
+}
+
+TEST(Bstr, GoesThroughTheAnsiCodePage) {
+    constexpr std::u16string_view wide = u"日本 語\0$";
+    for (const unsigned page : {932u, CP_UTF8}) {
+        SetAnsiCodePage(page);
+        EXPECT_EQ(BstrFromAnsi(AnsiFromWide(wide)).View(), wide);
+        EXPECT_EQ(AnsiFromWide({}), "");
+        EXPECT_NE(BstrFromAnsi("").Get(), nullptr);
+    }
+    SetAnsiCodePage(932);
+    EXPECT_EQ(AnsiFromWide(u"é☃語"), "e?\x8C\xEA");
+}
+
+TEST(Bstr, RaisesWhenMemoryRunsOut) {
+    CBstr text(u"kept");
+    const std::u16string longText(1000, u'x');
+    HRESULT assigned = S_OK;
+    HRESULT converted = S_OK;
+    MallocFaults::SetFailing(true);
+    try {
+        text.Assign(longText);
+    } catch (const _com_error& error) {
+        assigned = error.Error();
+    }
+    try {
+        BstrFromAnsi("x");
+    } catch (const _com_error& error) {
+        converted = error.Error();
+    }
+    MallocFaults::SetFailing(false);
+    EXPECT_EQ(assigned, E_OUTOFMEMORY);
+    EXPECT_EQ(converted, E_OUTOFMEMORY);
+    EXPECT_EQ(text.View(), u"kept");
+}
+
+} // namespace
