@@ -34,7 +34,7 @@ std::string SCPathText::ToLibrary(const std::string& path) {
     if (path.find_first_of("\\\x01") != std::string::npos)
         throw CFailure(ES_USAGE, path,
                        "the name holds a '\\', which is taken for '/'; give a link with another name");
-    const std::string text = path.size() > PATH_LENGTH_MAX * 4 ? path : ToAnsi(path, path, "the name");
+    std::string text = path.size() > PATH_LENGTH_MAX * 4 ? path : ToAnsi(path, path, "the name");
     if (text.size() > PATH_LENGTH_MAX)
         throw CFailure(ES_LIMIT, path, "the path has more than 260 bytes; try a relative path from a nearer folder");
     return text;
