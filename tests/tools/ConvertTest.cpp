@@ -2,6 +2,7 @@
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
 #include "tools/CProgram.h"
+#include "xlsx/XlsxBuilder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -129,6 +130,7 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
         {{"prices-locked.xtqf", "--password-file", m_folder.WriteFile("key", "secret\n"), "--encoding", "932"},
          "prices-sjis.csv"},
         {{"stock.tsv"}, ""},
+        {{"prices.xlsx"}, "prices-sjis.csv"},
         {{"ledger.txt", "--widths", "6,20,10"}, ""},
     };
     for (auto c : cases) {
@@ -198,6 +200,47 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
     EXPECT_EQ(Run({"a.xtqf", "--password-file", "missing"}).status, 3);
     m_folder.WriteFile("a.xtqf", MakeZip({{.name = "other", .content = "x"}}));
     EXPECT_EQ(Run({"a.xtqf"}).status, 3);
+}
+
+TEST_F(Convert, WorkbooksListAndConvert) {
+    SXlsxParts parts;
+    parts.strRows =
+        "<row><c><v>1</v></c><c t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>2.5</v></c></row>";
+    parts.sheetNames = {"It's a.b!c", "\xE6\x97\xA5\xE6\x9C\xAC \xE8\xAA\x9E", "2"};
+    m_folder.WriteFile("a.xlsx", parts.Zip().Finish());
+    const std::string rows = "1,\xE8\xA1\xA8\r\n2.5,\r\n";
+    const struct {
+        std::vector<std::string> arguments;
+        std::string output;
+        const char* errors;
+        int status;
+    } cases[] = {
+        {{"list", "a.xlsx"},
+         "name\trows\tcolumns\nIt's a.b!c\t2\t2\n" + parts.sheetNames[1] + "\t2\t2\n2\t2\t2\n",
+         "",
+         0},
+        {{"a.xlsx"}, rows, "", 0},
+        {{"a.xlsx", "--sheet", "It's a.b!c"}, rows, "", 0},
+        {{"a.xlsx", "--sheet", parts.sheetNames[1], "--header"}, "F1,F2\r\n" + rows, "", 0},
+        {{"a.xlsx", "--sheet", "3", "--skip", "1"}, "2.5,\r\n", "", 0},
+        {{"a.xlsx", "--code-page", "932", "--limit", "1"}, "1,\x95\x5C\r\n", "", 0},
+        {{"a.xlsx", "--max-fields", "1"}, "1\r\n2.5\r\n", "row 1: more than 1 fields", 1},
+        {{"preview", "a.xlsx"}, "1 | \xE8\xA1\xA8\n2.5 | \n", "", 0},
+        {{"a.xlsx", "--sheet", "Q5"}, "", "a.xlsx: no sheet or table \"Q5\"; there are: It's a.b!c, ", 3},
+        {{"list", "a.csv"}, "", "list is for workbooks and databases", 2},
+        {{"a.csv", "--sheet", "1"}, "", "--sheet is for workbooks and databases", 2},
+        {{"a.csv", "--header"}, "", "--header is for workbooks and databases", 2},
+        {{"b.xlsx"}, "", "b.xlsx: ", 5},
+    };
+    m_folder.WriteFile("a.csv", "a,b\n");
+    m_folder.WriteFile("b.xlsx", "no workbook");
+    for (const auto& c : cases) {
+        const SResult result = Run(c.arguments);
+        const std::string title = testing::PrintToString(c.arguments);
+        EXPECT_EQ(result.status, c.status) << title << result.errors;
+        EXPECT_EQ(result.output, c.output) << title;
+        EXPECT_THAT(result.errors, HasSubstr(c.errors)) << title;
+    }
 }
 
 /// The temporary folder is looked at when the test ends.

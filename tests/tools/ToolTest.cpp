@@ -104,7 +104,7 @@ const SCase TYPES_AND_LINE_ENDS[] = {
     {"EolGiven", "a.csv", "a\rb\nc\n", {"--eol", "cr"}, "a\r\nbc\r\n", "", 0},
     {"Empty", "a.dat", "", {}, "", "", 0},
     {"TextWithoutSeparators", "a.txt", "abc  1\r\n", {}, "", "fixed-length", 5},
-    {"Workbook", "a.xls", "x", {}, "", "Excel 2003 workbook", 5},
+    {"Workbook", "a.xls", "x", {}, "", "a.xls: ", 5},
     {"Utf16", "a.csv", "\xFF\xFE"s + "a\0,\0"s, {}, "", "UTF-16", 5},
     {"QuotedLineEndEndsTheRow", "a.csv", "\"a\nb\",c\n", {}, "a\r\n\"b\"\"\",c\r\n", "", 0},
     {"QuotedLineEndKeptInRow", "a.csv", "\"a\nb\",c\n", {"--quote-newline"}, "ab,c\r\n", "", 0},

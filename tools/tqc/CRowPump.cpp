@@ -24,6 +24,20 @@ void CRowPump::Run() {
     }
 }
 
+bool CRowPump::WriteNames(const std::vector<std::string>& names) {
+    std::vector<const char*> texts;
+    std::vector<WORD> lengths;
+    for (const std::string& name : names) {
+        texts.push_back(name.data());
+        lengths.push_back(static_cast<WORD>(name.size()));
+    }
+    m_ppFields = texts.data();
+    m_pLengths = lengths.data();
+    const auto count = static_cast<DWORD>(names.size());
+    EncodeRow(count);
+    return m_output.WriteRow(m_ppFields, m_pLengths, count);
+}
+
 CRowPump::EOutcome CRowPump::ReadRow() {
     const bool complete = ReadRecord();
     if (m_llRecordSize == 0) {
@@ -49,13 +63,13 @@ bool CRowPump::IsMarkAtEnd() const {
 /// Reads one record; `m_ppFields` stays null when the line limit stopped it. The reader's result.
 bool CRowPump::ReadRecord() {
     m_ppFields = nullptr;
-    const LONGLONG start = m_reader.GetBytePosition();
+    const LONGLONG start = m_reader.GetPosition();
     const bool complete = m_rows.GetLineData(m_ppFields, m_pLengths, m_dwCount);
     if (const DWORD code = m_rows.GetErrorCode(); code != 0)
         throw CFailure(ES_UNSUPPORTED, m_options.strFile,
                        "cannot be read further after row " + std::to_string(m_ullRow) + ": " +
                            SCErrorText::OfLibrary(code));
-    m_llRecordSize = m_reader.GetBytePosition() - start;
+    m_llRecordSize = m_reader.GetPosition() - start;
     return complete;
 }
 

@@ -28,6 +28,8 @@ public:
     CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, COutputFile& output,
              CReporter& reporter);
 
+    /// Writes a row of texts that are in the ANSI code page, such as names of columns. False as from Run.
+    bool WriteNames(const std::vector<std::string>& names);
     /// Runs to the end of the source, the wanted number of rows or the end of a pipe. Throws CFailure.
     void Run();
 
@@ -51,7 +53,7 @@ private:
 
     const SOptions& m_options;
     ISourceReader& m_reader;
-    NSTQCore::VCTextFileOperater& m_rows;
+    NSTQCore::IDataAccess& m_rows;
     CRowEncoder m_encoder;
     COutputFile& m_output;
     CReporter& m_reporter;

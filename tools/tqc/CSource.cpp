@@ -8,11 +8,15 @@
 #include "SCSignals.h"
 #include "SCTextProbe.h"
 #include "platform/CodePage.h"
+#include "platform/ComError.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
@@ -83,15 +87,20 @@ void CUnpackFolder::Set(const char* path) {
 
 CSource::CSource(const SOptions& options) : m_options(options) {
     ReadHead(options.strFile);
-    SettleCodePage();
+    // What the file is does not depend on the code page, but the code page on what it is.
+    Platform::SetAnsiCodePage(Platform::CP_UTF8);
     FindLineEnd();
     FindType();
+    SettleCodePage();
+    if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
+        FindType();
 }
 
-/// UTF-8 is read as it stands, which keeps everything; its rows are encoded when they are written.
+/// UTF-8 and the Unicode of workbooks are read as they stand, which keeps everything; their rows are encoded when
+/// they are written.
 void CSource::SettleCodePage() {
     const bool hasMark = m_options.eCharSet == CSourceDataInfo::RCS_AUTO && SCTextProbe::HasUtf8Mark(m_strHead);
-    const bool isUtf8 = hasMark || m_options.eCharSet == CSourceDataInfo::RCS_UTF8;
+    const bool isUtf8 = hasMark || IsDatabase() || m_options.eCharSet == CSourceDataInfo::RCS_UTF8;
     Platform::SetAnsiCodePage(isUtf8 ? Platform::CP_UTF8 : m_options.uCodePage);
 }
 
@@ -141,6 +150,10 @@ void CSource::FindType() {
     }
 }
 
+bool CSource::IsDatabase() const {
+    return m_eType >= SCDeclareConstant::SFT_XLS && m_eType <= SCDeclareConstant::SFT_ACCDB;
+}
+
 bool CSource::IsDelimited() const {
     return m_eType == SCDeclareConstant::SFT_CSV || m_eType == SCDeclareConstant::SFT_TXT;
 }
@@ -153,9 +166,10 @@ void CSource::CheckReadable() const {
     if (m_eType == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
         throw CFailure(ES_UNSUPPORTED, path,
                        "fixed-length text needs --widths; see its columns with: tqc preview " + path);
-    if (!IsDelimited() && m_eType != SCDeclareConstant::SFT_FIX && m_eType != SCDeclareConstant::SFT_XTQF)
-        throw CFailure(ES_UNSUPPORTED, path,
-                       DescribeType(m_eType) + ", which this program does not read yet; save it as CSV");
+    if (m_options.bHeader && !IsDatabase())
+        throw CFailure(ES_USAGE, path, "--header is for workbooks and databases; the first row of text is a row");
+    if (!m_options.strSheet.empty() && !IsDatabase())
+        throw CFailure(ES_USAGE, path, "--sheet is for workbooks and databases; this is " + DescribeType(m_eType));
     if (SCTextProbe::HasUtf16Mark(m_strHead))
         throw CFailure(ES_UNSUPPORTED, path, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
 }
@@ -164,13 +178,17 @@ std::unique_ptr<ISourceReader> CSource::OpenReader() {
     CheckReadable();
     if (m_eType == SCDeclareConstant::SFT_FIX)
         return OpenFixedLength();
+    if (IsDatabase()) {
+        PrepareDatabase();
+        return OpenTable();
+    }
     if (m_eType == SCDeclareConstant::SFT_XTQF)
         Unpack();
     return OpenDelimited();
 }
 
-/// Unpacks the package, asking for its password when it needs one, and looks at the data file in it.
-void CSource::Unpack() {
+/// Prepares the source, asking for its password when it needs one.
+CSourceDataInfo::ESourceDataOpen CSource::Prepare() {
     constexpr int attemptsMax = 3;
     auto password = SCPassWord::FromOptions(m_options);
     const bool mayAsk = !password;
@@ -188,6 +206,111 @@ void CSource::Unpack() {
         result = m_info.PrepareReadSourceData(true);
         m_folder.Set(m_info.GetUncompressFolderPath());
     }
+    return result;
+}
+
+void CSource::PrepareDatabase() {
+    if (Prepare() != CSourceDataInfo::SDO_DATABASE)
+        ExplainListing();
+}
+
+/// Why the listing of a workbook or database failed, which its preparation does not say.
+void CSource::ExplainListing() const {
+    const char* connection = nullptr;
+    if (m_info.GetConnectString(connection)) {
+        try {
+            DWORD size = 0;
+            DWORD count = 0;
+            NSTQCore::CADOOperater::GetSchemaNameSize(size, count, connection);
+        } catch (const Platform::_com_error& error) {
+            const bool isPassWord = error.Error() == Platform::DB_SEC_E_AUTH_FAILED;
+            throw CFailure(isPassWord ? ES_PASSWORD : ES_UNSUPPORTED, error.what());
+        }
+    }
+    throw CFailure(ES_UNSUPPORTED, m_options.strFile, "cannot be read");
+}
+
+/// The names as people know them. In those of sheets the library leaves the doubled quotes of the listing.
+std::vector<std::string> CSource::TableNames() const {
+    std::vector<char*> listed;
+    m_info.GetSchemaName(listed);
+    std::vector<std::string> names(listed.begin(), listed.end());
+    if (m_eType == SCDeclareConstant::SFT_XLS || m_eType == SCDeclareConstant::SFT_XLSX)
+        for (std::string& name : names)
+            for (std::size_t at = name.find("''"); at != std::string::npos; at = name.find("''", at + 1))
+                name.erase(at, 1);
+    return names;
+}
+
+/// Chooses the sheet or table that the options name, by its name or else by its number.
+void CSource::SelectTable() {
+    const std::string& wanted = m_options.strSheet;
+    const std::vector<std::string> names = TableNames();
+    auto found = std::find(names.begin(), names.end(), wanted);
+    if (found == names.end() && wanted.empty())
+        found = names.begin();
+    std::size_t number = 0;
+    const char* const end = wanted.data() + wanted.size();
+    if (found == names.end() && std::from_chars(wanted.data(), end, number).ptr == end && number > 0 &&
+        number <= names.size())
+        found = names.begin() + static_cast<std::ptrdiff_t>(number - 1);
+    if (found != names.end() && m_info.SetSelectSchemaIndx(static_cast<DWORD>(found - names.begin())))
+        return;
+    std::string there;
+    for (const std::string& name : names)
+        there += (there.empty() ? "" : ", ") + name;
+    throw CFailure(
+        ES_NOT_FOUND, m_options.strFile,
+        (wanted.empty() ? "nothing to read in it" : "no sheet or table \"" + wanted + "\"; there are: " + there) +
+            " (see: tqc list " + m_options.strFile + ")");
+}
+
+std::unique_ptr<CTableReader> CSource::OpenTable() {
+    SelectTable();
+    // As many columns as any sheet has; the program cuts them itself and says so.
+    constexpr DWORD columnsMax = 16384;
+    auto reader =
+        std::make_unique<CTableReader>(std::max(columnsMax, m_options.dwMaxFields) + 1, LIMIT_MAX, LIMIT_MAX);
+    if (!reader->FileOpen(&m_info)) {
+        char code[16];
+        std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reader->GetErrorRet()));
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
+                       "the sheet or table cannot be opened (" + std::string(code) + ")");
+    }
+    const char** fields = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    reader->GetFieldsName(fields, lengths, count);
+    // The lengths of names count the NUL.
+    for (DWORD i = 0; i < count; ++i)
+        m_vecColumns.emplace_back(fields[i], lengths[i] - 1U);
+    return reader;
+}
+
+std::vector<CSource::STable> CSource::ListTables() {
+    if (!IsDatabase())
+        throw CFailure(ES_USAGE, m_options.strFile,
+                       "list is for workbooks and databases; this is " + DescribeType(m_eType));
+    PrepareDatabase();
+    const std::vector<std::string> names = TableNames();
+    std::vector<STable> tables;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        m_info.SetSelectSchemaIndx(static_cast<DWORD>(i));
+        CTableReader reader(LIMIT_MAX, LIMIT_MAX, LIMIT_MAX);
+        const char** fields = nullptr;
+        const WORD* lengths = nullptr;
+        DWORD columns = 0;
+        if (!reader.FileOpen(&m_info))
+            throw CFailure(ES_UNSUPPORTED, m_options.strFile, "its \"" + names[i] + "\" cannot be opened");
+        reader.GetFieldsName(fields, lengths, columns);
+        tables.push_back({names[i], reader.GetMaxRowNum(), columns});
+    }
+    return tables;
+}
+
+/// Unpacks the package and looks at the data file in it.
+void CSource::Unpack() {
+    const auto result = Prepare();
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
         throw CFailure(ES_PASSWORD, m_options.strFile,
                        "cannot be unpacked: the password is missing or wrong, or the archive is damaged or refused; "

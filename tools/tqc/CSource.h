@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -50,6 +51,17 @@ public:
     /// Throws CFailure, also for a source without a reader.
     std::unique_ptr<ISourceReader> OpenReader();
 
+    /// A sheet or table of a workbook or database.
+    struct STable {
+        std::string strName;
+        DWORD dwRows;
+        DWORD dwColumns;
+    };
+    /// All of them. Throws CFailure.
+    std::vector<STable> ListTables();
+    /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.
+    const std::vector<std::string>& ColumnNames() const { return m_vecColumns; }
+
     /// The preview of fixed-length text. Throws CFailure.
     std::string ReadPreview();
 
@@ -62,6 +74,8 @@ public:
     FILETIME UpdateTime() const;
     const SLineEnd& LineEnd() const { return m_lineEnd; }
     bool IsDelimited() const;
+    /// A workbook or database.
+    bool IsDatabase() const;
     /// The settled character set and how sure it is, in words.
     std::string DescribeCharacterSet() const;
     static std::string DescribeType(SCDeclareConstant::ESourceFileType type);
@@ -75,7 +89,13 @@ private:
     void FindLineEnd();
     void FindType();
     void CheckReadable() const;
+    CSourceDataInfo::ESourceDataOpen Prepare();
     void Unpack();
+    void PrepareDatabase();
+    [[noreturn]] void ExplainListing() const;
+    std::vector<std::string> TableNames() const;
+    void SelectTable();
+    std::unique_ptr<CTableReader> OpenTable();
     void PrepareFixedLength();
     std::unique_ptr<ISourceReader> OpenDelimited();
     std::unique_ptr<ISourceReader> OpenFixedLength();
@@ -88,6 +108,7 @@ private:
     SCDeclareConstant::ESourceFileType m_eType = SCDeclareConstant::SFT_UNKNOWN;
     CUnpackFolder m_folder; ///< before the record, which removes the folder, so that it outlives it
     CSourceDataInfo m_info;
+    std::vector<std::string> m_vecColumns;
     std::unique_ptr<CTextLink> m_pLink;
 };
 

@@ -24,6 +24,8 @@ constexpr const char* FOOTER = R"(Examples:
   tqc old.csv --encoding shift_jis --output-encoding utf-8
   tqc preview ledger.txt             the first rows of fixed-length text under a ruler
   tqc ledger.txt --widths 3,5,8      columns of 3, 5 and 8 bytes
+  tqc list sales.xlsx                the sheets of a workbook with their rows and columns
+  tqc sales.xlsx --sheet Q2          one of them; the first without --sheet
   tqc data.xtqf --password-file key  a package with a password
   tqc info sales.txt                 what the file is taken for
 
@@ -36,7 +38,8 @@ What is found out when it is not told:
 UTF-8 is read as it stands, other text in the code page. The output is in the code page unless --output-encoding is
 given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
 
-The password of a package comes from --password-file, --password-fd or the terminal, never from the command line.
+The password of a package, workbook or database comes from --password-file, --password-fd or the terminal, never from
+the command line.
 
 A row of --max-line-size bytes or more is left out, a field over --max-field-size and fields over --max-fields are cut
 off; each such row is reported with its number, counted from 1 in the source.
@@ -115,6 +118,10 @@ public:
         m_pPreview = m_app.add_subcommand("preview", "Shows a file's first rows; fixed-length text under a ruler.");
         m_pPreview->add_option("FILE", m_options.strFile, "the file to look at");
         m_pPreview->fallthrough();
+        m_pList =
+            m_app.add_subcommand("list", "Lists a workbook's sheets or a database's tables: name, rows, columns.");
+        m_pList->add_option("FILE", m_options.strFile, "the file to look at");
+        m_pList->fallthrough();
     }
 
     bool Parse(int argc, const char* const* argv) {
@@ -131,6 +138,8 @@ public:
             throw CFailure(ES_USAGE, "no file given; see: tqc --help");
         if (m_pInfo->parsed())
             m_options.eCommand = SOptions::CMD_INFO;
+        if (m_pList->parsed())
+            m_options.eCommand = SOptions::CMD_LIST;
         if (m_pPreview->parsed())
             m_options.eCommand = SOptions::CMD_PREVIEW;
         CheckTogether();
@@ -179,10 +188,13 @@ private:
         Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
         m_app
-            .add_option("--password-file", m_options.strPassWordFile,
-                        "a package's password is the first line of FILE")
+            .add_option("--sheet", m_options.strSheet,
+                        "the sheet or table: its name, or its number from 1 (the first)")
+            ->type_name("NAME|N");
+        m_app.add_flag("--header", m_options.bHeader, "write the names of a sheet's or table's columns first");
+        m_app.add_option("--password-file", m_options.strPassWordFile, "the password is the first line of FILE")
             ->type_name("FILE");
-        Add("--password-fd", "N", "a package's password is the first line read from descriptor N",
+        Add("--password-fd", "N", "the password is the first line read from descriptor N",
             [this](const char* name, const auto& value) {
                 m_options.iPassWordDescriptor = ParseNumber<int>(name, value, 0, 1'000'000);
             });
@@ -265,6 +277,7 @@ private:
     CLI::App m_app{DESCRIPTION};
     CLI::App* m_pInfo = nullptr;
     CLI::App* m_pPreview = nullptr;
+    CLI::App* m_pList = nullptr;
     bool m_bPageChosen = false; ///< by --encoding, which goes before --code-page
     bool m_bReplace = false;
 };

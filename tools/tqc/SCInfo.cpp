@@ -1,6 +1,7 @@
 #include "SCInfo.h"
 
 #include "CFailure.h"
+#include "CRowEncoder.h"
 #include "CSource.h"
 #include "SCErrorText.h"
 
@@ -36,7 +37,30 @@ bool IsText(SCDeclareConstant::ESourceFileType type) {
            type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
 }
 
+void FlushOutput() {
+    if (std::fflush(stdout) != 0 && errno != EPIPE)
+        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
+}
+
 } // namespace
+
+void SCInfo::List(const SOptions& options) {
+    CSource source(options);
+    const auto tables = source.ListTables();
+    CRowEncoder encoder(source.OutputCodePage());
+    std::printf("name\trows\tcolumns\n");
+    for (const CSource::STable& table : tables) {
+        const char* name = table.strName.data();
+        const char** names = &name;
+        const auto length = static_cast<WORD>(table.strName.size());
+        const WORD* lengths = &length;
+        if (!encoder.IsIdle())
+            encoder.Encode(names, lengths, 1);
+        std::printf("%.*s\t%u\t%u\n", static_cast<int>(lengths[0]), names[0], static_cast<unsigned>(table.dwRows),
+                    static_cast<unsigned>(table.dwColumns));
+    }
+    FlushOutput();
+}
 
 void SCInfo::Show(const SOptions& options) {
     const CSource source(options);
@@ -47,8 +71,7 @@ void SCInfo::Show(const SOptions& options) {
         std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
         std::printf("Line end:      %s\n", DescribeLineEnd(source.LineEnd()));
     }
-    if (std::fflush(stdout) != 0 && errno != EPIPE)
-        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
+    FlushOutput();
 }
 
 } // namespace NSTQ::Tool

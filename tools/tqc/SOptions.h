@@ -25,7 +25,7 @@ struct SLineEnd {
 inline constexpr DWORD LIMIT_MAX = 65535;
 
 struct SOptions {
-    enum ECommand { CMD_CONVERT, CMD_INFO, CMD_PREVIEW };
+    enum ECommand { CMD_CONVERT, CMD_INFO, CMD_PREVIEW, CMD_LIST };
 
     ECommand eCommand = CMD_CONVERT;
     std::string strFile;
@@ -37,6 +37,8 @@ struct SOptions {
     CSourceDataInfo::EReadCharSet eCharSet = CSourceDataInfo::RCS_AUTO;
     unsigned uCodePage = 0;   ///< of the source, unless that is UTF-8, and of the output, unless that is given
     std::vector<WORD> widths; ///< of the columns of fixed-length text
+    std::string strSheet;     ///< its name or, counted from 1, its number; the first when empty
+    bool bHeader = false;
     std::string strPassWordFile;
     int iPassWordDescriptor = -1;
     bool bQuoteNewLine = false;

@@ -9,6 +9,7 @@
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
+#include "platform/ComError.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -43,7 +44,9 @@ EExitStatus Convert(const SOptions& options) {
     if (output.IsStandardOutput() && source.IsFileOf(STDOUT_FILENO))
         throw CFailure(ES_USAGE, options.strFile, "standard output is this very file; use -o");
     CReporter reporter(options.strFile, options.bQuiet, IsProgressWanted(output));
-    CRowPump(options, *reader, source.OutputCodePage(), output, reporter).Run();
+    CRowPump pump(options, *reader, source.OutputCodePage(), output, reporter);
+    if (!options.bHeader || pump.WriteNames(source.ColumnNames()))
+        pump.Run();
     output.Finish();
     reporter.Finish();
     return reporter.HasLostRows() ? ES_ROWS_LOST : ES_OK;
@@ -61,6 +64,9 @@ EExitStatus Run(int argc, const char* const* argv) {
         break;
     case SOptions::CMD_INFO:
         SCInfo::Show(*options);
+        break;
+    case SOptions::CMD_LIST:
+        SCInfo::List(*options);
         break;
     }
     return ES_OK;
@@ -81,6 +87,9 @@ int main(int argc, char** argv) {
     } catch (const CFailure& failure) {
         CReporter::Print(failure.what());
         return failure.Status();
+    } catch (const NSTQ::Platform::_com_error& error) {
+        CReporter::Print(error.what());
+        return error.Error() == NSTQ::Platform::DB_E_DATAOVERFLOW ? ES_LIMIT : ES_UNSUPPORTED;
     } catch (const std::bad_alloc&) {
         CReporter::Print("not enough memory; try smaller limits");
         return ES_LIMIT;

@@ -95,7 +95,7 @@ HRESULT AppendDate(CValueText& text, double date) {
     const double whole = std::trunc(date);
     const double fraction = std::fabs(date - whole);
     int day = static_cast<int>(whole);
-    int seconds = static_cast<int>(fraction * secondsPerDay + 0.5);
+    int seconds = static_cast<int>(std::lround(fraction * secondsPerDay));
     if (seconds == secondsPerDay) {
         seconds = 0;
         ++day;

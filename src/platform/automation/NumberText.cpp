@@ -93,7 +93,7 @@ bool AppendShort(CValueText& text, double value) {
     for (const auto& step : steps) {
         if (value < smallest || value >= limit / step.power)
             return false;
-        const auto units = static_cast<std::uint64_t>(value * step.power + 0.5);
+        const auto units = static_cast<std::uint64_t>(std::llround(value * step.power));
         if (static_cast<double>(units) / step.power == value) {
             AppendScaled(text, units, step.scale);
             return true;
