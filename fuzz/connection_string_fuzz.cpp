@@ -45,7 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     if (split != text.npos)
         CheckBuilt(text.substr(0, split), text.substr(split + 1));
     std::u16string wide(size / 2, u'\0');
-    std::memcpy(wide.data(), data, wide.size() * 2);
+    if (!wide.empty())
+        std::memcpy(wide.data(), data, wide.size() * 2);
     Try([&] { ParseStatement(wide); });
     return 0;
 }
