@@ -23,6 +23,13 @@ const std::string MARK = "\xEF\xBB\xBF";
 const std::string UTF8 = "\xE8\xA1\xA8,\"a b\",1\r\n"; // 表, whose second byte in Shift_JIS is a backslash
 const std::string SJIS = "\x95\x5C,\"a b\",1\r\n";
 
+std::string Repeat(const std::string& text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
 class Convert : public testing::Test {
 protected:
     void SetUp() override { ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1); }
@@ -94,6 +101,18 @@ TEST_F(Convert, BetweenEncodings) {
          "",
          "row 2: characters",
          5},
+        {"another code of a character is no loss",
+         "\x87\x90?,1\n",
+         {"--encoding", "932", "--output-encoding", "utf-8"},
+         "\xE2\x89\x92?,1\r\n",
+         "",
+         0},
+        {"a field too long in the output ends with a whole character",
+         std::string(40'001, '\xD7') + "\n",
+         {"--encoding", "1252", "--output-encoding", "932"},
+         Repeat("\x81\x7E", 32'767) + "\r\n",
+         "more than 65535 bytes",
+         1},
         {"a middle dot is no loss",
          "\x81\x45,1\n",
          {"--encoding", "932", "--output-encoding", "utf-8"},
@@ -104,11 +123,21 @@ TEST_F(Convert, BetweenEncodings) {
         {"widths for delimited text", "a\n", {"--widths", "1", "--type", "csv"}, "", "--type fix", 2},
         {"a width of 0", "a\n", {"--widths", "3,0"}, "", "1 to 65535", 2},
         {"no width", "a\n", {"--widths", "3,"}, "", "1 to 65535", 2},
+        {"widths over the limit", "a\n", {"--widths", "65000,600"}, "", "at most 65534; these come to 65602", 2},
+        {"a name that is not in the page",
+         "a\n",
+         {"\xE8\xA1\xA8.csv", "--encoding", "1252"},
+         "",
+         "a link with another name",
+         2},
     };
     for (const auto& c : cases) {
         m_folder.WriteFile("a.csv", c.content);
-        std::vector<std::string> arguments{"a.csv"};
-        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+        std::vector<std::string> arguments = c.options;
+        if (arguments.empty() || arguments[0].starts_with("--"))
+            arguments.insert(arguments.begin(), "a.csv");
+        else
+            m_folder.WriteFile(arguments[0], c.content);
         const SResult result = Run(arguments);
         EXPECT_EQ(result.status, c.status) << c.title << ": " << result.errors;
         if (c.status == 0 || !c.output.empty()) {
@@ -160,7 +189,39 @@ TEST_F(Convert, FixedLengthText) {
         const char* errors;
         int status;
     } cases[] = {
-        {"CR LF", "a.txt", "ab1\r\n c 22\r\n", {"--widths", "2,2"}, "ab,1\r\nc,2\r\n", "", 0},
+        {"CR LF", "a.txt", "ab1\r\n c 2  \r\n", {"--widths", "2,2"}, "ab,1\r\nc,2\r\n", "", 0},
+        {"text behind the columns",
+         "a.txt",
+         "ab1\ncd22\n",
+         {"--widths", "2,1"},
+         "ab,1\r\ncd,2\r\n",
+         "row 2: text",
+         1},
+        {"a line longer than any row",
+         "a.txt",
+         "ab1\ncd2" + std::string(70'000, ' ') + "x\nef3\n",
+         {"--widths", "2,1"},
+         "ab,1\r\ncd,2\r\nef,3\r\n",
+         "row 2: text behind",
+         1},
+        {"first line over 12288 bytes",
+         "a.txt",
+         Repeat(std::string(13'000, 'x') + "\n", 2),
+         {"--widths", "13000"},
+         Repeat(std::string(13'000, 'x') + "\r\n", 2),
+         "",
+         0},
+        {"a mark inside a row",
+         "a.txt",
+         "ab\x1A"
+         "cd2\n",
+         {"--widths", "2,1"},
+         "ab,\r\ncd,2\r\n",
+         "row 1: ended by an end-of-file mark",
+         1},
+        {"a mark before a row", "a.txt", "\x1A\n", {"--widths", "2"}, "\r\n", "row 1: an end-of-file mark", 1},
+        {"the columns take the limit", "a.dat", "ab\n", {"--widths", "65533"}, "ab\r\n", "", 0},
+        {"a mark of UTF-8", "a.txt", MARK + "ab1\n", {"--widths", "2,1"}, "ab,1\r\n", "", 0},
         {"LF", "a.txt", "ab1\ncd2\n", {"--widths", "2,1"}, "ab,1\r\ncd,2\r\n", "", 0},
         {"another extension", "a.dat", "ab1,\ncd2\t\n", {"--widths", "2,2"}, "ab,\"1,\"\r\ncd,2 \r\n", "", 0},
         {"without line ends", "a.txt", "ab1cd2", {"--widths", "2,1"}, "ab,1\r\ncd,2\r\n", "", 0},
@@ -183,6 +244,8 @@ TEST_F(Convert, FixedLengthText) {
 TEST_F(Convert, PreviewShowsTheFirstRows) {
     m_folder.WriteFile("a.txt", "0123456789ab\r\nc\td\r\n\r\nnot shown\r\n");
     EXPECT_EQ(Run({"preview", "a.txt"}).output, "        10\n123456789012\n0123456789ab\nc.d\n\n");
+    m_folder.WriteFile("a.dat", MARK + "\xE8\xA1\xA8\x1B[\x7F\xC2\x9B|\n");
+    EXPECT_EQ(Run({"preview", "a.dat"}).output, "123456789\n\xE8\xA1\xA8 .[.. |\n");
     m_folder.WriteFile("a.csv", "a,\"b,c\"\n1,2\n3\n4\n");
     EXPECT_EQ(Run({"preview", "a.csv"}).output, "a | b,c\n1 | 2\n3\n");
     Package(SJIS);
@@ -193,6 +256,16 @@ TEST_F(Convert, PreviewShowsTheFirstRows) {
 TEST_F(Convert, PackagesConvertLikeAnySource) {
     Package(MARK + UTF8);
     EXPECT_EQ(Run({"a.xtqf"}).output, UTF8.substr(0, 3) + ",a b,1\r\n");
+    // Neither page of the data is that of the temporary folder's path, in one of which it cannot even be written.
+    for (const char* name : {"tmp/\xE8\xA1\xA8", "tmp/\xC3\xA9"}) {
+        ::setenv("TMPDIR", m_folder.MakeFolder(name).c_str(), 1);
+        const SResult result = Run({"a.xtqf", "--code-page", "932"});
+        EXPECT_EQ(result.output, SJIS.substr(0, 2) + ",a b,1\r\n") << result.errors;
+    }
+    ::setenv("TMPDIR", m_folder.Path("tmp").c_str(), 1);
+    EXPECT_THAT(Run({"info", "a.xtqf"}).output,
+                testing::AllOf(HasSubstr("Data file:     16 bytes"), HasSubstr("UTF-8 (with a mark)")));
+    EXPECT_THAT(Run({"info", TQC_SAMPLES "/prices-locked.xtqf"}).output, HasSubstr("needs a password"));
     m_folder.WriteFile("a.xtqf", "no archive");
     const SResult damaged = Run({"a.xtqf", "--password-file", m_folder.WriteFile("key", "x")});
     EXPECT_EQ(damaged.status, 4);
@@ -241,6 +314,13 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         EXPECT_EQ(result.output, c.output) << title;
         EXPECT_THAT(result.errors, HasSubstr(c.errors)) << title;
     }
+}
+
+/// Only packages need a temporary folder.
+TEST_F(Convert, FixedLengthTextNeedsNoTemporaryFolder) {
+    ::setenv("TMPDIR", m_folder.Path("missing").c_str(), 1);
+    m_folder.WriteFile("a.dat", "ab1\n");
+    EXPECT_EQ(Run({"a.dat", "--widths", "2,1"}).output, "ab,1\r\n");
 }
 
 /// The temporary folder is looked at when the test ends.

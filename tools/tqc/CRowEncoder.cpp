@@ -3,6 +3,7 @@
 #include "SCCodePageNames.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -67,25 +68,56 @@ void CRowEncoder::EncodeField(const char* pText, WORD wLength) {
     if (m_uCodePage != CP_UTF8 && !IsKept(start, units))
         AddLoss("characters that " + m_strName + " does not have");
     if (m_strText.size() - start > FIELD_LENGTH_MAX) {
-        m_strText.resize(start + FIELD_LENGTH_MAX);
-        while ((static_cast<unsigned char>(m_strText.back()) & 0xC0) == 0x80)
-            m_strText.pop_back();
-        m_strText.pop_back();
+        m_strText.resize(start + FittingLength(units));
         AddLoss("a field, cut, of more than 65535 bytes in " + m_strName);
     }
     m_vecLengths.push_back(static_cast<WORD>(m_strText.size() - start));
 }
 
-/// Whether the source's bytes mean something: they come back the same, or nothing stands in for undefined ones.
+/// The length of as many whole characters of the field as FIELD_LENGTH_MAX allows.
+std::size_t CRowEncoder::FittingLength(int units) const {
+    const auto length = [this](int count) {
+        const bool splits = (m_vecWide[static_cast<std::size_t>(count) - 1] & 0xFC00) == 0xD800;
+        const int whole = splits ? count - 1 : count;
+        return whole == 0 ? std::size_t{0}
+                          : static_cast<std::size_t>(WideCharToMultiByte(m_uCodePage, 0, m_vecWide.data(), whole,
+                                                                         nullptr, 0, nullptr, nullptr));
+    };
+    int fits = 1;
+    for (int tooMany = units; tooMany - fits > 1;) {
+        const int middle = fits + (tooMany - fits) / 2;
+        (length(middle) <= FIELD_LENGTH_MAX ? fits : tooMany) = middle;
+    }
+    return length(fits);
+}
+
+/// Whether the source's bytes mean something. Several pages give one character two codes, so bytes that do not come
+/// back are no fault by themselves; they are where they become what stands in for undefined ones.
 bool CRowEncoder::IsDefined(const char* pText, int length, int units) {
     constexpr std::u16string_view standIns = u"?\u30FB\uFFFD";
     const std::u16string_view wide(m_vecWide.data(), static_cast<std::size_t>(units));
     if (wide.find_first_of(standIns) == std::u16string_view::npos)
         return true;
-    m_strAnsi.resize(static_cast<std::size_t>(units) * 3);
-    const int back =
-        WideCharToMultiByte(CP_ACP, 0, m_vecWide.data(), units, m_strAnsi.data(), units * 3, nullptr, nullptr);
-    return back == length && std::memcmp(m_strAnsi.data(), pText, static_cast<std::size_t>(length)) == 0;
+    for (std::string_view text(pText, static_cast<std::size_t>(length)); !text.empty();) {
+        const std::string_view character = FirstCharacter(text);
+        std::array<WCHAR, 4> decoded{};
+        std::array<char, 4> back{};
+        MultiByteToWideChar(CP_ACP, 0, character.data(), static_cast<int>(character.size()), decoded.data(), 4);
+        const int size = WideCharToMultiByte(CP_ACP, 0, decoded.data(), 1, back.data(), 4, nullptr, nullptr);
+        if (standIns.find(decoded[0]) != std::u16string_view::npos &&
+            character != std::string_view(back.data(), static_cast<std::size_t>(size)))
+            return false;
+        text.remove_prefix(character.size());
+    }
+    return true;
+}
+
+std::string_view CRowEncoder::FirstCharacter(std::string_view text) {
+    constexpr std::size_t longest = 4;
+    std::size_t length = 1;
+    while (length < longest && KeptTextLength(text.data(), text.size(), length) == 0)
+        ++length;
+    return text.substr(0, length);
 }
 
 /// Whether the encoded field leads back to its characters; a best fit does not.

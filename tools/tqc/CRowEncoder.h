@@ -6,6 +6,7 @@
 #include "platform/CodePage.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace NSTQ::Tool {
@@ -23,9 +24,13 @@ public:
     /// Of the last row: what was lost, in words; empty when nothing was.
     const std::string& Loss() const { return m_strLoss; }
 
+    /// The first character of a text that is not empty, by the ANSI code page.
+    static std::string_view FirstCharacter(std::string_view text);
+
 private:
     static bool IsAscii(const char* pText, std::size_t length);
     void EncodeField(const char* pText, WORD wLength);
+    std::size_t FittingLength(int units) const;
     bool IsDefined(const char* pText, int length, int units);
     bool IsKept(std::size_t start, int units);
     void AddLoss(const std::string& what);
@@ -35,7 +40,6 @@ private:
     std::string m_strName;
     std::vector<WCHAR> m_vecWide;
     std::vector<WCHAR> m_vecBack;
-    std::string m_strAnsi;
     std::string m_strText; ///< the encoded fields one after another
     std::vector<std::size_t> m_vecStarts;
     std::vector<const char*> m_vecFields;

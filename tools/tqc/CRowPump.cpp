@@ -51,13 +51,7 @@ CRowPump::EOutcome CRowPump::ReadRow() {
     }
     if (!complete)
         return RO_EOF_MARK;
-    return m_dwCount > 0 && !IsMarkAtEnd() ? RO_ROW : RO_END;
-}
-
-/// Fixed-length text may end with an end-of-file mark, which its reader gives as a row with one empty column.
-bool CRowPump::IsMarkAtEnd() const {
-    return m_options.type == SCDeclareConstant::SFT_FIX && m_llRecordSize == 1 && m_pLengths[0] == 0 &&
-           !m_rows.HasNextLineData();
+    return m_dwCount > 0 ? RO_ROW : RO_END;
 }
 
 /// Reads one record; `m_ppFields` stays null when the line limit stopped it. The reader's result.
@@ -87,7 +81,7 @@ bool CRowPump::TakeRow(EOutcome outcome) {
         m_ullRow = row;
     if (row <= m_options.ullSkip)
         return true;
-    m_strNote.clear();
+    m_strNote = m_reader.TakeNote();
     if (outcome == RO_TOO_LONG)
         AddNote(
             "left out: " + std::to_string(m_options.dwMaxLineSize) + " bytes or more" +

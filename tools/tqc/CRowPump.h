@@ -45,7 +45,6 @@ private:
     bool ReadRecord();
     void SkipRestOfRow();
     bool TakeRow(EOutcome outcome);
-    bool IsMarkAtEnd() const;
     bool WriteRow();
     void EncodeRow(DWORD dwCount);
     void CutLengths(DWORD dwCount);

@@ -1,6 +1,7 @@
 #include "CSource.h"
 
 #include "CFailure.h"
+#include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
 #include "SCErrorText.h"
 #include "SCPassWord.h"
@@ -17,8 +18,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 
 namespace NSTQ::Tool {
 namespace {
@@ -59,22 +58,6 @@ bool FillFrom(int descriptor, std::string& text) {
 
 } // namespace
 
-CTextLink::CTextLink(const std::string& path) {
-    m_strFolder = (std::filesystem::temp_directory_path() / "tqc-link-XXXXXX").string();
-    if (::mkdtemp(m_strFolder.data()) == nullptr)
-        throw CFailure(ES_OUTPUT_FAILED, m_strFolder, SCErrorText::OfSystem(errno));
-    m_strLink = m_strFolder + "/source.txt";
-    std::error_code error;
-    std::filesystem::create_symlink(std::filesystem::absolute(path), m_strLink, error);
-    if (error)
-        throw CFailure(ES_OUTPUT_FAILED, m_strLink, error.message());
-}
-
-CTextLink::~CTextLink() {
-    ::unlink(m_strLink.c_str());
-    ::rmdir(m_strFolder.c_str());
-}
-
 CUnpackFolder::~CUnpackFolder() {
     SCSignals::RemoveFolder(nullptr);
 }
@@ -94,6 +77,12 @@ CSource::CSource(const SOptions& options) : m_options(options) {
     SettleCodePage();
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
         FindType();
+    m_uPathPage = Platform::GetAnsiCodePage();
+}
+
+/// A package's data may have settled another code page than the one that the path of its folder is in.
+CSource::~CSource() {
+    Platform::SetAnsiCodePage(m_uPathPage);
 }
 
 /// UTF-8 and the Unicode of workbooks are read as they stand, which keeps everything; their rows are encoded when
@@ -162,7 +151,9 @@ void CSource::CheckReadable() const {
     const std::string& path = m_options.strFile;
     if (m_eType == SCDeclareConstant::SFT_UNKNOWN)
         throw CFailure(ES_UNSUPPORTED, path,
-                       "unknown type: neither TAB nor comma in its first line; give --type, --separator or --widths");
+                       "unknown type: neither TAB nor comma in its first line; give --type, "
+                       "--separator or --widths; see its columns with: tqc preview " +
+                           path);
     if (m_eType == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
         throw CFailure(ES_UNSUPPORTED, path,
                        "fixed-length text needs --widths; see its columns with: tqc preview " + path);
@@ -183,20 +174,20 @@ std::unique_ptr<ISourceReader> CSource::OpenReader() {
         return OpenTable();
     }
     if (m_eType == SCDeclareConstant::SFT_XTQF)
-        Unpack();
+        Unpack(true);
     return OpenDelimited();
 }
 
-/// Prepares the source, asking for its password when it needs one.
-CSourceDataInfo::ESourceDataOpen CSource::Prepare() {
+/// Prepares the source; asks for its password, where that is allowed, when it needs one.
+CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
     constexpr int attemptsMax = 3;
     auto password = SCPassWord::FromOptions(m_options);
-    const bool mayAsk = !password;
+    const bool isGiven = password.has_value();
     auto result = CSourceDataInfo::SDO_PASSWORD_ERROR;
     for (int attempt = 0; result == CSourceDataInfo::SDO_PASSWORD_ERROR && attempt <= attemptsMax; ++attempt) {
-        if (attempt > 0 && mayAsk)
+        if (attempt > 0 && bMayAsk && !isGiven)
             password = SCPassWord::Ask(m_options.strFile);
-        if (attempt > 0 && (!mayAsk || !password))
+        if (attempt > 0 && (isGiven || !password))
             break;
         // A clone takes the folder with it that the attempt before may have left; the record only knows the last one.
         delete m_info.CreateClone();
@@ -210,7 +201,7 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare() {
 }
 
 void CSource::PrepareDatabase() {
-    if (Prepare() != CSourceDataInfo::SDO_DATABASE)
+    if (Prepare(true) != CSourceDataInfo::SDO_DATABASE)
         ExplainListing();
 }
 
@@ -308,9 +299,12 @@ std::vector<CSource::STable> CSource::ListTables() {
     return tables;
 }
 
-/// Unpacks the package and looks at the data file in it.
-void CSource::Unpack() {
-    const auto result = Prepare();
+/// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.
+bool CSource::Unpack(bool bMayAsk) {
+    const auto result = Prepare(bMayAsk);
+    const bool isGiven = !m_options.strPassWordFile.empty() || m_options.iPassWordDescriptor >= 0;
+    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !bMayAsk && !isGiven)
+        return false;
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
         throw CFailure(ES_PASSWORD, m_options.strFile,
                        "cannot be unpacked: the password is missing or wrong, or the archive is damaged or refused; "
@@ -319,40 +313,37 @@ void CSource::Unpack() {
     if (result != CSourceDataInfo::SDO_PACKAGE || !m_info.GetFilePath(path))
         throw CFailure(ES_OUTPUT_FAILED, m_options.strFile, "no room for its data in the temporary folder");
     ReadHead(SCPathText::ToSystem(path));
-    SettleCodePage();
     FindLineEnd();
+    return true;
 }
 
-/// The library takes the widths and whether there are line ends from a record that it takes for fixed-length text,
-/// which is a matter of the name.
-void CSource::PrepareFixedLength() {
-    auto type = SCDeclareConstant::SFT_UNKNOWN;
-    m_info.SetCommonInfo(SCPathText::ToLibrary(m_options.strFile).c_str(), SCDeclareConstant::SFT_FIX);
-    if (!m_info.GetSourceFileType(type) || type != SCDeclareConstant::SFT_FIX) {
-        m_pLink = std::make_unique<CTextLink>(m_options.strFile);
-        m_info.SetCommonInfo(SCPathText::ToLibrary(m_pLink->Path()).c_str(), SCDeclareConstant::SFT_FIX);
-    }
-    if (m_info.PrepareReadSourceData(true) != CSourceDataInfo::SDO_FIX_FILE)
-        throw CFailure(ES_NOT_FOUND, m_options.strFile, "cannot be read");
+bool CSource::LookIntoPackage() {
+    if (!Unpack(false))
+        return false;
+    SettleCodePage();
+    return true;
 }
 
-std::string CSource::ReadPreview() {
-    PrepareFixedLength();
-    const char* data = nullptr;
-    DWORD length = 0;
-    m_info.GetFixFileData(data, length);
-    m_pLink.reset();
-    return {data, length};
+std::string_view CSource::Head() const {
+    const bool isMark = m_options.eCharSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_strHead);
+    return std::string_view(m_strHead).substr(isMark ? sizeof SCDataAccessDefine::BOM_UTF8 : 0);
+}
+
+bool CSource::NeedsRuler() const {
+    return m_options.widths.empty() && !SCTextProbe::HasUtf16Mark(m_strHead) &&
+           (m_eType == SCDeclareConstant::SFT_FIX || m_eType == SCDeclareConstant::SFT_UNKNOWN);
 }
 
 std::unique_ptr<ISourceReader> CSource::OpenFixedLength() {
-    PrepareFixedLength();
-    m_info.SetFixColLen(m_options.widths);
+    const std::uint64_t size = CFixSourceReader::LayoutSize(m_options.widths);
+    if (size > std::uint64_t{m_options.dwMaxLineSize} + 1)
+        throw CFailure(ES_LIMIT, m_options.strFile,
+                       "the widths of --widths and the number of columns add up to " + std::to_string(size) +
+                           ", above --max-line-size");
+    m_info.SetFixColLen(CFixSourceReader::LayOut(m_options.widths, SCTextProbe::HasLineEnd(m_strHead, m_lineEnd)));
     m_info.SetReadCharSet(m_options.eCharSet);
-    auto reader = std::make_unique<CSourceReader<NSTQCore::CFixDataAccess>>(
-        m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX, &m_info);
+    auto reader = std::make_unique<CFixSourceReader>(static_cast<DWORD>(m_options.widths.size()), m_info, m_lineEnd);
     OpenFile(*reader);
-    m_pLink.reset();
     return reader;
 }
 
@@ -376,14 +367,9 @@ std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
 
 void CSource::OpenFile(NSTQCore::VCTextFileOperater& reader) {
     reader.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
-    if (reader.FileOpen(&m_info))
-        return;
-    constexpr DWORD layoutDoesNotFit = 87;
-    if (m_eType == SCDeclareConstant::SFT_FIX && reader.GetErrorCode() == layoutDoesNotFit)
-        throw CFailure(ES_LIMIT, m_options.strFile,
-                       "the widths of --widths and the number of columns add up to more than " +
-                           std::to_string(m_options.dwMaxLineSize + 1) + ", what --max-line-size allows");
-    throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfLibrary(reader.GetErrorCode()));
+    if (!reader.FileOpen(&m_info))
+        throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfLibrary(reader.GetErrorCode()));
+    SettleCodePage();
 }
 
 FILETIME CSource::UpdateTime() const {

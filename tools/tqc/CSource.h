@@ -8,23 +8,10 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace NSTQ::Tool {
-
-/// The file under a name that makes the library take it for fixed-length text; gone with the object.
-class CTextLink {
-public:
-    explicit CTextLink(const std::string& path);
-    CTextLink(const CTextLink&) = delete;
-    CTextLink& operator=(const CTextLink&) = delete;
-    ~CTextLink();
-    const std::string& Path() const { return m_strLink; }
-
-private:
-    std::string m_strFolder;
-    std::string m_strLink;
-};
 
 /// The folder of an unpacked package, made known to the handler of signals for as long as the object lives.
 class CUnpackFolder {
@@ -44,6 +31,8 @@ public:
     /// Looks at the file and settles the code page, which it sets. The options must outlive the source. Throws
     /// CFailure when it cannot be opened.
     explicit CSource(const SOptions& options);
+    /// Removes what a package was unpacked to.
+    ~CSource();
     CSource(const CSource&) = delete;
     CSource& operator=(const CSource&) = delete;
 
@@ -62,8 +51,14 @@ public:
     /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.
     const std::vector<std::string>& ColumnNames() const { return m_vecColumns; }
 
-    /// The preview of fixed-length text. Throws CFailure.
-    std::string ReadPreview();
+    /// Unpacks a package, so that what follows tells of the data file in it, unless that needs a password which
+    /// nothing gives. Throws CFailure.
+    bool LookIntoPackage();
+
+    /// The first bytes of text, without its mark.
+    std::string_view Head() const;
+    /// Whether fixed-length text is to be shown without knowing its widths.
+    bool NeedsRuler() const;
 
     /// The encoding in which the rows are to be written.
     unsigned OutputCodePage() const;
@@ -89,14 +84,13 @@ private:
     void FindLineEnd();
     void FindType();
     void CheckReadable() const;
-    CSourceDataInfo::ESourceDataOpen Prepare();
-    void Unpack();
+    CSourceDataInfo::ESourceDataOpen Prepare(bool bMayAsk);
+    bool Unpack(bool bMayAsk);
     void PrepareDatabase();
     [[noreturn]] void ExplainListing() const;
     std::vector<std::string> TableNames() const;
     void SelectTable();
     std::unique_ptr<CTableReader> OpenTable();
-    void PrepareFixedLength();
     std::unique_ptr<ISourceReader> OpenDelimited();
     std::unique_ptr<ISourceReader> OpenFixedLength();
     void OpenFile(NSTQCore::VCTextFileOperater& reader);
@@ -109,7 +103,7 @@ private:
     CUnpackFolder m_folder; ///< before the record, which removes the folder, so that it outlives it
     CSourceDataInfo m_info;
     std::vector<std::string> m_vecColumns;
-    std::unique_ptr<CTextLink> m_pLink;
+    unsigned m_uPathPage = 0; ///< the code page of the record's paths
 };
 
 } // namespace NSTQ::Tool

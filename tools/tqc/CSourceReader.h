@@ -5,6 +5,8 @@
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 
+#include <string>
+
 namespace NSTQ::Tool {
 
 class ISourceReader {
@@ -14,6 +16,8 @@ public:
     /// The file offset of the next byte to be read, or the number of rows read where there are no bytes. It tells a
     /// read that found nothing from an empty row.
     virtual LONGLONG GetPosition() const = 0;
+    /// What the last row lost; empty when nothing.
+    virtual std::string TakeNote() { return {}; }
 };
 
 template <class TReader>

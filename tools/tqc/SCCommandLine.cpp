@@ -1,6 +1,7 @@
 #include "SCCommandLine.h"
 
 #include "CFailure.h"
+#include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
 #include "platform/CodePage.h"
 
@@ -226,14 +227,17 @@ private:
     }
 
     void TakeWidths(const char* name, const std::string& value) {
-        constexpr std::size_t columnsMax = 65535;
+        constexpr std::size_t shownMax = 40;
         for (std::size_t start = 0; start <= value.size();) {
             const std::size_t comma = std::min(value.find(',', start), value.size());
             m_options.widths.push_back(ParseNumber<WORD>(name, value.substr(start, comma - start), 1, 65535));
             start = comma + 1;
         }
-        if (m_options.widths.size() > columnsMax)
-            Refuse(name, value.substr(0, 20) + "...", "at most 65535 columns");
+        const std::uint64_t size = CFixSourceReader::LayoutSize(m_options.widths);
+        if (size > CFixSourceReader::LAYOUT_MAX)
+            Refuse(name, value.size() > shownMax ? value.substr(0, shownMax) + "..." : value,
+                   "widths that come, with 1 more for each column, to at most " +
+                       std::to_string(CFixSourceReader::LAYOUT_MAX) + "; these come to " + std::to_string(size));
     }
 
     /// What only the options together tell. Throws CFailure.

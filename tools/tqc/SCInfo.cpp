@@ -63,11 +63,17 @@ void SCInfo::List(const SOptions& options) {
 }
 
 void SCInfo::Show(const SOptions& options) {
-    const CSource source(options);
+    CSource source(options);
     std::printf("Type:          %s\n", CSource::DescribeType(source.Type()).c_str());
     std::printf("Size:          %lld bytes\n", static_cast<long long>(source.Size()));
     std::printf("Updated:       %s\n", DescribeTime(source.UpdateTime()).c_str());
-    if (IsText(source.Type())) {
+    const bool isPackage = source.Type() == SCDeclareConstant::SFT_XTQF;
+    const bool isOpen = isPackage && source.LookIntoPackage();
+    if (isOpen)
+        std::printf("Data file:     %lld bytes\n", static_cast<long long>(source.Size()));
+    else if (isPackage)
+        std::printf("Data file:     needs a password, or the archive is damaged or refused\n");
+    if (isOpen || IsText(source.Type())) {
         std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
         std::printf("Line end:      %s\n", DescribeLineEnd(source.LineEnd()));
     }

@@ -5,6 +5,7 @@
 #include "platform/CodePage.h"
 
 #include <algorithm>
+#include <charconv>
 #include <vector>
 
 namespace NSTQ::Tool {
@@ -28,6 +29,20 @@ std::string Convert(const std::string& text, unsigned from, unsigned to) {
     return result;
 }
 
+/// The library writes bytes of a name that its code page cannot carry as 01 and two hexadecimal digits.
+std::string Unescape(const std::string& text) {
+    std::string path;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned byte = 0;
+        const char* const digits = text.data() + std::min(i + 1, text.size());
+        const bool isEscape = text[i] == '\x01' && text.size() - i > 2 &&
+                              std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
+        path += isEscape ? static_cast<char>(byte) : text[i];
+        i += isEscape ? 2 : 0;
+    }
+    return path;
+}
+
 } // namespace
 
 std::string SCPathText::ToLibrary(const std::string& path) {
@@ -44,18 +59,19 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
     const unsigned codePage = GetAnsiCodePage();
     if (codePage == CP_UTF8 || text.empty())
         return text;
+    const std::string hint = subject == text ? ", or a link with another name" : "";
     std::string ansi = Convert(text, CP_UTF8, codePage);
     if (Convert(ansi, codePage, CP_UTF8) != text)
         throw CFailure(ES_USAGE, subject,
                        "code page " + SCCodePageNames::Describe(codePage) + " does not have all characters of " +
-                           what + "; try --code-page 65001");
+                           what + "; try --code-page 65001" + hint);
     return ansi;
 }
 
 std::string SCPathText::ToSystem(const std::string& path) {
     std::string text = GetAnsiCodePage() == CP_UTF8 ? path : Convert(path, GetAnsiCodePage(), CP_UTF8);
     std::replace(text.begin(), text.end(), '\\', '/');
-    return text;
+    return Unescape(text);
 }
 
 } // namespace NSTQ::Tool

@@ -4,34 +4,51 @@
 #include "CRowEncoder.h"
 #include "CSource.h"
 #include "SCErrorText.h"
+#include "platform/CodePage.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NSTQ::Tool {
 namespace {
 
-constexpr int ROWS_SHOWN = 3;
+constexpr std::size_t ROWS_SHOWN = 3;
 
-/// Control bytes would move the columns or play with the terminal.
-void PrintVisibly(std::string_view text) {
-    for (const char c : text)
-        std::putchar(static_cast<unsigned char>(c) < SCDataAccessDefine::SPACE_CODE ? '.' : c);
+/// The columns that a terminal gives to a character.
+std::size_t WidthOf(WCHAR unit) {
+    const bool isWide = (unit >= 0x1100 && unit < 0x1160) || (unit >= 0x2E80 && unit < 0xA4D0) ||
+                        (unit >= 0xAC00 && unit < 0xE000) || (unit >= 0xF900 && unit < 0xFB00) ||
+                        (unit >= 0xFF01 && unit < 0xFF61) || (unit >= 0xFFE0 && unit < 0xFFE7);
+    return isWide ? 2 : 1;
 }
 
-/// Encodes for the output; the widths of characters may change, the bytes that the ruler counts are the source's.
-std::string Encode(CRowEncoder& encoder, std::string_view text) {
-    if (encoder.IsIdle() || text.size() > LIMIT_MAX)
-        return std::string(text);
-    const char* field = text.data();
-    const char** fields = &field;
-    const auto length = static_cast<WORD>(text.size());
-    const WORD* lengths = &length;
-    encoder.Encode(fields, lengths, 1);
-    return {fields[0], lengths[0]};
+/// Control characters, which would move the columns or play with the terminal, become '.'.
+bool IsControl(WCHAR unit) {
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+}
+
+/// `bAligned`: a character that is narrower than its bytes is filled up with blanks, so that a ruler counts bytes.
+void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool bAligned) {
+    while (!text.empty()) {
+        const std::string_view character = CRowEncoder::FirstCharacter(text);
+        const auto length = static_cast<WORD>(character.size());
+        WCHAR units[4] = {};
+        Platform::MultiByteToWideChar(Platform::CP_ACP, 0, character.data(), length, units, 4);
+        const char* field = IsControl(units[0]) ? "." : character.data();
+        WORD size = IsControl(units[0]) ? 1 : length;
+        const char** fields = &field;
+        const WORD* lengths = &size;
+        if (!encoder.IsIdle())
+            encoder.Encode(fields, lengths, 1);
+        std::fwrite(fields[0], 1, lengths[0], stdout);
+        for (std::size_t width = WidthOf(units[0]); bAligned && width < character.size(); ++width)
+            std::putchar(' ');
+        text.remove_prefix(character.size());
+    }
 }
 
 void PrintRuler(std::size_t width) {
@@ -50,23 +67,23 @@ void PrintRuler(std::size_t width) {
     std::printf("%s\n", units.c_str());
 }
 
-void ShowFixedLength(CSource& source) {
+void ShowFixedLength(const CSource& source) {
     constexpr std::size_t widthShown = 1000;
-    const std::string preview = source.ReadPreview();
+    const std::string_view head = source.Head();
     const char ends[] = {source.LineEnd().cPre, source.LineEnd().cPost};
     const std::string_view lineEnd(ends, source.LineEnd().cPost == 0 ? 1 : 2);
     std::vector<std::string_view> rows;
     std::size_t width = 0;
-    for (std::size_t start = 0; start < preview.size();) {
-        const std::size_t end = std::min(preview.find(lineEnd, start), preview.size());
-        rows.push_back(std::string_view(preview).substr(start, std::min(end - start, widthShown)));
+    for (std::size_t start = 0; start < head.size() && rows.size() < ROWS_SHOWN;) {
+        const std::size_t end = std::min(head.find(lineEnd, start), head.size());
+        rows.push_back(head.substr(start, std::min(end - start, widthShown)));
         width = std::max(width, rows.back().size());
         start = end + lineEnd.size();
     }
     CRowEncoder encoder(source.OutputCodePage());
     PrintRuler(width);
     for (const std::string_view row : rows) {
-        PrintVisibly(Encode(encoder, row));
+        PrintVisibly(encoder, row, true);
         std::putchar('\n');
     }
 }
@@ -77,17 +94,17 @@ void ShowFields(const SOptions& options, CSource& source) {
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
-    for (int row = 0; row < ROWS_SHOWN && reader->Rows().HasNextLineData(); ++row) {
-        if (!reader->Rows().GetLineData(fields, lengths, count))
+    for (std::size_t row = 0; row < ROWS_SHOWN && reader->Rows().HasNextLineData(); ++row) {
+        fields = nullptr;
+        const bool complete = reader->Rows().GetLineData(fields, lengths, count);
+        if (fields == nullptr || reader->Rows().GetErrorCode() != 0)
             throw CFailure(ES_UNSUPPORTED, options.strFile, "its row " + std::to_string(row + 1) + " cannot be read");
-        if (count == 0)
+        if (count == 0 && complete)
             return;
         count = std::min(count, options.dwMaxFields);
-        if (!encoder.IsIdle())
-            encoder.Encode(fields, lengths, count);
         for (DWORD i = 0; i < count; ++i) {
             std::fputs(i == 0 ? "" : " | ", stdout);
-            PrintVisibly({fields[i], lengths[i]});
+            PrintVisibly(encoder, {fields[i], lengths[i]}, false);
         }
         std::putchar('\n');
     }
@@ -97,7 +114,7 @@ void ShowFields(const SOptions& options, CSource& source) {
 
 void SCPreview::Show(const SOptions& options) {
     CSource source(options);
-    if (source.Type() == SCDeclareConstant::SFT_FIX)
+    if (source.NeedsRuler())
         ShowFixedLength(source);
     else
         ShowFields(options, source);

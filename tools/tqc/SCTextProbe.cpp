@@ -31,6 +31,11 @@ std::size_t FindUnquotedLineFeed(std::string_view head, char cSeparator) {
     return std::string_view::npos;
 }
 
+std::string_view FirstLine(std::string_view head, const SLineEnd& lineEnd) {
+    const char end[] = {lineEnd.cPre, lineEnd.cPost};
+    return head.substr(0, head.find(std::string_view(end, lineEnd.cPost == 0 ? 1 : 2)));
+}
+
 } // namespace
 
 SLineEnd SCTextProbe::FindLineEnd(std::string_view head, char cSeparator) {
@@ -43,9 +48,12 @@ SLineEnd SCTextProbe::FindLineEnd(std::string_view head, char cSeparator) {
     return head.find(CR) != std::string_view::npos ? SLineEnd{CR, 0} : SLineEnd{LF, 0};
 }
 
+bool SCTextProbe::HasLineEnd(std::string_view head, const SLineEnd& lineEnd) {
+    return FirstLine(head, lineEnd).size() < head.size();
+}
+
 SCDeclareConstant::ESourceFileType SCTextProbe::FindType(std::string_view head, const SLineEnd& lineEnd) {
-    const char end[] = {lineEnd.cPre, lineEnd.cPost};
-    const std::string_view line = head.substr(0, head.find(std::string_view(end, lineEnd.cPost == 0 ? 1 : 2)));
+    const std::string_view line = FirstLine(head, lineEnd);
     if (line.find(SCDataAccessDefine::TAB_CODE) != std::string_view::npos)
         return SCDeclareConstant::SFT_TXT;
     if (line.find(SCDataAccessDefine::CAMMA_CODE) != std::string_view::npos)

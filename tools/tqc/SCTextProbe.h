@@ -13,6 +13,8 @@ public:
     /// Line ends in quotes count only when there are no others. LF when there is none at all.
     static SLineEnd FindLineEnd(std::string_view head, char cSeparator);
 
+    static bool HasLineEnd(std::string_view head, const SLineEnd& lineEnd);
+
     /// SFT_TXT when the first line has a TAB, SFT_CSV when it has a comma, else SFT_UNKNOWN.
     static SCDeclareConstant::ESourceFileType FindType(std::string_view head, const SLineEnd& lineEnd);
 
