@@ -17,6 +17,9 @@ constexpr std::array<std::uint32_t, 12> lineSizes = {4096, 65535, 70000, 1, 2, 3
 constexpr std::array<std::uint32_t, 8> fieldSizes = {255, 65535, 0, 1, 2, 3, 4, 8};
 constexpr std::array<std::size_t, 8> failingReads = {0, 2, 3, 4, 6, 9, 14, 40};
 
+/// Bytes before the input's own, which bring those to the end of a whole fill of the read buffer.
+constexpr std::array<std::size_t, 8> fillings = {0, 0, 0, 0, 0, 63970, 63990, 63998};
+
 class CFuzzedReader : public NSTQCore::CCsvDataAccess {
 public:
     explicit CFuzzedReader(const CSettings& settings)
@@ -114,13 +117,18 @@ std::string ReadAll(CFuzzedReader& tested, Tests::CReferenceReader& plain, std::
 void RunDelimited(CFuzzInput input, bool utf8) {
     CSettings settings = ReadSettings(input);
     const CAnsiPage page(input.Pick(codePages));
-    const std::size_t readSize = input.Pick(readSizes);
+    std::size_t readSize = input.Pick(readSizes);
     std::size_t failing = input.Pick(failingReads);
     const std::uint8_t choice = input.Byte();
     const auto charSet = (choice & 0x80) != 0 ? CSourceDataInfo::RCS_AUTO
                          : utf8               ? CSourceDataInfo::RCS_UTF8
                                               : CSourceDataInfo::RCS_ANSI;
-    const std::string_view bytes = input.Rest();
+    std::string bytes(input.Rest());
+    // Only where that is not thousands of records or of reads.
+    if (settings.maxLine >= 4096 && fillings[choice >> 3 & 7] > 0) {
+        bytes.insert(0, fillings[choice >> 3 & 7], 'x');
+        readSize = readSizes.front();
+    }
     // Only reads that bring something can fail: how often the two readers ask again at the end is their own affair.
     if (failing > (bytes.size() + readSize - 1) / readSize)
         failing = 0;
