@@ -170,7 +170,8 @@ struct SXlsxParts {
 };
 
 inline std::unique_ptr<Platform::IDataSource> OpenBytes(std::string bytes, bool hasHeader = false) {
-    return Providers::OpenXlsx(std::make_shared<CMemoryAccess>(std::move(bytes)), {"book.xlsx", "", hasHeader});
+    return Providers::OpenXlsxPackage(std::make_shared<CMemoryAccess>(std::move(bytes)),
+                                      {"book.xlsx", "", hasHeader});
 }
 
 /// A value as text: '-' for none, texts in quotes, dates behind a 'd'.

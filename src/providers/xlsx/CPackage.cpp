@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint64_t mebibyte = 1U << 20;
 /// Sheets are rarely packed below a twentieth, whatever they hold; texts of other parts neither.
 constexpr SInflateLimits streamedLimits = {65536 * mebibyte, 64 * mebibyte, 256};
-constexpr SInflateLimits heldLimits = {4096 * mebibyte, 16 * mebibyte, 128};
+constexpr SInflateLimits heldLimits = {2048 * mebibyte, 16 * mebibyte, 100};
 constexpr std::size_t maxRelationships = 100000;
 
 constexpr unsigned char compoundMark[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};

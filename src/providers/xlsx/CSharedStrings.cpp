@@ -27,6 +27,8 @@ CSharedStrings::CSharedStrings(const CPackage& package, const std::string& part)
     while (xml.Next() != EXmlEvent::EndOfDocument) {
         if (!xml.IsStart(2, "si"))
             continue;
+        if (m_texts.size() == maxTexts)
+            xml.Fail("more than " + std::to_string(maxTexts) + " shared texts");
         text.clear();
         wide.clear();
         ReadRichText(xml, text);

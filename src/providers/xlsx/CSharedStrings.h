@@ -26,6 +26,7 @@ public:
     std::u16string_view GetText(std::size_t index) const { return m_texts[index]; }
 
 private:
+    static constexpr std::size_t maxTexts = 1U << 25;
     /// In units. Larger texts get a block of their own.
     static constexpr std::size_t blockSize = 1U << 18;
 

@@ -36,7 +36,10 @@ std::u16string CSheetRows::HeaderText(std::size_t column) {
         return {};
     Convert(m_columns[column]);
     CVariant text;
-    if (Failed(VariantChangeType(text.Get(), &m_columns[column].value, 0, VT_BSTR)))
+    const HRESULT result = VariantChangeType(text.Get(), &m_columns[column].value, 0, VT_BSTR);
+    if (result == E_OUTOFMEMORY)
+        throw _com_error(result);
+    if (Failed(result))
         return {};
     return std::u16string(BstrView(text.Value().bstrVal));
 }

@@ -11,8 +11,8 @@ namespace NSTQ::Providers {
 
 class CSortedCells : public ICellSource {
 public:
-    static constexpr std::size_t maxTextSize = 1U << 28;
-    static constexpr std::size_t maxCells = 1U << 23;
+    static constexpr std::size_t maxTextSize = 1U << 27;
+    static constexpr std::size_t maxCells = 1U << 22;
 
     /// Takes all cells of `cells`. Throws CSourceError when they are too many.
     explicit CSortedCells(ICellSource& cells);

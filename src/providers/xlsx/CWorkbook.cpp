@@ -51,6 +51,10 @@ CWorkbook::CWorkbook(const CPackage& package) {
     m_strStylesPart = TargetByType(relationships, "styles");
     m_strSharedStringsPart = TargetByType(relationships, "sharedStrings");
 
+    CRelationshipMap byId;
+    for (const SRelationship& relationship : relationships)
+        byId.emplace(relationship.strId, relationship);
+
     CXmlScanner xml = package.OpenPart(part);
     bool isInSheets = false;
     bool isInNames = false;
@@ -65,28 +69,27 @@ CWorkbook::CWorkbook(const CPackage& package) {
             if (xml.GetName() == "workbookPr")
                 m_isDate1904 = IsTrue(xml.GetAttribute("date1904"));
         } else if (isInSheets && xml.IsStart(3, "sheet")) {
-            ReadSheet(xml, relationships);
+            ReadSheet(xml, byId);
         } else if (isInNames && xml.IsStart(3, "definedName")) {
             ReadName(xml);
         }
     }
 }
 
-void CWorkbook::ReadSheet(CXmlScanner& xml, const std::vector<SRelationship>& relationships) {
-    const std::string_view id = xml.GetRelationshipId();
-    const auto found = std::find_if(relationships.begin(), relationships.end(),
-                                    [&](const SRelationship& candidate) { return candidate.strId == id; });
+void CWorkbook::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationships) {
+    const auto found = relationships.find(std::string(xml.GetRelationshipId()));
     if (m_tabs.size() == maxSheets)
         xml.Fail("too many sheets");
     std::u16string name = ToUtf16(xml.GetAttribute("name"));
-    if (found == relationships.end() || found->isExternal)
+    if (found == relationships.end() || found->second.isExternal)
         xml.Fail("the sheet " + Platform::AnsiFromWide(name) + " has no part of its own in the package");
-    if (found->strType != "worksheet") {
+    if (found->second.strType != "worksheet") {
         m_tabs.push_back(noSheet);
         return;
     }
     m_tabs.push_back(m_sheets.size());
-    m_sheets.push_back({std::move(name), found->strTarget});
+    m_sheetsByName.emplace(name, m_sheets.size());
+    m_sheets.push_back({std::move(name), found->second.strTarget});
 }
 
 void CWorkbook::ReadName(CXmlScanner& xml) {
@@ -105,26 +108,19 @@ void CWorkbook::ReadName(CXmlScanner& xml) {
     const std::size_t sheet = FindSheet(std::string_view(reference).substr(0, mark));
     if (!range || sheet == noSheet)
         return;
-    std::size_t owner = noSheet;
+    // A name that belongs to one sheet and stands for a range of another cannot be told by the sheet in front of it.
     std::size_t tab = 0;
-    const auto parsed = std::from_chars(localSheet.data(), localSheet.data() + localSheet.size(), tab);
-    if (!localSheet.empty()) {
-        if (parsed.ec != std::errc() || tab >= m_tabs.size())
-            xml.Fail("the name " + PrintableName(name) + " belongs to no sheet");
-        owner = m_tabs[tab];
-        if (owner != sheet)
-            return;
-    }
+    std::from_chars(localSheet.data(), localSheet.data() + localSheet.size(), tab);
+    if (!localSheet.empty() && (tab >= m_tabs.size() || m_tabs[tab] != sheet))
+        return;
     if (m_names.size() == maxNames)
         xml.Fail("too many names");
-    m_names.push_back({ToUtf16(name), owner != noSheet, sheet, *range});
+    m_names.push_back({ToUtf16(name), !localSheet.empty(), sheet, *range});
 }
 
 std::size_t CWorkbook::FindSheet(std::string_view reference) const {
-    const std::u16string name = ToUtf16(UnquoteSheetName(reference));
-    const auto found =
-        std::find_if(m_sheets.begin(), m_sheets.end(), [&](const SSheet& sheet) { return sheet.strName == name; });
-    return found == m_sheets.end() ? noSheet : static_cast<std::size_t>(found - m_sheets.begin());
+    const auto found = m_sheetsByName.find(ToUtf16(UnquoteSheetName(reference)));
+    return found == m_sheetsByName.end() ? noSheet : found->second;
 }
 
 } // namespace NSTQ::Providers

@@ -5,6 +5,7 @@
 #include "providers/xlsx/SCCellReference.h"
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace NSTQ::Providers {
@@ -43,12 +44,16 @@ private:
     static constexpr std::size_t maxNames = 65536;
     static constexpr std::size_t noSheet = static_cast<std::size_t>(-1);
 
-    void ReadSheet(CXmlScanner& xml, const std::vector<SRelationship>& relationships);
+    /// By their identifiers.
+    using CRelationshipMap = std::unordered_map<std::string, SRelationship>;
+
+    void ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationships);
     void ReadName(CXmlScanner& xml);
     std::size_t FindSheet(std::string_view reference) const;
 
     std::vector<SSheet> m_sheets;
     std::vector<std::size_t> m_tabs; ///< for each tab of the workbook its index in m_sheets or noSheet
+    std::unordered_map<std::u16string, std::size_t> m_sheetsByName;
     std::vector<SNamedRange> m_names;
     bool m_isDate1904 = false;
     std::string m_strStylesPart;

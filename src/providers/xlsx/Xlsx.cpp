@@ -9,11 +9,11 @@ namespace NSTQ::Providers {
 using namespace Platform;
 
 std::unique_ptr<IDataSource> OpenXlsx(const SSourceOptions& options) {
-    return OpenXlsx(RaiseAsComError(options.strPath, [&] { return std::make_shared<CFileAccess>(options.strPath); }),
-                    options);
+    return OpenXlsxPackage(
+        RaiseAsComError(options.strPath, [&] { return std::make_shared<CFileAccess>(options.strPath); }), options);
 }
 
-std::unique_ptr<IDataSource> OpenXlsx(std::shared_ptr<IRandomAccess> input, const SSourceOptions& options) {
+std::unique_ptr<IDataSource> OpenXlsxPackage(std::shared_ptr<IRandomAccess> input, const SSourceOptions& options) {
     auto book = RaiseAsComError(options.strPath,
                                 [&] { return std::make_shared<CXlsxBook>(std::move(input), options.strPath); });
     return std::make_unique<CXlsxSource>(std::move(book), options.bHeaderRow);

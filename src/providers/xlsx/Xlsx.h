@@ -12,7 +12,7 @@ namespace NSTQ::Providers {
 std::unique_ptr<Platform::IDataSource> OpenXlsx(const Platform::SSourceOptions& options);
 
 /// The same for a workbook that is not a file itself; `options` gives its name for descriptions.
-std::unique_ptr<Platform::IDataSource> OpenXlsx(std::shared_ptr<IRandomAccess> input,
-                                                const Platform::SSourceOptions& options);
+std::unique_ptr<Platform::IDataSource> OpenXlsxPackage(std::shared_ptr<IRandomAccess> input,
+                                                       const Platform::SSourceOptions& options);
 
 } // namespace NSTQ::Providers
