@@ -3,7 +3,7 @@
 // source.
 #pragma once
 
-#include "platform/CodePage.h"
+#include "support/AnsiPage.h"
 
 #include <array>
 #include <cstddef>
@@ -59,17 +59,7 @@ inline constexpr std::array separators = {',', '\t', ';', ' ', 'a', '"', '\x81',
 inline constexpr std::array codePages = {932U, 1252U, 65001U};
 inline constexpr std::array<std::uint32_t, 8> readSizes = {64000, 1, 2, 3, 5, 7, 16, 100};
 
-/// Sets the code page for one input.
-class CAnsiPage {
-public:
-    explicit CAnsiPage(unsigned page) : m_saved(Platform::GetAnsiCodePage()) { Platform::SetAnsiCodePage(page); }
-    CAnsiPage(const CAnsiPage&) = delete;
-    CAnsiPage& operator=(const CAnsiPage&) = delete;
-    ~CAnsiPage() { Platform::SetAnsiCodePage(m_saved); }
-
-private:
-    unsigned m_saved;
-};
+using Tests::CAnsiPage;
 
 /// A file without a name in memory, open under a path as long as this lives.
 class CMemoryFile {

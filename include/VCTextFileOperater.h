@@ -68,6 +68,9 @@ protected:
     VCTextFileOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
     ~VCTextFileOperater() override;
 
+    /// Lengths and offsets in the line buffer have 16 bits; a greater dwMaxLineSize is taken as this.
+    static constexpr DWORD LINE_SIZE_MAX = 65535;
+
     /// The read position as pointers; see src/text/CFillCursor.h.
     class CFillCursor;
     struct SFill {

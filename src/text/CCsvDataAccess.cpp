@@ -11,9 +11,6 @@
 namespace NSTQ::NSTQCore {
 namespace {
 
-/// Lengths and offsets in the line buffer have 16 bits.
-constexpr DWORD LINE_SIZE_MAX = 65535;
-
 /// As m_dwRecordStartPos: a piece of the raw record did not fit, so that the record cannot be handed out.
 constexpr DWORD RAW_RECORD_LOST = 0xFFFFFFFF;
 

@@ -9,13 +9,6 @@
 
 namespace NSTQ::NSTQCore {
 
-namespace {
-
-/// Lengths and offsets in the line buffer have 16 bits.
-constexpr DWORD LINE_SIZE_MAX = 65535;
-
-} // namespace
-
 CFixDataAccess::CFixDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize,
                                const CSourceDataInfo* pInfo)
     : VCTextFileOperater(dwMaxFieldCnt, dwMaxLineSize, dwMaxFieldSize), m_dwFieldSizeLimit(dwMaxFieldSize),

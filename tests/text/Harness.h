@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CCsvDataAccess.h"
-#include "platform/CodePage.h"
+#include "support/AnsiPage.h"
 #include "text/ReferenceReader.h"
 
 #include <gtest/gtest.h>
@@ -28,18 +28,6 @@ inline constexpr bool isSanitized = true;
 #else
 inline constexpr bool isSanitized = false;
 #endif
-
-/// Sets the code page for one test.
-class CAnsiPage {
-public:
-    explicit CAnsiPage(unsigned page) : m_saved(Platform::GetAnsiCodePage()) { Platform::SetAnsiCodePage(page); }
-    CAnsiPage(const CAnsiPage&) = delete;
-    CAnsiPage& operator=(const CAnsiPage&) = delete;
-    ~CAnsiPage() { Platform::SetAnsiCodePage(m_saved); }
-
-private:
-    unsigned m_saved;
-};
 
 /// The library's reader; it can also be filled without a file, which makes millions of inputs affordable.
 class CTestedReader : public NSTQCore::CCsvDataAccess {
