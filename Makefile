@@ -44,7 +44,7 @@ coverage:
 	cmake --preset coverage
 	cmake --build --preset coverage --parallel $(JOBS)
 	ctest --preset coverage
-	gcovr --root . --object-directory build/coverage --filter src/ --exclude '.*/Tables.*' --print-summary
+	gcovr --root . --object-directory build/coverage --filter src/ --exclude '.*/Tables.*' --gcov-ignore-parse-errors --print-summary
 
 install:
 	scripts/install_packages build

@@ -67,6 +67,15 @@ TEST_F(CsvOutPut, QuotesOnlyWhereTheSeparatorOrAQuoteStands) {
     EXPECT_EQ(Written(), expected);
 }
 
+TEST_F(CsvOutPut, TakesRowsOfChangeableTexts) {
+    char first[] = "a";
+    char second[] = "b,";
+    char* fields[] = {first, second};
+    const WORD lengths[] = {1, 2};
+    EXPECT_TRUE(m_writer.WriteLineData(fields, lengths, 2));
+    EXPECT_EQ(Written(), "a,\"b,\"\r\n");
+}
+
 TEST_F(CsvOutPut, SeparatorAndLineEndAreSettings) {
     m_writer.SetSeparator('\t');
     m_writer.SetDelimiter('\n', '\0');

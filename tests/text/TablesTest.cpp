@@ -294,5 +294,50 @@ TEST_F(CTables, FilesThatDoNotOpen) {
     EXPECT_FALSE(reader.HasNextLineData());
 }
 
+/// A host's own reader, which counts line ends with the operations that are there for subclasses.
+class CLineCounter : public NSTQCore::VCTextFileOperater {
+public:
+    CLineCounter() : VCTextFileOperater(1, 10, 10) {}
+    ~CLineCounter() override = default;
+    bool GetLineData(const char**&, const WORD*&, DWORD& dwCount) override {
+        for (dwCount = 0; HasNextSrcData();) {
+            const bool isPre = IsPreNewLine() && GetSrcDataWord() == GetPreDelimiter();
+            AddReadBuffPos();
+            dwCount += isPre && IsPostNewLine() ? 1U : 0U;
+        }
+        return true;
+    }
+    bool Copy(char* target, DWORD room, DWORD offset, DWORD length) const {
+        return CopyReadBuffData(target, room, offset, length);
+    }
+};
+
+TEST_F(CTables, SubclassesReadWithTheBasesOperations) {
+    CSourceDataInfo info;
+    info.SetCommonInfo(Write("a\r\n\rb\r\r\n\n\r").c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
+    const struct {
+        char pre;
+        char post;
+        DWORD lines;
+    } cases[] = {{'\r', '\n', 2}, {'\n', '\0', 3}, {'\r', '\0', 5}};
+    for (const auto& c : cases) {
+        CLineCounter reader;
+        reader.SetDelimiter(c.pre, c.post);
+        ASSERT_TRUE(reader.FileOpen(&info));
+        char bytes[2] = {};
+        EXPECT_TRUE(reader.Copy(bytes, 2, 0, 2));
+        EXPECT_EQ(std::string_view(bytes, 2), "a\r");
+        EXPECT_FALSE(reader.Copy(bytes, 1, 0, 2));
+        EXPECT_TRUE(reader.Copy(bytes, 2, 63998, 2));
+        EXPECT_FALSE(reader.Copy(bytes, 2, 63999, 2));
+        EXPECT_FALSE(reader.Copy(bytes, 2, 0xFFFFFFFF, 2));
+        const char** fields = nullptr;
+        const WORD* lengths = nullptr;
+        DWORD lines = 0;
+        EXPECT_TRUE(reader.GetLineData(fields, lengths, lines));
+        EXPECT_EQ(lines, c.lines) << static_cast<int>(c.pre);
+    }
+}
+
 } // namespace
 } // namespace NSTQ::Tests
