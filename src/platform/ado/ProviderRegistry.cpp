@@ -18,7 +18,11 @@ namespace {
 constinit std::array<FOpenSource, sourceFormatCount> providers = {
 #if defined(TQC_WITH_XLSX)
     &Providers::OpenXlsx,
+#else
+    nullptr,
 #endif
+    nullptr,
+    nullptr,
 };
 
 std::string_view Trim(std::string_view text) {

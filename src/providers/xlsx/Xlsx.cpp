@@ -2,7 +2,7 @@
 
 #include "providers/common/CSourceError.h"
 #include "providers/xlsx/CXlsxSource.h"
-#include "providers/zip/CFileAccess.h"
+#include "providers/common/CFileAccess.h"
 
 namespace NSTQ::Providers {
 

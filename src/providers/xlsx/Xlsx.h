@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
-#include "providers/zip/IRandomAccess.h"
+#include "providers/common/IRandomAccess.h"
 
 namespace NSTQ::Providers {
 

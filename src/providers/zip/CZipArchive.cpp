@@ -2,7 +2,7 @@
 
 #include "providers/common/CSourceError.h"
 #include "providers/zip/CZipEntryStream.h"
-#include "providers/zip/LittleEndian.h"
+#include "providers/common/LittleEndian.h"
 
 #include <algorithm>
 #include <cstring>

@@ -7,8 +7,8 @@
 // Names are compared without regard to the case of ASCII letters, with '\' as '/', and without a leading '/'.
 #pragma once
 
-#include "providers/zip/IByteStream.h"
-#include "providers/zip/IRandomAccess.h"
+#include "providers/common/IByteStream.h"
+#include "providers/common/IRandomAccess.h"
 
 #include <memory>
 #include <string>

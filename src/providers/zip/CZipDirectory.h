@@ -3,7 +3,7 @@
 // archive and ends with it.
 #pragma once
 
-#include "providers/zip/CByteReader.h"
+#include "providers/common/CByteReader.h"
 #include "providers/zip/CZipInput.h"
 
 #include <string>

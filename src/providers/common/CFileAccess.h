@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/files/Files.h"
-#include "providers/zip/IRandomAccess.h"
+#include "providers/common/IRandomAccess.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "providers/zip/CFileAccess.h"
+#include "providers/common/CFileAccess.h"
 
 #include "providers/common/CSourceError.h"
 

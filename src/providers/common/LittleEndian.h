@@ -1,4 +1,4 @@
-// Numbers as zip packages store them: the lowest byte first.
+// Numbers as all of these files store them: the lowest byte first.
 #pragma once
 
 #include <cstdint>
