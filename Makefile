@@ -13,7 +13,7 @@ test:
 	scripts/install_packages build
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS)
-	ctest --preset release
+	ctest --preset release --parallel $(JOBS)
 
 bench:
 	scripts/install_packages build bench
@@ -23,15 +23,15 @@ bench:
 
 check:
 	scripts/install_packages build check
-	cmake --preset check
-	cmake --build --preset check --parallel $(JOBS)
-	scripts/check build/check
-
-asan:
-	scripts/install_packages build
 	cmake --preset asan
 	cmake --build --preset asan --parallel $(JOBS)
-	ctest --preset asan
+	scripts/check build/asan
+
+asan:
+	scripts/install_packages build check
+	cmake --preset asan
+	cmake --build --preset asan --parallel $(JOBS)
+	ctest --preset asan --parallel $(JOBS)
 
 fuzz:
 	scripts/install_packages build fuzz
@@ -43,7 +43,7 @@ coverage:
 	scripts/install_packages build coverage
 	cmake --preset coverage
 	cmake --build --preset coverage --parallel $(JOBS)
-	ctest --preset coverage
+	ctest --preset coverage --parallel $(JOBS)
 	gcovr --root . --object-directory build/coverage --filter src/ --exclude '.*/Tables.*' --gcov-ignore-parse-errors --print-summary
 
 install:

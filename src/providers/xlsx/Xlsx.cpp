@@ -1,8 +1,8 @@
 #include "providers/xlsx/Xlsx.h"
 
+#include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
 #include "providers/xlsx/CXlsxSource.h"
-#include "providers/common/CFileAccess.h"
 
 namespace NSTQ::Providers {
 

@@ -1,8 +1,8 @@
 #include "providers/zip/CZipArchive.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/zip/CZipEntryStream.h"
 #include "providers/common/LittleEndian.h"
+#include "providers/zip/CZipEntryStream.h"
 
 #include <algorithm>
 #include <cstring>
