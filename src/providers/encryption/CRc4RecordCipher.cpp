@@ -16,11 +16,12 @@ void CRc4RecordCipher::Decrypt(std::span<unsigned char> bytes, std::uint64_t str
     }
 }
 
-/// Skips within a block; a block left, be it at its end, has left its key behind.
+/// Skips within a block; for another one or backwards, begins with a key.
 void CRc4RecordCipher::GoTo(std::uint64_t position) {
     const std::uint64_t block = position / blockSize;
-    if (!m_cipher || block != m_position / blockSize || position < m_position) {
+    if (!m_cipher || block != m_block || position < m_position) {
         m_cipher.emplace(m_keys.BlockKey(static_cast<std::uint32_t>(block)).Bytes());
+        m_block = block;
         m_position = block * blockSize;
     }
     m_cipher->Skip(static_cast<std::size_t>(position - m_position));

@@ -22,7 +22,8 @@ private:
     void GoTo(std::uint64_t position);
 
     CRc4Keys m_keys;
-    std::optional<CRc4> m_cipher; ///< for the block that holds m_position
+    std::optional<CRc4> m_cipher; ///< for m_block, where m_position is in it or at its end
+    std::uint64_t m_block = 0;
     std::uint64_t m_position = 0;
 };
 
