@@ -35,7 +35,7 @@ CPassWord::~CPassWord() {
 }
 
 void CPassWord::Refuse() const {
-    throw CSourceError(m_isGiven ? "the password is wrong" : "encrypted; it needs a password");
+    throw CPassWordRefused(m_isGiven ? "the password is wrong" : "encrypted; it needs a password");
 }
 
 } // namespace NSTQ::Providers

@@ -21,7 +21,7 @@ public:
     /// In the ANSI code page.
     std::span<const unsigned char> Ansi() const { return m_ansi; }
 
-    /// Throws the CSourceError (E_FAIL) for a password that does not fit: that one is needed, when none was given,
+    /// Throws CPassWordRefused (E_FAIL) for a password that does not fit: that one is needed, when none was given,
     /// else that it is wrong.
     [[noreturn]] void Refuse() const;
 
