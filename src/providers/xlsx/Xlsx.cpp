@@ -6,7 +6,8 @@
 #if defined(TQC_WITH_ENCRYPTION)
 #include "providers/encryption/EncryptedPackage.h"
 #endif
-#include "providers/xlsx/CXlsxSource.h"
+#include "providers/workbook/CWorkbookSource.h"
+#include "providers/xlsx/CXlsxBook.h"
 
 namespace NSTQ::Providers {
 
@@ -36,7 +37,7 @@ std::unique_ptr<IDataSource> OpenXlsx(const SSourceOptions& options) {
 std::unique_ptr<IDataSource> OpenXlsxPackage(std::shared_ptr<IRandomAccess> input, const SSourceOptions& options) {
     auto book = RaiseAsComError(options.strPath,
                                 [&] { return std::make_shared<CXlsxBook>(std::move(input), options.strPath); });
-    return std::make_unique<CXlsxSource>(std::move(book), options.bHeaderRow);
+    return std::make_unique<CWorkbookSource>(std::move(book), options.bHeaderRow);
 }
 
 } // namespace NSTQ::Providers

@@ -1,8 +1,8 @@
-#include "providers/xlsx/CNumberFormats.h"
+#include "providers/workbook/CNumberFormats.h"
+
+#include "providers/common/CSourceError.h"
 
 #include <algorithm>
-#include <charconv>
-#include <unordered_map>
 
 namespace NSTQ::Providers {
 
@@ -109,12 +109,6 @@ std::size_t ReadElement(std::string_view code, SSectionSigns& signs) {
     return 1;
 }
 
-std::uint32_t ToNumber(std::string_view text) {
-    std::uint32_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 struct SBuiltIn {
     std::uint32_t first;
     std::uint32_t last;
@@ -154,24 +148,17 @@ EDateKind CNumberFormats::KindOfCode(std::string_view code) {
     return signs.Kind();
 }
 
-CNumberFormats::CNumberFormats(const CPackage& package, const std::string& part) {
-    std::unordered_map<std::uint32_t, EDateKind> codes;
-    CXmlScanner xml = package.OpenPart(part);
-    std::string group;
-    while (xml.Next() != EXmlEvent::EndOfDocument) {
-        if (xml.GetEvent() == EXmlEvent::Start && xml.GetDepth() == 2)
-            group = xml.GetName();
-        if (codes.size() == maxFormats || m_kinds.size() == maxFormats)
-            xml.Fail("too many cell formats");
-        if (group == "numFmts" && xml.IsStart(3, "numFmt")) {
-            const std::uint32_t id = ToNumber(xml.GetAttribute("numFmtId"));
-            codes[id] = KindOfCode(xml.GetAttribute("formatCode"));
-        } else if (group == "cellXfs" && xml.IsStart(3, "xf")) {
-            const std::uint32_t id = ToNumber(xml.GetAttribute("numFmtId"));
-            const auto own = codes.find(id);
-            m_kinds.push_back(own == codes.end() ? KindOfBuiltIn(id) : own->second);
-        }
-    }
+void CNumberFormats::AddCode(std::uint32_t id, std::string_view code) {
+    if (m_codes.size() == maxFormats)
+        throw CSourceError("too many cell formats");
+    m_codes[id] = KindOfCode(code);
+}
+
+void CNumberFormats::AddStyle(std::uint32_t formatId) {
+    if (m_kinds.size() == maxFormats)
+        throw CSourceError("too many cell formats");
+    const auto own = m_codes.find(formatId);
+    m_kinds.push_back(own == m_codes.end() ? KindOfBuiltIn(formatId) : own->second);
 }
 
 } // namespace NSTQ::Providers

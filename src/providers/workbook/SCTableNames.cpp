@@ -1,4 +1,4 @@
-#include "providers/xlsx/SCTableNames.h"
+#include "providers/workbook/SCTableNames.h"
 
 #include <algorithm>
 
@@ -50,26 +50,26 @@ std::u16string SCTableNames::NameOfSheet(std::u16string_view sheet) {
     return isPlain ? std::u16string(sheet) + u"$" : u"'" + DoubleQuotes(sheet) + u"$'";
 }
 
-std::u16string SCTableNames::NameOfRange(const CWorkbook& workbook, const SNamedRange& range) {
+std::u16string SCTableNames::NameOfRange(const IWorkbook& workbook, const SNamedRange& range) {
     if (!range.isOfSheet)
         return range.strName;
-    return NameOfSheet(workbook.GetSheets()[range.sheet].strName) + range.strName;
+    return NameOfSheet(workbook.GetSheetNames()[range.sheet]) + range.strName;
 }
 
-std::optional<std::size_t> SCTableNames::FindSheet(const CWorkbook& workbook, std::u16string_view table) {
-    const auto& sheets = workbook.GetSheets();
+std::optional<std::size_t> SCTableNames::FindSheet(const IWorkbook& workbook, std::u16string_view table) {
+    const auto& sheets = workbook.GetSheetNames();
     std::optional<std::size_t> found =
-        FindIndex(sheets, [&](const SSheet& sheet) { return NameOfSheet(sheet.strName) == table; });
+        FindIndex(sheets, [&](std::u16string_view sheet) { return NameOfSheet(sheet) == table; });
     if (!found && table.ends_with(u'$')) {
         table.remove_suffix(1);
-        found = FindIndex(sheets, [&](const SSheet& sheet) { return DoubleQuotes(sheet.strName) == table; });
+        found = FindIndex(sheets, [&](std::u16string_view sheet) { return DoubleQuotes(sheet) == table; });
         if (!found)
-            found = FindIndex(sheets, [&](const SSheet& sheet) { return sheet.strName == table; });
+            found = FindIndex(sheets, [&](std::u16string_view sheet) { return sheet == table; });
     }
     return found;
 }
 
-std::optional<std::size_t> SCTableNames::FindRange(const CWorkbook& workbook, std::u16string_view table) {
+std::optional<std::size_t> SCTableNames::FindRange(const IWorkbook& workbook, std::u16string_view table) {
     return FindIndex(workbook.GetNames(),
                      [&](const SNamedRange& range) { return NameOfRange(workbook, range) == table; });
 }

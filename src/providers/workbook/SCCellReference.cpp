@@ -1,4 +1,4 @@
-#include "providers/xlsx/SCCellReference.h"
+#include "providers/workbook/SCCellReference.h"
 
 #include <algorithm>
 #include <string>

@@ -6,8 +6,7 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
-#include "providers/xlsx/CXlsxBook.h"
-#include "providers/xlsx/ICellSource.h"
+#include "providers/workbook/IWorkbook.h"
 
 #include <limits>
 
@@ -18,7 +17,7 @@ public:
     /// `cells` come row by row; those outside `range` are passed over. With `hasHeader` the first row of the range
     /// gives the names of the columns: "F" and their number for blank ones, a number behind repeated ones. Throws
     /// CSourceError; the operations below throw _com_error.
-    CSheetRows(std::shared_ptr<const CXlsxBook> book, std::unique_ptr<ICellSource> cells, const SCellRange& range,
+    CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells, const SCellRange& range,
                bool hasHeader);
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
@@ -36,6 +35,8 @@ private:
         bool isConverted = false;
         ECellKind kind = ECellKind::Number;
         std::uint32_t style = 0;
+        std::uint32_t index = 0;
+        double number = 0;
         std::size_t textBegin = 0;
         std::size_t textSize = 0;
         Platform::VARIANT value = {};
@@ -47,13 +48,17 @@ private:
     void NameColumns(bool hasHeader);
     std::u16string HeaderText(std::size_t column);
     void Convert(SColumn& column);
-    void ConvertNumber(SColumn& column, std::string_view text);
-    void ConvertShared(SColumn& column, std::string_view text);
+    void ConvertDigits(SColumn& column, std::string_view text);
+    void ConvertSharedDigits(SColumn& column, std::string_view text);
+    void SetNumber(SColumn& column, double number);
+    void SetShared(SColumn& column, std::size_t index);
     void SetDate(SColumn& column, double date);
     void SetText(SColumn& column, std::u16string_view text);
+    void SetWide(SColumn& column, std::string_view bytes);
     void SetUtf8(SColumn& column, std::string_view text, bool hasEscapes);
+    [[noreturn]] void FailWithShared(const std::string& index) const;
 
-    std::shared_ptr<const CXlsxBook> m_pBook;
+    std::shared_ptr<const IWorkbook> m_pBook;
     std::unique_ptr<ICellSource> m_pCells;
     SCellRange m_range;
     std::uint32_t m_row;

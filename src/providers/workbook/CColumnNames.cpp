@@ -1,4 +1,4 @@
-#include "providers/xlsx/CColumnNames.h"
+#include "providers/workbook/CColumnNames.h"
 
 #include <string_view>
 

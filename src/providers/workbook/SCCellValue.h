@@ -1,7 +1,7 @@
 // What the texts of cells stand for.
 #pragma once
 
-#include "providers/xlsx/CNumberFormats.h"
+#include "providers/workbook/CNumberFormats.h"
 
 #include <optional>
 #include <string_view>

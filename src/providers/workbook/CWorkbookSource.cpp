@@ -1,10 +1,9 @@
-#include "providers/xlsx/CXlsxSource.h"
+#include "providers/workbook/CWorkbookSource.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/CSheetRows.h"
-#include "providers/xlsx/CSheetScanner.h"
-#include "providers/xlsx/CSortedCells.h"
-#include "providers/xlsx/SCTableNames.h"
+#include "providers/workbook/CSheetRows.h"
+#include "providers/workbook/CSortedCells.h"
+#include "providers/workbook/SCTableNames.h"
 
 #include <algorithm>
 
@@ -29,37 +28,29 @@ private:
 
 } // namespace
 
-std::vector<STableSchema> CXlsxSource::ListTables() {
-    const CWorkbook& workbook = m_pBook->GetWorkbook();
+std::vector<STableSchema> CWorkbookSource::ListTables() {
     std::vector<STableSchema> tables;
-    for (const SSheet& sheet : workbook.GetSheets())
-        tables.push_back({SCTableNames::NameOfSheet(sheet.strName), u"TABLE"});
-    for (const SNamedRange& range : workbook.GetNames())
-        tables.push_back({SCTableNames::NameOfRange(workbook, range), u"TABLE"});
+    for (const std::u16string& sheet : m_pBook->GetSheetNames())
+        tables.push_back({SCTableNames::NameOfSheet(sheet), u"TABLE"});
+    for (const SNamedRange& range : m_pBook->GetNames())
+        tables.push_back({SCTableNames::NameOfRange(*m_pBook, range), u"TABLE"});
     return tables;
 }
 
-std::unique_ptr<IRowSource> CXlsxSource::OpenTable(std::u16string_view name) {
+std::unique_ptr<IRowSource> CWorkbookSource::OpenTable(std::u16string_view name) {
     return RaiseAsComError(m_pBook->GetPath(), [&]() {
-        const CWorkbook& workbook = m_pBook->GetWorkbook();
-        if (const std::optional<std::size_t> sheet = SCTableNames::FindSheet(workbook, name))
+        if (const std::optional<std::size_t> sheet = SCTableNames::FindSheet(*m_pBook, name))
             return OpenSheet(*sheet, nullptr);
-        const std::optional<std::size_t> found = SCTableNames::FindRange(workbook, name);
+        const std::optional<std::size_t> found = SCTableNames::FindRange(*m_pBook, name);
         if (!found)
             throw CSourceError("it has no sheet or range " + AnsiFromWide(name), DB_E_NOTABLE);
-        const SNamedRange& range = workbook.GetNames()[*found];
+        const SNamedRange& range = m_pBook->GetNames()[*found];
         return OpenSheet(range.sheet, &range.range);
     });
 }
 
-std::unique_ptr<IRowSource> CXlsxSource::OpenSheet(std::size_t sheet, const SCellRange* pRange) {
-    m_pBook->LoadContents();
-    const std::string& part = m_pBook->GetWorkbook().GetSheets()[sheet].strPart;
-    const auto openCells = [&] {
-        return std::make_unique<CSheetScanner>(m_pBook->GetPackage().OpenStreamedPart(part));
-    };
-
-    SUsedRange used = MeasureSheet(*openCells());
+std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const SCellRange* pRange) {
+    SUsedRange used = MeasureSheet(*m_pBook->OpenCells(sheet));
     if (used.isEmpty)
         return std::make_unique<CNoRows>();
     if (pRange != nullptr) {
@@ -71,7 +62,7 @@ std::unique_ptr<IRowSource> CXlsxSource::OpenSheet(std::size_t sheet, const SCel
         if (used.range.first.row > used.range.last.row || used.range.first.column > used.range.last.column)
             return std::make_unique<CNoRows>();
     }
-    std::unique_ptr<ICellSource> cells = openCells();
+    std::unique_ptr<ICellSource> cells = m_pBook->OpenCells(sheet);
     if (!used.isOrdered)
         cells = std::make_unique<CSortedCells>(*cells);
     return std::make_unique<CSheetRows>(m_pBook, std::move(cells), used.range, m_hasHeader);

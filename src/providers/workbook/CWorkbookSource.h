@@ -2,14 +2,14 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
-#include "providers/xlsx/CXlsxBook.h"
-#include "providers/xlsx/ICellSource.h"
+#include "providers/workbook/IWorkbook.h"
 
 namespace NSTQ::Providers {
 
-class CXlsxSource : public Platform::IDataSource {
+class CWorkbookSource : public Platform::IDataSource {
 public:
-    CXlsxSource(std::shared_ptr<CXlsxBook> book, bool hasHeader) : m_pBook(std::move(book)), m_hasHeader(hasHeader) {}
+    CWorkbookSource(std::shared_ptr<IWorkbook> book, bool hasHeader)
+        : m_pBook(std::move(book)), m_hasHeader(hasHeader) {}
 
     std::vector<Platform::STableSchema> ListTables() override;
     /// Goes through the sheet once to learn its used range and number of rows.
@@ -18,7 +18,7 @@ public:
 private:
     std::unique_ptr<Platform::IRowSource> OpenSheet(std::size_t sheet, const SCellRange* pRange);
 
-    std::shared_ptr<CXlsxBook> m_pBook;
+    std::shared_ptr<IWorkbook> m_pBook;
     bool m_hasHeader;
 };
 

@@ -1,17 +1,18 @@
-#include "providers/xlsx/CSheetRows.h"
+#include "providers/workbook/CSheetRows.h"
 
 #include "providers/common/CSourceError.h"
 #include "providers/common/Utf8Text.h"
-#include "providers/xlsx/CColumnNames.h"
-#include "providers/xlsx/SCCellValue.h"
+#include "providers/workbook/CColumnNames.h"
+#include "providers/workbook/SCCellValue.h"
 
 #include <charconv>
+#include <cstring>
 
 namespace NSTQ::Providers {
 
 using namespace Platform;
 
-CSheetRows::CSheetRows(std::shared_ptr<const CXlsxBook> book, std::unique_ptr<ICellSource> cells,
+CSheetRows::CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells,
                        const SCellRange& range, bool hasHeader)
     : m_pBook(std::move(book)), m_pCells(std::move(cells)), m_range(range), m_row(range.first.row - 1),
       m_rowCount(static_cast<std::int64_t>(range.last.row) - range.first.row + 1),
@@ -72,6 +73,8 @@ void CSheetRows::KeepCell() {
     column.isConverted = false;
     column.kind = m_pending.kind;
     column.style = m_pending.style;
+    column.index = m_pending.index;
+    column.number = m_pending.number;
     column.textBegin = m_strRowText.size();
     column.textSize = m_pending.strText.size();
     m_strRowText.append(m_pending.strText);
@@ -90,10 +93,16 @@ void CSheetRows::Convert(SColumn& column) {
     const std::string_view text = std::string_view(m_strRowText).substr(column.textBegin, column.textSize);
     switch (column.kind) {
     case ECellKind::Number:
-        ConvertNumber(column, text);
+        SetNumber(column, column.number);
+        break;
+    case ECellKind::NumberDigits:
+        ConvertDigits(column, text);
         break;
     case ECellKind::Shared:
-        ConvertShared(column, text);
+        SetShared(column, column.index);
+        break;
+    case ECellKind::SharedDigits:
+        ConvertSharedDigits(column, text);
         break;
     case ECellKind::Boolean:
         if (text == "1" || text == "0" || text == "true" || text == "false") {
@@ -107,7 +116,10 @@ void CSheetRows::Convert(SColumn& column) {
         if (const std::optional<double> date = SCCellValue::ParseIsoDate(text))
             SetDate(column, *date);
         else
-            ConvertNumber(column, text);
+            ConvertDigits(column, text);
+        break;
+    case ECellKind::WideText:
+        SetWide(column, text);
         break;
     case ECellKind::Text:
     case ECellKind::Error:
@@ -117,32 +129,41 @@ void CSheetRows::Convert(SColumn& column) {
     column.isConverted = true;
 }
 
-void CSheetRows::ConvertNumber(SColumn& column, std::string_view text) {
-    const std::optional<double> number = SCCellValue::ParseNumber(text);
-    if (!number) {
+void CSheetRows::ConvertDigits(SColumn& column, std::string_view text) {
+    if (const std::optional<double> number = SCCellValue::ParseNumber(text))
+        SetNumber(column, *number);
+    else
         SetUtf8(column, text, false);
-        return;
-    }
-    const EDateKind kind = m_pBook->GetFormats().GetKind(column.style);
+}
+
+void CSheetRows::ConvertSharedDigits(SColumn& column, std::string_view text) {
+    std::size_t index = 0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), index);
+    if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size())
+        FailWithShared(PrintableName(text));
+    SetShared(column, index);
+}
+
+void CSheetRows::FailWithShared(const std::string& index) const {
+    throw CSourceError("a cell of row " + std::to_string(m_row) + " names a shared text that there is not: " + index);
+}
+
+void CSheetRows::SetNumber(SColumn& column, double number) {
+    const EDateKind kind = m_pBook->GetDateKind(column.style);
     if (kind != EDateKind::None) {
-        const bool isDate1904 = m_pBook->GetWorkbook().IsDate1904();
-        if (const std::optional<double> date = SCCellValue::DateOfNumber(*number, kind, isDate1904)) {
+        if (const std::optional<double> date = SCCellValue::DateOfNumber(number, kind, m_pBook->IsDate1904())) {
             SetDate(column, *date);
             return;
         }
     }
     column.value.vt = VT_R8;
-    column.value.dblVal = *number;
+    column.value.dblVal = number;
 }
 
-void CSheetRows::ConvertShared(SColumn& column, std::string_view text) {
-    const CSharedStrings& strings = m_pBook->GetSharedStrings();
-    std::size_t index = 0;
-    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), index);
-    if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size() || index >= strings.GetCount())
-        throw CSourceError("a cell of row " + std::to_string(m_row) +
-                           " names a shared text that there is not: " + PrintableName(text));
-    SetText(column, strings.GetText(index));
+void CSheetRows::SetShared(SColumn& column, std::size_t index) {
+    if (index >= m_pBook->GetSharedTextCount())
+        FailWithShared(std::to_string(index));
+    SetText(column, m_pBook->GetSharedText(index));
 }
 
 void CSheetRows::SetDate(SColumn& column, double date) {
@@ -154,6 +175,12 @@ void CSheetRows::SetText(SColumn& column, std::u16string_view text) {
     column.text.Assign(text);
     column.value.vt = VT_BSTR;
     column.value.bstrVal = column.text.Get();
+}
+
+void CSheetRows::SetWide(SColumn& column, std::string_view bytes) {
+    m_wide.resize(bytes.size() / sizeof(char16_t));
+    std::memcpy(m_wide.data(), bytes.data(), m_wide.size() * sizeof(char16_t));
+    SetText(column, m_wide);
 }
 
 void CSheetRows::SetUtf8(SColumn& column, std::string_view text, bool hasEscapes) {

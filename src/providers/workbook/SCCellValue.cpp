@@ -1,4 +1,4 @@
-#include "providers/xlsx/SCCellValue.h"
+#include "providers/workbook/SCCellValue.h"
 
 #include <charconv>
 #include <chrono>

@@ -2,7 +2,7 @@
 // memory; this is the only case where memory grows with the cells, and it is bounded: larger sheets are refused.
 #pragma once
 
-#include "providers/xlsx/ICellSource.h"
+#include "providers/workbook/ICellSource.h"
 
 #include <string>
 #include <vector>
@@ -26,6 +26,8 @@ private:
         std::uint32_t style;
         std::uint32_t textBegin;
         std::uint32_t textSize;
+        std::uint32_t index;
+        double number;
         ECellKind kind;
     };
 
