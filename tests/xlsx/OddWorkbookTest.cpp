@@ -1,6 +1,6 @@
 // Workbooks that are unusual but right: what each gives, in the quick and in the general way through a sheet.
-#include "providers/xlsx/CNumberFormats.h"
-#include "providers/xlsx/SCCellReference.h"
+#include "providers/workbook/CNumberFormats.h"
+#include "providers/workbook/SCCellReference.h"
 #include "xlsx/XlsxBuilder.h"
 
 #include "platform/CodePage.h"

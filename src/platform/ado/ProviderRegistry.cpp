@@ -2,6 +2,9 @@
 #include "platform/ado/ProviderRegistry.h"
 
 #include "platform/ado/TextCase.h"
+#if defined(TQC_WITH_XLS)
+#include "providers/xls/Xls.h"
+#endif
 #if defined(TQC_WITH_XLSX)
 #include "providers/xlsx/Xlsx.h"
 #endif
@@ -21,7 +24,11 @@ constinit std::array<FOpenSource, sourceFormatCount> providers = {
 #else
     nullptr,
 #endif
+#if defined(TQC_WITH_XLS)
+    &Providers::OpenXls,
+#else
     nullptr,
+#endif
     nullptr,
 };
 

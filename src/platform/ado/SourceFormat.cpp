@@ -113,9 +113,10 @@ private:
 };
 
 bool IsPlainRecordStream(std::string_view header) {
-    // The versions before compound files: a beginning-of-file record with its length.
+    // Without a compound file around it: a beginning-of-file record with its length.
     return header.starts_with("\x09\x00\x04\x00"sv) || header.starts_with("\x09\x02\x06\x00"sv) ||
-           header.starts_with("\x09\x04\x06\x00"sv) || header.starts_with("\x09\x08\x08\x00"sv);
+           header.starts_with("\x09\x04\x06\x00"sv) || header.starts_with("\x09\x08\x08\x00"sv) ||
+           header.starts_with("\x09\x08\x10\x00"sv);
 }
 
 } // namespace

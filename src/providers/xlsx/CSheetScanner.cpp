@@ -1,10 +1,9 @@
 #include "providers/xlsx/CSheetScanner.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/CSharedStrings.h"
 #include "providers/xlsx/SCPlainCell.h"
+#include "providers/xlsx/SharedParts.h"
 
-#include <algorithm>
 #include <charconv>
 
 namespace NSTQ::Providers {
@@ -100,7 +99,7 @@ bool CSheetScanner::ReadCell(SCell& cell) {
 
 void CSheetScanner::ReadCellAttributes(SCell& cell) {
     std::string_view reference;
-    cell.kind = ECellKind::Number;
+    cell.kind = ECellKind::NumberDigits;
     cell.style = 0;
     for (const SXmlAttribute& attribute : m_xml.GetAttributes()) {
         if (attribute.strName.size() != 1)
@@ -157,23 +156,6 @@ bool CSheetScanner::ReadCellContent(SCell& cell) {
         cell.kind = ECellKind::Text;
     }
     return hasContent;
-}
-
-SUsedRange MeasureSheet(ICellSource& cells) {
-    SUsedRange used;
-    used.range.first = {maxRow, maxColumn};
-    std::uint32_t lastRow = 0;
-    SCell cell = {};
-    while (cells.Next(cell)) {
-        SCellRange& range = used.range;
-        const auto [row, column] = cell.position;
-        used.isEmpty = false;
-        used.isOrdered = used.isOrdered && row >= lastRow;
-        lastRow = row;
-        range.first = {std::min(range.first.row, row), std::min(range.first.column, column)};
-        range.last = {std::max(range.last.row, row), std::max(range.last.column, column)};
-    }
-    return used;
 }
 
 } // namespace NSTQ::Providers

@@ -5,8 +5,8 @@
 // Merged cells need nothing: the first one of them holds the value.
 #pragma once
 
-#include "providers/xlsx/CXmlScanner.h"
-#include "providers/xlsx/ICellSource.h"
+#include "providers/common/CXmlScanner.h"
+#include "providers/workbook/ICellSource.h"
 
 namespace NSTQ::Providers {
 
@@ -34,15 +34,5 @@ private:
     SCellPosition m_position; ///< of the current cell
     std::string m_strText;
 };
-
-/// Where the values of a sheet lie.
-struct SUsedRange {
-    bool isEmpty = true;
-    bool isOrdered = true; ///< no cell stands behind one of a later row
-    SCellRange range;
-};
-
-/// Goes through all cells. Nothing else tells the used range: what the part itself claims is often wrong.
-SUsedRange MeasureSheet(ICellSource& cells);
 
 } // namespace NSTQ::Providers

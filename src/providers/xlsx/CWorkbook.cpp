@@ -2,7 +2,7 @@
 
 #include "platform/automation/Bstr.h"
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -87,9 +87,10 @@ void CWorkbook::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationship
         m_tabs.push_back(noSheet);
         return;
     }
-    m_tabs.push_back(m_sheets.size());
-    m_sheetsByName.emplace(name, m_sheets.size());
-    m_sheets.push_back({std::move(name), found->second.strTarget});
+    m_tabs.push_back(m_sheetNames.size());
+    m_sheetsByName.emplace(name, m_sheetNames.size());
+    m_sheetNames.push_back(std::move(name));
+    m_sheetParts.push_back(found->second.strTarget);
 }
 
 void CWorkbook::ReadName(CXmlScanner& xml) {

@@ -1,44 +1,37 @@
-// An open workbook: what its data source and the rows read from it share.
+// A workbook of zipped XML parts.
 #pragma once
 
-#include "providers/xlsx/CNumberFormats.h"
-#include "providers/xlsx/CSharedStrings.h"
+#include "providers/workbook/IWorkbook.h"
 #include "providers/xlsx/CWorkbook.h"
-
-#include <string>
+#include "providers/xlsx/SharedParts.h"
 
 namespace NSTQ::Providers {
 
-class CXlsxBook {
+class CXlsxBook : public IWorkbook {
 public:
-    /// `path` names the file in descriptions of errors. Throws CSourceError.
+    /// Throws CSourceError.
     CXlsxBook(std::shared_ptr<IRandomAccess> input, std::string path)
         : m_strPath(std::move(path)), m_package(std::move(input)), m_workbook(m_package) {}
 
-    /// Reads cell formats and shared texts, once; listing the sheets needs neither. Throws CSourceError.
-    void LoadContents() {
-        if (m_isLoaded)
-            return;
-        if (!m_workbook.GetStylesPart().empty() && m_package.HasPart(m_workbook.GetStylesPart()))
-            m_formats = CNumberFormats(m_package, m_workbook.GetStylesPart());
-        if (!m_workbook.GetSharedStringsPart().empty() && m_package.HasPart(m_workbook.GetSharedStringsPart()))
-            m_sharedStrings = CSharedStrings(m_package, m_workbook.GetSharedStringsPart());
-        m_isLoaded = true;
-    }
+    const std::string& GetPath() const override { return m_strPath; }
+    const std::vector<std::u16string>& GetSheetNames() const override { return m_workbook.GetSheetNames(); }
+    const std::vector<SNamedRange>& GetNames() const override { return m_workbook.GetNames(); }
+    bool IsDate1904() const override { return m_workbook.IsDate1904(); }
 
-    const std::string& GetPath() const { return m_strPath; }
-    const CPackage& GetPackage() const { return m_package; }
-    const CWorkbook& GetWorkbook() const { return m_workbook; }
-    const CNumberFormats& GetFormats() const { return m_formats; }
-    const CSharedStrings& GetSharedStrings() const { return m_sharedStrings; }
+    std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) override;
+    EDateKind GetDateKind(std::uint32_t style) const override { return m_formats.GetKind(style); }
+    std::size_t GetSharedTextCount() const override { return m_sharedTexts.GetCount(); }
+    std::u16string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
 
 private:
+    void LoadContents();
+
     std::string m_strPath;
     CPackage m_package;
     CWorkbook m_workbook;
     bool m_isLoaded = false;
     CNumberFormats m_formats;
-    CSharedStrings m_sharedStrings;
+    CTextPool m_sharedTexts;
 };
 
 } // namespace NSTQ::Providers

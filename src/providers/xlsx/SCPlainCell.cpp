@@ -34,14 +34,14 @@ bool IsDigit(char character) {
 
 ECellKind KindOfType(std::string_view type) {
     if (type == "s")
-        return ECellKind::Shared;
+        return ECellKind::SharedDigits;
     if (type == "str" || type == "inlineStr")
         return ECellKind::Text;
     if (type == "b")
         return ECellKind::Boolean;
     if (type == "e")
         return ECellKind::Error;
-    return type == "d" ? ECellKind::IsoDate : ECellKind::Number;
+    return type == "d" ? ECellKind::IsoDate : ECellKind::NumberDigits;
 }
 
 std::size_t SCPlainCell::Parse(std::string_view ahead, SCell& cell) {
@@ -61,7 +61,7 @@ std::size_t SCPlainCell::Parse(std::string_view ahead, SCell& cell) {
 
 /// Returns where the tag's '>' or '/' is. A cell without a reference is not plain.
 const char* SCPlainCell::ParseAttributes(const char* at, SCell& cell) {
-    cell.kind = ECellKind::Number;
+    cell.kind = ECellKind::NumberDigits;
     cell.style = 0;
     bool hasReference = false;
     for (;;) {

@@ -4,7 +4,7 @@
 // way, which alone defines what a cell is; both must give the same for the forms above.
 #pragma once
 
-#include "providers/xlsx/ICellSource.h"
+#include "providers/workbook/ICellSource.h"
 
 #include <cstddef>
 

@@ -1,0 +1,75 @@
+// The rows of a sheet or of a range of it, streamed.
+//
+// Types: numbers VT_R8, dates VT_DATE, booleans VT_BOOL, texts and error values (by their text) VT_BSTR; a cell
+// without a value is VT_NULL. Each cell keeps its own type; none is guessed from other rows. A number that is none
+// and a date outside the years 100 to 9999 come as they stand in the file, as text or number.
+#pragma once
+
+#include "platform/ado/Provider.h"
+#include "providers/workbook/IWorkbook.h"
+
+#include <limits>
+
+namespace NSTQ::Providers {
+
+class CSheetRows : public Platform::IRowSource {
+public:
+    /// `cells` come row by row; those outside `range` are passed over. With `hasHeader` the first row of the range
+    /// gives the names of the columns: "F" and their number for blank ones, a number behind repeated ones. Throws
+    /// CSourceError; the operations below throw _com_error.
+    CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells, const SCellRange& range,
+               bool hasHeader);
+
+    const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    std::int64_t GetRowCount() const override { return m_rowCount; }
+    bool MoveNext() override;
+    const Platform::VARIANT& GetValue(std::size_t column) override;
+
+private:
+    /// Bytes of all values of one row.
+    static constexpr std::size_t maxRowText = 1U << 28;
+
+    /// A column's cell in the current row, kept as it came until its value is asked for.
+    struct SColumn {
+        std::uint32_t row = 0; ///< the row that the rest is about
+        bool isConverted = false;
+        ECellKind kind = ECellKind::Number;
+        std::uint32_t style = 0;
+        std::uint32_t index = 0;
+        double number = 0;
+        std::size_t textBegin = 0;
+        std::size_t textSize = 0;
+        Platform::VARIANT value = {};
+        Platform::CBstr text; ///< what `value` points to, memory used again and again
+    };
+
+    void ReadRow();
+    void KeepCell();
+    void NameColumns(bool hasHeader);
+    std::u16string HeaderText(std::size_t column);
+    void Convert(SColumn& column);
+    void ConvertDigits(SColumn& column, std::string_view text);
+    void ConvertSharedDigits(SColumn& column, std::string_view text);
+    void SetNumber(SColumn& column, double number);
+    void SetShared(SColumn& column, std::size_t index);
+    void SetDate(SColumn& column, double date);
+    void SetText(SColumn& column, std::u16string_view text);
+    void SetWide(SColumn& column, std::string_view bytes);
+    void SetUtf8(SColumn& column, std::string_view text, bool hasEscapes);
+    [[noreturn]] void FailWithShared(const std::string& index) const;
+
+    std::shared_ptr<const IWorkbook> m_pBook;
+    std::unique_ptr<ICellSource> m_pCells;
+    SCellRange m_range;
+    std::uint32_t m_row;
+    std::int64_t m_rowCount;
+    SCell m_pending = {}; ///< the first cell behind the current row
+    bool m_hasPending;
+    std::vector<SColumn> m_columns;
+    std::string m_strRowText;
+    std::u16string m_wide;
+    std::vector<std::u16string> m_names;
+    Platform::VARIANT m_null = {};
+};
+
+} // namespace NSTQ::Providers

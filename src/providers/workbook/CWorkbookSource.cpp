@@ -1,0 +1,71 @@
+#include "providers/workbook/CWorkbookSource.h"
+
+#include "providers/common/CSourceError.h"
+#include "providers/workbook/CSheetRows.h"
+#include "providers/workbook/CSortedCells.h"
+#include "providers/workbook/SCTableNames.h"
+
+#include <algorithm>
+
+namespace NSTQ::Providers {
+
+using namespace Platform;
+
+namespace {
+
+/// A sheet without any value: no columns and no rows.
+class CNoRows : public IRowSource {
+public:
+    const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    std::int64_t GetRowCount() const override { return 0; }
+    bool MoveNext() override { return false; }
+    const VARIANT& GetValue(std::size_t) override { return m_null; }
+
+private:
+    std::vector<std::u16string> m_names;
+    VARIANT m_null = {};
+};
+
+} // namespace
+
+std::vector<STableSchema> CWorkbookSource::ListTables() {
+    std::vector<STableSchema> tables;
+    for (const std::u16string& sheet : m_pBook->GetSheetNames())
+        tables.push_back({SCTableNames::NameOfSheet(sheet), u"TABLE"});
+    for (const SNamedRange& range : m_pBook->GetNames())
+        tables.push_back({SCTableNames::NameOfRange(*m_pBook, range), u"TABLE"});
+    return tables;
+}
+
+std::unique_ptr<IRowSource> CWorkbookSource::OpenTable(std::u16string_view name) {
+    return RaiseAsComError(m_pBook->GetPath(), [&]() {
+        if (const std::optional<std::size_t> sheet = SCTableNames::FindSheet(*m_pBook, name))
+            return OpenSheet(*sheet, nullptr);
+        const std::optional<std::size_t> found = SCTableNames::FindRange(*m_pBook, name);
+        if (!found)
+            throw CSourceError("it has no sheet or range " + AnsiFromWide(name), DB_E_NOTABLE);
+        const SNamedRange& range = m_pBook->GetNames()[*found];
+        return OpenSheet(range.sheet, &range.range);
+    });
+}
+
+std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const SCellRange* pRange) {
+    SUsedRange used = MeasureSheet(*m_pBook->OpenCells(sheet));
+    if (used.isEmpty)
+        return std::make_unique<CNoRows>();
+    if (pRange != nullptr) {
+        // A range keeps its corners but for what lies past the sheet's values.
+        used.range.first = pRange->first;
+        used.range.last.row = std::min(used.range.last.row, pRange->last.row);
+        if (pRange->last.column < maxColumn)
+            used.range.last.column = pRange->last.column;
+        if (used.range.first.row > used.range.last.row || used.range.first.column > used.range.last.column)
+            return std::make_unique<CNoRows>();
+    }
+    std::unique_ptr<ICellSource> cells = m_pBook->OpenCells(sheet);
+    if (!used.isOrdered)
+        cells = std::make_unique<CSortedCells>(*cells);
+    return std::make_unique<CSheetRows>(m_pBook, std::move(cells), used.range, m_hasHeader);
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,25 @@
+// A workbook as a data source.
+#pragma once
+
+#include "platform/ado/Provider.h"
+#include "providers/workbook/IWorkbook.h"
+
+namespace NSTQ::Providers {
+
+class CWorkbookSource : public Platform::IDataSource {
+public:
+    CWorkbookSource(std::shared_ptr<IWorkbook> book, bool hasHeader)
+        : m_pBook(std::move(book)), m_hasHeader(hasHeader) {}
+
+    std::vector<Platform::STableSchema> ListTables() override;
+    /// Goes through the sheet once to learn its used range and number of rows.
+    std::unique_ptr<Platform::IRowSource> OpenTable(std::u16string_view name) override;
+
+private:
+    std::unique_ptr<Platform::IRowSource> OpenSheet(std::size_t sheet, const SCellRange* pRange);
+
+    std::shared_ptr<IWorkbook> m_pBook;
+    bool m_hasHeader;
+};
+
+} // namespace NSTQ::Providers

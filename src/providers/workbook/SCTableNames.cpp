@@ -1,0 +1,77 @@
+#include "providers/workbook/SCTableNames.h"
+
+#include <algorithm>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+struct SUnitRange {
+    char16_t first;
+    char16_t last;
+};
+/// What is no letter beyond ASCII. Quotes too many do no harm, so whole blocks of signs will do.
+constexpr SUnitRange signRanges[] = {
+    {0x0080, 0x00A9}, {0x00AB, 0x00B4}, {0x00B6, 0x00B9}, {0x00BB, 0x00BF}, {0x00D7, 0x00D7}, {0x00F7, 0x00F7},
+    {0x2000, 0x206F}, {0x20A0, 0x20CF}, {0x2190, 0x2BFF}, {0x2E00, 0x2E7F}, {0x3000, 0x3004}, {0x3008, 0x3020},
+    {0x3030, 0x3030}, {0xD800, 0xF8FF}, {0xFE10, 0xFE1F}, {0xFE30, 0xFE6F}, {0xFF01, 0xFF0F}, {0xFF1A, 0xFF20},
+    {0xFF3B, 0xFF40}, {0xFF5B, 0xFF65}, {0xFFE0, 0xFFFF},
+};
+
+bool IsDigit(char16_t unit) {
+    return unit >= u'0' && unit <= u'9';
+}
+
+bool IsPlain(char16_t unit) {
+    if (unit < 0x80)
+        return IsDigit(unit) || unit == u'_' || ((unit | 0x20) >= u'a' && (unit | 0x20) <= u'z');
+    return std::none_of(std::begin(signRanges), std::end(signRanges),
+                        [unit](const SUnitRange& range) { return unit >= range.first && unit <= range.last; });
+}
+
+std::u16string DoubleQuotes(std::u16string_view text) {
+    std::u16string doubled;
+    for (const char16_t unit : text)
+        doubled.append(unit == u'\'' ? 2 : 1, unit);
+    return doubled;
+}
+
+template <class TList, class TPredicate>
+std::optional<std::size_t> FindIndex(const TList& list, TPredicate fits) {
+    const auto found = std::find_if(list.begin(), list.end(), fits);
+    return found == list.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - list.begin()));
+}
+
+} // namespace
+
+std::u16string SCTableNames::NameOfSheet(std::u16string_view sheet) {
+    const bool isPlain =
+        !sheet.empty() && !IsDigit(sheet.front()) && std::all_of(sheet.begin(), sheet.end(), IsPlain);
+    return isPlain ? std::u16string(sheet) + u"$" : u"'" + DoubleQuotes(sheet) + u"$'";
+}
+
+std::u16string SCTableNames::NameOfRange(const IWorkbook& workbook, const SNamedRange& range) {
+    if (!range.isOfSheet)
+        return range.strName;
+    return NameOfSheet(workbook.GetSheetNames()[range.sheet]) + range.strName;
+}
+
+std::optional<std::size_t> SCTableNames::FindSheet(const IWorkbook& workbook, std::u16string_view table) {
+    const auto& sheets = workbook.GetSheetNames();
+    std::optional<std::size_t> found =
+        FindIndex(sheets, [&](std::u16string_view sheet) { return NameOfSheet(sheet) == table; });
+    if (!found && table.ends_with(u'$')) {
+        table.remove_suffix(1);
+        found = FindIndex(sheets, [&](std::u16string_view sheet) { return DoubleQuotes(sheet) == table; });
+        if (!found)
+            found = FindIndex(sheets, [&](std::u16string_view sheet) { return sheet == table; });
+    }
+    return found;
+}
+
+std::optional<std::size_t> SCTableNames::FindRange(const IWorkbook& workbook, std::u16string_view table) {
+    return FindIndex(workbook.GetNames(),
+                     [&](const SNamedRange& range) { return NameOfRange(workbook, range) == table; });
+}
+
+} // namespace NSTQ::Providers

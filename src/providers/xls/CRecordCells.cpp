@@ -1,0 +1,281 @@
+#include "providers/xls/CRecordCells.h"
+
+#include "providers/common/CSourceError.h"
+
+#include <bit>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr std::uint16_t worksheet = 0x0010;
+constexpr std::uint32_t columnCount = 256;
+constexpr std::size_t placeSize = 6;    ///< row, column and style
+constexpr std::size_t oldPlaceSize = 7; ///< the same in the form of Excel 2.x
+constexpr std::size_t runCellSize = 6;
+
+/// A number cut to 30 bits: the upper ones of a double, or an integer, either of them perhaps in hundredths.
+double NumberOfRk(std::uint32_t rk) {
+    const double number = (rk & 2) != 0 ? static_cast<double>(static_cast<std::int32_t>(rk) >> 2)
+                                        : std::bit_cast<double>(std::uint64_t{rk & ~std::uint32_t{3}} << 32);
+    return (rk & 1) != 0 ? number / 100 : number;
+}
+
+double ReadDouble(const unsigned char* bytes) {
+    return std::bit_cast<double>(ReadU64(bytes));
+}
+
+std::string_view ErrorText(unsigned char code) {
+    switch (code) {
+    case 0x00:
+        return "#NULL!";
+    case 0x07:
+        return "#DIV/0!";
+    case 0x0F:
+        return "#VALUE!";
+    case 0x17:
+        return "#REF!";
+    case 0x1D:
+        return "#NAME?";
+    case 0x24:
+        return "#NUM!";
+    case 0x2A:
+        return "#N/A";
+    case 0x2B:
+        return "#GETTING_DATA";
+    default:
+        return "#UNKNOWN!";
+    }
+}
+
+} // namespace
+
+CRecordCells::CRecordCells(CRecordReader records, STextForm form) : m_records(std::move(records)), m_form(form) {
+    if (!m_records.Next() || m_records.GetType() != ERecord::Bof || ReadU16(m_records.Require(4) + 2) != worksheet)
+        throw CSourceError("no worksheet begins where the workbook says that one does");
+}
+
+bool CRecordCells::Next(SCell& cell) {
+    while (!m_isAtEnd) {
+        if (!m_run.empty()) {
+            TakeFromRun(cell);
+            return true;
+        }
+        if (!m_isAhead && !m_records.Next())
+            throw CSourceError("the stream of the workbook ends within a sheet");
+        m_isAhead = false;
+        if (ReadRecord(cell))
+            return true;
+    }
+    return false;
+}
+
+/// False when the record holds no cell, or a run of cells.
+bool CRecordCells::ReadRecord(SCell& cell) {
+    switch (m_records.GetType()) {
+    case ERecord::Number: {
+        const unsigned char* const body = m_records.Require(placeSize + 8);
+        SetPlace(body, cell);
+        cell.kind = ECellKind::Number;
+        cell.number = ReadDouble(body + placeSize);
+        return true;
+    }
+    case ERecord::Rk: {
+        const unsigned char* const body = m_records.Require(placeSize + 4);
+        SetPlace(body, cell);
+        cell.kind = ECellKind::Number;
+        cell.number = NumberOfRk(ReadU32(body + placeSize));
+        return true;
+    }
+    case ERecord::MulRk:
+        BeginRun();
+        return false;
+    case ERecord::LabelSst: {
+        const unsigned char* const body = m_records.Require(placeSize + 4);
+        SetPlace(body, cell);
+        cell.kind = ECellKind::Shared;
+        cell.index = ReadU32(body + placeSize);
+        return true;
+    }
+    case ERecord::Label:
+    case ERecord::RString: {
+        const unsigned char* const body = m_records.Require(placeSize + 2);
+        SetPlace(body, cell);
+        ReadLabel(placeSize + 2, ReadU16(body + placeSize), cell);
+        return true;
+    }
+    case ERecord::BoolErr: {
+        const unsigned char* const body = m_records.Require(placeSize + 2);
+        SetPlace(body, cell);
+        SetBoolOrError(body[placeSize], body[placeSize + 1] != 0, cell);
+        return true;
+    }
+    case ERecord::Formula:
+    case ERecord::Formula3:
+    case ERecord::Formula4:
+        ReadFormula(cell);
+        return true;
+    case ERecord::Bof:
+        SkipInnerSheet();
+        return false;
+    case ERecord::Eof:
+        m_isAtEnd = true;
+        return false;
+    default:
+        return ReadOldRecord(cell);
+    }
+}
+
+bool CRecordCells::ReadOldRecord(SCell& cell) {
+    switch (m_records.GetType()) {
+    case ERecord::Integer2: {
+        const unsigned char* const body = m_records.Require(oldPlaceSize + 2);
+        SetOldPlace(body, cell);
+        cell.kind = ECellKind::Number;
+        cell.number = ReadU16(body + oldPlaceSize);
+        return true;
+    }
+    case ERecord::Number2: {
+        const unsigned char* const body = m_records.Require(oldPlaceSize + 8);
+        SetOldPlace(body, cell);
+        cell.kind = ECellKind::Number;
+        cell.number = ReadDouble(body + oldPlaceSize);
+        return true;
+    }
+    case ERecord::Label2: {
+        const unsigned char* const body = m_records.Require(oldPlaceSize + 1);
+        SetOldPlace(body, cell);
+        ReadLabel(oldPlaceSize + 1, body[oldPlaceSize], cell);
+        return true;
+    }
+    case ERecord::BoolErr2: {
+        const unsigned char* const body = m_records.Require(oldPlaceSize + 2);
+        SetOldPlace(body, cell);
+        SetBoolOrError(body[oldPlaceSize], body[oldPlaceSize + 1] != 0, cell);
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+void CRecordCells::SetPlace(const unsigned char* body, SCell& cell) const {
+    cell.position.row = ReadU16(body) + 1U;
+    SetColumn(ReadU16(body + 2), cell);
+    cell.style = ReadU16(body + 4);
+}
+
+void CRecordCells::SetOldPlace(const unsigned char* body, SCell& cell) const {
+    constexpr unsigned char styleBits = 0x3F;
+    cell.position.row = ReadU16(body) + 1U;
+    SetColumn(ReadU16(body + 2), cell);
+    cell.style = body[4] & styleBits;
+}
+
+void CRecordCells::SetColumn(std::uint32_t column, SCell& cell) const {
+    if (column >= columnCount)
+        Fail("holds a cell outside the grid");
+    cell.position.column = column + 1;
+    cell.strText = {};
+}
+
+void CRecordCells::BeginRun() {
+    constexpr std::size_t headerSize = 4;
+    constexpr std::size_t tailSize = 2;
+    const unsigned char* const body = m_records.Require(headerSize + tailSize);
+    m_row = ReadU16(body) + 1U;
+    m_column = ReadU16(body + 2);
+    const std::size_t size = m_records.GetBody().size() - headerSize - tailSize;
+    m_run = m_records.GetBody().subspan(headerSize, size - size % runCellSize);
+}
+
+void CRecordCells::TakeFromRun(SCell& cell) {
+    cell.position.row = m_row;
+    SetColumn(m_column++, cell);
+    cell.style = ReadU16(m_run.data());
+    cell.kind = ECellKind::Number;
+    cell.number = NumberOfRk(ReadU32(m_run.data() + 2));
+    m_run = m_run.subspan(runCellSize);
+}
+
+void CRecordCells::ReadLabel(std::size_t headerSize, std::size_t count, SCell& cell) {
+    m_text.clear();
+    CTextReader(m_records, m_form, headerSize).ReadText(count, m_text);
+    SetWideText(cell);
+}
+
+void CRecordCells::SetWideText(SCell& cell) const {
+    cell.kind = ECellKind::WideText;
+    cell.strText = {reinterpret_cast<const char*>(m_text.data()), m_text.size() * sizeof(char16_t)};
+}
+
+void CRecordCells::SetBoolOrError(unsigned char value, bool isError, SCell& cell) {
+    cell.kind = isError ? ECellKind::Error : ECellKind::Boolean;
+    cell.strText = isError ? ErrorText(value) : value != 0 ? "1" : "0";
+}
+
+/// The result is a number, or, where it would be none, says what else it is.
+void CRecordCells::ReadFormula(SCell& cell) {
+    enum : unsigned char { Text = 0, Boolean = 1, Error = 2 };
+    const unsigned char* const body = m_records.Require(placeSize + 8);
+    const unsigned char* const result = body + placeSize;
+    SetPlace(body, cell);
+    if (ReadU16(result + 6) != 0xFFFF) {
+        cell.kind = ECellKind::Number;
+        cell.number = ReadDouble(result);
+    } else if (result[0] == Boolean || result[0] == Error) {
+        SetBoolOrError(result[2], result[0] == Error, cell);
+    } else {
+        const bool isEmpty = result[0] != Text;
+        m_text.clear();
+        if (!isEmpty)
+            ReadFormulaText();
+        SetWideText(cell);
+    }
+}
+
+/// The text stands in a record of its own, soon behind that of the formula.
+void CRecordCells::ReadFormulaText() {
+    while (m_records.Next()) {
+        switch (m_records.GetType()) {
+        case ERecord::String: {
+            const std::size_t count = ReadU16(m_records.Require(2));
+            CTextReader(m_records, m_form, 2).ReadText(count, m_text);
+            return;
+        }
+        case ERecord::String2: {
+            const std::size_t count = *m_records.Require(1);
+            CTextReader(m_records, m_form, 1).ReadText(count, m_text);
+            return;
+        }
+        case ERecord::Array:
+        case ERecord::Array2:
+        case ERecord::SharedFormula:
+        case ERecord::SharedFormula5:
+        case ERecord::Table:
+        case ERecord::Table2:
+        case ERecord::Continue:
+            break;
+        default:
+            m_isAhead = true;
+            return;
+        }
+    }
+}
+
+void CRecordCells::SkipInnerSheet() {
+    for (std::size_t depth = 1; depth > 0;) {
+        if (!m_records.Next())
+            throw CSourceError("the stream of the workbook ends within a chart of a sheet");
+        if (m_records.GetType() == ERecord::Bof)
+            ++depth;
+        else if (m_records.GetType() == ERecord::Eof)
+            --depth;
+    }
+}
+
+void CRecordCells::Fail(const char* what) const {
+    throw CSourceError("the record at byte " + std::to_string(m_records.GetPosition()) + " " + what);
+}
+
+} // namespace NSTQ::Providers

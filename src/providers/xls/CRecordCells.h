@@ -1,0 +1,47 @@
+// Reads the cells of a sheet of records in the order in which they stand.
+//
+// A cell holds a value when it is a number, a text (even an empty one), a boolean or an error, or a formula, which
+// has its last result with it. Sheets within the sheet (charts) are passed over. Merged cells need nothing: the first
+// one of them holds the value.
+#pragma once
+
+#include "providers/workbook/ICellSource.h"
+#include "providers/xls/CTextReader.h"
+
+namespace NSTQ::Providers {
+
+class CRecordCells : public ICellSource {
+public:
+    /// `records` is before the first record of the sheet. Throws CSourceError when no worksheet begins there.
+    CRecordCells(CRecordReader records, STextForm form);
+
+    /// As the interface says; a cell outside the grid and a sheet that does not end are errors.
+    bool Next(SCell& cell) override;
+
+private:
+    bool ReadRecord(SCell& cell);
+    bool ReadOldRecord(SCell& cell);
+    void SetPlace(const unsigned char* body, SCell& cell) const;
+    void SetOldPlace(const unsigned char* body, SCell& cell) const;
+    void SetColumn(std::uint32_t column, SCell& cell) const;
+    void BeginRun();
+    void TakeFromRun(SCell& cell);
+    void ReadLabel(std::size_t headerSize, std::size_t count, SCell& cell);
+    void ReadFormula(SCell& cell);
+    void ReadFormulaText();
+    static void SetBoolOrError(unsigned char value, bool isError, SCell& cell);
+    void SetWideText(SCell& cell) const;
+    void SkipInnerSheet();
+    [[noreturn]] void Fail(const char* what) const;
+
+    CRecordReader m_records;
+    STextForm m_form;
+    bool m_isAhead = false; ///< the record has been gone to, but not been read
+    bool m_isAtEnd = false;
+    std::uint32_t m_row = 0;              ///< of the run, from 1
+    std::uint32_t m_column = 0;           ///< of the run's next cell, from 0
+    std::span<const unsigned char> m_run; ///< cells that stand together in one record
+    std::u16string m_text;
+};
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,169 @@
+#include "providers/xls/CXlsBook.h"
+
+#include "platform/CodePage.h"
+#include "providers/common/CSourceError.h"
+#include "providers/xls/CRecordCells.h"
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr std::uint16_t sheetStream = 0x0010;
+constexpr unsigned westernPage = 1252;
+
+/// ASCII remains; the other characters of a format code say nothing about dates.
+std::string NarrowCode(std::u16string_view code) {
+    std::string narrow;
+    for (const char16_t unit : code)
+        narrow += unit < 0x80 ? static_cast<char>(unit) : '\x80';
+    return narrow;
+}
+
+std::unique_ptr<IRecordCipher> OpenCipher([[maybe_unused]] std::span<const unsigned char> filePass,
+                                          [[maybe_unused]] EBiff version,
+                                          [[maybe_unused]] const std::string& passWord) {
+#if defined(TQC_WITH_ENCRYPTION)
+    return MakeRecordCipher(filePass, version == EBiff::Biff8, passWord);
+#else
+    throw CSourceError("encrypted; this build opens no encrypted workbooks");
+#endif
+}
+
+[[noreturn]] void FailWithOldVersion(const char* version) {
+    throw CSourceError(std::string("a workbook of Excel ") + version + ", too old to be read");
+}
+
+} // namespace
+
+CXlsBook::CXlsBook(std::shared_ptr<IRandomAccess> stream, std::string path, const std::string& passWord)
+    : m_strPath(std::move(path)), m_pStream(std::move(stream)) {
+    CRecordReader records(m_pStream, nullptr, 0);
+    SGlobals globals;
+    ReadBegin(records);
+    while (records.GetType() != ERecord::Eof) {
+        ReadRecord(records, globals, passWord);
+        if (!records.Next())
+            throw CSourceError("the stream of the workbook ends before its sheets");
+    }
+    m_names = globals.names.Resolve(globals.tabs);
+}
+
+/// The first record tells the version. A stream may also hold one sheet and nothing else.
+void CXlsBook::ReadBegin(CRecordReader& records) {
+    if (!records.Next())
+        throw CSourceError("the stream of the workbook is empty");
+    if (records.GetType() == ERecord::Bof2)
+        FailWithOldVersion("2.x");
+    if (records.GetType() == ERecord::Bof3)
+        FailWithOldVersion("3.0");
+    if (records.GetType() == ERecord::Bof4)
+        FailWithOldVersion("4.0");
+    if (records.GetType() != ERecord::Bof)
+        throw CSourceError("not a workbook: its stream does not begin as one");
+    const unsigned char* const body = records.Require(4);
+    const std::uint16_t version = ReadU16(body);
+    // Programs that write sheets by hand often leave the version out.
+    if (version != 0x0600 && version != 0x0500 && version != 0)
+        throw CSourceError("a workbook of an unknown version");
+    m_form = {version == 0x0600 ? EBiff::Biff8 : EBiff::Biff5, Platform::CP_ACP};
+    if (ReadU16(body + 2) == sheetStream) {
+        m_sheetNames.push_back(u"Sheet1");
+        m_sheetPositions.push_back(0);
+    }
+}
+
+void CXlsBook::ReadRecord(CRecordReader& records, SGlobals& globals, const std::string& passWord) {
+    switch (records.GetType()) {
+    case ERecord::FilePass:
+        m_pCipher = OpenCipher(records.GetBody(), m_form.eVersion, passWord);
+        records.SetCipher(m_pCipher);
+        break;
+    case ERecord::CodePage:
+        ReadCodePage(records);
+        break;
+    case ERecord::DateMode:
+        m_isDate1904 = ReadU16(records.Require(2)) != 0;
+        break;
+    case ERecord::BoundSheet:
+        ReadSheet(records, globals);
+        break;
+    case ERecord::Format:
+        ReadFormat(records);
+        break;
+    case ERecord::Xf:
+        m_formats.AddStyle(ReadU16(records.Require(4) + 2));
+        break;
+    case ERecord::Sst:
+        m_sharedPosition = records.GetPosition();
+        break;
+    case ERecord::SupBook:
+        globals.names.AddSupBook(records);
+        break;
+    case ERecord::ExternSheet:
+        globals.names.AddExternSheet(records, m_form);
+        break;
+    case ERecord::Name:
+        globals.names.AddName(records, m_form);
+        break;
+    default:
+        break;
+    }
+}
+
+void CXlsBook::ReadCodePage(const CRecordReader& records) {
+    const unsigned page = ReadU16(records.Require(2));
+    m_form.codePage = page != Platform::CP_ACP && Platform::IsCodePageSupported(page) ? page : westernPage;
+}
+
+void CXlsBook::ReadSheet(CRecordReader& records, SGlobals& globals) {
+    constexpr std::size_t headerSize = 7;
+    const unsigned char* const body = records.Require(headerSize);
+    const std::uint64_t position = ReadU32(body);
+    const bool isWorksheet = body[5] == 0;
+    globals.tabs.push_back(isWorksheet ? m_sheetNames.size() : CNameTable::noSheet);
+    if (!isWorksheet)
+        return;
+    const std::size_t count = body[6];
+    std::u16string name;
+    CTextReader(records, m_form, headerSize).ReadText(count, name);
+    m_sheetNames.push_back(std::move(name));
+    m_sheetPositions.push_back(position);
+}
+
+void CXlsBook::ReadFormat(CRecordReader& records) {
+    const bool isBiff8 = m_form.eVersion == EBiff::Biff8;
+    const std::size_t headerSize = isBiff8 ? 4 : 3;
+    const unsigned char* const body = records.Require(headerSize);
+    const std::uint32_t id = ReadU16(body);
+    const std::size_t count = isBiff8 ? ReadU16(body + 2) : body[2];
+    std::u16string code;
+    CTextReader(records, m_form, headerSize).ReadText(count, code);
+    m_formats.AddCode(id, NarrowCode(code));
+}
+
+std::unique_ptr<ICellSource> CXlsBook::OpenCells(std::size_t sheet) {
+    ReadSharedTexts();
+    return std::make_unique<CRecordCells>(CRecordReader(m_pStream, m_pCipher, m_sheetPositions[sheet]), m_form);
+}
+
+/// What the table says of its own size need not be true; it is read as far as it goes.
+void CXlsBook::ReadSharedTexts() {
+    if (!m_sharedPosition)
+        return;
+    CRecordReader records(m_pStream, m_pCipher, *m_sharedPosition);
+    records.Next();
+    constexpr std::size_t headerSize = 8;
+    const std::uint32_t count = ReadU32(records.Require(headerSize) + 4);
+    CTextReader reader(records, m_form, headerSize);
+    CTextPool texts;
+    std::u16string text;
+    while (texts.GetCount() < count && reader.HasMore()) {
+        text.clear();
+        reader.ReadText(reader.TakeU16(), text);
+        texts.Add(text);
+    }
+    m_sharedTexts = std::move(texts);
+    m_sharedPosition.reset();
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,54 @@
+// A workbook of records. Opening it reads what stands before the sheets, but for the shared texts.
+#pragma once
+
+#include "providers/workbook/CTextPool.h"
+#include "providers/workbook/IWorkbook.h"
+#include "providers/xls/CNameTable.h"
+
+#include <optional>
+
+namespace NSTQ::Providers {
+
+class CXlsBook : public IWorkbook {
+public:
+    /// `stream` holds the records; `path` names the file in descriptions of errors. Throws CSourceError.
+    CXlsBook(std::shared_ptr<IRandomAccess> stream, std::string path, const std::string& passWord);
+
+    const std::string& GetPath() const override { return m_strPath; }
+    const std::vector<std::u16string>& GetSheetNames() const override { return m_sheetNames; }
+    const std::vector<SNamedRange>& GetNames() const override { return m_names; }
+    bool IsDate1904() const override { return m_isDate1904; }
+
+    std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) override;
+    EDateKind GetDateKind(std::uint32_t style) const override { return m_formats.GetKind(style); }
+    std::size_t GetSharedTextCount() const override { return m_sharedTexts.GetCount(); }
+    std::u16string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
+
+private:
+    /// What is known only until all has been read.
+    struct SGlobals {
+        std::vector<std::size_t> tabs; ///< for each tab of the workbook the index of its sheet or noSheet
+        CNameTable names;
+    };
+
+    void ReadBegin(CRecordReader& records);
+    void ReadRecord(CRecordReader& records, SGlobals& globals, const std::string& passWord);
+    void ReadCodePage(const CRecordReader& records);
+    void ReadSheet(CRecordReader& records, SGlobals& globals);
+    void ReadFormat(CRecordReader& records);
+    void ReadSharedTexts();
+
+    std::string m_strPath;
+    std::shared_ptr<IRandomAccess> m_pStream;
+    std::shared_ptr<IRecordCipher> m_pCipher; ///< null when nothing is encrypted
+    STextForm m_form;
+    std::vector<std::u16string> m_sheetNames;
+    std::vector<std::uint64_t> m_sheetPositions;
+    std::vector<SNamedRange> m_names;
+    bool m_isDate1904 = false;
+    CNumberFormats m_formats;
+    std::optional<std::uint64_t> m_sharedPosition; ///< none when they have been read
+    CTextPool m_sharedTexts;
+};
+
+} // namespace NSTQ::Providers

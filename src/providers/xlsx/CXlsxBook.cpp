@@ -1,0 +1,22 @@
+#include "providers/xlsx/CXlsxBook.h"
+
+#include "providers/xlsx/CSheetScanner.h"
+
+namespace NSTQ::Providers {
+
+std::unique_ptr<ICellSource> CXlsxBook::OpenCells(std::size_t sheet) {
+    LoadContents();
+    return std::make_unique<CSheetScanner>(m_package.OpenStreamedPart(m_workbook.GetSheetParts()[sheet]));
+}
+
+void CXlsxBook::LoadContents() {
+    if (m_isLoaded)
+        return;
+    if (!m_workbook.GetStylesPart().empty() && m_package.HasPart(m_workbook.GetStylesPart()))
+        m_formats = ReadNumberFormats(m_package, m_workbook.GetStylesPart());
+    if (!m_workbook.GetSharedStringsPart().empty() && m_package.HasPart(m_workbook.GetSharedStringsPart()))
+        m_sharedTexts = ReadSharedTexts(m_package, m_workbook.GetSharedStringsPart());
+    m_isLoaded = true;
+}
+
+} // namespace NSTQ::Providers

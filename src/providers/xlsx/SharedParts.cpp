@@ -1,0 +1,70 @@
+#include "providers/xlsx/SharedParts.h"
+
+#include "providers/common/Utf8Text.h"
+
+#include <charconv>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr std::size_t maxTexts = 1U << 25;
+
+std::uint32_t ToNumber(std::string_view text) {
+    std::uint32_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+} // namespace
+
+void ReadRichText(CXmlScanner& xml, std::string& target) {
+    const std::size_t depth = xml.GetDepth();
+    while (!(xml.Next() == EXmlEvent::End && xml.GetDepth() == depth)) {
+        if (xml.GetEvent() != EXmlEvent::Start)
+            continue;
+        if (xml.GetName() == "t")
+            xml.ReadElementText(target);
+        else if (xml.GetName() != "r")
+            xml.SkipElement();
+        if (target.size() > CXmlScanner::maxTokenSize)
+            xml.Fail("a text of more than " + std::to_string(CXmlScanner::maxTokenSize) + " bytes");
+    }
+}
+
+CTextPool ReadSharedTexts(const CPackage& package, const std::string& part) {
+    CTextPool texts;
+    CXmlScanner xml = package.OpenPart(part);
+    std::string text;
+    std::u16string wide;
+    while (xml.Next() != EXmlEvent::EndOfDocument) {
+        if (!xml.IsStart(2, "si"))
+            continue;
+        if (texts.GetCount() == maxTexts)
+            xml.Fail("more than " + std::to_string(maxTexts) + " shared texts");
+        text.clear();
+        wide.clear();
+        ReadRichText(xml, text);
+        AppendUtf16(text, wide);
+        TakeBackEscapes(wide, 0);
+        texts.Add(wide);
+    }
+    return texts;
+}
+
+CNumberFormats ReadNumberFormats(const CPackage& package, const std::string& part) {
+    CNumberFormats formats;
+    CXmlScanner xml = package.OpenPart(part);
+    std::string group;
+    while (xml.Next() != EXmlEvent::EndOfDocument) {
+        if (xml.GetEvent() == EXmlEvent::Start && xml.GetDepth() == 2)
+            group = xml.GetName();
+        if (group == "numFmts" && xml.IsStart(3, "numFmt"))
+            formats.AddCode(ToNumber(xml.GetAttribute("numFmtId")), xml.GetAttribute("formatCode"));
+        else if (group == "cellXfs" && xml.IsStart(3, "xf"))
+            formats.AddStyle(ToNumber(xml.GetAttribute("numFmtId")));
+    }
+    return formats;
+}
+
+} // namespace NSTQ::Providers

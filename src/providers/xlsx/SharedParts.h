@@ -1,0 +1,21 @@
+// The parts of a package that its sheets share: texts and the formats of cells.
+#pragma once
+
+#include "providers/workbook/CNumberFormats.h"
+#include "providers/workbook/CTextPool.h"
+#include "providers/xlsx/CPackage.h"
+
+namespace NSTQ::Providers {
+
+/// Appends the text of a rich text (the element that is at its Start) and goes to its End: plain and formatted runs
+/// in their order, without the phonetic ones. The text is kept to the blank, whatever xml:space says. Throws
+/// CSourceError.
+void ReadRichText(CXmlScanner& xml, std::string& target);
+
+/// Reads the part of the shared texts. Throws CSourceError.
+CTextPool ReadSharedTexts(const CPackage& package, const std::string& part);
+
+/// Reads the styles part. Throws CSourceError.
+CNumberFormats ReadNumberFormats(const CPackage& package, const std::string& part);
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,80 @@
+// Writes compound files, right ones and wrong ones.
+//
+//     CCompoundBuilder builder;
+//     builder.Add(u"Workbook", records).Add(u"\x0006DataSpaces/Version", version);
+//     SCompoundBytes file = builder.Finish({.sectorSize = 4096});
+//     file.SetEntry(u"Workbook", SCompoundBytes::size, 7);         // forged
+#pragma once
+
+#include "providers/common/CSourceError.h"
+#include "providers/common/IRandomAccess.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tests {
+
+struct SCompoundForm {
+    std::size_t sectorSize = 512;
+    /// Gives neighbours in a stream places far apart, the later ones first.
+    bool isScattered = false;
+    /// A sector more at the end of each chain than the stream needs.
+    bool hasLongChains = false;
+};
+
+struct SCompoundBytes {
+    /// Offsets of an entry's numbers in the directory.
+    enum EField : std::size_t { type = 66, left = 68, right = 72, child = 76, start = 116, size = 120 };
+
+    std::string bytes;
+    std::size_t sectorSize = 512;
+    std::vector<std::uint32_t> tableSectors{};       ///< those of the allocation table
+    std::map<std::u16string, std::size_t> entries{}; ///< by the path: offsets
+
+    void Set(std::size_t offset, std::uint32_t value);
+    std::uint32_t Get(std::size_t offset) const;
+    void SetEntry(const std::u16string& path, EField field, std::uint32_t value) {
+        Set(entries.at(path) + field, value);
+    }
+    std::uint32_t GetEntry(const std::u16string& path, EField field) const { return Get(entries.at(path) + field); }
+    /// What the allocation table says of a sector.
+    std::size_t TableOffset(std::uint32_t sector) const;
+};
+
+class CCompoundBuilder {
+public:
+    /// Storages on the path come with the first stream in them.
+    CCompoundBuilder& Add(const std::u16string& path, std::string content);
+    SCompoundBytes Finish(const SCompoundForm& form = {}) const;
+
+private:
+    struct SEntry {
+        std::u16string path;
+        bool isStream;
+        std::string content;
+    };
+    std::vector<SEntry> m_entries;
+};
+
+/// Bytes in memory.
+class CBytesAccess : public Providers::IRandomAccess {
+public:
+    explicit CBytesAccess(std::string bytes) : m_bytes(std::move(bytes)) {}
+    std::uint64_t Size() const override { return m_bytes.size(); }
+    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
+        if (offset > m_bytes.size() || target.size() > m_bytes.size() - offset)
+            throw Providers::CSourceError("the file ends too early");
+        std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(offset), target.size(), target.begin());
+    }
+
+private:
+    std::string m_bytes;
+};
+
+/// Bytes without a pattern, always the same.
+std::string Noise(std::size_t size, std::uint32_t seed = 1);
+
+} // namespace NSTQ::Tests
