@@ -4,5 +4,8 @@ if(TARGET tqc AND TQC_WITH_ZIP AND TQC_WITH_XLSX)
   target_compile_definitions(tool_test PRIVATE
     TQC_PROGRAM="$<TARGET_FILE:tqc>" TQC_SAMPLES="${PROJECT_SOURCE_DIR}/examples/data")
   target_link_libraries(tool_test PRIVATE ZLIB::ZLIB util) # forkpty
+  if(TQC_WITH_ENCRYPTION)
+    target_compile_definitions(tool_test PRIVATE TQC_WITH_ENCRYPTION)
+  endif()
   add_dependencies(tool_test tqc)
 endif()

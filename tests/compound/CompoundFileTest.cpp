@@ -1,6 +1,7 @@
 // Compound files: right ones in every form, forged ones refused in bounded time.
 #include "providers/compound/CCompoundFile.h"
 #include "support/CompoundBuilder.h"
+#include "support/MemoryAccess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +23,7 @@ std::string Read(IRandomAccess& stream, std::uint64_t offset, std::size_t size) 
 std::string ReadStream(std::string bytes, std::u16string_view path) {
     std::shared_ptr<IRandomAccess> stream;
     try {
-        CCompoundFile file(std::make_shared<CBytesAccess>(std::move(bytes)));
+        CCompoundFile file(std::make_shared<CMemoryAccess>(std::move(bytes)));
         stream = file.OpenStream(path);
         EXPECT_EQ(stream, file.OpenStream(path));
     } catch (const CSourceError& error) {
@@ -52,12 +53,12 @@ TEST(CompoundFile, StreamsOfEverySizeComeBackInEveryForm) {
 }
 
 TEST(CompoundFile, ReadsAnywhereAndAsFewTimesAsPiecesLieApart) {
-    class CCounted : public CBytesAccess {
+    class CCounted : public CMemoryAccess {
     public:
-        using CBytesAccess::CBytesAccess;
+        using CMemoryAccess::CMemoryAccess;
         void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
             ++count;
-            CBytesAccess::ReadAt(offset, target);
+            CMemoryAccess::ReadAt(offset, target);
         }
         int count = 0;
     };

@@ -1,9 +1,9 @@
 // Workbooks built in memory from pieces of XML, right or wrong on purpose, and what comes out of them as text.
 #pragma once
 
-#include "providers/common/CSourceError.h"
 #include "providers/common/Utf8Text.h"
 #include "providers/xlsx/Xlsx.h"
+#include "support/MemoryAccess.h"
 
 #include <zlib.h>
 
@@ -15,20 +15,6 @@
 #include <vector>
 
 namespace NSTQ::Tests {
-
-class CMemoryAccess : public Providers::IRandomAccess {
-public:
-    explicit CMemoryAccess(std::string bytes) : m_strBytes(std::move(bytes)) {}
-    std::uint64_t Size() const override { return m_strBytes.size(); }
-    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
-        if (offset > m_strBytes.size() || target.size() > m_strBytes.size() - offset)
-            throw Providers::CSourceError("past the end");
-        std::copy_n(m_strBytes.begin() + static_cast<std::ptrdiff_t>(offset), target.size(), target.begin());
-    }
-
-private:
-    std::string m_strBytes;
-};
 
 /// What the directory says of an entry instead of the truth.
 struct SForgery {
