@@ -65,8 +65,10 @@ def compound_file(streams):
 
 
 def aes(key, start, text):
-    done = subprocess.run(["openssl", "enc", f"-aes-{len(key) * 8}-cbc", "-nopad", "-K", key.hex(), "-iv", start.hex()],
-                          input=padded(text, 16), stdout=subprocess.PIPE, check=True)
+    """Without a start vector, nothing is chained."""
+    cipher = [f"-aes-{len(key) * 8}-cbc", "-iv", start.hex()] if start else [f"-aes-{len(key) * 8}-ecb"]
+    done = subprocess.run(["openssl", "enc", *cipher, "-nopad", "-K", key.hex()], input=padded(text, 16),
+                          stdout=subprocess.PIPE, check=True)
     return done.stdout
 
 
