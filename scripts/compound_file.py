@@ -10,7 +10,9 @@ import struct
 import subprocess
 
 END, FREE, TABLE = 0xFFFFFFFE, 0xFFFFFFFF, 0xFFFFFFFD
+LIST = 0xFFFFFFFC
 SECTOR, SMALL, SMALL_BELOW = 512, 64, 4096
+IN_HEADER, IN_LIST = 109, SECTOR // 4 - 1
 
 
 def padded(content, size, filling=b"\0"):
@@ -53,15 +55,25 @@ def compound_file(streams):
     for number, ((name, content), start) in enumerate(zip(streams.items(), places), 1):
         directory += entry(name, 2, number + 1 if number < len(streams) else FREE, FREE, start, len(content))
     directory_start = place(directory)
-    count = 1
-    while count * SECTOR // 4 < len(table) + count:
+    # The header lists the first sectors of the table; sectors of their own, each with the next one's number, the rest.
+    count, lists = 1, 0
+    while count * SECTOR // 4 < len(table) + count + lists:
         count += 1
+        lists = -(-max(0, count - IN_HEADER) // IN_LIST)
     listed = [*range(len(table), len(table) + count)]
-    table += [TABLE] * count
+    listed += [FREE] * (IN_HEADER + lists * IN_LIST - count)
+    first_list = len(table) + count
+    table += [TABLE] * count + [LIST] * lists
+    more = b""
+    for number in range(lists):
+        begin = IN_HEADER + number * IN_LIST
+        following = first_list + number + 1 if number + 1 < lists else END
+        more += struct.pack("<128I", *listed[begin:begin + IN_LIST], following)
     header = (b"\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1" + bytes(16) + struct.pack("<HHHHH", 0x3E, 3, 0xFFFE, 9, 6) + bytes(10)
-              + struct.pack("<8I", count, directory_start, 0, SMALL_BELOW, small_table_start, 1, END, 0)
-              + struct.pack("<109I", *listed, *[FREE] * (109 - count)))
-    return header + data + padded(struct.pack(f"<{len(table)}I", *table), SECTOR, b"\xff")
+              + struct.pack("<8I", count, directory_start, 0, SMALL_BELOW, small_table_start, 1,
+                            first_list if lists else END, lists)
+              + struct.pack("<109I", *listed[:IN_HEADER]))
+    return header + data + padded(struct.pack(f"<{len(table)}I", *table), SECTOR, b"\xff") + more
 
 
 def aes(key, start, text):
