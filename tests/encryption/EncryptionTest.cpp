@@ -82,7 +82,7 @@ TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
         EXPECT_EQ(Open(encrypted, "pass word 1"), "error: the password is wrong") << scheme.title;
         EXPECT_EQ(Open(encrypted, ""), "error: encrypted; it needs a password") << scheme.title;
     }
-    for (const std::size_t size : {0, 1, 16, 4095, 4096, 4097, 65'536, 65'537}) {
+    for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 16, 4095, 4096, 4097, 65'536, 65'537}) {
         EXPECT_EQ(Open(EncryptStandard(Noise(size), passWord, 128), passWord), Noise(size)) << size;
         EXPECT_EQ(Open(EncryptAgile(Noise(size), passWord, "SHA1", 128), passWord), Noise(size)) << size;
     }
@@ -177,7 +177,7 @@ TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
         {"system, 128 bits", EncryptRecordsCryptoApi(passWord, 128, zeros.size())},
     };
     for (const auto& [title, encryption] : schemes) {
-        for (const std::size_t step : {1, 7, 512, 1023, 1024, 1025, 4000})
+        for (const std::size_t step : std::initializer_list<std::size_t>{1, 7, 512, 1023, 1024, 1025, 4000})
             EXPECT_TRUE(DecryptRecords(encryption.filePass, true, passWord, zeros, step) ==
                         encryption.keyStream.substr(0, zeros.size()))
                 << title << step;
