@@ -161,6 +161,7 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
          "prices-sjis.csv"},
         {{"stock.tsv"}, ""},
         {{"prices.xlsx"}, "prices-sjis.csv"},
+        {{"prices.xls"}, "prices-sjis.csv"},
         {{"ledger.txt", "--widths", "6,20,10"}, ""},
     };
     for (auto c : cases) {
