@@ -1,4 +1,5 @@
 // Encrypted workbooks of records: which bytes are encrypted, and what a wrong password gives.
+#include "providers/common/LittleEndian.h"
 #include "support/CompoundBuilder.h"
 #include "support/Encryptor.h"
 #include "xls/XlsBuilder.h"
@@ -18,7 +19,7 @@ using FEncrypt = std::function<std::string(std::string body, std::size_t positio
 std::string EncryptStream(std::string stream, const FEncrypt& encrypt) {
     static const std::set<unsigned> plain = {0x809, 0x2F, 0xE1, 0x194, 0x195, 0x196, 0x138};
     const auto number = [&](std::size_t at) {
-        return static_cast<unsigned char>(stream[at]) | static_cast<unsigned char>(stream[at + 1]) << 8U;
+        return Providers::ReadU16(reinterpret_cast<const unsigned char*>(stream.data()) + at);
     };
     for (std::size_t at = 0; at < stream.size();) {
         const std::size_t body = at + 4;
@@ -38,7 +39,7 @@ SXlsParts BookOf(bool isBiff8, const std::string& filePass) {
                        Record(ERecord::UserExclusive, Int(0)) + Record(ERecord::CodePage, Int(1252));
     // More than a block of the ciphers, so that keys change within records.
     for (unsigned i = 0; i < 200; ++i)
-        parts.sheets[0].strCells += Cell(ERecord::Number, i, 0, Double(i));
+        parts.sheets[0].strCells += Number(i, 0, i);
     if (isBiff8) {
         parts.strShared = Record(ERecord::Sst, Int(1, 4) + Int(1, 4) + Int(1500) + Narrow(std::string(1000, 'a'))) +
                           Record(ERecord::Continue, Narrow(std::string(500, 'a')));

@@ -82,7 +82,7 @@ const struct {
 TEST(XlsHostile, EndsWithADescription) {
     for (const auto& hostile : hostileCases) {
         SXlsParts parts;
-        parts.sheets[0].strCells = Cell(ERecord::Number, 0, 0, Double(1));
+        parts.sheets[0].strCells = Number(0, 0, 1);
         hostile.spoil(parts);
         EXPECT_NE(FailureOf(parts.Stream()).find(hostile.word), std::string::npos)
             << hostile.title << ": " << FailureOf(parts.Stream());
@@ -111,9 +111,8 @@ TEST(XlsHostile, OtherFilesAreRefusedWithAReason) {
 
 TEST(XlsHostile, OneDamagedSheetLeavesTheOthersReadable) {
     SXlsParts parts;
-    parts.sheets = {{"Bad", Record(ERecord::Number, "x")},
-                    {"Nowhere", "", 0, 0, 0x7FFFFFFF},
-                    {"Good", Cell(ERecord::Number, 0, 0, Double(1))}};
+    parts.sheets = {
+        {"Bad", Record(ERecord::Number, "x")}, {"Nowhere", "", 0, 0, 0x7FFFFFFF}, {"Good", Number(0, 0, 1)}};
     const auto source = OpenXlsBytes(parts.Stream());
     EXPECT_EQ(ListText(*source), u"Bad$|Nowhere$|Good$|");
     EXPECT_THROW(source->OpenTable(u"Bad$"), Platform::_com_error);
@@ -124,8 +123,7 @@ TEST(XlsHostile, OneDamagedSheetLeavesTheOthersReadable) {
 TEST(XlsHostile, NoCutOfAFileLeadsAstray) {
     SXlsParts parts;
     parts.strShared = Shared(Int(1) + Narrow("a"));
-    parts.sheets[0].strCells =
-        Cell(ERecord::LabelSst, 0, 0, Int(0, 4)) + Cell(ERecord::Label, 0, 1, Int(1) + Narrow("b"));
+    parts.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(0, 4)) + Label(0, 1, "b");
     const std::string whole = parts.Stream();
     ASSERT_EQ(FailureOf(whole), "nothing raised");
     for (std::size_t size = 0; size < whole.size(); ++size)

@@ -20,6 +20,10 @@ std::string Formula(unsigned row, unsigned column, std::string_view result) {
     return Cell(ERecord::Formula, row, column, result);
 }
 
+std::string Error(unsigned column, unsigned code) {
+    return Cell(ERecord::BoolErr, 0, column, Int(code, 1) + Int(1, 1));
+}
+
 struct SCellsCase {
     const char* title;
     std::string cells;
@@ -27,34 +31,26 @@ struct SCellsCase {
     bool isBiff8 = true;
 };
 
-const std::string sharedFormula = Record(ERecord::SharedFormula, "xxxxxxxx");
-
 // Styles 0 to 3 are those of FormatsOf.
 const SCellsCase cellsCases[] = {
     {"numbers",
-     Cell(ERecord::Number, 0, 0, Double(12.5)) + Cell(ERecord::Rk, 0, 1, Int(0x40490FD8, 4)) +
-         Cell(ERecord::Rk, 0, 2, Int(0xFFFFFFFE, 4)) + Cell(ERecord::Rk, 0, 3, Int(12345 << 2 | 3, 4)) +
-         Cell(ERecord::Rk, 0, 4, Int(0x40590001, 4)),
+     Number(0, 0, 12.5) + Cell(ERecord::Rk, 0, 1, Int(0x40490FD8, 4)) + Cell(ERecord::Rk, 0, 2, Int(0xFFFFFFFE, 4)) +
+         Cell(ERecord::Rk, 0, 3, Int(12345 << 2 | 3, 4)) + Cell(ERecord::Rk, 0, 4, Int(0x40590001, 4)),
      "12.5 50.123779296875 -1 123.45 1;"},
     {"numbers in a run",
      Record(ERecord::MulRk, Int(2) + Int(1) + Int(0) + Int(7 << 2 | 2, 4) + Int(1) + Int(45000 << 2 | 2, 4) + Int(2)),
      "7 d45000;"},
     {"blank cells hold nothing",
-     Record(ERecord{0x201}, Int(0) + Int(0) + Int(1)) + Cell(ERecord::Number, 2, 3, Double(1)) +
+     Record(ERecord{0x201}, Int(0) + Int(0) + Int(1)) + Number(2, 3, 1) +
          Record(ERecord{0xBE}, Int(9) + Int(0) + Int(1) + Int(1) + Int(1)),
      "1;"},
     {"booleans and errors",
-     Cell(ERecord::BoolErr, 0, 0, Int(1, 1) + Int(0, 1)) + Cell(ERecord::BoolErr, 0, 1, Int(0)) +
-         Cell(ERecord::BoolErr, 0, 2, Int(0, 1) + Int(1, 1)) +
-         Cell(ERecord::BoolErr, 0, 3, Int(0x07, 1) + Int(1, 1)) +
-         Cell(ERecord::BoolErr, 0, 4, Int(0x1D, 1) + Int(1, 1)) +
-         Cell(ERecord::BoolErr, 0, 5, Int(0x2A, 1) + Int(1, 1)) +
-         Cell(ERecord::BoolErr, 0, 6, Int(99, 1) + Int(1, 1)),
+     Cell(ERecord::BoolErr, 0, 0, Int(1, 1) + Int(0, 1)) + Cell(ERecord::BoolErr, 0, 1, Int(0)) + Error(2, 0) +
+         Error(3, 0x07) + Error(4, 0x1D) + Error(5, 0x2A) + Error(6, 99),
      "true false '#NULL!' '#DIV/0!' '#NAME?' '#N/A' '#UNKNOWN!';"},
     {"texts in their cells",
-     Cell(ERecord::Label, 0, 0, Int(3) + Narrow("a\xE9z")) + Cell(ERecord::Label, 0, 1, Int(2) + Wide(u"東京")) +
-         Cell(ERecord::RString, 0, 2, Int(1) + Narrow("b") + Int(0)) +
-         Cell(ERecord::Label, 0, 3, Int(0) + Narrow("")) + Cell(ERecord::Label, 0, 4, Int(8) + Narrow("_x0041_ ")),
+     Label(0, 0, "a\xE9z") + Label(0, 1, u"東京") + Cell(ERecord::RString, 0, 2, Int(1) + Narrow("b") + Int(0)) +
+         Label(0, 3, "") + Label(0, 4, "_x0041_ "),
      "'aéz' '東京' 'b' '' '_x0041_ ';"},
     {"a text that goes on",
      Cell(ERecord::Label, 0, 0, Int(4) + Narrow("ab")) + Record(ERecord::Continue, Wide(u"京c")), "'ab京c';"},
@@ -64,24 +60,21 @@ const SCellsCase cellsCases[] = {
      "2.5 true '#REF!' '' d45000;"},
     {"texts of formulas",
      Formula(0, 0, Result(0)) + Record(ERecord::String, Int(1) + Narrow("a")) + Formula(0, 1, Result(0)) +
-         sharedFormula + Record(ERecord::String, Int(2) + Wide(u"x語")) + Formula(0, 2, Result(0)) +
-         Record(ERecord::Array, "xxxx") + Record(ERecord::String, Int(3) + Narrow("c")) +
-         Record(ERecord::Continue, Narrow("de")) + Formula(0, 3, Result(0)) + Cell(ERecord::Number, 0, 4, Double(7)),
+         Record(ERecord::SharedFormula, "xxxx") + Record(ERecord::String, Int(2) + Wide(u"x語")) +
+         Formula(0, 2, Result(0)) + Record(ERecord::Array, "xxxx") + Record(ERecord::String, Int(3) + Narrow("c")) +
+         Record(ERecord::Continue, Narrow("de")) + Formula(0, 3, Result(0)) + Number(0, 4, 7),
      "'a' 'x語' 'cde' '' 7;"},
     {"rows out of order, repeated cells",
-     Cell(ERecord::Number, 3, 0, Double(3)) + Cell(ERecord::Label, 1, 1, Int(1) + Wide(u"語")) +
-         Cell(ERecord::Rk, 1, 0, Int(6, 4)) + Cell(ERecord::Number, 3, 0, Double(4)) +
+     Number(3, 0, 3) + Label(1, 1, u"語") + Cell(ERecord::Rk, 1, 0, Int(6, 4)) + Number(3, 0, 4) +
          Cell(ERecord::BoolErr, 1, 2, Int(1)),
      "1 '語' true;- - -;4 - -;"},
     {"a chart within the sheet",
-     Cell(ERecord::Number, 0, 0, Double(1)) + SXlsParts().Begin(0x20) + Cell(ERecord::Number, 9, 9, Double(9)) +
-         SXlsParts().Begin(0x20) + Record(ERecord::Eof) + Record(ERecord::Eof) +
-         Cell(ERecord::Number, 1, 0, Double(2)),
+     Number(0, 0, 1) + SXlsParts().Begin(0x20) + Number(9, 9, 9) + SXlsParts().Begin(0x20) + Record(ERecord::Eof) +
+         Record(ERecord::Eof) + Number(1, 0, 2),
      "1;2;"},
     {"dates by format, the leap day that never was, no date of any year",
-     Cell(ERecord::Number, 0, 0, Double(45000.75), 1) + Cell(ERecord::Number, 0, 1, Double(59), 1) +
-         Cell(ERecord::Number, 0, 2, Double(1.5), 2) + Cell(ERecord::Number, 0, 3, Double(45000), 3) +
-         Cell(ERecord::Number, 0, 4, Double(1e9), 1) + Cell(ERecord::Number, 0, 5, Double(1), 999),
+     Number(0, 0, 45000.75, 1) + Number(0, 1, 59, 1) + Number(0, 2, 1.5, 2) + Number(0, 3, 45000, 3) +
+         Number(0, 4, 1e9, 1) + Number(0, 5, 1, 999),
      "d45000.75 d60 d1.5 45000 1000000000 1;"},
     {"cells of Excel 2.x in a later sheet",
      Record(ERecord::Integer2, Int(0) + Int(0) + "\1\0\0"s + Int(60000)) +
@@ -93,7 +86,7 @@ const SCellsCase cellsCases[] = {
      Cell(ERecord::Label, 0, 0, Int(3) + "a\xE9z"s) + Cell(ERecord::RString, 0, 1, Int(1) + "b\1\0\0"s) +
          Formula(0, 2, Result(0)) + Record(ERecord::String, Int(2) + "xy"s),
      "'aéz' 'b' 'xy';", false},
-    {"the corner of the grid", Cell(ERecord::Number, 65535, 255, Double(1)), "1;"},
+    {"the corner of the grid", Number(65535, 255, 1), "1;"},
     {"nothing", "", ""},
 };
 
@@ -105,7 +98,7 @@ SXlsParts FormatsOf(bool isBiff8) {
                                                           : Int(code.size(), 1) + std::string(code)));
     };
     parts.strGlobals = Record(ERecord::CodePage, Int(1252)) + format(164, "[h]:mm") + format(165, "0.00\"d\"");
-    for (const unsigned id : {0, 22, 164, 165})
+    for (const unsigned id : {0U, 22U, 164U, 165U})
         parts.strGlobals += Record(ERecord::Xf, Int(0) + Int(id) + std::string(16, '\0'));
     return parts;
 }
@@ -115,16 +108,10 @@ TEST(XlsRows, OddSheetsGiveTheirCells) {
         EXPECT_EQ(XlsText(odd.cells, FormatsOf(odd.isBiff8)), odd.expected) << odd.title;
 }
 
-TEST(XlsRows, SystemOf1904AndHeaderRow) {
+TEST(XlsRows, SystemOf1904MovesDatesButNoTimes) {
     SXlsParts parts = FormatsOf(true);
     parts.strGlobals += Record(ERecord::DateMode, Int(1));
-    parts.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(1) + Narrow("n")) +
-                               Cell(ERecord::Number, 1, 0, Double(0.5), 1) +
-                               Cell(ERecord::Number, 1, 1, Double(1.5), 2);
-    const auto source = OpenXlsBytes(parts.Stream(), true);
-    const auto rows = source->OpenTable(u"Sheet1$");
-    EXPECT_EQ(rows->GetColumnNames(), (std::vector<std::u16string>{u"n", u"F2"}));
-    EXPECT_EQ(RowsText(*rows), "d1462.5 d1.5;");
+    EXPECT_EQ(XlsText(Number(0, 0, 0.5, 1) + Number(0, 1, 1.5, 2), parts), "d1462.5 d1.5;");
 }
 
 TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
@@ -154,9 +141,8 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
 
 /// A sheet alone without a version: what many a program writes by hand.
 TEST(XlsBook, SheetAloneIsAWorkbookOfOneSheet) {
-    const auto source =
-        OpenXlsBytes(Record(ERecord::Bof, Int(0) + Int(0x10) + Int(0, 4)) + Cell(ERecord::Number, 0, 0, Double(7)) +
-                     Cell(ERecord::Label, 0, 1, Int(2) + "ab"s) + Record(ERecord::Eof));
+    const auto source = OpenXlsBytes(Record(ERecord::Bof, Int(0) + Int(0x10) + Int(0, 4)) + Number(0, 0, 7) +
+                                     Cell(ERecord::Label, 0, 1, Int(2) + "ab"s) + Record(ERecord::Eof));
     EXPECT_EQ(ListText(*source), u"Sheet1$|");
     EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "7 'ab';");
 }
@@ -164,9 +150,9 @@ TEST(XlsBook, SheetAloneIsAWorkbookOfOneSheet) {
 TEST(XlsBook, HiddenSheetsAreListedAndSheetsOfOtherKindsAreNot) {
     SXlsParts parts;
     parts.sheets = {{"Chart", "", 0, 2},
-                    {"It's", Cell(ERecord::Number, 0, 0, Double(1)), 1},
+                    {"It's", Number(0, 0, 1), 1},
                     {"Macros", "", 0, 1},
-                    {"Q2", Cell(ERecord::Number, 0, 0, Double(2)), 2},
+                    {"Q2", Number(0, 0, 2), 2},
                     {"Module", "", 0, 6}};
     for (const bool isBiff8 : {true, false}) {
         parts.isBiff8 = isBiff8;
@@ -196,9 +182,7 @@ std::string NameRecords(const std::vector<SNameCase>& names, bool isBiff8) {
 SXlsParts BookWithNames(const std::vector<SNameCase>& names, bool isBiff8) {
     SXlsParts parts;
     parts.isBiff8 = isBiff8;
-    parts.sheets = {{"Chart", "", 0, 2},
-                    {"Sheet1", Cell(ERecord::Number, 1, 1, Double(1)) + Cell(ERecord::Number, 1, 2, Double(2)) +
-                                   Cell(ERecord::Number, 2, 1, Double(3))}};
+    parts.sheets = {{"Chart", "", 0, 2}, {"Sheet1", Number(1, 1, 1) + Number(1, 2, 2) + Number(2, 1, 3)}};
     if (isBiff8)
         parts.strShared = Record(ERecord::SupBook, Int(1) + Int(1) + "\0x"s) + Record(ERecord::SupBook, "\2\0\1\4"s) +
                           Record(ERecord::ExternSheet, Int(4) + Int(1) + Int(1) + Int(1) + Int(0) + Int(1) + Int(1)) +

@@ -46,6 +46,16 @@ inline std::string Narrow(std::string_view text) {
     return std::string(1, '\0') + std::string(text);
 }
 
+inline std::string Number(unsigned row, unsigned column, double number, unsigned style = 0) {
+    return Cell(ERecord::Number, row, column, Double(number), style);
+}
+inline std::string Label(unsigned row, unsigned column, std::string_view text) {
+    return Cell(ERecord::Label, row, column, Int(text.size()) + Narrow(text));
+}
+inline std::string Label(unsigned row, unsigned column, std::u16string_view text) {
+    return Cell(ERecord::Label, row, column, Int(text.size()) + Wide(text));
+}
+
 struct SXlsSheet {
     std::string strName = "Sheet1";
     std::string strCells;
