@@ -1,6 +1,7 @@
 // Compound files: right ones in every form, forged ones refused in bounded time.
 #include "providers/compound/CCompoundFile.h"
 #include "support/CompoundBuilder.h"
+#include "support/MemoryAccess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +23,7 @@ std::string Read(IRandomAccess& stream, std::uint64_t offset, std::size_t size) 
 std::string ReadStream(std::string bytes, std::u16string_view path) {
     std::shared_ptr<IRandomAccess> stream;
     try {
-        CCompoundFile file(std::make_shared<CBytesAccess>(std::move(bytes)));
+        CCompoundFile file(std::make_shared<CMemoryAccess>(std::move(bytes)));
         stream = file.OpenStream(path);
         EXPECT_EQ(stream, file.OpenStream(path));
     } catch (const CSourceError& error) {
@@ -33,13 +34,14 @@ std::string ReadStream(std::string bytes, std::u16string_view path) {
 
 TEST(CompoundFile, StreamsOfEverySizeComeBackInEveryForm) {
     std::vector<std::pair<std::u16string, std::string>> streams;
-    for (const std::size_t size : {0, 1, 63, 64, 65, 511, 512, 4095, 4096, 4097, 8192, 100'000})
+    for (const std::size_t size :
+         std::initializer_list<std::size_t>{0, 1, 63, 64, 65, 511, 512, 4095, 4096, 4097, 8192, 100'000})
         streams.emplace_back(u"S" + std::u16string(streams.size() + 1, u'x'), Noise(size, 7));
     streams.emplace_back(u"\x0006Outer/Inner/Deep", Noise(700, 3));
     CCompoundBuilder builder;
     for (const auto& [path, content] : streams)
         builder.Add(path, content);
-    for (const std::size_t sectorSize : {512, 4096})
+    for (const std::size_t sectorSize : std::initializer_list<std::size_t>{512, 4096})
         for (const bool isScattered : {false, true})
             for (const bool hasLongChains : {false, true}) {
                 SCompoundBytes file = builder.Finish({sectorSize, isScattered, hasLongChains});
@@ -52,12 +54,12 @@ TEST(CompoundFile, StreamsOfEverySizeComeBackInEveryForm) {
 }
 
 TEST(CompoundFile, ReadsAnywhereAndAsFewTimesAsPiecesLieApart) {
-    class CCounted : public CBytesAccess {
+    class CCounted : public CMemoryAccess {
     public:
-        using CBytesAccess::CBytesAccess;
+        using CMemoryAccess::CMemoryAccess;
         void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
             ++count;
-            CBytesAccess::ReadAt(offset, target);
+            CMemoryAccess::ReadAt(offset, target);
         }
         int count = 0;
     };
@@ -69,7 +71,7 @@ TEST(CompoundFile, ReadsAnywhereAndAsFewTimesAsPiecesLieApart) {
         const auto stream = CCompoundFile(file).OpenStream(u"A");
         EXPECT_LT(file->count, 400);
         EXPECT_TRUE(Read(*stream, 0, content.size()) == content);
-        for (const std::size_t offset : {1, 511, 513, 65'535, 8'999'000})
+        for (const std::size_t offset : std::initializer_list<std::size_t>{1, 511, 513, 65'535, 8'999'000})
             EXPECT_EQ(Read(*stream, offset, 1000), content.substr(offset, 1000));
         file->count = 0;
         Read(*stream, 1000, 500'000);

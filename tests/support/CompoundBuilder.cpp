@@ -2,6 +2,7 @@
 
 #include "support/ZipWriter.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace NSTQ::Tests {

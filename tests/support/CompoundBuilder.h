@@ -6,10 +6,6 @@
 //     file.SetEntry(u"Workbook", SCompoundBytes::size, 7);         // forged
 #pragma once
 
-#include "providers/common/CSourceError.h"
-#include "providers/common/IRandomAccess.h"
-
-#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -57,21 +53,6 @@ private:
         std::string content;
     };
     std::vector<SEntry> m_entries;
-};
-
-/// Bytes in memory.
-class CBytesAccess : public Providers::IRandomAccess {
-public:
-    explicit CBytesAccess(std::string bytes) : m_bytes(std::move(bytes)) {}
-    std::uint64_t Size() const override { return m_bytes.size(); }
-    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
-        if (offset > m_bytes.size() || target.size() > m_bytes.size() - offset)
-            throw Providers::CSourceError("the file ends too early");
-        std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(offset), target.size(), target.begin());
-    }
-
-private:
-    std::string m_bytes;
 };
 
 /// Bytes without a pattern, always the same.

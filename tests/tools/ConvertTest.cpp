@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <termios.h>
 
+#include <array>
 #include <chrono>
 #include <pty.h>
 #include <thread>
@@ -160,6 +161,7 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
          "prices-sjis.csv"},
         {{"stock.tsv"}, ""},
         {{"prices.xlsx"}, "prices-sjis.csv"},
+        {{"prices.xls"}, "prices-sjis.csv"},
         {{"ledger.txt", "--widths", "6,20,10"}, ""},
     };
     for (auto c : cases) {
@@ -335,33 +337,71 @@ TEST_F(Convert, ASignalLeavesNoUnpackedFolder) {
     EXPECT_EQ(program.Finish().status, -SIGTERM);
 }
 
-/// Runs tqc with a pseudo-terminal of its own and types into it.
-TEST_F(Convert, AsksForThePasswordWithoutShowingIt) {
+#if defined(TQC_WITH_ENCRYPTION)
+constexpr std::array LOCKED_SAMPLES = {"xtqf", "xlsx"};
+#else
+constexpr std::array LOCKED_SAMPLES = {"xtqf"};
+#endif
+
+/// Runs tqc with a pseudo-terminal of its own and types into it: a wrong password, then the right one.
+struct STyped {
+    std::string shown;
+    int answers = 0;
+    int status = -1;
+};
+STyped ConvertAtTerminal(const std::string& source, const std::string& output) {
+    STyped result;
     int terminal = -1;
     const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child == 0) {
-        const std::string sample = std::string(TQC_SAMPLES) + "/prices-locked.xtqf";
-        const std::string output = m_folder.Path("out.csv");
-        ::execl(TQC_PROGRAM, "tqc", sample.c_str(), "--encoding", "932", "-o", output.c_str(), nullptr);
+        ::execl(TQC_PROGRAM, "tqc", source.c_str(), "--encoding", "932", "-o", output.c_str(), nullptr);
         ::_exit(127);
     }
-    std::string shown;
-    int answers = 0;
     char bytes[256];
     for (ssize_t got = 0; (got = ::read(terminal, bytes, sizeof bytes)) > 0;) {
-        shown.append(bytes, static_cast<std::size_t>(got));
-        if (!shown.ends_with("prices-locked.xtqf: ") || answers == 2)
+        result.shown.append(bytes, static_cast<std::size_t>(got));
+        if (!result.shown.ends_with(source + ": ") || result.answers == 2)
             continue;
-        const std::string answer = answers++ == 0 ? "wrong\n" : "secret\n";
-        ASSERT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+        const std::string answer = result.answers++ == 0 ? "wrong\n" : "secret\n";
+        EXPECT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
     }
     int status = 0;
     ::waitpid(child, &status, 0);
     ::close(terminal);
-    EXPECT_EQ(answers, 2);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << shown;
-    EXPECT_THAT(shown, testing::Not(HasSubstr("secret")));
-    EXPECT_GT(m_folder.ReadFile("out.csv").size(), 50U);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+TEST_F(Convert, AsksForThePasswordWithoutShowingIt) {
+    for (const std::string source : LOCKED_SAMPLES) {
+        const std::string path = std::string(TQC_SAMPLES "/prices-locked.") + source;
+        const STyped result = ConvertAtTerminal(path, m_folder.Path(source + ".csv"));
+        EXPECT_EQ(result.answers, 2) << source;
+        EXPECT_EQ(result.status, 0) << result.shown;
+        EXPECT_THAT(result.shown, testing::Not(HasSubstr("secret")));
+        EXPECT_GT(m_folder.ReadFile(source + ".csv").size(), 50U);
+    }
+    // What no password would help is not asked for one.
+    const STyped damaged = ConvertAtTerminal(m_folder.WriteFile("a.xlsx", "PK\3\4"), m_folder.Path("out.csv"));
+    EXPECT_EQ(damaged.answers, 0) << damaged.shown;
+    EXPECT_EQ(damaged.status, 5);
+}
+
+TEST_F(Convert, LockedWorkbooksOpenWithTheirPassword) {
+    const std::string key = m_folder.WriteFile("key", "secret\n");
+    const std::string wrong = m_folder.WriteFile("wrong", "Secret\n");
+    for (const std::string source : LOCKED_SAMPLES) {
+        if (source == "xtqf")
+            continue;
+        const std::string path = std::string(TQC_SAMPLES "/prices-locked.") + source;
+        EXPECT_THAT(Run({path, "--password-file", key}).output, HasSubstr("\xE5\x90\x8D\xE5\x8F\xA4\xE5\xB1\x8B"));
+        const SResult missing = Run({path});
+        EXPECT_EQ(missing.status, 4) << source;
+        EXPECT_THAT(missing.errors, HasSubstr("encrypted; it needs a password; give it with --password-file"));
+        const SResult refused = Run({"list", path, "--password-file", wrong});
+        EXPECT_EQ(refused.status, 4) << source;
+        EXPECT_THAT(refused.errors, testing::EndsWith("the password is wrong\n"));
+    }
 }
 
 } // namespace

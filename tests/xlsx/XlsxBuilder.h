@@ -1,9 +1,9 @@
 // Workbooks built in memory from pieces of XML, right or wrong on purpose, and what comes out of them as text.
 #pragma once
 
-#include "providers/common/CSourceError.h"
-#include "providers/common/Utf8Text.h"
 #include "providers/xlsx/Xlsx.h"
+#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 
 #include <zlib.h>
 
@@ -15,20 +15,6 @@
 #include <vector>
 
 namespace NSTQ::Tests {
-
-class CMemoryAccess : public Providers::IRandomAccess {
-public:
-    explicit CMemoryAccess(std::string bytes) : m_strBytes(std::move(bytes)) {}
-    std::uint64_t Size() const override { return m_strBytes.size(); }
-    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
-        if (offset > m_strBytes.size() || target.size() > m_strBytes.size() - offset)
-            throw Providers::CSourceError("past the end");
-        std::copy_n(m_strBytes.begin() + static_cast<std::ptrdiff_t>(offset), target.size(), target.begin());
-    }
-
-private:
-    std::string m_strBytes;
-};
 
 /// What the directory says of an entry instead of the truth.
 struct SForgery {
@@ -172,49 +158,6 @@ struct SXlsxParts {
 inline std::unique_ptr<Platform::IDataSource> OpenBytes(std::string bytes, bool hasHeader = false) {
     return Providers::OpenXlsxPackage(std::make_shared<CMemoryAccess>(std::move(bytes)),
                                       {"book.xlsx", "", hasHeader});
-}
-
-/// A value as text: '-' for none, texts in quotes, dates behind a 'd'.
-inline std::string ValueText(const Platform::VARIANT& value) {
-    using namespace Platform;
-    char number[40];
-    switch (value.vt) {
-    case VT_NULL:
-        return "-";
-    case VT_BSTR: {
-        std::string text = "'";
-        for (const char16_t unit : BstrView(value.bstrVal)) {
-            unsigned char bytes[4];
-            text.append(reinterpret_cast<char*>(bytes), Providers::EncodeUtf8(unit, bytes));
-        }
-        return text + "'";
-    }
-    case VT_BOOL:
-        return value.boolVal == VARIANT_TRUE ? "true" : value.boolVal == VARIANT_FALSE ? "false" : "bad";
-    case VT_R8:
-        std::snprintf(number, sizeof number, "%.15g", value.dblVal);
-        return number;
-    case VT_DATE:
-        std::snprintf(number, sizeof number, "d%.10g", value.date);
-        return number;
-    default:
-        return "type " + std::to_string(value.vt);
-    }
-}
-
-/// Rows end with ';', cells are separated by blanks. Every other value is asked for twice, some rows not at all.
-inline std::string RowsText(Platform::IRowSource& rows) {
-    std::string text;
-    std::int64_t count = 0;
-    for (; rows.MoveNext(); ++count) {
-        for (std::size_t i = 0; i < rows.GetColumnNames().size(); ++i) {
-            if (i % 2 == 1)
-                rows.GetValue(i);
-            text += (i == 0 ? "" : " ") + ValueText(rows.GetValue(i));
-        }
-        text += ';';
-    }
-    return count == rows.GetRowCount() ? text : text + " but " + std::to_string(rows.GetRowCount()) + " rows claimed";
 }
 
 inline std::string TableText(std::string bytes, std::u16string_view table = u"Sheet1$") {

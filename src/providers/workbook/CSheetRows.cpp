@@ -78,6 +78,9 @@ void CSheetRows::KeepCell() {
     column.textBegin = m_strRowText.size();
     column.textSize = m_pending.strText.size();
     m_strRowText.append(m_pending.strText);
+    // Shared texts lie anywhere in memory: those of a row are fetched side by side, before the first one is wanted.
+    if (column.kind == ECellKind::Shared && column.index < m_pBook->GetSharedTextCount())
+        __builtin_prefetch(m_pBook->GetSharedText(column.index).data());
 }
 
 const VARIANT& CSheetRows::GetValue(std::size_t column) {

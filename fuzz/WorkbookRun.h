@@ -1,0 +1,42 @@
+// Reads all that a workbook says it has.
+#pragma once
+
+#include "FuzzSupport.h"
+#include "support/RowsText.h"
+
+#include <algorithm>
+
+namespace NSTQ::Fuzz {
+
+inline void ReadRows(Platform::IRowSource& rows) {
+    /// A forged sheet of a few bytes may have all rows that there can be.
+    constexpr std::int64_t rowsRead = 20'000;
+    std::int64_t count = 0;
+    while (count < rowsRead && rows.MoveNext()) {
+        ++count;
+        for (std::size_t i = 0; i < std::min<std::size_t>(rows.GetColumnNames().size(), 50); ++i)
+            Tests::ValueText(rows.GetValue(i));
+    }
+    Require(count == std::min(rows.GetRowCount(), rowsRead), "there are as many rows as claimed");
+}
+
+/// `open` gives the data source. The workbook is read or refused, and gives as many rows as it claims. What one sheet
+/// is refused for does not keep the others from being read.
+template <class TOpen>
+void ReadWorkbook(TOpen open) {
+    const auto attempt = [](auto work) {
+        try {
+            work();
+        } catch (const Platform::_com_error& error) {
+            Require(error.Error() == Platform::E_FAIL || error.Error() == Platform::DB_E_NOTABLE,
+                    "a failure has its documented code");
+        }
+    };
+    attempt([&] {
+        const auto book = open();
+        for (const auto& table : book->ListTables())
+            attempt([&] { ReadRows(*book->OpenTable(table.strName)); });
+    });
+}
+
+} // namespace NSTQ::Fuzz

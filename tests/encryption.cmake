@@ -1,0 +1,6 @@
+tqc_add_test(encryption_test
+  encryption/EncryptionTest.cpp
+  support/CompoundBuilder.cpp
+  support/Encryptor.cpp
+  support/ZipWriter.cpp)
+target_link_libraries(encryption_test PRIVATE OpenSSL::Crypto)

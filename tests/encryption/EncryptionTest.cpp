@@ -1,0 +1,235 @@
+// Encrypted workbooks: each scheme opens with its password and says what is wrong without it or with damage.
+#include "CSourceDataInfo.h"
+#include "platform/CodePage.h"
+#include "providers/encryption/CRecordCipher.h"
+#include "providers/encryption/EncryptedPackage.h"
+#include "support/AnsiPage.h"
+#include "support/CompoundBuilder.h"
+#include "support/Encryptor.h"
+#include "support/MemoryAccess.h"
+#include "support/TempFolder.h"
+#include "support/ZipWriter.h"
+#include "xlsx/XlsxBuilder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace NSTQ::Tests {
+namespace {
+
+using namespace Providers;
+using testing::HasSubstr;
+
+constexpr const char* passWord = "Pass word 1";
+constexpr const char* defaultPassWord = "VelvetSweatshop";
+
+std::span<unsigned char> Bytes(std::string& text) {
+    return {reinterpret_cast<unsigned char*>(text.data()), text.size()};
+}
+
+/// What `read` gives or, after "error: ", what it says is wrong.
+std::string Attempt(const std::function<std::string()>& read) {
+    try {
+        return read();
+    } catch (const CSourceError& error) {
+        EXPECT_EQ(error.Error(), Platform::E_FAIL);
+        return std::string("error: ") + error.what();
+    }
+}
+
+std::string Open(const SEncryptedPackage& encrypted, const std::string& given) {
+    return Attempt([&] {
+        std::shared_ptr<IRandomAccess> package;
+        {
+            CCompoundFile file(std::make_shared<CMemoryAccess>(encrypted.File()));
+            package = OpenEncryptedPackage(file, given);
+        }
+        std::string bytes(static_cast<std::size_t>(package->Size()), '\0');
+        package->ReadAt(0, Bytes(bytes));
+        for (std::size_t at = bytes.size(), step = 1; at >= step; at -= step, step += 997) {
+            std::string part(std::min<std::size_t>(step, bytes.size() - at), '\0');
+            package->ReadAt(at, Bytes(part));
+            EXPECT_EQ(part, bytes.substr(at, part.size()));
+        }
+        std::string beyond(1, '\0');
+        EXPECT_THROW(package->ReadAt(bytes.size(), Bytes(beyond)), CSourceError);
+        return bytes;
+    });
+}
+
+TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
+    const std::string plain = Noise(300'000);
+    const struct {
+        const char* title;
+        std::function<SEncryptedPackage(std::string_view, const char*)> encrypt;
+    } schemes[] = {
+        {"standard 128", [](auto text, auto key) { return EncryptStandard(text, key, 128); }},
+        {"standard 192", [](auto text, auto key) { return EncryptStandard(text, key, 192); }},
+        {"standard 256", [](auto text, auto key) { return EncryptStandard(text, key, 256); }},
+        {"agile 128 SHA1", [](auto text, auto key) { return EncryptAgile(text, key, "SHA1", 128); }},
+        {"agile 256 SHA1", [](auto text, auto key) { return EncryptAgile(text, key, "SHA1", 256); }},
+        {"agile 256 SHA256", [](auto text, auto key) { return EncryptAgile(text, key, "SHA256", 256); }},
+        {"agile 192 SHA384", [](auto text, auto key) { return EncryptAgile(text, key, "SHA384", 192); }},
+        {"agile 128 SHA512", [](auto text, auto key) { return EncryptAgile(text, key, "SHA512", 128); }},
+        {"agile 256 SHA512", [](auto text, auto key) { return EncryptAgile(text, key, "SHA512", 256, 100'000); }},
+        {"agile without rounds", [](auto text, auto key) { return EncryptAgile(text, key, "SHA512", 256, 0); }},
+    };
+    for (const auto& scheme : schemes) {
+        const SEncryptedPackage encrypted = scheme.encrypt(plain, passWord);
+        EXPECT_TRUE(Open(encrypted, passWord) == plain) << scheme.title;
+        EXPECT_EQ(Open(encrypted, "pass word 1"), "error: the password is wrong") << scheme.title;
+        EXPECT_EQ(Open(encrypted, ""), "error: encrypted; it needs a password") << scheme.title;
+    }
+    for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 16, 4095, 4096, 4097, 65'536, 65'537}) {
+        EXPECT_EQ(Open(EncryptStandard(Noise(size), passWord, 128), passWord), Noise(size)) << size;
+        EXPECT_EQ(Open(EncryptAgile(Noise(size), passWord, "SHA1", 128), passWord), Noise(size)) << size;
+    }
+    EXPECT_EQ(Open(EncryptAgile("text", defaultPassWord, "SHA512", 256), ""), "text");
+    EXPECT_EQ(Open(EncryptAgile("text", defaultPassWord, "SHA512", 256), "x"), "error: the password is wrong");
+}
+
+TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
+    const struct {
+        const char* title;
+        const char* replaced; ///< each time it stands in the description
+        std::string with;
+        const char* error;
+    } cases[] = {
+        {"years of work", "spinCount='1000'", "spinCount='10000001'", "no sensible spinCount"},
+        {"no number", "spinCount='1000'", "spinCount='1x'", "no sensible spinCount"},
+        {"another digest", "'SHA512'", "'RIPEMD-160'", "the digest \"RIPEMD-160\" is not known"},
+        {"another cipher", "'AES'", "'DES'", "the cipherAlgorithm \"DES\" is not known"},
+        {"another chaining", "CBC", "CFB", "the cipherChaining \"ChainingModeCFB\" is not known"},
+        {"a short key", "keyBits='256'", "keyBits='64'", "no sensible keyBits"},
+        {"a key of odd size", "keyBits='256'", "keyBits='136'", "no sensible keyBits"},
+        {"a salt of another size", "saltSize='16'", "saltSize='17'", "no sensible saltSize"},
+        {"salts that are no bytes", "saltValue='", "saltValue='*", "no sensible saltValue"},
+        {"a verifier cut off", "HashInput='", "HashInput='AAAA", "values are cut off"},
+        {"a verifier too short", "HashInput='", "HashInput='*' x='", "no sensible encryptedVerifierHashInput"},
+        {"a key too short", "KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='", "no sensible encryptedKeyValue"},
+        {"certificates only", "keyEncryptor/password", "x", "certificate only"},
+        {"no data key", "keyData", "keyDatum", "how the data are encrypted"},
+        {"entities", "<encryption", "<!DOCTYPE x><encryption", "EncryptionInfo: "},
+        {"not closed", "</encryption>", "", "EncryptionInfo: "},
+    };
+    const SEncryptedPackage whole = EncryptAgile(Noise(5000), passWord, "SHA512", 256);
+    for (const auto& c : cases) {
+        SEncryptedPackage forged = whole;
+        const std::string_view replaced = c.replaced;
+        for (std::size_t at = 8; (at = forged.info.find(replaced, at)) != std::string::npos; at += c.with.size())
+            forged.info.replace(at, replaced.size(), c.with);
+        EXPECT_THAT(Open(forged, passWord), HasSubstr(c.error)) << c.title;
+    }
+}
+
+TEST(EncryptedPackage, RefusesForgedFrames) {
+    const SEncryptedPackage agile = EncryptAgile(Noise(5000), passWord, "SHA512", 256);
+    const SEncryptedPackage standard = EncryptStandard(Noise(5000), passWord, 128);
+    const auto patched = [](std::string text, std::size_t at, std::uint64_t value, std::size_t size) {
+        return text.replace(at, size, LittleEndian(value, size));
+    };
+    const struct {
+        const char* title;
+        SEncryptedPackage forged;
+        const char* error;
+    } cases[] = {
+        {"extensible", {patched(agile.info, 0, 0x00030004, 4), agile.package}, "unknown way (version 4.3)"},
+        {"nothing described", {"", agile.package}, "unknown way"},
+        {"no segments", {agile.info, ""}, "ends too early"},
+        {"a size beyond the segments", {agile.info, patched(agile.package, 0, 5009, 8)}, "package ends too early"},
+        {"a size near 2^64", {agile.info, patched(agile.package, 0, ~7ULL, 8)}, "package ends too early"},
+        {"a description of a megabyte", {agile.info + std::string(1 << 20, ' '), agile.package}, "too large"},
+        {"a header of another size", {patched(standard.info, 8, 0xFFFFFFF0, 4), standard.package}, "damaged"},
+        {"a salt of another size", {patched(standard.info, 62, 8, 4), standard.package}, "damaged"},
+        {"RC4", {patched(standard.info, 20, 0x6801, 4), standard.package}, "unknown way"},
+        {"MD5", {patched(standard.info, 24, 0x8003, 4), standard.package}, "unknown digest"},
+        {"a key of 2^31 bits", {patched(standard.info, 28, 1U << 31, 4), standard.package}, "damaged"},
+        {"a key that is not the cipher's", {patched(standard.info, 28, 256, 4), standard.package}, "unknown way"},
+    };
+    for (const auto& c : cases)
+        EXPECT_THAT(Open(c.forged, passWord), HasSubstr(c.error)) << c.title;
+}
+
+std::string DecryptRecords(const std::string& filePass, bool isBiff8, const char* given, std::string bytes,
+                           std::size_t step) {
+    return Attempt([&] {
+        std::string copy = filePass;
+        const auto cipher = MakeRecordCipher(Bytes(copy), isBiff8, given);
+        // Every second piece first, then the others: there are gaps, and it goes back once.
+        for (const std::size_t first : {step, std::size_t{0}})
+            for (std::size_t at = first; at < bytes.size(); at += 2 * step)
+                cipher->Decrypt(Bytes(bytes).subspan(at, std::min(step, bytes.size() - at)), at, 8224);
+        return bytes;
+    });
+}
+
+TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
+    const std::string zeros(10'000, '\0');
+    const struct {
+        const char* title;
+        SRecordEncryption encryption;
+    } schemes[] = {
+        {"40 bits", EncryptRecords40Bit(passWord, zeros.size())},
+        {"system, 40 bits", EncryptRecordsCryptoApi(passWord, 40, zeros.size())},
+        {"system, 56 bits", EncryptRecordsCryptoApi(passWord, 56, zeros.size())},
+        {"system, 128 bits", EncryptRecordsCryptoApi(passWord, 128, zeros.size())},
+    };
+    for (const auto& [title, encryption] : schemes) {
+        for (const std::size_t step : std::initializer_list<std::size_t>{1, 7, 512, 1023, 1024, 1025, 4000})
+            EXPECT_TRUE(DecryptRecords(encryption.filePass, true, passWord, zeros, step) ==
+                        encryption.keyStream.substr(0, zeros.size()))
+                << title << step;
+        EXPECT_EQ(DecryptRecords(encryption.filePass, true, "x", zeros, 9), "error: the password is wrong") << title;
+        EXPECT_EQ(DecryptRecords(encryption.filePass, true, "", zeros, 9), "error: encrypted; it needs a password");
+        for (std::size_t size = 0; size < encryption.filePass.size(); size += 5)
+            EXPECT_THAT(DecryptRecords(encryption.filePass.substr(0, size), true, passWord, zeros, 9),
+                        HasSubstr("error: "))
+                << title << size;
+    }
+    EXPECT_EQ(DecryptRecords(EncryptRecords40Bit(defaultPassWord, 5).filePass, true, "", "", 1), "");
+}
+
+TEST(RecordCipher, TakesObfuscationBack) {
+    const std::string body = Noise(500);
+    for (const std::string_view text : {"a", "ab", "Pass word 1", "fourteen bytes", "fifteen bytes :)"}) {
+        const SObfuscation obfuscation = Obfuscate(text.substr(0, 15));
+        const std::string locked = obfuscation.Apply(body, 8224);
+        const std::string given(text);
+        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, given.c_str(), locked, 13), body) << text;
+        EXPECT_EQ(DecryptRecords(LittleEndian(0, 2) + obfuscation.numbers, true, given.c_str(), locked, 64), body);
+        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, "b", locked, 13), "error: the password is wrong");
+        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, "", locked, 13),
+                  "error: encrypted; it needs a password");
+        EXPECT_THAT(DecryptRecords(obfuscation.numbers.substr(1), false, "b", locked, 13), HasSubstr("damaged"));
+    }
+}
+
+TEST(EncryptedWorkbook, PreparesOnceItsPasswordIsSet) {
+    const CAnsiPage page(932);
+    const CTempFolder folder;
+    SXlsxParts parts;
+    parts.strRows = "<row><c><v>1</v></c></row>";
+    const struct {
+        const char* title;
+        SEncryptedPackage encrypted;
+    } cases[] = {
+        {"agile", EncryptAgile(parts.Zip().Finish(), passWord, "SHA512", 256)},
+        {"standard", EncryptStandard(parts.Zip().Finish(), passWord, 128)},
+    };
+    for (const auto& c : cases) {
+        const std::string path = folder.WriteFile("a.xlsx", c.encrypted.File());
+        NSTQCore::CSourceDataInfo info;
+        ASSERT_TRUE(info.SetCommonInfo(path.c_str(), NSTQCore::SCDeclareConstant::SFT_UNKNOWN));
+        EXPECT_EQ(info.PrepareReadSourceData(true), NSTQCore::CSourceDataInfo::SDO_PASSWORD_ERROR) << c.title;
+        ASSERT_TRUE(info.SetPassWordString("wrong"));
+        EXPECT_EQ(info.PrepareReadSourceData(true), NSTQCore::CSourceDataInfo::SDO_PASSWORD_ERROR) << c.title;
+        ASSERT_TRUE(info.SetPassWordString(passWord));
+        EXPECT_EQ(info.PrepareReadSourceData(true), NSTQCore::CSourceDataInfo::SDO_DATABASE) << c.title;
+        EXPECT_TRUE(info.SetSelectSchemaIndx(0));
+    }
+}
+
+} // namespace
+} // namespace NSTQ::Tests

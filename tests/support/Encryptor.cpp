@@ -1,0 +1,221 @@
+#include "support/Encryptor.h"
+
+#include "support/CompoundBuilder.h"
+#include "support/ZipWriter.h"
+
+#include <openssl/evp.h>
+
+#include <numeric>
+#include <stdexcept>
+
+namespace NSTQ::Tests {
+namespace {
+
+const unsigned char* Bytes(std::string_view text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+std::string Hash(const char* name, const std::string& text) {
+    std::string digest(EVP_MAX_MD_SIZE, '\0');
+    unsigned size = 0;
+    if (EVP_Digest(text.data(), text.size(), reinterpret_cast<unsigned char*>(digest.data()), &size,
+                   EVP_get_digestbyname(name), nullptr) != 1)
+        throw std::runtime_error(name);
+    return digest.substr(0, size);
+}
+
+/// Filled up with zeros to whole blocks. Without a start vector nothing is chained.
+std::string Aes(const std::string& key, const std::string& start, std::string text) {
+    text.resize((text.size() + 15) / 16 * 16);
+    const std::string name = "aes-" + std::to_string(key.size() * 8) + (start.empty() ? "-ecb" : "-cbc");
+    EVP_CIPHER_CTX* context = EVP_CIPHER_CTX_new();
+    int size = 0;
+    std::string out(text.size(), '\0');
+    const bool done = EVP_EncryptInit(context, EVP_get_cipherbyname(name.c_str()), Bytes(key), Bytes(start)) == 1 &&
+                      EVP_CIPHER_CTX_set_padding(context, 0) == 1 &&
+                      EVP_EncryptUpdate(context, reinterpret_cast<unsigned char*>(out.data()), &size, Bytes(text),
+                                        static_cast<int>(text.size())) == 1;
+    EVP_CIPHER_CTX_free(context);
+    if (!done)
+        throw std::runtime_error(name);
+    return out;
+}
+
+std::string Rc4(const std::string& key, std::size_t size) {
+    std::string s(256, '\0');
+    std::iota(s.begin(), s.end(), '\0');
+    const auto at = [&](unsigned i) -> unsigned { return static_cast<unsigned char>(s[i & 255]); };
+    for (unsigned i = 0, j = 0; i < 256; ++i)
+        std::swap(s[i], s[j = (j + at(i) + static_cast<unsigned char>(key[i % key.size()])) & 255]);
+    std::string stream;
+    for (unsigned i = 1, j = 0; stream.size() < size; ++i) {
+        std::swap(s[i & 255], s[j = (j + at(i)) & 255]);
+        stream += s[(at(i) + at(j)) & 255];
+    }
+    return stream;
+}
+
+std::string Xor(std::string text, std::string_view with) {
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = static_cast<char>(text[i] ^ with[i]);
+    return text;
+}
+
+std::string Wide(std::string_view text) {
+    std::string wide;
+    for (const char c : text)
+        wide += {c, '\0'};
+    return wide;
+}
+
+std::string Base64(const std::string& text) {
+    std::string coded(text.size() * 2 + 4, '\0');
+    coded.resize(static_cast<std::size_t>(
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(coded.data()), Bytes(text), static_cast<int>(text.size()))));
+    return coded;
+}
+
+std::string Fitted(std::string text, std::size_t size) {
+    text.resize(size, '\x36');
+    return text;
+}
+
+std::string Spin(const char* hash, const std::string& salted, unsigned count) {
+    std::string digest = Hash(hash, salted);
+    for (unsigned i = 0; i < count; ++i)
+        digest = Hash(hash, LittleEndian(i, 4) + digest);
+    return digest;
+}
+
+const std::string salt = Noise(16, 11);
+const std::string verifier = Noise(16, 13);
+
+std::string CryptoApiHeader(std::uint32_t flags, std::uint32_t algorithm, unsigned keyBits) {
+    const std::string fields = LittleEndian(flags, 4) + LittleEndian(0, 4) + LittleEndian(algorithm, 4) +
+                               LittleEndian(0x8004, 4) + LittleEndian(keyBits, 4) + std::string(12, '\0') +
+                               Wide("Provider") + std::string(2, '\0');
+    return LittleEndian(flags, 4) + LittleEndian(fields.size(), 4) + fields + LittleEndian(16, 4) + salt;
+}
+
+} // namespace
+
+std::string SEncryptedPackage::File() const {
+    CCompoundBuilder builder;
+    return builder.Add(u"EncryptionInfo", info).Add(u"EncryptedPackage", package).Finish().bytes;
+}
+
+SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWord, const char* hash,
+                               unsigned keyBits, unsigned spinCount) {
+    const std::string spun = Spin(hash, salt + Wide(passWord), spinCount);
+    const auto lock = [&](std::string_view purpose, const std::string& text) {
+        return Base64(Aes(Fitted(Hash(hash, spun + std::string(purpose)), keyBits / 8), salt, text));
+    };
+    const std::string key = Noise(keyBits / 8, 17);
+    const std::string dataSalt = Noise(16, 19);
+    const std::string cipher = "saltSize='16' blockSize='16' keyBits='" + std::to_string(keyBits) + "' hashSize='" +
+                               std::to_string(spun.size()) +
+                               "' cipherAlgorithm='AES' cipherChaining='ChainingModeCBC' hashAlgorithm='" + hash +
+                               "' ";
+    SEncryptedPackage result;
+    result.info =
+        LittleEndian(0x00040004, 4) + LittleEndian(0x40, 4) +
+        "<?xml version='1.0'?><encryption xmlns='e' xmlns:p='p'><keyData " + cipher + "saltValue='" +
+        Base64(dataSalt) +
+        "'/><dataIntegrity/><keyEncryptors><keyEncryptor "
+        "uri='http://schemas.microsoft.com/office/2006/keyEncryptor/certificate'><c:encryptedKey xmlns:c='c'/>"
+        "</keyEncryptor><keyEncryptor uri='http://schemas.microsoft.com/office/2006/keyEncryptor/password'>"
+        "<p:encryptedKey spinCount='" +
+        std::to_string(spinCount) + "' " + cipher + "saltValue='" + Base64(salt) + "' encryptedVerifierHashInput='" +
+        lock("\xFE\xA7\xD2\x76\x3B\x4B\x9E\x79", verifier) + "' encryptedVerifierHashValue='" +
+        lock("\xD7\xAA\x0F\x6D\x30\x61\x34\x4E", Hash(hash, verifier)) + "' encryptedKeyValue='" +
+        lock("\x14\x6E\x0B\xE7\xAB\xAC\xD0\xD6", key) + "'/></keyEncryptor></keyEncryptors></encryption>";
+    result.package = LittleEndian(package.size(), 8);
+    for (std::size_t at = 0; at < package.size(); at += 4096)
+        result.package += Aes(key, Hash(hash, dataSalt + LittleEndian(at / 4096, 4)).substr(0, 16),
+                              std::string(package.substr(at, 4096)));
+    return result;
+}
+
+SEncryptedPackage EncryptStandard(std::string_view package, std::string_view passWord, unsigned keyBits) {
+    const std::string digest = Hash("SHA1", Spin("SHA1", salt + Wide(passWord), 50000) + LittleEndian(0, 4));
+    const auto half = [&](char filling) {
+        return Hash("SHA1", Xor(std::string(20, filling), digest) + std::string(44, filling));
+    };
+    const std::string key = (half(0x36) + half(0x5C)).substr(0, keyBits / 8);
+    SEncryptedPackage result;
+    result.info = LittleEndian(0x00020004, 4) + CryptoApiHeader(0x24, 0x660E + (keyBits - 128) / 64, keyBits) +
+                  Aes(key, {}, verifier) + LittleEndian(20, 4) + Aes(key, {}, Hash("SHA1", verifier));
+    result.package = LittleEndian(package.size(), 8) + Aes(key, {}, std::string(package));
+    return result;
+}
+
+SRecordEncryption EncryptRecords40Bit(std::string_view passWord, std::size_t streamSize) {
+    std::string repeated;
+    for (int i = 0; i < 16; ++i)
+        repeated += Hash("MD5", Wide(passWord)).substr(0, 5) + salt;
+    const std::string digest = Hash("MD5", repeated).substr(0, 5);
+    SRecordEncryption result;
+    for (std::uint32_t block = 0; result.keyStream.size() < streamSize; ++block)
+        result.keyStream += Rc4(Hash("MD5", digest + LittleEndian(block, 4)), 1024);
+    result.filePass = LittleEndian(1, 2) + LittleEndian(0x00010001, 4) + salt +
+                      Xor(verifier + Hash("MD5", verifier), result.keyStream);
+    return result;
+}
+
+SRecordEncryption EncryptRecordsCryptoApi(std::string_view passWord, unsigned keyBits, std::size_t streamSize) {
+    const std::string digest = Hash("SHA1", salt + Wide(passWord));
+    SRecordEncryption result;
+    for (std::uint32_t block = 0; result.keyStream.size() < streamSize; ++block) {
+        std::string key = Hash("SHA1", digest + LittleEndian(block, 4)).substr(0, keyBits / 8);
+        if (keyBits == 40)
+            key.resize(16);
+        result.keyStream += Rc4(key, 1024);
+    }
+    const std::string locked = Xor(verifier + Hash("SHA1", verifier), result.keyStream);
+    result.filePass = LittleEndian(1, 2) + LittleEndian(0x00020002, 4) + CryptoApiHeader(4, 0x6801, keyBits) +
+                      locked.substr(0, 16) + LittleEndian(20, 4) + locked.substr(16);
+    return result;
+}
+
+SObfuscation Obfuscate(std::string_view passWord) {
+    static constexpr unsigned first[] = {0xE1F0, 0x1D0F, 0xCC9C, 0x84C0, 0x110C, 0x0E10, 0xF1CE, 0x313E,
+                                         0x1872, 0xE139, 0xD40F, 0x84F9, 0x280C, 0xA96A, 0x4EC3};
+    static constexpr unsigned matrix[] = {
+        0xAEFC, 0x4DD9, 0x9BB2, 0x2745, 0x4E8A, 0x9D14, 0x2A09, 0x7B61, 0xF6C2, 0xFDA5, 0xEB6B, 0xC6F7,
+        0x9DCF, 0x2BBF, 0x4563, 0x8AC6, 0x05AD, 0x0B5A, 0x16B4, 0x2D68, 0x5AD0, 0x0375, 0x06EA, 0x0DD4,
+        0x1BA8, 0x3750, 0x6EA0, 0xDD40, 0xD849, 0xA0B3, 0x5147, 0xA28E, 0x553D, 0xAA7A, 0x44D5, 0x6F45,
+        0xDE8A, 0xAD35, 0x4A4B, 0x9496, 0x390D, 0x721A, 0xEB23, 0xC667, 0x9CEF, 0x29FF, 0x53FE, 0xA7FC,
+        0x5FD9, 0x47D3, 0x8FA6, 0x0F6D, 0x1EDA, 0x3DB4, 0x7B68, 0xF6D0, 0xB861, 0x60E3, 0xC1C6, 0x93AD,
+        0x377B, 0x6EF6, 0xDDEC, 0x45A0, 0x8B40, 0x06A1, 0x0D42, 0x1A84, 0x3508, 0x6A10, 0xAA51, 0x4483,
+        0x8906, 0x022D, 0x045A, 0x08B4, 0x1168, 0x76B4, 0xED68, 0xCAF1, 0x85C3, 0x1BA7, 0x374E, 0x6E9C,
+        0x3730, 0x6E60, 0xDCC0, 0xA9A1, 0x4363, 0x86C6, 0x1DAD, 0x3331, 0x6662, 0xCCC4, 0x89A9, 0x0373,
+        0x06E6, 0x0DCC, 0x1021, 0x2042, 0x4084, 0x8108, 0x1231, 0x2462, 0x48C4};
+    unsigned key = first[passWord.size() - 1];
+    unsigned check = 0;
+    std::size_t element = std::size(matrix);
+    for (std::size_t i = passWord.size(); i-- > 0;) {
+        const auto byte = static_cast<unsigned char>(passWord[i]);
+        for (unsigned bit = 0x40; bit > 0; bit >>= 1)
+            key ^= (--element, (byte & bit) != 0 ? matrix[element] : 0);
+        check = ((check << 1 & 0x7FFF) | (check >> 14 & 1)) ^ byte;
+    }
+    check = ((check << 1 & 0x7FFF) | (check >> 14 & 1)) ^ static_cast<unsigned>(passWord.size()) ^ 0xCE4B;
+    SObfuscation result{LittleEndian(key, 2) + LittleEndian(check, 2), {}};
+    const std::string filled =
+        std::string(passWord) + std::string("\xBB\xFF\xFF\xBA\xFF\xFF\xB9\x80\0\xBE\x0F\0\xBF\x0F\0", 15);
+    for (unsigned i = 0; i < 16; ++i) {
+        const unsigned byte = static_cast<unsigned char>(filled[i]) ^ (i % 2 == 0 ? key & 0xFF : key >> 8);
+        result.pattern += static_cast<char>(byte >> 1 | byte << 7);
+    }
+    return result;
+}
+
+std::string SObfuscation::Apply(std::string body, std::size_t at) const {
+    for (char& c : body) {
+        const unsigned byte = static_cast<unsigned char>(c);
+        c = static_cast<char>((byte << 5 | byte >> 3) ^ static_cast<unsigned char>(pattern[at++ % 16]));
+    }
+    return body;
+}
+
+} // namespace NSTQ::Tests

@@ -1,0 +1,63 @@
+// What comes out of the rows of a workbook, as text.
+#pragma once
+
+#include "platform/ado/Provider.h"
+#include "providers/common/Utf8Text.h"
+
+#include <cstdio>
+#include <string>
+
+namespace NSTQ::Tests {
+
+/// A value as text: '-' for none, texts in quotes, dates behind a 'd'.
+inline std::string ValueText(const Platform::VARIANT& value) {
+    using namespace Platform;
+    char number[40];
+    switch (value.vt) {
+    case VT_NULL:
+        return "-";
+    case VT_BSTR: {
+        std::string text = "'";
+        for (const char16_t unit : BstrView(value.bstrVal)) {
+            unsigned char bytes[4];
+            text.append(reinterpret_cast<char*>(bytes), Providers::EncodeUtf8(unit, bytes));
+        }
+        return text + "'";
+    }
+    case VT_BOOL:
+        return value.boolVal == VARIANT_TRUE ? "true" : value.boolVal == VARIANT_FALSE ? "false" : "bad";
+    case VT_R8:
+        std::snprintf(number, sizeof number, "%.15g", value.dblVal);
+        return number;
+    case VT_DATE:
+        std::snprintf(number, sizeof number, "d%.10g", value.date);
+        return number;
+    default:
+        return "type " + std::to_string(value.vt);
+    }
+}
+
+/// Rows end with ';', cells are separated by blanks. Every other value is asked for twice, some rows not at all.
+inline std::string RowsText(Platform::IRowSource& rows) {
+    std::string text;
+    std::int64_t count = 0;
+    for (; rows.MoveNext(); ++count) {
+        for (std::size_t i = 0; i < rows.GetColumnNames().size(); ++i) {
+            if (i % 2 == 1)
+                rows.GetValue(i);
+            text += (i == 0 ? "" : " ") + ValueText(rows.GetValue(i));
+        }
+        text += ';';
+    }
+    return count == rows.GetRowCount() ? text : text + " but " + std::to_string(rows.GetRowCount()) + " rows claimed";
+}
+
+/// The names of the tables, each with a '|' behind it.
+inline std::u16string ListText(Platform::IDataSource& source) {
+    std::u16string listing;
+    for (const Platform::STableSchema& table : source.ListTables())
+        listing += table.strName + u"|";
+    return listing;
+}
+
+} // namespace NSTQ::Tests

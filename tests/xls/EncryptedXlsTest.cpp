@@ -1,0 +1,94 @@
+// Encrypted workbooks of records: which bytes are encrypted, and what a wrong password gives.
+#include "providers/common/LittleEndian.h"
+#include "support/CompoundBuilder.h"
+#include "support/Encryptor.h"
+#include "xls/XlsBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+namespace NSTQ::Tests {
+namespace {
+
+/// Replaces the body, which stands at `position`, by its encrypted form.
+using FEncrypt = std::function<std::string(std::string body, std::size_t position)>;
+
+/// Encrypts all that is to be encrypted of a stream.
+std::string EncryptStream(std::string stream, const FEncrypt& encrypt) {
+    static const std::set<unsigned> plain = {0x809, 0x2F, 0xE1, 0x194, 0x195, 0x196, 0x138};
+    const auto number = [&](std::size_t at) {
+        return Providers::ReadU16(reinterpret_cast<const unsigned char*>(stream.data()) + at);
+    };
+    for (std::size_t at = 0; at < stream.size();) {
+        const std::size_t body = at + 4;
+        const std::size_t size = number(at + 2);
+        const std::size_t kept = number(at) == 0x85 ? 4 : 0;
+        if (!plain.contains(number(at)))
+            stream.replace(body + kept, size - kept, encrypt(stream.substr(body, size), body).substr(kept));
+        at = body + size;
+    }
+    return stream;
+}
+
+SXlsParts BookOf(bool isBiff8, const std::string& filePass) {
+    SXlsParts parts;
+    parts.isBiff8 = isBiff8;
+    parts.strGlobals = Record(ERecord::FilePass, filePass) + Record(ERecord::InterfaceHeader, Int(1200)) +
+                       Record(ERecord::UserExclusive, Int(0)) + Record(ERecord::CodePage, Int(1252));
+    // More than a block of the ciphers, so that keys change within records.
+    for (unsigned i = 0; i < 200; ++i)
+        parts.sheets[0].strCells += Number(i, 0, i);
+    if (isBiff8) {
+        parts.strShared = Record(ERecord::Sst, Int(1, 4) + Int(1, 4) + Int(1500) + Narrow(std::string(1000, 'a'))) +
+                          Record(ERecord::Continue, Narrow(std::string(500, 'a')));
+        parts.sheets[0].strCells += Cell(ERecord::LabelSst, 200, 0, Int(0, 4));
+    }
+    return parts;
+}
+
+std::string OpenedText(const std::string& bytes, const std::string& passWord) {
+    try {
+        return RowsText(*OpenXlsBytes(bytes, false, passWord)->OpenTable(u"Sheet1$"));
+    } catch (const Platform::CPassWordError& error) {
+        return std::string("refused: ") + error.Description();
+    }
+}
+
+void ExpectOpens(bool isBiff8, const std::string& filePass, const FEncrypt& encrypt) {
+    const std::string stream = BookOf(isBiff8, filePass).Stream();
+    const std::string bytes =
+        CCompoundBuilder().Add(isBiff8 ? u"WORKBOOK" : u"Book", EncryptStream(stream, encrypt)).Finish().bytes;
+    std::string expected;
+    for (int i = 0; i < 200; ++i)
+        expected += std::to_string(i) + ';';
+    expected += isBiff8 ? '\'' + std::string(1500, 'a') + "';" : "";
+    EXPECT_EQ(OpenedText(bytes, "secret"), expected);
+    EXPECT_EQ(OpenedText(bytes, "Secret"), "refused: book.xls: the password is wrong");
+    EXPECT_EQ(OpenedText(bytes, ""), "refused: book.xls: encrypted; it needs a password");
+}
+
+TEST(XlsEncrypted, RecordsOpenWithTheirPassword) {
+    for (const bool isCryptoApi : {false, true}) {
+        const SRecordEncryption encryption =
+            isCryptoApi ? EncryptRecordsCryptoApi("secret", 128, 10000) : EncryptRecords40Bit("secret", 10000);
+        ExpectOpens(true, encryption.filePass, [&](std::string body, std::size_t position) {
+            for (char& byte : body)
+                byte = static_cast<char>(byte ^ encryption.keyStream.at(position++));
+            return body;
+        });
+    }
+}
+
+TEST(XlsEncrypted, ObfuscatedRecordsOpenWithTheirPassword) {
+    const SObfuscation obfuscation = Obfuscate("secret");
+    const auto encrypt = [&](const std::string& body, std::size_t position) {
+        return obfuscation.Apply(body, position + body.size());
+    };
+    ExpectOpens(false, obfuscation.numbers, encrypt);
+    ExpectOpens(true, Int(0) + obfuscation.numbers, encrypt);
+}
+
+} // namespace
+} // namespace NSTQ::Tests
