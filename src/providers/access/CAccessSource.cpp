@@ -1,5 +1,6 @@
 #include "providers/access/CAccessSource.h"
 
+#include "providers/access/CQueryRows.h"
 #include "providers/access/CTableRows.h"
 #include "providers/common/CSourceError.h"
 
@@ -32,17 +33,32 @@ std::u16string GetTypeName(EObjectKind kind) {
 std::vector<STableSchema> CAccessSource::ListTables() {
     std::vector<STableSchema> tables;
     for (const SDatabaseObject& object : m_catalogue.GetObjects()) {
-        if (object.kind != EObjectKind::Query)
+        if (object.kind != EObjectKind::Query || MakePlan(object))
             tables.push_back({object.strName, GetTypeName(object.kind)});
     }
     return tables;
+}
+
+/// What is damaged in the queries or in a table keeps nothing else from being listed.
+std::optional<SQueryPlan> CAccessSource::MakePlan(const SDatabaseObject& query) {
+    try {
+        if (!m_queries)
+            m_queries.emplace(m_pDatabase, m_catalogue);
+        return m_queries->MakePlan(query);
+    } catch (const CSourceError&) {
+        return std::nullopt;
+    } catch (const _com_error& error) {
+        if (error.Error() == E_OUTOFMEMORY)
+            throw;
+        return std::nullopt;
+    }
 }
 
 std::unique_ptr<IRowSource> CAccessSource::OpenTable(std::u16string_view name) {
     return RaiseAsComError(m_pDatabase->GetPath(), [&] { return OpenObject(name); });
 }
 
-std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) const {
+std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) {
     const SDatabaseObject* const object = m_catalogue.Find(name);
     if (object == nullptr)
         throw CSourceError("it has no table or query " + AnsiFromWide(name), DB_E_NOTABLE);
@@ -57,6 +73,8 @@ std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) 
     case EObjectKind::Query:
         break;
     }
+    if (auto plan = MakePlan(*object))
+        return std::make_unique<CQueryRows>(m_pDatabase, std::move(*plan));
     throw CSourceError("the query " + AnsiFromWide(object->strName) + " cannot be run here");
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/ado/Provider.h"
 #include "providers/access/CCatalogue.h"
+#include "providers/access/CSavedQueries.h"
 
 namespace NSTQ::Providers {
 
@@ -22,10 +23,12 @@ public:
     std::unique_ptr<Platform::IRowSource> OpenTable(std::u16string_view name) override;
 
 private:
-    std::unique_ptr<Platform::IRowSource> OpenObject(std::u16string_view name) const;
+    std::unique_ptr<Platform::IRowSource> OpenObject(std::u16string_view name);
+    std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query);
 
     std::shared_ptr<const CDatabase> m_pDatabase;
     CCatalogue m_catalogue;
+    std::optional<CSavedQueries> m_queries; ///< read when there is a query
 };
 
 } // namespace NSTQ::Providers
