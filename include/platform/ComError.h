@@ -57,4 +57,14 @@ private:
     std::shared_ptr<const std::string> m_pDescription;
 };
 
+/// A source that is encrypted and whose password is missing or wrong. The code alone does not tell a host whether to
+/// ask for one: a damaged workbook has the same. Only this layer's own providers raise it.
+class TQCACCESS_API CPassWordError : public _com_error {
+public:
+    using _com_error::_com_error;
+    CPassWordError(const CPassWordError&) noexcept;
+    CPassWordError& operator=(const CPassWordError&) noexcept;
+    ~CPassWordError() override;
+};
+
 } // namespace NSTQ::Platform

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 #include "providers/xlsx/Xlsx.h"
 
 #include <zlib.h>

@@ -1,6 +1,6 @@
 // The scanner for XML: its bounds, what it refuses, and that no place of a cut in the stream changes anything.
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/CXmlScanner.h"
+#include "providers/common/CXmlScanner.h"
 
 #include <gtest/gtest.h>
 

@@ -185,6 +185,8 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
     const bool isGiven = password.has_value();
     auto result = CSourceDataInfo::SDO_PASSWORD_ERROR;
     for (int attempt = 0; result == CSourceDataInfo::SDO_PASSWORD_ERROR && attempt <= attemptsMax; ++attempt) {
+        if (attempt > 0 && IsDatabase() && FindListingFailure().Status() != ES_PASSWORD)
+            break;
         if (attempt > 0 && bMayAsk && !isGiven)
             password = SCPassWord::Ask(m_options.strFile);
         if (attempt > 0 && (isGiven || !password))
@@ -202,11 +204,12 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
 
 void CSource::PrepareDatabase() {
     if (Prepare(true) != CSourceDataInfo::SDO_DATABASE)
-        ExplainListing();
+        throw FindListingFailure();
 }
 
-/// Why the listing of a workbook or database failed, which its preparation does not say.
-void CSource::ExplainListing() const {
+/// Why the listing of a workbook or database failed, which its preparation does not say: for that of a damaged
+/// workbook it gives the same result as for a password.
+CFailure CSource::FindListingFailure() const {
     const char* connection = nullptr;
     if (m_info.GetConnectString(connection)) {
         try {
@@ -214,11 +217,16 @@ void CSource::ExplainListing() const {
             DWORD count = 0;
             NSTQCore::CADOOperater::GetSchemaNameSize(size, count, connection);
         } catch (const Platform::_com_error& error) {
-            const bool isPassWord = error.Error() == Platform::DB_SEC_E_AUTH_FAILED;
-            throw CFailure(isPassWord ? ES_PASSWORD : ES_UNSUPPORTED, error.what());
+            const bool isPassWord = error.Error() == Platform::DB_SEC_E_AUTH_FAILED ||
+                                    dynamic_cast<const Platform::CPassWordError*>(&error) != nullptr;
+            if (!isPassWord)
+                return {ES_UNSUPPORTED, error.what()};
+            const bool isGiven = *m_info.GetPassWordString() != '\0';
+            return {ES_PASSWORD,
+                    error.what() + std::string(isGiven ? "" : "; give it with --password-file or --password-fd")};
         }
     }
-    throw CFailure(ES_UNSUPPORTED, m_options.strFile, "cannot be read");
+    return CFailure(ES_UNSUPPORTED, m_options.strFile, "cannot be read");
 }
 
 /// The names as people know them. In those of sheets the library leaves the doubled quotes of the listing.

@@ -1,6 +1,7 @@
 // One source of the command line: what is found out about it, and the reader over it.
 #pragma once
 
+#include "CFailure.h"
 #include "CSourceReader.h"
 #include "SOptions.h"
 
@@ -87,7 +88,7 @@ private:
     CSourceDataInfo::ESourceDataOpen Prepare(bool bMayAsk);
     bool Unpack(bool bMayAsk);
     void PrepareDatabase();
-    [[noreturn]] void ExplainListing() const;
+    CFailure FindListingFailure() const;
     std::vector<std::string> TableNames() const;
     void SelectTable();
     std::unique_ptr<CTableReader> OpenTable();

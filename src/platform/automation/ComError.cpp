@@ -27,6 +27,10 @@ _com_error::_com_error(const _com_error&) noexcept = default;
 _com_error& _com_error::operator=(const _com_error&) noexcept = default;
 _com_error::~_com_error() = default;
 
+CPassWordError::CPassWordError(const CPassWordError&) noexcept = default;
+CPassWordError& CPassWordError::operator=(const CPassWordError&) noexcept = default;
+CPassWordError::~CPassWordError() = default;
+
 const char* _com_error::Description() const noexcept {
     return m_pDescription == nullptr ? "" : m_pDescription->c_str();
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <vector>
 
 namespace NSTQ::Providers {
 
@@ -21,7 +22,8 @@ CHeaderPage ReadHeader(IRandomAccess& file) {
 void CheckPassWord(const CHeaderPage& header, const std::string& passWord) {
     const std::u16string stored = header.GetPassWord();
     if (!stored.empty() && stored != BstrFromAnsi(passWord).View())
-        throw CSourceError(passWord.empty() ? "it has a password" : "the password is wrong", DB_SEC_E_AUTH_FAILED);
+        throw CPassWordRefused(passWord.empty() ? "it needs a password" : "the password is wrong",
+                               DB_SEC_E_AUTH_FAILED);
 }
 
 } // namespace
@@ -32,8 +34,11 @@ CDatabase::CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, cons
                                                                      std::numeric_limits<std::uint32_t>::max()))) {
     if (m_header.IsJet())
         CheckPassWord(m_header, passWord);
-    if (m_header.GetKey() != 0)
-        throw CSourceError("its pages are encrypted");
+    if (m_header.GetKey() != 0) {
+        std::vector<unsigned char> page(GetFormat().pageSize);
+        ReadPages(0, page);
+        m_pDecoder = MakePageDecoder(m_header, page, passWord);
+    }
 }
 
 void CDatabase::ReadPages(std::uint32_t first, std::span<unsigned char> target) const {

@@ -23,6 +23,12 @@ private:
     Platform::HRESULT m_hr;
 };
 
+/// The file is encrypted and its password missing or wrong; becomes a Platform::CPassWordError.
+class CPassWordRefused : public CSourceError {
+public:
+    using CSourceError::CSourceError;
+};
+
 /// A name out of a file, fit to stand in a description: cut to a bearable length, '?' for all but printable ASCII.
 inline std::string PrintableName(std::string_view name) {
     std::string printable(name.substr(0, 100));
@@ -38,6 +44,8 @@ template <class TWork>
 decltype(auto) RaiseAsComError(const std::string& path, TWork&& work) {
     try {
         return std::forward<TWork>(work)();
+    } catch (const CPassWordRefused& error) {
+        throw Platform::CPassWordError(error.Error(), path + ": " + error.what());
     } catch (const CSourceError& error) {
         throw Platform::_com_error(error.Error(), path + ": " + error.what());
     }

@@ -1,7 +1,7 @@
 // The parts of a workbook's package and the relationships between them. External ones are never followed.
 #pragma once
 
-#include "providers/xlsx/CXmlScanner.h"
+#include "providers/common/CXmlScanner.h"
 #include "providers/zip/CZipArchive.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "providers/xlsx/CSharedStrings.h"
 
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 
 #include <cstring>
 

@@ -1,9 +1,9 @@
 #include "providers/xlsx/CSheetRows.h"
 
 #include "providers/common/CSourceError.h"
+#include "providers/common/Utf8Text.h"
 #include "providers/xlsx/CColumnNames.h"
 #include "providers/xlsx/SCCellValue.h"
-#include "providers/xlsx/Utf8Text.h"
 
 #include <charconv>
 

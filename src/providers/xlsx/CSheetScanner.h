@@ -5,7 +5,7 @@
 // Merged cells need nothing: the first one of them holds the value.
 #pragma once
 
-#include "providers/xlsx/CXmlScanner.h"
+#include "providers/common/CXmlScanner.h"
 #include "providers/xlsx/ICellSource.h"
 
 namespace NSTQ::Providers {

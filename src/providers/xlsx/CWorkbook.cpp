@@ -2,7 +2,7 @@
 
 #include "platform/automation/Bstr.h"
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -6,9 +6,9 @@
 
 namespace NSTQ::Providers {
 
-/// Opens the workbook at a path; a password is not looked at. The file stays open as long as the source or rows read
-/// from it live. Everything raised is _com_error with E_FAIL and a description that names the file and what was
-/// found, or DB_E_NOTABLE for an unknown table, but for failures of allocation.
+/// Opens the workbook at a path, with its password when it is encrypted. The file stays open as long as the source or
+/// rows read from it live. Everything raised is _com_error with E_FAIL and a description that names the file and what
+/// was found, or DB_E_NOTABLE for an unknown table, but for failures of allocation.
 std::unique_ptr<Platform::IDataSource> OpenXlsx(const Platform::SSourceOptions& options);
 
 /// The same for a workbook that is not a file itself; `options` gives its name for descriptions.

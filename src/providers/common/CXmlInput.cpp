@@ -1,7 +1,7 @@
-#include "providers/xlsx/CXmlInput.h"
+#include "providers/common/CXmlInput.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
-#include "providers/xlsx/CXmlScanner.h"
+#include "providers/common/CXmlScanner.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 
 #include <algorithm>
 #include <charconv>

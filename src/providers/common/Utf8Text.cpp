@@ -1,4 +1,4 @@
-#include "providers/xlsx/Utf8Text.h"
+#include "providers/common/Utf8Text.h"
 
 #include "platform/codepage/Utf8.h"
 

@@ -9,7 +9,7 @@
 // Views handed out point into the buffer and stay valid until the next call of Next.
 #pragma once
 
-#include "providers/xlsx/CXmlInput.h"
+#include "providers/common/CXmlInput.h"
 
 #include <array>
 #include <cstdint>

@@ -1,0 +1,39 @@
+// A stream that lies in pieces of another one, read as if it were whole.
+#pragma once
+
+#include "providers/common/IRandomAccess.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+/// Bytes that follow each other in the stream below.
+struct SExtent {
+    std::uint64_t offset; ///< in the stream below
+    std::uint64_t size;
+};
+
+class CExtentAccess : public IRandomAccess {
+public:
+    /// The extents one after another, each of at least one byte. Throws CSourceError when one of them ends behind
+    /// `input`.
+    CExtentAccess(std::shared_ptr<IRandomAccess> input, const std::vector<SExtent>& extents);
+
+    std::uint64_t Size() const override { return m_size; }
+    /// One read of the stream below for each extent touched.
+    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override;
+
+private:
+    struct SPiece {
+        std::uint64_t begin;  ///< in this stream; the next piece begins where it ends
+        std::uint64_t offset; ///< in the stream below
+    };
+
+    std::shared_ptr<IRandomAccess> m_pInput;
+    std::vector<SPiece> m_pieces;
+    std::uint64_t m_size = 0;
+};
+
+} // namespace NSTQ::Providers

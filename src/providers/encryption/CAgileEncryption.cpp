@@ -1,0 +1,178 @@
+#include "providers/encryption/CAgileEncryption.h"
+
+#include "providers/common/CSourceError.h"
+#include "providers/common/CXmlScanner.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <openssl/evp.h>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr unsigned char padding = 0x36;
+constexpr std::string_view passWordLock = "http://schemas.microsoft.com/office/2006/keyEncryptor/password";
+
+/// What is hashed behind the password for each use of it, so that no two uses have the same key.
+using TPurpose = std::array<unsigned char, 8>;
+constexpr TPurpose verifierPurpose = {0xFE, 0xA7, 0xD2, 0x76, 0x3B, 0x4B, 0x9E, 0x79};
+constexpr TPurpose verifierHashPurpose = {0xD7, 0xAA, 0x0F, 0x6D, 0x30, 0x61, 0x34, 0x4E};
+constexpr TPurpose keyPurpose = {0x14, 0x6E, 0x0B, 0xE7, 0xAB, 0xAC, 0xD0, 0xD6};
+
+struct SHashName {
+    std::string_view strName;
+    EHash eHash;
+};
+constexpr SHashName hashNames[] = {
+    {"SHA512", EHash::Sha512},  {"SHA384", EHash::Sha384},  {"SHA256", EHash::Sha256},
+    {"SHA1", EHash::Sha1},      {"SHA-1", EHash::Sha1},     {"MD5", EHash::Md5},
+    {"SHA-256", EHash::Sha256}, {"SHA-384", EHash::Sha384}, {"SHA-512", EHash::Sha512}};
+
+class CSpanStream : public IByteStream {
+public:
+    explicit CSpanStream(std::span<const unsigned char> bytes) : m_rest(bytes) {}
+    std::size_t Read(std::span<unsigned char> target) override {
+        const auto part = m_rest.first(std::min(target.size(), m_rest.size()));
+        std::ranges::copy(part, target.begin());
+        m_rest = m_rest.subspan(part.size());
+        return part.size();
+    }
+
+private:
+    std::span<const unsigned char> m_rest;
+};
+
+std::uint32_t ReadNumber(CXmlScanner& xml, std::string_view name, std::uint32_t lowest, std::uint32_t highest) {
+    const std::string_view text = xml.GetAttribute(name);
+    std::uint32_t value = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (result.ec != std::errc{} || result.ptr != text.data() + text.size() || value < lowest || value > highest)
+        xml.Fail("no sensible " + std::string(name));
+    return value;
+}
+
+std::vector<unsigned char> ReadBytes(CXmlScanner& xml, std::string_view name) {
+    const std::string_view text = xml.GetAttribute(name);
+    std::vector<unsigned char> bytes(text.size() / 4 * 3 + 1);
+    const int size = EVP_DecodeBlock(bytes.data(), reinterpret_cast<const unsigned char*>(text.data()),
+                                     static_cast<int>(text.size()));
+    // The count includes a 0 for each '=' at the end.
+    const auto fill = static_cast<int>(text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0);
+    if (size - fill < 1)
+        xml.Fail("no sensible " + std::string(name));
+    bytes.resize(static_cast<std::size_t>(size - fill));
+    return bytes;
+}
+
+EHash ReadHash(CXmlScanner& xml) {
+    const std::string_view name = xml.GetAttribute("hashAlgorithm");
+    for (const SHashName& hash : hashNames) {
+        if (hash.strName == name)
+            return hash.eHash;
+    }
+    xml.Fail("the digest \"" + PrintableName(name) + "\" is not known");
+}
+
+void CheckWord(CXmlScanner& xml, std::string_view name, std::string_view known) {
+    const std::string_view word = xml.GetAttribute(name);
+    if (word != known)
+        xml.Fail("the " + std::string(name) + " \"" + PrintableName(word) + "\" is not known");
+}
+
+std::vector<unsigned char> Unlocked(std::vector<unsigned char> bytes, CHash& hash, const CSecretBytes& spun,
+                                    const TPurpose& purpose, std::size_t keySize,
+                                    std::span<const unsigned char> start) {
+    const CSecretBytes key = hash.Of({spun.Bytes(), purpose}).Resized(keySize, padding);
+    CAesCipher(key.Bytes(), EChaining::Cbc).Decrypt(start, bytes);
+    return bytes;
+}
+
+} // namespace
+
+CAgileEncryption::CAgileEncryption(std::span<const unsigned char> descriptor) {
+    CXmlScanner xml(std::make_unique<CSpanStream>(descriptor), "EncryptionInfo");
+    bool hasData = false;
+    while (xml.Next() != EXmlEvent::EndOfDocument) {
+        if (xml.IsStart(2, "keyData")) {
+            m_data = ReadCipher(xml);
+            hasData = true;
+        } else if (xml.IsStart(2, "keyEncryptors")) {
+            ReadLocks(xml);
+        }
+    }
+    if (!hasData)
+        xml.Fail("it does not say how the data are encrypted");
+    if (m_lock.key.empty())
+        xml.Fail("it can be opened with a certificate only");
+    if (m_lock.key.size() < m_data.keySize)
+        xml.Fail("no sensible encryptedKeyValue");
+}
+
+/// The first lock for a password counts; those for certificates are passed over.
+void CAgileEncryption::ReadLocks(CXmlScanner& xml) {
+    bool isPassWord = false;
+    while (!(xml.Next() == EXmlEvent::End && xml.GetDepth() == 2)) {
+        if (xml.IsStart(3, "keyEncryptor"))
+            isPassWord = xml.GetAttribute("uri") == passWordLock;
+        else if (xml.IsStart(4, "encryptedKey") && isPassWord && m_lock.key.empty())
+            m_lock = ReadLock(xml);
+    }
+}
+
+CAgileEncryption::SCipher CAgileEncryption::ReadCipher(CXmlScanner& xml) {
+    CheckWord(xml, "cipherAlgorithm", "AES");
+    CheckWord(xml, "cipherChaining", "ChainingModeCBC");
+    ReadNumber(xml, "blockSize", CAesCipher::blockSize, CAesCipher::blockSize);
+    SCipher cipher;
+    cipher.eHash = ReadHash(xml);
+    cipher.keySize = ReadNumber(xml, "keyBits", 128, 256) / 8;
+    cipher.salt = ReadBytes(xml, "saltValue");
+    if (cipher.keySize % 8 != 0)
+        xml.Fail("no sensible keyBits");
+    if (cipher.salt.size() != ReadNumber(xml, "saltSize", 1, 1U << 16))
+        xml.Fail("no sensible saltSize");
+    return cipher;
+}
+
+CAgileEncryption::SLock CAgileEncryption::ReadLock(CXmlScanner& xml) {
+    SLock lock{ReadCipher(xml), ReadNumber(xml, "spinCount", 0, maxSpinCount),
+               ReadBytes(xml, "encryptedVerifierHashInput"), ReadBytes(xml, "encryptedVerifierHashValue"),
+               ReadBytes(xml, "encryptedKeyValue")};
+    for (const TBytes* bytes : {&lock.verifier, &lock.verifierHash, &lock.key}) {
+        if (bytes->size() % CAesCipher::blockSize != 0)
+            xml.Fail("encrypted values are cut off");
+    }
+    if (lock.verifier.size() < lock.salt.size() || lock.verifierHash.size() < CHash(lock.eHash).Size())
+        xml.Fail("encrypted values are cut off");
+    return lock;
+}
+
+bool CAgileEncryption::Unlock(std::span<const unsigned char> passWord) {
+    CHash hash(m_lock.eHash);
+    const CSecretBytes spun = hash.Spin(m_lock.salt, passWord, m_lock.spinCount);
+    TBytes start = m_lock.salt;
+    start.resize(CAesCipher::blockSize, padding);
+    const auto unlock = [&](const TBytes& bytes, const TPurpose& purpose) {
+        return Unlocked(bytes, hash, spun, purpose, m_lock.keySize, start);
+    };
+    // As long as the salt; what is behind it fills the last block.
+    const TBytes verifier = unlock(m_lock.verifier, verifierPurpose);
+    const CSecretBytes digest = hash.Of({std::span(verifier).first(m_lock.salt.size())});
+    const TBytes wanted = unlock(m_lock.verifierHash, verifierHashPurpose);
+    if (!std::ranges::equal(digest.Bytes(), std::span(wanted).first(digest.Size())))
+        return false;
+    TBytes key = unlock(m_lock.key, keyPurpose);
+    m_cipher.emplace(std::span(key).first(m_data.keySize), EChaining::Cbc);
+    m_dataHash.emplace(m_data.eHash);
+    Wipe(key);
+    return true;
+}
+
+void CAgileEncryption::DecryptBlock(std::span<const unsigned char> blockKey, std::span<unsigned char> bytes) {
+    const CSecretBytes start = m_dataHash->Of({m_data.salt, blockKey}).Resized(CAesCipher::blockSize, padding);
+    m_cipher->Decrypt(start.Bytes(), bytes);
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,48 @@
+// An encrypted package as if it were not: decrypted where it is read, a window of some segments at a time.
+#pragma once
+
+#include "providers/common/IRandomAccess.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+/// Decrypts in place a segment of 4096 bytes (the last one has fewer, in multiples of 16).
+using FDecryptSegment = std::function<void(std::uint32_t index, std::span<unsigned char> bytes)>;
+
+class CDecryptedPackage : public IRandomAccess {
+public:
+    /// `stream` holds the package's size and the segments. Throws CSourceError when the size does not fit it.
+    CDecryptedPackage(std::shared_ptr<IRandomAccess> stream, FDecryptSegment decrypt);
+
+    std::uint64_t Size() const override { return m_size; }
+    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override;
+
+private:
+    static constexpr std::uint64_t segmentSize = 4096;
+    static constexpr std::uint64_t windowSize = 16 * segmentSize;
+    /// As many as there are places of the package read in turns: the directory, some parts.
+    static constexpr std::size_t windowCount = 4;
+    static constexpr std::uint64_t noWindow = ~std::uint64_t{0};
+
+    struct SWindow {
+        std::uint64_t index = noWindow;
+        std::uint64_t lastUse = 0;
+        std::vector<unsigned char> bytes;
+    };
+
+    const std::vector<unsigned char>& Window(std::uint64_t index);
+    void Fill(SWindow& window, std::uint64_t index);
+
+    std::shared_ptr<IRandomAccess> m_pStream;
+    FDecryptSegment m_decrypt;
+    std::uint64_t m_size = 0;
+    std::array<SWindow, windowCount> m_windows;
+    std::uint64_t m_useCount = 0;
+};
+
+} // namespace NSTQ::Providers

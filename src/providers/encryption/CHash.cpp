@@ -1,0 +1,45 @@
+#include "providers/encryption/CHash.h"
+
+#include <openssl/evp.h>
+
+namespace NSTQ::Providers {
+
+namespace {
+
+struct SHashKind {
+    const char* pName;
+    std::size_t size;
+};
+
+/// In the order of EHash.
+constexpr SHashKind kinds[] = {{"MD5", 16}, {"SHA1", 20}, {"SHA256", 32}, {"SHA384", 48}, {"SHA512", 64}};
+
+} // namespace
+
+CHash::CHash(EHash hash)
+    : m_pDigest(EVP_MD_fetch(nullptr, kinds[static_cast<std::size_t>(hash)].pName, nullptr)),
+      m_pContext(EVP_MD_CTX_new()), m_size(kinds[static_cast<std::size_t>(hash)].size) {
+    CheckLibCrypto(m_pDigest != nullptr && m_pContext != nullptr, kinds[static_cast<std::size_t>(hash)].pName);
+}
+
+CSecretBytes CHash::Of(std::initializer_list<TBytes> parts) {
+    CSecretBytes digest(m_size);
+    Into(digest.Bytes(), parts);
+    return digest;
+}
+
+void CHash::Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts) {
+    bool isDone = EVP_DigestInit_ex2(m_pContext.get(), m_pDigest.get(), nullptr) == 1;
+    for (const TBytes part : parts)
+        isDone = isDone && EVP_DigestUpdate(m_pContext.get(), part.data(), part.size()) == 1;
+    CheckLibCrypto(isDone && EVP_DigestFinal_ex(m_pContext.get(), target.data(), nullptr) == 1, "a digest");
+}
+
+CSecretBytes CHash::Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount) {
+    CSecretBytes digest = Of({salt, passWord});
+    for (std::uint32_t round = 0; round < spinCount; ++round)
+        Into(digest.Bytes(), {LittleEndian32(round), digest.Bytes()});
+    return digest;
+}
+
+} // namespace NSTQ::Providers

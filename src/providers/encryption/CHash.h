@@ -1,0 +1,43 @@
+// Digests. One object computes any number of them, one after another.
+#pragma once
+
+#include "providers/encryption/CSecretBytes.h"
+#include "providers/encryption/LibCrypto.h"
+
+#include <cstdint>
+#include <initializer_list>
+
+namespace NSTQ::Providers {
+
+enum class EHash { Md5, Sha1, Sha256, Sha384, Sha512 };
+
+class CHash {
+public:
+    using TBytes = std::span<const unsigned char>;
+
+    /// Throws CSourceError when the system does not allow this digest.
+    explicit CHash(EHash hash);
+
+    std::size_t Size() const { return m_size; }
+    /// The digest of the parts, one behind another.
+    CSecretBytes Of(std::initializer_list<TBytes> parts);
+    /// The same into `target`, which has Size() bytes and may be one of the parts.
+    void Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts);
+
+    /// The digest of salt and password, hashed `spinCount` times more behind the number of the round: what makes
+    /// guessing passwords slow.
+    CSecretBytes Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount);
+
+private:
+    TLibCryptoPtr<evp_md_st> m_pDigest;
+    TLibCryptoPtr<evp_md_ctx_st> m_pContext;
+    std::size_t m_size;
+};
+
+/// A number as these schemes hash it: four bytes, the lowest first.
+inline std::array<unsigned char, 4> LittleEndian32(std::uint32_t value) {
+    const auto byte = [value](unsigned shift) { return static_cast<unsigned char>(value >> shift); };
+    return {byte(0), byte(8), byte(16), byte(24)};
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,30 @@
+// What two schemes have in common that older programs use through the system's cryptography: RC4 in records and
+// "standard" AES in packages. Both describe themselves in the same binary form.
+#pragma once
+
+#include "providers/encryption/CHash.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace NSTQ::Providers {
+
+struct SCryptoApi {
+    static constexpr std::uint32_t rc4 = 0x6801;
+
+    std::uint32_t algorithm;
+    std::size_t keySize; ///< bytes
+    std::array<unsigned char, 16> salt;
+    std::array<unsigned char, 16> verifier;     ///< encrypted
+    std::array<unsigned char, 32> verifierHash; ///< encrypted; RC4 needs only the first 20 bytes
+};
+
+/// Reads what stands behind the version (two numbers of 16 bits). Throws CSourceError for damage and for digests
+/// other than SHA-1.
+SCryptoApi ReadCryptoApi(std::span<const unsigned char> bytes);
+
+/// Digest of a password's digest and a block's number, from which the block's key is made.
+CSecretBytes HashBlock(CHash& hash, const CSecretBytes& passWordHash, std::uint32_t block);
+
+} // namespace NSTQ::Providers
