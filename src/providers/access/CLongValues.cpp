@@ -19,6 +19,8 @@ constexpr std::uint32_t onePieceFlag = 0x40000000;
 constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
 /// Before each piece of a chain, the pointer to the next one.
 constexpr std::size_t linkSize = 4;
+/// What finding a piece of a chain costs, in bytes.
+constexpr std::size_t leastCost = 256;
 
 } // namespace
 
@@ -39,7 +41,9 @@ std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> 
     const auto piece = (flags & inlineFlag) != 0 ? field.subspan(headerSize) : GetPiece(pointer);
     if (piece.size() < length)
         throw CSourceError("a long value ends too early");
-    return piece.first(std::min(length, limit));
+    const auto value = piece.first(std::min(length, limit));
+    Spend(value.size());
+    return value;
 }
 
 std::span<const unsigned char> CLongValues::GetPiece(std::uint32_t pointer) {
@@ -53,12 +57,12 @@ std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std
         throw CSourceError("a long value of " + std::to_string(size) + " bytes is too long to be read");
     m_value.clear();
     while (m_value.size() < size) {
-        Spend(m_database.GetFormat().pageSize);
         const auto piece = pointer == 0 ? std::span<const unsigned char>() : GetPiece(pointer);
         if (piece.size() <= linkSize)
             throw CSourceError("a long value ends too early");
         const auto bytes = piece.subspan(linkSize, std::min(piece.size() - linkSize, size - m_value.size()));
         pointer = ReadU32(piece.data());
+        Spend(std::max(bytes.size(), leastCost));
         m_value.insert(m_value.end(), bytes.begin(), bytes.end());
     }
     return m_value;

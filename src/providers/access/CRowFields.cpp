@@ -3,6 +3,8 @@
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
+#include <algorithm>
+
 namespace NSTQ::Providers {
 
 namespace {
@@ -70,7 +72,7 @@ CRowFields::SOffsets CRowFields::FindOffsets() const {
 }
 
 /// Between the offsets and their number stands the jump table, backwards as well: for each full 256 bytes of the row
-/// the first offset that lies behind them. The last entry is a dummy when the fields end before.
+/// the first offset that lies behind them. For those behind the end of the fields it holds dummies.
 CRowFields::SOffsets CRowFields::FindJet3Offsets() const {
     const std::size_t jumps = (m_row.size() - 1) / jumpSize;
     const std::size_t room = m_maskAt - m_format.rowNumberSize;
@@ -80,7 +82,7 @@ CRowFields::SOffsets CRowFields::FindJet3Offsets() const {
     if (count + 2 + jumps > room)
         ThrowTooShort();
     const std::size_t begin = m_maskAt - (count + 2 + jumps);
-    return {count, begin, begin / jumpSize < jumps ? jumps - 1 : jumps};
+    return {count, begin, std::min(jumps, begin / jumpSize)};
 }
 
 std::size_t CRowFields::GetOffset(const SOffsets& offsets, std::size_t index) const {

@@ -78,8 +78,8 @@ CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CC
 }
 
 std::span<const CSavedQueries::SRow> CSavedQueries::GetRows(std::uint32_t id) const {
-    const auto found = std::ranges::equal_range(m_rows, id, {}, &SRow::id);
-    return {found.begin(), found.end()};
+    const auto first = std::ranges::lower_bound(m_rows, id, {}, &SRow::id);
+    return {first, std::ranges::upper_bound(first, m_rows.end(), id, {}, &SRow::id)};
 }
 
 /// Whether nothing but columns, one table and conditions makes the query.

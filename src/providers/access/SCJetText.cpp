@@ -16,6 +16,8 @@ namespace {
 
 /// Puts the pairs of bytes at `from` one after the other to `to`.
 WCHAR* PutPairs(WCHAR* to, const unsigned char* from, std::size_t count) {
+    if (count == 0)
+        return to;
     if constexpr (std::endian::native == std::endian::little) {
         std::memcpy(to, from, count * sizeof(WCHAR));
         return to + count;

@@ -20,13 +20,14 @@ class CDefinitionReader {
 public:
     CDefinitionReader(const CDatabase& database, std::uint32_t page) : m_database(database), m_page(page) {
         CPageReader reader(database, 1);
-        for (std::uint32_t next = page; next != 0;) {
+        std::uint32_t next = page;
+        do {
             const auto bytes = reader.GetPage(next, EPageType::Definition);
             if (m_bytes.size() > maxDefinition)
                 Throw("is too long");
             m_bytes.insert(m_bytes.end(), bytes.begin() + (m_bytes.empty() ? 0 : pageHeader), bytes.end());
             next = ReadU32(bytes.data() + nextPageAt);
-        }
+        } while (next != 0);
     }
 
     STableDefinition Read() {
