@@ -5,6 +5,7 @@
 #include "providers/common/LittleEndian.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace NSTQ::Providers {
 
@@ -20,7 +21,7 @@ constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
 /// Before each piece of a chain, the pointer to the next one.
 constexpr std::size_t linkSize = 4;
 /// What finding a piece of a chain costs, in bytes.
-constexpr std::size_t leastCost = 256;
+constexpr std::size_t leastCost = 16;
 
 } // namespace
 
@@ -56,12 +57,19 @@ std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std
     if (size > maxSize)
         throw CSourceError("a long value of " + std::to_string(size) + " bytes is too long to be read");
     m_value.clear();
+    // A chain that comes back to a piece meets one of those that are kept, at growing distances, for comparison.
+    std::uint32_t kept = pointer;
+    std::size_t steps = 0;
     while (m_value.size() < size) {
         const auto piece = pointer == 0 ? std::span<const unsigned char>() : GetPiece(pointer);
         if (piece.size() <= linkSize)
             throw CSourceError("a long value ends too early");
         const auto bytes = piece.subspan(linkSize, std::min(piece.size() - linkSize, size - m_value.size()));
         pointer = ReadU32(piece.data());
+        if (pointer == kept)
+            throw CSourceError("a long value goes round in circles");
+        if (std::has_single_bit(++steps))
+            kept = pointer;
         Spend(std::max(bytes.size(), leastCost));
         m_value.insert(m_value.end(), bytes.begin(), bytes.end());
     }

@@ -25,6 +25,9 @@ void CRowFields::Assign(std::span<const unsigned char> row) {
         ThrowTooShort();
     m_row = row;
     m_columnCount = countSize == 1 ? row[0] : ReadU16(row.data());
+    if (m_columnCount > m_maxColumns)
+        throw CSourceError("a row has " + std::to_string(m_columnCount) + " columns, its table " +
+                           std::to_string(m_maxColumns));
     const std::size_t maskSize = (m_columnCount + bitsPerByte - 1) / bitsPerByte;
     if (maskSize > row.size() - countSize)
         ThrowTooShort();

@@ -14,9 +14,10 @@ namespace NSTQ::Providers {
 
 class CRowFields {
 public:
-    explicit CRowFields(const SJetFormat& format) : m_format(format) {}
+    /// Rows have at most `maxColumns`.
+    CRowFields(const SJetFormat& format, std::size_t maxColumns) : m_format(format), m_maxColumns(maxColumns) {}
 
-    /// Throws CSourceError when the bytes are too few for what they claim, as GetField does.
+    /// Throws CSourceError when the bytes are too few for what they claim, as GetField does, or claim too much.
     void Assign(std::span<const unsigned char> row);
 
     /// The column's bit in the null mask: the value of a boolean, for others whether there is one.
@@ -38,6 +39,7 @@ private:
     std::size_t GetOffset(const SOffsets& offsets, std::size_t index) const;
 
     const SJetFormat& m_format;
+    std::size_t m_maxColumns;
     std::span<const unsigned char> m_row;
     std::size_t m_columnCount = 0;
     std::size_t m_maskAt = 0;

@@ -16,7 +16,7 @@ constexpr int maxMoves = 16;
 
 CTableScan::CTableScan(const CDatabase& database, const STableDefinition& table)
     : m_database(database), m_table(table), m_pages(database, table.usedPages), m_reader(database, pagesAtOnce),
-      m_movedReader(database, 1), m_fields(database.GetFormat()) {}
+      m_movedReader(database, 1), m_fields(database.GetFormat(), table.maxColumns) {}
 
 bool CTableScan::MoveNext() {
     while (true) {

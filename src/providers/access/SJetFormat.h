@@ -20,6 +20,7 @@ struct SJetFormat {
 
     // Table definitions.
     std::size_t rowCountAt;
+    std::size_t maxColumnsAt; ///< what rows have at most, deleted columns included
     std::size_t columnCountAt;
     std::size_t indexCountAt;
     std::size_t usedPagesAt;
@@ -31,6 +32,7 @@ struct SJetFormat {
     // Descriptors of columns; the type is their first byte.
     std::size_t numberAt;
     std::size_t variableIndexAt;
+    std::size_t positionAt;
     std::size_t scaleAt;
     std::size_t flagsAt;
     std::size_t extraFlagsAt; ///< 0 when there are none
@@ -45,6 +47,7 @@ inline constexpr SJetFormat jet3Format = {
     .rowsOnPageAt = 8,
     .rowNumberSize = 1,
     .rowCountAt = 12,
+    .maxColumnsAt = 21,
     .columnCountAt = 25,
     .indexCountAt = 31,
     .usedPagesAt = 35,
@@ -54,6 +57,7 @@ inline constexpr SJetFormat jet3Format = {
     .nameLengthSize = 1,
     .numberAt = 1,
     .variableIndexAt = 3,
+    .positionAt = 5,
     .scaleAt = 12,
     .flagsAt = 13,
     .extraFlagsAt = 0,
@@ -66,6 +70,7 @@ inline constexpr SJetFormat jet4Format = {
     .rowsOnPageAt = 12,
     .rowNumberSize = 2,
     .rowCountAt = 16,
+    .maxColumnsAt = 41,
     .columnCountAt = 45,
     .indexCountAt = 51,
     .usedPagesAt = 55,
@@ -75,6 +80,7 @@ inline constexpr SJetFormat jet4Format = {
     .nameLengthSize = 2,
     .numberAt = 5,
     .variableIndexAt = 7,
+    .positionAt = 9,
     .scaleAt = 12,
     .flagsAt = 15,
     .extraFlagsAt = 16,

@@ -5,6 +5,8 @@
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
+#include <algorithm>
+
 namespace NSTQ::Providers {
 
 namespace {
@@ -32,7 +34,7 @@ public:
 
     STableDefinition Read() {
         const SJetFormat& format = m_database.GetFormat();
-        STableDefinition table = {m_page, ReadU32(At(format.rowCountAt)),
+        STableDefinition table = {m_page, ReadU32(At(format.rowCountAt)), ReadU16(At(format.maxColumnsAt)),
                                   SRowAddress::FromPointer(ReadU32(At(format.usedPagesAt))), ReadColumns()};
         return table;
     }
@@ -57,6 +59,7 @@ private:
         m_nameAt = static_cast<std::size_t>(names);
         for (std::size_t i = 0; i < count; ++i)
             columns.push_back(ReadColumn(At(static_cast<std::size_t>(first) + i * format.columnSize)));
+        std::ranges::stable_sort(columns, {}, &SColumn::position);
         return columns;
     }
 
@@ -71,6 +74,7 @@ private:
         column.isCalculated = (extraFlags & calculatedFlags) != 0;
         column.variableIndex = ReadU16(descriptor + format.variableIndexAt);
         column.fixedOffset = ReadU16(descriptor + format.fixedOffsetAt);
+        column.position = ReadU16(descriptor + format.positionAt);
         column.length = ReadU16(descriptor + format.lengthAt);
         column.scale = descriptor[format.scaleAt];
         return column;

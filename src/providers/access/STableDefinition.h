@@ -36,7 +36,8 @@ struct SColumn {
     bool isCalculated;
     std::uint16_t variableIndex; ///< among the offsets of a row
     std::uint16_t fixedOffset;
-    std::uint16_t length; ///< bytes, as far as the type does not tell
+    std::uint16_t position; ///< where it is shown; columns that were never moved may all have 0
+    std::uint16_t length;   ///< bytes, as far as the type does not tell
     std::uint8_t scale;
 
     bool IsLongValue() const { return type == EColumnType::Ole || type == EColumnType::Memo; }
@@ -47,6 +48,7 @@ struct SColumn {
 struct STableDefinition {
     std::uint32_t page;     ///< the first of the definition, by which data pages name their table
     std::uint32_t rowCount; ///< as the definition has it
+    std::size_t maxColumns; ///< what a row has at most
     SRowAddress usedPages;
     std::vector<SColumn> columns; ///< in the order in which they are shown
 };
