@@ -3,6 +3,7 @@
 #include "providers/access/SCColumnProperties.h"
 #include "providers/access/SCJetText.h"
 #include "providers/access/SCNameOrder.h"
+#include "providers/common/CSourceError.h"
 
 #include <gtest/gtest.h>
 
@@ -46,6 +47,28 @@ TEST(JetText, IsDecompressed) {
         SCJetText::DecodeWide(BytesOf(bytes), text);
         EXPECT_EQ(text.View(), expected) << testing::PrintToString(bytes);
     }
+}
+
+TEST(JetText, ComesFromCodePages) {
+    constexpr struct {
+        unsigned codePage;
+        std::string_view bytes;
+        std::u16string_view text;
+    } cases[] = {
+        {1252, "a\xE9\x80", u"a\u00E9\u20AC"},
+        {932, "\x83\x5C\x81\x5B", u"\u30BD\u30FC"},
+        {1251, "\xCF\xF0\x88", u"\u041F\u0440\u20AC"},
+        {1250, "\xB9\x81", u"\u0105\u0081"},
+        {874, "\xA1\xFF", u"\u0E01\uFFFD"},
+        {1361, "ascii", u"ascii"},
+    };
+    Platform::CBstr text;
+    for (const auto& [codePage, bytes, expected] : cases) {
+        SCJetText::DecodeNarrow(BytesOf(bytes), codePage, text);
+        EXPECT_EQ(text.View(), expected) << codePage;
+    }
+    EXPECT_THROW(SCJetText::DecodeNarrow(BytesOf("\xD0\x61"), 1361, text), CSourceError);
+    EXPECT_THROW(SCJetText::DecodeNarrow(BytesOf("\xD0\x61"), 0, text), CSourceError);
 }
 
 TEST(NameOrder, LeavesCaseOutOfAccount) {
