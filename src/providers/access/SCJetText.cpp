@@ -1,6 +1,7 @@
 #include "providers/access/SCJetText.h"
 
 #include "platform/CodePage.h"
+#include "platform/codepage/SingleBytePages.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
@@ -74,6 +75,11 @@ void SCJetText::DecodeNarrow(std::span<const unsigned char> bytes, unsigned code
     WCHAR* const first = text.Resize(bytes.size());
     if (IsAscii(bytes)) {
         PutBytes(first, bytes.data(), bytes.data() + bytes.size());
+        return;
+    }
+    if (const WCHAR* const upperHalf = FindUpperHalf(codePage)) {
+        std::ranges::transform(bytes, first,
+                               [=](unsigned char byte) { return byte < 0x80 ? byte : upperHalf[byte - 0x80]; });
         return;
     }
     if (codePage == CP_ACP || !IsCodePageSupported(codePage))
