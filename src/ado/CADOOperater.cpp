@@ -45,17 +45,33 @@ std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwF
     return BstrView(converted.Value().bstrVal);
 }
 
-bool IsPlain(const char* text, std::size_t length) {
+unsigned char FindLowest(const char* text, std::size_t length) {
     unsigned char lowest = 0xFF;
     for (std::size_t i = 0; i < length; ++i)
         lowest = std::min(lowest, static_cast<unsigned char>(text[i]));
-    return lowest > static_cast<unsigned char>(SCDataAccessDefine::SPACE_CODE);
+    return lowest;
+}
+
+/// Cleans a text without control bytes, which has only spaces at its ends to lose.
+std::size_t TrimText(char* text, std::size_t length, bool bSkipLeading) {
+    while (length > 0 && text[length - 1] == SCDataAccessDefine::SPACE_CODE)
+        --length;
+    const char* const from =
+        bSkipLeading ? std::find_if(text, text + length, [](char c) { return c != SCDataAccessDefine::SPACE_CODE; })
+                     : text;
+    const auto kept = static_cast<std::size_t>(text + length - from);
+    if (from != text)
+        std::memmove(text, from, kept);
+    return kept;
 }
 
 /// Cleans a text where it stands and returns its new length.
 std::size_t CleanText(char* text, std::size_t length, bool bSkipLeading) {
-    if (IsPlain(text, length))
+    const unsigned char lowest = FindLowest(text, length);
+    if (lowest > static_cast<unsigned char>(SCDataAccessDefine::SPACE_CODE))
         return length;
+    if (lowest == static_cast<unsigned char>(SCDataAccessDefine::SPACE_CODE))
+        return TrimText(text, length, bSkipLeading);
     const auto isAbove = [](char c) { return static_cast<unsigned char>(c) > 0x20; };
     const char* from = bSkipLeading ? std::find_if(text, text + length, isAbove) : text;
     char* to = text;

@@ -78,12 +78,9 @@ bool CCsvOutPut::WriteLineData(const char* const* ppData, const WORD* pLen, DWOR
 
 bool CCsvOutPut::WriteField(const char* pField, WORD wLength) {
     constexpr char quote = SCDataAccessDefine::DOUBLE_QUOTATION;
-    bool hasSeparator = false;
-    bool hasQuote = false;
-    for (DWORD i = 0; i < wLength; ++i) {
-        hasSeparator |= pField[i] == m_cSeparator;
-        hasQuote |= pField[i] == quote;
-    }
+    const auto has = [=](char c) { return wLength > 0 && std::memchr(pField, c, wLength) != nullptr; };
+    const bool hasSeparator = has(m_cSeparator);
+    const bool hasQuote = has(quote);
     if (!hasSeparator && !hasQuote)
         return CopyWriteBuff(pField, wLength);
     return CopyWriteBuff(&quote, 1) && (hasQuote ? WriteDoubled(pField, wLength) : CopyWriteBuff(pField, wLength)) &&

@@ -2,6 +2,9 @@
 #include "platform/ado/ProviderRegistry.h"
 
 #include "platform/ado/TextCase.h"
+#if defined(TQC_WITH_ACCESS)
+#include "providers/access/Access.h"
+#endif
 #if defined(TQC_WITH_XLS)
 #include "providers/xls/Xls.h"
 #endif
@@ -29,7 +32,11 @@ constinit std::array<FOpenSource, sourceFormatCount> providers = {
 #else
     nullptr,
 #endif
+#if defined(TQC_WITH_ACCESS)
+    &Providers::OpenAccess,
+#else
     nullptr,
+#endif
 };
 
 std::string_view Trim(std::string_view text) {

@@ -104,6 +104,12 @@ void CBstr::Assign(std::u16string_view text) {
         throw _com_error(E_OUTOFMEMORY);
 }
 
+WCHAR* CBstr::Resize(std::size_t length) {
+    if (length > maxLength || !SysReAllocStringLen(&m_text, nullptr, static_cast<DWORD>(length)))
+        throw _com_error(E_OUTOFMEMORY);
+    return m_text;
+}
+
 CBstr BstrFromAnsi(std::string_view text) {
     if (text.empty())
         return CBstr(std::u16string_view{});

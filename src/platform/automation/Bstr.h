@@ -50,6 +50,9 @@ public:
 
     /// Replaces the text, using its memory again when it is large enough. Throws _com_error with E_OUTOFMEMORY.
     void Assign(std::u16string_view text);
+    /// Makes the text `length` units long and returns it to be filled in. Memory that is large enough is used again
+    /// and keeps its units; otherwise all are uninitialised. Throws _com_error with E_OUTOFMEMORY.
+    WCHAR* Resize(std::size_t length);
     BSTR Get() const { return m_text; }
     std::u16string_view View() const { return BstrView(m_text); }
 

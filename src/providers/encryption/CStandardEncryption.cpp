@@ -8,8 +8,6 @@ namespace NSTQ::Providers {
 
 namespace {
 
-constexpr std::uint32_t spinCount = 50'000;
-
 struct SAes {
     std::uint32_t algorithm;
     std::size_t keySize;
@@ -34,7 +32,8 @@ CSecretBytes MakeKey(CHash& hash, const CSecretBytes& digest, std::size_t size) 
 
 } // namespace
 
-CStandardEncryption::CStandardEncryption(const SCryptoApi& description) : m_description(description) {
+CStandardEncryption::CStandardEncryption(const SCryptoApi& description, std::uint32_t spinCount)
+    : m_description(description), m_spinCount(spinCount) {
     const bool isKnown = std::ranges::any_of(ciphers, [&](const SAes& cipher) {
         return cipher.algorithm == description.algorithm && cipher.keySize == description.keySize;
     });
@@ -43,14 +42,18 @@ CStandardEncryption::CStandardEncryption(const SCryptoApi& description) : m_desc
 }
 
 bool CStandardEncryption::Unlock(std::span<const unsigned char> passWord) {
-    CHash hash(EHash::Sha1);
-    const CSecretBytes digest = HashBlock(hash, hash.Spin(m_description.salt, passWord, spinCount), 0);
-    m_cipher.emplace(MakeKey(hash, digest, m_description.keySize).Bytes(), EChaining::None);
+    m_passWordHash = m_hash.Spin(m_description.salt, passWord, m_spinCount);
+    SelectBlock(0);
     auto verifier = m_description.verifier;
     auto verifierHash = m_description.verifierHash;
     Decrypt(verifier);
     Decrypt(verifierHash);
-    return std::ranges::equal(hash.Of({verifier}).Bytes(), std::span(verifierHash).first(hash.Size()));
+    return std::ranges::equal(m_hash.Of({verifier}).Bytes(), std::span(verifierHash).first(m_hash.Size()));
+}
+
+void CStandardEncryption::SelectBlock(std::uint32_t block) {
+    const CSecretBytes digest = HashBlock(m_hash, m_passWordHash, block);
+    m_cipher.emplace(MakeKey(m_hash, digest, m_description.keySize).Bytes(), EChaining::None);
 }
 
 } // namespace NSTQ::Providers

@@ -1,4 +1,5 @@
-// The "standard" encryption of packages: AES without chaining, the key made from the password by SHA-1.
+// The "standard" encryption of packages: AES without chaining, the key made from the password by SHA-1. A package has
+// one key, databases have one for each page.
 #pragma once
 
 #include "providers/encryption/CAesCipher.h"
@@ -10,17 +11,26 @@ namespace NSTQ::Providers {
 
 class CStandardEncryption {
 public:
+    /// How often packages have the password hashed.
+    static constexpr std::uint32_t packageSpinCount = 50'000;
+
     /// Throws CSourceError for another cipher.
-    explicit CStandardEncryption(const SCryptoApi& description);
+    explicit CStandardEncryption(const SCryptoApi& description, std::uint32_t spinCount = packageSpinCount);
 
     /// Makes the key. False when the password (UTF-16, the lower byte first) is wrong.
     bool Unlock(std::span<const unsigned char> passWord);
+
+    /// Goes over to the key of a block, 0 being that of a package. To be called after Unlock has returned true.
+    void SelectBlock(std::uint32_t block);
 
     /// Decrypts in place whole blocks of 16 bytes. To be called after Unlock has returned true.
     void Decrypt(std::span<unsigned char> bytes) { m_cipher->Decrypt({}, bytes); }
 
 private:
     SCryptoApi m_description;
+    std::uint32_t m_spinCount;
+    CHash m_hash{EHash::Sha1};
+    CSecretBytes m_passWordHash{0};
     std::optional<CAesCipher> m_cipher;
 };
 

@@ -1,0 +1,81 @@
+#include "providers/access/CAccessSource.h"
+
+#include "providers/access/CQueryRows.h"
+#include "providers/access/CTableRows.h"
+#include "providers/common/CSourceError.h"
+
+namespace NSTQ::Providers {
+
+using namespace Platform;
+
+namespace {
+
+std::u16string GetTypeName(EObjectKind kind) {
+    switch (kind) {
+    case EObjectKind::Table:
+        return u"TABLE";
+    case EObjectKind::AccessTable:
+        return u"ACCESS TABLE";
+    case EObjectKind::SystemTable:
+        return u"SYSTEM TABLE";
+    case EObjectKind::LinkedTable:
+        return u"LINK";
+    case EObjectKind::LinkedOdbcTable:
+        return u"PASS-THROUGH";
+    case EObjectKind::Query:
+        break;
+    }
+    return u"VIEW";
+}
+
+} // namespace
+
+std::vector<STableSchema> CAccessSource::ListTables() {
+    std::vector<STableSchema> tables;
+    for (const SDatabaseObject& object : m_catalogue.GetObjects()) {
+        if (object.kind != EObjectKind::Query || MakePlan(object))
+            tables.push_back({object.strName, GetTypeName(object.kind)});
+    }
+    return tables;
+}
+
+/// What is damaged in the queries or in a table keeps nothing else from being listed.
+std::optional<SQueryPlan> CAccessSource::MakePlan(const SDatabaseObject& query) {
+    try {
+        if (!m_queries)
+            m_queries.emplace(m_pDatabase, m_catalogue);
+        return m_queries->MakePlan(query);
+    } catch (const CSourceError&) {
+        return std::nullopt;
+    } catch (const _com_error& error) {
+        if (error.Error() == E_OUTOFMEMORY)
+            throw;
+        return std::nullopt;
+    }
+}
+
+std::unique_ptr<IRowSource> CAccessSource::OpenTable(std::u16string_view name) {
+    return RaiseAsComError(m_pDatabase->GetPath(), [&] { return OpenObject(name); });
+}
+
+std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) {
+    const SDatabaseObject* const object = m_catalogue.Find(name);
+    if (object == nullptr)
+        throw CSourceError("it has no table or query " + AnsiFromWide(name), DB_E_NOTABLE);
+    switch (object->kind) {
+    case EObjectKind::Table:
+    case EObjectKind::AccessTable:
+    case EObjectKind::SystemTable:
+        return std::make_unique<CTableRows>(m_pDatabase, m_catalogue.ReadTable(*object));
+    case EObjectKind::LinkedTable:
+    case EObjectKind::LinkedOdbcTable:
+        throw CSourceError("the table " + AnsiFromWide(object->strName) + " lies in another database");
+    case EObjectKind::Query:
+        break;
+    }
+    if (auto plan = MakePlan(*object))
+        return std::make_unique<CQueryRows>(m_pDatabase, std::move(*plan));
+    throw CSourceError("the query " + AnsiFromWide(object->strName) + " cannot be run here");
+}
+
+} // namespace NSTQ::Providers

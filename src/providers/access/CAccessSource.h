@@ -1,0 +1,34 @@
+// A database as a data source: its tables, and those of its saved queries that can be run here.
+#pragma once
+
+#include "platform/ado/Provider.h"
+#include "providers/access/CCatalogue.h"
+#include "providers/access/CSavedQueries.h"
+
+namespace NSTQ::Providers {
+
+class CAccessSource : public Platform::IDataSource {
+public:
+    /// Throws CSourceError; the operations below throw _com_error.
+    explicit CAccessSource(std::shared_ptr<const CDatabase> database)
+        : m_pDatabase(std::move(database)), m_catalogue(m_pDatabase) {}
+
+    /// Tables and queries in the order of their names, whatever the case of letters:
+    ///   TABLE          tables of the user
+    ///   VIEW           queries that can be run
+    ///   ACCESS TABLE   tables of the program, hidden tables and temporary ones
+    ///   SYSTEM TABLE   what the database is made of
+    ///   LINK           tables in other databases, PASS-THROUGH when they are reached through ODBC
+    std::vector<Platform::STableSchema> ListTables() override;
+    std::unique_ptr<Platform::IRowSource> OpenTable(std::u16string_view name) override;
+
+private:
+    std::unique_ptr<Platform::IRowSource> OpenObject(std::u16string_view name);
+    std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query);
+
+    std::shared_ptr<const CDatabase> m_pDatabase;
+    CCatalogue m_catalogue;
+    std::optional<CSavedQueries> m_queries; ///< read when there is a query
+};
+
+} // namespace NSTQ::Providers

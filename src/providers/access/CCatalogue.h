@@ -1,0 +1,47 @@
+// What a database holds, from its table MSysObjects.
+#pragma once
+
+#include "providers/access/STableDefinition.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+enum class EObjectKind {
+    Table,
+    AccessTable, ///< of the program itself, hidden, or about to be deleted
+    SystemTable,
+    LinkedTable, ///< in another database
+    LinkedOdbcTable,
+    Query
+};
+
+struct SDatabaseObject {
+    std::u16string strName;
+    EObjectKind kind;
+    std::uint32_t id; ///< for tables of this database, the page of the definition
+    std::uint32_t flags;
+};
+
+class CCatalogue {
+public:
+    /// Throws CSourceError or _com_error when the catalogue cannot be read. The database is shared.
+    explicit CCatalogue(std::shared_ptr<const CDatabase> database);
+
+    /// In the order of their names.
+    const std::vector<SDatabaseObject>& GetObjects() const { return m_objects; }
+    /// The table or query of a name, whatever the case of its letters; null when there is none.
+    const SDatabaseObject* Find(std::u16string_view name) const;
+    /// The definition of a table of this database, with the types of the results of its calculated columns.
+    STableDefinition ReadTable(const SDatabaseObject& object) const;
+
+private:
+    std::shared_ptr<const CDatabase> m_pDatabase;
+    std::vector<SDatabaseObject> m_objects;
+};
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,290 @@
+#include "providers/access/CFieldDecoder.h"
+
+#include "providers/access/SCJetText.h"
+#include "providers/common/CSourceError.h"
+#include "providers/common/LittleEndian.h"
+
+#include <array>
+#include <bit>
+#include <charconv>
+#include <chrono>
+#include <string_view>
+
+namespace NSTQ::Providers {
+
+using namespace Platform;
+
+namespace {
+
+using CBytes = std::span<const unsigned char>;
+
+constexpr std::size_t maxBinary = 65535;
+/// Before a calculated value: sixteen bytes and its length.
+constexpr std::size_t calculatedLengthAt = 16;
+constexpr std::size_t calculatedAt = 20;
+constexpr double firstDay = -657434;                     // 0100-01-01
+constexpr double lastMoment = 2958465 + 86399.5 / 86400; // 9999-12-31, before what rounds to the next day
+constexpr int maxScale = 28;
+constexpr unsigned char negativeSign = 0x80;
+
+CBytes Unwrap(CBytes bytes) {
+    if (bytes.size() < calculatedAt)
+        return bytes;
+    const std::size_t length = ReadU32(bytes.data() + calculatedLengthAt);
+    bytes = bytes.subspan(calculatedAt);
+    return bytes.first(std::min(length, bytes.size()));
+}
+
+void PutHex(WCHAR*& to, unsigned char byte) {
+    static constexpr char16_t digits[] = u"0123456789ABCDEF";
+    *to++ = digits[byte >> 4];
+    *to++ = digits[byte & 15];
+}
+
+void DecodeBinary(CBytes bytes, CBstr& text) {
+    WCHAR* to = text.Resize(2 + 2 * bytes.size());
+    *to++ = u'0';
+    *to++ = u'x';
+    for (const unsigned char byte : bytes)
+        PutHex(to, byte);
+}
+
+void DecodeGuid(const unsigned char* bytes, CBstr& text) {
+    // The first three numbers are stored with the lowest byte first.
+    static constexpr signed char order[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
+    WCHAR* to = text.Resize(38);
+    *to++ = u'{';
+    for (const signed char at : order) {
+        if (at < 0)
+            *to++ = u'-';
+        else
+            PutHex(to, bytes[at]);
+    }
+    *to = u'}';
+}
+
+/// `text` is days since 0001-01-01 and parts of a day of 100 nanoseconds, nineteen digits each, with a colon between.
+bool DecodeExtendedDate(std::string_view text, CBstr& target) {
+    constexpr std::size_t digits = 19;
+    constexpr std::int64_t maxDay = 3652058;
+    constexpr std::int64_t ticksPerSecond = 10'000'000;
+    constexpr std::int64_t ticksPerDay = 86400 * ticksPerSecond;
+    std::int64_t day = 0;
+    std::int64_t ticks = 0;
+    if (text.size() < 2 * digits + 1 || text[digits] != ':')
+        return false;
+    const char* const middle = text.data() + digits;
+    const char* const end = middle + 1 + digits;
+    if (std::from_chars(text.data(), middle, day).ptr != middle ||
+        std::from_chars(middle + 1, end, ticks).ptr != end || day < 0 || day > maxDay || ticks < 0 ||
+        ticks >= ticksPerDay)
+        return false;
+    using namespace std::chrono;
+    const year_month_day date(sys_days(year(1) / 1 / 1) + days(day));
+    const std::int64_t seconds = ticks / ticksPerSecond;
+    WCHAR* to = target.Resize(27);
+    const auto put = [&to](std::int64_t number, int width, char16_t behind) {
+        for (int i = width; i-- > 0; number /= 10)
+            to[i] = static_cast<WCHAR>(u'0' + number % 10);
+        to += width;
+        if (behind != 0)
+            *to++ = behind;
+    };
+    put(static_cast<int>(date.year()), 4, u'-');
+    put(static_cast<unsigned>(date.month()), 2, u'-');
+    put(static_cast<unsigned>(date.day()), 2, u' ');
+    put(seconds / 3600, 2, u':');
+    put(seconds / 60 % 60, 2, u':');
+    put(seconds % 60, 2, u'.');
+    put(ticks % ticksPerSecond, 7, 0);
+    return true;
+}
+
+/// 32 bits each, the highest ones first.
+using CGroups = std::array<std::uint32_t, 4>;
+
+void SetDecimal(VARIANT& value, std::uint8_t scale, bool isNegative, const CGroups& groups) {
+    if (groups[0] != 0 || scale > maxScale)
+        throw CSourceError("a number has more digits than there can be");
+    value.vt = VT_DECIMAL;
+    value.decVal.scale = scale;
+    value.decVal.sign = isNegative ? negativeSign : 0;
+    value.decVal.Hi32 = groups[1];
+    value.decVal.Lo64 = std::uint64_t{groups[2]} << 32 | groups[3];
+}
+
+/// The sign and groups of four bytes, the highest group first.
+void DecodeNumeric(CBytes bytes, std::uint8_t scale, VARIANT& value) {
+    constexpr std::size_t groupSize = sizeof(CGroups::value_type);
+    const std::size_t count = (bytes.size() - 1) / groupSize;
+    CGroups groups = {};
+    if (count == 0 || count > groups.size())
+        throw CSourceError("a number has a size that there is not");
+    for (std::size_t i = 0; i < count; ++i)
+        groups[groups.size() - count + i] = ReadU32(bytes.data() + 1 + i * groupSize);
+    SetDecimal(value, scale, bytes[0] != 0, groups);
+}
+
+/// Its size, scale and sign, then groups of eight bytes, the highest one first and maybe of only four bytes.
+void DecodeCalculatedNumeric(CBytes bytes, VARIANT& value) {
+    constexpr std::size_t header = 4;
+    CGroups groups = {};
+    std::size_t count = bytes.size() < header ? 0 : (bytes.size() - header) / sizeof(CGroups::value_type);
+    if (count == 0)
+        throw CSourceError("a calculated number is too short");
+    count = std::min(count, groups.size());
+    const unsigned char* from = bytes.data() + header;
+    for (std::size_t group = groups.size() - count; group < groups.size(); from += 4) {
+        if ((groups.size() - group) % 2 != 0) {
+            groups[group++] = ReadU32(from);
+        } else {
+            groups[group + 1] = ReadU32(from);
+            groups[group] = ReadU32(from += 4);
+            group += 2;
+        }
+    }
+    SetDecimal(value, bytes[2], bytes[3] != 0, groups);
+}
+
+void SetText(SFieldValue& target) {
+    target.value.vt = VT_BSTR;
+    target.value.bstrVal = target.text.Get();
+}
+
+void SetDate(VARIANT& value, double date) {
+    const bool isDate = date > firstDay - 1 && date < lastMoment;
+    value.vt = isDate ? VT_DATE : VT_R8;
+    (isDate ? value.date : value.dblVal) = date;
+}
+
+/// A field of variable size may be empty; the value stays null then.
+void DecodeNumber(const SColumn& column, CBytes bytes, VARIANT& value) {
+    const std::size_t size = column.type == EColumnType::Boolean ? 1 : column.GetFixedSize();
+    if (bytes.empty())
+        return;
+    if (bytes.size() < size)
+        throw CSourceError("a number is too short");
+    const unsigned char* const from = bytes.data();
+    switch (column.type) {
+    case EColumnType::Boolean:
+        value.vt = VT_BOOL;
+        value.boolVal = from[0] != 0 ? VARIANT_TRUE : VARIANT_FALSE;
+        break;
+    case EColumnType::Byte:
+        value.vt = VT_UI1;
+        value.bVal = from[0];
+        break;
+    case EColumnType::Integer:
+        value.vt = VT_I2;
+        value.iVal = static_cast<std::int16_t>(ReadU16(from));
+        break;
+    case EColumnType::Long:
+        value.vt = VT_I4;
+        value.lVal = static_cast<std::int32_t>(ReadU32(from));
+        break;
+    case EColumnType::Currency:
+        value.vt = VT_CY;
+        value.cyVal = static_cast<std::int64_t>(ReadU64(from));
+        break;
+    case EColumnType::Single:
+        value.vt = VT_R4;
+        value.fltVal = std::bit_cast<float>(ReadU32(from));
+        break;
+    case EColumnType::Double:
+        value.vt = VT_R8;
+        value.dblVal = std::bit_cast<double>(ReadU64(from));
+        break;
+    case EColumnType::DateTime:
+        SetDate(value, std::bit_cast<double>(ReadU64(from)));
+        break;
+    default:
+        value.vt = VT_I8;
+        value.llVal = static_cast<std::int64_t>(ReadU64(from));
+        break;
+    }
+}
+
+} // namespace
+
+std::span<const unsigned char> CFieldDecoder::GetBytes(const SColumn& column, const CRowFields& fields) {
+    const auto bytes = fields.GetField(column);
+    if (!bytes)
+        return {};
+    return column.IsLongValue() ? m_longValues.Read(*bytes) : *bytes;
+}
+
+void CFieldDecoder::Decode(const SColumn& column, const CRowFields& fields, SFieldValue& target) {
+    if (column.type == EColumnType::Boolean && !column.isCalculated) {
+        target.value.vt = VT_BOOL;
+        target.value.boolVal = fields.IsSet(column) ? VARIANT_TRUE : VARIANT_FALSE;
+        return;
+    }
+    target.value.vt = VT_NULL;
+    const auto field = fields.GetField(column);
+    if (!field)
+        return;
+    CBytes bytes = *field;
+    if (column.IsLongValue())
+        bytes = m_longValues.Read(bytes, column.type == EColumnType::Ole ? maxBinary : CLongValues::maxSize);
+    if (column.isCalculated)
+        bytes = Unwrap(bytes);
+    DecodeBytes(column, bytes, target);
+}
+
+void CFieldDecoder::DecodeBytes(const SColumn& column, CBytes bytes, SFieldValue& target) {
+    switch (column.type) {
+    case EColumnType::Text:
+    case EColumnType::Memo:
+        DecodeText(bytes, target);
+        return;
+    case EColumnType::Complex:
+        DecodeText({}, target);
+        return;
+    case EColumnType::Boolean:
+    case EColumnType::Byte:
+    case EColumnType::Integer:
+    case EColumnType::Long:
+    case EColumnType::Currency:
+    case EColumnType::Single:
+    case EColumnType::Double:
+    case EColumnType::DateTime:
+    case EColumnType::BigInt:
+        DecodeNumber(column, bytes, target.value);
+        return;
+    case EColumnType::Numeric:
+        if (bytes.empty())
+            return;
+        if (column.isCalculated)
+            DecodeCalculatedNumeric(bytes, target.value);
+        else
+            DecodeNumeric(bytes, column.scale, target.value);
+        return;
+    case EColumnType::Guid:
+    case EColumnType::ExtendedDateTime:
+    case EColumnType::Binary:
+    case EColumnType::Ole:
+        break;
+    }
+    DecodeOther(column, bytes, target);
+}
+
+/// What has its text from its bytes.
+void CFieldDecoder::DecodeOther(const SColumn& column, CBytes bytes, SFieldValue& target) {
+    constexpr std::size_t guidSize = 16;
+    const std::string_view characters(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (column.type == EColumnType::Guid && bytes.size() == guidSize)
+        DecodeGuid(bytes.data(), target.text);
+    else if (column.type != EColumnType::ExtendedDateTime || !DecodeExtendedDate(characters, target.text))
+        DecodeBinary(bytes.first(std::min(bytes.size(), maxBinary)), target.text);
+    SetText(target);
+}
+
+void CFieldDecoder::DecodeText(CBytes bytes, SFieldValue& target) {
+    if (m_database.GetFormat().IsJet3())
+        SCJetText::DecodeNarrow(bytes, m_database.GetCodePage(), target.text);
+    else
+        SCJetText::DecodeWide(bytes, target.text);
+    SetText(target);
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,30 @@
+// Gives the pages of a database, read some at a time: tables and long values mostly lie one page after another.
+#pragma once
+
+#include "providers/access/CDatabase.h"
+
+#include <vector>
+
+namespace NSTQ::Providers {
+
+class CPageReader {
+public:
+    /// Reads `pagesAtOnce` pages, at most 64, when it has to. `database` outlives the reader.
+    CPageReader(const CDatabase& database, unsigned pagesAtOnce);
+
+    /// The whole page, decoded; valid until the next call. Throws CSourceError for a page that the file does not
+    /// have.
+    std::span<const unsigned char> GetPage(std::uint32_t page);
+    /// The same, and the page is what its first byte has to say it is.
+    std::span<const unsigned char> GetPage(std::uint32_t page, EPageType type);
+
+private:
+    const CDatabase& m_database;
+    unsigned m_pagesAtOnce;
+    std::vector<unsigned char> m_block;
+    std::uint32_t m_first = 0;   ///< the page that the block begins with
+    std::uint32_t m_count = 0;   ///< pages in the block
+    std::uint64_t m_decoded = 0; ///< a bit for each page of the block
+};
+
+} // namespace NSTQ::Providers

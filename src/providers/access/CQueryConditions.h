@@ -1,0 +1,61 @@
+// The conditions of a saved query, as far as they can be checked here: comparisons of columns with numbers, texts and
+// dates, IS NULL and BETWEEN, all joined by AND.
+//
+// Texts are compared without regard to case. LIKE is left out on purpose: whether its wildcards are * and ? or % and
+// _ depends on how a query is run.
+#pragma once
+
+#include "platform/ado/Provider.h"
+#include "providers/access/STableDefinition.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+enum class EComparison { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual, IsNull, IsNotNull };
+
+/// The number of a column among a table's columns, for the text that names it, with or without the table's name.
+/// Nothing when there is no such column.
+class CColumnScope {
+public:
+    /// `tables` are the names by which the table may be called. Both outlive the object.
+    CColumnScope(const std::vector<SColumn>& columns, const std::vector<std::u16string>& tables)
+        : m_columns(columns), m_tables(tables) {}
+
+    bool IsTable(std::u16string_view name) const;
+    std::optional<std::size_t> Find(std::u16string_view name) const;
+    const SColumn& operator[](std::size_t column) const { return m_columns[column]; }
+    std::size_t GetCount() const { return m_columns.size(); }
+
+private:
+    const std::vector<SColumn>& m_columns;
+    const std::vector<std::u16string>& m_tables;
+};
+
+class CQueryConditions {
+public:
+    /// No conditions.
+    CQueryConditions() = default;
+    /// Reads the condition `text` over the columns of `scope`. Nothing when it asks for more than can be checked
+    /// here.
+    static std::optional<CQueryConditions> Parse(std::u16string_view text, const CColumnScope& scope);
+
+    bool IsEmpty() const { return m_conditions.empty(); }
+    /// Whether the current row fulfils all. Raises what the row source raises.
+    bool Hold(Platform::IRowSource& rows) const;
+
+    struct SCondition {
+        std::size_t column;
+        EComparison comparison;
+        std::u16string strText; ///< what a text is compared with
+        double number;          ///< what a number is compared with, for dates a number of seconds
+    };
+
+private:
+    std::vector<SCondition> m_conditions;
+};
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,181 @@
+#include "providers/access/CSavedQueries.h"
+
+#include "platform/ado/TextCase.h"
+#include "providers/access/CQueryTokens.h"
+#include "providers/access/CTableRows.h"
+#include "providers/access/SCNameOrder.h"
+#include "providers/common/CSourceError.h"
+
+#include <algorithm>
+#include <functional>
+#include <tuple>
+
+namespace NSTQ::Providers {
+
+using namespace Platform;
+
+namespace {
+
+/// What a row of a query is about.
+constexpr std::uint32_t startAttribute = 0;
+constexpr std::uint32_t typeAttribute = 1;
+constexpr std::uint32_t optionsAttribute = 3;
+constexpr std::uint32_t databaseAttribute = 4;
+constexpr std::uint32_t tableAttribute = 5;
+constexpr std::uint32_t columnAttribute = 6;
+constexpr std::uint32_t whereAttribute = 8;
+constexpr std::uint32_t endAttribute = 255;
+
+constexpr std::uint32_t selectType = 1;
+constexpr std::uint32_t allColumnsOption = 0x01;
+/// Whose rights count, and that rows of several tables come once: for one table both change nothing.
+constexpr std::uint32_t harmlessOptions = 0x04 | 0x08;
+constexpr std::uint32_t kindOfQueryFlags = 0xF0;
+
+std::uint32_t NumberOf(const VARIANT& value) {
+    return value.vt == VT_I4    ? static_cast<std::uint32_t>(value.lVal)
+           : value.vt == VT_I2  ? static_cast<std::uint16_t>(value.iVal)
+           : value.vt == VT_UI1 ? value.bVal
+                                : 0;
+}
+
+std::u16string TextOf(const VARIANT& value) {
+    return value.vt == VT_BSTR ? std::u16string(BstrView(value.bstrVal)) : std::u16string();
+}
+
+std::size_t FindColumn(const CTableRows& rows, std::u16string_view name) {
+    const auto& names = rows.GetColumnNames();
+    const auto found = std::ranges::find(names, name);
+    if (found == names.end())
+        throw CSourceError("its table of queries has no column " + AnsiFromWide(name));
+    return static_cast<std::size_t>(found - names.begin());
+}
+
+} // namespace
+
+CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CCatalogue& catalogue)
+    : m_catalogue(catalogue) {
+    const SDatabaseObject* const table = catalogue.Find(u"MSysQueries");
+    if (table == nullptr || table->kind != EObjectKind::SystemTable)
+        return;
+    CTableRows rows(std::move(database), catalogue.ReadTable(*table));
+    const auto find = [&rows](std::u16string_view name) { return FindColumn(rows, name); };
+    const std::size_t id = find(u"ObjectId");
+    const std::size_t attribute = find(u"Attribute");
+    const std::size_t order = find(u"Order");
+    const std::size_t flag = find(u"Flag");
+    const std::size_t name1 = find(u"Name1");
+    const std::size_t name2 = find(u"Name2");
+    const std::size_t expression = find(u"Expression");
+    while (rows.MoveNext()) {
+        m_rows.push_back({NumberOf(rows.GetValue(id)), NumberOf(rows.GetValue(attribute)),
+                          TextOf(rows.GetValue(order)), NumberOf(rows.GetValue(flag)), TextOf(rows.GetValue(name1)),
+                          TextOf(rows.GetValue(name2)), TextOf(rows.GetValue(expression))});
+    }
+    std::ranges::stable_sort(m_rows, [](const SRow& left, const SRow& right) {
+        return std::tie(left.id, left.attribute, left.strOrder) < std::tie(right.id, right.attribute, right.strOrder);
+    });
+}
+
+std::span<const CSavedQueries::SRow> CSavedQueries::GetRows(std::uint32_t id) const {
+    const auto first = std::ranges::lower_bound(m_rows, id, {}, &SRow::id);
+    return {first, std::ranges::upper_bound(first, m_rows.end(), id, {}, &SRow::id)};
+}
+
+/// Whether nothing but columns, one table and conditions makes the query.
+bool CSavedQueries::IsPlainSelect(std::span<const SRow> rows) {
+    const auto isPlain = [](const SRow& row) {
+        switch (row.attribute) {
+        case typeAttribute:
+            return row.flag == selectType && row.strName1.empty() && row.strExpression.empty();
+        case optionsAttribute:
+            return (row.flag & ~(allColumnsOption | harmlessOptions)) == 0;
+        case databaseAttribute:
+            return row.strName1.empty() && row.strExpression.empty();
+        case tableAttribute:
+            return row.strExpression.empty();
+        case startAttribute:
+        case columnAttribute:
+        case whereAttribute:
+        case endAttribute:
+            return true;
+        default:
+            return false;
+        }
+    };
+    return std::ranges::all_of(rows, isPlain) && std::ranges::count(rows, tableAttribute, &SRow::attribute) == 1 &&
+           std::ranges::count(rows, whereAttribute, &SRow::attribute) <= 1;
+}
+
+/// A column, or all of them as Table.*
+bool CSavedQueries::TakeOutput(const SRow& row, const CColumnScope& scope, SQueryPlan& plan) {
+    CQueryTokens tokens(row.strExpression);
+    SToken name = tokens.Current();
+    tokens.Advance();
+    bool isAll = name.kind == ETokenKind::Sign && name.strText == u"*";
+    if (name.kind == ETokenKind::Name && tokens.Take(u".")) {
+        if (!scope.IsTable(name.strText))
+            return false;
+        name = tokens.Current();
+        tokens.Advance();
+        isAll = name.kind == ETokenKind::Sign && name.strText == u"*";
+    }
+    if (tokens.Current().kind != ETokenKind::End)
+        return false;
+    if (isAll) {
+        for (std::size_t i = 0; i < scope.GetCount(); ++i)
+            plan.outputs.push_back({scope[i].strName, i});
+        return true;
+    }
+    const auto column = name.kind == ETokenKind::Name ? scope.Find(name.strText) : std::nullopt;
+    if (!column)
+        return false;
+    plan.outputs.push_back({row.strName1.empty() ? scope[*column].strName : row.strName1, *column});
+    return true;
+}
+
+/// False also when two columns would have one name: the database invents others then.
+bool CSavedQueries::TakeOutputs(std::span<const SRow> rows, const CColumnScope& scope, SQueryPlan& plan) {
+    for (const SRow& row : rows) {
+        if (row.attribute == columnAttribute && !TakeOutput(row, scope, plan))
+            return false;
+    }
+    const bool hasAll = std::ranges::any_of(rows, [](const SRow& row) {
+        return row.attribute == optionsAttribute && (row.flag & allColumnsOption) != 0;
+    });
+    for (std::size_t i = 0; hasAll && i < scope.GetCount(); ++i)
+        plan.outputs.push_back({scope[i].strName, i});
+    std::vector<std::u16string_view> names;
+    for (const SQueryPlan::SOutput& output : plan.outputs)
+        names.push_back(output.strName);
+    const auto isBefore = [](std::u16string_view left, std::u16string_view right) {
+        return SCNameOrder::Compare(left, right) < 0;
+    };
+    std::ranges::sort(names, isBefore);
+    return !names.empty() && std::ranges::adjacent_find(names, std::not_fn(isBefore)) == names.end();
+}
+
+std::optional<SQueryPlan> CSavedQueries::MakePlan(const SDatabaseObject& query) const {
+    const auto rows = GetRows(query.id);
+    if ((query.flags & kindOfQueryFlags) != 0 || !IsPlainSelect(rows))
+        return std::nullopt;
+    const SRow& from = *std::ranges::find(rows, tableAttribute, &SRow::attribute);
+    const SDatabaseObject* const table = m_catalogue.Find(from.strName1);
+    if (table == nullptr || table->kind != EObjectKind::Table)
+        return std::nullopt;
+    SQueryPlan plan = {m_catalogue.ReadTable(*table), {}, {}};
+    const std::vector<std::u16string> names = {from.strName2.empty() ? from.strName1 : from.strName2};
+    const CColumnScope scope(plan.table.columns, names);
+    const auto where = std::ranges::find(rows, whereAttribute, &SRow::attribute);
+    if (where != rows.end()) {
+        auto conditions = CQueryConditions::Parse(where->strExpression, scope);
+        if (!conditions)
+            return std::nullopt;
+        plan.conditions = std::move(*conditions);
+    }
+    if (!TakeOutputs(rows, scope, plan))
+        return std::nullopt;
+    return plan;
+}
+
+} // namespace NSTQ::Providers

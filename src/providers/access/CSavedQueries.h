@@ -1,0 +1,53 @@
+// The saved queries of a database, from its table MSysQueries, and which of them can be run here: those that select
+// columns of one table of the database, all or by name, with conditions that CQueryConditions understands.
+#pragma once
+
+#include "providers/access/CCatalogue.h"
+#include "providers/access/CQueryConditions.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+/// How to run a query.
+struct SQueryPlan {
+    struct SOutput {
+        std::u16string strName;
+        std::size_t column; ///< of the table
+    };
+    STableDefinition table;
+    std::vector<SOutput> outputs;
+    CQueryConditions conditions;
+};
+
+class CSavedQueries {
+public:
+    /// Throws CSourceError or _com_error when the queries cannot be read. `catalogue` outlives the object.
+    CSavedQueries(std::shared_ptr<const CDatabase> database, const CCatalogue& catalogue);
+
+    /// Nothing when the query asks for more than can be done here.
+    std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query) const;
+
+private:
+    struct SRow {
+        std::uint32_t id;
+        std::uint32_t attribute;
+        std::u16string strOrder;
+        std::uint32_t flag;
+        std::u16string strName1;
+        std::u16string strName2;
+        std::u16string strExpression;
+    };
+
+    std::span<const SRow> GetRows(std::uint32_t id) const;
+    static bool IsPlainSelect(std::span<const SRow> rows);
+    static bool TakeOutputs(std::span<const SRow> rows, const CColumnScope& scope, SQueryPlan& plan);
+    static bool TakeOutput(const SRow& row, const CColumnScope& scope, SQueryPlan& plan);
+
+    const CCatalogue& m_catalogue;
+    std::vector<SRow> m_rows; ///< by query, attribute and order
+};
+
+} // namespace NSTQ::Providers

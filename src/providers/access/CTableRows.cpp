@@ -1,0 +1,37 @@
+#include "providers/access/CTableRows.h"
+
+#include "providers/common/CSourceError.h"
+
+namespace NSTQ::Providers {
+
+using namespace Platform;
+
+CTableRows::CTableRows(std::shared_ptr<const CDatabase> database, STableDefinition table)
+    : m_pDatabase(std::move(database)), m_table(std::move(table)), m_scan(*m_pDatabase, m_table),
+      m_decoder(*m_pDatabase), m_cells(m_table.columns.size()) {
+    m_names.reserve(m_table.columns.size());
+    for (const SColumn& column : m_table.columns)
+        m_names.push_back(column.strName);
+}
+
+bool CTableRows::MoveNext() {
+    ++m_row;
+    return RaiseAsComError(m_pDatabase->GetPath(), [this] { return m_scan.MoveNext(); });
+}
+
+const VARIANT& CTableRows::GetValue(std::size_t column) {
+    SCell& cell = m_cells[column];
+    if (cell.row != m_row) {
+        RaiseAsComError(m_pDatabase->GetPath(),
+                        [&] { m_decoder.Decode(m_table.columns[column], m_scan.GetFields(), cell.field); });
+        cell.row = m_row;
+    }
+    return cell.field.value;
+}
+
+std::span<const unsigned char> CTableRows::GetBytes(std::size_t column) {
+    return RaiseAsComError(m_pDatabase->GetPath(),
+                           [&] { return m_decoder.GetBytes(m_table.columns[column], m_scan.GetFields()); });
+}
+
+} // namespace NSTQ::Providers

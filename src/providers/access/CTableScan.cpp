@@ -1,0 +1,77 @@
+#include "providers/access/CTableScan.h"
+
+#include "providers/common/CSourceError.h"
+#include "providers/common/LittleEndian.h"
+
+namespace NSTQ::Providers {
+
+namespace {
+
+constexpr unsigned pagesAtOnce = 32;
+constexpr std::size_t pointerSize = 4;
+/// A row is moved again from where it began, so one step is the rule.
+constexpr int maxMoves = 16;
+
+} // namespace
+
+CTableScan::CTableScan(const CDatabase& database, const STableDefinition& table)
+    : m_database(database), m_table(table), m_pages(database, table.usedPages), m_reader(database, pagesAtOnce),
+      m_movedReader(database, 1), m_fields(database.GetFormat(), table.maxColumns) {}
+
+bool CTableScan::MoveNext() {
+    while (true) {
+        if (!m_page || m_row == m_page->GetRowCount()) {
+            if (!LoadNextPage())
+                return false;
+            continue;
+        }
+        const CDataPage::SRow row = m_page->GetRow(m_row++);
+        if (row.isDeleted)
+            continue;
+        m_fields.Assign(row.isPointer ? Follow(row.bytes) : row.bytes);
+        ++m_rowsRead;
+        return true;
+    }
+}
+
+/// The map may hold other pages than those with rows. They are passed over; but when rows are missing at the end, one
+/// of them is what has been damaged.
+bool CTableScan::LoadNextPage() {
+    const auto number = m_pages.Next();
+    m_row = 0;
+    m_page.reset();
+    if (!number) {
+        if (m_strangePage != 0 && m_rowsRead < m_table.rowCount)
+            throw CSourceError("page " + std::to_string(m_strangePage) + " should hold rows, but does not: " +
+                               std::to_string(m_table.rowCount - m_rowsRead) + " rows are lost");
+        return false;
+    }
+    const auto bytes = m_reader.GetPage(*number);
+    const bool isData = bytes[0] == static_cast<unsigned char>(EPageType::Data);
+    if (isData && ReadU32(bytes.data() + CDataPage::ownerAt) == m_table.page)
+        m_page.emplace(m_database.GetFormat(), *number, bytes);
+    else
+        m_strangePage = *number;
+    return true;
+}
+
+std::span<const unsigned char> CTableScan::Follow(std::span<const unsigned char> pointer) {
+    for (int i = 0; i < maxMoves; ++i) {
+        if (pointer.size() < pointerSize)
+            throw CSourceError("a row has moved nowhere");
+        const auto address = SRowAddress::FromPointer(ReadU32(pointer.data()));
+        const CDataPage page(m_database.GetFormat(), address.page,
+                             m_movedReader.GetPage(address.page, EPageType::Data));
+        // Where it has moved to it counts as deleted, so that it is found only once.
+        const CDataPage::SRow row = page.GetRow(address.row);
+        if (page.GetOwner() != m_table.page)
+            throw CSourceError("a row has moved to page " + std::to_string(address.page) +
+                               ", which is not the table's");
+        if (!row.isPointer)
+            return row.bytes;
+        pointer = row.bytes;
+    }
+    throw CSourceError("a row moves in circles");
+}
+
+} // namespace NSTQ::Providers

@@ -1,0 +1,41 @@
+// The rows of a table as they lie in its pages, one after the other: deleted ones are passed over, those that have
+// moved to another page are followed there.
+#pragma once
+
+#include "providers/access/CDataPage.h"
+#include "providers/access/CPageReader.h"
+#include "providers/access/CRowFields.h"
+#include "providers/access/CUsageMap.h"
+#include "providers/access/STableDefinition.h"
+
+#include <optional>
+
+namespace NSTQ::Providers {
+
+class CTableScan {
+public:
+    /// Both outlive the scan. Throws CSourceError, as the operation below does.
+    CTableScan(const CDatabase& database, const STableDefinition& table);
+
+    /// Steps to the next row; false past the last one.
+    bool MoveNext();
+    /// The current row, valid until MoveNext.
+    const CRowFields& GetFields() const { return m_fields; }
+
+private:
+    bool LoadNextPage();
+    std::span<const unsigned char> Follow(std::span<const unsigned char> pointer);
+
+    const CDatabase& m_database;
+    const STableDefinition& m_table;
+    CUsageMap m_pages;
+    CPageReader m_reader;
+    CPageReader m_movedReader; ///< for rows that have moved
+    std::optional<CDataPage> m_page;
+    std::uint32_t m_row = 0; ///< the next one of the page
+    std::int64_t m_rowsRead = 0;
+    std::uint32_t m_strangePage = 0; ///< one in the map that is not a page of the table; 0 for none
+    CRowFields m_fields;
+};
+
+} // namespace NSTQ::Providers

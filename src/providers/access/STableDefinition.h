@@ -1,0 +1,60 @@
+// The definition of a table: its columns, how many rows it has and where they lie.
+#pragma once
+
+#include "providers/access/CDatabase.h"
+
+#include <string>
+#include <vector>
+
+namespace NSTQ::Providers {
+
+enum class EColumnType : unsigned char {
+    Boolean = 1,
+    Byte,
+    Integer,
+    Long,
+    Currency,
+    Single,
+    Double,
+    DateTime,
+    Binary,
+    Text,
+    Ole,
+    Memo,
+    Guid = 0x0F,
+    Numeric,
+    Complex = 0x12, ///< attachments and fields of several values, which lie in tables of their own
+    BigInt,
+    ExtendedDateTime
+};
+
+struct SColumn {
+    std::u16string strName;
+    EColumnType type;
+    std::uint16_t number; ///< counts deleted columns, too: its bit in the null mask of rows
+    bool isVariable;
+    bool isCalculated;
+    std::uint16_t variableIndex; ///< among the offsets of a row
+    std::uint16_t fixedOffset;
+    std::uint16_t position; ///< where it is shown; columns that were never moved may all have 0
+    std::uint16_t length;   ///< bytes, as far as the type does not tell
+    std::uint8_t scale;
+
+    bool IsLongValue() const { return type == EColumnType::Ole || type == EColumnType::Memo; }
+    /// Bytes of a value that is not variable.
+    std::size_t GetFixedSize() const;
+};
+
+struct STableDefinition {
+    std::uint32_t page;     ///< the first of the definition, by which data pages name their table
+    std::uint32_t rowCount; ///< as the definition has it
+    std::size_t maxColumns; ///< what a row has at most
+    SRowAddress usedPages;
+    std::vector<SColumn> columns; ///< in the order in which they are shown
+};
+
+/// Reads the definition that begins at `page`. Throws CSourceError when there is none, or one that goes round in
+/// circles or does not hold what it claims.
+STableDefinition ReadTableDefinition(const CDatabase& database, std::uint32_t page);
+
+} // namespace NSTQ::Providers

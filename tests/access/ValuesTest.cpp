@@ -1,0 +1,188 @@
+// Each type of column at its limits, as text.
+#include "access/AccessHarness.h"
+#include "support/AnsiPage.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace NSTQ::Tests {
+namespace {
+
+using enum EAccess;
+using Whole = std::numeric_limits<std::int64_t>;
+using Real = std::numeric_limits<double>;
+
+struct SValueCase {
+    SAccessColumn column;
+    AccessValue value;
+    std::string strText;
+    EJet first = EJet::Jet3;
+};
+
+SAccessColumn Variable(EAccess type) {
+    SAccessColumn column{"", type};
+    column.isVariable = true;
+    return column;
+}
+
+SAccessColumn Calculated(EAccess type, unsigned char scale = 0) {
+    SAccessColumn column{"", type, scale};
+    column.isCalculated = true;
+    return column;
+}
+
+SAccessColumn Plain(EAccess type) {
+    SAccessColumn column{"", type};
+    column.isCompressed = false;
+    return column;
+}
+
+std::int64_t Int(std::int64_t value) {
+    return value;
+}
+
+const std::string guid("\x33\x22\x11\x00\x55\x44\x77\x66\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF", 16);
+const std::string extendedDate("0000000000000738915:0000000863991234567:7\0", 42);
+
+const SValueCase valueCases[] = {
+    {{"", Boolean}, true, "-1"},
+    {{"", Boolean}, false, "0"},
+    {{"", Boolean}, {}, "0"},
+    {{"", Byte}, Int(255), "255"},
+    {{"", Integer}, Int(-32768), "-32768"},
+    {{"", Integer}, Int(32767), "32767"},
+    {{"", Long}, Int(-2147483648LL), "-2147483648"},
+    {{"", Long}, Int(2147483647), "2147483647"},
+    {{"", Long}, {}, ""},
+    {Variable(Long), Int(-7), "-7"},
+    {Variable(Long), {}, ""},
+    {{"", Currency}, Whole::max(), "922337203685477.5807"},
+    {{"", Currency}, Whole::min(), "-922337203685477.5808"},
+    {{"", Currency}, Int(-1), "-0.0001"},
+    {{"", Currency}, Int(125000), "12.5"},
+    {Variable(Currency), Int(10000), "1"},
+    {{"", Single}, 3.4028235e38, "3.402823E+38"},
+    {{"", Single}, 0.1, "0.1"},
+    {{"", Double}, Real::max(), "1.79769313486232E+308"},
+    {{"", Double}, Real::min(), "2.2250738585072E-308"},
+    {{"", Double}, -0.1, "-0.1"},
+    {{"", Double}, 1e15, "1E+15"},
+    {{"", Date}, -657434.0, "0100/01/01"},
+    {{"", Date}, -657434.75, "0100/01/01 18:00:00"},
+    {{"", Date}, 2958465.0 + 86399.0 / 86400, "9999/12/31 23:59:59"},
+    {{"", Date}, 0.5, "12:00:00"},
+    {{"", Date}, 0.0, "0:00:00"},
+    {{"", Date}, 60.0, "1900/02/28"},
+    {{"", Date}, 61.0, "1900/03/01"},
+    {{"", Date}, 2958466.0, "2958466"},
+    {Variable(Date), 45000.75, "2023/03/15 18:00:00"},
+    {{"", Binary}, "\x01\xAB\xFF", "0x01ABFF"},
+    {{"", Ole}, std::string("\0x", 2), "0x0078"},
+    {{"", Ole}, {}, ""},
+    {{"", Guid}, guid, "{00112233-4455-6677-8899-AABBCCDDEEFF}"},
+    {Variable(Guid), guid, "{00112233-4455-6677-8899-AABBCCDDEEFF}"},
+    {{"", Numeric, 0}, "9999999999999999999999999999", "9999999999999999999999999999"},
+    {{"", Numeric, 0}, "-9999999999999999999999999999", "-9999999999999999999999999999"},
+    {{"", Numeric, 28}, "-1", "-0.0000000000000000000000000001"},
+    {{"", Numeric, 14}, "1234567890123456789012345678", "12345678901234.56789012345678"},
+    {{"", Numeric, 4}, "1250000", "125"},
+    {{"", Numeric, 4}, "0", "0"},
+    {{"", Numeric, 4}, {}, ""},
+    {{"", Text}, "plain", "plain"},
+    {{"", Text}, "", ""},
+    {{"", Text}, {}, ""},
+    {{"", Memo}, "plain", "plain"},
+    {{"", Memo}, "", ""},
+    {{"", Memo}, {}, ""},
+    {{"", Text}, " a\tb\r\nc ", "a bc"},
+    {{"", Text}, "m\xC3\xBCller", "m\xC3\xBCller", EJet::Jet4},
+    {{"", Text}, "東京 Tokyo 大阪", "東京 Tokyo 大阪", EJet::Jet4},
+    {{"", Text}, "a long beginning, 東京, and an end", "a long beginning, 東京, and an end", EJet::Jet4},
+    {{"", Text}, "compressed but for Ā", "compressed but for Ā", EJet::Jet4},
+    {{"", Text}, "with 😀 beyond the first plane", "with 😀 beyond the first plane", EJet::Jet4},
+    {Plain(Text), "never compressed", "never compressed", EJet::Jet4},
+    {Plain(Memo), "never compressed", "never compressed", EJet::Jet4},
+    {{"", Text}, std::string(255, 'x'), std::string(255, 'x'), EJet::Jet4},
+    {{"", Complex}, Int(1), "", EJet::Ace12},
+    {Calculated(Long), Int(-5), "-5", EJet::Ace14},
+    {Calculated(Text), "a result", "a result", EJet::Ace14},
+    {Calculated(Memo), "a long result", "a long result", EJet::Ace14},
+    {Calculated(Boolean), true, "-1", EJet::Ace14},
+    {Calculated(Boolean), false, "0", EJet::Ace14},
+    {Calculated(Double), 2.5, "2.5", EJet::Ace14},
+    {Calculated(Currency), Int(25000), "2.5", EJet::Ace14},
+    {Calculated(Date), 45000.5, "2023/03/15 12:00:00", EJet::Ace14},
+    {Calculated(Numeric, 3), "-12345678901234567890", "-12345678901234567.89", EJet::Ace14},
+    {Calculated(Long), {}, "", EJet::Ace14},
+    {{"", Large}, Whole::max(), "9223372036854775807", EJet::Ace16},
+    {{"", Large}, Whole::min(), "-9223372036854775808", EJet::Ace16},
+    {{"", ExtendedDate}, extendedDate, "2024-01-31 23:59:59.1234567", EJet::Ace16},
+};
+
+TEST(AccessValues, EachTypeAtItsLimits) {
+    const CAnsiPage page(65001);
+    for (const EJet version : allVersions) {
+        std::vector<SAccessColumn> columns;
+        std::vector<std::string> expected;
+        AccessRow row;
+        for (const SValueCase& known : valueCases) {
+            if (known.first > version)
+                continue;
+            columns.push_back(known.column);
+            columns.back().strName = "c" + std::to_string(columns.size());
+            row.push_back(known.value);
+            expected.push_back(known.strText);
+        }
+        CAccessWriter writer(version);
+        writer.AddTable("T", columns).Add(row);
+        std::string rest = RowsOf(writer);
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            const std::size_t end = std::min(rest.find_first_of("|\n"), rest.size());
+            EXPECT_EQ(rest.substr(0, end), expected[i]) << "version " << int(version) << ", column " << i;
+            rest.erase(0, end + 1);
+        }
+        EXPECT_EQ(rest, "");
+    }
+}
+
+TEST(AccessValues, TextsGoThroughTheCodePages) {
+    const struct {
+        EJet version;
+        unsigned filePage;
+        unsigned page;
+        const char* text;
+        const char* expected;
+    } cases[] = {
+        {EJet::Jet3, 1252, 1252, "m\xFCller", "m\xFCller"},
+        {EJet::Jet3, 1252, 65001, "m\xFCller \x80", "müller €"},
+        {EJet::Jet3, 932, 932, "\x83\x5C\x81\x5B|\x95\x5C", "\x83\x5C\x81\x5B|\x95\x5C"},
+        {EJet::Jet3, 932, 65001, "\x83\x5C\x81\x5B", "ソー"},
+        {EJet::Jet3, 949, 65001, "\xC7\xD1", "한"},
+        {EJet::Jet3, 1252, 932, "m\xFCller", "muller"}, // the closest that there is
+        {EJet::Jet4, 1252, 932, "ソー 表", "\x83\x5C\x81\x5B \x95\x5C"},
+        {EJet::Jet4, 1252, 932, "한 😀 x", "? ?? x"},
+        {EJet::Jet4, 1252, 1252, "€ 東", "\x80 ?"},
+    };
+    for (const auto& known : cases) {
+        const CAnsiPage page(known.page);
+        CAccessWriter writer(known.version);
+        writer.SetCodePage(known.filePage);
+        writer.AddTable("T", {{"Text"}, {"Memo", Memo}}).Add({known.text, known.text});
+        EXPECT_EQ(RowsOf(writer), std::string(known.expected) + "|" + known.expected + "\n") << known.text;
+    }
+}
+
+TEST(AccessValues, NamesGoThroughTheCodePages) {
+    const CAnsiPage page(932);
+    CAccessWriter writer(EJet::Jet4);
+    writer.AddTable("表 1", {{"ソース", Long}, {"[x] %", Long}}).Add({Int(1), Int(2)});
+    CAccessFile file(writer.Finish().Bytes());
+    EXPECT_EQ(file.Names(), "\x95\x5C 1");
+    EXPECT_EQ(file.ColumnNames("\x95\x5C 1"), "\x83\x5C\x81\x5B\x83\x58|[x] %");
+    EXPECT_EQ(file.Rows("\x95\x5C 1"), "1|2\n");
+}
+
+} // namespace
+} // namespace NSTQ::Tests
