@@ -2,6 +2,7 @@
 set(TQC_PACKAGE_CONTACT "tqcAccess developers <developers@tqcaccess.invalid>" CACHE STRING
   "The maintainer that packages name")
 
+# Their first line is the description of the project; these are the lines below it.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT ${TQC_PACKAGE_CONTACT})
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -24,8 +25,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtqcaccess${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-"reader of tabular sources, row by row: shared library
-Reads comma- and tab-separated text, fixed-length text, packages, workbooks
+"The shared library. It reads comma- and tab-separated text, fixed-length text, packages, workbooks
 and databases one row at a time, converts between UTF-8 and the usual
 double-byte code pages, and writes CSV.")
 
@@ -46,8 +46,7 @@ list(JOIN tqc_static_needs ", " tqc_static_needs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} ${tqc_version}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "${tqc_static_needs}")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-"reader of tabular sources, row by row: headers and static library
-What a program needs to be built with the library: headers, static library,
+"What a program needs to be built with the library: headers, static library,
 CMake package and pkg-config file. Linking the static library needs the
 suggested packages as well.")
 
@@ -55,7 +54,6 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tqc)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} ${tqc_version}")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION
-"converter of tabular sources to CSV
-Shows and converts comma- and tab-separated text, fixed-length text, packages,
+"The program. It shows and converts comma- and tab-separated text, fixed-length text, packages,
 workbooks and databases on the command line.")
 include(CPack)
