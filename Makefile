@@ -45,7 +45,7 @@ coverage:
 	cmake --preset coverage
 	cmake --build --preset coverage --parallel $(JOBS)
 	ctest --preset coverage
-	gcovr --root . --object-directory build/coverage --filter src/ --exclude '.*/Tables.*' --gcov-ignore-parse-errors --print-summary
+	scripts/check_coverage build/coverage
 
 # The reference of the exported headers, to build/docs/html.
 docs:
