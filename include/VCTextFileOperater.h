@@ -69,7 +69,7 @@ protected:
     ~VCTextFileOperater() override;
 
     /// Lengths and offsets in the line buffer have 16 bits; a greater dwMaxLineSize is taken as this.
-    static constexpr DWORD LINE_SIZE_MAX = 65535;
+    static constexpr DWORD LINE_SIZE_MAX = 65535; // used by value: a reference would make it a symbol of the library
 
     /// The read position as pointers; see src/text/CFillCursor.h.
     class CFillCursor;
