@@ -1,7 +1,8 @@
 # Thin names over the CMake presets; whoever prefers CMake uses it directly.
 JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
 
-.PHONY: demo test bench check fuzz asan coverage install clean
+.PHONY: demo test bench check fuzz asan coverage docs install package clean
 
 demo:
 	scripts/install_packages build
@@ -22,7 +23,7 @@ bench:
 	cmake --build --preset release --parallel $(JOBS) --target run_benchmarks
 
 check:
-	scripts/install_packages build check
+	scripts/install_packages build check docs
 	cmake --preset asan
 	cmake --build --preset asan --parallel $(JOBS)
 	scripts/check build/asan
@@ -44,13 +45,26 @@ coverage:
 	cmake --preset coverage
 	cmake --build --preset coverage --parallel $(JOBS)
 	ctest --preset coverage --parallel $(JOBS)
-	gcovr --root . --object-directory build/coverage --filter src/ --exclude '.*/Tables.*' --gcov-ignore-parse-errors --print-summary
+	scripts/check_coverage build/coverage
 
+# The reference of the exported headers, to build/docs/html.
+docs:
+	scripts/install_packages docs
+	scripts/make_docs build/docs
+
+# PREFIX is where it will be, DESTDIR what is put before every path meanwhile.
 install:
 	scripts/install_packages build
-	cmake --preset release
-	cmake --build --preset release --parallel $(JOBS)
-	cmake --install build/release
+	cmake --preset install -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX))
+	cmake --build --preset install --parallel $(JOBS)
+	cmake --install build/install
+
+# Debian packages of the library, of what programs are built with, and of tqc, to build/package.
+package:
+	scripts/install_packages build package
+	cmake --preset package
+	cmake --build --preset package --parallel $(JOBS)
+	cd build/package && cpack -G DEB
 
 clean:
 	rm -rf build

@@ -24,6 +24,8 @@ int main(int argc, char** argv) {
     const WORD* lengths = nullptr;
     DWORD count = 0;
     while (access.HasNextLineData() && access.GetLineData(fields, lengths, count)) {
+        if (count == 0) // behind the last line end
+            continue;
         for (DWORD i = 0; i < std::min(count, maxFields); ++i)
             std::printf("[%s]", fields[i]);
         std::putchar('\n');

@@ -129,8 +129,11 @@ void RunDelimited(CFuzzInput input, bool utf8) {
         bytes.insert(0, fillings[choice & 3], 'x');
         readSize = readSizes.front();
     }
-    // Only reads that bring something can fail: how often the two readers ask again at the end is their own affair.
-    if (failing > (bytes.size() + readSize - 1) / readSize)
+    // Where the character set is looked for, opening asks for four bytes until they have come.
+    const std::size_t first = charSet == CSourceDataInfo::RCS_ANSI ? 1 : 4;
+    // Only reads that bring something can fail: how often the two readers ask again at the end, or for the first
+    // bytes, is their own affair.
+    if (readSize < first || failing > (bytes.size() + readSize - 1) / readSize)
         failing = 0;
     const CMemoryFile file(bytes);
     CSourceDataInfo info;
@@ -141,8 +144,8 @@ void RunDelimited(CFuzzInput input, bool utf8) {
     const CReadFaults faults(readSize, failing);
     Require(tested.FileOpen(&info), "the file can be opened");
     settings.utf8 = tested.GetCharSet() != CSourceDataInfo::RCS_ANSI;
-    const bool hasMark = settings.utf8 && std::min(readSize, bytes.size()) > 3 && bytes.starts_with("\xEF\xBB\xBF");
-    Tests::CReferenceReader plain(settings, bytes, {readSize, failing}, hasMark ? 3 : 0);
+    const bool hasMark = settings.utf8 && bytes.size() > 3 && bytes.starts_with("\xEF\xBB\xBF");
+    Tests::CReferenceReader plain(settings, bytes, {readSize, failing, first}, hasMark ? 3 : 0);
 
     bool isWhole = false;
     // A failed read moves on by nothing, and neither does the read after it when the data end there.

@@ -69,17 +69,21 @@ protected:
     ~VCTextFileOperater() override;
 
     /// Lengths and offsets in the line buffer have 16 bits; a greater dwMaxLineSize is taken as this.
-    static constexpr DWORD LINE_SIZE_MAX = 65535;
+    static constexpr DWORD LINE_SIZE_MAX = 65535; // used by value: a reference would make it a symbol of the library
 
     /// The read position as pointers; see src/text/CFillCursor.h.
     class CFillCursor;
+    /// Bytes of the read buffer that are still to be examined: from `pNext` up to `pEnd`.
     struct SFill {
+        /// The next byte, and the end of the current fill.
         const unsigned char* pNext;
         const unsigned char* pEnd;
     };
+    /// What is left of the current fill; valid until the next refill.
     SFill GetFill() const { return {m_pReadBuff.get() + m_dwReadBuffPos, m_pReadBuff.get() + m_dwReadSize}; }
     /// From the end of the fill, `pNext`, on to what HasNextRecordByte brings; empty when that is nothing.
     SFill GetNextFill(const unsigned char* pNext);
+    /// Takes back a position that GetFill or GetNextFill led to.
     void SetReadPosition(const unsigned char* pNext) {
         m_dwReadBuffPos = static_cast<DWORD>(pNext - m_pReadBuff.get());
     }
@@ -89,8 +93,11 @@ protected:
 
     /// Allocates the four areas, zero-filled. Throws std::bad_alloc; nothing stays allocated then.
     void GetArea();
+    /// Gives all four back.
     void FreeArea();
+    /// Empties the read buffer and stands at offset 0.
     void FileInitialize();
+    /// The same, and forgets the file's size.
     void Initialize();
 
     /// The byte at the read position, unchecked.
@@ -113,13 +120,17 @@ protected:
     bool IsPreDelimiter(unsigned char cByte) const {
         return cByte < 0x80 && static_cast<char>(cByte) == m_cPreDelimiter;
     }
+    /// The same for the post-delimiter.
     bool IsPostDelimiter(unsigned char cByte) const {
         return cByte < 0x80 && static_cast<char>(cByte) == m_cPostDelimiter;
     }
+    /// What SetDelimiter or SetSeparator has set.
     char GetPreDelimiter();
     char GetPostDelimiter();
     char GetSeparator();
+    /// Passes over one byte.
     void AddReadBuffPos();
+    /// The offset in the read buffer of the next byte.
     DWORD GetReadBuffPos() const;
     /// Copies bytes of the read buffer. False, with nothing copied, when `dwDestSize` is below `dwLen` or the range
     /// leaves the fill's 64000 bytes.
@@ -132,26 +143,31 @@ protected:
         pField[dwLength] = SCDataAccessDefine::NULL_CODE;
         return dwLength;
     }
+    /// Takes the system's last error as the error code.
     void SetCsvDataAccessErrorCode();
+    /// Clears the error code.
     void InitialErrorCode();
 
     std::unique_ptr<char[]> m_pLineBuff;          ///< dwMaxLineSize + 1 bytes: the record's fields, each with a NUL
     std::unique_ptr<const char*[]> m_ppFieldData; ///< dwMaxFieldCnt pointers into the line buffer
     std::unique_ptr<WORD[]> m_pFieldLen;          ///< dwMaxFieldCnt lengths in bytes
+    /// The sizing limits as they were given.
     DWORD m_dwMaxFieldSize;
     DWORD m_dwMaxLineSize;
     DWORD m_dwMaxFieldCnt;
     std::unique_ptr<unsigned char[]> m_pReadBuff; ///< READ_BUFF_SIZE + 1 bytes; the last one stays 0
     DWORD m_dwReadBuffPos = 0;                    ///< next byte to examine
     DWORD m_dwReadSize = 0;                       ///< bytes of the current fill
+    /// What the setters have set.
     char m_cSeparator = SCDataAccessDefine::CAMMA_CODE;
     char m_cPreDelimiter = SCDataAccessDefine::CR_CODE;
     char m_cPostDelimiter = SCDataAccessDefine::LF_CODE;
     CSourceDataInfo::EReadCharSet m_eCharSet = CSourceDataInfo::RCS_AUTO;
+    /// The open file, null while there is none, and its size in bytes.
     HANDLE m_hFile = nullptr;
     LONGLONG m_llFileSize = 0;
     LONGLONG m_llReadOffset = 0; ///< file offset of the first byte of the current fill
-    DWORD m_dwErrorCode = 0;
+    DWORD m_dwErrorCode = 0;     ///< of the last failure; 0 for none
 
 private:
     bool MoveFilePointer(DWORD dwMoveMethod);

@@ -4,6 +4,7 @@
 // build defines TQCACCESS_BUILDING.
 #pragma once
 
+/// Put before a class or function that programs may use.
 #if defined(TQCACCESS_STATIC)
 #define TQCACCESS_API
 #elif defined(_WIN32)

@@ -20,6 +20,7 @@ using WCHAR = ::WCHAR;
 using HANDLE = ::HANDLE;
 using FILETIME = ::FILETIME;
 #else
+/// 32 bits without and with a sign, 16 bits, and 64 bits with a sign.
 using DWORD = std::uint32_t;
 using LONG = std::int32_t;
 using WORD = std::uint16_t;
@@ -31,8 +32,8 @@ using HANDLE = void*;
 
 /// A time as a 64-bit count of 100-nanosecond steps since 1601-01-01 UTC, in two halves.
 struct FILETIME {
-    DWORD dwLowDateTime;
-    DWORD dwHighDateTime;
+    DWORD dwLowDateTime;  ///< the lower half
+    DWORD dwHighDateTime; ///< the higher half
 };
 #endif
 

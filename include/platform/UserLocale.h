@@ -14,6 +14,7 @@ namespace NSTQ::Platform {
 /// Pictures are ASCII, not empty, and have at most this many characters.
 inline constexpr std::size_t maxLocalePicture = 31;
 
+/// How dates, times and numbers are written. The texts are the caller's.
 struct SUserLocale {
     /// yyyy, yy: the year with four or two digits; MM, M: the month, dd, d: the day, with two digits or without a
     /// leading zero. Every other character stands for itself; a single y and longer runs are refused.

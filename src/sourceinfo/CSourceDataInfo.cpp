@@ -82,7 +82,11 @@ CSourceDataInfo::CSourceDataInfo(WORD wReserved, DWORD dwFirstLineScanLimit)
       m_pPassWordString(CreateBuffer(PATH_BUFFSIZE)) {}
 
 CSourceDataInfo::~CSourceDataInfo() {
-    UncompressDeleteDirectory(m_pUncompressFolderPath.get());
+    try {
+        UncompressDeleteDirectory(m_pUncompressFolderPath.get());
+    } catch (...) {
+        // Memory has run out: what is not removed yet stays, as after any failure of the system.
+    }
     Initialize();
 }
 
@@ -195,7 +199,7 @@ bool CSourceDataInfo::ReadFixFile(const char* path) {
     const CScopedHandle<CloseHandle> file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                                       OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     DWORD size = 0;
-    if (!file.IsOpen() || !ReadFile(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size, nullptr)) {
+    if (!file.IsOpen() || !ReadFileWhole(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size)) {
         SetDataAccessErrorCode();
         return false;
     }
@@ -283,7 +287,7 @@ SCDeclareConstant::ESourceFileType CSourceDataInfo::GetTextFileType(const char* 
         return SCDeclareConstant::SFT_UNKNOWN;
     const std::unique_ptr<char[]> bytes(new (std::nothrow) char[FIX_READ_BUFFSIZE]);
     DWORD size = 0;
-    if (!bytes || !ReadFile(file.Get(), bytes.get(), FIX_READ_BUFFSIZE, &size, nullptr))
+    if (!bytes || !ReadFileWhole(file.Get(), bytes.get(), FIX_READ_BUFFSIZE, &size))
         return SCDeclareConstant::SFT_UNKNOWN;
     return SniffFirstLine({bytes.get(), size});
 }

@@ -21,7 +21,7 @@ CCsvDataAccess::CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD d
 
 CCsvDataAccess::CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, bool bQuoteNewLine)
     : VCTextFileOperater(dwMaxFieldCnt, dwMaxLineSize, dwMaxFieldSize), m_dwFieldSizeLimit(dwMaxFieldSize),
-      m_dwLineSizeLimit(std::min(dwMaxLineSize, LINE_SIZE_MAX)), m_dwFieldCntLimit(dwMaxFieldCnt) {
+      m_dwLineSizeLimit(std::min(dwMaxLineSize, DWORD{LINE_SIZE_MAX})), m_dwFieldCntLimit(dwMaxFieldCnt) {
     _Initial(dwMaxLineSize, bQuoteNewLine);
 }
 

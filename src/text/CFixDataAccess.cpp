@@ -12,8 +12,8 @@ namespace NSTQ::NSTQCore {
 CFixDataAccess::CFixDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize,
                                const CSourceDataInfo* pInfo)
     : VCTextFileOperater(dwMaxFieldCnt, dwMaxLineSize, dwMaxFieldSize), m_dwFieldSizeLimit(dwMaxFieldSize),
-      m_dwLineSizeLimit(std::min(dwMaxLineSize, LINE_SIZE_MAX)), m_dwFieldCntLimit(dwMaxFieldCnt), m_wFixColCnt(0),
-      m_bIsExistFixCRLF(pInfo->GetIsExistFixCRLF() ? 1 : 0) {
+      m_dwLineSizeLimit(std::min(dwMaxLineSize, DWORD{LINE_SIZE_MAX})), m_dwFieldCntLimit(dwMaxFieldCnt),
+      m_wFixColCnt(0), m_bIsExistFixCRLF(pInfo->GetIsExistFixCRLF() ? 1 : 0) {
     const std::vector<WORD> widths = pInfo->GetFixColLen();
     m_wFixColCnt = static_cast<WORD>(widths.size());
     m_pFixColLen = std::make_unique<WORD[]>(m_wFixColCnt);

@@ -9,6 +9,12 @@ namespace NSTQ::NSTQCore {
 
 using namespace NSTQ::Platform;
 
+namespace {
+
+constexpr DWORD markSize = sizeof SCDataAccessDefine::BOM_UTF8;
+
+} // namespace
+
 const DWORD VCTextFileOperater::DW_ERROR_PATH_NOT_FOUND;
 
 VCTextFileOperater::VCTextFileOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize)
@@ -64,15 +70,19 @@ bool VCTextFileOperater::ReadFirstFill() {
         return false;
     }
     m_llFileSize = size.QuadPart;
-    if (!ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr)) {
-        SetCsvDataAccessErrorCode();
-        return false;
+    bool read = ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr);
+    // The character set is found in these bytes, also when the system delivers fewer at first.
+    if (read && m_dwReadSize <= markSize && m_eCharSet != CSourceDataInfo::RCS_ANSI) {
+        DWORD more = 0;
+        read = ReadFileWhole(m_hFile, m_pReadBuff.get() + m_dwReadSize, markSize + 1 - m_dwReadSize, &more);
+        m_dwReadSize += more;
     }
-    return true;
+    if (!read)
+        SetCsvDataAccessErrorCode();
+    return read;
 }
 
 void VCTextFileOperater::DetectCharSet() {
-    constexpr DWORD markSize = sizeof SCDataAccessDefine::BOM_UTF8;
     if (m_eCharSet == CSourceDataInfo::RCS_ANSI || m_dwReadSize <= markSize)
         return;
     const bool hasMark = std::memcmp(m_pReadBuff.get(), SCDataAccessDefine::BOM_UTF8, markSize) == 0;

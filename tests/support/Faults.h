@@ -86,13 +86,13 @@ private:
     return {Call::Write, 1, Short{bytes}, Times::Always};
 }
 
-/// Runs `run(n)` with the n-th call failing, for n = 1, 2, … until a run makes fewer than n calls. Returns how many
-/// runs met a failure. With Call::Allocate `run` must catch std::bad_alloc and keep test assertions, which allocate,
-/// behind the code under test.
-template <class TRun>
-std::size_t ForEachFailure(Call call, int error, TRun run) {
+/// Runs `run(n)` with the n-th call failing with an error number or coming short (Short), for n = 1, 2, … until a run
+/// makes fewer than n calls. Returns how many runs met a fault. With Call::Allocate `run` must catch std::bad_alloc
+/// and keep test assertions, which allocate, behind the code under test.
+template <class TFault, class TRun>
+std::size_t ForEachFailure(Call call, TFault what, TRun run) {
     for (std::size_t n = 1;; ++n) {
-        const Scope fault(call, n, error);
+        const Scope fault(call, n, what);
         run(n);
         if (!fault.Fired())
             return n - 1;

@@ -12,6 +12,14 @@
 
 namespace NSTQ::Tests {
 
+/// For SZipEntryText::flags: the name is UTF-8.
+inline constexpr std::uint16_t utf8Flag = 0x0800;
+/// For SZipEntryText::madeBy: the attributes are those of Unix.
+inline constexpr std::uint16_t unixHost = 0x031E;
+constexpr std::uint32_t UnixMode(std::uint32_t mode) {
+    return mode << 16;
+}
+
 struct SZipEntryText {
     std::string name{};
     std::string content{};

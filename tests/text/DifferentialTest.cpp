@@ -79,10 +79,12 @@ TEST_P(CDifferential, AllShortTexts) {
 
 TEST_P(CDifferential, ShortTextsThroughShortReads) {
     const auto readers = MakeReaders(m_variations);
+    // Where the character set is looked for, opening asks until four bytes have come: those go before.
+    const std::string first(m_variations[0].utf8 ? "zzz," : "");
     const auto agree = [&](const std::string& path, const std::string& text, std::size_t size) {
         const auto reads = Faults::Reads(size);
         for (std::size_t variation = 0; variation < readers.size(); ++variation) {
-            CReferenceReader plain(m_variations[variation], text, {.size = size});
+            CReferenceReader plain(m_variations[variation], text, {.size = size, .first = first.size()});
             if (!readers[variation]->Open(path) ||
                 !Agree(m_variations[variation], text, *readers[variation], plain, 12))
                 return false;
@@ -90,7 +92,8 @@ TEST_P(CDifferential, ShortTextsThroughShortReads) {
         return true;
     };
     for (std::size_t length = 0; length <= 3; ++length)
-        ForEachText(length, [&](const std::string& text, std::size_t) {
+        ForEachText(length, [&](const std::string& end, std::size_t) {
+            const std::string text = first + end;
             const std::string path = m_folder.WriteFile("short.csv", text);
             return agree(path, text, 1) && agree(path, text, 2);
         });

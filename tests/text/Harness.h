@@ -3,6 +3,7 @@
 
 #include "CCsvDataAccess.h"
 #include "support/AnsiPage.h"
+#include "support/Sanitized.h"
 #include "text/ReferenceReader.h"
 
 #include <gtest/gtest.h>
@@ -13,21 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define TQC_TEST_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TQC_TEST_SANITIZED 1
-#endif
-#endif
-
 namespace NSTQ::Tests {
-
-#if defined(TQC_TEST_SANITIZED)
-inline constexpr bool isSanitized = true;
-#else
-inline constexpr bool isSanitized = false;
-#endif
 
 /// The library's reader; it can also be filled without a file, which makes millions of inputs affordable.
 class CTestedReader : public NSTQCore::CCsvDataAccess {

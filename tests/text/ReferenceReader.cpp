@@ -69,7 +69,8 @@ bool CReferenceReader::Available() {
     if (++m_readCount == m_reads.failing)
         m_failedRead = true;
     else
-        m_fillEnd = std::min(m_file.size(), m_fillStart + m_reads.size);
+        m_fillEnd =
+            std::min(m_file.size(), m_fillStart + std::max(m_reads.size, m_readCount == 1 ? m_reads.first : 1));
     m_exhausted = m_fillEnd == m_fillStart;
     return !m_exhausted;
 }

@@ -38,9 +38,11 @@ struct CRecord {
 };
 
 /// How the file's bytes arrive: the most bytes of one read, and which read fails (from 1, the one at opening).
+/// Opening asks on until it has `first` bytes.
 struct CReads {
     std::size_t size = 64000;
     std::size_t failing = 0;
+    std::size_t first = 1;
 };
 
 class CReferenceReader {

@@ -41,6 +41,17 @@ bool ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapp
     return true;
 }
 
+bool ReadFileWhole(HANDLE file, void* buffer, DWORD size, DWORD* read) {
+    DWORD got = 0;
+    *read = 0;
+    do {
+        if (!ReadFile(file, static_cast<char*>(buffer) + *read, size - *read, &got, nullptr))
+            return false;
+        *read += got;
+    } while (got > 0 && *read < size);
+    return true;
+}
+
 bool WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void* overlapped) {
     if (written == nullptr)
         return FailWith(ERROR_INVALID_PARAMETER);

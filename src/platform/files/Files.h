@@ -106,6 +106,10 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, const void* secu
 /// `size` whenever the system delivers less, as on Windows.
 bool ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped);
 
+/// As ReadFile, but asks again until all is there or the file ends: for decisions that must not depend on how much
+/// the system delivers at once. On failure `*read` tells how many bytes had come before.
+bool ReadFileWhole(HANDLE file, void* buffer, DWORD size, DWORD* read);
+
 /// Writes all `size` bytes or fails; `*written` tells how many were written before a failure. A full pipe is waited
 /// for, also a non-blocking one. A closed pipe gives 109 in a host that ignores SIGPIPE; in any other the signal acts
 /// as the host has it, because signals are the host's.

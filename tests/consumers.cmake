@@ -1,0 +1,40 @@
+# Programs of others: they find the installed library in each of the usual ways, and load and unload it.
+add_test(NAME exported_symbols COMMAND ${PROJECT_SOURCE_DIR}/scripts/check_exports $<TARGET_FILE:tqcAccess>)
+
+# A program that is built without the sanitizers or the counters cannot link a library that has them.
+if(NOT PROJECT_IS_TOP_LEVEL OR TQC_SANITIZE OR CMAKE_CXX_FLAGS MATCHES "coverage|fsanitize")
+  return()
+endif()
+add_executable(load_unload consumers/load_unload.cpp)
+target_link_libraries(load_unload PRIVATE tqc_options ${CMAKE_DL_LIBS})
+add_test(NAME load_unload COMMAND load_unload $<TARGET_FILE:tqcAccess>)
+
+set(consumers ${CMAKE_CURRENT_BINARY_DIR}/consumers)
+add_test(NAME consumer_install
+  COMMAND ${CMAKE_COMMAND} -E env --unset=DESTDIR sh -e -c
+    "rm -rf $1; for part in runtime development; do $0 --install $2 --prefix $1 --component $part; done"
+    ${CMAKE_COMMAND} ${consumers}/prefix ${PROJECT_BINARY_DIR})
+set_tests_properties(consumer_install PROPERTIES FIXTURES_SETUP installed_library)
+
+# tqc_add_consumer(NAME option...): configures, builds and runs the project in tests/consumers with these options.
+function(tqc_add_consumer name)
+  add_test(NAME consumer_${name}
+    COMMAND ${CMAKE_CTEST_COMMAND} --build-and-test ${CMAKE_CURRENT_SOURCE_DIR}/consumers ${consumers}/${name}
+      --build-generator ${CMAKE_GENERATOR} --build-options
+        -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER} -DCMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER}
+        ${ARGN})
+  set_tests_properties(consumer_${name} PROPERTIES FIXTURES_REQUIRED installed_library TIMEOUT 300
+    ENVIRONMENT CMAKE_BUILD_PARALLEL_LEVEL=2)
+endfunction()
+tqc_add_consumer(find_package -DCMAKE_PREFIX_PATH=${consumers}/prefix -DSTATIC_COMPONENT=static)
+# Without a provider, so that this is quick and proves that the library builds and works without them.
+tqc_add_consumer(add_subdirectory -DTQC_SOURCE_DIR=${PROJECT_SOURCE_DIR} -DTQC_BUILD_TOOL=OFF -DTQC_WITH_ZIP=OFF
+  -DTQC_WITH_XLSX=OFF -DTQC_WITH_XLS=OFF -DTQC_WITH_ACCESS=OFF -DTQC_WITH_ENCRYPTION=OFF)
+
+find_program(TQC_PKG_CONFIG pkg-config)
+mark_as_advanced(TQC_PKG_CONFIG)
+if(TQC_PKG_CONFIG)
+  add_test(NAME consumer_pkg_config COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/consumers/pkg_config
+    ${consumers}/prefix ${CMAKE_INSTALL_LIBDIR} ${CMAKE_CXX_COMPILER} ${consumers}/pkg_config)
+  set_tests_properties(consumer_pkg_config PROPERTIES FIXTURES_REQUIRED installed_library)
+endif()

@@ -1,0 +1,20 @@
+# The examples on the samples; what they print stands in tests/examples.
+# tqc_add_example_test(NAME ENCODING PROGRAM [ARGUMENT...])
+function(tqc_add_example_test name encoding program)
+  add_test(NAME example_${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/examples/compare
+    ${CMAKE_CURRENT_SOURCE_DIR}/examples/${name}.txt ${encoding} $<TARGET_FILE:${program}> ${ARGN})
+  set_tests_properties(example_${name} PROPERTIES WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}/examples/data)
+endfunction()
+
+if(TARGET read_rows)
+  tqc_add_example_test(rows CP932 read_rows prices-utf8.csv)
+  tqc_add_example_test(preview ASCII fixed_length ledger.txt)
+  tqc_add_example_test(fixed_rows ASCII fixed_length ledger.txt 6 20 10)
+  if(TQC_WITH_ZIP)
+    tqc_add_example_test(package CP932 open_package prices-locked.xtqf secret)
+  endif()
+  if(TQC_WITH_XLSX)
+    tqc_add_example_test(sheets UTF-8 list_and_convert prices.xlsx)
+    tqc_add_example_test(sheet UTF-8 list_and_convert prices.xlsx 0 /dev/stdout)
+  endif()
+endif()

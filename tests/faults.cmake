@@ -1,0 +1,8 @@
+tqc_add_test(source_faults_test faults/SourceFaultsTest.cpp support/ZipWriter.cpp)
+target_link_libraries(source_faults_test PRIVATE tqc_fault_injection)
+if(TQC_WITH_ZIP)
+  target_compile_definitions(source_faults_test PRIVATE TQC_TEST_ZIP)
+endif()
+if(TQC_WITH_XLSX)
+  target_compile_definitions(source_faults_test PRIVATE TQC_TEST_XLSX)
+endif()

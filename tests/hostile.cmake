@@ -1,0 +1,10 @@
+# One table for each kind of file; a kind that this build cannot read has none.
+tqc_add_test(hostile_test hostile/HostileTest.cpp hostile/LinearTest.cpp)
+if(TQC_WITH_ZIP)
+  target_sources(hostile_test PRIVATE hostile/PackageCases.cpp support/ZipWriter.cpp)
+  target_compile_definitions(hostile_test PRIVATE TQC_TEST_ZIP)
+endif()
+if(TQC_WITH_XLSX)
+  target_sources(hostile_test PRIVATE hostile/XlsxCases.cpp)
+  target_compile_definitions(hostile_test PRIVATE TQC_TEST_XLSX)
+endif()
