@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <ranges>
 
 namespace NSTQ::Providers {
 
@@ -32,10 +31,10 @@ std::uint16_t MakeKey(std::span<const unsigned char> passWord) {
     CRegister end(0xFFFF);
     unsigned key = 0;
     unsigned last = 0xFFFF;
-    for (const unsigned char byte : passWord | std::views::reverse) {
+    for (auto byte = passWord.rbegin(); byte != passWord.rend(); ++byte) {
         for (unsigned bit = 0; bit < 8; ++bit) {
             const unsigned value = bits.Step();
-            if (bit < 7 && (byte >> bit & 1) != 0)
+            if (bit < 7 && (*byte >> bit & 1) != 0)
                 key ^= value;
             last = end.Step();
         }
@@ -46,8 +45,8 @@ std::uint16_t MakeKey(std::span<const unsigned char> passWord) {
 std::uint16_t MakeVerifier(std::span<const unsigned char> passWord) {
     const auto rotate = [](unsigned value) { return (value << 1 & 0x7FFF) | (value >> 14 & 1); };
     unsigned verifier = 0;
-    for (const unsigned char byte : passWord | std::views::reverse)
-        verifier = rotate(verifier) ^ byte;
+    for (auto byte = passWord.rbegin(); byte != passWord.rend(); ++byte)
+        verifier = rotate(verifier) ^ *byte;
     return static_cast<std::uint16_t>(rotate(verifier) ^ passWord.size() ^ 0xCE4B);
 }
 
