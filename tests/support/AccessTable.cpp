@@ -205,6 +205,9 @@ std::string CAccessTable::Record(const AccessRow& row, std::size_t columns) {
     if (row.size() != columns)
         throw std::logic_error("a row with another number of values");
     std::string fixed, variable, nulls((columns + 7) / 8, '\0');
+    // What is left of the last byte says nothing.
+    if (columns % 8 != 0 && columns < m_columns.size())
+        nulls.back() = static_cast<char>(0xFF << columns % 8);
     std::vector<std::size_t> offsets;
     for (std::size_t i = 0; i < columns; ++i) {
         const SAccessColumn& column = m_columns[i];
