@@ -8,8 +8,7 @@
 namespace NSTQ::Tests {
 namespace {
 
-using Result = NSTQCore::CSourceDataInfo::ESourceDataOpen;
-using enum Result;
+using enum NSTQCore::CSourceDataInfo::ESourceDataOpen;
 
 struct SLockedCase {
     const char* title;
@@ -96,7 +95,7 @@ TEST(AccessPassWords, DamagedDescriptions) {
             std::string damaged = whole.substr(0, 6 * 4096);
             damaged[at] ^= '\x55';
             CAccessFile file(damaged, "data.accdb");
-            const Result result = file.Prepare("p");
+            const auto result = file.Prepare("p");
             EXPECT_TRUE(result == SDO_PASSWORD_ERROR || result == SDO_ACCESS_DENIED || result == SDO_DATABASE)
                 << locked.title << ", byte " << at << ": " << result;
         }

@@ -167,23 +167,6 @@ TEST(AccessHostile, NoCutOfAFileLeadsAstray) {
     }
 }
 
-/// No byte of the pages that lead to rows does harm, whatever it is.
-TEST(AccessHostile, NoChangedByteDoesHarm) {
-    for (const EJet version : {EJet::Jet3, EJet::Jet4}) {
-        V victim(version);
-        std::string& bytes = victim.pages->Bytes();
-        for (std::size_t at = 0; at < 16 * victim.pages->Size(); at += 199) {
-            bytes[at] = static_cast<char>(~bytes[at]);
-            CAccessFile file(bytes);
-            const auto begin = Clock::now();
-            for (const char* name : {"Bad", "Good", "Query"})
-                EXPECT_FALSE(file.Rows(name).empty()) << at;
-            EXPECT_LT(Clock::now() - begin, std::chrono::seconds(2)) << at;
-            bytes[at] = static_cast<char>(~bytes[at]);
-        }
-    }
-}
-
 TEST(AccessHostile, OtherFilesAreRefused) {
     CAccessWriter writer(EJet::Jet4);
     std::string noCatalogue = writer.Finish().Bytes(), ofTomorrow = noCatalogue;

@@ -123,23 +123,27 @@ TEST(AccessLayout, Columns) {
 }
 
 TEST(AccessLayout, ManyColumnsWithLongNames) {
-    for (const EJet version : someVersions) {
-        std::vector<SAccessColumn> columns;
-        AccessRow row;
-        std::string names, texts;
-        for (int i = 0; i < 255; ++i) {
-            const std::string number = std::to_string(i), separator = i == 0 ? "" : "|";
-            columns.push_back({number + std::string(64 - number.size(), 'x'), i % 2 == 0 ? Text : Long});
-            row.push_back(i % 2 == 0 ? AccessValue("t" + number) : AccessValue(std::int64_t{i}));
-            names += separator + columns.back().strName;
-            texts += separator + (i % 2 == 0 ? "t" : "") + number;
+    for (const EJet version : someVersions)
+        for (const int textEvery : {1, 2}) {
+            std::vector<SAccessColumn> columns;
+            AccessRow row, empty(255);
+            std::string names, texts;
+            for (int i = 0; i < 255; ++i) {
+                const std::string number = std::to_string(i), separator = i == 0 ? "" : "|";
+                const bool isText = i % textEvery == 0;
+                columns.push_back({number + std::string(64 - number.size(), 'x'), isText ? Text : Long});
+                row.push_back(isText ? AccessValue("t" + number) : AccessValue(std::int64_t{i}));
+                names += separator + columns.back().strName;
+                texts += separator + (isText ? "t" : "") + number;
+            }
+            empty.back() = row.back();
+            CAccessWriter writer(version);
+            writer.AddTable("T", columns).Add(row).Add(empty);
+            CAccessFile file(writer.Finish().Bytes());
+            EXPECT_EQ(file.ColumnNames("T"), names);
+            const std::string last = texts.substr(texts.rfind('|') + 1);
+            EXPECT_EQ(file.Rows("T"), texts + "\n" + std::string(254, '|') + last + "\n") << int(version);
         }
-        CAccessWriter writer(version);
-        writer.AddTable("T", columns).Add(row);
-        CAccessFile file(writer.Finish().Bytes());
-        EXPECT_EQ(file.ColumnNames("T"), names);
-        EXPECT_EQ(file.Rows("T"), texts + "\n");
-    }
 }
 
 /// Jet 3 stores offsets in one byte each, and beside them at which column another 256 bytes begin.

@@ -156,13 +156,14 @@ void CAccessTable::WriteMap(SRecordPlace place, std::vector<std::uint32_t> numbe
     }
     const std::size_t perPage = (m_pages.Size() - 4) * 8;
     std::string record = "\1";
+    std::vector<std::uint32_t> mapPages;
     for (std::size_t base = 0; base <= numbers.back(); base += perPage) {
-        m_mapPages.push_back(m_pages.Add());
-        m_pages.Put(m_mapPages.back(), 0, 0x0105, 2);
-        record += LittleEndian(m_mapPages.back(), 4);
+        mapPages.push_back(m_pages.Add());
+        m_pages.Put(mapPages.back(), 0, 0x0105, 2);
+        record += LittleEndian(mapPages.back(), 4);
     }
     for (const std::uint32_t number : numbers) {
-        const std::uint32_t page = m_mapPages[number / perPage];
+        const std::uint32_t page = mapPages[number / perPage];
         const std::size_t byte = 4 + number % perPage / 8;
         m_pages.Put(page, byte, m_pages.Get(page, byte, 1) | 1U << number % 8, 1);
     }
@@ -204,6 +205,9 @@ std::string CAccessTable::Record(const AccessRow& row, std::size_t columns) {
     if (row.size() != columns)
         throw std::logic_error("a row with another number of values");
     std::string fixed, variable, nulls((columns + 7) / 8, '\0');
+    // What is left of the last byte says nothing.
+    if (columns % 8 != 0 && columns < m_columns.size())
+        nulls.back() = static_cast<char>(0xFF << columns % 8);
     std::vector<std::size_t> offsets;
     for (std::size_t i = 0; i < columns; ++i) {
         const SAccessColumn& column = m_columns[i];

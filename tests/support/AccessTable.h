@@ -40,7 +40,6 @@ public:
     const std::vector<std::uint32_t>& MovedPages() const { return m_moved.Numbers(); }
     const std::vector<std::uint32_t>& LongPages() const { return m_long.Numbers(); }
     SRecordPlace MapPlace() const { return m_usedMap; }
-    std::uint32_t MapPage() const { return m_mapPages.at(0); }
 
 private:
     std::string Definition() const;
@@ -56,7 +55,6 @@ private:
     std::vector<SAccessColumn> m_columns;
     SAccessTableOptions m_options;
     std::vector<std::uint32_t> m_definitionPages;
-    std::vector<std::uint32_t> m_mapPages;
     CRecordPages& m_maps;
     CRecordPages m_rows;
     CRecordPages m_moved;

@@ -49,7 +49,7 @@ std::optional<EObjectKind> GetKind(std::int64_t type, std::uint32_t flags, std::
 /// The rows of the catalogue with the columns that are of interest.
 class CObjectRows {
 public:
-    explicit CObjectRows(std::shared_ptr<const CDatabase> database)
+    explicit CObjectRows(const std::shared_ptr<const CDatabase>& database)
         : m_rows(database, ReadTableDefinition(*database, cataloguePage)) {}
 
     bool MoveNext() { return m_rows.MoveNext(); }

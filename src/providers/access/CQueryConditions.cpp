@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <variant>
 
 namespace NSTQ::Providers {
@@ -92,7 +93,7 @@ private:
     }
 
     CNode ParseOne(int depth) {
-        const CNode left = ParseOperand(depth);
+        CNode left = ParseOperand(depth);
         if (m_tokens.Take(u"IS"))
             return PutNullTest(left);
         if (m_tokens.Take(u"BETWEEN"))
@@ -238,17 +239,17 @@ bool Holds(const CQueryConditions::SCondition& condition, const VARIANT& value) 
         order = NumberOf(value) <=> condition.number;
     switch (condition.comparison) {
     case EComparison::Equal:
-        return order == 0;
+        return std::is_eq(order);
     case EComparison::NotEqual:
-        return order != 0;
+        return std::is_neq(order);
     case EComparison::Less:
-        return order < 0;
+        return std::is_lt(order);
     case EComparison::LessOrEqual:
-        return order <= 0;
+        return std::is_lteq(order);
     case EComparison::Greater:
-        return order > 0;
+        return std::is_gt(order);
     default:
-        return order >= 0;
+        return std::is_gteq(order);
     }
 }
 

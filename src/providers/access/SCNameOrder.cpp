@@ -38,7 +38,7 @@ int SCNameOrder::Compare(std::u16string_view left, std::u16string_view right) {
     const auto order = std::lexicographical_compare_three_way(
         left.begin(), left.end(), right.begin(), right.end(),
         [](char16_t one, char16_t other) { return ToSmall(one) <=> ToSmall(other); });
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+    return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
 } // namespace NSTQ::Providers
