@@ -406,20 +406,29 @@ TEST_F(Tool, KilledAtAnyMomentItLeavesTheOldFileOrTheNewOne) {
         rows += "12345,abcdef," + std::to_string(i) + "\r\n";
     m_folder.WriteFile("in.csv", rows);
     ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1);
+    const std::vector<std::string> arguments{"in.csv", "-", "--type", "csv", "-o", "out.csv", "--rejects", "bad.csv"};
+    const auto start = [&] {
+        const int input = ::open(m_folder.Path("in.csv").c_str(), O_RDONLY | O_CLOEXEC);
+        auto program =
+            std::make_unique<CProgram>(arguments, CProgram::SSetting{m_folder.Path(), -1, -1, "C.UTF-8", input});
+        ::close(input);
+        return program;
+    };
+    const auto began = std::chrono::steady_clock::now();
+    ASSERT_EQ(start()->Finish().status, 0);
+    const auto whole = std::chrono::steady_clock::now() - began;
     std::set<std::string> seen;
-    for (int moment = 0; moment < 120; ++moment) {
+    constexpr int moments = 120;
+    for (int moment = 0; moment < moments; ++moment) {
         const int signal = std::array{SIGINT, SIGTERM, SIGHUP, SIGKILL}[static_cast<std::size_t>(moment % 4)];
         const bool isThere = moment % 3 != 0;
         std::filesystem::remove(m_folder.Path("out.csv"));
         if (isThere)
             m_folder.WriteFile("out.csv", "old");
-        const int input = ::open(m_folder.Path("in.csv").c_str(), O_RDONLY | O_CLOEXEC);
-        CProgram program({"in.csv", "-", "--type", "csv", "-o", "out.csv", "--rejects", "bad.csv"},
-                         {m_folder.Path(), -1, -1, "C.UTF-8", input});
-        ::close(input);
-        std::this_thread::sleep_for(std::chrono::microseconds(moment * 500));
-        program.Signal(signal);
-        program.Finish();
+        const auto program = start();
+        std::this_thread::sleep_for(whole * 2 * moment / moments);
+        program->Signal(signal);
+        program->Finish();
         const std::string content = m_folder.Exists("out.csv") ? m_folder.ReadFile("out.csv") : "";
         EXPECT_TRUE(content == (isThere ? "old" : "") || content == rows + rows) << content.size();
         seen.insert(content.size() > 3 ? "new" : "old");

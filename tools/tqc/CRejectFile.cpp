@@ -111,7 +111,8 @@ void CRejectFile::EndRow() {
 }
 
 void CRejectFile::Flush() {
-    m_target.Write(m_strBuffer.data(), m_strBuffer.size());
+    if (!m_target.Write(m_strBuffer.data(), m_strBuffer.size()))
+        throw CFailure(ES_OUTPUT_FAILED, m_target.Describe(), "nobody reads the rejected rows any more");
     m_strBuffer.clear();
 }
 

@@ -11,27 +11,22 @@
 #include <cerrno>
 #include <filesystem>
 #include <map>
-#include <utility>
+#include <tuple>
 
 namespace NSTQ::Tool {
 namespace {
 
 /// What tells a file from others: device and number of one that is there, else of its folder, with its name.
-struct SIdentity {
-    dev_t device = 0;
-    ino_t number = 0;
-    std::string name;
-    auto operator<=>(const SIdentity&) const = default;
-};
+using CIdentity = std::tuple<dev_t, ino_t, std::string>;
 
-/// Nothing that is replaced: pipes and devices take what comes.
+/// False for pipes and devices, which take what comes.
 bool IsReplaced(const std::string& name) {
     struct stat status {};
     return !COutputTarget::IsStandardOutputName(name) &&
            (::stat(name.c_str(), &status) != 0 || S_ISREG(status.st_mode));
 }
 
-SIdentity Identify(const std::string& name) {
+CIdentity Identify(const std::string& name) {
     struct stat status {};
     if (::stat(name.c_str(), &status) == 0)
         return {status.st_dev, status.st_ino, ""};
@@ -55,17 +50,17 @@ std::vector<std::string> SCTargets::InFolder(const SOptions& options) {
 }
 
 void SCTargets::Check(const SOptions& options, const std::vector<std::string>& targets) {
-    std::map<SIdentity, std::string> inputs;
+    std::map<CIdentity, std::string> inputs;
     for (const std::string& file : options.files)
         if (!CInputFile::IsStandardInput(file))
             inputs.emplace(Identify(file), file);
     // One file may take its own place.
     const bool isInPlace = options.files.size() == 1 && options.strOutputFolder.empty();
-    std::map<SIdentity, std::string> taken;
+    std::map<CIdentity, std::string> taken;
     for (std::size_t i = 0; i < targets.size(); ++i) {
         if (!IsReplaced(targets[i]))
             continue;
-        const SIdentity identity = Identify(targets[i]);
+        const CIdentity identity = Identify(targets[i]);
         if (const auto input = inputs.find(identity); input != inputs.end() && !isInPlace)
             throw CFailure(ES_USAGE, targets[i],
                            "the output would replace the input " + input->second +
@@ -78,7 +73,7 @@ void SCTargets::Check(const SOptions& options, const std::vector<std::string>& t
     }
     if (options.strRejects.empty() || !IsReplaced(options.strRejects))
         return;
-    const SIdentity rejects = Identify(options.strRejects);
+    const CIdentity rejects = Identify(options.strRejects);
     if (inputs.contains(rejects) || taken.contains(rejects))
         throw CFailure(ES_USAGE, options.strRejects, "the file for rejected rows is an input or the output as well");
 }
