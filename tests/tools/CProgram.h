@@ -27,6 +27,7 @@ public:
         int output = -1; ///< a descriptor for standard output; a pipe to the test without it
         int errors = -1; ///< likewise for standard error
         std::string locale = "C.UTF-8";
+        int input = -1; ///< a descriptor for standard input; that of the test without it
     };
 
     CProgram(std::vector<std::string> arguments, const SSetting& setting) {
@@ -36,6 +37,8 @@ public:
         m_iChild = ::fork();
         if (m_iChild == 0) {
             ::dup2(setting.output >= 0 ? setting.output : output[1], STDOUT_FILENO);
+            if (setting.input >= 0)
+                ::dup2(setting.input, STDIN_FILENO);
             ::dup2(setting.errors >= 0 ? setting.errors : errors[1], STDERR_FILENO);
             Execute(arguments, setting);
         }

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <pty.h>
 #include <thread>
+#include <utmp.h>
 
 namespace NSTQ::Tests {
 namespace {
@@ -301,10 +302,9 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {{"a.xlsx", "--code-page", "932", "--limit", "1"}, "1,\x95\x5C\r\n", "", 0},
         {{"a.xlsx", "--max-fields", "1"}, "1\r\n2.5\r\n", "row 1: more than 1 fields", 1},
         {{"preview", "a.xlsx"}, "1 | \xE8\xA1\xA8\n2.5 | \n", "", 0},
-        {{"a.xlsx", "--sheet", "Q5"}, "", "a.xlsx: no sheet or table \"Q5\"; there are: It's a.b!c, ", 3},
+        {{"a.xlsx", "--sheet", "Q5"}, "", "a.xlsx: no sheet \"Q5\"; sheets: It's a.b!c, ", 3},
         {{"list", "a.csv"}, "", "list is for workbooks and databases", 2},
         {{"a.csv", "--sheet", "1"}, "", "--sheet is for workbooks and databases", 2},
-        {{"a.csv", "--header"}, "", "--header is for workbooks and databases", 2},
         {{"b.xlsx"}, "", "b.xlsx: ", 5},
     };
     m_folder.WriteFile("a.csv", "a,b\n");
@@ -343,48 +343,78 @@ constexpr std::array LOCKED_SAMPLES = {"xtqf", "xlsx"};
 constexpr std::array LOCKED_SAMPLES = {"xtqf"};
 #endif
 
-/// Runs tqc with a pseudo-terminal of its own and types into it: a wrong password, then the right one.
-struct STyped {
-    std::string shown;
-    int answers = 0;
-    int status = -1;
+/// tqc with a pseudo-terminal of its own, which is kept open to see what state it is left in.
+class CTerminalRun {
+public:
+    CTerminalRun(const std::string& source, const std::string& output) : m_strPrompt(source + ": ") {
+        int terminal = -1;
+        if (::openpty(&m_iMaster, &terminal, nullptr, nullptr, nullptr) != 0)
+            throw std::runtime_error("no pseudo-terminal");
+        m_iChild = ::fork();
+        if (m_iChild == 0) {
+            ::login_tty(terminal);
+            ::execl(TQC_PROGRAM, "tqc", source.c_str(), "--encoding", "932", "-o", output.c_str(), nullptr);
+            ::_exit(127);
+        }
+        m_iTerminal = terminal;
+    }
+    CTerminalRun(const CTerminalRun&) = delete;
+    CTerminalRun& operator=(const CTerminalRun&) = delete;
+    ~CTerminalRun() {
+        ::close(m_iMaster);
+        ::close(m_iTerminal);
+    }
+
+    /// Waits for the prompt, which comes with the echo off, and types.
+    void Answer(const std::string& text) {
+        char c = 0;
+        for (std::string line; !line.ends_with(m_strPrompt) && ::read(m_iMaster, &c, 1) == 1;) {
+            line += c;
+            m_strShown += c;
+        }
+        EXPECT_FALSE(IsEchoing());
+        EXPECT_EQ(::write(m_iMaster, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    /// The wait status of the program.
+    int Finish() {
+        int status = 0;
+        ::waitpid(m_iChild, &status, 0);
+        char bytes[4096];
+        ::fcntl(m_iMaster, F_SETFL, O_NONBLOCK);
+        const ssize_t got = ::read(m_iMaster, bytes, sizeof bytes);
+        m_strShown.append(bytes, got < 0 ? 0 : static_cast<std::size_t>(got));
+        EXPECT_TRUE(IsEchoing());
+        return status;
+    }
+    const std::string& Shown() const { return m_strShown; }
+
+private:
+    bool IsEchoing() const {
+        termios settings{};
+        return ::tcgetattr(m_iTerminal, &settings) == 0 && (settings.c_lflag & ECHO) != 0;
+    }
+
+    int m_iMaster = -1;
+    int m_iTerminal = -1;
+    pid_t m_iChild = -1;
+    std::string m_strPrompt;
+    std::string m_strShown;
 };
-STyped ConvertAtTerminal(const std::string& source, const std::string& output) {
-    STyped result;
-    int terminal = -1;
-    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) {
-        ::execl(TQC_PROGRAM, "tqc", source.c_str(), "--encoding", "932", "-o", output.c_str(), nullptr);
-        ::_exit(127);
-    }
-    char bytes[256];
-    for (ssize_t got = 0; (got = ::read(terminal, bytes, sizeof bytes)) > 0;) {
-        result.shown.append(bytes, static_cast<std::size_t>(got));
-        if (!result.shown.ends_with(source + ": ") || result.answers == 2)
-            continue;
-        const std::string answer = result.answers++ == 0 ? "wrong\n" : "secret\n";
-        EXPECT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ::close(terminal);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
 
 TEST_F(Convert, AsksForThePasswordWithoutShowingIt) {
     for (const std::string source : LOCKED_SAMPLES) {
-        const std::string path = std::string(TQC_SAMPLES "/prices-locked.") + source;
-        const STyped result = ConvertAtTerminal(path, m_folder.Path(source + ".csv"));
-        EXPECT_EQ(result.answers, 2) << source;
-        EXPECT_EQ(result.status, 0) << result.shown;
-        EXPECT_THAT(result.shown, testing::Not(HasSubstr("secret")));
+        CTerminalRun run(TQC_SAMPLES "/prices-locked." + source, m_folder.Path(source + ".csv"));
+        run.Answer("wrong\n");
+        run.Answer("secret\n");
+        const int status = run.Finish();
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << run.Shown();
+        EXPECT_THAT(run.Shown(), testing::Not(HasSubstr("secret")));
         EXPECT_GT(m_folder.ReadFile(source + ".csv").size(), 50U);
     }
     // What no password would help is not asked for one.
-    const STyped damaged = ConvertAtTerminal(m_folder.WriteFile("a.xlsx", "PK\3\4"), m_folder.Path("out.csv"));
-    EXPECT_EQ(damaged.answers, 0) << damaged.shown;
-    EXPECT_EQ(damaged.status, 5);
+    CTerminalRun damaged(m_folder.WriteFile("a.xlsx", "PK\3\4"), m_folder.Path("out.csv"));
+    const int status = damaged.Finish();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 5) << damaged.Shown();
 }
 
 TEST_F(Convert, LockedWorkbooksOpenWithTheirPassword) {
@@ -402,6 +432,14 @@ TEST_F(Convert, LockedWorkbooksOpenWithTheirPassword) {
         EXPECT_EQ(refused.status, 4) << source;
         EXPECT_THAT(refused.errors, testing::EndsWith("the password is wrong\n"));
     }
+}
+
+TEST_F(Convert, AnInterruptedPromptLeavesTheTerminalAsItWas) {
+    CTerminalRun run(TQC_SAMPLES "/prices-locked.xtqf", m_folder.Path("out.csv"));
+    run.Answer("sec\x03");
+    const int status = run.Finish();
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << run.Shown();
+    EXPECT_FALSE(m_folder.Exists("out.csv"));
 }
 
 } // namespace

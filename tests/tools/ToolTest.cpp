@@ -6,7 +6,9 @@
 
 #include <sys/stat.h>
 
+#include <array>
 #include <chrono>
+#include <set>
 #include <thread>
 
 namespace NSTQ::Tests {
@@ -171,29 +173,35 @@ const SCase ROWS_CUT[] = {
      "abc\nabcdefghijklm,n\nxyz\n",
      {"--max-line-size", "4"},
      "abc\r\nxyz\r\n",
-     "row 2: left out",
+     "row 2: 4 bytes or more, left out",
      1},
-    {"RowOverLimitAtTheEnd", "a.csv", "abc\nabcdefghijkl", {"--max-line-size", "4"}, "abc\r\n", "row 2: left out", 1},
+    {"RowOverLimitAtTheEnd",
+     "a.csv",
+     "abc\nabcdefghijkl",
+     {"--max-line-size", "4"},
+     "abc\r\n",
+     "row 2: 4 bytes or more, left out",
+     1},
     {"RowOverLimitInUtf8",
      "a.csv",
      MARK + "abc\nabcdefghijklm,n\nxyz\n",
      {"--max-line-size", "4", "--code-page", "932"},
      "abc\r\nxyz\r\n",
-     "row 2: left out",
+     "row 2: 4 bytes or more, left out",
      1},
     {"RowAtLimitOnlyWhenConverted",
      "a.csv",
      MARK + "abc\nabcd\n\nxyz\n",
      {"--max-line-size", "4", "--code-page", "932"},
      "abc\r\n\r\nxyz\r\n",
-     "row 2: left out",
+     "row 2: 4 bytes or more, left out",
      1},
     {"RowOverGreatestLimit",
      "a.csv",
      "a\n" + std::string(70'000, 'x') + "\nb\n",
      {},
      "a\r\nb\r\n",
-     "row 2: left out",
+     "row 2: 65535 bytes or more, left out",
      1},
     {"WidestField", "a.csv", std::string(65'534, 'x') + "\nb\n", {}, std::string(65'534, 'x') + "\r\nb\r\n", "", 0},
     {"EofMarkCutsRow",
@@ -245,8 +253,7 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
     } cases[] = {
         {{}, 2, "no file given"},
         {{"a.csv", "--bogus"}, 2, "--bogus"},
-        {{"a.csv", "b.csv"}, 2, "b.csv"},
-        {{"a.csv", "--type", "json"}, 2, "csv, tsv, fix"},
+        {{"a.csv", "--type", "json"}, 2, "csv, tsv, fix, xls, xlsx, mdb, accdb, xtqf"},
         {{"a.csv", "--eol", "x"}, 2, "crlf, lf, cr"},
         {{"a.csv", "--encoding", "utf-16"}, 2, "auto, ansi, 932 (shift_jis)"},
         {{"a.csv", "--code-page", "1251"}, 2, "932 (shift_jis)"},
@@ -359,9 +366,10 @@ TEST_F(Tool, AppendsToStandardOutputAndRefusesItsOwnSource) {
 TEST_F(Tool, SaysWhenTheDeviceIsFull) {
     MakeBigFile();
     const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    for (const SResult& result : {Run({"big.csv"}, full), Run({"big.csv", "-o", "/dev/full"})}) {
+    for (const SResult& result : {Run({"big.csv"}, full), Run({"big.csv", "-o", "/dev/full"}), Run({"--help"}, full),
+                                  Run({"info", "big.csv", "--json"}, full)}) {
         EXPECT_EQ(result.status, 7);
-        EXPECT_THAT(result.errors, HasSubstr("no space left"));
+        EXPECT_THAT(result.errors, testing::ContainsRegex("[Nn]o space left"));
     }
     ::close(full);
 }
@@ -391,18 +399,46 @@ TEST_F(Tool, WritesToANamedPipe) {
     EXPECT_EQ(received, "a\r\n");
 }
 
-TEST_F(Tool, InterruptedItLeavesTheOldFileAndNothingElse) {
-    MakeBigFile();
-    m_folder.WriteFile("out.csv", "old");
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        CProgram program({"big.csv", "-o", "out.csv"}, {m_folder.Path()});
-        while (Names().size() < 3)
-            std::this_thread::sleep_for(std::chrono::microseconds(100));
-        program.Signal(signal);
-        EXPECT_EQ(program.Finish().status, -signal);
-        EXPECT_EQ(Names(), (std::vector<std::string>{"big.csv", "out.csv"}));
-        EXPECT_EQ(m_folder.ReadFile("out.csv"), "old");
+/// From before it has started until after it is done; with standard input, whose copy goes as well.
+TEST_F(Tool, KilledAtAnyMomentItLeavesTheOldFileOrTheNewOne) {
+    std::string rows;
+    for (int i = 0; i < 40'000; ++i)
+        rows += "12345,abcdef," + std::to_string(i) + "\r\n";
+    m_folder.WriteFile("in.csv", rows);
+    ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1);
+    const std::vector<std::string> arguments{"in.csv", "-", "--type", "csv", "-o", "out.csv", "--rejects", "bad.csv"};
+    const auto start = [&] {
+        const int input = ::open(m_folder.Path("in.csv").c_str(), O_RDONLY | O_CLOEXEC);
+        auto program =
+            std::make_unique<CProgram>(arguments, CProgram::SSetting{m_folder.Path(), -1, -1, "C.UTF-8", input});
+        ::close(input);
+        return program;
+    };
+    const auto began = std::chrono::steady_clock::now();
+    ASSERT_EQ(start()->Finish().status, 0);
+    const auto whole = std::chrono::steady_clock::now() - began;
+    std::set<std::string> seen;
+    constexpr int moments = 120;
+    for (int moment = 0; moment < moments; ++moment) {
+        const int signal = std::array{SIGINT, SIGTERM, SIGHUP, SIGKILL}[static_cast<std::size_t>(moment % 4)];
+        const bool isThere = moment % 3 != 0;
+        std::filesystem::remove(m_folder.Path("out.csv"));
+        if (isThere)
+            m_folder.WriteFile("out.csv", "old");
+        const auto program = start();
+        std::this_thread::sleep_for(whole * 2 * moment / moments);
+        program->Signal(signal);
+        program->Finish();
+        const std::string content = m_folder.Exists("out.csv") ? m_folder.ReadFile("out.csv") : "";
+        EXPECT_TRUE(content == (isThere ? "old" : "") || content == rows + rows) << content.size();
+        seen.insert(content.size() > 3 ? "new" : "old");
+        EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("tmp"))) << signal;
+        for (const std::string& name : Names())
+            EXPECT_TRUE(name == "in.csv" || name == "out.csv" || name == "bad.csv" || name == "tmp")
+                << name << " after " << signal;
     }
+    ::unsetenv("TMPDIR");
+    EXPECT_EQ(seen.size(), 2U) << "the moments do not span the whole run";
 }
 
 TEST_F(Tool, NoticesThatTheSourceBecameShorter) {
@@ -422,16 +458,21 @@ TEST_F(Tool, ShowsProgressOnATerminalOnly) {
     ASSERT_TRUE(master >= 0 && ::grantpt(master) == 0 && ::unlockpt(master) == 0);
     const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
     const auto shown = [&](std::vector<std::string> arguments) {
-        EXPECT_EQ(Run(std::move(arguments), -1, terminal).status, 0);
-        EXPECT_EQ(::write(terminal, ".", 1), 1);
+        const bool isThere = arguments[0] == "big.csv";
+        EXPECT_EQ(Run(std::move(arguments), -1, terminal).status, isThere ? 0 : 3);
+        EXPECT_EQ(::write(terminal, "~", 1), 1);
         std::string text;
-        for (char c = 0; !text.ends_with('.') && ::read(master, &c, 1) == 1;)
+        for (char c = 0; !text.ends_with('~') && ::read(master, &c, 1) == 1;)
             text += c;
         return text;
     };
     EXPECT_THAT(shown({"big.csv", "-o", "out.csv"}),
-                AllOf(HasSubstr("\r["), HasSubstr(" %"), testing::EndsWith("\r\033[K.")));
-    EXPECT_EQ(shown({"big.csv", "-o", "out.csv", "--quiet"}), ".");
+                AllOf(HasSubstr("\r["), HasSubstr(" %"), testing::EndsWith("\r\033[K~")));
+    EXPECT_EQ(shown({"big.csv", "-o", "out.csv", "--quiet"}), "~");
+    EXPECT_THAT(shown({"nothing.csv"}), HasSubstr("\033[1;31mtqc:\033[0m nothing.csv: "));
+    ::setenv("NO_COLOR", "1", 1);
+    EXPECT_THAT(shown({"nothing.csv"}), testing::StartsWith("tqc: nothing.csv: "));
+    ::unsetenv("NO_COLOR");
     ::close(terminal);
     ::close(master);
 }

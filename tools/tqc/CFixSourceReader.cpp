@@ -1,7 +1,6 @@
 #include "CFixSourceReader.h"
 
 #include <numeric>
-#include <utility>
 
 namespace NSTQ::Tool {
 
@@ -47,9 +46,10 @@ void CFixSourceReader::TakeRestOfLine(const WORD* pLen) {
         SkipPastLineEnd();
 }
 
-std::string CFixSourceReader::TakeNote() {
-    return std::exchange(m_bTextLeftOut, false) ? "text behind the last column left out; try greater or more --widths"
-                                                : "";
+const SRowFault* CFixSourceReader::GetFault() const {
+    static constexpr SRowFault fault{ES_UNSUPPORTED, "text behind the last column", "left out",
+                                     "; try greater or more --widths"};
+    return m_bTextLeftOut ? &fault : nullptr;
 }
 
 /// The byte before the next one to be read.

@@ -1,5 +1,9 @@
 #include "CReporter.h"
 
+#include "SCTerminal.h"
+
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -13,11 +17,11 @@ constexpr std::uint64_t REPORTS_MAX = 10;
 CReporter::CReporter(std::string strFile, bool bQuiet, bool bProgress)
     : m_strFile(std::move(strFile)), m_bQuiet(bQuiet), m_bar(bProgress && !bQuiet) {}
 
-void CReporter::ReportRow(std::uint64_t ullRow, const std::string& what) {
+void CReporter::ReportRow(const std::string& strRow, const std::string& what) {
     if (++m_ullReports > REPORTS_MAX || m_bQuiet)
         return;
     m_bar.Clear();
-    Print(m_strFile + ": row " + std::to_string(ullRow) + ": " + what);
+    Print(m_strFile + ": " + strRow + ": " + what);
 }
 
 void CReporter::Finish() {
@@ -28,10 +32,11 @@ void CReporter::Finish() {
 }
 
 void CReporter::Print(std::string_view message) {
-    std::string line = "tqc: " + std::string(message);
+    std::string text(message);
     std::replace_if(
-        line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
-    line += '\n';
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    const bool isColoured = SCTerminal::IsColoured(STDERR_FILENO);
+    const std::string line = (isColoured ? "\033[1;31mtqc:\033[0m " : "tqc: ") + text + '\n';
     std::fputs(line.c_str(), stderr);
 }
 

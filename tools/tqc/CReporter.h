@@ -14,8 +14,8 @@ public:
     /// `bQuiet` leaves out everything here; failures are not reported here.
     CReporter(std::string strFile, bool bQuiet, bool bProgress);
 
-    /// A row that was cut or left out. After the first ten only their number is kept.
-    void ReportRow(std::uint64_t ullRow, const std::string& what);
+    /// A row, such as "row 3", that was cut or left out. After the first ten only their number is kept.
+    void ReportRow(const std::string& strRow, const std::string& what);
     /// Says how many reports were kept back.
     void Finish();
     bool HasLostRows() const { return m_ullReports > 0; }

@@ -12,14 +12,9 @@ namespace NSTQ::Tool {
 
 using namespace NSTQ::Platform;
 
-namespace {
-
-constexpr std::size_t FIELD_LENGTH_MAX = 65535;
-
-} // namespace
-
-CRowEncoder::CRowEncoder(unsigned codePage)
-    : m_uCodePage(codePage), m_bIdle(codePage == GetAnsiCodePage()), m_strName(SCCodePageNames::Describe(codePage)) {}
+CRowEncoder::CRowEncoder(unsigned codePage, std::size_t fieldLengthMax)
+    : m_uCodePage(codePage), m_fieldLengthMax(fieldLengthMax), m_bIdle(codePage == GetAnsiCodePage()),
+      m_strName(SCCodePageNames::Describe(codePage)) {}
 
 bool CRowEncoder::IsAscii(const char* pText, std::size_t length) {
     std::uint64_t high = 0;
@@ -67,14 +62,14 @@ void CRowEncoder::EncodeField(const char* pText, WORD wLength) {
         AddLoss("bytes that are no character in " + SCCodePageNames::Describe(GetAnsiCodePage()));
     if (m_uCodePage != CP_UTF8 && !IsKept(start, units))
         AddLoss("characters that " + m_strName + " does not have");
-    if (m_strText.size() - start > FIELD_LENGTH_MAX) {
+    if (m_strText.size() - start > m_fieldLengthMax) {
         m_strText.resize(start + FittingLength(units));
-        AddLoss("a field, cut, of more than 65535 bytes in " + m_strName);
+        AddLoss("a field, cut, of more than " + std::to_string(m_fieldLengthMax) + " bytes in " + m_strName);
     }
     m_vecLengths.push_back(static_cast<WORD>(m_strText.size() - start));
 }
 
-/// The length of as many whole characters of the field as FIELD_LENGTH_MAX allows.
+/// The length of as many whole characters of the field as m_fieldLengthMax allows.
 std::size_t CRowEncoder::FittingLength(int units) const {
     const auto length = [this](int count) {
         const bool splits = (m_vecWide[static_cast<std::size_t>(count) - 1] & 0xFC00) == 0xD800;
@@ -86,7 +81,7 @@ std::size_t CRowEncoder::FittingLength(int units) const {
     int fits = 1;
     for (int tooMany = units; tooMany - fits > 1;) {
         const int middle = fits + (tooMany - fits) / 2;
-        (length(middle) <= FIELD_LENGTH_MAX ? fits : tooMany) = middle;
+        (length(middle) <= m_fieldLengthMax ? fits : tooMany) = middle;
     }
     return length(fits);
 }

@@ -13,7 +13,8 @@ namespace NSTQ::Tool {
 
 class CRowEncoder {
 public:
-    explicit CRowEncoder(unsigned codePage);
+    /// A field that needs more than `fieldLengthMax` bytes, at most 65535, loses its last characters.
+    explicit CRowEncoder(unsigned codePage, std::size_t fieldLengthMax = 65535);
 
     /// Nothing is to be turned, because the output is in the ANSI code page.
     bool IsIdle() const { return m_bIdle; }
@@ -36,6 +37,7 @@ private:
     void AddLoss(const std::string& what);
 
     unsigned m_uCodePage;
+    std::size_t m_fieldLengthMax;
     bool m_bIdle;
     std::string m_strName;
     std::vector<WCHAR> m_vecWide;

@@ -3,25 +3,28 @@
 #include "CFailure.h"
 #include "SCErrorText.h"
 #include "platform/CodePage.h"
+#include "platform/ComError.h"
 
 #include <algorithm>
 
 namespace NSTQ::Tool {
 
-CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, COutputFile& output,
-                   CReporter& reporter)
-    : m_options(options), m_reader(reader), m_rows(reader.Rows()), m_encoder(outputCodePage), m_output(output),
-      m_reporter(reporter) {}
+CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage,
+                   const SPumpTargets& targets, CReporter& reporter)
+    : m_options(options), m_reader(reader), m_rows(reader.Rows()),
+      m_encoder(outputCodePage, options.bFormulaGuard ? CFormulaGuard::FIELD_LENGTH_MAX : LIMIT_MAX),
+      m_targets(targets), m_reporter(reporter) {}
 
-void CRowPump::Run() {
+bool CRowPump::Run() {
     while (m_ullWritten < m_options.ullLimit && m_rows.HasNextLineData()) {
         const EOutcome outcome = ReadRow();
         if (outcome == RO_END)
             break;
         m_reporter.Progress().Show(m_rows.GetReadPosition());
         if (!TakeRow(outcome))
-            return;
+            return false;
     }
+    return true;
 }
 
 bool CRowPump::WriteNames(const std::vector<std::string>& names) {
@@ -33,12 +36,37 @@ bool CRowPump::WriteNames(const std::vector<std::string>& names) {
     }
     m_ppFields = texts.data();
     m_pLengths = lengths.data();
-    const auto count = static_cast<DWORD>(names.size());
-    EncodeRow(count);
-    return m_output.WriteRow(m_ppFields, m_pLengths, count);
+    m_dwCount = static_cast<DWORD>(names.size());
+    m_bNames = true;
+    PrepareRow();
+    std::vector<std::string> written;
+    for (DWORD i = 0; i < m_dwWriteCount; ++i)
+        written.emplace_back(m_ppFields[i], m_pLengths[i]);
+    if (!m_strNote.empty())
+        m_reporter.ReportRow(DescribeRow(), m_strNote);
+    const bool goOn = !m_targets.columns.TakeNames(m_options.strFile, written) ||
+                      m_targets.output.WriteRow(m_ppFields, m_pLengths, m_dwWriteCount);
+    m_bNames = false;
+    return goOn;
+}
+
+bool CRowPump::WriteFirstRowAsNames() {
+    const EOutcome outcome = m_rows.HasNextLineData() ? ReadRow() : RO_END;
+    if (outcome == RO_END)
+        return true;
+    if (outcome == RO_TOO_LONG)
+        throw CFailure(ES_LIMIT, m_options.strFile,
+                       "its first row, which --header takes for names, has " +
+                           std::to_string(m_options.dwMaxLineSize) + " bytes or more");
+    m_ullRow = m_ullHeaderRows = 1;
+    std::vector<std::string> names;
+    for (DWORD i = 0; i < std::min(m_dwCount, m_options.dwMaxFields + 1); ++i)
+        names.emplace_back(m_ppFields[i], m_pLengths[i]);
+    return WriteNames(names);
 }
 
 CRowPump::EOutcome CRowPump::ReadRow() {
+    m_llRowStart = m_reader.GetPosition();
     const bool complete = ReadRecord();
     if (m_llRecordSize == 0) {
         if (m_rows.HasNextLineData())
@@ -58,7 +86,7 @@ CRowPump::EOutcome CRowPump::ReadRow() {
 bool CRowPump::ReadRecord() {
     m_ppFields = nullptr;
     const LONGLONG start = m_reader.GetPosition();
-    const bool complete = m_rows.GetLineData(m_ppFields, m_pLengths, m_dwCount);
+    const bool complete = GetLineData();
     if (const DWORD code = m_rows.GetErrorCode(); code != 0)
         throw CFailure(ES_UNSUPPORTED, m_options.strFile,
                        "cannot be read further after row " + std::to_string(m_ullRow) + ": " +
@@ -72,67 +100,131 @@ void CRowPump::SkipRestOfRow() {
         ReadRecord();
 }
 
-/// Numbers the row, writes it when it is wanted, and reports it. False when nobody reads the output any more.
+/// A row of a workbook or database that is too long for the reader cannot be passed over.
+bool CRowPump::GetLineData() {
+    try {
+        return m_rows.GetLineData(m_ppFields, m_pLengths, m_dwCount);
+    } catch (const Platform::_com_error& error) {
+        if (error.Error() != Platform::DB_E_DATAOVERFLOW)
+            throw;
+        throw CFailure(ES_LIMIT, m_options.strFile,
+                       "row " + std::to_string(m_ullRow + 1) +
+                           ": its texts together have more than 65535 bytes, the most there can be");
+    }
+}
+
+/// Numbers the row, writes or rejects it when it is wanted, and reports it. False when nobody reads the output any
+/// more.
 bool CRowPump::TakeRow(EOutcome outcome) {
     const bool isEmptyMark = outcome == RO_EOF_MARK && m_dwCount == 0;
-    const std::uint64_t row = m_ullRow + 1;
+    m_strNote.clear();
+    m_strFaults.clear();
+    ++m_ullRow;
+    bool goOn = true;
+    if (m_ullRow - m_ullHeaderRows > m_options.ullSkip) {
+        if (outcome == RO_TOO_LONG)
+            AddFault(ES_LIMIT, std::to_string(m_options.dwMaxLineSize) + " bytes or more", "left out",
+                     m_options.dwMaxLineSize < LIMIT_MAX ? "; try a greater --max-line-size"
+                                                         : ", the most there can be");
+        else if (outcome == RO_EOF_MARK)
+            AddNote(isEmptyMark ? "an end-of-file mark (1A) stands before it; dropped"
+                                : "ended by an end-of-file mark (1A); what follows is the next row");
+        goOn = outcome == RO_TOO_LONG || isEmptyMark || WriteRow();
+        if (!m_strFaults.empty() && m_options.eOnError == SOptions::OE_SKIP)
+            RejectRow();
+        if (!m_strNote.empty())
+            m_reporter.ReportRow(DescribeRow(), m_strNote);
+    }
     // A mark alone is no row: what follows it is the one that it stands before.
-    if (!isEmptyMark)
-        m_ullRow = row;
-    if (row <= m_options.ullSkip)
-        return true;
-    m_strNote = m_reader.TakeNote();
-    if (outcome == RO_TOO_LONG)
-        AddNote(
-            "left out: " + std::to_string(m_options.dwMaxLineSize) + " bytes or more" +
-            (m_options.dwMaxLineSize < LIMIT_MAX ? "; try a greater --max-line-size" : ", the most there can be"));
-    else if (outcome == RO_EOF_MARK)
-        AddNote(isEmptyMark ? "an end-of-file mark (1A) stands before it; dropped"
-                            : "ended by an end-of-file mark (1A); what follows is the next row");
-    const bool goOn = outcome == RO_TOO_LONG || isEmptyMark || WriteRow();
-    if (!m_strNote.empty())
-        m_reporter.ReportRow(row, m_strNote);
+    m_ullRow -= isEmptyMark ? 1 : 0;
     return goOn;
 }
 
 bool CRowPump::WriteRow() {
-    const DWORD count = std::min(m_dwCount, m_options.dwMaxFields);
-    if (m_dwCount > count)
-        AddNote("more than " + std::to_string(count) + " fields, the others cut off; try a greater --max-fields");
-    if (m_options.dwMaxFieldSize < LIMIT_MAX)
-        CutLengths(count);
-    EncodeRow(count);
+    if (const SRowFault* fault = m_reader.GetFault())
+        AddFault(fault->eStatus, fault->what, fault->done, fault->hint);
+    const char** const fields = m_ppFields;
+    const WORD* const lengths = m_pLengths;
+    PrepareRow();
+    if (!m_strFaults.empty() && m_options.eOnError == SOptions::OE_SKIP) {
+        m_ppFields = fields;
+        m_pLengths = lengths;
+        return true;
+    }
+    if (m_ullWritten == 0 && !m_options.bHeader)
+        m_targets.columns.TakeCount(m_options.strFile, m_dwCount);
     ++m_ullWritten;
-    return m_output.WriteRow(m_ppFields, m_pLengths, count);
+    return m_targets.output.WriteRow(m_ppFields, m_pLengths, m_dwWriteCount);
 }
 
-void CRowPump::EncodeRow(DWORD dwCount) {
+/// Makes of the fields what is to be written.
+void CRowPump::PrepareRow() {
+    m_dwWriteCount = std::min(m_dwCount, m_options.dwMaxFields);
+    if (m_dwCount > m_dwWriteCount)
+        AddFault(ES_LIMIT, "more than " + std::to_string(m_dwWriteCount) + " fields", "the others cut off",
+                 "; try a greater --max-fields");
+    if (m_options.dwMaxFieldSize < LIMIT_MAX)
+        CutLengths();
+    EncodeRow();
+    // In the output's encoding: a character may become one that begins a formula only there.
+    if (m_options.bFormulaGuard)
+        m_guard.Guard(m_ppFields, m_pLengths, m_dwWriteCount);
+}
+
+void CRowPump::RejectRow() {
+    m_strNote.insert(0, "rejected: ");
+    if (m_targets.pRejects == nullptr)
+        return;
+    if (m_reader.CountsBytes())
+        m_targets.pRejects->AddText(m_ullRow, m_llRowStart, m_reader.GetPosition() - m_llRowStart, m_strFaults);
+    else
+        m_targets.pRejects->AddFields(m_ullRow, m_ppFields, m_pLengths, m_dwCount, m_strFaults);
+}
+
+void CRowPump::EncodeRow() {
     if (m_encoder.IsIdle())
         return;
-    m_encoder.Encode(m_ppFields, m_pLengths, dwCount);
+    m_encoder.Encode(m_ppFields, m_pLengths, m_dwWriteCount);
     if (m_encoder.Loss().empty())
         return;
-    if (m_options.bStrict)
+    if (!m_options.bStrict)
+        AddNote("replaced: " + m_encoder.Loss());
+    else if (m_options.eOnError == SOptions::OE_SKIP)
+        AddFault(ES_UNSUPPORTED, m_encoder.Loss(), "", "");
+    else
         throw CFailure(ES_UNSUPPORTED, m_options.strFile,
-                       "row " + std::to_string(m_ullRow) + ": " + m_encoder.Loss() +
-                           "; without --strict they are replaced");
-    AddNote("replaced: " + m_encoder.Loss());
+                       DescribeRow() + ": " + m_encoder.Loss() + "; without --strict they are replaced");
 }
 
 /// Puts lengths within the field limit in place of the reader's when one is above it.
-void CRowPump::CutLengths(DWORD dwCount) {
-    const WORD* const end = m_pLengths + dwCount;
+void CRowPump::CutLengths() {
+    const WORD* const end = m_pLengths + m_dwWriteCount;
     const WORD* const first =
         std::find_if(m_pLengths, end, [this](WORD length) { return length > m_options.dwMaxFieldSize; });
     if (first == end)
         return;
-    AddNote("field " + std::to_string(first - m_pLengths + 1) + " has " + std::to_string(*first) +
-            " bytes, cut; try a greater --max-field-size");
+    AddFault(ES_LIMIT,
+             "field " + std::to_string(first - m_pLengths + 1) + " has " + std::to_string(*first) + " bytes", "cut",
+             "; try a greater --max-field-size");
     m_vecCutLengths.assign(m_pLengths, end);
-    for (DWORD i = 0; i < dwCount; ++i)
+    for (DWORD i = 0; i < m_dwWriteCount; ++i)
         m_vecCutLengths[i] =
             static_cast<WORD>(Platform::KeptTextLength(m_ppFields[i], m_pLengths[i], m_options.dwMaxFieldSize));
     m_pLengths = m_vecCutLengths.data();
+}
+
+std::string CRowPump::DescribeRow() const {
+    return m_bNames && m_ullRow == 0 ? "the names of the columns" : "row " + std::to_string(m_ullRow);
+}
+
+/// A fault stops the conversion when the options say so; names, without which the rows mean nothing, are not skipped.
+void CRowPump::AddFault(EExitStatus eStatus, const std::string& what, const std::string& done,
+                        const std::string& hint) {
+    const bool isKept = m_options.eOnError == SOptions::OE_KEEP;
+    if (m_options.eOnError == SOptions::OE_STOP || (m_bNames && !isKept))
+        throw CFailure(eStatus, m_options.strFile, DescribeRow() + ": " + what + hint);
+    m_strFaults += (m_strFaults.empty() ? "" : "; ") + what;
+    AddNote(what + (isKept ? ", " + done : "") + hint);
 }
 
 void CRowPump::AddNote(const std::string& note) {

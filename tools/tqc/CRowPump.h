@@ -2,15 +2,20 @@
 //
 // Row numbers count the rows of the source from 1, those left out included.
 //
+// A row that cannot be taken whole (it is too long, or has too many fields or too long a field, or text behind its
+// last column) ends the conversion, is rejected, or is written as far as possible, as the options say. A character
+// that the output's encoding does not have is replaced and its row reported; when the options are strict it is such a
+// fault, too. Nothing but the end of the source is passed over without a word.
+//
 // A row over the line limit is left out: its reader stops inside it, so what is left of it is read and thrown away.
 // That reader has forgotten whether it stood inside quotes; with line ends allowed in quotes the rest of such a row
 // may therefore be taken for more or fewer rows than it is.
-//
-// A character that the output's encoding does not have is replaced and its row reported; when the options are strict
-// it ends the conversion.
 #pragma once
 
+#include "CColumns.h"
+#include "CFormulaGuard.h"
 #include "COutputFile.h"
+#include "CRejectFile.h"
 #include "CReporter.h"
 #include "CRowEncoder.h"
 #include "CSourceReader.h"
@@ -22,16 +27,27 @@
 
 namespace NSTQ::Tool {
 
+/// What the pumps of all inputs of one output share.
+struct SPumpTargets {
+    COutputFile& output;
+    CRejectFile* pRejects; ///< may be null
+    CColumns& columns;
+};
+
 class CRowPump {
 public:
     /// All must outlive the pump. `outputCodePage` is the encoding of the output.
-    CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, COutputFile& output,
+    CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, const SPumpTargets& targets,
              CReporter& reporter);
 
-    /// Writes a row of texts that are in the ANSI code page, such as names of columns. False as from Run.
+    /// Writes the names of the columns, in the ANSI code page, unless an earlier input has brought them. False as
+    /// from Run.
     bool WriteNames(const std::vector<std::string>& names);
-    /// Runs to the end of the source, the wanted number of rows or the end of a pipe. Throws CFailure.
-    void Run();
+    /// The same with the first row of text; the next row is then the first for what the options skip.
+    bool WriteFirstRowAsNames();
+    /// Runs to the end of the source, the wanted number of rows or the end of a pipe; false for the last. Throws
+    /// CFailure.
+    bool Run();
 
 private:
     enum EOutcome {
@@ -43,18 +59,24 @@ private:
 
     EOutcome ReadRow();
     bool ReadRecord();
+    bool GetLineData();
     void SkipRestOfRow();
     bool TakeRow(EOutcome outcome);
+    void PrepareRow();
     bool WriteRow();
-    void EncodeRow(DWORD dwCount);
-    void CutLengths(DWORD dwCount);
+    void RejectRow();
+    void EncodeRow();
+    void CutLengths();
+    std::string DescribeRow() const;
     void AddNote(const std::string& note);
+    void AddFault(EExitStatus eStatus, const std::string& what, const std::string& done, const std::string& hint);
 
     const SOptions& m_options;
     ISourceReader& m_reader;
     NSTQCore::IDataAccess& m_rows;
     CRowEncoder m_encoder;
-    COutputFile& m_output;
+    CFormulaGuard m_guard;
+    SPumpTargets m_targets;
     CReporter& m_reporter;
 
     const char** m_ppFields = nullptr;
@@ -62,10 +84,16 @@ private:
     DWORD m_dwCount = 0;
     LONGLONG m_llRecordSize = 0; ///< bytes of the file that the last record read took
 
-    std::uint64_t m_ullRow = 0; ///< the row in hand
+    LONGLONG m_llRowStart = 0;
+    DWORD m_dwWriteCount = 0; ///< of the fields, how many are written
+
+    std::uint64_t m_ullRow = 0;        ///< the row in hand
+    std::uint64_t m_ullHeaderRows = 0; ///< rows of the source that are names
     std::uint64_t m_ullWritten = 0;
     std::vector<WORD> m_vecCutLengths;
-    std::string m_strNote; ///< what is to be reported about the row in hand
+    bool m_bNames = false;   ///< the row in hand is names
+    std::string m_strNote;   ///< what is to be reported about the row in hand
+    std::string m_strFaults; ///< why it cannot be taken whole; empty when it can
 };
 
 } // namespace NSTQ::Tool

@@ -9,7 +9,6 @@
 #include "SCSignals.h"
 #include "SCTextProbe.h"
 #include "platform/CodePage.h"
-#include "platform/ComError.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -68,8 +67,8 @@ void CUnpackFolder::Set(const char* path) {
     SCSignals::RemoveFolder(m_strPath.empty() ? nullptr : m_strPath.c_str());
 }
 
-CSource::CSource(const SOptions& options) : m_options(options) {
-    ReadHead(options.strFile);
+CSource::CSource(const SOptions& options) : m_options(options), m_strDataPath(options.strPath) {
+    ReadHead(options.strPath);
     // What the file is does not depend on the code page, but the code page on what it is.
     Platform::SetAnsiCodePage(Platform::CP_UTF8);
     FindLineEnd();
@@ -109,20 +108,21 @@ void CSource::ReadHead(const std::string& path) {
     const CReadDescriptor file(path);
     struct stat status {};
     if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0)
-        throw CFailure(ES_NOT_FOUND, path, SCErrorText::OfSystem(errno));
+        throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
     if (S_ISDIR(status.st_mode))
-        throw CFailure(ES_NOT_FOUND, path, "a folder; give a file in it");
+        throw CFailure(ES_NOT_FOUND, m_options.strFile, "a folder; give a file in it");
     if (!S_ISREG(status.st_mode))
-        throw CFailure(ES_UNSUPPORTED, path, "a pipe or a device; store its data in a file first");
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
+                       "a pipe or a device; read it as standard input: tqc - --type csv <" + m_options.strFile);
     m_status = status;
     m_strHead.resize(SCDataAccessDefine::READ_BUFF_SIZE);
     if (!FillFrom(file.Get(), m_strHead))
-        throw CFailure(ES_UNSUPPORTED, path, SCErrorText::OfSystem(errno));
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile, SCErrorText::OfSystem(errno));
 }
 
 /// The library decides by the extension and by a first line that ends in CR LF; other line ends are looked at here.
 void CSource::FindType() {
-    const std::string path = SCPathText::ToLibrary(m_options.strFile);
+    const std::string path = SCPathText::ToLibrary(m_options.strPath);
     m_info.SetCommonInfo(path.c_str(), m_options.type.value_or(SCDeclareConstant::SFT_UNKNOWN));
     m_info.GetSourceFileType(m_eType);
     // A package's reader would ask for its unpacked data file; under another type it is read as it stands.
@@ -157,8 +157,6 @@ void CSource::CheckReadable() const {
     if (m_eType == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
         throw CFailure(ES_UNSUPPORTED, path,
                        "fixed-length text needs --widths; see its columns with: tqc preview " + path);
-    if (m_options.bHeader && !IsDatabase())
-        throw CFailure(ES_USAGE, path, "--header is for workbooks and databases; the first row of text is a row");
     if (!m_options.strSheet.empty() && !IsDatabase())
         throw CFailure(ES_USAGE, path, "--sheet is for workbooks and databases; this is " + DescribeType(m_eType));
     if (SCTextProbe::HasUtf16Mark(m_strHead))
@@ -170,7 +168,7 @@ std::unique_ptr<ISourceReader> CSource::OpenReader() {
     if (m_eType == SCDeclareConstant::SFT_FIX)
         return OpenFixedLength();
     if (IsDatabase()) {
-        PrepareDatabase();
+        PrepareDatabase(true);
         return OpenTable();
     }
     if (m_eType == SCDeclareConstant::SFT_XTQF)
@@ -185,7 +183,7 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
     const bool isGiven = password.has_value();
     auto result = CSourceDataInfo::SDO_PASSWORD_ERROR;
     for (int attempt = 0; result == CSourceDataInfo::SDO_PASSWORD_ERROR && attempt <= attemptsMax; ++attempt) {
-        if (attempt > 0 && IsDatabase() && FindListingFailure().Status() != ES_PASSWORD)
+        if (attempt > 0 && IsDatabase() && !IsLocked())
             break;
         if (attempt > 0 && bMayAsk && !isGiven)
             password = SCPassWord::Ask(m_options.strFile);
@@ -202,31 +200,31 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
     return result;
 }
 
-void CSource::PrepareDatabase() {
-    if (Prepare(true) != CSourceDataInfo::SDO_DATABASE)
-        throw FindListingFailure();
+void CSource::PrepareDatabase(bool bMayAsk) {
+    if (Prepare(bMayAsk) != CSourceDataInfo::SDO_DATABASE)
+        ExplainListing();
 }
 
-/// Why the listing of a workbook or database failed, which its preparation does not say: for that of a damaged
-/// workbook it gives the same result as for a password.
-CFailure CSource::FindListingFailure() const {
-    const char* connection = nullptr;
-    if (m_info.GetConnectString(connection)) {
-        try {
-            DWORD size = 0;
-            DWORD count = 0;
-            NSTQCore::CADOOperater::GetSchemaNameSize(size, count, connection);
-        } catch (const Platform::_com_error& error) {
-            const bool isPassWord = error.Error() == Platform::DB_SEC_E_AUTH_FAILED ||
-                                    dynamic_cast<const Platform::CPassWordError*>(&error) != nullptr;
-            if (!isPassWord)
-                return {ES_UNSUPPORTED, error.what()};
-            const bool isGiven = *m_info.GetPassWordString() != '\0';
-            return {ES_PASSWORD,
-                    error.what() + std::string(isGiven ? "" : "; give it with --password-file or --password-fd")};
-        }
+/// Whether it is its password that keeps a workbook or database shut: preparation gives the same result for a damaged
+/// workbook.
+bool CSource::IsLocked() const {
+    try {
+        ExplainListing();
+    } catch (const Platform::_com_error& error) {
+        return SCPassWord::IsRefusal(error);
+    } catch (const CFailure&) {
+        return false;
     }
-    return CFailure(ES_UNSUPPORTED, m_options.strFile, "cannot be read");
+}
+
+/// Raises what made the listing of a workbook or database fail, which its preparation does not say.
+void CSource::ExplainListing() const {
+    const char* connection = nullptr;
+    DWORD size = 0;
+    DWORD count = 0;
+    if (m_info.GetConnectString(connection))
+        NSTQCore::CADOOperater::GetSchemaNameSize(size, count, connection);
+    throw CFailure(ES_UNSUPPORTED, m_options.strFile, "cannot be read");
 }
 
 /// The names as people know them. In those of sheets the library leaves the doubled quotes of the listing.
@@ -258,9 +256,10 @@ void CSource::SelectTable() {
     std::string there;
     for (const std::string& name : names)
         there += (there.empty() ? "" : ", ") + name;
+    const std::string kind = TableKind();
     throw CFailure(
         ES_NOT_FOUND, m_options.strFile,
-        (wanted.empty() ? "nothing to read in it" : "no sheet or table \"" + wanted + "\"; there are: " + there) +
+        (wanted.empty() ? "no " + kind + " in it" : "no " + kind + " \"" + wanted + "\"; " + kind + "s: " + there) +
             " (see: tqc list " + m_options.strFile + ")");
 }
 
@@ -286,11 +285,25 @@ std::unique_ptr<CTableReader> CSource::OpenTable() {
     return reader;
 }
 
-std::vector<CSource::STable> CSource::ListTables() {
+const char* CSource::TableKind() const {
+    return m_eType == SCDeclareConstant::SFT_XLS || m_eType == SCDeclareConstant::SFT_XLSX ? "sheet" : "table";
+}
+
+void CSource::CheckDatabase() const {
     if (!IsDatabase())
         throw CFailure(ES_USAGE, m_options.strFile,
                        "list is for workbooks and databases; this is " + DescribeType(m_eType));
-    PrepareDatabase();
+}
+
+std::vector<std::string> CSource::ListNames() {
+    CheckDatabase();
+    PrepareDatabase(false);
+    return TableNames();
+}
+
+std::vector<CSource::STable> CSource::ListTables() {
+    CheckDatabase();
+    PrepareDatabase(true);
     const std::vector<std::string> names = TableNames();
     std::vector<STable> tables;
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -310,8 +323,7 @@ std::vector<CSource::STable> CSource::ListTables() {
 /// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.
 bool CSource::Unpack(bool bMayAsk) {
     const auto result = Prepare(bMayAsk);
-    const bool isGiven = !m_options.strPassWordFile.empty() || m_options.iPassWordDescriptor >= 0;
-    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !bMayAsk && !isGiven)
+    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !bMayAsk && !SCPassWord::IsGiven(m_options))
         return false;
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
         throw CFailure(ES_PASSWORD, m_options.strFile,
@@ -320,7 +332,8 @@ bool CSource::Unpack(bool bMayAsk) {
     const char* path = nullptr;
     if (result != CSourceDataInfo::SDO_PACKAGE || !m_info.GetFilePath(path))
         throw CFailure(ES_OUTPUT_FAILED, m_options.strFile, "no room for its data in the temporary folder");
-    ReadHead(SCPathText::ToSystem(path));
+    m_strDataPath = SCPathText::ToSystem(path);
+    ReadHead(m_strDataPath);
     FindLineEnd();
     return true;
 }
@@ -386,15 +399,23 @@ FILETIME CSource::UpdateTime() const {
     return time;
 }
 
-std::string CSource::DescribeCharacterSet() const {
-    const bool hasMark = SCTextProbe::HasUtf8Mark(m_strHead);
+CSource::SCharacterSet CSource::CharacterSet() const {
     if (SCTextProbe::HasUtf16Mark(m_strHead))
-        return "UTF-16 (with a mark)";
-    if (m_options.eCharSet != CSourceDataInfo::RCS_ANSI && hasMark)
-        return "UTF-8 (with a mark)";
+        return {"utf-16", true};
+    if (m_options.eCharSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_strHead))
+        return {"utf-8", true};
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
+        return {SCCodePageNames::NameOf(m_options.uCodePage), false};
+    return {SCTextProbe::IsUtf8(m_strHead) ? "utf-8" : "", false};
+}
+
+std::string CSource::DescribeCharacterSet() const {
+    const SCharacterSet set = CharacterSet();
+    if (set.strName.empty())
+        return "not UTF-8 (give --code-page, such as 932)";
+    if (!set.strName.starts_with("utf"))
         return "code page " + SCCodePageNames::Describe(m_options.uCodePage);
-    return SCTextProbe::IsUtf8(m_strHead) ? "UTF-8" : "not UTF-8 (give --code-page, such as 932)";
+    return (set.strName == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.bMark ? " (with a mark)" : "");
 }
 
 std::string CSource::DescribeType(SCDeclareConstant::ESourceFileType type) {

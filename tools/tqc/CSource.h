@@ -37,6 +37,9 @@ public:
     CSource(const CSource&) = delete;
     CSource& operator=(const CSource&) = delete;
 
+    /// The file with the bytes of text: the unpacked one of a package that has been opened.
+    const std::string& DataPath() const { return m_strDataPath; }
+
     /// Opens the file; a package is unpacked for it, until the source is gone. The source must outlive the reader.
     /// Throws CFailure, also for a source without a reader.
     std::unique_ptr<ISourceReader> OpenReader();
@@ -49,6 +52,8 @@ public:
     };
     /// All of them. Throws CFailure.
     std::vector<STable> ListTables();
+    /// Their names alone; nobody is asked for a password. Throws CFailure.
+    std::vector<std::string> ListNames();
     /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.
     const std::vector<std::string>& ColumnNames() const { return m_vecColumns; }
 
@@ -72,7 +77,13 @@ public:
     bool IsDelimited() const;
     /// A workbook or database.
     bool IsDatabase() const;
-    /// The settled character set and how sure it is, in words.
+    /// A character set: its name ("utf-8"), or none when it is not clear, and whether a mark tells it.
+    struct SCharacterSet {
+        std::string strName;
+        bool bMark;
+    };
+    SCharacterSet CharacterSet() const;
+    /// The same in words.
     std::string DescribeCharacterSet() const;
     static std::string DescribeType(SCDeclareConstant::ESourceFileType type);
 
@@ -87,8 +98,11 @@ private:
     void CheckReadable() const;
     CSourceDataInfo::ESourceDataOpen Prepare(bool bMayAsk);
     bool Unpack(bool bMayAsk);
-    void PrepareDatabase();
-    CFailure FindListingFailure() const;
+    void PrepareDatabase(bool bMayAsk);
+    void CheckDatabase() const;
+    const char* TableKind() const;
+    [[noreturn]] void ExplainListing() const;
+    bool IsLocked() const;
     std::vector<std::string> TableNames() const;
     void SelectTable();
     std::unique_ptr<CTableReader> OpenTable();
@@ -97,6 +111,7 @@ private:
     void OpenFile(NSTQCore::VCTextFileOperater& reader);
 
     const SOptions& m_options;
+    std::string m_strDataPath;
     struct stat m_status {};
     std::string m_strHead; ///< the file's first bytes, one fill of a reader
     SLineEnd m_lineEnd;

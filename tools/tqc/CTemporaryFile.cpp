@@ -16,6 +16,8 @@
 namespace NSTQ::Tool {
 namespace {
 
+constexpr mode_t ANYBODY_LESS_UMASK = 0666;
+
 /// A hidden name beside the target that says what it belongs to.
 std::string MakeName(const std::string& target, std::random_device& random) {
     constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
@@ -27,30 +29,65 @@ std::string MakeName(const std::string& target, std::random_device& random) {
     return path;
 }
 
+/// A name of a descriptor that can be linked; unlike an empty path it needs no privilege.
+std::string NameOfDescriptor(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+bool Link(int descriptor, const std::string& path) {
+    return ::linkat(AT_FDCWD, NameOfDescriptor(descriptor).c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
 } // namespace
 
 CTemporaryFile::CTemporaryFile(const std::string& target) : m_strTarget(target) {
-    Create();
+    if (!CreateNameless())
+        CreateNamed();
     TakeOverTarget();
 }
 
-void CTemporaryFile::Create() {
-    constexpr int attempts = 100;
-    constexpr mode_t anybodyLessUmask = 0666;
-    std::random_device random;
+/// False where the file system has no such files, or nothing that could give them a name later.
+bool CTemporaryFile::CreateNameless() {
+    const std::size_t folder = m_strTarget.find_last_of('/');
+    const std::string path = folder == std::string::npos ? "." : m_strTarget.substr(0, folder + 1);
+    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, ANYBODY_LESS_UMASK);
+    if (m_iDescriptor >= 0 && ::access(NameOfDescriptor(m_iDescriptor).c_str(), F_OK) != 0) {
+        ::close(m_iDescriptor);
+        m_iDescriptor = -1;
+    }
+    return m_iDescriptor >= 0;
+}
+
+void CTemporaryFile::CreateNamed() {
     const SCSignals::CHeld held;
-    for (int attempt = 0; attempt < attempts && m_iDescriptor < 0; ++attempt) {
+    if (!TryNames(&CTemporaryFile::CreateAtPath))
+        Fail(errno, "; its folder must exist and take new files");
+}
+
+/// Gives `create` one hidden name after another until one is free; the handler of signals then knows of the file.
+bool CTemporaryFile::TryNames(bool (CTemporaryFile::*create)()) {
+    constexpr int attempts = 100;
+    std::random_device random;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
         m_strPath = MakeName(m_strTarget, random);
-        m_iDescriptor = ::open(m_strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anybodyLessUmask);
-        if (m_iDescriptor < 0 && errno != EEXIST)
+        if ((this->*create)()) {
+            SCSignals::RemoveFile(m_strPath.c_str());
+            return true;
+        }
+        if (errno != EEXIST)
             break;
     }
-    if (m_iDescriptor < 0) {
-        m_strPath.clear();
-        throw CFailure(ES_OUTPUT_FAILED, m_strTarget,
-                       SCErrorText::OfSystem(errno) + "; its folder must exist and take new files");
-    }
-    SCSignals::RemoveFile(m_strPath.c_str());
+    m_strPath.clear();
+    return false;
+}
+
+bool CTemporaryFile::CreateAtPath() {
+    m_iDescriptor = ::open(m_strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ANYBODY_LESS_UMASK);
+    return m_iDescriptor >= 0;
+}
+
+bool CTemporaryFile::LinkToPath() {
+    return Link(m_iDescriptor, m_strPath);
 }
 
 /// The owner goes first, because a change of owner may take bits from the mode. Who may not give files away keeps
@@ -67,12 +104,29 @@ void CTemporaryFile::TakeOverTarget() {
 void CTemporaryFile::Replace() {
     // Some file systems have no such call; what they do at the end of a program has to do there.
     if (::fsync(m_iDescriptor) != 0 && errno != EINVAL && errno != ENOTSUP)
-        throw CFailure(ES_OUTPUT_FAILED, m_strTarget, SCErrorText::OfSystem(errno));
+        Fail(errno);
+    if (m_bPlaced)
+        return;
     const SCSignals::CHeld held;
+    if (m_strPath.empty() && Link(m_iDescriptor, m_strTarget)) {
+        m_bPlaced = true;
+        return;
+    }
+    if (m_strPath.empty() && (errno != EEXIST || !TryNames(&CTemporaryFile::LinkToPath)))
+        Fail(errno);
     if (::rename(m_strPath.c_str(), m_strTarget.c_str()) != 0)
-        throw CFailure(ES_OUTPUT_FAILED, m_strTarget, SCErrorText::OfSystem(errno));
-    SCSignals::RemoveFile(nullptr);
+        Fail(errno);
+    Forget();
+    m_bPlaced = true;
+}
+
+void CTemporaryFile::Forget() {
+    SCSignals::ForgetFile(m_strPath.c_str());
     m_strPath.clear();
+}
+
+void CTemporaryFile::Fail(int error, const char* hint) const {
+    throw CFailure(ES_OUTPUT_FAILED, m_strTarget, SCErrorText::OfSystem(error) + hint);
 }
 
 CTemporaryFile::~CTemporaryFile() {
@@ -82,7 +136,7 @@ CTemporaryFile::~CTemporaryFile() {
         return;
     const SCSignals::CHeld held;
     ::unlink(m_strPath.c_str());
-    SCSignals::RemoveFile(nullptr);
+    Forget();
 }
 
 } // namespace NSTQ::Tool

@@ -1,7 +1,9 @@
 // A file that takes another one's place when it is complete, and is gone when it never becomes so.
 //
-// It stands beside its target, so that the change of name is one step: whoever looks sees the old file or the new
-// one. An interrupting signal removes it as well; there is one such file at a time.
+// Whoever looks sees the old file or the new one. Where the file system has files without a name, nothing can be left
+// behind, whatever ends the program; the file gets its name when it is complete. Elsewhere it stands under a hidden
+// name beside its target (".TARGET.tqc-" and eight letters), and an interrupting signal removes it; so it does for
+// the two system calls that it takes to put a nameless file in place of one that is there.
 #pragma once
 
 #include <string>
@@ -18,16 +20,24 @@ public:
 
     int Descriptor() const { return m_iDescriptor; }
 
-    /// Has the data stored and gives the file the target's name. Throws CFailure; the target is then as it was.
+    /// Has the data stored and gives the file the target's name. What is written later is then seen at once, and a
+    /// second call only has it stored. Throws CFailure; the target is then as it was.
     void Replace();
 
 private:
-    void Create();
+    bool CreateNameless();
+    void CreateNamed();
     void TakeOverTarget();
+    bool TryNames(bool (CTemporaryFile::*create)());
+    bool CreateAtPath();
+    bool LinkToPath();
+    void Forget();
+    [[noreturn]] void Fail(int error, const char* hint = "") const;
 
     std::string m_strTarget;
-    std::string m_strPath; ///< empty once the file has the target's name
+    std::string m_strPath; ///< the hidden name; empty while there is none
     int m_iDescriptor = -1;
+    bool m_bPlaced = false;
 };
 
 } // namespace NSTQ::Tool

@@ -57,11 +57,15 @@ unsigned SCCodePageNames::OfLocale() {
     return Platform::CP_UTF8;
 }
 
-std::string SCCodePageNames::Describe(unsigned codePage) {
+std::string SCCodePageNames::NameOf(unsigned codePage) {
     for (const SPageName& page : PAGE_NAMES)
         if (page.codePage == codePage)
-            return std::to_string(codePage) + " (" + page.name + ")";
+            return page.name;
     return std::to_string(codePage);
+}
+
+std::string SCCodePageNames::Describe(unsigned codePage) {
+    return std::to_string(codePage) + " (" + NameOf(codePage) + ")";
 }
 
 std::string SCCodePageNames::Allowed() {

@@ -15,6 +15,8 @@ public:
     /// The page of the environment's locale; UTF-8 when that is not clear. The program's own locale stays as it is.
     static unsigned OfLocale();
 
+    /// "shift_jis" and the like.
+    static std::string NameOf(unsigned codePage);
     /// "932 (shift_jis)" and the like.
     static std::string Describe(unsigned codePage);
     /// All pages, for a message.

@@ -2,12 +2,18 @@
 
 #include "CFailure.h"
 #include "CFixSourceReader.h"
+#include "CFormulaGuard.h"
+#include "COutputTarget.h"
 #include "SCCodePageNames.h"
+#include "SCErrorText.h"
+#include "SCHelpText.h"
+#include "SCTypeNames.h"
 #include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <iostream>
 #include <span>
@@ -16,46 +22,13 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr const char* DESCRIPTION = "Reads a table from a file and writes it as CSV.";
-
-constexpr const char* FOOTER = R"(Examples:
-  tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only when all went well
-  tqc sales.txt | head               write to standard output
-  tqc data.log --separator ';'       any text file whose separator you know
-  tqc old.csv --encoding shift_jis --output-encoding utf-8
-  tqc preview ledger.txt             the first rows of fixed-length text under a ruler
-  tqc ledger.txt --widths 3,5,8      columns of 3, 5 and 8 bytes
-  tqc list sales.xlsx                the sheets of a workbook with their rows and columns
-  tqc sales.xlsx --sheet Q2          one of them; the first without --sheet
-  tqc data.xtqf --password-file key  a package with a password
-  tqc info sales.txt                 what the file is taken for
-
-What is found out when it is not told:
-  type       from the name's extension; for .txt and unknown ones from the first line: with a TAB tsv, with a comma csv
-  line end   the first one outside quotes in the first 64000 bytes: CR LF or LF, CR when there is no LF
-  encoding   UTF-8 when the file begins with its mark, else the code page
-  code page  from LC_ALL, LC_CTYPE or LANG, utf-8 when these do not tell
-
-UTF-8 is read as it stands, other text in the code page. The output is in the code page unless --output-encoding is
-given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
-
-The password of a package, workbook or database comes from --password-file, --password-fd or the terminal, never from
-the command line.
-
-A row of --max-line-size bytes or more is left out, a field over --max-field-size and fields over --max-fields are cut
-off; each such row is reported with its number, counted from 1 in the source.
-
-Exit status: 0 done (also when the reader of a pipe went away), 1 some rows cut or left out, 2 usage, 3 not found or
-denied, 4 password, 5 unsupported or damaged, 6 limit exceeded, 7 output failed.)";
-
 template <class T>
 struct SChoice {
     const char* name;
     T value;
 };
 
-constexpr SChoice<SCDeclareConstant::ESourceFileType> TYPES[] = {
-    {"csv", SCDeclareConstant::SFT_CSV}, {"tsv", SCDeclareConstant::SFT_TXT}, {"fix", SCDeclareConstant::SFT_FIX}};
+constexpr SChoice<SOptions::EOnError> ON_ERROR[] = {{"stop", SOptions::OE_STOP}, {"skip", SOptions::OE_SKIP}};
 constexpr SChoice<SLineEnd> LINE_ENDS[] = {{"crlf", {SCDataAccessDefine::CR_CODE, SCDataAccessDefine::LF_CODE}},
                                            {"lf", {SCDataAccessDefine::LF_CODE, 0}},
                                            {"cr", {SCDataAccessDefine::CR_CODE, 0}}};
@@ -65,14 +38,19 @@ constexpr SChoice<SLineEnd> LINE_ENDS[] = {{"crlf", {SCDataAccessDefine::CR_CODE
 }
 
 template <class T>
+std::string Names(std::span<const SChoice<T>> choices) {
+    std::string names;
+    for (const SChoice<T>& choice : choices)
+        names += (names.empty() ? "" : ", ") + std::string(choice.name);
+    return names;
+}
+
+template <class T>
 T Choose(const char* option, const std::string& value, std::span<const SChoice<T>> choices) {
-    std::string allowed;
-    for (const SChoice<T>& choice : choices) {
+    for (const SChoice<T>& choice : choices)
         if (value == choice.name)
             return choice.value;
-        allowed += (allowed.empty() ? "" : ", ") + std::string(choice.name);
-    }
-    Refuse(option, value, allowed);
+    Refuse(option, value, Names(choices));
 }
 
 char ParseSeparator(const char* option, const std::string& value) {
@@ -101,28 +79,25 @@ public:
     explicit CParser(SOptions& options) : m_options(options) {
         m_app.name("tqc");
         m_app.set_version_flag("--version", "tqc " TQC_VERSION);
-        m_app.footer(FOOTER);
-        m_app.add_option("FILE", m_options.strFile, "the file to read");
-        Add("-o,--output", "OUT.csv", "the file to write; standard output without it",
-            [this](const char* name, const auto& value) {
-                if (value.empty())
-                    Refuse(name, value, "a path, or - for standard output");
-                m_options.strOutput = value;
-            });
+        m_app.get_formatter()->column_width(33);
+        m_app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+        m_app.footer(SCHelpText::EXAMPLES);
+        m_app.require_subcommand(0, 1);
+        m_pFiles = AddFiles(m_app, "the files to read; - is standard input, which needs --type");
         AddSourceOptions();
         AddRowOptions();
         AddOutputOptions();
-        m_pInfo = m_app.add_subcommand("info", "Shows a file's type, size, update time and character set.");
-        m_pInfo->add_option("FILE", m_options.strFile, "the file to look at");
-        m_pInfo->footer("--type, --separator, --eol, --encoding and --code-page have a say in it; see: tqc --help");
-        m_pInfo->fallthrough();
-        m_pPreview = m_app.add_subcommand("preview", "Shows a file's first rows; fixed-length text under a ruler.");
-        m_pPreview->add_option("FILE", m_options.strFile, "the file to look at");
-        m_pPreview->fallthrough();
-        m_pList =
-            m_app.add_subcommand("list", "Lists a workbook's sheets or a database's tables: name, rows, columns.");
-        m_pList->add_option("FILE", m_options.strFile, "the file to look at");
-        m_pList->fallthrough();
+        AddConvertOptions();
+        m_app.option_defaults()->group("Options");
+        m_pConvert = AddCommand("convert", "Writes files as CSV.", SCHelpText::CONVERT);
+        m_pInfo = AddCommand("info", "Shows a file's type, size, update time and character set.", SCHelpText::INFO);
+        m_pPreview =
+            AddCommand("preview", "Shows a file's first rows; fixed-length text under a ruler.", SCHelpText::PREVIEW);
+        m_pList = AddCommand("list", "Lists a workbook's sheets or a database's tables: name, rows, columns.",
+                             SCHelpText::LIST);
+        for (CLI::App* const command : {m_pInfo, m_pList})
+            command->add_flag("--json", m_options.bJson, "as JSON in UTF-8");
+        m_pList->add_flag("--names", m_options.bNamesOnly, "the names alone, for completion")->group("");
     }
 
     bool Parse(int argc, const char* const* argv) {
@@ -131,11 +106,13 @@ public:
         } catch (const CLI::ParseError& error) {
             if (error.get_exit_code() == 0) {
                 m_app.exit(error);
+                if (!std::cout.flush())
+                    throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
                 return false;
             }
             throw CFailure(ES_USAGE, std::string(error.what()) + "; see: tqc --help");
         }
-        if (m_options.strFile.empty())
+        if (m_options.files.empty())
             throw CFailure(ES_USAGE, "no file given; see: tqc --help");
         if (m_pInfo->parsed())
             m_options.eCommand = SOptions::CMD_INFO;
@@ -143,11 +120,26 @@ public:
             m_options.eCommand = SOptions::CMD_LIST;
         if (m_pPreview->parsed())
             m_options.eCommand = SOptions::CMD_PREVIEW;
+        CheckFiles();
+        CheckOutputs();
         CheckTogether();
         return true;
     }
 
 private:
+    CLI::Option* AddFiles(CLI::App& app, const char* help) {
+        return app.add_option("FILE", m_options.files, help)->type_name("");
+    }
+
+    CLI::App* AddCommand(const char* name, const char* description, const char* footer) {
+        CLI::App* const command = m_app.add_subcommand(name, description);
+        AddFiles(*command, name == std::string_view("convert") ? "the files to read" : "the file to look at");
+        command->group("Commands (convert when none is given)");
+        command->footer(footer);
+        command->fallthrough();
+        return command;
+    }
+
     /// `take(option, value)` checks the value and stores it.
     template <class Take>
     void Add(const char* option, const char* type, const std::string& help, Take take) {
@@ -171,8 +163,11 @@ private:
     }
 
     void AddSourceOptions() {
-        Add("--type", "TYPE", "what the file is: csv, tsv or fix", [this](const char* name, const auto& value) {
-            m_options.type = Choose<SCDeclareConstant::ESourceFileType>(name, value, TYPES);
+        m_app.option_defaults()->group("Source");
+        Add("--type", "TYPE", "what the file is: " + SCTypeNames::All(), [this](const char* name, const auto& value) {
+            m_options.type = SCTypeNames::Find(value);
+            if (!m_options.type)
+                Refuse(name, value, SCTypeNames::All());
         });
         Add("--separator", "CHAR", "the field separator: one character, \\t or tab",
             [this](const char* name, const auto& value) { m_options.separator = ParseSeparator(name, value); });
@@ -192,7 +187,8 @@ private:
             .add_option("--sheet", m_options.strSheet,
                         "the sheet or table: its name, or its number from 1 (the first)")
             ->type_name("NAME|N");
-        m_app.add_flag("--header", m_options.bHeader, "write the names of a sheet's or table's columns first");
+        m_app.add_flag("--header", m_options.bHeader,
+                       "write the names of the columns first; of text the first row is names");
         m_app.add_option("--password-file", m_options.strPassWordFile, "the password is the first line of FILE")
             ->type_name("FILE");
         Add("--password-fd", "N", "the password is the first line read from descriptor N",
@@ -242,6 +238,8 @@ private:
 
     /// What only the options together tell. Throws CFailure.
     void CheckTogether() {
+        if (m_options.bFormulaGuard)
+            m_options.dwMaxFieldSize = std::min(m_options.dwMaxFieldSize, CFormulaGuard::FIELD_LENGTH_MAX);
         const auto output = m_options.outputCodePage.value_or(m_options.uCodePage);
         if (m_options.bAddMark && output != Platform::CP_UTF8)
             throw CFailure(ES_USAGE, "--add-bom is for UTF-8 output; add --output-encoding utf-8");
@@ -255,6 +253,7 @@ private:
     }
 
     void AddRowOptions() {
+        m_app.option_defaults()->group("Rows");
         AddNumber("--max-fields", m_options.dwMaxFields, "the most fields kept of a row");
         AddNumber("--max-line-size", m_options.dwMaxLineSize, "rows of that many bytes are left out");
         AddNumber("--max-field-size", m_options.dwMaxFieldSize, "the most bytes kept of a field");
@@ -263,6 +262,7 @@ private:
     }
 
     void AddOutputOptions() {
+        m_app.option_defaults()->group("Output");
         Add("--output-separator", "CHAR", "the separator to write (,)", [this](const char* name, const auto& value) {
             m_options.cOutputSeparator = ParseSeparator(name, value);
         });
@@ -271,14 +271,66 @@ private:
         });
         Add("--output-encoding", "PAGE", "the encoding to write, such as utf-8 or shift_jis (the code page)",
             [this](const char* name, const auto& value) { m_options.outputCodePage = ParsePage(name, value); });
-        m_app.add_flag("--strict", m_options.bStrict, "stop at a character that the output does not have");
-        m_app.add_flag("--replace", m_bReplace, "replace such characters and report their rows (as without it)");
         m_app.add_flag("--add-bom", m_options.bAddMark, "write the mark EF BB BF before UTF-8 output");
+        m_app.add_flag("--formula-guard", m_options.bFormulaGuard,
+                       "write ' before fields that a spreadsheet takes for formulas; numbers stay; changes the data");
         m_app.add_flag("--quiet", m_options.bQuiet, "only errors: no progress and no reports of rows");
     }
 
+    void AddConvertOptions() {
+        m_app.option_defaults()->group("Output");
+        AddPath("-o,--output", "OUT.csv", m_options.strOutput, "the file to write; standard output without it");
+        AddPath("--out-dir", "DIR", m_options.strOutputFolder, "write each FILE to its own file in DIR, with .csv");
+        m_app.option_defaults()->group("Rows that cannot be taken whole");
+        Add("--on-error", "HOW", "stop at the first of them, or skip them; without it they are cut and written",
+            [this](const char* name, const auto& value) {
+                m_options.eOnError = Choose<SOptions::EOnError>(name, value, ON_ERROR);
+            });
+        AddPath("--rejects", "FILE", m_options.strRejects, "keep skipped rows in FILE; implies --on-error skip");
+        m_app.add_flag("--strict", m_options.bStrict, "rows with a character that the output does not have as well");
+        m_app.add_flag("--replace", m_bReplace, "replace such characters and report their rows (as without it)");
+    }
+
+    void AddPath(const char* option, const char* type, std::string& target, const std::string& help) {
+        Add(option, type, help, [&target](const char* name, const auto& value) {
+            if (value.empty())
+                Refuse(name, value, "a path");
+            target = value;
+        });
+    }
+
+    /// Throws CFailure.
+    void CheckFiles() const {
+        if (!m_app.get_subcommands().empty() && m_pFiles->count() > 0)
+            throw CFailure(ES_USAGE, "a command stands before the files: tqc " +
+                                         m_app.get_subcommands()[0]->get_name() + " " + m_options.files[0]);
+        if (m_options.eCommand != SOptions::CMD_CONVERT && m_options.files.size() > 1)
+            throw CFailure(ES_USAGE, m_options.files[1], "one file at a time, please");
+        const auto inputs = std::count(m_options.files.begin(), m_options.files.end(), "-");
+        if (inputs > 1)
+            throw CFailure(ES_USAGE, "-", "standard input can be read only once");
+        if (inputs > 0 && m_options.iPassWordDescriptor == 0)
+            throw CFailure(ES_USAGE, "-", "standard input cannot hold the password as well; use --password-file");
+    }
+
+    /// Throws CFailure.
+    void CheckOutputs() {
+        if (!m_options.strOutput.empty() && !m_options.strOutputFolder.empty())
+            throw CFailure(ES_USAGE, "--output and --out-dir exclude each other");
+        if (m_options.strRejects.empty())
+            return;
+        if (m_options.eOnError == SOptions::OE_STOP)
+            throw CFailure(ES_USAGE, "--rejects is for --on-error skip");
+        if (COutputTarget::IsStandardOutputName(m_options.strRejects) &&
+            COutputTarget::IsStandardOutputName(m_options.strOutput) && m_options.strOutputFolder.empty())
+            throw CFailure(ES_USAGE, "--rejects and the output cannot both be standard output");
+        m_options.eOnError = SOptions::OE_SKIP;
+    }
+
     SOptions& m_options;
-    CLI::App m_app{DESCRIPTION};
+    CLI::App m_app{SCHelpText::DESCRIPTION};
+    CLI::Option* m_pFiles = nullptr; ///< given without a command
+    CLI::App* m_pConvert = nullptr;
     CLI::App* m_pInfo = nullptr;
     CLI::App* m_pPreview = nullptr;
     CLI::App* m_pList = nullptr;

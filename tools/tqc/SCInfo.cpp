@@ -1,10 +1,13 @@
 #include "SCInfo.h"
 
 #include "CFailure.h"
+#include "CJsonWriter.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
 #include "SCErrorText.h"
+#include "SCTypeNames.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
@@ -12,17 +15,17 @@
 namespace NSTQ::Tool {
 namespace {
 
-std::string DescribeTime(const FILETIME& time) {
+std::string DescribeTime(const FILETIME& time, const char* form) {
     constexpr LONGLONG stepsPerSecond = 10'000'000;
     constexpr LONGLONG secondsFrom1601To1970 = 11'644'473'600;
     const auto steps = static_cast<LONGLONG>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
     if (steps == 0)
-        return "unknown";
+        return "";
     const auto seconds = static_cast<std::time_t>(steps / stepsPerSecond - secondsFrom1601To1970);
     std::tm local{};
-    char text[64] = "unknown";
+    char text[64] = "";
     if (::localtime_r(&seconds, &local) != nullptr)
-        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &local);
+        std::strftime(text, sizeof text, form, &local);
     return text;
 }
 
@@ -37,36 +40,98 @@ bool IsText(SCDeclareConstant::ESourceFileType type) {
            type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
 }
 
+/// The listings can be long, and a name may hold anything.
+void PutText(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
 void FlushOutput() {
     if (std::fflush(stdout) != 0 && errno != EPIPE)
         throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
 }
 
-} // namespace
+/// Control bytes would break the lines.
+std::string OnOneLine(std::string name) {
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    return name;
+}
 
-void SCInfo::List(const SOptions& options) {
-    CSource source(options);
-    const auto tables = source.ListTables();
-    CRowEncoder encoder(source.OutputCodePage());
-    std::printf("name\trows\tcolumns\n");
+void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encoder) {
+    PutText("name\trows\tcolumns\n");
     for (const CSource::STable& table : tables) {
-        const char* name = table.strName.data();
+        const std::string shown = OnOneLine(table.strName);
+        const char* name = shown.data();
         const char** names = &name;
-        const auto length = static_cast<WORD>(table.strName.size());
+        const auto length = static_cast<WORD>(shown.size());
         const WORD* lengths = &length;
         if (!encoder.IsIdle())
             encoder.Encode(names, lengths, 1);
-        std::printf("%.*s\t%u\t%u\n", static_cast<int>(lengths[0]), names[0], static_cast<unsigned>(table.dwRows),
-                    static_cast<unsigned>(table.dwColumns));
+        PutText(std::string(names[0], lengths[0]) + '\t' + std::to_string(table.dwRows) + '\t' +
+                std::to_string(table.dwColumns) + '\n');
     }
-    FlushOutput();
 }
 
-void SCInfo::Show(const SOptions& options) {
+void PrintTablesAsJson(const SOptions& options, const CSource& source, const std::vector<CSource::STable>& tables) {
+    CJsonWriter json;
+    json.BeginObject();
+    json.Add("file", options.strFile);
+    json.Add("type", SCTypeNames::Of(source.Type()));
+    json.BeginList("tables");
+    for (const CSource::STable& table : tables) {
+        json.BeginObject();
+        json.Add("name", table.strName);
+        json.Add("rows", std::int64_t{table.dwRows});
+        json.Add("columns", std::int64_t{table.dwColumns});
+        json.EndObject();
+    }
+    json.EndList();
+    json.EndObject();
+    PutText(json.Finish());
+}
+
+void AddText(CJsonWriter& json, const char* key, const std::string& value) {
+    if (value.empty())
+        json.AddNull(key);
+    else
+        json.Add(key, value);
+}
+
+void AddTextFacts(CJsonWriter& json, const CSource& source) {
+    const CSource::SCharacterSet set = source.CharacterSet();
+    AddText(json, "characterSet", set.strName);
+    json.Add("mark", set.bMark);
+    const char* const lineEnd = DescribeLineEnd(source.LineEnd());
+    json.Add("lineEnd", lineEnd == std::string("CR LF") ? "crlf" : lineEnd == std::string("LF") ? "lf" : "cr");
+}
+
+void ShowAsJson(const SOptions& options) {
     CSource source(options);
+    const bool isPackage = source.Type() == SCDeclareConstant::SFT_XTQF;
+    CJsonWriter json;
+    json.BeginObject();
+    json.Add("file", options.strFile);
+    AddText(json, "type", SCTypeNames::Of(source.Type()));
+    json.Add("description", CSource::DescribeType(source.Type()));
+    json.Add("size", std::int64_t{source.Size()});
+    AddText(json, "updated", DescribeTime(source.UpdateTime(), "%Y-%m-%dT%H:%M:%S%z"));
+    const bool isOpen = isPackage && source.LookIntoPackage();
+    if (isOpen)
+        json.Add("dataFileSize", std::int64_t{source.Size()});
+    else if (isPackage)
+        json.AddNull("dataFileSize");
+    if (isOpen || IsText(source.Type()))
+        AddTextFacts(json, source);
+    json.EndObject();
+    PutText(json.Finish());
+}
+
+void ShowInWords(const SOptions& options) {
+    CSource source(options);
+    const std::string time = DescribeTime(source.UpdateTime(), "%Y-%m-%d %H:%M:%S %z");
     std::printf("Type:          %s\n", CSource::DescribeType(source.Type()).c_str());
     std::printf("Size:          %lld bytes\n", static_cast<long long>(source.Size()));
-    std::printf("Updated:       %s\n", DescribeTime(source.UpdateTime()).c_str());
+    std::printf("Updated:       %s\n", time.empty() ? "unknown" : time.c_str());
     const bool isPackage = source.Type() == SCDeclareConstant::SFT_XTQF;
     const bool isOpen = isPackage && source.LookIntoPackage();
     if (isOpen)
@@ -77,6 +142,29 @@ void SCInfo::Show(const SOptions& options) {
         std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
         std::printf("Line end:      %s\n", DescribeLineEnd(source.LineEnd()));
     }
+}
+
+} // namespace
+
+void SCInfo::List(const SOptions& options) {
+    CSource source(options);
+    if (options.bNamesOnly) {
+        for (const std::string& name : source.ListNames())
+            PutText(OnOneLine(name) + '\n');
+    } else if (options.bJson) {
+        PrintTablesAsJson(options, source, source.ListTables());
+    } else {
+        CRowEncoder encoder(source.OutputCodePage());
+        PrintTables(source.ListTables(), encoder);
+    }
+    FlushOutput();
+}
+
+void SCInfo::Show(const SOptions& options) {
+    if (options.bJson)
+        ShowAsJson(options);
+    else
+        ShowInWords(options);
     FlushOutput();
 }
 

@@ -1,4 +1,4 @@
-// "tqc info": what a file is taken for, on standard output.
+// "tqc info" and "tqc list": what a file is taken for and what is in it, on standard output.
 #pragma once
 
 #include "SOptions.h"
@@ -7,9 +7,10 @@ namespace NSTQ::Tool {
 
 class SCInfo {
 public:
-    /// Throws CFailure.
+    /// The facts, one a line, or as an object of JSON. Throws CFailure.
     static void Show(const SOptions& options);
-    /// The sheets or tables: a heading and then name, rows and columns, with TABs between. Throws CFailure.
+    /// The sheets or tables: a heading and then name, rows and columns, with TABs between; or as JSON; or the names
+    /// alone, one a line in UTF-8. Throws CFailure.
     static void List(const SOptions& options);
 };
 

@@ -82,7 +82,7 @@ std::string ReadFrom(int descriptor, const std::string& name) {
     std::string line;
     if (descriptor < 0 || !ReadLine(descriptor, line))
         throw CFailure(ES_NOT_FOUND, name, "no password can be read from it: " + SCErrorText::OfSystem(errno));
-    return SCPathText::ToAnsi(line, name, "the password");
+    return line;
 }
 
 } // namespace
@@ -90,10 +90,15 @@ std::string ReadFrom(int descriptor, const std::string& name) {
 std::optional<std::string> SCPassWord::FromOptions(const SOptions& options) {
     if (!options.strPassWordFile.empty()) {
         const CDescriptor file(::open(options.strPassWordFile.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-        return ReadFrom(file.Get(), options.strPassWordFile);
+        const std::string line = ReadFrom(file.Get(), options.strPassWordFile);
+        return SCPathText::ToAnsi(line, options.strPassWordFile, "the password");
     }
-    if (options.iPassWordDescriptor >= 0)
-        return ReadFrom(options.iPassWordDescriptor, "descriptor " + std::to_string(options.iPassWordDescriptor));
+    if (options.iPassWordDescriptor >= 0) {
+        const std::string name = "descriptor " + std::to_string(options.iPassWordDescriptor);
+        // Read once: its one line serves all inputs.
+        static const std::string line = ReadFrom(options.iPassWordDescriptor, name);
+        return SCPathText::ToAnsi(line, name, "the password");
+    }
     return std::nullopt;
 }
 

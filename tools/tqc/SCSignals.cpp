@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 
 namespace NSTQ::Tool {
@@ -11,7 +12,7 @@ namespace {
 constexpr int ENDING_SIGNALS[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
 
 // Atomic and lock-free, so that a handler may look at them.
-std::atomic<const char*> g_pFile{nullptr};
+std::array<std::atomic<const char*>, 8> g_files{};
 std::atomic<const char*> g_pFolder{nullptr};
 std::atomic<const termios*> g_pTerminalSettings{nullptr};
 std::atomic<int> g_iTerminal{-1};
@@ -28,12 +29,19 @@ void RemoveTree(const char* path) {
         ::waitpid(child, nullptr, 0);
 }
 
+void Exchange(const char* before, const char* after) {
+    for (auto& file : g_files)
+        if (const char* expected = before; file.compare_exchange_strong(expected, after))
+            return;
+}
+
 /// Only functions that may be called in a handler.
 void PutRightAndEnd(int signal) {
     if (const termios* settings = g_pTerminalSettings.load())
         ::tcsetattr(g_iTerminal, TCSANOW, settings);
-    if (const char* path = g_pFile.load())
-        ::unlink(path);
+    for (const auto& file : g_files)
+        if (const char* path = file.load())
+            ::unlink(path);
     if (const char* path = g_pFolder.load())
         RemoveTree(path);
     ::signal(signal, SIG_DFL);
@@ -55,7 +63,11 @@ void SCSignals::Handle() {
 }
 
 void SCSignals::RemoveFile(const char* path) {
-    g_pFile = path;
+    Exchange(nullptr, path);
+}
+
+void SCSignals::ForgetFile(const char* path) {
+    Exchange(path, nullptr);
 }
 
 void SCSignals::RemoveFolder(const char* path) {

@@ -1,4 +1,4 @@
-// What is put right when a signal ends the program: the temporary file, the folder of an unpacked package, and the
+// What is put right when a signal ends the program: temporary files, the folder of an unpacked package, and the
 // terminal while a password is typed.
 #pragma once
 
@@ -12,8 +12,12 @@ public:
     /// Takes over the signals that end a program, but for those that are ignored.
     static void Handle();
 
-    // What the handler does; null means nothing. The texts must stay as long as they are set.
+    /// The handler removes the file until it is forgotten; the text must stay until then. There is room for a few
+    /// files at a time, more than the program has.
     static void RemoveFile(const char* path);
+    static void ForgetFile(const char* path);
+
+    // What else the handler does; null means nothing. The texts must stay as long as they are set.
     static void RemoveFolder(const char* path);
     static void RestoreTerminal(int terminal, const termios* settings);
 

@@ -27,9 +27,19 @@ inline constexpr DWORD LIMIT_MAX = 65535;
 struct SOptions {
     enum ECommand { CMD_CONVERT, CMD_INFO, CMD_PREVIEW, CMD_LIST };
 
+    /// What becomes of a row that cannot be taken whole.
+    enum EOnError {
+        OE_KEEP, ///< as much of it as possible is written
+        OE_STOP, ///< it ends the conversion
+        OE_SKIP  ///< it is left out
+    };
+
     ECommand eCommand = CMD_CONVERT;
-    std::string strFile;
-    std::string strOutput; ///< empty for standard output
+    std::vector<std::string> files; ///< as given; "-" is standard input
+    std::string strFile;            ///< of them, the one in hand
+    std::string strPath;            ///< where it is read from
+    std::string strOutput;          ///< empty for standard output
+    std::string strOutputFolder;    ///< for one output for each input; else empty
 
     std::optional<SCDeclareConstant::ESourceFileType> type;
     std::optional<char> separator;
@@ -52,9 +62,15 @@ struct SOptions {
     char cOutputSeparator = SCDataAccessDefine::CAMMA_CODE;
     SLineEnd outputLineEnd;
     std::optional<unsigned> outputCodePage;
+    EOnError eOnError = OE_KEEP;
+    std::string strRejects; ///< the file for rejected rows; empty for none
+    bool bFormulaGuard = false;
     bool bStrict = false;
     bool bAddMark = false;
     bool bQuiet = false;
+
+    bool bJson = false;
+    bool bNamesOnly = false; ///< a listing for completion, which must not ask anything
 };
 
 } // namespace NSTQ::Tool

@@ -1,11 +1,10 @@
 // tqc: reads a table from a file and writes it as CSV.
 
 #include "CFailure.h"
-#include "COutputFile.h"
+#include "CInputFile.h"
 #include "CReporter.h"
-#include "CRowPump.h"
-#include "CSource.h"
 #include "SCCommandLine.h"
+#include "SCConvert.h"
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
@@ -15,9 +14,7 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <new>
-#include <string_view>
 
 namespace NSTQ::Tool {
 namespace {
@@ -31,25 +28,13 @@ void FillStandardStreams() {
             ::open("/dev/null", modes[stream]);
 }
 
-bool IsProgressWanted(const COutputFile& output) {
-    const char* const terminal = std::getenv("TERM");
-    return ::isatty(STDERR_FILENO) != 0 && !(output.IsStandardOutput() && ::isatty(STDOUT_FILENO) != 0) &&
-           (terminal == nullptr || std::string_view(terminal) != "dumb");
-}
-
-EExitStatus Convert(const SOptions& options) {
-    CSource source(options);
-    const auto reader = source.OpenReader();
-    COutputFile output(options);
-    if (output.IsStandardOutput() && source.IsFileOf(STDOUT_FILENO))
-        throw CFailure(ES_USAGE, options.strFile, "standard output is this very file; use -o");
-    CReporter reporter(options.strFile, options.bQuiet, IsProgressWanted(output));
-    CRowPump pump(options, *reader, source.OutputCodePage(), output, reporter);
-    if (!options.bHeader || pump.WriteNames(source.ColumnNames()))
-        pump.Run();
-    output.Finish();
-    reporter.Finish();
-    return reporter.HasLostRows() ? ES_ROWS_LOST : ES_OK;
+void ShowOne(const SOptions& all, void (*show)(const SOptions&)) {
+    const CInputFile input(all, all.files[0]);
+    try {
+        show(input.Options());
+    } catch (const Platform::_com_error& error) {
+        throw input.Explain(error);
+    }
 }
 
 EExitStatus Run(int argc, const char* const* argv) {
@@ -58,15 +43,15 @@ EExitStatus Run(int argc, const char* const* argv) {
         return ES_OK;
     switch (options->eCommand) {
     case SOptions::CMD_CONVERT:
-        return Convert(*options);
+        return SCConvert::Run(*options);
     case SOptions::CMD_PREVIEW:
-        SCPreview::Show(*options);
+        ShowOne(*options, SCPreview::Show);
         break;
     case SOptions::CMD_INFO:
-        SCInfo::Show(*options);
+        ShowOne(*options, SCInfo::Show);
         break;
     case SOptions::CMD_LIST:
-        SCInfo::List(*options);
+        ShowOne(*options, SCInfo::List);
         break;
     }
     return ES_OK;
@@ -87,9 +72,6 @@ int main(int argc, char** argv) {
     } catch (const CFailure& failure) {
         CReporter::Print(failure.what());
         return failure.Status();
-    } catch (const NSTQ::Platform::_com_error& error) {
-        CReporter::Print(error.what());
-        return error.Error() == NSTQ::Platform::DB_E_DATAOVERFLOW ? ES_LIMIT : ES_UNSUPPORTED;
     } catch (const std::bad_alloc&) {
         CReporter::Print("not enough memory; try smaller limits");
         return ES_LIMIT;

@@ -1,0 +1,37 @@
+#include "CColumns.h"
+
+#include "CFailure.h"
+
+#include <algorithm>
+
+namespace NSTQ::Tool {
+
+bool CColumns::TakeNames(const std::string& file, const std::vector<std::string>& names) {
+    if (!m_names) {
+        m_strFile = file;
+        m_names = names;
+        return true;
+    }
+    TakeCount(file, static_cast<DWORD>(names.size()));
+    const auto [mine, other] = std::mismatch(names.begin(), names.end(), m_names->begin(), m_names->end());
+    if (mine != names.end())
+        throw CFailure(ES_UNSUPPORTED, file,
+                       "its column " + std::to_string(mine - names.begin() + 1) + " is \"" + *mine + "\", that of " +
+                           m_strFile + " \"" + *other + "\"; one output takes the same columns; try --out-dir");
+    return false;
+}
+
+void CColumns::TakeCount(const std::string& file, DWORD dwCount) {
+    if (m_names)
+        m_count = static_cast<DWORD>(m_names->size());
+    if (!m_count) {
+        m_strFile = file;
+        m_count = dwCount;
+    }
+    if (dwCount != *m_count)
+        throw CFailure(ES_UNSUPPORTED, file,
+                       "its first row has " + std::to_string(dwCount) + " fields, that of " + m_strFile + " " +
+                           std::to_string(*m_count) + "; one output takes the same columns; try --out-dir");
+}
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,27 @@
+// Holds the inputs of one output to the same columns.
+#pragma once
+
+#include "platform/Types.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+class CColumns {
+public:
+    /// The names of an input's columns. True for the first input, whose names are to be written; false when they are
+    /// the same again. Throws CFailure about `file` when they differ.
+    bool TakeNames(const std::string& file, const std::vector<std::string>& names);
+
+    /// The number of fields in an input's first row. Throws CFailure about `file` when it differs.
+    void TakeCount(const std::string& file, DWORD dwCount);
+
+private:
+    std::string m_strFile; ///< the first input
+    std::optional<std::vector<std::string>> m_names;
+    std::optional<DWORD> m_count;
+};
+
+} // namespace NSTQ::Tool

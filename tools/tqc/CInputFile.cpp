@@ -1,0 +1,148 @@
+#include "CInputFile.h"
+
+#include "SCErrorText.h"
+#include "SCPassWord.h"
+#include "SCSignals.h"
+#include "SCTypeNames.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+
+namespace NSTQ::Tool {
+namespace {
+
+bool IsText(SCDeclareConstant::ESourceFileType type) {
+    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
+           type == SCDeclareConstant::SFT_FIX;
+}
+
+bool HasExtension(const std::string& name, const std::string& extension) {
+    const auto isEqual = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
+    return name.size() >= extension.size() && std::equal(name.end() - static_cast<std::ptrdiff_t>(extension.size()),
+                                                         name.end(), extension.begin(), extension.end(), isEqual);
+}
+
+std::string TemporaryFolder() {
+    const char* const folder = std::getenv("TMPDIR");
+    return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
+/// Copies until the end of the input.
+void CopyTo(int descriptor) {
+    std::array<char, 65536> bytes{};
+    for (;;) {
+        const ssize_t got = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            throw CFailure(ES_NOT_FOUND, "-", "standard input cannot be read: " + SCErrorText::OfSystem(errno));
+        if (got == 0)
+            return;
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t put = ::write(descriptor, bytes.data() + done, static_cast<std::size_t>(got - done));
+            if (put < 0 && errno != EINTR)
+                throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
+                               "standard input cannot be stored there: " + SCErrorText::OfSystem(errno) +
+                                   "; set TMPDIR to a folder with more room");
+            done += std::max<ssize_t>(put, 0);
+        }
+    }
+}
+
+} // namespace
+
+CInputFile::CInputFile(const SOptions& options, const std::string& name) : m_options(options) {
+    m_options.strFile = m_options.strPath = name;
+    if (IsStandardInput(name)) {
+        CopyStandardInput();
+        return;
+    }
+    const std::string extension = options.type ? '.' + SCTypeNames::Of(*options.type) : "";
+    if (options.type && !IsText(*options.type) && !HasExtension(name, extension))
+        LinkUnderExtension(extension);
+}
+
+CInputFile::~CInputFile() {
+    if (m_iDescriptor >= 0)
+        ::close(m_iDescriptor);
+    if (m_strRemove.empty())
+        return;
+    const SCSignals::CHeld held;
+    ::unlink(m_strRemove.c_str());
+    SCSignals::ForgetFile(m_strRemove.c_str());
+}
+
+/// A template for a name in the temporary folder.
+std::string CInputFile::PrivateName(const std::string& extension) const {
+    return TemporaryFolder() + "/tqc-XXXXXX" + extension;
+}
+
+void CInputFile::CopyStandardInput() {
+    if (!m_options.type && m_options.separator)
+        m_options.type = SCDeclareConstant::SFT_CSV;
+    if (!m_options.type)
+        throw CFailure(ES_USAGE, "-",
+                       "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
+    const std::string extension = '.' + SCTypeNames::Of(*m_options.type);
+    std::string path = PrivateName(extension);
+    {
+        const SCSignals::CHeld held;
+        m_iDescriptor = ::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC);
+        if (m_iDescriptor < 0)
+            throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
+                           "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
+        if (IsText(*m_options.type)) {
+            ::unlink(path.c_str());
+            path = "/proc/self/fd/" + std::to_string(m_iDescriptor);
+        } else {
+            m_strRemove = path;
+            SCSignals::RemoveFile(m_strRemove.c_str());
+        }
+    }
+    m_options.strPath = path;
+    CopyTo(m_iDescriptor);
+}
+
+void CInputFile::LinkUnderExtension(const std::string& extension) {
+    std::array<char, PATH_MAX> real{};
+    if (::realpath(m_options.strFile.c_str(), real.data()) == nullptr)
+        throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
+    std::string path = PrivateName(extension);
+    const SCSignals::CHeld held;
+    const int descriptor = ::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC);
+    if (descriptor >= 0)
+        ::close(descriptor);
+    // The name is this program's own: the folder lets nobody else take it in between.
+    if (descriptor < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
+        throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(), SCErrorText::OfSystem(errno));
+    m_options.strPath = m_strRemove = path;
+    SCSignals::RemoveFile(m_strRemove.c_str());
+}
+
+CFailure CInputFile::Explain(const Platform::_com_error& error) const {
+    std::string text = error.what();
+    const std::size_t at = text.find(m_options.strPath);
+    if (at != std::string::npos)
+        text.replace(at, m_options.strPath.size(), m_options.strFile);
+    else
+        text = m_options.strFile + ": " + text;
+    if (SCPassWord::IsRefusal(error))
+        return {ES_PASSWORD,
+                text + (SCPassWord::IsGiven(m_options) ? "" : "; give it with --password-file or --password-fd")};
+    switch (error.Error()) {
+    case Platform::DB_E_DATAOVERFLOW:
+    case Platform::E_OUTOFMEMORY:
+        return {ES_LIMIT, text};
+    default:
+        return {ES_UNSUPPORTED, text};
+    }
+}
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,43 @@
+// One input of the command line as a file that the library can open.
+//
+// Standard input is copied to a private file first, which is removed again, also by an interrupting signal. The copy
+// of text has no name at all. A workbook, database or package under a name that does not say so gets a link with a
+// name that does, because the library goes by the name.
+#pragma once
+
+#include "SOptions.h"
+
+#include "CFailure.h"
+#include "platform/ComError.h"
+
+#include <string>
+
+namespace NSTQ::Tool {
+
+class CInputFile {
+public:
+    /// Copies standard input when `name` is "-". Throws CFailure.
+    CInputFile(const SOptions& options, const std::string& name);
+    ~CInputFile();
+    CInputFile(const CInputFile&) = delete;
+    CInputFile& operator=(const CInputFile&) = delete;
+
+    static bool IsStandardInput(const std::string& name) { return name == "-"; }
+
+    /// The options for this input alone; they live as long as it does.
+    const SOptions& Options() const { return m_options; }
+
+    /// The failure of a workbook or database in the program's terms.
+    CFailure Explain(const Platform::_com_error& error) const;
+
+private:
+    void CopyStandardInput();
+    void LinkUnderExtension(const std::string& extension);
+    std::string PrivateName(const std::string& extension) const;
+
+    SOptions m_options;
+    int m_iDescriptor = -1;  ///< of a copy without a name
+    std::string m_strRemove; ///< what is to be removed in the end
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,38 @@
+// JSON text, built one member after another and indented.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace NSTQ::Tool {
+
+class CJsonWriter {
+public:
+    // A key is left empty in lists.
+    void BeginObject(std::string_view key = {});
+    void EndObject();
+    void BeginList(std::string_view key);
+    void EndList();
+
+    /// The text is UTF-8; bytes that are not become U+FFFD.
+    void Add(std::string_view key, std::string_view value);
+    void Add(std::string_view key, const char* value) { Add(key, std::string_view(value)); }
+    void Add(std::string_view key, std::int64_t value);
+    void Add(std::string_view key, bool value);
+    void AddNull(std::string_view key);
+
+    /// All of it, with a line end.
+    std::string Finish();
+
+private:
+    void Begin(std::string_view key);
+    void End(char bracket);
+    void AppendText(std::string_view text);
+
+    std::string m_strText;
+    int m_iDepth = 0;
+    bool m_bFirst = true; ///< nothing stands in the object or list yet
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,120 @@
+#include "COutputTarget.h"
+
+#include "CFailure.h"
+#include "SCErrorText.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <string_view>
+
+namespace NSTQ::Tool {
+namespace {
+
+constexpr std::string_view DESCRIPTORS = "/dev/fd/";
+
+/// The number in names that stand for a descriptor which is open already; -1 for others.
+int DescriptorOfName(std::string_view name) {
+    if (name.empty() || name == "/dev/stdout")
+        return STDOUT_FILENO;
+    if (name == "/dev/stderr")
+        return STDERR_FILENO;
+    int descriptor = -1;
+    if (name.starts_with(DESCRIPTORS))
+        std::from_chars(name.data() + DESCRIPTORS.size(), name.data() + name.size(), descriptor);
+    return descriptor;
+}
+
+/// Replacing a file needs no permission to write it; who protects a file means it all the same.
+void CheckReplaceable(const std::string& path, const struct stat& status) {
+    constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    if (S_ISDIR(status.st_mode))
+        throw CFailure(ES_OUTPUT_FAILED, path, "a folder; give a file name in it");
+    if ((status.st_mode & anyWrite) == 0 || ::access(path.c_str(), W_OK) != 0)
+        throw CFailure(ES_OUTPUT_FAILED, path, "the file is there and may not be written; try another name");
+}
+
+} // namespace
+
+bool COutputTarget::IsStandardOutputName(const std::string& name) {
+    return name.empty() || name == "-" || name == "/dev/stdout";
+}
+
+std::string COutputTarget::FollowLinks(std::string path) {
+    constexpr int linksMax = 40;
+    for (int i = 0; i < linksMax; ++i) {
+        std::array<char, PATH_MAX> link{};
+        const ssize_t length = ::readlink(path.c_str(), link.data(), link.size());
+        if (length < 0)
+            return path;
+        const std::string next(link.data(), static_cast<std::size_t>(length));
+        if (next.starts_with('/'))
+            path = next;
+        else
+            path.replace(path.find_last_of('/') + 1, std::string::npos, next);
+    }
+    throw CFailure(ES_OUTPUT_FAILED, path, SCErrorText::OfSystem(ELOOP));
+}
+
+COutputTarget::COutputTarget(const std::string& name)
+    : m_strName(IsStandardOutputName(name) ? "" : name), m_iDescriptor(DescriptorOfName(m_strName)) {
+    if (m_iDescriptor >= 0)
+        return;
+    const std::string path = FollowLinks(m_strName);
+    struct stat status {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (exists && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode))) {
+        OpenDevice(path);
+        return;
+    }
+    if (exists)
+        CheckReplaceable(path, status);
+    m_pTemporary = std::make_unique<CTemporaryFile>(path);
+    m_iDescriptor = m_pTemporary->Descriptor();
+}
+
+COutputTarget::~COutputTarget() {
+    if (m_bOwned)
+        ::close(m_iDescriptor);
+}
+
+void COutputTarget::OpenDevice(const std::string& path) {
+    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (m_iDescriptor < 0)
+        throw CFailure(ES_OUTPUT_FAILED, m_strName, SCErrorText::OfSystem(errno));
+    m_bOwned = true;
+}
+
+std::string COutputTarget::DescriptorPath() const {
+    return std::string(DESCRIPTORS) + std::to_string(m_iDescriptor);
+}
+
+std::string COutputTarget::Describe() const {
+    return IsStandardOutput() ? "standard output" : m_strName;
+}
+
+bool COutputTarget::Write(const char* pBytes, std::size_t size) {
+    while (size > 0) {
+        const ssize_t written = ::write(m_iDescriptor, pBytes, size);
+        if (written < 0 && errno == EPIPE)
+            return false;
+        if (written < 0 && errno != EINTR)
+            throw CFailure(ES_OUTPUT_FAILED, Describe(), SCErrorText::OfSystem(errno));
+        const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
+        pBytes += done;
+        size -= done;
+    }
+    return true;
+}
+
+void COutputTarget::Replace() {
+    if (m_pTemporary)
+        m_pTemporary->Replace();
+}
+
+} // namespace NSTQ::Tool

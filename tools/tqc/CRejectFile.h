@@ -1,0 +1,55 @@
+// The rows that were left out, as CSV: row, offset, cause, record and file, under a line of these names.
+//
+// `row` counts the rows of the source from 1. `offset` is the position of the row's first byte in text, counted from
+// 0; in a package it counts in the data file; workbooks and databases have none. `record` is the row as it stands in
+// text, its bytes untouched, without its line end; of workbooks and databases the fields as a row of CSV in UTF-8.
+// Lines end with CR LF.
+#pragma once
+
+#include "COutputTarget.h"
+#include "SOptions.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace NSTQ::Tool {
+
+class CRejectFile {
+public:
+    /// Opens the target `name`. Throws CFailure.
+    explicit CRejectFile(const std::string& name);
+    ~CRejectFile();
+    CRejectFile(const CRejectFile&) = delete;
+    CRejectFile& operator=(const CRejectFile&) = delete;
+
+    /// The input that the next rows come from; `dataPath` is the file with the bytes of text. Throws CFailure.
+    void SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd);
+
+    /// A row of text: `llSize` bytes from `llOffset` on. Throws CFailure.
+    void AddText(std::uint64_t ullRow, LONGLONG llOffset, LONGLONG llSize, std::string_view cause);
+    /// A row of a workbook or database. Throws CFailure.
+    void AddFields(std::uint64_t ullRow, const char* const* ppFields, const WORD* pLengths, DWORD dwCount,
+                   std::string_view cause);
+
+    /// Writes what is held back and puts the file into its place, where it may grow further. Throws CFailure.
+    void Place();
+
+private:
+    void CloseSource();
+    void AddQuoted(std::string_view text);
+    void AddDoubled(std::string_view text);
+    void CopyRecord(LONGLONG llOffset, LONGLONG llSize);
+    std::string_view ReadAt(LONGLONG llOffset, LONGLONG llSize);
+    void EndRow();
+    void Flush();
+
+    COutputTarget m_target;
+    std::string m_strBuffer;
+    std::string m_strFile;
+    std::string m_strLineEnd;
+    std::string m_strPiece; ///< of a record that is copied
+    int m_iSource = -1;
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,138 @@
+#include "SCConvert.h"
+
+#include "CColumns.h"
+#include "CInputFile.h"
+#include "COutputFile.h"
+#include "CRejectFile.h"
+#include "CReporter.h"
+#include "CRowPump.h"
+#include "CSource.h"
+#include "SCTargets.h"
+#include "SCTerminal.h"
+#include "platform/ComError.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace NSTQ::Tool {
+namespace {
+
+bool IsProgressWanted(const COutputFile& output) {
+    return SCTerminal::IsLively(STDERR_FILENO) && !(output.IsStandardOutput() && ::isatty(STDOUT_FILENO) != 0);
+}
+
+/// One output and the inputs that go into it.
+class COneOutput {
+public:
+    COneOutput(const SOptions& options, std::string name, CRejectFile* pRejects)
+        : m_options(options), m_strName(std::move(name)), m_pRejects(pRejects) {}
+
+    /// False when nobody reads the output any more.
+    bool Append(const std::string& file) {
+        const CInputFile input(m_options, file);
+        try {
+            return AppendInput(input.Options());
+        } catch (const Platform::_com_error& error) {
+            throw input.Explain(error);
+        }
+    }
+
+    /// The rejected rows go into their place first: an output without them would hide what it lacks.
+    void Finish() {
+        if (!m_output)
+            return;
+        m_output->Close();
+        if (m_pRejects != nullptr)
+            m_pRejects->Place();
+        m_output->Replace();
+    }
+
+    bool HasLostRows() const { return m_bLostRows; }
+
+private:
+    bool AppendInput(const SOptions& options) {
+        CSource source(options);
+        const auto reader = source.OpenReader();
+        // Only now, so that a file that cannot be read leaves a device or pipe alone.
+        if (!m_output)
+            m_output.emplace(m_options, m_strName);
+        if (m_output->IsStandardOutput() && source.IsFileOf(STDOUT_FILENO))
+            throw CFailure(ES_USAGE, options.strFile, "standard output is this very file; use -o");
+        if (m_pRejects != nullptr)
+            m_pRejects->SetSource(options.strFile, reader->CountsBytes() ? source.DataPath() : "", source.LineEnd());
+        CReporter reporter(options.strFile, options.bQuiet, IsProgressWanted(*m_output));
+        CRowPump pump(options, *reader, source.OutputCodePage(), {*m_output, m_pRejects, m_columns}, reporter);
+        bool goOn = true;
+        if (options.bHeader)
+            goOn = reader->CountsBytes() ? pump.WriteFirstRowAsNames() : pump.WriteNames(source.ColumnNames());
+        goOn = goOn && pump.Run();
+        reporter.Finish();
+        m_bLostRows = m_bLostRows || reporter.HasLostRows();
+        return goOn;
+    }
+
+    const SOptions& m_options;
+    std::string m_strName;
+    CRejectFile* m_pRejects;
+    CColumns m_columns;
+    std::optional<COutputFile> m_output;
+    bool m_bLostRows = false;
+};
+
+EExitStatus IntoOne(const SOptions& options, CRejectFile* pRejects) {
+    if (options.files.size() > 1)
+        SCTargets::CheckInputs(options);
+    COneOutput output(options, options.strOutput, pRejects);
+    for (const std::string& file : options.files)
+        if (!output.Append(file))
+            break;
+    output.Finish();
+    return output.HasLostRows() ? ES_ROWS_LOST : ES_OK;
+}
+
+EExitStatus IntoFolder(const SOptions& options, const std::vector<std::string>& targets, CRejectFile* pRejects) {
+    EExitStatus status = ES_OK;
+    const auto note = [&status](EExitStatus other) {
+        status = status == ES_OK || status == ES_ROWS_LOST ? std::max(status, other) : status;
+    };
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        try {
+            COneOutput output(options, targets[i], pRejects);
+            output.Append(options.files[i]);
+            output.Finish();
+            note(output.HasLostRows() ? ES_ROWS_LOST : ES_OK);
+        } catch (const CFailure& failure) {
+            if (failure.Status() == ES_OUTPUT_FAILED)
+                throw;
+            CReporter::Print(failure.what());
+            note(failure.Status());
+        }
+    }
+    return status;
+}
+
+void MakeFolder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    if (error)
+        throw CFailure(ES_OUTPUT_FAILED, path, error.message());
+}
+
+} // namespace
+
+EExitStatus SCConvert::Run(const SOptions& options) {
+    const bool isFolder = !options.strOutputFolder.empty();
+    const auto targets = isFolder ? SCTargets::InFolder(options) : std::vector<std::string>{options.strOutput};
+    SCTargets::Check(options, targets);
+    if (isFolder)
+        MakeFolder(options.strOutputFolder);
+    std::unique_ptr<CRejectFile> rejects;
+    if (!options.strRejects.empty())
+        rejects = std::make_unique<CRejectFile>(options.strRejects);
+    return isFolder ? IntoFolder(options, targets, rejects.get()) : IntoOne(options, rejects.get());
+}
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,39 @@
+#include "SCTypeNames.h"
+
+namespace NSTQ::Tool {
+namespace {
+
+struct STypeName {
+    const char* name;
+    SCDeclareConstant::ESourceFileType type;
+};
+
+constexpr STypeName TYPES[] = {{"csv", SCDeclareConstant::SFT_CSV},     {"tsv", SCDeclareConstant::SFT_TXT},
+                               {"fix", SCDeclareConstant::SFT_FIX},     {"xls", SCDeclareConstant::SFT_XLS},
+                               {"xlsx", SCDeclareConstant::SFT_XLSX},   {"mdb", SCDeclareConstant::SFT_MDB},
+                               {"accdb", SCDeclareConstant::SFT_ACCDB}, {"xtqf", SCDeclareConstant::SFT_XTQF}};
+
+} // namespace
+
+std::optional<SCDeclareConstant::ESourceFileType> SCTypeNames::Find(std::string_view name) {
+    for (const STypeName& entry : TYPES)
+        if (name == entry.name)
+            return entry.type;
+    return std::nullopt;
+}
+
+std::string SCTypeNames::Of(SCDeclareConstant::ESourceFileType type) {
+    for (const STypeName& entry : TYPES)
+        if (entry.type == type)
+            return entry.name;
+    return "";
+}
+
+std::string SCTypeNames::All() {
+    std::string all;
+    for (const STypeName& entry : TYPES)
+        all += (all.empty() ? "" : ", ") + std::string(entry.name);
+    return all;
+}
+
+} // namespace NSTQ::Tool
