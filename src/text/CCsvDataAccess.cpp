@@ -63,7 +63,13 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
     CRecordScan scan(*this);
     bool complete = true;
     while (complete && !scan.IsEnded()) {
-        complete = scan.HasNext() && scan.ReadField();
+        complete = scan.HasNext();
+        if (!complete)
+            break;
+        fields = scan.ReadOrdinaryFields(fields);
+        if (scan.IsEnded())
+            break;
+        complete = scan.ReadField();
         if (!complete)
             break;
         if (scan.IsOverLimit()) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CCsvDataAccess.h"
+#include "scan/Kernel.h"
 #include "support/AnsiPage.h"
 #include "text/ReferenceReader.h"
 
@@ -144,19 +145,29 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
         plain.Read(expected);
         tested.Read(actual);
         if (!AreEqual(expected, actual)) {
-            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8" : " ansi") << ", limits "
-                          << settings.maxFields << ' ' << settings.maxLine << ' ' << settings.maxField << ", page "
-                          << Platform::GetAnsiCodePage() << ", read " << read << " of " << bytes.size() << " bytes "
-                          << Escape(bytes) << "\nexpected " << ShowAll(expected) << "\nactual   " << ShowAll(actual);
+            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8 " : " ansi ") << Scan::GetKernel().pName
+                          << ", limits " << settings.maxFields << ' ' << settings.maxLine << ' ' << settings.maxField
+                          << ", page " << Platform::GetAnsiCodePage() << ", read " << read << " of " << bytes.size()
+                          << " bytes " << Escape(bytes) << "\nexpected " << ShowAll(expected) << "\nactual   "
+                          << ShowAll(actual);
             return false;
         }
     }
     return true;
 }
 
+/// The kernels that this machine has, the plain one first.
+inline std::vector<Scan::EKernel> Kernels() {
+    std::vector<Scan::EKernel> all(std::begin(Scan::KERNELS), std::end(Scan::KERNELS));
+    const Scan::EKernel chosen = Scan::GetKernel().eKernel;
+    std::erase_if(all, [](Scan::EKernel kernel) { return !Scan::SelectKernel(kernel); });
+    Scan::SelectKernel(chosen);
+    return all;
+}
+
 /// The variations that every input is read with.
 inline std::vector<CSettings> Variations(bool utf8) {
-    std::vector<CSettings> all(10);
+    std::vector<CSettings> all(12);
     all[1] = {.title = "raw", .raw = true};
     all[2] = {.title = "quote-newline, raw", .quoteNewLine = true, .raw = true};
     all[3] = {.title = "LF only", .pre = '\n', .post = 0};
@@ -166,6 +177,9 @@ inline std::vector<CSettings> Variations(bool utf8) {
     all[7] = {.title = "tinier limits, raw", .raw = true, .maxFields = 1, .maxLine = 3, .maxField = 1};
     all[8] = {.title = "line end NUL SUB, short lines", .pre = '\0', .post = 0x1A, .maxLine = 2};
     all[9] = {.title = "line end space TAB, nothing stored", .pre = ' ', .post = '\t', .maxFields = 0, .maxField = 0};
+    // Limits that come within reach in the middle of what a kernel would take.
+    all[10] = {.title = "limits of a few blocks", .maxFields = 4, .maxLine = 270, .maxField = 66};
+    all[11] = {.title = "high separator and line end", .separator = '\x81', .pre = '\n', .post = '\x81'};
     for (CSettings& settings : all)
         settings.utf8 = utf8;
     return all;
