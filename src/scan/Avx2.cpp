@@ -1,5 +1,6 @@
 // Two registers of 32 bytes. Compiled for processors with AVX2, BMI2 and carry-less multiplication.
 #include "scan/CFieldBlocks.h"
+#include "scan/CRowWriter.h"
 #include "scan/Kernels.h"
 #include "scan/TextRun.h"
 
@@ -110,6 +111,31 @@ private:
     __m256i m_high;
 };
 
+/// For fields of a few bytes.
+class CChunk {
+public:
+    using Bytes = __m256i;
+    static constexpr std::ptrdiff_t SIZE = 32;
+    static constexpr bool READS_PAST = true;
+
+    [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
+    /// Loads past the end that the compiler knows are spelled in the processor's language.
+    [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
+        CChunk chunk;
+        asm("vmovdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
+        return chunk;
+    }
+    [[gnu::always_inline]] void Store(char* to) const {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), m_bytes);
+    }
+    [[gnu::always_inline]] Mask Find(Bytes byte) const {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(m_bytes, byte)));
+    }
+
+private:
+    __m256i m_bytes;
+};
+
 void ReadFields(SFields& fields) {
     CFieldBlocks<CBlock>(fields).Read(fields);
 }
@@ -118,8 +144,12 @@ DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char st
     return Scan::CopyText<CBlock>(from, size, to, stop);
 }
 
+void WriteFields(SRow& row) {
+    CRowWriter<CChunk>(row).Write(row);
+}
+
 } // namespace
 
-constinit const SKernel kernelAvx2 = {EKernel::Avx2, "avx2", ReadFields, CopyText};
+constinit const SKernel kernelAvx2 = {EKernel::Avx2, "avx2", ReadFields, CopyText, WriteFields};
 
 } // namespace NSTQ::Scan

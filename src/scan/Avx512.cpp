@@ -1,6 +1,7 @@
 // One register of 64 bytes, whose comparisons give masks and which squeezes bytes out by itself. Compiled for
 // processors with AVX-512 VBMI2.
 #include "scan/CFieldBlocks.h"
+#include "scan/CRowWriter.h"
 #include "scan/Kernels.h"
 #include "scan/TextRun.h"
 
@@ -86,6 +87,26 @@ private:
     __m512i m_bytes;
 };
 
+/// A field's bytes and none behind them.
+class CChunk {
+public:
+    using Bytes = __m512i;
+    static constexpr std::ptrdiff_t SIZE = 64;
+    static constexpr bool READS_PAST = false;
+
+    [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
+    [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t size) {
+        CChunk chunk;
+        chunk.m_bytes = _mm512_maskz_loadu_epi8(_bzhi_u64(~0ULL, static_cast<unsigned>(size)), from);
+        return chunk;
+    }
+    [[gnu::always_inline]] void Store(char* to) const { _mm512_storeu_si512(to, m_bytes); }
+    [[gnu::always_inline]] Mask Find(Bytes byte) const { return _mm512_cmpeq_epi8_mask(m_bytes, byte); }
+
+private:
+    __m512i m_bytes;
+};
+
 void ReadFields(SFields& fields) {
     CFieldBlocks<CBlock>(fields).Read(fields);
 }
@@ -94,8 +115,12 @@ DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char st
     return Scan::CopyText<CBlock>(from, size, to, stop);
 }
 
+void WriteFields(SRow& row) {
+    CRowWriter<CChunk>(row).Write(row);
+}
+
 } // namespace
 
-constinit const SKernel kernelAvx512 = {EKernel::Avx512, "avx512", ReadFields, CopyText};
+constinit const SKernel kernelAvx512 = {EKernel::Avx512, "avx512", ReadFields, CopyText, WriteFields};
 
 } // namespace NSTQ::Scan

@@ -35,6 +35,17 @@ struct SFields {
     bool bEnded;         ///< afterwards whether the record's line end was met and passed
 };
 
+/// The fields of a row and the buffer that they go to.
+struct SRow {
+    const char* const* ppData;
+    const WORD* pLen;
+    DWORD dwFields;
+    DWORD dwField; ///< the first one to write; afterwards the first one not written
+    char* pOut;    ///< where it goes; afterwards behind what was written
+    char* pEnd;    ///< the end of the buffer; all bytes up to it may be overwritten
+    unsigned char cSeparator;
+};
+
 /// The functions are null in the scalar kernel.
 struct SKernel {
     EKernel eKernel;
@@ -45,6 +56,9 @@ struct SKernel {
     /// Copies bytes up to the first control byte or `stop`, at most `size`; returns how many. Bytes behind them, up
     /// to `size`, may be overwritten at `to`.
     DWORD (*pCopyText)(const unsigned char* from, DWORD size, char* to, unsigned char stop);
+    /// Fields as CSV, with a separator before each but the row's first. Stops before one that may not fit. Bytes of a
+    /// field's last page may be read behind its end.
+    void (*pWriteFields)(SRow& row);
 };
 
 /// Whether the two bytes are ordinary: only then may text that they structure be given to a kernel. A line end whose

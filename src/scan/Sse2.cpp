@@ -1,5 +1,6 @@
 // Four registers of 16 bytes, which every x86-64 processor has.
 #include "scan/CFieldBlocks.h"
+#include "scan/CRowWriter.h"
 #include "scan/Kernels.h"
 #include "scan/TextRun.h"
 
@@ -119,6 +120,29 @@ private:
     __m128i m_d;
 };
 
+/// For fields of a few bytes.
+class CChunk {
+public:
+    using Bytes = __m128i;
+    static constexpr std::ptrdiff_t SIZE = 16;
+    static constexpr bool READS_PAST = true;
+
+    [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
+    /// Loads past the end that the compiler knows are spelled in the processor's language.
+    [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
+        CChunk chunk;
+        asm("movdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
+        return chunk;
+    }
+    [[gnu::always_inline]] void Store(char* to) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), m_bytes); }
+    [[gnu::always_inline]] Mask Find(Bytes byte) const {
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(m_bytes, byte)));
+    }
+
+private:
+    __m128i m_bytes;
+};
+
 void ReadFields(SFields& fields) {
     CFieldBlocks<CBlock>(fields).Read(fields);
 }
@@ -127,8 +151,12 @@ DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char st
     return Scan::CopyText<CBlock>(from, size, to, stop);
 }
 
+void WriteFields(SRow& row) {
+    CRowWriter<CChunk>(row).Write(row);
+}
+
 } // namespace
 
-constinit const SKernel kernelSse2 = {EKernel::Sse2, "sse2", ReadFields, CopyText};
+constinit const SKernel kernelSse2 = {EKernel::Sse2, "sse2", ReadFields, CopyText, WriteFields};
 
 } // namespace NSTQ::Scan

@@ -40,9 +40,7 @@ void ForEachText(std::size_t length, TUse use, const TTokens& tokens = Alphabet(
 
 class CDifferential : public testing::TestWithParam<unsigned> {
 protected:
-    ~CDifferential() override { Scan::SelectKernel(m_kernel); }
-
-    const Scan::EKernel m_kernel = Scan::GetKernel().eKernel;
+    const CKernel m_kernel; ///< puts back the one that was chosen
     CTempFolder m_folder;
     CAnsiPage m_page{GetParam()};
     std::vector<CSettings> m_variations = Variations(isUtf8);

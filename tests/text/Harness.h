@@ -2,8 +2,8 @@
 #pragma once
 
 #include "CCsvDataAccess.h"
-#include "scan/Kernel.h"
 #include "support/AnsiPage.h"
+#include "support/Kernels.h"
 #include "text/ReferenceReader.h"
 
 #include <gtest/gtest.h>
@@ -154,15 +154,6 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
         }
     }
     return true;
-}
-
-/// The kernels that this machine has, the plain one first.
-inline std::vector<Scan::EKernel> Kernels() {
-    std::vector<Scan::EKernel> all(std::begin(Scan::KERNELS), std::end(Scan::KERNELS));
-    const Scan::EKernel chosen = Scan::GetKernel().eKernel;
-    std::erase_if(all, [](Scan::EKernel kernel) { return !Scan::SelectKernel(kernel); });
-    Scan::SelectKernel(chosen);
-    return all;
 }
 
 /// The variations that every input is read with.
