@@ -1,6 +1,8 @@
 // Two registers of 32 bytes. Compiled for processors with AVX2, BMI2 and carry-less multiplication.
+#include "scan/CColumnReader.h"
 #include "scan/CFieldBlocks.h"
 #include "scan/CRowWriter.h"
+#include "scan/CTextCollector.h"
 #include "scan/Kernels.h"
 #include "scan/TextRun.h"
 
@@ -25,6 +27,7 @@ constexpr SSqueezes squeezes = [] {
 class CBlock {
 public:
     using Bytes = __m256i;
+    static constexpr std::ptrdiff_t SIZE = BLOCK;
     static constexpr bool COPIES_NULS = false;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) {
@@ -44,7 +47,11 @@ public:
     }
     [[gnu::always_inline]] Mask FindQuotes() const { return Find(Repeat('"')); }
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
+    [[gnu::always_inline]] static __m256i Controls(__m256i bytes) {
+        return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, Repeat(0x1F)), bytes);
+    }
     [[gnu::always_inline]] Mask FindControls() const { return Join(Controls(m_low), Controls(m_high)); }
+    [[gnu::always_inline]] Mask FindHigh() const { return Join(m_low, m_high); }
     [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
         const __m256i any = _mm256_or_si256(Structure(m_low, separator), Structure(m_high, separator));
         return _mm256_testz_si256(any, any) == 0;
@@ -95,9 +102,6 @@ private:
 
     [[gnu::always_inline]] CBlock(__m256i low, __m256i high) : m_low(low), m_high(high) {}
 
-    [[gnu::always_inline]] static __m256i Controls(__m256i bytes) {
-        return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, Repeat(0x1F)), bytes);
-    }
     [[gnu::always_inline]] static __m256i Structure(__m256i bytes, Bytes separator) {
         return _mm256_or_si256(Controls(bytes), _mm256_or_si256(_mm256_cmpeq_epi8(bytes, separator),
                                                                 _mm256_cmpeq_epi8(bytes, Repeat('"'))));
@@ -125,11 +129,21 @@ public:
         asm("vmovdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
         return chunk;
     }
+    [[gnu::always_inline]] static CChunk Load(const unsigned char* from) {
+        CChunk chunk;
+        chunk.m_bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+        return chunk;
+    }
     [[gnu::always_inline]] void Store(char* to) const {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), m_bytes);
     }
     [[gnu::always_inline]] Mask Find(Bytes byte) const {
         return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(m_bytes, byte)));
+    }
+
+    [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
+    [[gnu::always_inline]] Mask FindControls() const {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(CBlock::Controls(m_bytes)));
     }
 
 private:
@@ -144,12 +158,25 @@ DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char st
     return Scan::CopyText<CBlock>(from, size, to, stop);
 }
 
+void CollectText(SText& text) {
+    CTextCollector<CBlock>(text).Collect(text);
+}
+
+void SplitTexts(STexts& texts) {
+    Scan::SplitTexts<CBlock>(texts);
+}
+
+void ReadColumns(SColumns& columns) {
+    CColumnReader<CChunk, CBlock>::Read(columns);
+}
+
 void WriteFields(SRow& row) {
     CRowWriter<CChunk>(row).Write(row);
 }
 
 } // namespace
 
-constinit const SKernel kernelAvx2 = {EKernel::Avx2, "avx2", ReadFields, CopyText, WriteFields};
+constinit const SKernel kernelAvx2 = {EKernel::Avx2, "avx2",     ReadFields,  CopyText,
+                                      CollectText,   SplitTexts, ReadColumns, WriteFields};
 
 } // namespace NSTQ::Scan

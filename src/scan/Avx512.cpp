@@ -1,7 +1,9 @@
 // One register of 64 bytes, whose comparisons give masks and which squeezes bytes out by itself. Compiled for
 // processors with AVX-512 VBMI2.
+#include "scan/CColumnReader.h"
 #include "scan/CFieldBlocks.h"
 #include "scan/CRowWriter.h"
+#include "scan/CTextCollector.h"
 #include "scan/Kernels.h"
 #include "scan/TextRun.h"
 
@@ -23,6 +25,7 @@ constexpr SNumbers numbers = [] {
 class CBlock {
 public:
     using Bytes = __m512i;
+    static constexpr std::ptrdiff_t SIZE = BLOCK;
     static constexpr bool COPIES_NULS = true;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) {
@@ -36,6 +39,7 @@ public:
     [[gnu::always_inline]] Mask FindQuotes() const { return Find(Repeat('"')); }
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
     [[gnu::always_inline]] Mask FindControls() const { return _mm512_cmplt_epu8_mask(m_bytes, Repeat(' ')); }
+    [[gnu::always_inline]] Mask FindHigh() const { return _mm512_movepi8_mask(m_bytes); }
     [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
         return (Find(separator) | FindQuotes() | FindControls()) != 0;
     }
@@ -115,12 +119,25 @@ DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char st
     return Scan::CopyText<CBlock>(from, size, to, stop);
 }
 
+void CollectText(SText& text) {
+    CTextCollector<CBlock>(text).Collect(text);
+}
+
+void SplitTexts(STexts& texts) {
+    Scan::SplitTexts<CBlock>(texts);
+}
+
+void ReadColumns(SColumns& columns) {
+    CColumnReader<CBlock, CBlock>::Read(columns);
+}
+
 void WriteFields(SRow& row) {
     CRowWriter<CChunk>(row).Write(row);
 }
 
 } // namespace
 
-constinit const SKernel kernelAvx512 = {EKernel::Avx512, "avx512", ReadFields, CopyText, WriteFields};
+constinit const SKernel kernelAvx512 = {EKernel::Avx512, "avx512",   ReadFields,  CopyText,
+                                        CollectText,     SplitTexts, ReadColumns, WriteFields};
 
 } // namespace NSTQ::Scan

@@ -18,6 +18,9 @@ inline constexpr EKernel KERNELS[] = {EKernel::Scalar, EKernel::Sse2, EKernel::A
 /// Entries that a kernel may write behind the last one that it hands out, so that it need not count.
 inline constexpr DWORD ENTRY_SLACK = 16;
 
+/// Bytes that a kernel may look at behind the texts that it splits.
+inline constexpr DWORD READ_SLACK = 64;
+
 /// Where the fields of a record stand and where they go.
 struct SFields {
     const unsigned char* pNext; ///< the first byte of a field; afterwards behind the last field taken
@@ -33,6 +36,44 @@ struct SFields {
     unsigned char cPre;
     unsigned char cPost; ///< 0: the line end has one byte
     bool bEnded;         ///< afterwards whether the record's line end was met and passed
+};
+
+/// A stretch of UTF-8 delimited text and where its bytes are collected.
+struct SText {
+    const unsigned char* pNext; ///< afterwards behind the last byte taken
+    const unsigned char* pEnd;
+    char* pOut; ///< afterwards behind the last byte collected
+    DWORD dwRoom;
+    unsigned char cSeparator;
+    unsigned char cPre;
+    unsigned char cPost;
+    bool bQuoted; ///< whether pNext is inside quotes, before and afterwards
+    bool bAscii;  ///< made false by a byte above 0x7F
+    bool bEnded;
+};
+
+/// Texts one after another, each with its NUL.
+struct STexts {
+    char* pText; ///< afterwards the first text not taken
+    char* pEnd;  ///< behind the last NUL; READ_SLACK bytes more are there to be looked at
+    const char** ppData;
+    WORD* pLen;
+    DWORD dwEntries; ///< as in SFields
+    DWORD dwTexts;   ///< afterwards how many were taken
+};
+
+/// The columns of a record of fixed-length text.
+struct SColumns {
+    const unsigned char* pNext; ///< the first byte of a column; afterwards behind the last column taken
+    const unsigned char* pEnd;
+    char* pField;          ///< afterwards behind the last NUL
+    const char* pFieldEnd; ///< the end of the room there
+    const char** ppData;
+    WORD* pLen;
+    const WORD* pWidths;
+    DWORD dwColumns; ///< how many may be taken
+    DWORD dwColumn;  ///< the number of the first; afterwards of the first not taken
+    DWORD dwFieldSize;
 };
 
 /// The fields of a row and the buffer that they go to.
@@ -56,6 +97,11 @@ struct SKernel {
     /// Copies bytes up to the first control byte or `stop`, at most `size`; returns how many. Bytes behind them, up
     /// to `size`, may be overwritten at `to`.
     DWORD (*pCopyText)(const unsigned char* from, DWORD size, char* to, unsigned char stop);
+    /// Delimited text in UTF-8, without its control bytes.
+    void (*pCollectText)(SText& text);
+    void (*pSplitTexts)(STexts& texts);
+    /// Columns without control bytes, when spaces end no line.
+    void (*pReadColumns)(SColumns& columns);
     /// Fields as CSV, with a separator before each but the row's first. Stops before one that may not fit. Bytes of a
     /// field's last page may be read behind its end.
     void (*pWriteFields)(SRow& row);

@@ -1,6 +1,8 @@
 // Four registers of 16 bytes, which every x86-64 processor has.
+#include "scan/CColumnReader.h"
 #include "scan/CFieldBlocks.h"
 #include "scan/CRowWriter.h"
+#include "scan/CTextCollector.h"
 #include "scan/Kernels.h"
 #include "scan/TextRun.h"
 
@@ -12,6 +14,7 @@ namespace {
 class CBlock {
 public:
     using Bytes = __m128i;
+    static constexpr std::ptrdiff_t SIZE = BLOCK;
     static constexpr bool COPIES_NULS = false;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
@@ -33,9 +36,13 @@ public:
     }
     [[gnu::always_inline]] Mask FindQuotes() const { return Find(Repeat('"')); }
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
+    [[gnu::always_inline]] static __m128i Controls(__m128i bytes) {
+        return _mm_cmpeq_epi8(_mm_min_epu8(bytes, Repeat(0x1F)), bytes);
+    }
     [[gnu::always_inline]] Mask FindControls() const {
         return Join(Controls(m_a), Controls(m_b), Controls(m_c), Controls(m_d));
     }
+    [[gnu::always_inline]] Mask FindHigh() const { return Join(m_a, m_b, m_c, m_d); }
     [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
         return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(Structure(m_a, separator), Structure(m_b, separator)),
                                               _mm_or_si128(Structure(m_c, separator), Structure(m_d, separator)))) !=
@@ -100,9 +107,6 @@ private:
     }
     [[gnu::always_inline]] CBlock(__m128i a, __m128i b, __m128i c, __m128i d) : m_a(a), m_b(b), m_c(c), m_d(d) {}
 
-    [[gnu::always_inline]] static __m128i Controls(__m128i bytes) {
-        return _mm_cmpeq_epi8(_mm_min_epu8(bytes, Repeat(0x1F)), bytes);
-    }
     [[gnu::always_inline]] static __m128i Structure(__m128i bytes, Bytes separator) {
         return _mm_or_si128(Controls(bytes),
                             _mm_or_si128(_mm_cmpeq_epi8(bytes, separator), _mm_cmpeq_epi8(bytes, Repeat('"'))));
@@ -134,9 +138,19 @@ public:
         asm("movdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
         return chunk;
     }
+    [[gnu::always_inline]] static CChunk Load(const unsigned char* from) {
+        CChunk chunk;
+        chunk.m_bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        return chunk;
+    }
     [[gnu::always_inline]] void Store(char* to) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), m_bytes); }
     [[gnu::always_inline]] Mask Find(Bytes byte) const {
         return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(m_bytes, byte)));
+    }
+
+    [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
+    [[gnu::always_inline]] Mask FindControls() const {
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(CBlock::Controls(m_bytes)));
     }
 
 private:
@@ -151,12 +165,25 @@ DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char st
     return Scan::CopyText<CBlock>(from, size, to, stop);
 }
 
+void CollectText(SText& text) {
+    CTextCollector<CBlock>(text).Collect(text);
+}
+
+void SplitTexts(STexts& texts) {
+    Scan::SplitTexts<CBlock>(texts);
+}
+
+void ReadColumns(SColumns& columns) {
+    CColumnReader<CChunk, CBlock>::Read(columns);
+}
+
 void WriteFields(SRow& row) {
     CRowWriter<CChunk>(row).Write(row);
 }
 
 } // namespace
 
-constinit const SKernel kernelSse2 = {EKernel::Sse2, "sse2", ReadFields, CopyText, WriteFields};
+constinit const SKernel kernelSse2 = {EKernel::Sse2, "sse2",     ReadFields,  CopyText,
+                                      CollectText,   SplitTexts, ReadColumns, WriteFields};
 
 } // namespace NSTQ::Scan
