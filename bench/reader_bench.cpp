@@ -33,17 +33,16 @@ constexpr std::size_t BUFFER_SIZE = 64000;
 
 /// What a run has read.
 struct SWork {
-    double rows = 0;
-    double fields = 0;
-    double text = 0;
+    std::uint64_t rows = 0;
+    std::uint64_t fields = 0;
+    std::uint64_t text = 0;
 
     /// The fields stand one after another, each with its NUL, so that counting them takes next to no time.
     template <typename Length>
     void Count(const char* const* starts, const Length* lengths, std::size_t count) {
-        rows += 1;
-        fields += static_cast<double>(count);
-        text +=
-            static_cast<double>(starts[count - 1] - starts[0]) + lengths[count - 1] - static_cast<double>(count - 1);
+        ++rows;
+        fields += count;
+        text += static_cast<std::uint64_t>(starts[count - 1] - starts[0]) + lengths[count - 1] - (count - 1);
     }
 };
 
@@ -59,9 +58,9 @@ void Report(benchmark::State& state, const std::string& path, const SWork& work)
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * FileSize(path));
     state.SetItemsProcessed(static_cast<std::int64_t>(work.rows));
     const auto runs = static_cast<double>(state.iterations());
-    state.counters["rows"] = work.rows / runs;
-    state.counters["fields"] = work.fields / runs;
-    state.counters["text"] = work.text / runs;
+    state.counters["rows"] = static_cast<double>(work.rows) / runs;
+    state.counters["fields"] = static_cast<double>(work.fields) / runs;
+    state.counters["text"] = static_cast<double>(work.text) / runs;
 }
 
 void Copy(benchmark::State& state, const std::string& path) {

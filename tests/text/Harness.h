@@ -94,6 +94,10 @@ private:
                 record.fields[i] += "<no NUL>";
         }
         record.raw.assign(raw == nullptr ? "" : raw, raw == nullptr ? 0 : rawSize);
+        // The slack that kernels may look at.
+        const char* const slack = m_pLineBuff.get() + m_dwMaxLineSize + 1;
+        if (std::any_of(slack, slack + Scan::READ_SLACK, [](char byte) { return byte != '\0'; }))
+            record.raw += "<written behind the line buffer>";
         record.hasNext = HasNextLineData();
         record.position = GetReadPosition();
         record.failedRead = GetErrorCode() != 0;
