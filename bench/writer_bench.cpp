@@ -4,6 +4,7 @@
 #include "NaiveReader.h"
 #include "NaiveWriter.h"
 #include "platform/CodePage.h"
+#include "scan/Kernel.h"
 
 #include <benchmark/benchmark.h>
 
@@ -144,7 +145,12 @@ bool RegisterAll(const std::string& folder) {
         const std::string name = "write_" + kind;
         Register(name + "/copy", source, [](const SSource& s) { return WriteCopy(s.text, SINK, PASSES); });
         Register(name + "/naive", source, [](const SSource& s) { return WriteNaively(s.rows, SINK, PASSES); });
-        Register(name + "/library", source, [](const SSource& s) { return WriteWithLibrary(s.rows, SINK, PASSES); });
+        for (const Scan::EKernel kernel : Scan::KERNELS)
+            if (Scan::SelectKernel(kernel))
+                Register(name + "/library@" + Scan::GetKernel().pName, source, [kernel](const SSource& s) {
+                    Scan::SelectKernel(kernel);
+                    return WriteWithLibrary(s.rows, SINK, PASSES);
+                });
     }
     return true;
 }

@@ -67,9 +67,8 @@ private:
     CSettings m_settings;
 };
 
-CSettings ReadSettings(CFuzzInput& input) {
+CSettings ReadSettings(CFuzzInput& input, std::uint8_t flags) {
     CSettings settings;
-    const std::uint8_t flags = input.Byte();
     settings.raw = (flags & 1) != 0;
     settings.quoteNewLine = (flags & 2) != 0;
     settings.separator = input.Pick(separators);
@@ -115,7 +114,9 @@ std::string ReadAll(CFuzzedReader& tested, Tests::CReferenceReader& plain, std::
 } // namespace
 
 void RunDelimited(CFuzzInput input, bool utf8) {
-    CSettings settings = ReadSettings(input);
+    const std::uint8_t flags = input.Byte();
+    const Tests::CKernel kernel(CFuzzInput::ToKernel(flags >> 2));
+    CSettings settings = ReadSettings(input, flags);
     const CAnsiPage page(input.Pick(codePages));
     std::size_t readSize = input.Pick(readSizes);
     std::size_t failing = input.Pick(failingReads);
@@ -129,6 +130,9 @@ void RunDelimited(CFuzzInput input, bool utf8) {
         bytes.insert(0, fillings[choice & 3], 'x');
         readSize = readSizes.front();
     }
+    // Kernels take no short text.
+    if ((flags & 0x10) != 0)
+        bytes.append(160, 'y');
     // Where the character set is looked for, opening asks for four bytes until they have come.
     const std::size_t first = charSet == CSourceDataInfo::RCS_ANSI ? 1 : 4;
     // Only reads that bring something can fail: how often the two readers ask again at the end, or for the first

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "support/AnsiPage.h"
+#include "support/Kernels.h"
 
 #include <array>
 #include <cstddef>
@@ -33,6 +34,19 @@ public:
     }
 
     bool Flag() { return (Byte() & 1) != 0; }
+
+    /// A flag and, from the bits above it, the kernel to use.
+    bool Flag(Scan::EKernel& kernel) {
+        const std::uint8_t byte = Byte();
+        kernel = ToKernel(byte >> 1);
+        return (byte & 1) != 0;
+    }
+
+    /// The two lowest bits as a kernel; the one that the library chooses stands for 0.
+    static Scan::EKernel ToKernel(unsigned bits) {
+        constexpr std::array kernels = {Scan::EKernel::Scalar, Scan::EKernel::Sse2, Scan::EKernel::Avx2};
+        return (bits & 3) == 0 ? Scan::GetKernel().eKernel : kernels[(bits & 3) - 1];
+    }
 
     /// One of the choices; the first is the one that seeds and shortened inputs mostly have.
     template <class TChoice, std::size_t size>

@@ -141,7 +141,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CFuzzInput input(data, size);
     const SLayout layout = ReadLayout(input);
     const CAnsiPage page(input.Pick(codePages));
-    const bool hasLineEnds = !input.Flag();
+    Scan::EKernel chosen{};
+    const bool hasLineEnds = !input.Flag(chosen);
+    const Tests::CKernel kernel(chosen);
     const std::size_t readSize = input.Pick(readSizes);
     const std::size_t failing = input.Pick(failingReads);
     const std::string_view bytes = input.Rest();

@@ -139,7 +139,9 @@ void ReadRows(CCsvDataAccess& reader, const std::vector<TRow>& rows, bool hasHea
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CFuzzInput input(data, size);
-    const bool utf8 = input.Flag();
+    Scan::EKernel chosen{};
+    const bool utf8 = input.Flag(chosen);
+    const Tests::CKernel kernel(chosen);
     const SForm form{input.Pick(rowSeparators), input.Pick(rowLineEnds), utf8};
     const WORD headerSize = input.Pick(headerSizes);
     const std::size_t readSize = input.Pick(readSizes);

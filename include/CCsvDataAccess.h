@@ -60,7 +60,7 @@ private:
                       DWORD& dwRecordSize);
     bool _GetLineDataWithConvert(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord,
                                  const char*& pRecord, DWORD& dwRecordSize);
-    bool _GetRecordData(unsigned char* pBuff, DWORD* pdwSize);
+    bool _GetRecordData(unsigned char* pBuff, DWORD* pdwSize, bool& bAscii);
     void _Initial(DWORD dwSize, bool bQuoteNewLine);
     bool OnReread() override;
 

@@ -63,6 +63,7 @@ private:
     void GetArea();
     void FreeArea();
     bool CopyWriteBuff(const char* pData, WORD wLength);
+    DWORD WriteFields(const char* const* ppData, const WORD* pLen, DWORD dwField, DWORD dwCount);
     bool WriteField(const char* pField, WORD wLength);
     bool WriteDoubled(const char* pField, WORD wLength);
     bool CopySplit(const char* pData, DWORD dwLength);

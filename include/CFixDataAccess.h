@@ -39,6 +39,7 @@ public:
 private:
     bool _FitsLineBuffer() const;
     bool _FinishRecord(bool bStored, bool bEnded);
+    char* _ReadOrdinaryColumns(CFillCursor& cursor, char* pField, DWORD& dwColumn) const;
 
     DWORD m_dwFieldSizeLimit;
     DWORD m_dwLineSizeLimit;

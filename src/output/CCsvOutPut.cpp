@@ -2,6 +2,7 @@
 
 #include "platform/common/SCFilePath.h"
 #include "platform/files/Files.h"
+#include "scan/Kernel.h"
 
 #include <algorithm>
 #include <cstring>
@@ -67,13 +68,31 @@ bool CCsvOutPut::WriteLineData(char** ppData, const WORD* pLen, DWORD dwCount) {
 }
 
 bool CCsvOutPut::WriteLineData(const char* const* ppData, const WORD* pLen, DWORD dwCount) {
-    for (DWORD field = 0; field < dwCount; ++field) {
+    for (DWORD field = 0; (field = WriteFields(ppData, pLen, field, dwCount)) < dwCount; ++field) {
         if (field > 0 && !CopyWriteBuff(&m_cSeparator, 1))
             return false;
         if (!WriteField(ppData[field], pLen[field]))
             return false;
     }
     return WriteCRLF();
+}
+
+/// Writes the fields from number `dwField` on that a kernel can place in the buffer; returns the number of the next.
+DWORD CCsvOutPut::WriteFields(const char* const* ppData, const WORD* pLen, DWORD dwField, DWORD dwCount) {
+    const Scan::SKernel& kernel = Scan::GetKernel();
+    if (kernel.pWriteFields == nullptr)
+        return dwField;
+    char* const buffer = m_pWriteBuff.get();
+    Scan::SRow row{.ppData = ppData,
+                   .pLen = pLen,
+                   .dwFields = dwCount,
+                   .dwField = dwField,
+                   .pOut = buffer + m_dwWriteSize,
+                   .pEnd = buffer + SCDataAccessDefine::WRITE_BUFF_SIZE,
+                   .cSeparator = static_cast<unsigned char>(m_cSeparator)};
+    kernel.pWriteFields(row);
+    m_dwWriteSize = static_cast<DWORD>(row.pOut - buffer);
+    return row.dwField;
 }
 
 bool CCsvOutPut::WriteField(const char* pField, WORD wLength) {

@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "platform/codepage/Transcode.h"
+#include "scan/Kernel.h"
 #include "text/CRecordCollector.h"
 #include "text/CRecordScan.h"
 
@@ -63,7 +64,13 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
     CRecordScan scan(*this);
     bool complete = true;
     while (complete && !scan.IsEnded()) {
-        complete = scan.HasNext() && scan.ReadField();
+        complete = scan.HasNext();
+        if (!complete)
+            break;
+        fields = scan.ReadOrdinaryFields(fields);
+        if (scan.IsEnded())
+            break;
+        complete = scan.ReadField();
         if (!complete)
             break;
         if (scan.IsOverLimit()) {
@@ -123,20 +130,22 @@ bool CCsvDataAccess::_GetLineDataWithConvert(const char**& ppData, const WORD*& 
     _StartRecord(bKeepRecord);
     auto* text = reinterpret_cast<unsigned char*>(m_pLineBuff.get());
     DWORD size = m_dwLineSizeLimit + 1;
-    if (!_GetRecordData(text, &size))
+    bool isAscii = false;
+    if (!_GetRecordData(text, &size, isAscii))
         return false;
     dwCount = 0;
-    const std::size_t converted = _ConvertRecord(text, size);
+    const std::size_t converted = isAscii ? size : _ConvertRecord(text, size);
     if (converted <= m_dwLineSizeLimit)
         _SplitRecord(converted, dwCount);
     return _FinishRecord(true, ppData, pLen, pRecord, dwRecordSize);
 }
 
-bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize) {
+bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize, bool& bAscii) {
     CRecordCollector collector(*this, pBuff, *pdwSize);
     if (!collector.Collect())
         return false;
     *pdwSize = collector.Finish();
+    bAscii = collector.IsAscii();
     return true;
 }
 
@@ -158,8 +167,22 @@ std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t siz
 }
 
 void CCsvDataAccess::_SplitRecord(std::size_t size, DWORD& dwCount) {
-    char* const end = m_pLineBuff.get() + size;
-    for (char* field = m_pLineBuff.get(); field < end && dwCount < m_dwFieldCntLimit; ++dwCount) {
+    char* field = m_pLineBuff.get();
+    char* const end = field + size;
+    const Scan::SKernel& kernel = Scan::GetKernel();
+    // A record that is no longer than a field may be has none to be cut.
+    if (kernel.pSplitTexts != nullptr && size <= m_dwFieldSizeLimit) {
+        Scan::STexts texts{.pText = field,
+                           .pEnd = end,
+                           .ppData = m_ppFieldData.get(),
+                           .pLen = m_pFieldLen.get(),
+                           .dwEntries = m_dwFieldCntLimit,
+                           .dwTexts = 0};
+        kernel.pSplitTexts(texts);
+        field = texts.pText;
+        dwCount = texts.dwTexts;
+    }
+    for (; field < end && dwCount < m_dwFieldCntLimit; ++dwCount) {
         const auto length = static_cast<DWORD>(std::strlen(field));
         m_ppFieldData[dwCount] = field;
         m_pFieldLen[dwCount] = static_cast<WORD>(FinishField(field, length, m_dwFieldSizeLimit));

@@ -1,6 +1,7 @@
 #include "CFixDataAccess.h"
 
 #include "platform/files/Files.h"
+#include "scan/Kernel.h"
 #include "text/CFillCursor.h"
 
 #include <algorithm>
@@ -71,6 +72,31 @@ template <class CCursor>
 
 } // namespace
 
+/// Takes the columns from number `dwColumn` on that a kernel finds ordinary; returns where the next field goes.
+[[gnu::always_inline]] inline char* CFixDataAccess::_ReadOrdinaryColumns(CFillCursor& cursor, char* pField,
+                                                                         DWORD& dwColumn) const {
+    const Scan::SKernel& kernel = Scan::GetKernel();
+    const DWORD columnCount = std::min<DWORD>(m_wFixColCnt, m_dwFieldCntLimit);
+    if (kernel.pReadColumns == nullptr || m_cPreDelimiter == SCDataAccessDefine::SPACE_CODE ||
+        dwColumn >= columnCount)
+        return pField;
+    const unsigned char* const next = cursor.Bytes();
+    Scan::SColumns columns{.pNext = next,
+                           .pEnd = next + cursor.CountBytes(),
+                           .pField = pField,
+                           .pFieldEnd = m_pLineBuff.get() + m_dwLineSizeLimit,
+                           .ppData = m_ppFieldData.get(),
+                           .pLen = m_pFieldLen.get(),
+                           .pWidths = m_pFixColLen.get(),
+                           .dwColumns = columnCount,
+                           .dwColumn = dwColumn,
+                           .dwFieldSize = m_dwFieldSizeLimit};
+    kernel.pReadColumns(columns);
+    cursor.Consume(static_cast<DWORD>(columns.pNext - next));
+    dwColumn = columns.dwColumn;
+    return columns.pField;
+}
+
 bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
     InitialErrorCode();
     dwCount = 0;
@@ -80,7 +106,10 @@ bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
     char* field = m_pLineBuff.get();
     const char* const end = field + m_dwLineSizeLimit;
     bool ended = false;
-    for (; dwCount < m_wFixColCnt && !ended; ++dwCount) {
+    while (!ended) {
+        field = _ReadOrdinaryColumns(cursor, field, dwCount);
+        if (dwCount >= m_wFixColCnt)
+            break;
         const DWORD width = m_pFixColLen[dwCount];
         if (width > end - field) {
             cursor.Leave();
@@ -93,6 +122,13 @@ bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
             m_pFieldLen[dwCount] = static_cast<WORD>(length);
             field += length + 1;
         }
+        ++dwCount;
+    }
+    // Mostly the line end follows at once.
+    if (field != m_pLineBuff.get() && m_bIsExistFixCRLF != 0 && !ended && cursor.CountBytes() >= 2 &&
+        cursor.IsPreDelimiter(cursor.Get())) {
+        cursor.Consume();
+        ended = cursor.TakePostDelimiter();
     }
     cursor.Leave();
     const bool result = _FinishRecord(field != m_pLineBuff.get(), ended);

@@ -1,7 +1,10 @@
 // The grammar of delimited text in UTF-8: collects one record, its syntax resolved, as field texts each with its NUL.
+//
+// Ordinary bytes may be taken many at a time by a kernel of src/scan, which leaves the others to the grammar here.
 #pragma once
 
 #include "CCsvDataAccess.h"
+#include "scan/Kernel.h"
 #include "text/CFillCursor.h"
 
 #include <algorithm>
@@ -12,12 +15,21 @@ class CCsvDataAccess::CRecordCollector {
 public:
     /// `dwCapacity` counts the final NUL.
     [[gnu::always_inline]] CRecordCollector(CCsvDataAccess& reader, unsigned char* pBuff, DWORD dwCapacity)
-        : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_dwCapacity(dwCapacity) {}
+        : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_dwCapacity(dwCapacity) {
+        const Scan::SKernel& kernel = Scan::GetKernel();
+        if (kernel.pCollectText != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(reader.m_cSeparator),
+                                                                static_cast<unsigned char>(reader.m_cPreDelimiter),
+                                                                static_cast<unsigned char>(reader.m_cPostDelimiter)))
+            m_pKernel = &kernel;
+    }
 
     /// False when the record does not fit; the read position then stays inside it.
     [[gnu::always_inline]] bool Collect() {
         bool fits = true;
         while (fits && !m_bDone && m_cursor.HasNext()) {
+            CollectOrdinaryBytes();
+            if (m_bDone)
+                break;
             CollectRun();
             fits = !m_cursor.HasNext() || CollectNext();
         }
@@ -27,6 +39,9 @@ public:
         m_cursor.Leave();
         return fits;
     }
+
+    /// Whether only bytes below 0x80 were collected.
+    [[gnu::always_inline]] bool IsAscii() const { return m_bAscii; }
 
     /// Ends the last field, where something was collected, and gives the bytes of the record.
     [[gnu::always_inline]] DWORD Finish() {
@@ -39,6 +54,29 @@ private:
     static constexpr unsigned char QUOTE = SCDataAccessDefine::DOUBLE_QUOTATION;
     static constexpr unsigned char SPACE = SCDataAccessDefine::SPACE_CODE;
 
+    [[gnu::always_inline]] void CollectOrdinaryBytes() {
+        if (m_pKernel == nullptr)
+            return;
+        const unsigned char* const next = m_cursor.Bytes();
+        auto* const out = reinterpret_cast<char*>(m_pBuff) + m_dwSize;
+        Scan::SText text{.pNext = next,
+                         .pEnd = next + m_cursor.CountBytes(),
+                         .pOut = out,
+                         .dwRoom = m_dwCapacity - 1 - m_dwSize,
+                         .cSeparator = static_cast<unsigned char>(m_reader.m_cSeparator),
+                         .cPre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
+                         .cPost = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
+                         .bQuoted = m_bQuoted,
+                         .bAscii = m_bAscii,
+                         .bEnded = false};
+        m_pKernel->pCollectText(text);
+        m_cursor.Consume(static_cast<DWORD>(text.pNext - next));
+        m_dwSize += static_cast<DWORD>(text.pOut - out);
+        m_bQuoted = text.bQuoted;
+        m_bAscii = text.bAscii;
+        m_bDone = text.bEnded;
+    }
+
     /// Collects the ordinary bytes that follow, as far as the fill and the capacity reach.
     [[gnu::always_inline]] void CollectRun() {
         const unsigned char* const bytes = m_cursor.Bytes();
@@ -48,12 +86,15 @@ private:
         const auto pre = static_cast<unsigned char>(m_reader.m_cPreDelimiter);
         unsigned char* const target = m_pBuff + m_dwSize;
         DWORD count = 0;
+        unsigned char all = 0;
         for (; count < room; ++count) {
             const unsigned char byte = bytes[count];
             if (byte < lowest || byte == QUOTE || byte == separator || byte == pre)
                 break;
             target[count] = byte;
+            all |= byte;
         }
+        m_bAscii = m_bAscii && all < 0x80;
         m_cursor.Consume(count);
         m_dwSize += count;
     }
@@ -85,6 +126,7 @@ private:
         if (m_dwSize + 1 >= m_dwCapacity)
             return false;
         m_pBuff[m_dwSize++] = byte;
+        m_bAscii = m_bAscii && byte < 0x80;
         return true;
     }
 
@@ -95,6 +137,8 @@ private:
     DWORD m_dwSize = 0;
     bool m_bQuoted = false;
     bool m_bDone = false;
+    bool m_bAscii = true;
+    const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or where bytes play unusual parts
 };
 
 } // namespace NSTQ::NSTQCore

@@ -1,7 +1,10 @@
 // The grammar of delimited text in the ANSI code page: reads one record field by field into the line buffer.
+//
+// Ordinary fields may be taken many at a time by a kernel of src/scan, which leaves the others to the grammar here.
 #pragma once
 
 #include "CCsvDataAccess.h"
+#include "scan/Kernel.h"
 #include "text/CFillCursor.h"
 
 #include <algorithm>
@@ -14,13 +17,46 @@ public:
         : m_reader(reader), m_cursor(reader), m_pField(reader.m_pLineBuff.get()),
           m_ppFieldData(reader.m_ppFieldData.get()), m_pFieldLen(reader.m_pFieldLen.get()),
           m_dwFieldCntLimit(reader.m_dwFieldCntLimit), m_dwFieldSizeLimit(reader.m_dwFieldSizeLimit),
-          m_dwLimit(reader.m_dwLineSizeLimit), m_cSeparator(reader.m_cSeparator) {}
+          m_dwLimit(reader.m_dwLineSizeLimit), m_cSeparator(reader.m_cSeparator) {
+        const auto pre = static_cast<unsigned char>(reader.m_cPreDelimiter);
+        const auto post = static_cast<unsigned char>(reader.m_cPostDelimiter);
+        const Scan::SKernel& kernel = Scan::GetKernel();
+        if (kernel.pReadFields != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(m_cSeparator), pre, post))
+            m_pKernel = &kernel;
+    }
 
     /// The record's line end has been met.
     [[gnu::always_inline]] bool IsEnded() const { return m_bEnded; }
     [[gnu::always_inline]] bool HasNext() { return m_cursor.HasNext(); }
     [[gnu::always_inline]] bool IsOverLimit() const { return m_dwCounter > m_dwLimit; }
     [[gnu::always_inline]] void Leave() const { m_cursor.Leave(); }
+
+    /// Where there is a field: hands out as many as a kernel finds ordinary, from number `dwField` on, and returns
+    /// the number behind them.
+    [[gnu::always_inline]] DWORD ReadOrdinaryFields(DWORD dwField) {
+        if (m_pKernel == nullptr || dwField >= m_dwFieldCntLimit || m_dwCounter >= m_dwLimit)
+            return dwField;
+        const unsigned char* const next = m_cursor.Bytes();
+        Scan::SFields fields{.pNext = next,
+                             .pEnd = next + m_cursor.CountBytes(),
+                             .pField = m_pField,
+                             .ppData = m_ppFieldData + dwField,
+                             .pLen = m_pFieldLen + dwField,
+                             .dwEntries = m_dwFieldCntLimit - dwField,
+                             .dwFields = 0,
+                             .dwRoom = m_dwLimit - m_dwCounter,
+                             .dwFieldSize = m_dwFieldSizeLimit,
+                             .cSeparator = static_cast<unsigned char>(m_cSeparator),
+                             .cPre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
+                             .cPost = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
+                             .bEnded = false};
+        m_pKernel->pReadFields(fields);
+        m_cursor.Consume(static_cast<DWORD>(fields.pNext - next));
+        m_dwCounter += static_cast<DWORD>(fields.pField - m_pField);
+        m_pField = fields.pField;
+        m_bEnded = fields.bEnded;
+        return dwField + fields.dwFields;
+    }
 
     /// Reads one field. False when an end-of-file mark stands in its place.
     [[gnu::always_inline]] bool ReadField() {
@@ -140,8 +176,9 @@ private:
     }
 
     /// Stores the next byte, which is above the space, and those like it that follow, as far as the fill and the
-    /// limit reach and up to `cStop`.
+    /// limit reach and up to `cStop`. A kernel goes on from a long run, and then takes spaces as well.
     [[gnu::always_inline]] void StoreRun(char cStop) {
+        constexpr DWORD longRun = 16;
         const unsigned char* const bytes = m_cursor.Bytes();
         const DWORD room = std::min(m_cursor.CountBytes(), m_dwLimit - m_dwCounter);
         const auto stop = static_cast<unsigned char>(cStop);
@@ -151,9 +188,16 @@ private:
             end[count] = static_cast<char>(bytes[count]);
             ++count;
         } while (count < room && bytes[count] > SPACE && bytes[count] != stop);
+        DWORD spaces = 0;
+        if (count >= longRun && m_pKernel != nullptr) {
+            count += m_pKernel->pCopyText(bytes + count, room - count, end + count, stop);
+            while (end[count - spaces - 1] == SPACE)
+                ++spaces;
+        }
         m_cursor.Consume(count);
         m_dwCounter += count;
-        m_pEnd = m_pTrimmed = end + count;
+        m_pEnd = end + count;
+        m_pTrimmed = m_pEnd - spaces;
     }
 
     CCsvDataAccess& m_reader;
@@ -169,6 +213,7 @@ private:
     DWORD m_dwCounter = 0; ///< bytes taken and field ends, held against the line limit
     const char m_cSeparator;
     bool m_bEnded = false;
+    const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or where bytes play unusual parts
 };
 
 } // namespace NSTQ::NSTQCore

@@ -1,6 +1,7 @@
 #include "VCTextFileOperater.h"
 
 #include "platform/files/Files.h"
+#include "scan/Kernel.h"
 
 #include <algorithm>
 #include <cstring>
@@ -29,9 +30,10 @@ VCTextFileOperater::~VCTextFileOperater() {
 
 void VCTextFileOperater::GetArea() {
     m_pReadBuff = std::make_unique<unsigned char[]>(SCDataAccessDefine::READ_BUFF_SIZE + 1);
-    m_pLineBuff = std::make_unique<char[]>(std::size_t{m_dwMaxLineSize} + 1);
-    m_ppFieldData = std::make_unique<const char*[]>(m_dwMaxFieldCnt);
-    m_pFieldLen = std::make_unique<WORD[]>(m_dwMaxFieldCnt);
+    m_pLineBuff = std::make_unique<char[]>(std::size_t{m_dwMaxLineSize} + 1 + Scan::READ_SLACK);
+    const std::size_t entries = std::size_t{m_dwMaxFieldCnt} + Scan::ENTRY_SLACK;
+    m_ppFieldData = std::make_unique<const char*[]>(entries);
+    m_pFieldLen = std::make_unique<WORD[]>(entries);
 }
 
 void VCTextFileOperater::FreeArea() {

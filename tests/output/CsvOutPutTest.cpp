@@ -1,10 +1,14 @@
 #include "CCsvOutPut.h"
 #include "platform/files/Files.h"
 #include "support/Faults.h"
+#include "support/Kernels.h"
 #include "support/TempFolder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <random>
+#include <sys/mman.h>
 #include <vector>
 
 namespace {
@@ -65,6 +69,57 @@ TEST_F(CsvOutPut, QuotesOnlyWhereTheSeparatorOrAQuoteStands) {
         expected += std::string(c.line) + "\r\n";
     }
     EXPECT_EQ(Written(), expected);
+}
+
+/// A text that ends where memory does, wherever it begins.
+class CTextBeforeTheEnd {
+public:
+    CTextBeforeTheEnd() { ::mprotect(m_pMemory + SIZE, 4096, PROT_NONE); }
+    CTextBeforeTheEnd(const CTextBeforeTheEnd&) = delete;
+    CTextBeforeTheEnd& operator=(const CTextBeforeTheEnd&) = delete;
+    ~CTextBeforeTheEnd() { ::munmap(m_pMemory, SIZE + 4096); }
+
+    const char* Put(const std::string& text) {
+        return std::copy(text.begin(), text.end(), m_pMemory + SIZE - text.size()) - text.size();
+    }
+
+private:
+    static constexpr std::size_t SIZE = 8192;
+    char* const m_pMemory =
+        static_cast<char*>(::mmap(nullptr, SIZE + 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+};
+
+TEST_F(CsvOutPut, AllKernelsWriteTheSame) {
+    std::mt19937 random(20240229);
+    CTextBeforeTheEnd last;
+    for (const auto kernel : NSTQ::Tests::Kernels()) {
+        const NSTQ::Tests::CKernel use(kernel);
+        for (const char separator : {',', '\t', '"', '\0', '\x81', 'a'}) {
+            ASSERT_TRUE(m_writer.FileOpen(m_folder.Path("out.csv").c_str()));
+            m_writer.SetSeparator(separator);
+            const std::string bytes = std::string("aab,\"\t \x81\r", 9) + separator + '\0';
+            std::string expected;
+            while (expected.size() < 300000) {
+                std::vector<std::string> fields(random() % 9);
+                const unsigned specials = random() % 3 == 0 ? 11 : 2;
+                for (std::string& field : fields)
+                    for (std::size_t left = random() % (random() % 16 == 0 ? 600 : 70); left > 0; --left)
+                        field += bytes[random() % specials];
+                std::vector<const char*> data;
+                std::vector<WORD> lengths;
+                for (const std::string& field : fields) {
+                    expected += (data.empty() ? "" : std::string(1, separator)) + Expected(field, separator);
+                    data.push_back(field.empty()              ? nullptr
+                                   : &field == &fields.back() ? last.Put(field)
+                                                              : field.data());
+                    lengths.push_back(static_cast<WORD>(field.size()));
+                }
+                expected += "\r\n";
+                ASSERT_TRUE(m_writer.WriteLineData(data.data(), lengths.data(), static_cast<DWORD>(data.size())));
+            }
+            ASSERT_TRUE(Written() == expected) << NSTQ::Scan::GetKernel().pName << ' ' << static_cast<int>(separator);
+        }
+    }
 }
 
 TEST_F(CsvOutPut, TakesRowsOfChangeableTexts) {

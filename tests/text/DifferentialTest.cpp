@@ -4,6 +4,7 @@
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
+#include <iterator>
 #include <memory>
 #include <random>
 
@@ -23,8 +24,7 @@ const TTokens& Alphabet() {
 
 /// Calls `use` with each text of `length` tokens and its number.
 template <class TUse>
-void ForEachText(std::size_t length, TUse use) {
-    const TTokens& tokens = Alphabet();
+void ForEachText(std::size_t length, TUse use, const TTokens& tokens = Alphabet()) {
     std::size_t total = 1;
     for (std::size_t i = 0; i < length; ++i)
         total *= tokens.size();
@@ -40,6 +40,7 @@ void ForEachText(std::size_t length, TUse use) {
 
 class CDifferential : public testing::TestWithParam<unsigned> {
 protected:
+    const CKernel m_kernel; ///< puts back the one that was chosen
     CTempFolder m_folder;
     CAnsiPage m_page{GetParam()};
     std::vector<CSettings> m_variations = Variations(isUtf8);
@@ -75,6 +76,55 @@ TEST_P(CDifferential, AllShortTexts) {
     ForEachText(longest, [&](const std::string& text, std::size_t number) {
         return agree((number + number / 10 + number / 1000) % readers.size(), text);
     });
+}
+
+/// A text where every kernel takes it: enough bytes behind it, and before it ordinary ones that shift it over the
+/// places where two blocks meet.
+std::string InBlocks(const std::string& text, std::size_t number) {
+    constexpr std::size_t shifts[] = {0, 58, 59, 60, 61, 62, 63, 64, 126};
+    const std::size_t shift = shifts[number % std::size(shifts)];
+    return (shift == 0 ? "" : std::string(shift - 1, 'x') + ',') + text + ",z\r\n" + std::string(140, 'y') +
+           "\nw\r\n";
+}
+
+TEST_P(CDifferential, ShortTextsInBlocks) {
+    const std::string path = m_folder.WriteFile("empty.csv", "");
+    const auto readers = MakeReaders(m_variations);
+    for (const auto& reader : readers)
+        ASSERT_TRUE(reader->Open(path));
+    const TTokens core = {"a", ",", "\"", " ", "\r\n"};
+    for (const Scan::EKernel kernel : Kernels()) {
+        Scan::SelectKernel(kernel);
+        if (kernel == Scan::EKernel::Scalar)
+            continue;
+        const auto agree = [&](std::size_t variation, const std::string& text) {
+            readers[variation]->Load(text);
+            CReferenceReader plain(m_variations[variation], text);
+            return Agree(m_variations[variation], text, *readers[variation], plain, 400);
+        };
+        std::size_t turn = 0;
+        const auto everyVariation = [&](const std::string& text, std::size_t number) {
+            for (std::size_t variation = 0; variation < readers.size(); ++variation)
+                if (!agree(variation, InBlocks(text, number + variation)))
+                    return false;
+            return true;
+        };
+        const auto oneVariation = [&](const std::string& text, std::size_t) {
+            ++turn;
+            return agree(turn % readers.size(), InBlocks(text, turn / readers.size()));
+        };
+        for (std::size_t length = 0; length <= (isSanitized ? 2 : 3); ++length)
+            for (std::size_t shift = 0; shift < 9; ++shift)
+                ForEachText(length,
+                            [&](const std::string& text, std::size_t) { return everyVariation(text, shift); });
+        ForEachText(4, everyVariation);
+        // The page only matters where a field is cut.
+        if (isSanitized || GetParam() != 932)
+            continue;
+        ForEachText(5, oneVariation);
+        ForEachText(6, oneVariation);
+        ForEachText(7, oneVariation, core);
+    }
 }
 
 TEST_P(CDifferential, ShortTextsThroughShortReads) {
@@ -118,10 +168,13 @@ TEST_P(CDifferential, EndsOfTheReadBuffer) {
                                              "\x81\"",
                                              "\xE3\x81\x82",
                                              std::string(1, '\0')};
+    const auto kernels = Kernels();
+    std::size_t turn = 0;
     for (const CSettings& settings : m_variations)
         for (const std::string& token : tokens)
             for (const std::string before : {"", "x", "\"y", "\"\"", "  ", "\r"})
                 for (const std::size_t offset : {63999U, 64000U, 64001U}) {
+                    Scan::SelectKernel(kernels[turn++ % kernels.size()]);
                     std::string text = "head,\"of file\"\r\n";
                     while (text.size() < offset - before.size())
                         text += text.size() % 100 == 99 ? '\n' : text.size() % 100 == 98 ? '\r' : 'a';
@@ -149,10 +202,31 @@ std::string RandomText(std::mt19937& random, std::size_t length) {
     return text;
 }
 
+// Many texts of a few blocks, without files.
+TEST_P(CDifferential, RandomTextsInBlocks) {
+    const std::string path = m_folder.WriteFile("empty.csv", "");
+    const auto readers = MakeReaders(m_variations);
+    for (const auto& reader : readers)
+        ASSERT_TRUE(reader->Open(path));
+    std::mt19937 random(19640229U + GetParam());
+    const auto kernels = Kernels();
+    for (int round = 0; round < (isSanitized ? 20000 : 500000); ++round) {
+        Scan::SelectKernel(kernels[random() % kernels.size()]);
+        const std::size_t variation = random() % readers.size();
+        const std::string text = RandomText(random, 100 + random() % 200);
+        readers[variation]->Load(text);
+        CReferenceReader plain(m_variations[variation], text);
+        ASSERT_TRUE(Agree(m_variations[variation], text, *readers[variation], plain, 400)) << "round " << round;
+    }
+}
+
 TEST_P(CDifferential, RandomLongTexts) {
-    constexpr std::uint32_t limits[] = {0, 1, 2, 3, 5, 20, 255, 4096, 63999, 64000, 65535, 70000};
+    constexpr std::uint32_t limits[] = {0,   1,   2,   3,    5,     20,    64,    65,   190,
+                                        193, 255, 300, 4096, 63999, 64000, 65535, 70000};
+    const auto kernels = Kernels();
     std::mt19937 random(20240229U + GetParam());
     for (int round = 0; round < (isSanitized ? 300 : 1000); ++round) {
+        Scan::SelectKernel(kernels[random() % kernels.size()]);
         CSettings settings = m_variations[random() % m_variations.size()];
         if (random() % 4 != 0) {
             settings.maxFields = limits[random() % std::size(limits)];

@@ -2,6 +2,7 @@
 #include "CFixDataAccess.h"
 #include "platform/CodePage.h"
 #include "support/Faults.h"
+#include "support/Kernels.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
@@ -269,19 +270,23 @@ TEST(FixReader, SplitsAtTheWidths) {
 TEST(FixReader, AgreesWithThePlainReader) {
     const CTempFolder folder;
     std::mt19937 random(20261124);
+    const auto kernels = Tests::Kernels();
     const std::string alphabet("ab \t\r\n\x1A\0\x83\x81", 10);
     for (int round = 0; round < (Tests::isSanitized ? 500 : 2500); ++round) {
         // Few blanks in every third text, so that rows also reach their last columns.
         const std::size_t letters = round % 3 == 0 ? alphabet.size() : 6;
-        std::string text(random() % (round % 100 == 0 ? 130000 : 60), '\0');
+        // Every second text has wide columns of plain text and spaces, which are what kernels take.
+        const Tests::CKernel kernel(kernels[static_cast<std::size_t>(round / 2) % kernels.size()]);
+        const bool isWide = round % 2 == 1;
+        std::string text(random() % (round % 100 == 0 ? 130000 : isWide ? 900 : 60), '\0');
         for (char& c : text)
-            c = random() % 8 < 5 ? 'x' : alphabet[random() % letters];
+            c = random() % 8 < 5 ? 'x' : alphabet[random() % (!isWide || random() % 100 == 0 ? letters : 3)];
         SLayout layout{std::vector<WORD>(1 + random() % 4)};
         for (WORD& width : layout.widths)
-            width = static_cast<WORD>(random() % 6);
+            width = static_cast<WORD>(random() % (isWide ? 150 : 6));
         layout.widths[0] = static_cast<WORD>(layout.widths[0] + 1);
         layout.maxFields = static_cast<DWORD>(1 + random() % 4);
-        layout.maxField = static_cast<DWORD>(1 + random() % 6);
+        layout.maxField = static_cast<DWORD>(1 + random() % (isWide ? 150 : 6));
         if (round % 4 == 1) {
             layout.pre = '\n';
             layout.post = '\0';

@@ -3,6 +3,7 @@
 
 #include "CCsvDataAccess.h"
 #include "support/AnsiPage.h"
+#include "support/Kernels.h"
 #include "support/Sanitized.h"
 #include "text/ReferenceReader.h"
 
@@ -80,6 +81,10 @@ private:
                 record.fields[i] += "<no NUL>";
         }
         record.raw.assign(raw == nullptr ? "" : raw, raw == nullptr ? 0 : rawSize);
+        // The slack that kernels may look at.
+        const char* const slack = m_pLineBuff.get() + m_dwMaxLineSize + 1;
+        if (std::any_of(slack, slack + Scan::READ_SLACK, [](char byte) { return byte != '\0'; }))
+            record.raw += "<written behind the line buffer>";
         record.hasNext = HasNextLineData();
         record.position = GetReadPosition();
         record.failedRead = GetErrorCode() != 0;
@@ -131,10 +136,11 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
         plain.Read(expected);
         tested.Read(actual);
         if (!AreEqual(expected, actual)) {
-            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8" : " ansi") << ", limits "
-                          << settings.maxFields << ' ' << settings.maxLine << ' ' << settings.maxField << ", page "
-                          << Platform::GetAnsiCodePage() << ", read " << read << " of " << bytes.size() << " bytes "
-                          << Escape(bytes) << "\nexpected " << ShowAll(expected) << "\nactual   " << ShowAll(actual);
+            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8 " : " ansi ") << Scan::GetKernel().pName
+                          << ", limits " << settings.maxFields << ' ' << settings.maxLine << ' ' << settings.maxField
+                          << ", page " << Platform::GetAnsiCodePage() << ", read " << read << " of " << bytes.size()
+                          << " bytes " << Escape(bytes) << "\nexpected " << ShowAll(expected) << "\nactual   "
+                          << ShowAll(actual);
             return false;
         }
     }
@@ -143,7 +149,7 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
 
 /// The variations that every input is read with.
 inline std::vector<CSettings> Variations(bool utf8) {
-    std::vector<CSettings> all(10);
+    std::vector<CSettings> all(12);
     all[1] = {.title = "raw", .raw = true};
     all[2] = {.title = "quote-newline, raw", .quoteNewLine = true, .raw = true};
     all[3] = {.title = "LF only", .pre = '\n', .post = 0};
@@ -153,6 +159,9 @@ inline std::vector<CSettings> Variations(bool utf8) {
     all[7] = {.title = "tinier limits, raw", .raw = true, .maxFields = 1, .maxLine = 3, .maxField = 1};
     all[8] = {.title = "line end NUL SUB, short lines", .pre = '\0', .post = 0x1A, .maxLine = 2};
     all[9] = {.title = "line end space TAB, nothing stored", .pre = ' ', .post = '\t', .maxFields = 0, .maxField = 0};
+    // Limits that come within reach in the middle of what a kernel would take.
+    all[10] = {.title = "limits of a few blocks", .maxFields = 4, .maxLine = 270, .maxField = 66};
+    all[11] = {.title = "high separator and line end", .separator = '\x81', .pre = '\n', .post = '\x81'};
     for (CSettings& settings : all)
         settings.utf8 = utf8;
     return all;

@@ -14,14 +14,52 @@ void MoveAscii(unsigned char*& to, const unsigned char*& text, const unsigned ch
     std::uint64_t word = 0;
     while (static_cast<std::size_t>(end - text) >= sizeof word) {
         std::memcpy(&word, text, sizeof word);
-        if ((word & 0x8080808080808080U) != 0)
+        const std::uint64_t high = word & 0x8080808080808080U;
+        if (high == 0) {
+            std::memcpy(to, &word, sizeof word);
+            to += sizeof word;
+            text += sizeof word;
+            continue;
+        }
+        const std::size_t run = CountAscii(high);
+        // The whole word may be written where it ends below what follows the run.
+        if (static_cast<std::size_t>(text - to) + run < sizeof word)
             break;
         std::memcpy(to, &word, sizeof word);
-        to += sizeof word;
-        text += sizeof word;
+        to += run;
+        text += run;
+        return;
     }
     while (text != end && *text < 0x80)
         *to++ = *text++;
+}
+
+/// Converts the characters of three bytes at `text` that take two in the page, most of what is not ASCII in tables,
+/// and moves both pointers behind them.
+void ConvertWideCharacters(unsigned char*& to, const unsigned char*& text, const unsigned char* end,
+                           const CCodePageTables& page) {
+    const unsigned short* const blockIndex = page.m_blockIndex;
+    const unsigned short* const blocks = page.m_blocks;
+    const unsigned char* from = text;
+    unsigned char* out = to;
+    while (end - from >= 3) {
+        const unsigned lead = from[0], second = from[1], third = from[2];
+        if ((((lead ^ 0xE0U) & 0xF0U) | (((second ^ 0x80U) | (third ^ 0x80U)) & 0xC0U)) != 0)
+            break;
+        const unsigned block = (lead & 0x0FU) << 6 | (second & 0x3FU);
+        // Overlong forms and surrogates.
+        if (block < 0x20 || block - 0x360 < 0x20)
+            break;
+        const unsigned bytes = blocks[blockIndex[block] * 64U + (third & 0x3FU)];
+        if (bytes <= 0xFF)
+            break;
+        out[0] = static_cast<unsigned char>(bytes >> 8);
+        out[1] = static_cast<unsigned char>(bytes);
+        out += 2;
+        from += 3;
+    }
+    text = from;
+    to = out;
 }
 
 /// Writes the bytes of a character above U+007F in a page other than UTF-8.
@@ -75,9 +113,12 @@ std::size_t ConvertUtf8ToAnsi(unsigned char* text, std::size_t length) {
     const unsigned char* from = SkipAscii(text, end);
     unsigned char* to = text + (from - text);
     while (from != end) {
-        const CUtf8Character character = DecodeUtf8(from, static_cast<std::size_t>(end - from));
-        from += character.m_length;
-        to = PutCharacter(to, page, character.m_value);
+        ConvertWideCharacters(to, from, end, page);
+        if (from != end && *from >= 0x80) {
+            const CUtf8Character character = DecodeUtf8(from, static_cast<std::size_t>(end - from));
+            from += character.m_length;
+            to = PutCharacter(to, page, character.m_value);
+        }
         if (from != end && *from < 0x80)
             MoveAscii(to, from, end);
     }

@@ -1,6 +1,7 @@
 // The UTF-8 rules, and a quick way over ASCII, for the conversions.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,13 +54,21 @@ inline CUtf8Character DecodeUtf8(const unsigned char* text, std::size_t room) {
     return {value, length, true};
 }
 
+/// How many bytes of a word in memory come before the first one above 0x7F, of which the word has the top bits.
+inline std::size_t CountAscii(std::uint64_t topBits) {
+    const int bits =
+        std::endian::native == std::endian::little ? std::countr_zero(topBits) : std::countl_zero(topBits);
+    return static_cast<std::size_t>(bits) / 8;
+}
+
 /// Where the first byte above 0x7F is, or `end`.
 inline const unsigned char* SkipAscii(const unsigned char* text, const unsigned char* end) {
     std::uint64_t word = 0;
     while (static_cast<std::size_t>(end - text) >= sizeof word) {
         std::memcpy(&word, text, sizeof word);
-        if ((word & 0x8080808080808080U) != 0)
-            break;
+        const std::uint64_t topBits = word & 0x8080808080808080U;
+        if (topBits != 0)
+            return text + CountAscii(topBits);
         text += sizeof word;
     }
     while (text != end && *text < 0x80)

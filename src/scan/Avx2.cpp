@@ -1,0 +1,182 @@
+// Two registers of 32 bytes. Compiled for processors with AVX2, BMI2 and carry-less multiplication.
+#include "scan/CColumnReader.h"
+#include "scan/CFieldBlocks.h"
+#include "scan/CRowWriter.h"
+#include "scan/CTextCollector.h"
+#include "scan/Kernels.h"
+#include "scan/TextRun.h"
+
+#include <immintrin.h>
+
+namespace NSTQ::Scan {
+namespace {
+
+/// By the bits of eight bytes that are dropped: the numbers of the others, in order.
+struct SSqueezes {
+    unsigned char rows[256][8];
+};
+constexpr SSqueezes squeezes = [] {
+    SSqueezes all{};
+    for (unsigned drop = 0; drop < 256; ++drop)
+        for (unsigned bit = 0, at = 0; bit < 8; ++bit)
+            if ((drop >> bit & 1) == 0)
+                all.rows[drop][at++] = static_cast<unsigned char>(bit);
+    return all;
+}();
+
+class CBlock {
+public:
+    using Bytes = __m256i;
+    static constexpr std::ptrdiff_t SIZE = BLOCK;
+    static constexpr bool COPIES_NULS = false;
+
+    [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) {
+        return _mm256_set1_epi8(static_cast<char>(byte));
+    }
+    [[gnu::always_inline]] static CBlock Load(const unsigned char* bytes) {
+        const auto* from = reinterpret_cast<const __m256i*>(bytes);
+        return {_mm256_loadu_si256(from), _mm256_loadu_si256(from + 1)};
+    }
+    [[gnu::always_inline]] void Store(char* bytes) const {
+        auto* to = reinterpret_cast<__m256i*>(bytes);
+        _mm256_storeu_si256(to, m_low);
+        _mm256_storeu_si256(to + 1, m_high);
+    }
+    [[gnu::always_inline]] Mask Find(Bytes byte) const {
+        return Join(_mm256_cmpeq_epi8(m_low, byte), _mm256_cmpeq_epi8(m_high, byte));
+    }
+    [[gnu::always_inline]] Mask FindQuotes() const { return Find(Repeat('"')); }
+    [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
+    [[gnu::always_inline]] static __m256i Controls(__m256i bytes) {
+        return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, Repeat(0x1F)), bytes);
+    }
+    [[gnu::always_inline]] Mask FindControls() const { return Join(Controls(m_low), Controls(m_high)); }
+    [[gnu::always_inline]] Mask FindHigh() const { return Join(m_low, m_high); }
+    [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
+        const __m256i any = _mm256_or_si256(Structure(m_low, separator), Structure(m_high, separator));
+        return _mm256_testz_si256(any, any) == 0;
+    }
+    /// With NULs in place of `byte`.
+    [[gnu::always_inline]] CBlock Without(Bytes byte) const {
+        return {_mm256_andnot_si256(_mm256_cmpeq_epi8(m_low, byte), m_low),
+                _mm256_andnot_si256(_mm256_cmpeq_epi8(m_high, byte), m_high)};
+    }
+    /// The number of the lowest bit; 64 when there is none.
+    [[gnu::always_inline]] static unsigned First(Mask mask) { return static_cast<unsigned>(_tzcnt_u64(mask)); }
+    [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
+        const __m128i product =
+            _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);
+        return static_cast<Mask>(_mm_cvtsi128_si64(product));
+    }
+    /// Eight bytes at a time, each group shuffled together by a row of the table.
+    [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask mask, char* to) {
+        for (unsigned group = 0; group < 64; group += 8) {
+            const unsigned drop = dropped >> group & 0xFF;
+            const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + group));
+            const __m128i order = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(squeezes.rows[drop]));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, order));
+            to += 8 - Count(drop);
+        }
+        return _pext_u64(mask, ~dropped);
+    }
+    /// Puts the NULs of the fields that end at `stops`, and their entries, in batches: the ones for no stop go where
+    /// the next fields come.
+    template <bool hasNuls>
+    [[gnu::always_inline]] static void PutFields(Mask stops, char* out, char* field, const char** data,
+                                                 WORD* lengths) {
+        do {
+            for (int i = 0; i < BATCH; ++i) {
+                char* const end = out + First(stops);
+                if (!hasNuls)
+                    *end = 0;
+                *data++ = field;
+                *lengths++ = static_cast<WORD>(end - field);
+                field = end + 1;
+                stops &= stops - 1;
+            }
+        } while (stops != 0);
+    }
+
+private:
+    static constexpr int BATCH = 5;
+
+    [[gnu::always_inline]] CBlock(__m256i low, __m256i high) : m_low(low), m_high(high) {}
+
+    [[gnu::always_inline]] static __m256i Structure(__m256i bytes, Bytes separator) {
+        return _mm256_or_si256(Controls(bytes), _mm256_or_si256(_mm256_cmpeq_epi8(bytes, separator),
+                                                                _mm256_cmpeq_epi8(bytes, Repeat('"'))));
+    }
+    [[gnu::always_inline]] static Mask Join(__m256i low, __m256i high) {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(low)) |
+               static_cast<Mask>(static_cast<std::uint32_t>(_mm256_movemask_epi8(high))) << 32;
+    }
+
+    __m256i m_low;
+    __m256i m_high;
+};
+
+/// For fields of a few bytes.
+class CChunk {
+public:
+    using Bytes = __m256i;
+    static constexpr std::ptrdiff_t SIZE = 32;
+    static constexpr bool READS_PAST = true;
+
+    [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
+    /// Loads past the end that the compiler knows are spelled in the processor's language.
+    [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
+        CChunk chunk;
+        asm("vmovdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
+        return chunk;
+    }
+    [[gnu::always_inline]] static CChunk Load(const unsigned char* from) {
+        CChunk chunk;
+        chunk.m_bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+        return chunk;
+    }
+    [[gnu::always_inline]] void Store(char* to) const {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), m_bytes);
+    }
+    [[gnu::always_inline]] Mask Find(Bytes byte) const {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(m_bytes, byte)));
+    }
+
+    [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
+    [[gnu::always_inline]] Mask FindControls() const {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(CBlock::Controls(m_bytes)));
+    }
+
+private:
+    __m256i m_bytes;
+};
+
+void ReadFields(SFields& fields) {
+    CFieldBlocks<CBlock>(fields).Read(fields);
+}
+
+DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char stop) {
+    return Scan::CopyText<CBlock>(from, size, to, stop);
+}
+
+void CollectText(SText& text) {
+    CTextCollector<CBlock>(text).Collect(text);
+}
+
+void SplitTexts(STexts& texts) {
+    Scan::SplitTexts<CBlock>(texts);
+}
+
+void ReadColumns(SColumns& columns) {
+    CColumnReader<CChunk, CBlock>::Read(columns);
+}
+
+void WriteFields(SRow& row) {
+    CRowWriter<CChunk>(row).Write(row);
+}
+
+} // namespace
+
+constinit const SKernel kernelAvx2 = {EKernel::Avx2, "avx2",     ReadFields,  CopyText,
+                                      CollectText,   SplitTexts, ReadColumns, WriteFields};
+
+} // namespace NSTQ::Scan

@@ -1,0 +1,36 @@
+// What the kernels count with: blocks of 64 bytes and masks of one bit per byte.
+//
+// The sources that include this are compiled for different processors. Everything in it is inlined always, so that
+// the linker cannot take one processor's form for all; for the same reason they include no standard header with
+// functions in it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace NSTQ::Scan {
+
+using Mask = std::uint64_t;
+
+inline constexpr std::ptrdiff_t BLOCK = 64;
+
+/// The bits up to and with the lowest one; all when there is none.
+[[gnu::always_inline]] constexpr Mask UpToFirst(Mask mask) {
+    return mask ^ (mask - 1);
+}
+
+/// The bits below the lowest one; all when there is none.
+[[gnu::always_inline]] constexpr Mask BelowFirst(Mask mask) {
+    return ~mask & (mask - 1);
+}
+
+/// One more than the number of the highest bit, of which there must be one.
+[[gnu::always_inline]] constexpr unsigned BehindLast(Mask mask) {
+    return 64U - static_cast<unsigned>(__builtin_clzll(mask));
+}
+
+[[gnu::always_inline]] constexpr unsigned Count(Mask mask) {
+    return static_cast<unsigned>(__builtin_popcountll(mask));
+}
+
+} // namespace NSTQ::Scan

@@ -1,0 +1,70 @@
+// Columns of fixed-length text in pieces of up to 64 bytes: spaces at both ends are found in a mask and left out of
+// the copy.
+//
+// A column with a control byte is left to the caller as a whole.
+#pragma once
+
+#include "scan/Bits.h"
+#include "scan/Kernel.h"
+
+namespace NSTQ::Scan {
+
+template <class TChunk, class TBlock>
+class CColumnReader {
+public:
+    [[gnu::always_inline]] static void Read(SColumns& columns) {
+        // Copies: what is written at a field could be anything that `columns` says.
+        const SColumns all = columns;
+        const unsigned char* next = all.pNext;
+        char* field = all.pField;
+        DWORD column = all.dwColumn;
+        for (; column < all.dwColumns; ++column) {
+            const std::ptrdiff_t width = all.pWidths[column];
+            // Whole blocks are looked at and written from each byte of the column on.
+            if (all.pEnd - next < width + BLOCK || all.pFieldEnd - field < width + BLOCK)
+                break;
+            const std::ptrdiff_t length =
+                width <= TChunk::SIZE ? Copy<TChunk>(next, width, field) : Copy<TBlock>(next, width, field);
+            if (length < 0 || length > static_cast<std::ptrdiff_t>(all.dwFieldSize))
+                break;
+            field[length] = 0;
+            all.ppData[column] = field;
+            all.pLen[column] = static_cast<WORD>(length);
+            field += length + 1;
+            next += width;
+        }
+        columns.pNext = next;
+        columns.pField = field;
+        columns.dwColumn = column;
+    }
+
+private:
+    /// Returns the length of the column's text, or a negative number when it has a control byte.
+    template <class TPiece>
+    [[gnu::always_inline]] static std::ptrdiff_t Copy(const unsigned char* from, std::ptrdiff_t width, char* to) {
+        std::ptrdiff_t copied = 0;
+        std::ptrdiff_t length = 0;
+        for (; width > 0; from += TPiece::SIZE, width -= TPiece::SIZE) {
+            const TPiece piece = TPiece::Load(from);
+            const std::ptrdiff_t size = width < TPiece::SIZE ? width : TPiece::SIZE;
+            const Mask all = ~Mask{0} >> (64 - size);
+            if ((piece.FindControls() & all) != 0)
+                return -1;
+            const Mask text = ~piece.FindSpaces() & all;
+            if (text == 0) {
+                // Spaces before the text go; behind it they stay until it is known that they are the last.
+                if (copied > 0)
+                    piece.Store(to + copied);
+                copied += copied > 0 ? size : 0;
+                continue;
+            }
+            const std::ptrdiff_t first = copied > 0 ? 0 : TBlock::First(text);
+            TPiece::Load(from + first).Store(to + copied);
+            length = copied + BehindLast(text) - first;
+            copied += size - first;
+        }
+        return length;
+    }
+};
+
+} // namespace NSTQ::Scan

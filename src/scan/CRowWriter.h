@@ -1,0 +1,95 @@
+// Fields of CSV rows copied and looked through in the same pass.
+//
+// A field is copied in chunks as if it were bare. Where a chunk holds the separator or a quote, the field begins
+// again in quotes; a quote inside is doubled by copying the rest of the chunk once more from it on, one byte further.
+//
+// Invariant: from the start of the row's bytes to m_pOut stands what the plain writer would have written.
+#pragma once
+
+#include "scan/Bits.h"
+#include "scan/Kernel.h"
+
+namespace NSTQ::Scan {
+
+template <class TChunk>
+class CRowWriter {
+public:
+    [[gnu::always_inline]] explicit CRowWriter(const SRow& row)
+        : m_separators(TChunk::Repeat(row.cSeparator)), m_quotes(TChunk::Repeat(QUOTE)), m_pOut(row.pOut) {}
+
+    [[gnu::always_inline]] void Write(SRow& row) {
+        for (; row.dwField < row.dwFields; ++row.dwField) {
+            const std::ptrdiff_t size = row.pLen[row.dwField];
+            const std::ptrdiff_t room = row.pEnd - m_pOut - SLACK;
+            // A field without bytes may have no address either.
+            const char* const field = size == 0 ? m_pOut : row.ppData[row.dwField];
+            if (size > room || (TChunk::READS_PAST && !IsReadablePast(field + size)))
+                break;
+            char* const start = m_pOut;
+            *m_pOut = static_cast<char>(row.cSeparator);
+            m_pOut += row.dwField > 0 ? 1 : 0;
+            if (CopyBare(field, size))
+                continue;
+            m_pOut = start + (row.dwField > 0 ? 1 : 0);
+            if (2 * size > room) {
+                m_pOut = start;
+                break;
+            }
+            CopyQuoted(field, size);
+        }
+        row.pOut = m_pOut;
+    }
+
+private:
+    static constexpr unsigned char QUOTE = '"';
+    static constexpr std::ptrdiff_t CHUNK = TChunk::SIZE;
+    /// What a field may need besides its bytes: separator, quotes and the rest of two chunks.
+    static constexpr std::ptrdiff_t SLACK = 3 + 2 * CHUNK;
+
+    /// Whether the bytes behind a field's end are in memory for sure, as far as the loads go.
+    [[gnu::always_inline]] static bool IsReadablePast(const char* end) {
+        constexpr std::uintptr_t page = 4096;
+        return (reinterpret_cast<std::uintptr_t>(end) - 1) % page < page - 2 * CHUNK;
+    }
+
+    /// False, somewhere inside the field, when it needs quotes.
+    [[gnu::always_inline]] bool CopyBare(const char* from, std::ptrdiff_t left) {
+        for (; left > CHUNK; from += CHUNK, left -= CHUNK, m_pOut += CHUNK) {
+            const TChunk chunk = TChunk::Load(from, CHUNK);
+            chunk.Store(m_pOut);
+            if ((chunk.Find(m_separators) | chunk.Find(m_quotes)) != 0)
+                return false;
+        }
+        const TChunk chunk = TChunk::Load(from, left);
+        chunk.Store(m_pOut);
+        m_pOut += left;
+        return ((chunk.Find(m_separators) | chunk.Find(m_quotes)) & UpTo(left)) == 0;
+    }
+
+    [[gnu::always_inline]] void CopyQuoted(const char* from, std::ptrdiff_t left) {
+        *m_pOut++ = QUOTE;
+        for (; left > 0; from += CHUNK, left -= CHUNK) {
+            const std::ptrdiff_t size = left < CHUNK ? left : CHUNK;
+            const TChunk chunk = TChunk::Load(from, size);
+            chunk.Store(m_pOut);
+            for (Mask quotes = chunk.Find(m_quotes) & UpTo(size); quotes != 0; quotes &= quotes - 1) {
+                const std::ptrdiff_t at = __builtin_ctzll(quotes);
+                ++m_pOut;
+                TChunk::Load(from + at, size - at).Store(m_pOut + at);
+            }
+            m_pOut += size;
+        }
+        *m_pOut++ = QUOTE;
+    }
+
+    /// The lowest bits, up to as many as a chunk has.
+    [[gnu::always_inline]] static Mask UpTo(std::ptrdiff_t count) {
+        return count == 64 ? ~Mask{0} : (Mask{1} << count) - 1;
+    }
+
+    const typename TChunk::Bytes m_separators;
+    const typename TChunk::Bytes m_quotes;
+    char* m_pOut;
+};
+
+} // namespace NSTQ::Scan

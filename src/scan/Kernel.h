@@ -1,0 +1,123 @@
+// The fast ways through ordinary bytes, and which of them this processor has.
+//
+// A kernel is a set of functions for one kind of vector unit. Each takes a stretch of ordinary text and stops, at a
+// place where the plain grammar of the caller can go on, before anything that it has no rule for; taking nothing is
+// always right. So the grammars stay with the readers and the writer, which give the same results with every kernel
+// and with none (`Scalar`).
+//
+// The kernel is chosen when the library is loaded: the best one that the processor and its system can run.
+#pragma once
+
+#include "platform/Types.h"
+
+namespace NSTQ::Scan {
+
+enum class EKernel { Scalar, Sse2, Avx2, Avx512 };
+inline constexpr EKernel KERNELS[] = {EKernel::Scalar, EKernel::Sse2, EKernel::Avx2, EKernel::Avx512};
+
+/// Entries that a kernel may write behind the last one that it hands out, so that it need not count.
+inline constexpr DWORD ENTRY_SLACK = 16;
+
+/// Bytes that a kernel may look at behind the texts that it splits.
+inline constexpr DWORD READ_SLACK = 64;
+
+/// Where the fields of a record stand and where they go.
+struct SFields {
+    const unsigned char* pNext; ///< the first byte of a field; afterwards behind the last field taken
+    const unsigned char* pEnd;  ///< the end of the bytes; none behind it is looked at
+    char* pField;               ///< where the field's text goes; afterwards behind the last NUL
+    const char** ppData;        ///< the entries for the fields' texts and lengths
+    WORD* pLen;
+    DWORD dwEntries;   ///< how many there are; ENTRY_SLACK more may be overwritten
+    DWORD dwFields;    ///< afterwards how many fields were taken
+    DWORD dwRoom;      ///< bytes that may be written at pField
+    DWORD dwFieldSize; ///< the most bytes of a field
+    unsigned char cSeparator;
+    unsigned char cPre;
+    unsigned char cPost; ///< 0: the line end has one byte
+    bool bEnded;         ///< afterwards whether the record's line end was met and passed
+};
+
+/// A stretch of UTF-8 delimited text and where its bytes are collected.
+struct SText {
+    const unsigned char* pNext; ///< afterwards behind the last byte taken
+    const unsigned char* pEnd;
+    char* pOut; ///< afterwards behind the last byte collected
+    DWORD dwRoom;
+    unsigned char cSeparator;
+    unsigned char cPre;
+    unsigned char cPost;
+    bool bQuoted; ///< whether pNext is inside quotes, before and afterwards
+    bool bAscii;  ///< made false by a byte above 0x7F
+    bool bEnded;
+};
+
+/// Texts one after another, each with its NUL.
+struct STexts {
+    char* pText; ///< afterwards the first text not taken
+    char* pEnd;  ///< behind the last NUL; READ_SLACK bytes more are there to be looked at
+    const char** ppData;
+    WORD* pLen;
+    DWORD dwEntries; ///< as in SFields
+    DWORD dwTexts;   ///< afterwards how many were taken
+};
+
+/// The columns of a record of fixed-length text.
+struct SColumns {
+    const unsigned char* pNext; ///< the first byte of a column; afterwards behind the last column taken
+    const unsigned char* pEnd;
+    char* pField;          ///< afterwards behind the last NUL
+    const char* pFieldEnd; ///< the end of the room there
+    const char** ppData;
+    WORD* pLen;
+    const WORD* pWidths;
+    DWORD dwColumns; ///< how many may be taken
+    DWORD dwColumn;  ///< the number of the first; afterwards of the first not taken
+    DWORD dwFieldSize;
+};
+
+/// The fields of a row and the buffer that they go to.
+struct SRow {
+    const char* const* ppData;
+    const WORD* pLen;
+    DWORD dwFields;
+    DWORD dwField; ///< the first one to write; afterwards the first one not written
+    char* pOut;    ///< where it goes; afterwards behind what was written
+    char* pEnd;    ///< the end of the buffer; all bytes up to it may be overwritten
+    unsigned char cSeparator;
+};
+
+/// The functions are null in the scalar kernel.
+struct SKernel {
+    EKernel eKernel;
+    const char* pName;
+    /// Delimited text in the ANSI code page. Takes fields without blanks at their ends and without control bytes,
+    /// bare or in quotes from end to end.
+    void (*pReadFields)(SFields& fields);
+    /// Copies bytes up to the first control byte or `stop`, at most `size`; returns how many. Bytes behind them, up
+    /// to `size`, may be overwritten at `to`.
+    DWORD (*pCopyText)(const unsigned char* from, DWORD size, char* to, unsigned char stop);
+    /// Delimited text in UTF-8, without its control bytes.
+    void (*pCollectText)(SText& text);
+    void (*pSplitTexts)(STexts& texts);
+    /// Columns without control bytes, when spaces end no line.
+    void (*pReadColumns)(SColumns& columns);
+    /// Fields as CSV, with a separator before each but the row's first. Stops before one that may not fit. Bytes of a
+    /// field's last page may be read behind its end.
+    void (*pWriteFields)(SRow& row);
+};
+
+/// Whether the two bytes are ordinary: only then may text that they structure be given to a kernel. A line end whose
+/// bytes are 0x80 or above is not.
+constexpr bool AreOrdinary(unsigned char cSeparator, unsigned char cPre, unsigned char cPost) {
+    constexpr unsigned char tab = 0x09, sub = 0x1A, space = 0x20, quote = 0x22;
+    return (cSeparator == tab || (cSeparator > space && cSeparator != quote)) && cPre < space && cPre != tab &&
+           cPre != sub && cPost < 0x80;
+}
+
+const SKernel& GetKernel();
+
+/// For tests and benchmarks, before any reader or writer is in use. False when the processor lacks it.
+bool SelectKernel(EKernel eKernel);
+
+} // namespace NSTQ::Scan

@@ -1,0 +1,12 @@
+// The kernels, each from the source that is compiled for its processors.
+#pragma once
+
+#include "scan/Kernel.h"
+
+namespace NSTQ::Scan {
+
+extern const SKernel kernelSse2;
+extern const SKernel kernelAvx2;
+extern const SKernel kernelAvx512;
+
+} // namespace NSTQ::Scan
