@@ -10,7 +10,7 @@ namespace NSTQ::Tests {
 /// While this lives another kernel is in use.
 class CKernel {
 public:
-    CKernel() = default;
+    CKernel() {} // not defaulted: clang++ 14 makes no constant of such a class
     explicit CKernel(Scan::EKernel kernel) { Scan::SelectKernel(kernel); }
     CKernel(const CKernel&) = delete;
     CKernel& operator=(const CKernel&) = delete;
