@@ -71,7 +71,9 @@ private:
 class TQCACCESS_API CPassWordError : public _com_error {
 public:
     using _com_error::_com_error;
+    /// Shares the description.
     CPassWordError(const CPassWordError&) noexcept;
+    /// Shares the description.
     CPassWordError& operator=(const CPassWordError&) noexcept;
     ~CPassWordError() override;
 };
