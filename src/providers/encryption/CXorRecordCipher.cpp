@@ -31,10 +31,10 @@ std::uint16_t MakeKey(std::span<const unsigned char> passWord) {
     CRegister end(0xFFFF);
     unsigned key = 0;
     unsigned last = 0xFFFF;
-    for (auto byte = passWord.rbegin(); byte != passWord.rend(); ++byte) {
+    for (std::size_t at = passWord.size(); at-- > 0;) {
         for (unsigned bit = 0; bit < 8; ++bit) {
             const unsigned value = bits.Step();
-            if (bit < 7 && (*byte >> bit & 1) != 0)
+            if (bit < 7 && (passWord[at] >> bit & 1) != 0)
                 key ^= value;
             last = end.Step();
         }
@@ -45,8 +45,8 @@ std::uint16_t MakeKey(std::span<const unsigned char> passWord) {
 std::uint16_t MakeVerifier(std::span<const unsigned char> passWord) {
     const auto rotate = [](unsigned value) { return (value << 1 & 0x7FFF) | (value >> 14 & 1); };
     unsigned verifier = 0;
-    for (auto byte = passWord.rbegin(); byte != passWord.rend(); ++byte)
-        verifier = rotate(verifier) ^ *byte;
+    for (std::size_t at = passWord.size(); at-- > 0;)
+        verifier = rotate(verifier) ^ passWord[at];
     return static_cast<std::uint16_t>(rotate(verifier) ^ passWord.size() ^ 0xCE4B);
 }
 
