@@ -12,7 +12,7 @@ namespace {
 using enum EAccess;
 using QueryRows = std::vector<SAccessQueryRow>;
 
-constexpr int linkedOdbc = 4, query = 5, linked = 6, form = -32768;
+constexpr int linkedOdbc = 4, linked = 6, form = -32768;
 
 void AddSelection(CAccessWriter& writer, const std::string& name, std::int64_t flags = 0) {
     writer.AddQuery(name, {{0}, {1, 1}, {3, 1}, {5, {}, "", "beta"}, {255}}, flags);
