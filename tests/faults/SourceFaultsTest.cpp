@@ -49,9 +49,11 @@ std::string MakeFix() {
     return MakeText("twelve bytes\r\n");
 }
 
+#if defined(TQC_TEST_ZIP)
 std::string MakePackage() {
     return MakeZip({{.name = "other/x", .content = "x"}, {.name = "TqData\\SourceFile.csv", .content = MakeCsv()}});
 }
+#endif
 
 #if defined(TQC_TEST_XLSX)
 std::string MakeXlsx() {
