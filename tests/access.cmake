@@ -9,7 +9,6 @@ target_link_libraries(access_writer PRIVATE tqcAccess_static tqc_options)
 
 tqc_add_test(access_test
   access/AccessHarness.cpp
-  access/HostileTest.cpp
   access/LayoutTest.cpp
   access/PiecesTest.cpp
   access/ListingTest.cpp

@@ -6,6 +6,7 @@
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "platform/ComError.h"
+#include "support/Encryptor.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
@@ -48,9 +49,11 @@ std::string MakeFix() {
     return MakeText("twelve bytes\r\n");
 }
 
+#if defined(TQC_TEST_ZIP)
 std::string MakePackage() {
     return MakeZip({{.name = "other/x", .content = "x"}, {.name = "TqData\\SourceFile.csv", .content = MakeCsv()}});
 }
+#endif
 
 #if defined(TQC_TEST_XLSX)
 std::string MakeXlsx() {
@@ -63,14 +66,25 @@ std::string MakeXlsx() {
 }
 #endif
 
+#if defined(TQC_TEST_XLSX) && defined(TQC_TEST_ENCRYPTION)
+/// The sample takes too long to open for thousands of times.
+std::string MakeLockedXlsx() {
+    return EncryptAgile(MakeXlsx(), "secret", "SHA512", 256, 10).File();
+}
+#endif
+
 struct SKind {
     const char* title;
     const char* fileName;
-    std::string (*make)();
+    std::string (*make)(); ///< null: the sample of that name
     Info::ESourceDataOpen prepared;
     /// What preparation may give instead when the system fails (EIO).
     std::set<Info::ESourceDataOpen> failed;
+    const char* passWord = "";
+    std::size_t rows = 2000; ///< at least
 };
+
+const std::set<Info::ESourceDataOpen> noDatabase = {Info::SDO_PASSWORD_ERROR, Info::SDO_ACCESS_DENIED};
 
 const SKind kinds[] = {
     {"csv", "a.csv", MakeCsv, Info::SDO_TEXT_FILE, {}},
@@ -80,7 +94,17 @@ const SKind kinds[] = {
     {"package", "a.xtqf", MakePackage, Info::SDO_PACKAGE, {Info::SDO_PASSWORD_ERROR, Info::SDO_TMPFILE_ERROR}},
 #endif
 #if defined(TQC_TEST_XLSX)
-    {"xlsx", "a.xlsx", MakeXlsx, Info::SDO_DATABASE, {Info::SDO_PASSWORD_ERROR, Info::SDO_ACCESS_DENIED}},
+    {"xlsx", "a.xlsx", MakeXlsx, Info::SDO_DATABASE, noDatabase},
+#endif
+#if defined(TQC_TEST_XLSX) && defined(TQC_TEST_ENCRYPTION)
+    {"locked_xlsx", "a.xlsx", MakeLockedXlsx, Info::SDO_DATABASE, noDatabase, "secret"},
+#endif
+#if defined(TQC_TEST_XLS)
+    {"xls", "prices.xls", nullptr, Info::SDO_DATABASE, noDatabase, "", 3},
+#endif
+#if defined(TQC_TEST_ACCESS)
+    {"mdb", "stock.mdb", nullptr, Info::SDO_DATABASE, noDatabase, "", 2},
+    {"accdb", "stock.accdb", nullptr, Info::SDO_DATABASE, noDatabase, "", 2},
 #endif
 };
 
@@ -122,11 +146,12 @@ std::unique_ptr<IDataAccess> MakeReader(Info& info, Info::ESourceDataOpen prepar
     return std::make_unique<CFixDataAccess>(8, 1000, 100, &info);
 }
 
-void Live(const char* path, SOutcome& outcome) {
+void Live(const char* path, const char* passWord, SOutcome& outcome) {
     Info info;
     outcome.reported = !info.SetCommonInfo(path, SCDeclareConstant::SFT_FIX);
     if (outcome.reported)
         return;
+    info.SetPassWordString(passWord);
     outcome.prepared = info.PrepareReadSourceData(true);
     outcome.reported = outcome.prepared == Info::SDO_FAILED || outcome.prepared > Info::SDO_PACKAGE;
     if (outcome.reported)
@@ -141,10 +166,10 @@ void Live(const char* path, SOutcome& outcome) {
     }
 }
 
-SOutcome LiveOrFail(const char* path) {
+SOutcome LiveOrFail(const char* path, const char* passWord) {
     SOutcome outcome;
     try {
-        Live(path, outcome);
+        Live(path, passWord, outcome);
     } catch (const std::bad_alloc&) {
         outcome.reported = true;
     } catch (const Platform::_com_error&) {
@@ -157,10 +182,10 @@ class SourceFaults : public testing::TestWithParam<SKind> {
 protected:
     void SetUp() override {
         ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1);
-        m_good = LiveOrFail(m_path.c_str());
+        m_good = LiveOrFail(m_path.c_str(), GetParam().passWord);
         ASSERT_EQ(m_good.prepared, GetParam().prepared);
         ASSERT_FALSE(m_good.reported);
-        ASSERT_GT(m_good.rows, 2000U);
+        ASSERT_GE(m_good.rows, GetParam().rows);
     }
     void TearDown() override { ::unsetenv("TMPDIR"); }
 
@@ -173,7 +198,7 @@ protected:
         SOutcome last;
         const std::size_t faults = Faults::ForEachFailure(call, fault, [&](std::size_t nth) {
             const std::ptrdiff_t blocks = Faults::LiveAllocations();
-            const SOutcome outcome = LiveOrFail(m_path.c_str());
+            const SOutcome outcome = LiveOrFail(m_path.c_str(), GetParam().passWord);
             if (Faults::LiveAllocations() != blocks || Faults::OpenDescriptors() != descriptors)
                 left = nth;
             if (!isRight(outcome)) {
@@ -189,7 +214,8 @@ protected:
     bool IsReportedOrGood(const SOutcome& outcome) const { return outcome.reported || outcome == m_good; }
 
     CTempFolder m_folder;
-    std::string m_path = m_folder.WriteFile(GetParam().fileName, GetParam().make());
+    std::string m_path = GetParam().make != nullptr ? m_folder.WriteFile(GetParam().fileName, GetParam().make())
+                                                    : std::string(TQC_SAMPLES "/") + GetParam().fileName;
     SOutcome m_good;
 };
 

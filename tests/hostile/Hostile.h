@@ -1,9 +1,10 @@
 // Files made to do harm, run as a host would read them, each in a process of its own that is measured.
 //
-// A kind of file has a table in a source of its own (PackageCases.cpp, XlsxCases.cpp) and a line in HostileTest.cpp.
+// A kind of file has a table in a source of its own (PackageCases.cpp, ...) and a line in HostileTest.cpp.
 // The first case of a table is a good file: what it takes is the floor for the others.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,11 +28,17 @@ struct SHostileKind {
 
 /// Describes, prepares, opens and reads a source to its end. The outcome is "3 rows", "refused" when a package cannot
 /// be unpacked, "refused: cause" when a workbook or database cannot be opened or read (E_FAIL), or what else was met.
-std::string RunSource(const std::string& path);
+/// `table` counts from 0.
+std::string RunSource(const std::string& path, std::uint32_t table = 0);
 
 std::vector<SHostileCase> PackageCases();
 std::string RunPackage(const std::string& path);
 
 std::vector<SHostileCase> XlsxCases();
+std::vector<SHostileCase> CompoundCases();
+std::vector<SHostileCase> XlsCases();
+
+std::vector<SHostileCase> AccessCases();
+std::string RunAccess(const std::string& path);
 
 } // namespace NSTQ::Tests

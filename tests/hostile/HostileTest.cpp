@@ -52,7 +52,7 @@ std::string ReadRows(IDataAccess& reader) {
 }
 
 std::string ReadPrepared(const CSourceDataInfo& info, CSourceDataInfo::ESourceDataOpen prepared) {
-    if (prepared == CSourceDataInfo::SDO_PASSWORD_ERROR)
+    if (prepared == CSourceDataInfo::SDO_PASSWORD_ERROR || prepared == CSourceDataInfo::SDO_ACCESS_DENIED)
         return "refused";
     if (prepared == CSourceDataInfo::SDO_PACKAGE) {
         CCsvDataAccess reader(300, 65535, 65535);
@@ -69,13 +69,13 @@ std::string ReadPrepared(const CSourceDataInfo& info, CSourceDataInfo::ESourceDa
 
 } // namespace
 
-std::string RunSource(const std::string& path) {
+std::string RunSource(const std::string& path, std::uint32_t table) {
     CSourceDataInfo info;
     if (!info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_UNKNOWN))
         return "no type";
     std::string outcome;
     const auto prepared = info.PrepareReadSourceData(true);
-    info.SetSelectSchemaIndx(0);
+    info.SetSelectSchemaIndx(table);
     try {
         outcome = ReadPrepared(info, prepared);
     } catch (const Platform::_com_error& error) {
@@ -87,12 +87,22 @@ std::string RunSource(const std::string& path) {
 
 namespace {
 
+[[maybe_unused]] std::string RunFirstTable(const std::string& path) {
+    return RunSource(path);
+}
+
 const std::vector<SHostileKind> kinds = {
 #if defined(TQC_TEST_ZIP)
     {"package", "archive.xtqf", PackageCases, RunPackage},
 #endif
 #if defined(TQC_TEST_XLSX)
-    {"xlsx", "book.xlsx", XlsxCases, RunSource},
+    {"xlsx", "book.xlsx", XlsxCases, RunFirstTable},
+#endif
+#if defined(TQC_TEST_XLS)
+    {"compound", "book.xls", CompoundCases, RunFirstTable}, {"xls", "book.xls", XlsCases, RunFirstTable},
+#endif
+#if defined(TQC_TEST_ACCESS)
+    {"access", "data.mdb", AccessCases, RunAccess},
 #endif
 };
 

@@ -1,14 +1,23 @@
 // Twice the input takes at most about twice the time, whatever the input is made of.
+#include "CADOOperater.h"
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "support/Sanitized.h"
 #include "support/TempFolder.h"
+#if defined(TQC_TEST_XLS)
+#include "xls/XlsBuilder.h"
+#endif
+#if defined(TQC_TEST_ACCESS)
+#include "support/AccessWriter.h"
+#endif
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <ctime>
+#include <functional>
+#include <vector>
 
 namespace NSTQ::Tests {
 namespace {
@@ -22,18 +31,22 @@ double ProcessorSeconds() {
 }
 
 /// Of three runs the quickest: other programs only slow a run down.
-double SecondsToRead(const std::string& path, bool isFix, CSourceDataInfo::EReadCharSet charSet) {
+double SecondsToRead(const std::string& path, CSourceDataInfo::EReadCharSet charSet = CSourceDataInfo::RCS_ANSI) {
     double best = 1e9;
     for (int run = 0; run < 3; ++run) {
         const double begin = ProcessorSeconds();
         CSourceDataInfo info;
         info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_FIX);
         info.SetReadCharSet(charSet);
-        info.PrepareReadSourceData(false);
+        const auto prepared = info.PrepareReadSourceData(false);
         info.SetFixColLen(std::vector<WORD>(200, 20));
+        info.SetSelectSchemaIndx(0);
         CCsvDataAccess delimited(300, 65535, 65535);
         CFixDataAccess fixed(300, 65535, 65535, &info);
-        IDataAccess& reader = isFix ? static_cast<IDataAccess&>(fixed) : delimited;
+        CADOOperater database(300, 65535, 65535);
+        IDataAccess& reader = prepared == CSourceDataInfo::SDO_DATABASE   ? static_cast<IDataAccess&>(database)
+                              : prepared == CSourceDataInfo::SDO_FIX_FILE ? static_cast<IDataAccess&>(fixed)
+                                                                          : delimited;
         EXPECT_TRUE(reader.FileOpen(&info));
         const char** fields = nullptr;
         const WORD* lengths = nullptr;
@@ -45,9 +58,10 @@ double SecondsToRead(const std::string& path, bool isFix, CSourceDataInfo::ERead
     return best;
 }
 
+// A floor of noise is added, so that a short time doubled by chance does not count.
+constexpr double most = 2.3, noise = 0.02;
+
 TEST(LinearWork, TwiceTheTextTakesTwiceTheTime) {
-    // A floor of noise is added, so that a short time doubled by chance does not count.
-    constexpr double most = 2.3, noise = 0.02;
     constexpr std::size_t size = isSanitized ? 1 << 19 : 1 << 22;
     const struct {
         const char* fileName;
@@ -62,11 +76,69 @@ TEST(LinearWork, TwiceTheTextTakesTwiceTheTime) {
             std::string text;
             while (text.size() < size)
                 text += pattern;
-            const bool isFix = std::string_view(kind.fileName).ends_with("txt");
-            const double once = SecondsToRead(folder.WriteFile(kind.fileName, text), isFix, kind.charSet);
-            const double twice = SecondsToRead(folder.WriteFile(kind.fileName, text + text), isFix, kind.charSet);
+            const double once = SecondsToRead(folder.WriteFile(kind.fileName, text), kind.charSet);
+            const double twice = SecondsToRead(folder.WriteFile(kind.fileName, text + text), kind.charSet);
             EXPECT_LE(twice, most * once + noise) << kind.fileName << ' ' << kind.charSet << ' ' << pattern;
         }
+}
+
+#if defined(TQC_TEST_XLS)
+/// Numbers, texts in their cells, shared texts; with `isReversed` in rows from the last to the first.
+std::string MakeXls(unsigned rows, bool isReversed) {
+    SXlsParts parts;
+    std::string texts;
+    for (unsigned i = 0; i < rows; ++i) {
+        const unsigned row = isReversed ? rows - 1 - i : i;
+        texts += Int(9) + Narrow("a text " + std::to_string(i % 90 + 10));
+        parts.sheets[0].strCells +=
+            Number(row, 0, i) + Label(row, 1, "some text") + Cell(ERecord::LabelSst, row, 2, Int(rows - 1 - i, 4));
+        if (texts.size() > 8000 || i + 1 == rows) {
+            const bool isFirst = parts.strShared.empty();
+            parts.strShared += isFirst ? Record(ERecord::Sst, Int(rows, 4) + Int(rows, 4) + texts)
+                                       : Record(ERecord::Continue, texts);
+            texts.clear();
+        }
+    }
+    return parts.Stream();
+}
+#endif
+
+#if defined(TQC_TEST_ACCESS)
+/// Numbers, texts, long texts and rows that have moved.
+std::string MakeAccess(unsigned rows, EJet version) {
+    CAccessWriter writer(version);
+    CAccessTable& table = writer.AddTable("T", {{"Id", EAccess::Long}, {"Text"}, {"Note", EAccess::Memo}});
+    for (unsigned i = 0; i < rows; ++i)
+        table.Add({std::int64_t{i}, "some text", std::string(i % 8 == 0 ? 500 : 5, 'n')},
+                  {i % 5 == 0 ? ERowPlace::Moved : ERowPlace::Plain});
+    return writer.Finish().Bytes();
+}
+#endif
+
+TEST(LinearWork, TwiceTheRowsTakeTwiceTheTime) {
+    constexpr unsigned rows = isSanitized ? 3'000 : 30'000;
+    struct SKind {
+        const char* title;
+        const char* fileName;
+        std::function<std::string(unsigned)> make;
+    };
+    const std::vector<SKind> kinds = {
+#if defined(TQC_TEST_XLS)
+        {"rows in order", "a.xls", [](unsigned count) { return MakeXls(count, false); }},
+        {"rows out of order", "a.xls", [](unsigned count) { return MakeXls(count, true); }},
+#endif
+#if defined(TQC_TEST_ACCESS)
+        {"Jet 3", "a.mdb", [](unsigned count) { return MakeAccess(count, EJet::Jet3); }},
+        {"Jet 4", "a.mdb", [](unsigned count) { return MakeAccess(count, EJet::Jet4); }},
+        {"Ace 14", "a.accdb", [](unsigned count) { return MakeAccess(count, EJet::Ace14); }},
+#endif
+    };
+    const CTempFolder folder;
+    for (const auto& kind : kinds) {
+        const double once = SecondsToRead(folder.WriteFile(kind.fileName, kind.make(rows)));
+        const double twice = SecondsToRead(folder.WriteFile(kind.fileName, kind.make(2 * rows)));
+        EXPECT_LE(twice, most * once + noise) << kind.title;
+    }
 }
 
 } // namespace

@@ -7,13 +7,6 @@
 
 namespace NSTQ::Tests {
 
-std::string LittleEndian(std::uint64_t value, std::size_t width) {
-    std::string bytes;
-    for (std::size_t i = 0; i < width; ++i)
-        bytes += static_cast<char>(value >> (8 * i) & 0xFF);
-    return bytes;
-}
-
 void ApplyRc4(const std::string& key, std::string& bytes, std::size_t offset, std::size_t size) {
     std::array<unsigned char, 256> state;
     std::iota(state.begin(), state.end(), static_cast<unsigned char>(0));

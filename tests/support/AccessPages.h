@@ -1,6 +1,8 @@
 // The pages of an Access database while it is built, and the records that stand on data pages.
 #pragma once
 
+#include "support/LittleEndian.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,9 +13,6 @@ namespace NSTQ::Tests {
 
 /// The byte of page 0 that tells the versions apart.
 enum class EJet : unsigned char { Jet3 = 0, Jet4 = 1, Ace12 = 2, Ace14 = 3, Ace15 = 4, Ace16 = 5, Ace17 = 6 };
-
-/// `width` bytes of a number, the lowest first.
-std::string LittleEndian(std::uint64_t value, std::size_t width);
 
 /// Encrypts or decrypts with RC4.
 void ApplyRc4(const std::string& key, std::string& bytes, std::size_t offset, std::size_t size);

@@ -41,13 +41,6 @@ std::string WideEnd(const SZipEndText& end, std::size_t count, std::size_t size,
 
 } // namespace
 
-std::string LittleEndian(std::uint64_t value, std::size_t size) {
-    std::string bytes;
-    for (std::size_t i = 0; i < size; ++i)
-        bytes += static_cast<char>(value >> (8 * i) & 0xFF);
-    return bytes;
-}
-
 std::uint32_t Crc32(std::string_view text) {
     std::uint32_t crc = ~0U;
     for (const char byte : text) {

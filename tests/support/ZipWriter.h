@@ -4,6 +4,8 @@
 //     const std::string hostile = MakeZip({{.name = "a.txt", .content = "text", .crc = 0}}, {.count = 7});
 #pragma once
 
+#include "support/LittleEndian.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -61,9 +63,6 @@ struct SZipEndText {
 };
 
 std::string MakeZip(const std::vector<SZipEntryText>& entries, const SZipEndText& end = {});
-
-/// The low `size` bytes of `value`, the lowest first.
-std::string LittleEndian(std::uint64_t value, std::size_t size);
 
 std::uint32_t Crc32(std::string_view text);
 

@@ -1,4 +1,4 @@
-// Workbooks of records that are unusual but right: what each gives.
+// Workbooks of records that are unusual but right: what each gives. tests/hostile has those made to do harm.
 #include "support/AnsiPage.h"
 #include "xls/XlsBuilder.h"
 
@@ -160,6 +160,44 @@ TEST(XlsBook, HiddenSheetsAreListedAndSheetsOfOtherKindsAreNot) {
         EXPECT_EQ(ListText(*source), u"'It''s$'|Q2$|");
         EXPECT_EQ(RowsText(*source->OpenTable(u"Q2$")), "2;");
     }
+}
+
+TEST(XlsBook, OtherFilesAreRefusedWithAReason) {
+    const struct {
+        std::string bytes;
+        const char* failure;
+    } cases[] = {
+        {"", "the stream of the workbook is empty"},
+        {"abc", "the stream of the workbook is empty"},
+        {"a,b,c\r\n", "the stream of the workbook ends within the record at byte 0"},
+        {Record(ERecord::Eof), "not a workbook: its stream does not begin as one"},
+        {Record(ERecord::Bof2, Int(2) + Int(0x10)), "a workbook of Excel 2.x, too old to be read"},
+        {Record(ERecord::Bof3, Int(3) + Int(0x10)), "a workbook of Excel 3.0, too old to be read"},
+        {Record(ERecord::Bof4, Int(4) + Int(0x10)), "a workbook of Excel 4.0, too old to be read"},
+        {Record(ERecord::Bof, Int(0x700) + Int(5)), "a workbook of an unknown version"},
+        {Record(ERecord::Bof, "abc"), "the record at byte 0 is too short"},
+        {SXlsParts().Begin(5), "the stream of the workbook ends before its sheets"},
+    };
+    for (const auto& known : cases) {
+        try {
+            OpenXlsBytes(known.bytes);
+            ADD_FAILURE() << known.failure;
+        } catch (const Platform::_com_error& error) {
+            EXPECT_EQ(error.Error(), Platform::E_FAIL);
+            EXPECT_EQ(error.Description(), std::string("book.xls: ") + known.failure);
+        }
+    }
+}
+
+TEST(XlsBook, OneDamagedSheetLeavesTheOthersReadable) {
+    SXlsParts parts;
+    parts.sheets = {
+        {"Bad", Record(ERecord::Number, "x")}, {"Nowhere", "", 0, 0, 0x7FFFFFFF}, {"Good", Number(0, 0, 1)}};
+    const auto source = OpenXlsBytes(parts.Stream());
+    EXPECT_EQ(ListText(*source), u"Bad$|Nowhere$|Good$|");
+    EXPECT_THROW(source->OpenTable(u"Bad$"), Platform::_com_error);
+    EXPECT_THROW(source->OpenTable(u"Nowhere$"), Platform::_com_error);
+    EXPECT_EQ(RowsText(*source->OpenTable(u"Good$")), "1;");
 }
 
 struct SNameCase {

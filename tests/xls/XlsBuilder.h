@@ -3,6 +3,7 @@
 
 #include "providers/xls/RecordTypes.h"
 #include "providers/xls/Xls.h"
+#include "support/LittleEndian.h"
 #include "support/MemoryAccess.h"
 #include "support/RowsText.h"
 
@@ -15,11 +16,8 @@ namespace NSTQ::Tests {
 using Providers::ERecord;
 
 /// Little-endian, in that many bytes.
-inline std::string Int(std::uint64_t number, int bytes = 2) {
-    std::string text;
-    for (int i = 0; i < bytes; ++i)
-        text += static_cast<char>(number >> (8 * i) & 0xFF);
-    return text;
+inline std::string Int(std::uint64_t number, std::size_t bytes = 2) {
+    return LittleEndian(number, bytes);
 }
 
 inline std::string Double(double number) {

@@ -1,0 +1,163 @@
+// Workbooks of records made to do harm, or broken.
+#include "hostile/Hostile.h"
+
+#include "xls/XlsBuilder.h"
+
+namespace NSTQ::Tests {
+namespace {
+
+using namespace std::string_literals;
+
+/// Passed over, whatever they say.
+constexpr ERecord mergedCells{0xE5};
+
+std::string Shared(const std::string& texts, std::uint32_t count = 0xFFFFFFFF) {
+    return Record(ERecord::Sst, Int(count, 4) + Int(count, 4) + texts);
+}
+
+const struct {
+    const char* title;
+    void (*spoil)(SXlsParts&);
+    const char* word; ///< of the description; null where the row is read all the same
+} spoiled[] = {
+    {"a column right of the grid", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Rk, 0, 256, Int(0, 4)); },
+     "outside the grid"},
+    {"a run right of the grid",
+     [](SXlsParts& p) { p.sheets[0].strCells = Record(ERecord::MulRk, Int(0) + Int(255) + std::string(14, '\0')); },
+     "outside the grid"},
+    {"a run without cells", [](SXlsParts& p) { p.sheets[0].strCells = Record(ERecord::MulRk, Int(0) + Int(0)); },
+     "too short"},
+    {"a number cut short", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Number, 0, 0, "1234567"); },
+     "too short"},
+    {"a formula cut short", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, "1234567"); },
+     "too short"},
+    {"a text longer than its cell",
+     [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(0xFFFF) + Narrow("ab")); },
+     "too early"},
+    {"a formula's text that ends in the middle",
+     [](SXlsParts& p) {
+         p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF)) +
+                                Record(ERecord::String, Int(9) + Narrow("ab")) + Record(ERecord::Continue);
+     },
+     "too early"},
+    {"half a character", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(2) + "\1ab\0"s); },
+     "within a char"},
+    {"a shared text that there is not",
+     [](SXlsParts& p) {
+         p.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(1, 4));
+         p.strShared = Shared(Int(1) + Narrow("a"));
+     },
+     "shared text that there is not: 1"},
+    {"a shared text of no length", [](SXlsParts& p) { p.strShared = Shared("\1"); }, "too early"},
+    {"shared texts with formats without end",
+     [](SXlsParts& p) { p.strShared = Shared(Int(1) + "\x0C\xFF\xFF\xFF\xFF\xFF\xFF"s + "a"); }, "too early"},
+    {"a sheet behind the end", [](SXlsParts& p) { p.sheets[0].position = 0xFFFFFFFF; }, "behind the stream's end"},
+    {"a sheet that is the workbook", [](SXlsParts& p) { p.sheets[0].position = 0; }, "no worksheet begins"},
+    {"a sheet within a record", [](SXlsParts& p) { p.sheets[0].position = 2; }, "ends within the record"},
+    {"a chart that does not end", [](SXlsParts& p) { p.sheets[0].strCells = p.Begin(0x20) + p.Begin(0x20); },
+     "within a chart"},
+    {"a sheet's entry cut short", [](SXlsParts& p) { p.strGlobals = Record(ERecord::BoundSheet, "abcdef"); },
+     "too short"},
+    {"a sheet's name cut short", [](SXlsParts& p) { p.strGlobals = Record(ERecord::BoundSheet, "abcd\0\0\x9\0a"s); },
+     "too early"},
+    {"more extern sheets than there are",
+     [](SXlsParts& p) { p.strGlobals = Record(ERecord::ExternSheet, "\xFF\xFF"); }, "too early"},
+    {"a name cut short",
+     [](SXlsParts& p) { p.strGlobals = Record(ERecord::Name, Int(0) + Int(0x900, 2) + Int(11) + Int(0, 8) + "a"); },
+     "too early"},
+    {"a format cut short", [](SXlsParts& p) { p.strGlobals = Record(ERecord::Format, "\1\0\xFF\0"s); }, "too early"},
+    {"a formula whose text is missing",
+     [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF)); }, nullptr},
+    {"a formula whose text is cut off",
+     [](SXlsParts& p) {
+         p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF)) + Record(ERecord::String);
+     },
+     "too short"},
+    {"a chart in a chart without end",
+     [](SXlsParts& p) {
+         for (int depth = 0; depth < 100'000; ++depth)
+             p.sheets[0].strCells += p.Begin(0x20);
+     },
+     "within a chart"},
+    {"a shared text with pieces of no bytes",
+     [](SXlsParts& p) {
+         p.strShared = Shared(Int(1));
+         for (int piece = 0; piece < 1'000'000; ++piece)
+             p.strShared += Record(ERecord::Continue);
+     },
+     "too early"},
+    {"100000 sheets at one place",
+     [](SXlsParts& p) {
+         p.sheets.resize(100'000, {"Sheet1", "", 0, 0, 0}), p.sheets[0].position.reset();
+     },
+     nullptr},
+    {"100000 names of one range",
+     [](SXlsParts& p) {
+         for (int name = 0; name < 100'000; ++name)
+             p.strShared += Record(ERecord::Name, Int(0, 3) + Int(1, 1) + Int(11) + Int(0, 8) + Narrow("a") + "\x3B" +
+                                                      std::string(10, '\0'));
+     },
+     nullptr},
+};
+
+/// Numbers in the places that hold one, and what comes of them.
+void AddForgedNumbers(std::vector<SHostileCase>& cases) {
+    const auto add = [&](const char* place, std::uint32_t number, auto spoil, std::string result) {
+        cases.push_back({place + (' ' + std::to_string(number)),
+                         [=] {
+                             SXlsParts parts;
+                             parts.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(0, 4));
+                             parts.strShared = Shared(Int(1) + Narrow("a"), 1);
+                             spoil(parts);
+                             return parts.Stream();
+                         },
+                         std::move(result)});
+    };
+    for (const std::uint32_t number : {0U, 1U << 31, ~0U}) {
+        const bool isNone = number == 0;
+        add(
+            "count of shared texts", number,
+            [=](SXlsParts& p) { p.strShared = Shared(Int(1) + Narrow("a"), number); }, isNone ? "refused" : "1 rows");
+        add(
+            "index of a shared text", number,
+            [=](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(number, 4)); },
+            isNone ? "1 rows" : "refused");
+        add(
+            "place of a sheet", number, [=](SXlsParts& p) { p.sheets[0].position = number; }, "refused");
+        add(
+            "length of a record", number,
+            [=](SXlsParts& p) { p.sheets[0].strCells = Int(0x203) + Int(number >> 16) + std::string(14, '\0'); },
+            "refused");
+        add(
+            "length of a text", number,
+            [=](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(number >> 16) + Narrow("")); },
+            isNone ? "1 rows" : "refused");
+        add(
+            "merged cells", number,
+            [=](SXlsParts& p) { p.sheets[0].strCells += Record(mergedCells, Int(number, 4)); }, "1 rows");
+    }
+}
+
+} // namespace
+
+std::vector<SHostileCase> XlsCases() {
+    SXlsParts good;
+    good.sheets[0].strCells = Number(0, 0, 1);
+    std::vector<SHostileCase> cases{{"a good one", [=] { return good.Stream(); }, "1 rows"}};
+    for (const auto& known : spoiled)
+        cases.push_back({known.title,
+                         [=, &known] {
+                             SXlsParts parts = good;
+                             known.spoil(parts);
+                             return parts.Stream();
+                         },
+                         known.word == nullptr ? "1 rows" : "refused: ", known.word == nullptr ? "" : known.word});
+    AddForgedNumbers(cases);
+    good.strShared = Shared(Int(1) + Narrow("a"));
+    const std::string whole = good.Stream();
+    for (std::size_t size = 0; size < whole.size(); ++size)
+        cases.push_back({"cut to " + std::to_string(size), [=] { return whole.substr(0, size); }, "refused: "});
+    return cases;
+}
+
+} // namespace NSTQ::Tests
