@@ -1,11 +1,7 @@
 // One register of 64 bytes, whose comparisons give masks and which squeezes bytes out by itself. Compiled for
 // processors with AVX-512 VBMI2.
-#include "scan/CColumnReader.h"
-#include "scan/CFieldBlocks.h"
-#include "scan/CRowWriter.h"
-#include "scan/CTextCollector.h"
+#include "scan/KernelOf.h"
 #include "scan/Kernels.h"
-#include "scan/TextRun.h"
 
 #include <immintrin.h>
 
@@ -111,33 +107,8 @@ private:
     __m512i m_bytes;
 };
 
-void ReadFields(SFields& fields) {
-    CFieldBlocks<CBlock>(fields).Read(fields);
-}
-
-DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char stop) {
-    return Scan::CopyText<CBlock>(from, size, to, stop);
-}
-
-void CollectText(SText& text) {
-    CTextCollector<CBlock>(text).Collect(text);
-}
-
-void SplitTexts(STexts& texts) {
-    Scan::SplitTexts<CBlock>(texts);
-}
-
-void ReadColumns(SColumns& columns) {
-    CColumnReader<CBlock, CBlock>::Read(columns);
-}
-
-void WriteFields(SRow& row) {
-    CRowWriter<CChunk>(row).Write(row);
-}
-
 } // namespace
 
-constinit const SKernel kernelAvx512 = {EKernel::Avx512, "avx512",   ReadFields,  CopyText,
-                                        CollectText,     SplitTexts, ReadColumns, WriteFields};
+constinit const SKernel kernelAvx512 = CKernelOf<CBlock, CChunk, CBlock>::Make(EKernel::Avx512, "avx512");
 
 } // namespace NSTQ::Scan

@@ -1,10 +1,7 @@
 // Four registers of 16 bytes, which every x86-64 processor has.
-#include "scan/CColumnReader.h"
-#include "scan/CFieldBlocks.h"
-#include "scan/CRowWriter.h"
-#include "scan/CTextCollector.h"
+#include "scan/FieldBatches.h"
+#include "scan/KernelOf.h"
 #include "scan/Kernels.h"
-#include "scan/TextRun.h"
 
 #include <emmintrin.h>
 
@@ -76,27 +73,13 @@ public:
         }
         return mask;
     }
-    /// Puts the NULs of the fields that end at `stops`, and their entries, in batches: the ones for no stop go where
-    /// the next fields come.
     template <bool hasNuls>
     [[gnu::always_inline]] static void PutFields(Mask stops, char* out, char* field, const char** data,
                                                  WORD* lengths) {
-        do {
-            for (int i = 0; i < BATCH; ++i) {
-                char* const end = out + First(stops);
-                if (!hasNuls)
-                    *end = 0;
-                *data++ = field;
-                *lengths++ = static_cast<WORD>(end - field);
-                field = end + 1;
-                stops &= stops - 1;
-            }
-        } while (stops != 0);
+        PutInBatches<CBlock, hasNuls>(stops, out, field, data, lengths);
     }
 
 private:
-    static constexpr int BATCH = 5;
-
     [[gnu::always_inline]] static void CopyHalf(const unsigned char* from, char* to) {
         const auto* source = reinterpret_cast<const __m128i*>(from);
         auto* target = reinterpret_cast<__m128i*>(to);
@@ -157,33 +140,8 @@ private:
     __m128i m_bytes;
 };
 
-void ReadFields(SFields& fields) {
-    CFieldBlocks<CBlock>(fields).Read(fields);
-}
-
-DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char stop) {
-    return Scan::CopyText<CBlock>(from, size, to, stop);
-}
-
-void CollectText(SText& text) {
-    CTextCollector<CBlock>(text).Collect(text);
-}
-
-void SplitTexts(STexts& texts) {
-    Scan::SplitTexts<CBlock>(texts);
-}
-
-void ReadColumns(SColumns& columns) {
-    CColumnReader<CChunk, CBlock>::Read(columns);
-}
-
-void WriteFields(SRow& row) {
-    CRowWriter<CChunk>(row).Write(row);
-}
-
 } // namespace
 
-constinit const SKernel kernelSse2 = {EKernel::Sse2, "sse2",     ReadFields,  CopyText,
-                                      CollectText,   SplitTexts, ReadColumns, WriteFields};
+constinit const SKernel kernelSse2 = CKernelOf<CBlock, CChunk, CChunk>::Make(EKernel::Sse2, "sse2");
 
 } // namespace NSTQ::Scan

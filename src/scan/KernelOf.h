@@ -1,0 +1,31 @@
+// A kernel, made from the types that stand for one kind of vector unit.
+#pragma once
+
+#include "scan/CColumnReader.h"
+#include "scan/CFieldBlocks.h"
+#include "scan/CRowWriter.h"
+#include "scan/CTextCollector.h"
+#include "scan/TextRun.h"
+
+namespace NSTQ::Scan {
+
+/// The types are local to the source that is compiled for their processors, and so are the functions made from them.
+template <class TBlock, class TChunk, class TColumnChunk>
+class CKernelOf {
+public:
+    static constexpr SKernel Make(EKernel eKernel, const char* pName) {
+        return {eKernel, pName, ReadFields, CopyText, CollectText, SplitTexts, ReadColumns, WriteFields};
+    }
+
+private:
+    static void ReadFields(SFields& fields) { CFieldBlocks<TBlock>(fields).Read(fields); }
+    static DWORD CopyText(const unsigned char* from, DWORD size, char* to, unsigned char stop) {
+        return Scan::CopyText<TBlock>(from, size, to, stop);
+    }
+    static void CollectText(SText& text) { CTextCollector<TBlock>(text).Collect(text); }
+    static void SplitTexts(STexts& texts) { Scan::SplitTexts<TBlock>(texts); }
+    static void ReadColumns(SColumns& columns) { CColumnReader<TColumnChunk, TBlock>::Read(columns); }
+    static void WriteFields(SRow& row) { CRowWriter<TChunk>(row).Write(row); }
+};
+
+} // namespace NSTQ::Scan
