@@ -18,12 +18,39 @@ namespace NSTQ::Platform {
 
 namespace {
 
+/// Copies ASCII units into wider or narrower ones, up to the first other one, and moves both pointers behind them.
+template <typename TTo, typename TFrom>
+void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
+    constexpr std::ptrdiff_t block = 8;
+    constexpr std::uint64_t special = sizeof(TFrom) == 1 ? 0x8080808080808080U : 0xFF80FF80FF80FF80U;
+    // Local pointers: units stored through the others could change these themselves for all the compiler knows.
+    TTo* to = target;
+    const TFrom* from = text;
+    for (; end - from >= block; from += block, to += block) {
+        // A copy that no store below can change, so that the compiler turns the units all at once.
+        TFrom units[block];
+        std::uint64_t words[sizeof(TFrom)];
+        std::memcpy(units, from, sizeof units);
+        std::memcpy(words, from, sizeof words);
+        if (((words[0] | words[sizeof(TFrom) - 1]) & special) != 0)
+            break;
+        for (std::ptrdiff_t i = 0; i < block; ++i)
+            to[i] = static_cast<TTo>(units[i]);
+    }
+    while (from != end && *from < 0x80)
+        *to++ = static_cast<TTo>(*from++);
+    target = to;
+    text = from;
+}
+
 template <typename TUnit>
 class CCountSink {
 public:
     template <typename TFrom>
-    bool PutAscii(const TFrom* from, const TFrom* end) {
-        m_count += static_cast<std::size_t>(end - from);
+    bool TakeAscii(const TFrom*& text, const TFrom* end) {
+        const TFrom* const special = SkipAscii(text, end);
+        m_count += static_cast<std::size_t>(special - text);
+        text = special;
         return true;
     }
     template <std::same_as<TUnit>... TUnits>
@@ -37,22 +64,17 @@ private:
     std::size_t m_count = 0;
 };
 
-/// Stores whole characters only; Put fails when the room that is left does not do.
+/// Stores what fits, in whole characters: Put and TakeAscii fail when the room that is left does not do.
 template <typename TUnit>
 class CStoreSink {
 public:
     CStoreSink(TUnit* buffer, std::size_t room) : m_pBuffer(buffer), m_pNext(buffer), m_pEnd(buffer + room) {}
 
     template <typename TFrom>
-    bool PutAscii(const TFrom* from, const TFrom* end) {
-        if (end - from > m_pEnd - m_pNext)
-            return false;
-        // A local pointer: bytes stored through the member could change the member itself for all the compiler knows.
-        TUnit* next = m_pNext;
-        while (from != end)
-            *next++ = static_cast<TUnit>(*from++);
-        m_pNext = next;
-        return true;
+    bool TakeAscii(const TFrom*& text, const TFrom* end) {
+        const TFrom* const last = text + std::min(end - text, m_pEnd - m_pNext);
+        CopyAscii(m_pNext, text, last);
+        return text != last || last == end;
     }
     template <std::same_as<TUnit>... TUnits>
     bool Put(TUnits... units) {
@@ -67,26 +89,6 @@ private:
     TUnit* m_pBuffer;
     TUnit* m_pNext;
     TUnit* m_pEnd;
-};
-
-/// Stores what fits, in whole characters.
-class CCutSink {
-public:
-    CCutSink(unsigned char* buffer, std::size_t room) : m_buffer(buffer, room), m_room(room) {}
-
-    bool PutAscii(const char16_t* from, const char16_t* end) {
-        const auto left = static_cast<std::ptrdiff_t>(m_room - m_buffer.GetCount());
-        return m_buffer.PutAscii(from, from + std::min(end - from, left)) && end - from <= left;
-    }
-    template <std::same_as<unsigned char>... TUnits>
-    bool Put(TUnits... units) {
-        return m_buffer.Put(units...);
-    }
-    std::size_t GetCount() const { return m_buffer.GetCount(); }
-
-private:
-    CStoreSink<unsigned char> m_buffer;
-    std::size_t m_room;
 };
 
 // Decoders: the character at `text`, whose first byte is above 0x7F, goes to the sink and `text` behind it.
@@ -184,10 +186,8 @@ private:
 template <typename TFrom, typename TConverter, typename TSink>
 bool ConvertText(const TFrom* text, const TFrom* end, TConverter&& converter, TSink& sink) {
     while (text != end) {
-        const TFrom* const special = SkipAscii(text, end);
-        if (!sink.PutAscii(text, special))
+        if (!sink.TakeAscii(text, end))
             return false;
-        text = special;
         while (text != end && *text >= 0x80)
             if (!converter.TakeCharacter(text, end, sink))
                 return false;
@@ -278,7 +278,7 @@ int WideCharToMultiByte(unsigned codePage, DWORD flags, const WCHAR* wide, int w
 }
 
 SBoundedText ConvertWideToAnsi(std::u16string_view text, char* out, std::size_t room) {
-    CCutSink sink(reinterpret_cast<unsigned char*>(out), room);
+    CStoreSink<unsigned char> sink(reinterpret_cast<unsigned char*>(out), room);
     CDefaultByte defaultByte{'?', false};
     const bool isComplete = EncodeText(GetAnsiTables(), text.data(), text.size(), defaultByte, sink);
     return {sink.GetCount(), isComplete};
