@@ -60,14 +60,14 @@ private:
                       DWORD& dwRecordSize);
     bool _GetLineDataWithConvert(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord,
                                  const char*& pRecord, DWORD& dwRecordSize);
-    bool _GetRecordData(unsigned char* pBuff, DWORD* pdwSize, bool& bAscii);
+    bool _GetRecordData(unsigned char* pBuff, DWORD* pdwSize, DWORD& dwConverted, DWORD& dwFields);
     void _Initial(DWORD dwSize, bool bQuoteNewLine);
     bool OnReread() override;
 
     void _StartRecord(bool bKeepRecord);
     bool _FinishRecord(bool bResult, const char**& ppData, const WORD*& pLen, const char*& pRecord,
                        DWORD& dwRecordSize);
-    std::size_t _ConvertRecord(unsigned char* pText, std::size_t size) const;
+    std::size_t _ConvertRecord(unsigned char* pText, std::size_t size, std::size_t converted) const;
     void _SplitRecord(std::size_t size, DWORD& dwCount);
 
     DWORD m_dwFieldSizeLimit;

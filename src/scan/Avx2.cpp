@@ -49,6 +49,16 @@ public:
     }
     [[gnu::always_inline]] Mask FindControls() const { return Join(Controls(m_low), Controls(m_high)); }
     [[gnu::always_inline]] Mask FindHigh() const { return Join(m_low, m_high); }
+    /// The first bytes of characters of three in UTF-8.
+    [[gnu::always_inline]] Mask FindLeads() const {
+        const __m256i mask = Repeat(0xF0), lead = Repeat(0xE0);
+        return Join(_mm256_cmpeq_epi8(_mm256_and_si256(m_low, mask), lead),
+                    _mm256_cmpeq_epi8(_mm256_and_si256(m_high, mask), lead));
+    }
+    /// Bytes from 0x80 on and below `byte`, which is above it.
+    [[gnu::always_inline]] Mask FindHighBelow(unsigned char byte) const {
+        return Join(_mm256_cmpgt_epi8(Repeat(byte), m_low), _mm256_cmpgt_epi8(Repeat(byte), m_high));
+    }
     [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
         const __m256i any = _mm256_or_si256(Structure(m_low, separator), Structure(m_high, separator));
         return _mm256_testz_si256(any, any) == 0;
@@ -60,6 +70,12 @@ public:
     }
     /// The number of the lowest bit; 64 when there is none.
     [[gnu::always_inline]] static unsigned First(Mask mask) { return static_cast<unsigned>(_tzcnt_u64(mask)); }
+    /// Of a character of three bytes.
+    [[gnu::always_inline]] static unsigned GetUnit(const unsigned char* from) {
+        std::uint32_t bytes = 0;
+        __builtin_memcpy(&bytes, from, sizeof bytes);
+        return _pext_u32(__builtin_bswap32(bytes), 0x0F3F3F00);
+    }
     [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
         const __m128i product =
             _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);

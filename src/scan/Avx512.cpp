@@ -36,6 +36,14 @@ public:
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
     [[gnu::always_inline]] Mask FindControls() const { return _mm512_cmplt_epu8_mask(m_bytes, Repeat(' ')); }
     [[gnu::always_inline]] Mask FindHigh() const { return _mm512_movepi8_mask(m_bytes); }
+    /// The first bytes of characters of three in UTF-8.
+    [[gnu::always_inline]] Mask FindLeads() const {
+        return _mm512_cmpeq_epi8_mask(_mm512_and_si512(m_bytes, Repeat(0xF0)), Repeat(0xE0));
+    }
+    /// Bytes from 0x80 on and below `byte`, which is above it.
+    [[gnu::always_inline]] Mask FindHighBelow(unsigned char byte) const {
+        return _mm512_cmplt_epi8_mask(m_bytes, Repeat(byte));
+    }
     [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
         return (Find(separator) | FindQuotes() | FindControls()) != 0;
     }
@@ -45,6 +53,12 @@ public:
     }
     /// The number of the lowest bit; 64 when there is none.
     [[gnu::always_inline]] static unsigned First(Mask mask) { return static_cast<unsigned>(_tzcnt_u64(mask)); }
+    /// Of a character of three bytes.
+    [[gnu::always_inline]] static unsigned GetUnit(const unsigned char* from) {
+        std::uint32_t bytes = 0;
+        __builtin_memcpy(&bytes, from, sizeof bytes);
+        return _pext_u32(__builtin_bswap32(bytes), 0x0F3F3F00);
+    }
     [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
         const __m128i product =
             _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);

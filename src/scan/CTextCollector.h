@@ -2,10 +2,13 @@
 // separator.
 //
 // Here quotes switch at any place and every space outside them goes, so that no byte but the control bytes is an
-// anomaly, and any byte is a place where the plain grammar can go on.
+// anomaly, and any byte is a place where the plain grammar can go on. With a page to convert to, characters are
+// anomalies that have not three bytes here and two there, and the caller goes on before one. A converted block loses
+// the third byte of each character together with its quotes and spaces, and gets the codes where the others stand.
 //
 // Invariant, at the start of a block: up to m_pOut stands what the plain grammar would have collected from the bytes
-// before the block, except that a quote right before it that may be the first of a pair is still to be decided on.
+// before the block and its caller would have converted, except that a quote right before it that may be the first of
+// a pair is still to be decided on.
 #pragma once
 
 #include "scan/Bits.h"
@@ -18,7 +21,8 @@ class CTextCollector {
 public:
     [[gnu::always_inline]] explicit CTextCollector(const SText& text)
         : m_separator(TBlock::Repeat(text.cSeparator)), m_pBlock(text.pNext), m_pOut(text.pOut),
-          m_tabs(text.cSeparator == TAB ? ~Mask{0} : 0), m_inQuotes(text.bQuoted ? ~Mask{0} : 0) {}
+          m_pField(text.pField), m_tabs(text.cSeparator == TAB ? ~Mask{0} : 0),
+          m_inQuotes(text.bQuoted ? ~Mask{0} : 0) {}
 
     [[gnu::always_inline]] void Collect(SText& text) {
         // As in CFieldBlocks.
@@ -34,13 +38,16 @@ public:
         text.pNext = m_pBlock - m_afterClosing;
         text.bQuoted = (m_inQuotes | m_afterClosing) != 0;
         text.pOut = m_pOut;
-        text.bAscii = text.bAscii && m_high == 0;
+        text.pField = m_pField;
+        text.dwFields = m_dwFields;
+        text.dwSaved = m_dwSaved;
+        text.bConverted = m_isConverted;
     }
 
 private:
     static constexpr unsigned char TAB = 0x09;
 
-    /// False when the record has ended or a control byte stands in the way, which is then next.
+    /// False when the record has ended or the next byte is the caller's.
     [[gnu::always_inline]] bool CollectBlock(SText& text) {
         const TBlock block = TBlock::Load(m_pBlock);
         const Mask separators = block.Find(m_separator);
@@ -53,17 +60,27 @@ private:
         const Mask afterClosing = closing << 1 | m_afterClosing;
         // A TAB that separates is a control byte inside quotes.
         const Mask controls = block.FindControls() & (~separators | (m_tabs & inside));
-        const Mask taken = BelowFirst(controls);
-        const Mask dropped = ((quotes & ~(inside & afterClosing)) | (spaces & ~inside)) & taken;
-        if (isBare && dropped == 0)
+        const Mask ordinary = BelowFirst(controls);
+        const SCharacters characters = FindCharacters(text, block, ordinary);
+        Mask taken = ordinary & characters.known;
+        const Mask dropped =
+            ((quotes & ~(inside & afterClosing)) | (spaces & ~inside) | characters.leads << 2) & taken;
+        const Mask stops = separators & ~inside & taken;
+        if (isBare && dropped == 0) {
             block.Without(m_separator).Store(m_pOut);
-        else
-            PutNuls(TBlock::CopyWithout(m_pBlock, dropped, separators & ~inside, m_pOut));
+            PutFields<true>(text, stops);
+        } else {
+            Mask outStops = TBlock::CopyWithout(m_pBlock, dropped, stops, m_pOut);
+            if (characters.leads != 0) {
+                taken = PutCodes(text, characters.leads, dropped, taken);
+                outStops &= (Mask{1} << Count(taken & ~dropped)) - 1;
+            }
+            PutFields<TBlock::COPIES_NULS>(text, outStops);
+        }
         m_pOut += Count(taken & ~dropped);
-        m_high |= block.FindHigh() & taken;
-        if (controls != 0) {
-            Stop(text, TBlock::First(controls), inside);
-            return false;
+        if (taken != ~Mask{0}) {
+            const unsigned size = Count(taken);
+            return taken == ordinary ? Stop(text, size, inside) : GoOn(size, inside, closing);
         }
         m_inQuotes = 0 - (inside >> 63);
         m_afterClosing = closing >> 63;
@@ -71,30 +88,103 @@ private:
         return true;
     }
 
-    /// The control byte at `end` is a line end outside quotes, or left to the caller.
-    [[gnu::always_inline]] void Stop(SText& text, unsigned end, Mask inside) {
-        m_pBlock += end;
-        m_inQuotes = inside >> end & 1;
+    struct SCharacters {
+        Mask leads; ///< the first bytes of those to convert
+        Mask known; ///< the bytes that can be taken
+    };
+
+    [[gnu::always_inline]] SCharacters FindCharacters(const SText& text, const TBlock& block, Mask ordinary) {
+        const Mask high = block.FindHigh();
+        const bool staysAsItIs = text.pBlocks == nullptr;
+        if ((high & ordinary) == 0)
+            return {0, ~Mask{0}};
+        const Mask leads = block.FindLeads();
+        const Mask trails = block.FindHighBelow(0xC0);
+        const Mask lowTrails = block.FindHighBelow(0xA0);
+        // Overlong forms and surrogates show in the second byte.
+        const Mask misplaced = ((leads << 1 | leads << 2) ^ trails) |
+                               (block.Find(TBlock::Repeat(0xE0)) << 1 & lowTrails) |
+                               (block.Find(TBlock::Repeat(0xED)) << 1 & trails & ~lowTrails);
+        const Mask faulty = (high & ~(leads | trails)) | misplaced | (leads & (misplaced >> 1 | misplaced >> 2));
+        // A character that ends behind the block begins the next one.
+        const Mask cut = leads & Mask{3} << (BLOCK - 2);
+        if (!staysAsItIs) {
+            const Mask known = BelowFirst(faulty | cut);
+            return {leads & ordinary & known, known};
+        }
+        m_isConverted = m_isConverted && text.bIsUtf8 && (faulty & ordinary) == 0;
+        return {0, m_isConverted ? BelowFirst(cut) : ~Mask{0}};
+    }
+
+    /// Puts the codes of the characters in place of their first two bytes. Returns what of `taken` comes before the
+    /// first one that has no code of two bytes.
+    [[gnu::always_inline]] Mask PutCodes(const SText& text, Mask leads, Mask dropped, Mask taken) {
+        constexpr unsigned lastOfOne = 0xFF;
+        for (; leads != 0; leads &= leads - 1) {
+            const unsigned at = TBlock::First(leads);
+            const unsigned unit = TBlock::GetUnit(m_pBlock + at);
+            const unsigned code = text.pBlocks[text.pBlockIndex[unit >> 6] * 64U + (unit & 0x3FU)];
+            if (code <= lastOfOne) [[unlikely]]
+                return taken & BelowFirst(leads);
+            char* const out = m_pOut + Count(((Mask{1} << at) - 1) & ~dropped);
+            out[0] = static_cast<char>(code >> 8);
+            out[1] = static_cast<char>(code);
+            ++m_dwSaved;
+        }
+        return taken;
+    }
+
+    template <bool hasNuls>
+    [[gnu::always_inline]] void PutFields(const SText& text, Mask stops) {
+        if (stops == 0)
+            return;
+        const DWORD fields = m_dwFields + Count(stops);
+        if (fields <= text.dwEntries)
+            TBlock::template PutFields<hasNuls>(stops, m_pOut, m_pField, text.ppData + m_dwFields,
+                                                text.pLen + m_dwFields);
+        else if (!hasNuls)
+            PutNuls(stops);
+        m_dwFields = fields;
+        m_pField = m_pOut + BehindLast(stops);
+    }
+
+    [[gnu::always_inline]] void PutNuls(Mask stops) const {
+        for (; stops != 0; stops &= stops - 1)
+            m_pOut[TBlock::First(stops)] = 0;
+    }
+
+    /// Before a control byte, which is a line end outside quotes or left to the caller.
+    [[gnu::always_inline]] bool Stop(SText& text, unsigned size, Mask inside) {
+        m_pBlock += size;
+        m_inQuotes = inside >> size & 1;
         m_afterClosing = 0;
         if (m_inQuotes == 0 && *m_pBlock == text.cPre && (text.cPost == 0 || m_pBlock[1] == text.cPost)) {
             m_pBlock += text.cPost == 0 ? 1 : 2;
             text.bEnded = true;
         }
+        return false;
     }
 
-    [[gnu::always_inline]] void PutNuls(Mask stops) const {
-        if (!TBlock::COPIES_NULS)
-            for (; stops != 0; stops &= stops - 1)
-                m_pOut[TBlock::First(stops)] = 0;
+    /// Before a character that the block cuts or that is the caller's.
+    [[gnu::always_inline]] bool GoOn(unsigned size, Mask inside, Mask closing) {
+        if (size == 0)
+            return false;
+        m_inQuotes = 0 - (inside >> (size - 1) & 1);
+        m_afterClosing = closing >> (size - 1) & 1;
+        m_pBlock += size;
+        return size >= BLOCK - 2;
     }
 
     const typename TBlock::Bytes m_separator;
     const unsigned char* m_pBlock;
     char* m_pOut;
+    char* m_pField;
+    DWORD m_dwFields = 0;
+    DWORD m_dwSaved = 0;
     const Mask m_tabs; ///< all bits when the separator is the TAB, else none
     Mask m_inQuotes;
     Mask m_afterClosing = 0; ///< whether the byte before the block is a quote that closes, or the first of a pair
-    Mask m_high = 0;         ///< not 0 when a byte above 0x7F was taken
+    bool m_isConverted = true;
 };
 
 /// As SKernel::pSplitTexts.

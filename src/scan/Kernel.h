@@ -38,18 +38,30 @@ struct SFields {
     bool bEnded;         ///< afterwards whether the record's line end was met and passed
 };
 
-/// A stretch of UTF-8 delimited text and where its bytes are collected.
+/// A stretch of UTF-8 delimited text, where its bytes are collected, and the page that they are converted to.
 struct SText {
     const unsigned char* pNext; ///< afterwards behind the last byte taken
     const unsigned char* pEnd;
-    char* pOut; ///< afterwards behind the last byte collected
-    DWORD dwRoom;
+    char* pOut;   ///< afterwards behind the last byte collected
+    DWORD dwRoom; ///< bytes that may be taken, of which the result is never longer
     unsigned char cSeparator;
     unsigned char cPre;
     unsigned char cPost;
-    bool bQuoted; ///< whether pNext is inside quotes, before and afterwards
-    bool bAscii;  ///< made false by a byte above 0x7F
+    bool bQuoted;    ///< whether pNext is inside quotes, before and afterwards
+    bool bIsUtf8;    ///< whether the page is UTF-8 itself
+    bool bConverted; ///< made false by what was taken as it stands and is to be converted, or mended
     bool bEnded;
+    /// By the upper ten bits of a UTF-16 unit: its block of 64 in pBlocks. Null to take bytes above 0x7F as they
+    /// stand.
+    const unsigned short* pBlockIndex;
+    const unsigned short* pBlocks; ///< a unit's code in the page; below 0x100 for a single byte, 0 when it has none
+    DWORD dwSaved;                 ///< afterwards by how much the conversion has made the text shorter
+    char* pField;                  ///< where the field in hand begins, before and afterwards
+    const char** ppData;
+    WORD* pLen;
+    DWORD dwEntries; ///< as in SFields
+    DWORD dwFields;  ///< afterwards how many fields have ended; if more than there are entries, these hold nothing of
+                     ///< use
 };
 
 /// Texts one after another, each with its NUL.
@@ -97,7 +109,8 @@ struct SKernel {
     /// Copies bytes up to the first control byte or `stop`, at most `size`; returns how many. Bytes behind them, up
     /// to `size`, may be overwritten at `to`.
     DWORD (*pCopyText)(const unsigned char* from, DWORD size, char* to, unsigned char stop);
-    /// Delimited text in UTF-8, without its control bytes.
+    /// Delimited text in UTF-8, without its control bytes. What is converted is ASCII and characters of three bytes
+    /// whose codes have two.
     void (*pCollectText)(SText& text);
     void (*pSplitTexts)(STexts& texts);
     /// Columns without control bytes, when spaces end no line.

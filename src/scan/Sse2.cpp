@@ -40,6 +40,14 @@ public:
         return Join(Controls(m_a), Controls(m_b), Controls(m_c), Controls(m_d));
     }
     [[gnu::always_inline]] Mask FindHigh() const { return Join(m_a, m_b, m_c, m_d); }
+    /// The first bytes of characters of three in UTF-8.
+    [[gnu::always_inline]] Mask FindLeads() const { return Join(Leads(m_a), Leads(m_b), Leads(m_c), Leads(m_d)); }
+    /// Bytes from 0x80 on and below `byte`, which is above it.
+    [[gnu::always_inline]] Mask FindHighBelow(unsigned char byte) const {
+        const __m128i bytes = Repeat(byte);
+        return Join(_mm_cmplt_epi8(m_a, bytes), _mm_cmplt_epi8(m_b, bytes), _mm_cmplt_epi8(m_c, bytes),
+                    _mm_cmplt_epi8(m_d, bytes));
+    }
     [[gnu::always_inline]] bool HasStructure(Bytes separator) const {
         return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(Structure(m_a, separator), Structure(m_b, separator)),
                                               _mm_or_si128(Structure(m_c, separator), Structure(m_d, separator)))) !=
@@ -53,6 +61,10 @@ public:
     /// The number of the lowest bit; 64 when there is none.
     [[gnu::always_inline]] static unsigned First(Mask mask) {
         return static_cast<unsigned>(__builtin_ctzll(mask | Mask{1} << 63)) + (mask == 0 ? 1U : 0U);
+    }
+    /// Of a character of three bytes.
+    [[gnu::always_inline]] static unsigned GetUnit(const unsigned char* from) {
+        return (from[0] & 0x0FU) << 12 | (from[1] & 0x3FU) << 6 | (from[2] & 0x3FU);
     }
     [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
         for (unsigned step = 1; step < 64; step *= 2)
@@ -93,6 +105,9 @@ private:
     [[gnu::always_inline]] static __m128i Structure(__m128i bytes, Bytes separator) {
         return _mm_or_si128(Controls(bytes),
                             _mm_or_si128(_mm_cmpeq_epi8(bytes, separator), _mm_cmpeq_epi8(bytes, Repeat('"'))));
+    }
+    [[gnu::always_inline]] static __m128i Leads(__m128i bytes) {
+        return _mm_cmpeq_epi8(_mm_and_si128(bytes, Repeat(0xF0)), Repeat(0xE0));
     }
     [[gnu::always_inline]] static Mask Join(__m128i a, __m128i b, __m128i c, __m128i d) {
         return Bits(a) | Bits(b) << 16 | Bits(c) << 32 | Bits(d) << 48;

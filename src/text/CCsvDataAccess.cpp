@@ -130,30 +130,36 @@ bool CCsvDataAccess::_GetLineDataWithConvert(const char**& ppData, const WORD*& 
     _StartRecord(bKeepRecord);
     auto* text = reinterpret_cast<unsigned char*>(m_pLineBuff.get());
     DWORD size = m_dwLineSizeLimit + 1;
-    bool isAscii = false;
-    if (!_GetRecordData(text, &size, isAscii))
+    DWORD converted = 0;
+    DWORD fields = 0;
+    if (!_GetRecordData(text, &size, converted, fields))
         return false;
-    dwCount = 0;
-    const std::size_t converted = isAscii ? size : _ConvertRecord(text, size);
-    if (converted <= m_dwLineSizeLimit)
-        _SplitRecord(converted, dwCount);
+    const bool isConverted = converted == size;
+    const std::size_t result = isConverted ? size : _ConvertRecord(text, size, converted);
+    const bool fits = result <= m_dwLineSizeLimit;
+    dwCount = fits && isConverted ? fields : 0;
+    if (fits && dwCount == 0)
+        _SplitRecord(result, dwCount);
     return _FinishRecord(true, ppData, pLen, pRecord, dwRecordSize);
 }
 
-bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize, bool& bAscii) {
+/// Of the record's bytes, `dwConverted` are in the ANSI code page already. When that is all, it may be split already,
+/// into `dwFields`, which else is 0.
+bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize, DWORD& dwConverted, DWORD& dwFields) {
     CRecordCollector collector(*this, pBuff, *pdwSize);
     if (!collector.Collect())
         return false;
-    *pdwSize = collector.Finish();
-    bAscii = collector.IsAscii();
+    dwFields = collector.Finish();
+    *pdwSize = collector.GetSize();
+    dwConverted = collector.CountConverted();
     return true;
 }
 
-/// Converts a collected record in place to the ANSI code page. Returns its new length, which is above the line limit
-/// when the converted text does not fit; the line buffer then holds nothing of use.
-std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t size) const {
+/// Converts the rest of a collected record in place to the ANSI code page. Returns its new length, which is above the
+/// line limit when the converted text does not fit; the line buffer then holds nothing of use.
+std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t size, std::size_t converted) const {
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
-        return Platform::ConvertUtf8ToAnsi(pText, size);
+        return converted + Platform::ConvertUtf8ToAnsi(pText + converted, size - converted);
     // Not the length tells: three bytes that are no character give the three of U+FFFD.
     if (Platform::CountValidUtf8(pText, size) == size)
         return size;

@@ -1,9 +1,12 @@
 // The grammar of delimited text in UTF-8: collects one record, its syntax resolved, as field texts each with its NUL.
 //
-// Ordinary bytes may be taken many at a time by a kernel of src/scan, which leaves the others to the grammar here.
+// Ordinary bytes may be taken many at a time by a kernel of src/scan, which leaves the others to the grammar here. It
+// may convert them as well, up to the first byte above 0x7F that is taken as it stands, and give the fields' entries
+// when it takes the whole record.
 #pragma once
 
 #include "CCsvDataAccess.h"
+#include "platform/codepage/CodePageTables.h"
 #include "scan/Kernel.h"
 #include "text/CFillCursor.h"
 
@@ -15,7 +18,7 @@ class CCsvDataAccess::CRecordCollector {
 public:
     /// `dwCapacity` counts the final NUL.
     [[gnu::always_inline]] CRecordCollector(CCsvDataAccess& reader, unsigned char* pBuff, DWORD dwCapacity)
-        : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_dwCapacity(dwCapacity) {
+        : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_pOut(pBuff), m_dwRoom(dwCapacity - 1) {
         const Scan::SKernel& kernel = Scan::GetKernel();
         if (kernel.pCollectText != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(reader.m_cSeparator),
                                                                 static_cast<unsigned char>(reader.m_cPreDelimiter),
@@ -40,14 +43,26 @@ public:
         return fits;
     }
 
-    /// Whether only bytes below 0x80 were collected.
-    [[gnu::always_inline]] bool IsAscii() const { return m_bAscii; }
-
-    /// Ends the last field, where something was collected, and gives the bytes of the record.
+    /// Ends the last field, where something was collected. Returns how many fields have entries that hold, 0 when the
+    /// record is still to be split.
     [[gnu::always_inline]] DWORD Finish() {
-        if (m_dwSize > 0)
-            m_pBuff[m_dwSize++] = SCDataAccessDefine::NULL_CODE;
-        return m_dwSize;
+        if (m_pOut == m_pBuff)
+            return 0;
+        char* const end = reinterpret_cast<char*>(m_pOut);
+        *m_pOut++ = SCDataAccessDefine::NULL_CODE;
+        // A record that is no longer than a field may be has none to be cut.
+        if (m_pField == nullptr || GetSize() > m_reader.m_dwFieldSizeLimit)
+            return 0;
+        m_reader.m_ppFieldData[m_dwFields] = m_pField;
+        m_reader.m_pFieldLen[m_dwFields] = static_cast<WORD>(end - m_pField);
+        return m_dwFields + 1;
+    }
+
+    [[gnu::always_inline]] DWORD GetSize() const { return static_cast<DWORD>(m_pOut - m_pBuff); }
+
+    /// How many bytes at the beginning are in the ANSI code page.
+    [[gnu::always_inline]] DWORD CountConverted() const {
+        return m_pUnconverted == nullptr ? GetSize() : static_cast<DWORD>(m_pUnconverted - m_pBuff);
     }
 
 private:
@@ -58,33 +73,56 @@ private:
         if (m_pKernel == nullptr)
             return;
         const unsigned char* const next = m_cursor.Bytes();
-        auto* const out = reinterpret_cast<char*>(m_pBuff) + m_dwSize;
+        unsigned char* const out = m_pOut;
+        const Platform::CCodePageTables& page = *m_pPage;
+        const bool converts = m_pUnconverted == nullptr && page.IsDoubleByte();
         Scan::SText text{.pNext = next,
                          .pEnd = next + m_cursor.CountBytes(),
-                         .pOut = out,
-                         .dwRoom = m_dwCapacity - 1 - m_dwSize,
+                         .pOut = reinterpret_cast<char*>(out),
+                         .dwRoom = m_dwRoom,
                          .cSeparator = static_cast<unsigned char>(m_reader.m_cSeparator),
                          .cPre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
                          .cPost = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
                          .bQuoted = m_bQuoted,
-                         .bAscii = m_bAscii,
-                         .bEnded = false};
+                         .bIsUtf8 = page.IsUtf8() && m_pUnconverted == nullptr,
+                         .bConverted = true,
+                         .bEnded = false,
+                         .pBlockIndex = converts ? page.m_blockIndex : nullptr,
+                         .pBlocks = converts ? page.m_blocks : nullptr,
+                         .dwSaved = 0,
+                         .pField = reinterpret_cast<char*>(out),
+                         .ppData = m_reader.m_ppFieldData.get(),
+                         .pLen = m_reader.m_pFieldLen.get(),
+                         .dwEntries = out == m_pBuff ? m_reader.m_dwFieldCntLimit : 0,
+                         .dwFields = 0};
         m_pKernel->pCollectText(text);
         m_cursor.Consume(static_cast<DWORD>(text.pNext - next));
-        m_dwSize += static_cast<DWORD>(text.pOut - out);
+        m_pOut = reinterpret_cast<unsigned char*>(text.pOut);
+        m_dwRoom -= static_cast<DWORD>(m_pOut - out) + text.dwSaved;
         m_bQuoted = text.bQuoted;
-        m_bAscii = text.bAscii;
         m_bDone = text.bEnded;
+        if (!text.bConverted)
+            LeaveUnconverted(out);
+        if (text.bEnded && text.dwFields < text.dwEntries) {
+            m_pField = text.pField;
+            m_dwFields = text.dwFields;
+        }
+    }
+
+    /// From `from` on, unless it is so from further up.
+    [[gnu::always_inline]] void LeaveUnconverted(unsigned char* from) {
+        if (m_pUnconverted == nullptr)
+            m_pUnconverted = from;
     }
 
     /// Collects the ordinary bytes that follow, as far as the fill and the capacity reach.
     [[gnu::always_inline]] void CollectRun() {
         const unsigned char* const bytes = m_cursor.Bytes();
-        const DWORD room = std::min(m_cursor.CountBytes(), m_dwCapacity - 1 - m_dwSize);
+        const DWORD room = std::min(m_cursor.CountBytes(), m_dwRoom);
         const unsigned char lowest = m_bQuoted ? SPACE : SPACE + 1;
         const unsigned char separator = m_bQuoted ? QUOTE : static_cast<unsigned char>(m_reader.m_cSeparator);
         const auto pre = static_cast<unsigned char>(m_reader.m_cPreDelimiter);
-        unsigned char* const target = m_pBuff + m_dwSize;
+        unsigned char* const target = m_pOut;
         DWORD count = 0;
         unsigned char all = 0;
         for (; count < room; ++count) {
@@ -94,9 +132,11 @@ private:
             target[count] = byte;
             all |= byte;
         }
-        m_bAscii = m_bAscii && all < 0x80;
+        if (all >= 0x80)
+            LeaveUnconverted(target);
         m_cursor.Consume(count);
-        m_dwSize += count;
+        m_pOut += count;
+        m_dwRoom -= count;
     }
 
     /// Takes one byte. False when it has to be collected and does not fit.
@@ -110,7 +150,7 @@ private:
         if (!m_bQuoted && byte == static_cast<unsigned char>(m_reader.m_cSeparator))
             return CollectByte(SCDataAccessDefine::NULL_CODE);
         if (byte < SPACE) {
-            m_bDone = byte == SCDataAccessDefine::SUB_CODE && m_dwSize > 0;
+            m_bDone = byte == SCDataAccessDefine::SUB_CODE && m_pOut != m_pBuff;
             return true;
         }
         if (byte == QUOTE) {
@@ -123,21 +163,26 @@ private:
     }
 
     [[gnu::always_inline]] bool CollectByte(unsigned char byte) {
-        if (m_dwSize + 1 >= m_dwCapacity)
+        if (m_dwRoom == 0)
             return false;
-        m_pBuff[m_dwSize++] = byte;
-        m_bAscii = m_bAscii && byte < 0x80;
+        if (byte >= 0x80)
+            LeaveUnconverted(m_pOut);
+        *m_pOut++ = byte;
+        --m_dwRoom;
         return true;
     }
 
     CCsvDataAccess& m_reader;
     CFillCursor m_cursor;
+    const Platform::CCodePageTables* const m_pPage = &Platform::GetAnsiTables();
     unsigned char* const m_pBuff;
-    const DWORD m_dwCapacity;
-    DWORD m_dwSize = 0;
+    unsigned char* m_pOut;                   ///< behind the last byte collected
+    DWORD m_dwRoom;                          ///< bytes that may be collected still, counted before their conversion
+    unsigned char* m_pUnconverted = nullptr; ///< where what is in UTF-8 begins, if anything is
+    const char* m_pField = nullptr;          ///< the last field, when those before it have their entries
+    DWORD m_dwFields = 0;                    ///< how many those are
     bool m_bQuoted = false;
     bool m_bDone = false;
-    bool m_bAscii = true;
     const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or where bytes play unusual parts
 };
 

@@ -191,6 +191,8 @@ std::string RandomText(std::mt19937& random, std::size_t length) {
     TTokens tokens = Alphabet();
     tokens.insert(tokens.end(),
                   {"\r\n", "\"\"", ",\"", "\xFF", "\xE3\x81\x82", "\xC3\xA9", "text", "\xF0\xA0\x80\x8B", "\xE9"});
+    // Of one byte in the page, of none, overlong, half a pair, of two in Korean and Japanese.
+    tokens.insert(tokens.end(), {"\xEF\xBD\xB1", "\xE3\x80\x9C", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xE6\xBC\xA2"});
     // A few favourites give each text its own character; without plain ones among them no record is ever long.
     std::vector<std::string> favourites(tokens.begin(), tokens.begin() + 1);
     for (std::size_t i = 0, count = pick(6); i < count; ++i)
