@@ -53,12 +53,14 @@ public:
     }
     /// The number of the lowest bit; 64 when there is none.
     [[gnu::always_inline]] static unsigned First(Mask mask) { return static_cast<unsigned>(_tzcnt_u64(mask)); }
-    /// Of a character of three bytes.
-    [[gnu::always_inline]] static unsigned GetUnit(const unsigned char* from) {
+    /// The upper ten bits of a character of three bytes in UTF-8.
+    [[gnu::always_inline]] static unsigned GetUpperBits(const unsigned char* from) {
         std::uint32_t bytes = 0;
         __builtin_memcpy(&bytes, from, sizeof bytes);
-        return _pext_u32(__builtin_bswap32(bytes), 0x0F3F3F00);
+        return _pext_u32(__builtin_bswap32(bytes), 0x0F3F0000);
     }
+    /// Of the bits below number `bit`.
+    [[gnu::always_inline]] static unsigned CountBelow(Mask mask, unsigned bit) { return Count(_bzhi_u64(mask, bit)); }
     [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
         const __m128i product =
             _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);

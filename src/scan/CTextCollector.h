@@ -74,6 +74,7 @@ private:
             if (characters.leads != 0) {
                 taken = PutCodes(text, characters.leads, dropped, taken);
                 outStops &= (Mask{1} << Count(taken & ~dropped)) - 1;
+                m_dwSaved += Count(characters.leads & taken);
             }
             PutFields<TBlock::COPIES_NULS>(text, outStops);
         }
@@ -95,41 +96,45 @@ private:
 
     [[gnu::always_inline]] SCharacters FindCharacters(const SText& text, const TBlock& block, Mask ordinary) {
         const Mask high = block.FindHigh();
-        const bool staysAsItIs = text.pBlocks == nullptr;
         if ((high & ordinary) == 0)
+            return {0, ~Mask{0}};
+        const bool converts = text.pBlocks != nullptr;
+        m_isConverted = m_isConverted && (converts || text.bIsUtf8);
+        if (!m_isConverted)
             return {0, ~Mask{0}};
         const Mask leads = block.FindLeads();
         const Mask trails = block.FindHighBelow(0xC0);
-        const Mask lowTrails = block.FindHighBelow(0xA0);
-        // Overlong forms and surrogates show in the second byte.
-        const Mask misplaced = ((leads << 1 | leads << 2) ^ trails) |
-                               (block.Find(TBlock::Repeat(0xE0)) << 1 & lowTrails) |
-                               (block.Find(TBlock::Repeat(0xED)) << 1 & trails & ~lowTrails);
-        const Mask faulty = (high & ~(leads | trails)) | misplaced | (leads & (misplaced >> 1 | misplaced >> 2));
+        const Mask misplaced = (leads << 1 | leads << 2) ^ trails;
+        Mask faulty = (high & ~(leads | trails)) | misplaced | (leads & (misplaced >> 1 | misplaced >> 2));
         // A character that ends behind the block begins the next one.
         const Mask cut = leads & Mask{3} << (BLOCK - 2);
-        if (!staysAsItIs) {
+        if (converts) {
             const Mask known = BelowFirst(faulty | cut);
             return {leads & ordinary & known, known};
         }
-        m_isConverted = m_isConverted && text.bIsUtf8 && (faulty & ordinary) == 0;
+        // Overlong forms and surrogates show in the second byte.
+        const Mask lowTrails = block.FindHighBelow(0xA0);
+        faulty |= (block.Find(TBlock::Repeat(0xE0)) << 1 & lowTrails) |
+                  (block.Find(TBlock::Repeat(0xED)) << 1 & ~lowTrails);
+        m_isConverted = (faulty & ordinary) == 0;
         return {0, m_isConverted ? BelowFirst(cut) : ~Mask{0}};
     }
 
     /// Puts the codes of the characters in place of their first two bytes. Returns what of `taken` comes before the
-    /// first one that has no code of two bytes.
+    /// first one that is no character or has no code of two bytes.
     [[gnu::always_inline]] Mask PutCodes(const SText& text, Mask leads, Mask dropped, Mask taken) {
-        constexpr unsigned lastOfOne = 0xFF;
+        // Where the units begin that UTF-8 writes with three bytes. Those of half a pair have no code.
+        constexpr unsigned firstBlock = 0x800 >> 6, lastOfOneByte = 0xFF;
+        const unsigned short* const starts = text.pBlockStarts;
+        const unsigned short* const blocks = text.pBlocks;
         for (; leads != 0; leads &= leads - 1) {
             const unsigned at = TBlock::First(leads);
-            const unsigned unit = TBlock::GetUnit(m_pBlock + at);
-            const unsigned code = text.pBlocks[text.pBlockIndex[unit >> 6] * 64U + (unit & 0x3FU)];
-            if (code <= lastOfOne) [[unlikely]]
+            const unsigned block = TBlock::GetUpperBits(m_pBlock + at);
+            const unsigned code = blocks[starts[block] + (m_pBlock[at + 2] & 0x3FU)];
+            if (block < firstBlock || code <= lastOfOneByte) [[unlikely]]
                 return taken & BelowFirst(leads);
-            char* const out = m_pOut + Count(((Mask{1} << at) - 1) & ~dropped);
-            out[0] = static_cast<char>(code >> 8);
-            out[1] = static_cast<char>(code);
-            ++m_dwSaved;
+            const unsigned short bytes = __builtin_bswap16(static_cast<unsigned short>(code));
+            __builtin_memcpy(m_pOut + TBlock::CountBelow(~dropped, at), &bytes, sizeof bytes);
         }
         return taken;
     }

@@ -51,9 +51,9 @@ struct SText {
     bool bIsUtf8;    ///< whether the page is UTF-8 itself
     bool bConverted; ///< made false by what was taken as it stands and is to be converted, or mended
     bool bEnded;
-    /// By the upper ten bits of a UTF-16 unit: its block of 64 in pBlocks. Null to take bytes above 0x7F as they
-    /// stand.
-    const unsigned short* pBlockIndex;
+    /// By the upper ten bits of a UTF-16 unit: where its block of 64 begins in pBlocks. Null to take all as it
+    /// stands.
+    const unsigned short* pBlockStarts;
     const unsigned short* pBlocks; ///< a unit's code in the page; below 0x100 for a single byte, 0 when it has none
     DWORD dwSaved;                 ///< afterwards by how much the conversion has made the text shorter
     char* pField;                  ///< where the field in hand begins, before and afterwards

@@ -62,9 +62,13 @@ public:
     [[gnu::always_inline]] static unsigned First(Mask mask) {
         return static_cast<unsigned>(__builtin_ctzll(mask | Mask{1} << 63)) + (mask == 0 ? 1U : 0U);
     }
-    /// Of a character of three bytes.
-    [[gnu::always_inline]] static unsigned GetUnit(const unsigned char* from) {
-        return (from[0] & 0x0FU) << 12 | (from[1] & 0x3FU) << 6 | (from[2] & 0x3FU);
+    /// The upper ten bits of a character of three bytes in UTF-8.
+    [[gnu::always_inline]] static unsigned GetUpperBits(const unsigned char* from) {
+        return (from[0] & 0x0FU) << 6 | (from[1] & 0x3FU);
+    }
+    /// Of the bits below number `bit`.
+    [[gnu::always_inline]] static unsigned CountBelow(Mask mask, unsigned bit) {
+        return Count(mask & ((Mask{1} << bit) - 1));
     }
     [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
         for (unsigned step = 1; step < 64; step *= 2)

@@ -87,7 +87,7 @@ private:
                          .bIsUtf8 = page.IsUtf8() && m_pUnconverted == nullptr,
                          .bConverted = true,
                          .bEnded = false,
-                         .pBlockIndex = converts ? page.m_blockIndex : nullptr,
+                         .pBlockStarts = converts ? page.m_blockStarts : nullptr,
                          .pBlocks = converts ? page.m_blocks : nullptr,
                          .dwSaved = 0,
                          .pField = reinterpret_cast<char*>(out),

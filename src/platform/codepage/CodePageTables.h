@@ -21,12 +21,13 @@ struct CCodePageTables {
     /// By byte: 0 when it is no lead byte, else 1 more than its row in m_pairs. Null for a page of single bytes only.
     const unsigned char* m_rows;
     const char16_t* m_pairs;
-    /// By the upper ten bits of a UTF-16 unit: its block of 64 in m_blocks. Null for UTF-8, like the other tables.
-    const unsigned short* m_blockIndex;
+    /// By the upper ten bits of a UTF-16 unit: where its block of 64 begins in m_blocks. Null for UTF-8, like the other
+    /// tables.
+    const unsigned short* m_blockStarts;
     /// The bytes of a character, the first one in the upper half; 0 when it has none, below 0x100 for a single byte.
     const unsigned short* m_blocks;
 
-    bool IsUtf8() const { return m_blockIndex == nullptr; }
+    bool IsUtf8() const { return m_blockStarts == nullptr; }
     bool IsDoubleByte() const { return m_rows != nullptr; }
 
     /// For double-byte pages only.
@@ -39,7 +40,7 @@ struct CCodePageTables {
     }
 
     /// For all pages but UTF-8. U+0000 gives 0 as well: callers deal with ASCII before.
-    unsigned Encode(char16_t unit) const { return m_blocks[m_blockIndex[unit >> 6] * 64U + (unit & 63U)]; }
+    unsigned Encode(char16_t unit) const { return m_blocks[m_blockStarts[unit >> 6] + (unit & 63U)]; }
 };
 
 extern const CCodePageTables codePage932;

@@ -38,7 +38,7 @@ void MoveAscii(unsigned char*& to, const unsigned char*& text, const unsigned ch
 /// and moves both pointers behind them.
 void ConvertWideCharacters(unsigned char*& to, const unsigned char*& text, const unsigned char* end,
                            const CCodePageTables& page) {
-    const unsigned short* const blockIndex = page.m_blockIndex;
+    const unsigned short* const starts = page.m_blockStarts;
     const unsigned short* const blocks = page.m_blocks;
     const unsigned char* from = text;
     unsigned char* out = to;
@@ -50,7 +50,7 @@ void ConvertWideCharacters(unsigned char*& to, const unsigned char*& text, const
         // Overlong forms and surrogates.
         if (block < 0x20 || block - 0x360 < 0x20)
             break;
-        const unsigned bytes = blocks[blockIndex[block] * 64U + (third & 0x3FU)];
+        const unsigned bytes = blocks[starts[block] + (third & 0x3FU)];
         if (bytes <= 0xFF)
             break;
         out[0] = static_cast<unsigned char>(bytes >> 8);
