@@ -95,18 +95,4 @@ TEST(Facade, KeepsTheCodeOfTheLastFailureOnly) {
     EXPECT_EQ(access.GetErrorCode(), 2U) << "a failed move is not recorded";
 }
 
-TEST(Facade, AFailedAllocationLeavesNoFacade) {
-    CSourceDataInfo info;
-    info.SetCommonInfo("/no/a.csv", SCDeclareConstant::SFT_UNKNOWN);
-    const auto before = Faults::LiveAllocations();
-    const auto failures = Faults::ForEachFailure(Faults::Call::Allocate, 0, [&](std::size_t) {
-        try {
-            const CDataAccess access(4, 100, 100, &info);
-        } catch (const std::bad_alloc&) {
-        }
-    });
-    EXPECT_EQ(failures, 6U) << "the reader and its five areas";
-    EXPECT_EQ(Faults::LiveAllocations(), before);
-}
-
 } // namespace
