@@ -7,7 +7,7 @@
 using namespace NSTQ;
 using namespace NSTQ::Platform;
 using namespace NSTQ::Tests;
-using namespace std::string_literals;
+using namespace std::literals;
 
 namespace {
 
@@ -167,7 +167,7 @@ TEST(Bstr, CarriesItsLengthAndANul) {
 }
 
 TEST(Bstr, GoesThroughTheAnsiCodePage) {
-    constexpr std::u16string_view wide = u"日本 語\0$";
+    constexpr std::u16string_view wide = u"日本 語\0$"sv;
     for (const unsigned page : {932u, CP_UTF8}) {
         SetAnsiCodePage(page);
         EXPECT_EQ(BstrFromAnsi(AnsiFromWide(wide)).View(), wide);

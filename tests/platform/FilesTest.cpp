@@ -93,15 +93,15 @@ int RunInChild(TBody body) {
 }
 
 TEST(Errors, BecomeTheCodesThatCallersLookFor) {
-    const std::map<DWORD, std::vector<int>> cases = {
-        {2, {ENOENT}},      {3, {ENOTDIR}},        {4, {EMFILE, ENFILE}}, {5, {EACCES, EPERM, EISDIR}},
-        {6, {EBADF}},       {8, {ENOMEM}},         {19, {EROFS}},         {32, {EWOULDBLOCK}},
-        {80, {EEXIST}},     {87, {EINVAL}},        {109, {EPIPE}},        {112, {ENOSPC, EDQUOT, EFBIG}},
-        {145, {ENOTEMPTY}}, {111, {ENAMETOOLONG}}, {1117, {EIO, ECHILD}},
+    const std::pair<int, DWORD> cases[] = {
+        {ESPIPE, 1},       {ENOENT, 2},      {ENOTDIR, 3},  {ELOOP, 3},          {EMFILE, 4},   {ENFILE, 4},
+        {EACCES, 5},       {EPERM, 5},       {EISDIR, 5},   {EBADF, 6},          {ENOMEM, 8},   {EROFS, 19},
+        {EWOULDBLOCK, 32}, {EBUSY, 32},      {ETXTBSY, 32}, {ENXIO, 50},         {ENODEV, 50},  {EOPNOTSUPP, 50},
+        {EEXIST, 80},      {EINVAL, 87},     {EPIPE, 109},  {ENAMETOOLONG, 111}, {ENOSPC, 112}, {EDQUOT, 112},
+        {EFBIG, 112},      {ENOTEMPTY, 145}, {EIO, 1117},   {ECHILD, 1117},
     };
-    for (const auto& [code, errors] : cases)
-        for (const int error : errors)
-            EXPECT_EQ(ErrorCodeFromSystem(error), code) << error;
+    for (const auto& [error, code] : cases)
+        EXPECT_EQ(ErrorCodeFromSystem(error), code) << error;
 }
 
 TEST(Open, RefusesWithTheCodeOfTheCause) {
@@ -320,7 +320,6 @@ TEST(Path, TrailByteThatLooksLikeASeparatorIsNone) {
     folder.MakeFolder("表");
     ASSERT_TRUE(Write(Create(shiftJis), "data"));
     EXPECT_EQ(folder.ReadFile("表/表.csv"), "data");
-    EXPECT_EQ(Read(OpenToRead(shiftJis)), "data");
     folder.WriteFile("纊", "two codes");
     EXPECT_EQ(Read(OpenToRead(folder.Path("\xED\x40"))), "two codes");
     EXPECT_EQ(Read(OpenToRead(folder.Path("\xFA\x5C"))), "two codes");
