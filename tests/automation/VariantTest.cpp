@@ -148,9 +148,13 @@ TEST(Bstr, CarriesItsLengthAndANul) {
     BSTR text = SysAllocStringLen(u"a\0b", 3);
     EXPECT_EQ(BstrView(text), u"a\0b"s);
     EXPECT_EQ(text[3], u'\0');
-    for (const DWORD length : {27u, 28u, 59u, 60u, 1000u, 0u}) {
+    // 27 units and the NUL fill the first block, 59 the next.
+    constexpr std::pair<DWORD, std::size_t> blocksTaken[] = {{27, 0}, {28, 1}, {59, 0}, {60, 1}, {1000, 1}, {0, 0}};
+    for (const auto& [length, blocks] : blocksTaken) {
         const std::u16string source(length, u'x');
+        const std::size_t before = mallocCalls;
         ASSERT_TRUE(SysReAllocStringLen(&text, source.data(), length));
+        EXPECT_EQ(mallocCalls - before, blocks) << length;
         EXPECT_EQ(BstrView(text), source);
         EXPECT_EQ(text[length], u'\0');
     }
