@@ -177,6 +177,7 @@ TEST_F(CTables, FilesThatDoNotOpen) {
     EXPECT_NE(reader.GetErrorCode(), 0U);
     // The reader is still of use, and opening another file lets go of the first one.
     ASSERT_TRUE(reader.Open(Write("a\r\n")));
+    EXPECT_EQ(reader.GetErrorCode(), 0U);
     ASSERT_TRUE(reader.Open(m_folder.WriteFile("other.csv", "b,c")));
     CRecord record;
     reader.Read(record);
