@@ -1,4 +1,3 @@
-#include "automation/MallocFaults.h"
 #include "automation/Values.h"
 #include "platform/CodePage.h"
 #include "platform/automation/Com.h"
@@ -8,7 +7,38 @@
 using namespace NSTQ;
 using namespace NSTQ::Platform;
 using namespace NSTQ::Tests;
-using namespace std::string_literals;
+using namespace std::literals;
+
+namespace {
+
+// The memory that the library takes with malloc: the linker leads its calls here.
+constinit std::size_t mallocCalls = 0;
+constinit bool isMallocFailing = false;
+
+/// The HRESULT of what `call` throws or returns while there is no memory.
+template <class TCall>
+HRESULT WithoutMemory(TCall call) {
+    isMallocFailing = true;
+    HRESULT result = S_OK;
+    try {
+        result = call();
+    } catch (const _com_error& error) {
+        result = error.Error();
+    }
+    isMallocFailing = false;
+    return result;
+}
+
+} // namespace
+
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size) {
+    ++mallocCalls;
+    return isMallocFailing ? nullptr : __real_malloc(size);
+}
+}
 
 namespace {
 
@@ -51,12 +81,12 @@ TEST(Variant, ConversionTakesNoMemoryOnceTheTargetHasEnough) {
     *text.Get() = Text(u"a text with \0 in it, longer than a first block of memory"s);
     ASSERT_EQ(VariantChangeType(target.Get(), &text.Value(), 0, VT_BSTR), S_OK);
     EXPECT_EQ(View(target), BstrView(text.Value().bstrVal));
-    const std::size_t before = MallocFaults::Calls();
+    const std::size_t before = mallocCalls;
     for (const VARIANT& value : {Double(1.0 / 3), Double(7), Date(45000.75), Decimal(9, 9, 28), Value(VT_EMPTY),
                                  Value(VT_BOOL), text.Value()})
         EXPECT_EQ(VariantChangeType(target.Get(), &value, 0, VT_BSTR), S_OK);
     EXPECT_EQ(VariantCopy(target.Get(), &text.Value()), S_OK);
-    EXPECT_EQ(MallocFaults::Calls(), before);
+    EXPECT_EQ(mallocCalls, before);
 }
 
 TEST(Variant, FailureLeavesTheTargetAsItWas) {
@@ -71,14 +101,12 @@ TEST(Variant, FailureLeavesTheTargetAsItWas) {
         EXPECT_EQ(VariantChangeType(target->Get(), &error, 0, VT_BSTR), DISP_E_TYPEMISMATCH);
         EXPECT_EQ(VariantChangeType(target->Get(), &longText.Value(), 1, VT_BSTR), E_INVALIDARG);
         EXPECT_EQ(VariantChangeType(target->Get(), &longText.Value(), 0, VT_I4), E_INVALIDARG);
-        MallocFaults::SetFailing(true);
-        const HRESULT changed = VariantChangeType(target->Get(), &longText.Value(), 0, VT_BSTR);
-        const HRESULT copied = VariantCopy(target->Get(), &longText.Value());
-        const HRESULT inPlace = VariantChangeType(number.Get(), number.Get(), 0, VT_BSTR);
-        MallocFaults::SetFailing(false);
-        EXPECT_EQ(changed, E_OUTOFMEMORY);
-        EXPECT_EQ(copied, E_OUTOFMEMORY);
-        EXPECT_EQ(inPlace, E_OUTOFMEMORY);
+        const auto& source = longText.Value();
+        EXPECT_EQ(WithoutMemory([&] { return VariantChangeType(target->Get(), &source, 0, VT_BSTR); }),
+                  E_OUTOFMEMORY);
+        EXPECT_EQ(WithoutMemory([&] { return VariantCopy(target->Get(), &source); }), E_OUTOFMEMORY);
+        EXPECT_EQ(WithoutMemory([&] { return VariantChangeType(number.Get(), number.Get(), 0, VT_BSTR); }),
+                  E_OUTOFMEMORY);
     }
     EXPECT_EQ(number.Value().vt, VT_R8);
     EXPECT_EQ(number.Value().dblVal, 2.5);
@@ -120,9 +148,13 @@ TEST(Bstr, CarriesItsLengthAndANul) {
     BSTR text = SysAllocStringLen(u"a\0b", 3);
     EXPECT_EQ(BstrView(text), u"a\0b"s);
     EXPECT_EQ(text[3], u'\0');
-    for (const DWORD length : {27u, 28u, 59u, 60u, 1000u, 0u}) {
+    // 27 units and the NUL fill the first block, 59 the next.
+    constexpr std::pair<DWORD, std::size_t> blocksTaken[] = {{27, 0}, {28, 1}, {59, 0}, {60, 1}, {1000, 1}, {0, 0}};
+    for (const auto& [length, blocks] : blocksTaken) {
         const std::u16string source(length, u'x');
+        const std::size_t before = mallocCalls;
         ASSERT_TRUE(SysReAllocStringLen(&text, source.data(), length));
+        EXPECT_EQ(mallocCalls - before, blocks) << length;
         EXPECT_EQ(BstrView(text), source);
         EXPECT_EQ(text[length], u'\0');
     }
@@ -139,7 +171,7 @@ TEST(Bstr, CarriesItsLengthAndANul) {
 }
 
 TEST(Bstr, GoesThroughTheAnsiCodePage) {
-    constexpr std::u16string_view wide = u"日本 語\0$";
+    constexpr std::u16string_view wide = u"日本 語\0$"sv;
     for (const unsigned page : {932u, CP_UTF8}) {
         SetAnsiCodePage(page);
         EXPECT_EQ(BstrFromAnsi(AnsiFromWide(wide)).View(), wide);
@@ -153,22 +185,8 @@ TEST(Bstr, GoesThroughTheAnsiCodePage) {
 TEST(Bstr, RaisesWhenMemoryRunsOut) {
     CBstr text(u"kept");
     const std::u16string longText(1000, u'x');
-    HRESULT assigned = S_OK;
-    HRESULT converted = S_OK;
-    MallocFaults::SetFailing(true);
-    try {
-        text.Assign(longText);
-    } catch (const _com_error& error) {
-        assigned = error.Error();
-    }
-    try {
-        BstrFromAnsi("x");
-    } catch (const _com_error& error) {
-        converted = error.Error();
-    }
-    MallocFaults::SetFailing(false);
-    EXPECT_EQ(assigned, E_OUTOFMEMORY);
-    EXPECT_EQ(converted, E_OUTOFMEMORY);
+    EXPECT_EQ(WithoutMemory([&] { return text.Assign(longText), S_OK; }), E_OUTOFMEMORY);
+    EXPECT_EQ(WithoutMemory([] { return BstrFromAnsi("x"), S_OK; }), E_OUTOFMEMORY);
     EXPECT_EQ(text.View(), u"kept");
 }
 

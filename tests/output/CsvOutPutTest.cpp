@@ -51,24 +51,10 @@ protected:
 };
 
 TEST_F(CsvOutPut, QuotesOnlyWhereTheSeparatorOrAQuoteStands) {
-    const struct {
-        const char* title;
-        std::vector<std::string> fields;
-        const char* line;
-    } cases[] = {
-        {"the four kinds", {"ab", "c,d", "say \"hi\"", ""}, "ab,\"c,d\",\"say \"\"hi\"\"\","},
-        {"a lone quote", {"\""}, "\"\"\"\""},
-        {"blanks, TAB and line ends are left bare", {" a ", "b\tc", "d\r\ne"}, " a ,b\tc,d\r\ne"},
-        {"no field", {}, ""},
-        {"an empty field between two", {"a", "", "b"}, "a,,b"},
-        {"a trail byte that looks like the separator", {"\x83\x2C"}, "\"\x83\x2C\""},
-    };
-    std::string expected;
-    for (const auto& c : cases) {
-        EXPECT_TRUE(WriteRow(m_writer, c.fields)) << c.title;
-        expected += std::string(c.line) + "\r\n";
-    }
-    EXPECT_EQ(Written(), expected);
+    EXPECT_TRUE(WriteRow(m_writer, {"ab", "c,d", "say \"hi\"", ""}));
+    EXPECT_TRUE(WriteRow(m_writer, {" a ", "b\tc", "d\r\ne", "\x83\x2C"}));
+    EXPECT_TRUE(WriteRow(m_writer, {}));
+    EXPECT_EQ(Written(), "ab,\"c,d\",\"say \"\"hi\"\"\",\r\n a ,b\tc,d\r\ne,\"\x83\x2C\"\r\n\r\n");
 }
 
 /// A text that ends where memory does, wherever it begins.
@@ -84,12 +70,12 @@ public:
     }
 
 private:
-    static constexpr std::size_t SIZE = 8192;
+    static constexpr std::size_t SIZE = 65536;
     char* const m_pMemory =
         static_cast<char*>(::mmap(nullptr, SIZE + 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
 };
 
-TEST_F(CsvOutPut, AllKernelsWriteTheSame) {
+TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
     std::mt19937 random(20240229);
     CTextBeforeTheEnd last;
     for (const auto kernel : NSTQ::Tests::Kernels()) {
@@ -103,7 +89,10 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSame) {
                 std::vector<std::string> fields(random() % 9);
                 const unsigned specials = random() % 3 == 0 ? 11 : 2;
                 for (std::string& field : fields)
-                    for (std::size_t left = random() % (random() % 16 == 0 ? 600 : 70); left > 0; --left)
+                    for (std::size_t left = random() % (random() % 999 == 0  ? 65536
+                                                        : random() % 16 == 0 ? 600
+                                                                             : 70);
+                         left > 0; --left)
                         field += bytes[random() % specials];
                 std::vector<const char*> data;
                 std::vector<WORD> lengths;
@@ -122,15 +111,6 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSame) {
     }
 }
 
-TEST_F(CsvOutPut, TakesRowsOfChangeableTexts) {
-    char first[] = "a";
-    char second[] = "b,";
-    char* fields[] = {first, second};
-    const WORD lengths[] = {1, 2};
-    EXPECT_TRUE(m_writer.WriteLineData(fields, lengths, 2));
-    EXPECT_EQ(Written(), "a,\"b,\"\r\n");
-}
-
 TEST_F(CsvOutPut, SeparatorAndLineEndAreSettings) {
     m_writer.SetSeparator('\t');
     m_writer.SetDelimiter('\n', '\0');
@@ -139,31 +119,12 @@ TEST_F(CsvOutPut, SeparatorAndLineEndAreSettings) {
     EXPECT_EQ(Written(), "\"a\tb\"\tc,d\nx,\"y\n");
 }
 
-TEST_F(CsvOutPut, ContentIsTheSameWhereverTheBufferIsFlushed) {
-    // Rows whose sizes differ by one walk every piece of a row over the buffer's end.
-    std::string expected;
-    for (int round = 0; round < 4; ++round) {
-        const std::vector<std::string> row = {"\"", std::string(20000, round % 2 == 0 ? 'x' : ','), "a\"\"b"};
-        for (int size = 0; size < 16; ++size) {
-            std::vector<std::string> shifted = row;
-            shifted.emplace_back(static_cast<std::size_t>(size * (round + 1)), '"');
-            EXPECT_TRUE(WriteRow(m_writer, shifted));
-            for (std::size_t i = 0; i < shifted.size(); ++i)
-                expected += (i > 0 ? "," : "") + Expected(shifted[i], ',');
-            expected += "\r\n";
-        }
-    }
-    EXPECT_EQ(Written(), expected);
-}
-
 TEST_F(CsvOutPut, PiecesAroundAndAboveTheBuffersSizeArriveWhole) {
     std::string expected;
-    for (const std::size_t size : {63997U, 63998U, 63999U, 64000U, 64001U, 64002U, 65535U}) {
-        const std::string text(size, 'h');
+    for (const std::size_t size : {63997U, 63998U, 63999U, 64000U, 64001U, 65535U}) {
+        const std::string text(size, 'h'), quotes(size, '"');
         EXPECT_EQ(m_writer.WriteHeaderData(text.data(), static_cast<WORD>(size)), size <= 63998) << size;
-        EXPECT_TRUE(WriteRow(m_writer, {text, ","})) << size;
-        const std::string quotes(size, '"');
-        EXPECT_TRUE(WriteRow(m_writer, {quotes})) << size;
+        EXPECT_TRUE(WriteRow(m_writer, {text, ","}) && WriteRow(m_writer, {quotes})) << size;
         expected += text + "\r\n" + text + ",\",\"\r\n" + Expected(quotes, ',') + "\r\n";
     }
     EXPECT_EQ(Written(), expected);
@@ -229,17 +190,6 @@ TEST_F(CsvOutPut, AFailedFlushKeepsThePieceAndDropsTheRestOfTheRow) {
     }
     EXPECT_TRUE(WriteRow(m_writer, {"next"}));
     EXPECT_EQ(Written(), "1234567890next\r\n");
-}
-
-TEST(CsvOutPutAllocation, AFailedAllocationLeavesNothing) {
-    const auto before = Faults::LiveAllocations();
-    Faults::ForEachFailure(Faults::Call::Allocate, 0, [](std::size_t) {
-        try {
-            const CCsvOutPut writer;
-        } catch (const std::bad_alloc&) {
-        }
-    });
-    EXPECT_EQ(Faults::LiveAllocations(), before);
 }
 
 } // namespace

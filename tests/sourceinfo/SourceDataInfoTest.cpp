@@ -30,24 +30,13 @@ std::string PathOf(const CSourceDataInfo& info) {
     return info.GetFilePath(path) ? path : "";
 }
 
-TEST(SourceDataInfo, ANewRecordHoldsTheDefaults) {
-    CSourceDataInfo info;
+TEST(SourceDataInfo, WhatANewRecordDoesNotKnowStaysUntouched) {
+    const CSourceDataInfo info;
     auto type = CSV;
     const char* path = "untouched";
-    EXPECT_FALSE(info.GetSourceFileType(type));
-    EXPECT_FALSE(info.GetFilePath(path));
+    EXPECT_FALSE(info.GetSourceFileType(type) || info.GetFilePath(path));
     EXPECT_EQ(type, CSV);
     EXPECT_STREQ(path, "untouched");
-    char pre = 0;
-    char post = 0;
-    info.GetDelimiter(&pre, &post);
-    EXPECT_EQ(pre, '\r');
-    EXPECT_EQ(post, '\n');
-    EXPECT_EQ(info.GetReadCharSet(), CSourceDataInfo::RCS_AUTO);
-    EXPECT_STREQ(info.GetPassWordString(), "");
-    EXPECT_STREQ(info.GetUncompressFolderPath(), "");
-    EXPECT_FALSE(info.GetIsNeedPassWord());
-    EXPECT_EQ(info.GetStartReadRowCnt(), 0U);
 }
 
 TEST(SourceDataInfo, TheExtensionDecidesWithoutTheFile) {
@@ -137,23 +126,33 @@ TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
     EXPECT_EQ(PathOf(info), "/no/file") << "an undetermined source keeps its path";
 }
 
-TEST(SourceDataInfo, OptionsSurviveANewDescriptionAndItsOwnPathCanBeGiven) {
-    CSourceDataInfo info;
-    info.SetCommonInfo("/no/a.csv", UNKNOWN);
+TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
+    const CTempFolder folder;
+    const std::string path = folder.WriteFile("a.csv", "a");
+    CSourceDataInfo info(1, 2);
+    info.SetCommonInfo(path.c_str(), UNKNOWN);
     info.SetDelimiter('\n', '\0');
     info.SetReadCharSet(CSourceDataInfo::RCS_UTF8);
     info.SetStartReadRowCnt(7);
     const char* own = nullptr;
     ASSERT_TRUE(info.GetFilePath(own));
     EXPECT_TRUE(info.SetCommonInfo(own, UNKNOWN));
-    EXPECT_EQ(PathOf(info), "/no/a.csv");
-    char pre = 0;
-    char post = 1;
-    info.GetDelimiter(&pre, &post);
-    EXPECT_EQ(pre, '\n');
-    EXPECT_EQ(post, '\0');
-    EXPECT_EQ(info.GetReadCharSet(), CSourceDataInfo::RCS_UTF8);
-    EXPECT_EQ(info.GetStartReadRowCnt(), 7U);
+    FILETIME written{};
+    ASSERT_TRUE(SCFilePath::GetFileTime(path.c_str(), SCFilePath::FTT_UPDATE, written));
+    const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
+    for (const CSourceDataInfo* one : {&info, clone.get()}) {
+        EXPECT_EQ(PathOf(*one), path);
+        EXPECT_EQ(TypeOf(*one), CSV);
+        char pre = 0, post = 1;
+        one->GetDelimiter(&pre, &post);
+        EXPECT_EQ(std::string({pre, post}), std::string("\n\0", 2));
+        EXPECT_EQ(one->GetReadCharSet(), CSourceDataInfo::RCS_UTF8);
+        EXPECT_EQ(one->GetStartReadRowCnt(), 7U);
+        FILETIME time{};
+        EXPECT_TRUE(one->GetUpDateDateTime(time));
+        EXPECT_EQ(time.dwHighDateTime, written.dwHighDateTime);
+        EXPECT_EQ(time.dwLowDateTime, written.dwLowDateTime);
+    }
 }
 
 TEST(SourceDataInfo, APackagesPathIsItsDataFile) {
@@ -186,46 +185,7 @@ TEST(SourceDataInfo, AFailedAllocationIsAFailedDescriptionOrAnException) {
     EXPECT_EQ(Tests::Faults::LiveAllocations(), before);
 }
 
-TEST(SourceDataInfo, ACloneHasTheSameDescription) {
-    const CTempFolder folder;
-    CSourceDataInfo info(1, 2);
-    info.SetCommonInfo(folder.WriteFile("a.csv", "a").c_str(), UNKNOWN);
-    info.SetDelimiter('\n', '\0');
-    info.SetReadCharSet(CSourceDataInfo::RCS_ANSI);
-    info.SetStartReadRowCnt(3);
-    const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
-    EXPECT_EQ(PathOf(*clone), PathOf(info));
-    EXPECT_EQ(TypeOf(*clone), CSV);
-    EXPECT_EQ(clone->GetReadCharSet(), CSourceDataInfo::RCS_ANSI);
-    EXPECT_EQ(clone->GetStartReadRowCnt(), 3U);
-    FILETIME time{};
-    FILETIME clonedTime{};
-    EXPECT_TRUE(info.GetUpDateDateTime(time));
-    EXPECT_TRUE(clone->GetUpDateDateTime(clonedTime));
-    EXPECT_NE(time.dwHighDateTime, 0U);
-    EXPECT_EQ(clonedTime.dwHighDateTime, time.dwHighDateTime);
-    EXPECT_EQ(clonedTime.dwLowDateTime, time.dwLowDateTime);
-}
-
-TEST(SourceDataInfo, PreparationOfDelimitedAndUnknownSourcesDoesNothing) {
-    for (const char* path : {"/no/a.csv", "/no/file"}) {
-        CSourceDataInfo info;
-        info.SetCommonInfo(path, UNKNOWN);
-        EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_TEXT_FILE) << path;
-    }
-}
-
-TEST(DataAccessDefine, TheConstantsHaveTheirExactTexts) {
-    EXPECT_EQ(SCDataAccessDefine::OFFICE2003_PRECONNECTSTRING_LEN, 45);
-    EXPECT_EQ(SCDataAccessDefine::OFFICE2007_PRECONNECTSTRING_LEN, 46);
-    EXPECT_EQ(SCDataAccessDefine::EXCLE2003_POSTCONNECTSTRING_LEN, 46);
-    EXPECT_EQ(SCDataAccessDefine::EXCLE2007_POSTCONNECTSTRING_LEN, 47);
-    EXPECT_EQ(SCDataAccessDefine::ACCESS_POSTCONNECTSTRING_LEN, 23);
-    EXPECT_EQ(SCDataAccessDefine::PRE_RECORDSET_STRING_LEN, 15);
-    EXPECT_EQ(SCDataAccessDefine::POST_RECORDSET_STRING_LEN, 1);
-    EXPECT_EQ(SCDataAccessDefine::STRLEN_UNCOMPRESS_FOLDER_PREFIX, 15U);
-    EXPECT_EQ(std::string_view(SCDataAccessDefine::TQF_PATH_DATAFILE).size(), 22U);
-    // The message is what its Unicode text gives in code page 932.
+TEST(DataAccessDefine, TheMessageIsWhatItsUnicodeTextGivesInCodePage932) {
     WCHAR wide[32];
     const int units = Platform::MultiByteToWideChar(932, 0, SCDataAccessDefine::MSG_READ_SOURCEDATA, -1, wide, 32);
     EXPECT_EQ(std::u16string(wide, static_cast<std::size_t>(units - 1)), u"データファイルを読み込んでいます。");

@@ -86,9 +86,33 @@ mode_t ModeOf(int flags, va_list arguments) {
 
 } // namespace
 
+/// Wraps a call that is made as it is or gives `failed`.
+#define TQC_WRAP(kind, failed, type, name, parameters, arguments)                                                    \
+    type __real_##name parameters;                                                                                   \
+    type __wrap_##name parameters {                                                                                  \
+        return Fails(Call::kind) ? (failed) : __real_##name arguments;                                               \
+    }
+
 // The linker leads a call of `name` to `__wrap_name` and one of `__real_name` to the system. Other names of the same
 // call are led to the same wrapper (tests/support.cmake), which 64-bit systems allow.
 extern "C" {
+
+TQC_WRAP(Seek, -1, off_t, lseek, (int descriptor, off_t distance, int origin), (descriptor, distance, origin))
+TQC_WRAP(Stat, -1, int, stat, (const char* path, struct stat* status), (path, status))
+TQC_WRAP(Stat, -1, int, lstat, (const char* path, struct stat* status), (path, status))
+TQC_WRAP(Stat, -1, int, fstat, (int descriptor, struct stat* status), (descriptor, status))
+TQC_WRAP(Stat, -1, int, fstatat, (int folder, const char* path, struct stat* status, int flags),
+         (folder, path, status, flags))
+TQC_WRAP(Truncate, -1, int, ftruncate, (int descriptor, off_t size), (descriptor, size))
+TQC_WRAP(Lock, -1, int, flock, (int descriptor, int operation), (descriptor, operation))
+TQC_WRAP(Duplicate, -1, int, dup, (int descriptor), (descriptor))
+TQC_WRAP(Unlink, -1, int, unlink, (const char* path), (path))
+TQC_WRAP(RemoveFolder, -1, int, rmdir, (const char* path), (path))
+TQC_WRAP(MakeFolder, -1, int, mkdir, (const char* path, mode_t mode), (path, mode))
+TQC_WRAP(MakeFolder, -1, int, mkdirat, (int folder, const char* path, mode_t mode), (folder, path, mode))
+TQC_WRAP(OpenFolder, nullptr, DIR*, opendir, (const char* path), (path))
+TQC_WRAP(OpenFolder, nullptr, DIR*, fdopendir, (int descriptor), (descriptor))
+TQC_WRAP(ReadFolder, nullptr, dirent*, readdir, (DIR * folder), (folder))
 
 int __real_open(const char*, int, ...);
 int __real_openat(int, const char*, int, ...);
@@ -97,23 +121,8 @@ ssize_t __real_read(int, void*, size_t);
 ssize_t __real_pread(int, void*, size_t, off_t);
 ssize_t __real_write(int, const void*, size_t);
 ssize_t __real_pwrite(int, const void*, size_t, off_t);
-off_t __real_lseek(int, off_t, int);
-int __real_stat(const char*, struct stat*);
-int __real_lstat(const char*, struct stat*);
-int __real_fstat(int, struct stat*);
-int __real_fstatat(int, const char*, struct stat*, int);
-int __real_ftruncate(int, off_t);
-int __real_flock(int, int);
 int __real_fcntl(int, int, ...);
-int __real_dup(int);
-int __real_unlink(const char*);
 int __real_unlinkat(int, const char*, int);
-int __real_rmdir(const char*);
-int __real_mkdir(const char*, mode_t);
-int __real_mkdirat(int, const char*, mode_t);
-DIR* __real_opendir(const char*);
-DIR* __real_fdopendir(int);
-dirent* __real_readdir(DIR*);
 
 int __wrap_open(const char* path, int flags, ...) {
     va_list arguments;
@@ -152,28 +161,6 @@ ssize_t __wrap_pwrite(int descriptor, const void* buffer, size_t size, off_t at)
     return FailsTransfer(Call::Write, size) ? -1 : __real_pwrite(descriptor, buffer, size, at);
 }
 
-off_t __wrap_lseek(int descriptor, off_t distance, int origin) {
-    return Fails(Call::Seek) ? -1 : __real_lseek(descriptor, distance, origin);
-}
-int __wrap_stat(const char* path, struct stat* status) {
-    return Fails(Call::Stat) ? -1 : __real_stat(path, status);
-}
-int __wrap_lstat(const char* path, struct stat* status) {
-    return Fails(Call::Stat) ? -1 : __real_lstat(path, status);
-}
-int __wrap_fstat(int descriptor, struct stat* status) {
-    return Fails(Call::Stat) ? -1 : __real_fstat(descriptor, status);
-}
-int __wrap_fstatat(int folder, const char* path, struct stat* status, int flags) {
-    return Fails(Call::Stat) ? -1 : __real_fstatat(folder, path, status, flags);
-}
-int __wrap_ftruncate(int descriptor, off_t size) {
-    return Fails(Call::Truncate) ? -1 : __real_ftruncate(descriptor, size);
-}
-int __wrap_flock(int descriptor, int operation) {
-    return Fails(Call::Lock) ? -1 : __real_flock(descriptor, operation);
-}
-
 // Every argument of fcntl fits a pointer, whatever the command takes.
 int __wrap_fcntl(int descriptor, int command, ...) {
     va_list arguments;
@@ -183,49 +170,17 @@ int __wrap_fcntl(int descriptor, int command, ...) {
     const bool duplicates = command == F_DUPFD || command == F_DUPFD_CLOEXEC;
     return duplicates && Fails(Call::Duplicate) ? -1 : __real_fcntl(descriptor, command, argument);
 }
-int __wrap_dup(int descriptor) {
-    return Fails(Call::Duplicate) ? -1 : __real_dup(descriptor);
-}
-
-int __wrap_unlink(const char* path) {
-    return Fails(Call::Unlink) ? -1 : __real_unlink(path);
-}
 int __wrap_unlinkat(int folder, const char* path, int flags) {
     const Call call = (flags & AT_REMOVEDIR) != 0 ? Call::RemoveFolder : Call::Unlink;
     return Fails(call) ? -1 : __real_unlinkat(folder, path, flags);
 }
-int __wrap_rmdir(const char* path) {
-    return Fails(Call::RemoveFolder) ? -1 : __real_rmdir(path);
-}
-int __wrap_mkdir(const char* path, mode_t mode) {
-    return Fails(Call::MakeFolder) ? -1 : __real_mkdir(path, mode);
-}
-int __wrap_mkdirat(int folder, const char* path, mode_t mode) {
-    return Fails(Call::MakeFolder) ? -1 : __real_mkdirat(folder, path, mode);
-}
-
-DIR* __wrap_opendir(const char* path) {
-    return Fails(Call::OpenFolder) ? nullptr : __real_opendir(path);
-}
-DIR* __wrap_fdopendir(int descriptor) {
-    return Fails(Call::OpenFolder) ? nullptr : __real_fdopendir(descriptor);
-}
-dirent* __wrap_readdir(DIR* folder) {
-    return Fails(Call::ReadFolder) ? nullptr : __real_readdir(folder);
-}
-
 } // extern "C"
 
 namespace {
 
-void* Allocate(std::size_t size, std::size_t alignment = 0) noexcept {
-    if (Fails(Call::Allocate))
-        return nullptr;
-    const std::size_t wanted = std::max<std::size_t>(size, 1);
-    void* block = alignment == 0 ? std::malloc(wanted)
-                                 : std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment);
-    if (block != nullptr)
-        ++liveAllocations;
+void* Allocate(std::size_t size) noexcept {
+    void* const block = Fails(Call::Allocate) ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
+    liveAllocations += block != nullptr ? 1 : 0;
     return block;
 }
 
@@ -241,14 +196,9 @@ void Free(void* block) noexcept {
     std::free(block);
 }
 
-std::size_t Of(std::align_val_t alignment) {
-    return static_cast<std::size_t>(alignment);
-}
-
 } // namespace
 
-using TAlign = std::align_val_t;
-using TNothrow = std::nothrow_t;
+// No type of the library asks for more alignment than malloc gives.
 
 void* operator new(std::size_t size) {
     return OrThrow(Allocate(size));
@@ -256,23 +206,11 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return OrThrow(Allocate(size));
 }
-void* operator new(std::size_t size, const TNothrow&) noexcept {
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return Allocate(size);
 }
-void* operator new[](std::size_t size, const TNothrow&) noexcept {
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return Allocate(size);
-}
-void* operator new(std::size_t size, TAlign alignment) {
-    return OrThrow(Allocate(size, Of(alignment)));
-}
-void* operator new[](std::size_t size, TAlign alignment) {
-    return OrThrow(Allocate(size, Of(alignment)));
-}
-void* operator new(std::size_t size, TAlign alignment, const TNothrow&) noexcept {
-    return Allocate(size, Of(alignment));
-}
-void* operator new[](std::size_t size, TAlign alignment, const TNothrow&) noexcept {
-    return Allocate(size, Of(alignment));
 }
 void operator delete(void* block) noexcept {
     Free(block);
@@ -284,29 +222,5 @@ void operator delete(void* block, std::size_t) noexcept {
     Free(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
-    Free(block);
-}
-void operator delete(void* block, const TNothrow&) noexcept {
-    Free(block);
-}
-void operator delete[](void* block, const TNothrow&) noexcept {
-    Free(block);
-}
-void operator delete(void* block, TAlign) noexcept {
-    Free(block);
-}
-void operator delete[](void* block, TAlign) noexcept {
-    Free(block);
-}
-void operator delete(void* block, std::size_t, TAlign) noexcept {
-    Free(block);
-}
-void operator delete[](void* block, std::size_t, TAlign) noexcept {
-    Free(block);
-}
-void operator delete(void* block, TAlign, const TNothrow&) noexcept {
-    Free(block);
-}
-void operator delete[](void* block, TAlign, const TNothrow&) noexcept {
     Free(block);
 }

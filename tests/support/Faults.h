@@ -18,7 +18,8 @@
 namespace NSTQ::Tests::Faults {
 
 /// Kinds of calls. Seek is lseek, Stat is stat, lstat, fstat and fstatat, Lock is flock, Allocate is every form of
-/// operator new (which throws std::bad_alloc, the nothrow forms return null, and the error number is not used).
+/// operator new but those for over-aligned types (which throws std::bad_alloc, the nothrow forms return null, and the
+/// error number is not used).
 enum class Call {
     Open,
     Close,

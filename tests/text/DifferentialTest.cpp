@@ -4,6 +4,7 @@
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
+#include <array>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -15,11 +16,16 @@ constexpr bool isUtf8 = TQC_TEST_UTF8 != 0;
 using TTokens = std::vector<std::string>;
 
 const TTokens& Alphabet() {
-    static const TTokens ansi = {"a", ",", "\"", " ", "\t", "\r", "\n", "\x1A", std::string(1, '\0'), "\x81"};
-    // The last two are a character together and invalid otherwise.
-    static const TTokens utf8 = {"a",        ",",   "\"", " ", "\t", "\r", "\n", "\x1A", std::string(1, '\0'),
-                                 "\xE3\x81", "\x82"};
-    return isUtf8 ? utf8 : ansi;
+    // The last two of UTF-8 are a character together and invalid otherwise.
+    static const TTokens tokens = [] {
+        TTokens all = {"a", ",", "\"", " ", "\t", "\r", "\n", "\x1A", std::string(1, '\0')};
+        if (isUtf8)
+            all.insert(all.end(), {"\xE3\x81", "\x82"});
+        else
+            all.emplace_back("\x81");
+        return all;
+    }();
+    return tokens;
 }
 
 /// Calls `use` with each text of `length` tokens and its number.
@@ -40,41 +46,40 @@ void ForEachText(std::size_t length, TUse use, const TTokens& tokens = Alphabet(
 
 class CDifferential : public testing::TestWithParam<unsigned> {
 protected:
+    void SetUp() override {
+        for (const CSettings& settings : m_variations) {
+            m_readers.push_back(std::make_unique<CTestedReader>(settings));
+            ASSERT_TRUE(m_readers.back()->Open(m_folder.WriteFile("empty.csv", "")));
+        }
+    }
+
+    /// Without a file.
+    bool AgreeOn(std::size_t variation, const std::string& text, std::size_t maxReads = 400) {
+        m_readers[variation]->Load(text);
+        CReferenceReader plain(m_variations[variation], text);
+        return Agree(m_variations[variation], text, *m_readers[variation], plain, maxReads);
+    }
+
     const CKernel m_kernel; ///< puts back the one that was chosen
     CTempFolder m_folder;
     CAnsiPage m_page{GetParam()};
-    std::vector<CSettings> m_variations = Variations(isUtf8);
+    const std::vector<CSettings> m_variations = Variations(isUtf8);
+    std::vector<std::unique_ptr<CTestedReader>> m_readers;
 };
 
-std::vector<std::unique_ptr<CTestedReader>> MakeReaders(const std::vector<CSettings>& variations) {
-    std::vector<std::unique_ptr<CTestedReader>> readers;
-    for (const CSettings& settings : variations)
-        readers.push_back(std::make_unique<CTestedReader>(settings));
-    return readers;
-}
-
 TEST_P(CDifferential, AllShortTexts) {
-    const std::string path = m_folder.WriteFile("empty.csv", "");
-    const auto readers = MakeReaders(m_variations);
-    for (const auto& reader : readers)
-        ASSERT_TRUE(reader->Open(path));
-    const auto agree = [&](std::size_t variation, const std::string& text) {
-        readers[variation]->Load(text);
-        CReferenceReader plain(m_variations[variation], text);
-        return Agree(m_variations[variation], text, *readers[variation], plain, 12);
-    };
     // Each variation sees all texts one token shorter than the longest ones, which the variations share out.
     const std::size_t longest = isSanitized ? 5 : 6;
     for (std::size_t length = 0; length < longest; ++length)
         ForEachText(length, [&](const std::string& text, std::size_t) {
-            for (std::size_t variation = 0; variation < readers.size(); ++variation)
-                if (!agree(variation, text))
+            for (std::size_t variation = 0; variation < m_readers.size(); ++variation)
+                if (!AgreeOn(variation, text, 12))
                     return false;
             return true;
         });
     // Consecutive numbers differ in their first token: their own remainder would tie it to the variation.
     ForEachText(longest, [&](const std::string& text, std::size_t number) {
-        return agree((number + number / 10 + number / 1000) % readers.size(), text);
+        return AgreeOn((number + number / 10 + number / 1000) % m_readers.size(), text, 12);
     });
 }
 
@@ -88,30 +93,21 @@ std::string InBlocks(const std::string& text, std::size_t number) {
 }
 
 TEST_P(CDifferential, ShortTextsInBlocks) {
-    const std::string path = m_folder.WriteFile("empty.csv", "");
-    const auto readers = MakeReaders(m_variations);
-    for (const auto& reader : readers)
-        ASSERT_TRUE(reader->Open(path));
     const TTokens core = {"a", ",", "\"", " ", "\r\n"};
     for (const Scan::EKernel kernel : Kernels()) {
         Scan::SelectKernel(kernel);
         if (kernel == Scan::EKernel::Scalar)
             continue;
-        const auto agree = [&](std::size_t variation, const std::string& text) {
-            readers[variation]->Load(text);
-            CReferenceReader plain(m_variations[variation], text);
-            return Agree(m_variations[variation], text, *readers[variation], plain, 400);
-        };
         std::size_t turn = 0;
         const auto everyVariation = [&](const std::string& text, std::size_t number) {
-            for (std::size_t variation = 0; variation < readers.size(); ++variation)
-                if (!agree(variation, InBlocks(text, number + variation)))
+            for (std::size_t variation = 0; variation < m_readers.size(); ++variation)
+                if (!AgreeOn(variation, InBlocks(text, number + variation)))
                     return false;
             return true;
         };
         const auto oneVariation = [&](const std::string& text, std::size_t) {
             ++turn;
-            return agree(turn % readers.size(), InBlocks(text, turn / readers.size()));
+            return AgreeOn(turn % m_readers.size(), InBlocks(text, turn / m_readers.size()));
         };
         for (std::size_t length = 0; length <= (isSanitized ? 2 : 3); ++length)
             for (std::size_t shift = 0; shift < 9; ++shift)
@@ -128,15 +124,14 @@ TEST_P(CDifferential, ShortTextsInBlocks) {
 }
 
 TEST_P(CDifferential, ShortTextsThroughShortReads) {
-    const auto readers = MakeReaders(m_variations);
     // Where the character set is looked for, opening asks until four bytes have come: those go before.
-    const std::string first(m_variations[0].utf8 ? "zzz," : "");
+    const std::string first(isUtf8 ? "zzz," : "");
     const auto agree = [&](const std::string& path, const std::string& text, std::size_t size) {
         const auto reads = Faults::Reads(size);
-        for (std::size_t variation = 0; variation < readers.size(); ++variation) {
+        for (std::size_t variation = 0; variation < m_readers.size(); ++variation) {
             CReferenceReader plain(m_variations[variation], text, {.size = size, .first = first.size()});
-            if (!readers[variation]->Open(path) ||
-                !Agree(m_variations[variation], text, *readers[variation], plain, 12))
+            if (!m_readers[variation]->Open(path) ||
+                !Agree(m_variations[variation], text, *m_readers[variation], plain, 12))
                 return false;
         }
         return true;
@@ -147,43 +142,6 @@ TEST_P(CDifferential, ShortTextsThroughShortReads) {
             const std::string path = m_folder.WriteFile("short.csv", text);
             return agree(path, text, 1) && agree(path, text, 2);
         });
-}
-
-// What stands at the end of one fill and at the start of the next, inside and outside quotes, after blanks or text.
-TEST_P(CDifferential, EndsOfTheReadBuffer) {
-    const std::vector<std::string> tokens = {"\"",
-                                             "\"\"",
-                                             ",",
-                                             "\r",
-                                             "\n",
-                                             "\r\n",
-                                             "\x1A",
-                                             "\t",
-                                             " ",
-                                             "\x81",
-                                             "a",
-                                             "\r\r\n",
-                                             "\",\"",
-                                             "\"\r\n",
-                                             "\x81\"",
-                                             "\xE3\x81\x82",
-                                             std::string(1, '\0')};
-    const auto kernels = Kernels();
-    std::size_t turn = 0;
-    for (const CSettings& settings : m_variations)
-        for (const std::string& token : tokens)
-            for (const std::string before : {"", "x", "\"y", "\"\"", "  ", "\r"})
-                for (const std::size_t offset : {63999U, 64000U, 64001U}) {
-                    Scan::SelectKernel(kernels[turn++ % kernels.size()]);
-                    std::string text = "head,\"of file\"\r\n";
-                    while (text.size() < offset - before.size())
-                        text += text.size() % 100 == 99 ? '\n' : text.size() % 100 == 98 ? '\r' : 'a';
-                    text += before + token + "b, c\r\nd";
-                    CTestedReader tested(settings);
-                    ASSERT_TRUE(tested.Open(m_folder.WriteFile("edge.csv", text)));
-                    CReferenceReader plain(settings, text);
-                    ASSERT_TRUE(Agree(settings, text, tested, plain, 2000)) << Escape(before + token) << offset;
-                }
 }
 
 std::string RandomText(std::mt19937& random, std::size_t length) {
@@ -204,24 +162,17 @@ std::string RandomText(std::mt19937& random, std::size_t length) {
     return text;
 }
 
-// Many texts of a few blocks, without files.
 TEST_P(CDifferential, RandomTextsInBlocks) {
-    const std::string path = m_folder.WriteFile("empty.csv", "");
-    const auto readers = MakeReaders(m_variations);
-    for (const auto& reader : readers)
-        ASSERT_TRUE(reader->Open(path));
     std::mt19937 random(19640229U + GetParam());
     const auto kernels = Kernels();
     for (int round = 0; round < (isSanitized ? 20000 : 500000); ++round) {
         Scan::SelectKernel(kernels[random() % kernels.size()]);
-        const std::size_t variation = random() % readers.size();
-        const std::string text = RandomText(random, 100 + random() % 200);
-        readers[variation]->Load(text);
-        CReferenceReader plain(m_variations[variation], text);
-        ASSERT_TRUE(Agree(m_variations[variation], text, *readers[variation], plain, 400)) << "round " << round;
+        const std::size_t variation = random() % m_readers.size();
+        ASSERT_TRUE(AgreeOn(variation, RandomText(random, 100 + random() % 200))) << "round " << round;
     }
 }
 
+// Fills that end anywhere, in blocks and out of them.
 TEST_P(CDifferential, RandomLongTexts) {
     constexpr std::uint32_t limits[] = {0,   1,   2,   3,    5,     20,    64,    65,   190,
                                         193, 255, 300, 4096, 63999, 64000, 65535, 70000};
@@ -237,9 +188,19 @@ TEST_P(CDifferential, RandomLongTexts) {
         }
         const std::string text = RandomText(random, random() % (round % 4 == 0 ? 200000 : 4000));
         CTestedReader tested(settings);
+        const std::size_t size = std::array{7U, 130U, 1000U, 64000U}[random() % 4];
+        const auto reads = Faults::Reads(size);
         ASSERT_TRUE(tested.Open(m_folder.WriteFile("random.csv", text)));
-        CReferenceReader plain(settings, text);
+        CReferenceReader plain(settings, text, {.size = size});
         ASSERT_TRUE(Agree(settings, text, tested, plain, 5000)) << "round " << round;
+        for (const std::uint32_t line : {0U, static_cast<unsigned>(random() % 40), ~0U}) {
+            CRecord expected, actual;
+            plain.ReadLine(line, expected);
+            tested.ReadLine(line, actual);
+            ASSERT_TRUE(AreEqual(expected, actual)) << "round " << round << " line " << line << '\n'
+                                                    << ShowAll(expected) << '\n'
+                                                    << ShowAll(actual);
+        }
     }
 }
 

@@ -1,11 +1,9 @@
-// The text readers when reads fail or come short, and when memory runs out.
+// The text readers when the system fails them.
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
 #include <cerrno>
-#include <new>
-#include <optional>
 
 namespace NSTQ::Tests {
 namespace {
@@ -33,6 +31,7 @@ TEST_P(CTextFaults, FailedReads) {
         settings.maxLine = std::max<std::uint32_t>(settings.maxLine, 100);
         CTestedReader reader(settings);
         ASSERT_TRUE(reader.Open(m_path));
+        const auto open = Faults::OpenDescriptors();
         const auto failures = Faults::ForEachFailure(Faults::Call::Read, EIO, [&](std::size_t nth) {
             SCOPED_TRACE(nth);
             ASSERT_EQ(reader.Open(m_path), nth != 1);
@@ -48,18 +47,8 @@ TEST_P(CTextFaults, FailedReads) {
             Agree(settings, m_text, reader, plain, 20000);
         });
         EXPECT_GE(failures, 4U) << settings.title;
+        EXPECT_EQ(Faults::OpenDescriptors(), open) << "one file, however often it was opened";
     }
-}
-
-TEST_P(CTextFaults, ShortReads) {
-    for (const CSettings& settings : Variations(GetParam()))
-        for (const std::size_t size : {7U, 1000U, 63999U}) {
-            CTestedReader reader(settings);
-            const auto reads = Faults::Reads(size);
-            ASSERT_TRUE(reader.Open(m_path));
-            CReferenceReader plain(settings, m_text, {.size = size});
-            Agree(settings, m_text, reader, plain, 20000);
-        }
 }
 
 TEST_P(CTextFaults, FailedMoves) {
@@ -82,22 +71,6 @@ TEST_P(CTextFaults, FailedMoves) {
     EXPECT_TRUE(AreEqual(expected, second)) << "a failed move moves nothing";
 }
 
-TEST_P(CTextFaults, FailedOpening) {
-    for (const auto call : {Faults::Call::Open, Faults::Call::Stat}) {
-        CTestedReader reader(CSettings{.utf8 = GetParam()});
-        ASSERT_TRUE(reader.Open(m_path));
-        const auto open = Faults::OpenDescriptors();
-        const auto failures = Faults::ForEachFailure(call, EACCES, [&](std::size_t) {
-            if (!reader.Open(m_path)) {
-                EXPECT_EQ(reader.GetErrorCode(), 5U);
-                EXPECT_FALSE(reader.HasNextLineData() && reader.MoveFileBegin());
-            }
-        });
-        EXPECT_GE(failures, 1U);
-        EXPECT_EQ(Faults::OpenDescriptors(), open) << "one file, however often it was opened";
-    }
-}
-
 TEST_P(CTextFaults, RowsAllocateNothing) {
     CTestedReader reader(CSettings{.utf8 = GetParam()});
     ASSERT_TRUE(reader.Open(m_path));
@@ -112,21 +85,6 @@ TEST_P(CTextFaults, RowsAllocateNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Utf8, CTextFaults, testing::Bool(), testing::PrintToStringParamName());
-
-TEST(CTextMemory, FailedConstruction) {
-    const auto live = Faults::LiveAllocations();
-    std::size_t thrown = 0;
-    const auto failures = Faults::ForEachFailure(Faults::Call::Allocate, 0, [&](std::size_t) {
-        try {
-            NSTQCore::CCsvDataAccess reader(10, 1000, 100, true, NSTQCore::CSourceDataInfo::RCS_UTF8);
-        } catch (const std::bad_alloc&) {
-            ++thrown;
-        }
-    });
-    EXPECT_EQ(failures, 5U) << "four areas and the raw record";
-    EXPECT_EQ(thrown, failures);
-    EXPECT_EQ(Faults::LiveAllocations(), live);
-}
 
 } // namespace
 } // namespace NSTQ::Tests

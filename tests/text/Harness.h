@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -96,13 +95,7 @@ private:
 };
 
 inline std::string Escape(std::string_view text) {
-    std::string escaped;
-    for (const char byte : text.substr(0, 400)) {
-        char code[8];
-        std::snprintf(code, sizeof code, "\\x%02X", static_cast<unsigned char>(byte));
-        escaped += byte > ' ' && byte <= '~' ? std::string(1, byte) : code;
-    }
-    return escaped;
+    return testing::PrintToString(std::string(text.substr(0, 400)));
 }
 
 /// "true" or "false" and its count, then the fields, e.g. `+2:a|b`; an unassigned output shows as `(none)`.

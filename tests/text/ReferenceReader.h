@@ -3,10 +3,15 @@
 // the read buffer make of HasNextLineData and GetReadPosition.
 #pragma once
 
+#include "platform/CodePage.h"
+#include "platform/automation/Bstr.h"
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace NSTQ::Tests {
@@ -48,32 +53,288 @@ struct CReads {
 class CReferenceReader {
 public:
     /// Opens `file`, which must outlive the reader; `start` is 3 when a byte-order mark is skipped.
-    CReferenceReader(const CSettings& settings, std::string_view file, CReads reads = {}, std::size_t start = 0);
+    CReferenceReader(const CSettings& settings, std::string_view file, CReads reads = {}, std::size_t start = 0)
+        : m_settings(settings), m_file(file), m_reads(reads) {
+        m_settings.maxLine = std::min<std::uint32_t>(m_settings.maxLine, 65535);
+        Available();
+        m_pos = start;
+    }
 
-    void Read(CRecord& record);
-    void ReadLine(std::uint32_t line, CRecord& record);
+    void Read(CRecord& record) {
+        m_exhausted = m_failedRead = false;
+        const std::size_t start = m_pos;
+        record.assigned = record.rawFits = true;
+        record.fields.clear();
+        record.raw.clear();
+        record.result = m_settings.utf8 ? ReadConverted(record) : ReadSplit(record);
+        if (!record.assigned) {
+            record.fields.clear();
+        } else if (m_settings.raw && !m_settings.utf8) {
+            record.raw = m_file.substr(start, m_pos - start);
+            record.result = record.rawFits = record.raw.size() <= m_settings.maxLine;
+        }
+        ShowState(record);
+    }
+
+    void ReadLine(std::uint32_t line, CRecord& record) {
+        m_pos = m_fillStart = m_fillEnd = 0;
+        m_exhausted = m_failedRead = false;
+        while (line > 0 && Available()) {
+            const int byte = Next();
+            ++m_pos;
+            line -= IsPre(byte) && TakePost();
+        }
+        record.assigned = false;
+        record.result = false;
+        // A line is picked without its raw record, whatever is set.
+        const bool raw = std::exchange(m_settings.raw, false);
+        if (Available())
+            Read(record);
+        m_settings.raw = raw;
+        ShowState(record);
+    }
+
     bool HasNext() const { return m_fillStart < m_file.size(); }
-    int Position() const;
 
 private:
-    struct CField;
+    static constexpr int tab = 0x09, sub = 0x1A, space = 0x20, quote = 0x22;
 
-    bool Available();
+    /// A field keeps a TAB until its end, so that trimming tells the space that it becomes from a real one.
+    static std::string Finish(std::string field) {
+        field.resize(field.find_last_not_of(' ') + 1);
+        std::replace(field.begin(), field.end(), '\t', ' ');
+        return field;
+    }
+
+    static bool IsUtf8Page() { return Platform::GetAnsiCodePage() == Platform::CP_UTF8; }
+
+    static std::size_t CharacterLength(char first) {
+        const auto byte = static_cast<unsigned char>(first);
+        if (IsUtf8Page())
+            return byte < 0xC2 || byte > 0xF4 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+        const bool isLead = (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+        return Platform::GetAnsiCodePage() == 932 && isLead ? 2 : 1;
+    }
+
+    /// In UTF-8 a byte of another kind begins a character, whatever the byte before it has promised.
+    static bool ContinuesCharacter(char byte) {
+        return !IsUtf8Page() || (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+    }
+
+    static std::string ToAnsi(const std::string& text) {
+        const int length = static_cast<int>(text.size());
+        const int units = Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text.data(), length, nullptr, 0);
+        std::u16string wide(static_cast<std::size_t>(units), u'\0');
+        Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text.data(), length, wide.data(), units);
+        return Platform::AnsiFromWide(wide);
+    }
+
     int Next() { return Available() ? static_cast<unsigned char>(m_file[m_pos]) : -1; }
-    bool TakeIf(char delimiter);
     bool TakePost() { return m_settings.post == 0 || TakeIf(m_settings.post); }
     bool IsPre(int byte) const { return byte >= 0 && byte == static_cast<signed char>(m_settings.pre); }
     bool IsSeparator(int byte) const { return byte == static_cast<unsigned char>(m_settings.separator); }
 
-    bool ReadSplit(CRecord& record);
-    bool ReadOneField(std::string& field);
-    void SkipBlanks();
-    bool ReadQuoted(std::string& field);
-    void ReadUnquoted(std::string& field);
-    bool ReadConverted(CRecord& record);
-    bool Collect(std::string& text);
-    bool CollectByte(int byte, std::string& text, bool& quoted, bool& done);
-    std::string Cut(std::string field) const;
+    void ShowState(CRecord& record) const {
+        record.hasNext = HasNext();
+        record.position = m_file.empty() ? 0 : static_cast<int>(m_fillStart * 1000 / m_file.size());
+        record.failedRead = m_failedRead;
+    }
+
+    bool Available() {
+        if (m_pos < m_fillEnd)
+            return true;
+        if (m_exhausted)
+            return false;
+        m_fillStart = m_fillEnd;
+        if (++m_readCount == m_reads.failing)
+            m_failedRead = true;
+        else
+            m_fillEnd =
+                std::min(m_file.size(), m_fillStart + std::max(m_reads.size, m_readCount == 1 ? m_reads.first : 1));
+        m_exhausted = m_fillEnd == m_fillStart;
+        return !m_exhausted;
+    }
+
+    bool TakeIf(char delimiter) {
+        const bool matches = Next() >= 0 && Next() == static_cast<signed char>(delimiter);
+        m_pos += matches;
+        return matches;
+    }
+
+    bool ReadSplit(CRecord& record) {
+        record.count = 0;
+        m_counter = 0;
+        m_end = false;
+        while (!m_end) {
+            std::string field;
+            if (!Available() || !ReadOneField(field)) {
+                m_end = !HasNext();
+                return m_end;
+            }
+            if (m_counter > m_settings.maxLine) {
+                record.assigned = false;
+                return false;
+            }
+            if (record.count < m_settings.maxFields)
+                record.fields.push_back(Cut(Finish(std::move(field))));
+            if (!m_end && IsSeparator(Next()))
+                ++m_pos;
+            ++record.count;
+            ++m_counter;
+        }
+        return true;
+    }
+
+    /// False when SUB stands where the field would begin.
+    bool ReadOneField(std::string& field) {
+        SkipBlanks();
+        if (m_end)
+            return true;
+        if (Next() == sub) {
+            ++m_pos;
+            Available();
+            return false;
+        }
+        if (Next() == quote && ReadQuoted(field))
+            return true;
+        ReadUnquoted(field);
+        return true;
+    }
+
+    void SkipBlanks() {
+        while (m_counter < m_settings.maxLine && Available()) {
+            const int byte = Next();
+            if (byte > space || IsSeparator(byte) || (!IsPre(byte) && (byte == tab || byte == sub)))
+                return;
+            ++m_pos;
+            if (IsPre(byte) && TakePost()) {
+                m_end = true;
+                return;
+            }
+            ++m_counter;
+        }
+    }
+
+    /// True when a line end has ended the record; otherwise the field goes on.
+    bool ReadQuoted(std::string& field) {
+        ++m_pos;
+        bool isStart = true;
+        for (; m_counter < m_settings.maxLine && Available(); ++m_counter) {
+            const int byte = Next();
+            ++m_pos;
+            if (byte == quote) {
+                if (Next() != quote)
+                    return false;
+                ++m_pos;
+            } else if (byte != tab && byte < space) {
+                if (!m_settings.quoteNewLine && IsPre(byte) && TakePost())
+                    return m_end = true;
+                continue;
+            } else if (byte == space && isStart) {
+                continue;
+            }
+            isStart = false;
+            field += static_cast<char>(byte);
+        }
+        return false;
+    }
+
+    void ReadUnquoted(std::string& field) {
+        while (Available()) {
+            const int byte = Next();
+            if (IsSeparator(byte) || m_counter >= m_settings.maxLine)
+                return;
+            ++m_pos;
+            if (byte > space) {
+                field += static_cast<char>(byte);
+            } else if (IsPre(byte)) {
+                if (TakePost()) {
+                    m_end = true;
+                    return;
+                }
+            } else if (byte == space || byte == tab) {
+                field += static_cast<char>(byte);
+            } else if (byte == sub) {
+                Available();
+                m_end = true;
+                return;
+            }
+            ++m_counter;
+        }
+    }
+
+    std::string Cut(std::string field) const {
+        const std::size_t limit = m_settings.maxField;
+        if (field.size() <= limit)
+            return field;
+        std::size_t last = 0; // where the last character begins that begins below the limit
+        std::size_t end = 0;
+        for (std::size_t at = 0; at < limit;) {
+            last = at;
+            end = at + CharacterLength(field[at]);
+            for (++at; at < end && at < field.size() && ContinuesCharacter(field[at]); ++at) {
+            }
+        }
+        field.resize(end <= limit ? limit : last);
+        return field;
+    }
+
+    bool ReadConverted(CRecord& record) {
+        std::string text;
+        if (!Collect(text)) {
+            record.assigned = false;
+            return false;
+        }
+        record.count = 0;
+        if (text.empty())
+            return true;
+        const std::string ansi = ToAnsi(text + '\0');
+        if (ansi.size() > m_settings.maxLine)
+            return true;
+        for (std::size_t start = 0; start < ansi.size() && record.count < m_settings.maxFields; ++record.count) {
+            record.fields.push_back(Cut(ansi.c_str() + start));
+            start = ansi.find('\0', start) + 1;
+        }
+        return true;
+    }
+
+    /// False when the record has more than maxLine bytes.
+    bool Collect(std::string& text) {
+        bool quoted = false, done = false;
+        // The file is asked for the next byte even after the record's end.
+        while (Available() && !done) {
+            const int byte = Next();
+            ++m_pos;
+            if (!CollectByte(byte, text, quoted, done))
+                return false;
+        }
+        return true;
+    }
+
+    bool CollectByte(int byte, std::string& text, bool& quoted, bool& done) {
+        if (IsPre(byte) && TakePost()) {
+            done = !(quoted && m_settings.quoteNewLine);
+            return true;
+        }
+        if (IsSeparator(byte) && !quoted) {
+            byte = 0;
+        } else if (byte < space) {
+            done = byte == sub && !text.empty();
+            return true;
+        } else if (byte == quote) {
+            if (!quoted || Next() != quote) {
+                quoted = !quoted;
+                return true;
+            }
+            ++m_pos;
+        } else if (byte == space && !quoted) {
+            return true;
+        }
+        if (text.size() >= m_settings.maxLine)
+            return false;
+        text += static_cast<char>(byte);
+        return true;
+    }
 
     CSettings m_settings;
     std::string_view m_file;
