@@ -7,6 +7,7 @@
 
 #include "SOptions.h"
 
+#include "CDescriptor.h"
 #include "CFailure.h"
 #include "platform/ComError.h"
 
@@ -36,7 +37,7 @@ private:
     std::string PrivateName(const std::string& extension) const;
 
     SOptions m_options;
-    int m_iDescriptor = -1;  ///< of a copy without a name
+    CDescriptor m_copy;      ///< of standard input
     std::string m_strRemove; ///< what is to be removed in the end
 };
 

@@ -1,5 +1,6 @@
 #include "CSource.h"
 
+#include "CDescriptor.h"
 #include "CFailure.h"
 #include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
@@ -21,23 +22,6 @@
 namespace NSTQ::Tool {
 namespace {
 
-class CReadDescriptor {
-public:
-    explicit CReadDescriptor(const std::string& path)
-        // Without O_NONBLOCK a pipe would make the call wait for a writer before it can be refused.
-        : m_iDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-    CReadDescriptor(const CReadDescriptor&) = delete;
-    CReadDescriptor& operator=(const CReadDescriptor&) = delete;
-    ~CReadDescriptor() {
-        if (m_iDescriptor >= 0)
-            ::close(m_iDescriptor);
-    }
-    int Get() const { return m_iDescriptor; }
-
-private:
-    int m_iDescriptor;
-};
-
 /// Reads until the text is full or the file ends. False on an error.
 bool FillFrom(int descriptor, std::string& text) {
     std::size_t size = 0;
@@ -56,16 +40,6 @@ bool FillFrom(int descriptor, std::string& text) {
 }
 
 } // namespace
-
-CUnpackFolder::~CUnpackFolder() {
-    SCSignals::RemoveFolder(nullptr);
-}
-
-void CUnpackFolder::Set(const char* path) {
-    SCSignals::RemoveFolder(nullptr);
-    m_strPath = SCPathText::ToSystem(path);
-    SCSignals::RemoveFolder(m_strPath.empty() ? nullptr : m_strPath.c_str());
-}
 
 CSource::CSource(const SOptions& options) : m_options(options), m_strDataPath(options.strPath) {
     ReadHead(options.strPath);
@@ -105,7 +79,8 @@ void CSource::FindLineEnd() {
 }
 
 void CSource::ReadHead(const std::string& path) {
-    const CReadDescriptor file(path);
+    // Without O_NONBLOCK a pipe would make the call wait for a writer before it can be refused.
+    const CDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
     if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0)
         throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));

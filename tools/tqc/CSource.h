@@ -3,6 +3,7 @@
 
 #include "CFailure.h"
 #include "CSourceReader.h"
+#include "CUnpackFolder.h"
 #include "SOptions.h"
 
 #include <sys/stat.h>
@@ -13,19 +14,6 @@
 #include <vector>
 
 namespace NSTQ::Tool {
-
-/// The folder of an unpacked package, made known to the handler of signals for as long as the object lives.
-class CUnpackFolder {
-public:
-    CUnpackFolder() = default;
-    CUnpackFolder(const CUnpackFolder&) = delete;
-    CUnpackFolder& operator=(const CUnpackFolder&) = delete;
-    ~CUnpackFolder();
-    void Set(const char* path);
-
-private:
-    std::string m_strPath;
-};
 
 class CSource {
 public:

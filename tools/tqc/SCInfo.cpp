@@ -4,11 +4,9 @@
 #include "CJsonWriter.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
-#include "SCErrorText.h"
+#include "SCTerminal.h"
 #include "SCTypeNames.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
 
@@ -29,15 +27,19 @@ std::string DescribeTime(const FILETIME& time, const char* form) {
     return text;
 }
 
-const char* DescribeLineEnd(const SLineEnd& lineEnd) {
+struct SLineEndName {
+    const char* code; ///< as in JSON and on the command line
+    const char* words;
+};
+
+SLineEndName NameLineEnd(const SLineEnd& lineEnd) {
     if (lineEnd.cPost != 0)
-        return "CR LF";
-    return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? "LF" : "CR";
+        return {"crlf", "CR LF"};
+    return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? SLineEndName{"lf", "LF"} : SLineEndName{"cr", "CR"};
 }
 
-bool IsText(SCDeclareConstant::ESourceFileType type) {
-    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
-           type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
+bool MayBeText(SCDeclareConstant::ESourceFileType type) {
+    return SCTypeNames::IsText(type) || type == SCDeclareConstant::SFT_UNKNOWN;
 }
 
 /// The listings can be long, and a name may hold anything.
@@ -45,22 +47,10 @@ void PutText(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-void FlushOutput() {
-    if (std::fflush(stdout) != 0 && errno != EPIPE)
-        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
-}
-
-/// Control bytes would break the lines.
-std::string OnOneLine(std::string name) {
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
-    return name;
-}
-
 void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encoder) {
     PutText("name\trows\tcolumns\n");
     for (const CSource::STable& table : tables) {
-        const std::string shown = OnOneLine(table.strName);
+        const std::string shown = SCTerminal::OnOneLine(table.strName);
         const char* name = shown.data();
         const char** names = &name;
         const auto length = static_cast<WORD>(shown.size());
@@ -101,8 +91,7 @@ void AddTextFacts(CJsonWriter& json, const CSource& source) {
     const CSource::SCharacterSet set = source.CharacterSet();
     AddText(json, "characterSet", set.strName);
     json.Add("mark", set.bMark);
-    const char* const lineEnd = DescribeLineEnd(source.LineEnd());
-    json.Add("lineEnd", lineEnd == std::string("CR LF") ? "crlf" : lineEnd == std::string("LF") ? "lf" : "cr");
+    json.Add("lineEnd", NameLineEnd(source.LineEnd()).code);
 }
 
 void ShowAsJson(const SOptions& options) {
@@ -120,7 +109,7 @@ void ShowAsJson(const SOptions& options) {
         json.Add("dataFileSize", std::int64_t{source.Size()});
     else if (isPackage)
         json.AddNull("dataFileSize");
-    if (isOpen || IsText(source.Type()))
+    if (isOpen || MayBeText(source.Type()))
         AddTextFacts(json, source);
     json.EndObject();
     PutText(json.Finish());
@@ -138,9 +127,9 @@ void ShowInWords(const SOptions& options) {
         std::printf("Data file:     %lld bytes\n", static_cast<long long>(source.Size()));
     else if (isPackage)
         std::printf("Data file:     needs a password, or the archive is damaged or refused\n");
-    if (isOpen || IsText(source.Type())) {
+    if (isOpen || MayBeText(source.Type())) {
         std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
-        std::printf("Line end:      %s\n", DescribeLineEnd(source.LineEnd()));
+        std::printf("Line end:      %s\n", NameLineEnd(source.LineEnd()).words);
     }
 }
 
@@ -150,14 +139,13 @@ void SCInfo::List(const SOptions& options) {
     CSource source(options);
     if (options.bNamesOnly) {
         for (const std::string& name : source.ListNames())
-            PutText(OnOneLine(name) + '\n');
+            PutText(SCTerminal::OnOneLine(name) + '\n');
     } else if (options.bJson) {
         PrintTablesAsJson(options, source, source.ListTables());
     } else {
         CRowEncoder encoder(source.OutputCodePage());
         PrintTables(source.ListTables(), encoder);
     }
-    FlushOutput();
 }
 
 void SCInfo::Show(const SOptions& options) {
@@ -165,7 +153,6 @@ void SCInfo::Show(const SOptions& options) {
         ShowAsJson(options);
     else
         ShowInWords(options);
-    FlushOutput();
 }
 
 } // namespace NSTQ::Tool

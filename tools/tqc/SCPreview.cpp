@@ -3,11 +3,9 @@
 #include "CFailure.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
-#include "SCErrorText.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -70,8 +68,7 @@ void PrintRuler(std::size_t width) {
 void ShowFixedLength(const CSource& source) {
     constexpr std::size_t widthShown = 1000;
     const std::string_view head = source.Head();
-    const char ends[] = {source.LineEnd().cPre, source.LineEnd().cPost};
-    const std::string_view lineEnd(ends, source.LineEnd().cPost == 0 ? 1 : 2);
+    const std::string lineEnd = source.LineEnd().Bytes();
     std::vector<std::string_view> rows;
     std::size_t width = 0;
     for (std::size_t start = 0; start < head.size() && rows.size() < ROWS_SHOWN;) {
@@ -118,8 +115,6 @@ void SCPreview::Show(const SOptions& options) {
         ShowFixedLength(source);
     else
         ShowFields(options, source);
-    if (std::fflush(stdout) != 0 && errno != EPIPE)
-        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
 }
 
 } // namespace NSTQ::Tool
