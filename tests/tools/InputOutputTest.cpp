@@ -100,6 +100,7 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         // What is asked in the wrong place.
         {"list a.csv b.csv", "", "", "one file at a time", 2},
         {"a.csv info", "", "", "tqc info a.csv", 2},
+        {"info a.csv -o o", "", "", "--output, --out-dir and --rejects are for convert", 2},
         {"a.csv --json", "", "", "--json", 2},
     };
     Check(cases);
