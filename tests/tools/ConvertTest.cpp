@@ -102,6 +102,7 @@ TEST_F(Convert, FixedLengthText) {
          "        10\n123456789012\n0123456789ab\nc.d\n\n"},
         {"preview a.dat", MARK + "\xE8\xA1\xA8\x1B[\x7F\xC2\x9B|\n", "123456789\n\xE8\xA1\xA8 .[.. |\n"},
         {"preview a.csv", "a,\"b,c\"\n1,2\n3\n4\n", "a | b,c\n1 | 2\n3\n"},
+        {"preview a.csv --max-line-size 4", "a\nbcdefg\n", "a\n", "row 2 has 4 bytes or more", 6},
     };
     Check(cases);
     // Only packages need a temporary folder.
@@ -126,7 +127,8 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
     m_folder.WriteFile("key", "x");
     m_folder.WriteFile("other.xtqf", MakeZip({{.name = "other", .content = "x"}}));
     const SCase refused[] = {
-        {"b.xtqf --password-file key", "no archive", "", "b.xtqf: cannot be unpacked", 4},
+        {"b.xtqf", "no archive", "", "b.xtqf: no package", 5},
+        {"b.xtqf --password-file key", "PK\3\4", "", "b.xtqf: cannot be unpacked", 4},
         {"a.xtqf --password-file missing", "", "", "missing", 3},
         {"other.xtqf", "", "", "other.xtqf: ", 3},
     };
@@ -153,7 +155,13 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"list a.csv", "a,b\n", "", "list is for workbooks and databases", 2},
         {"a.csv --sheet 1", "a,b\n", "", "--sheet is for workbooks and databases", 2},
         {"b.xlsx", "no workbook", "", "b.xlsx: ", 5},
+        {"damaged.xlsx", "", "", "its sheet \"It's a.b!c\" cannot be opened", 5},
+        {"list damaged.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t\t\n",
+         "its sheet \"It's a.b!c\" cannot be opened", 5},
     };
+    parts.sheetNames.resize(1);
+    parts.strRows += "<row></oops>";
+    m_folder.WriteFile("damaged.xlsx", parts.Zip().Finish());
     Check(cases);
 }
 
@@ -179,6 +187,7 @@ public:
         m_iChild = ::forkpty(&m_iMaster, nullptr, nullptr, nullptr);
         if (m_iChild != 0)
             return;
+        ::signal(SIGINT, SIG_DFL); // where the tests run in the background it is ignored
         ::execl(TQC_PROGRAM, "tqc", source.c_str(), "--encoding", "932", "-o", output.c_str(), nullptr);
         ::_exit(127);
     }

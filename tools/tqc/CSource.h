@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,11 +36,16 @@ public:
     /// A sheet or table of a workbook or database.
     struct STable {
         std::string strName;
-        DWORD dwRows;
-        DWORD dwColumns;
+        struct SSize {
+            DWORD dwRows;
+            DWORD dwColumns;
+        };
+        std::optional<SSize> size; ///< none when it cannot be opened
     };
     /// All of them. Throws CFailure.
     std::vector<STable> ListTables();
+    /// The failure of a sheet or table that cannot be opened.
+    CFailure DescribeUnopened(const std::string& table, const std::string& hint = "; the others are above") const;
     /// Their names alone; nobody is asked for a password. Throws CFailure.
     std::vector<std::string> ListNames();
     /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.
@@ -92,7 +98,7 @@ private:
     [[noreturn]] void ExplainListing() const;
     bool IsLocked() const;
     std::vector<std::string> TableNames() const;
-    void SelectTable();
+    std::string SelectTable();
     std::unique_ptr<CTableReader> OpenTable();
     std::unique_ptr<ISourceReader> OpenDelimited();
     std::unique_ptr<ISourceReader> OpenFixedLength();

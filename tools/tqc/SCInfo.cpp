@@ -57,9 +57,17 @@ void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encode
         const WORD* lengths = &length;
         if (!encoder.IsIdle())
             encoder.Encode(names, lengths, 1);
-        PutText(std::string(names[0], lengths[0]) + '\t' + std::to_string(table.dwRows) + '\t' +
-                std::to_string(table.dwColumns) + '\n');
+        PutText(std::string(names[0], lengths[0]) + '\t');
+        PutText(table.size ? std::to_string(table.size->dwRows) + '\t' + std::to_string(table.size->dwColumns) + '\n'
+                           : "\t\n");
     }
+}
+
+void AddNumber(CJsonWriter& json, const char* key, std::optional<DWORD> number) {
+    if (number)
+        json.Add(key, std::int64_t{*number});
+    else
+        json.AddNull(key);
 }
 
 void PrintTablesAsJson(const SOptions& options, const CSource& source, const std::vector<CSource::STable>& tables) {
@@ -71,8 +79,8 @@ void PrintTablesAsJson(const SOptions& options, const CSource& source, const std
     for (const CSource::STable& table : tables) {
         json.BeginObject();
         json.Add("name", table.strName);
-        json.Add("rows", std::int64_t{table.dwRows});
-        json.Add("columns", std::int64_t{table.dwColumns});
+        AddNumber(json, "rows", table.size ? std::optional(table.size->dwRows) : std::nullopt);
+        AddNumber(json, "columns", table.size ? std::optional(table.size->dwColumns) : std::nullopt);
         json.EndObject();
     }
     json.EndList();
@@ -140,12 +148,19 @@ void SCInfo::List(const SOptions& options) {
     if (options.bNamesOnly) {
         for (const std::string& name : source.ListNames())
             PutText(SCTerminal::OnOneLine(name) + '\n');
-    } else if (options.bJson) {
-        PrintTablesAsJson(options, source, source.ListTables());
+        return;
+    }
+    const std::vector<CSource::STable> tables = source.ListTables();
+    if (options.bJson) {
+        PrintTablesAsJson(options, source, tables);
     } else {
         CRowEncoder encoder(source.OutputCodePage());
-        PrintTables(source.ListTables(), encoder);
+        PrintTables(tables, encoder);
     }
+    // Only now, so that the damage of one does not hide the others.
+    for (const CSource::STable& table : tables)
+        if (!table.size)
+            throw source.DescribeUnopened(table.strName);
 }
 
 void SCInfo::Show(const SOptions& options) {

@@ -3,6 +3,7 @@
 #include "CFailure.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
+#include "SCErrorText.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
@@ -94,8 +95,14 @@ void ShowFields(const SOptions& options, CSource& source) {
     for (std::size_t row = 0; row < ROWS_SHOWN && reader->Rows().HasNextLineData(); ++row) {
         fields = nullptr;
         const bool complete = reader->Rows().GetLineData(fields, lengths, count);
-        if (fields == nullptr || reader->Rows().GetErrorCode() != 0)
-            throw CFailure(ES_UNSUPPORTED, options.strFile, "its row " + std::to_string(row + 1) + " cannot be read");
+        const std::string found = "row " + std::to_string(row + 1);
+        if (const DWORD code = reader->Rows().GetErrorCode(); code != 0)
+            throw CFailure(ES_UNSUPPORTED, options.strFile,
+                           found + " cannot be read: " + SCErrorText::OfLibrary(code));
+        if (fields == nullptr)
+            throw CFailure(ES_LIMIT, options.strFile,
+                           found + " has " + std::to_string(options.dwMaxLineSize) +
+                               " bytes or more; only convert goes on behind it");
         if (count == 0 && complete)
             return;
         count = std::min(count, options.dwMaxFields);
