@@ -125,7 +125,7 @@ TEST_F(Sources, EachFailureOfAListingIsRaised) {
 TEST_F(Sources, ASourceThatGrewBetweenTheCallsIsNotWrittenPastItsRoom) {
     Listing listing;
     const std::vector<std::u16string> grown[] = {
-        {u"one", u"three", u""}, {u"one", u"three!"}, {std::u16string(70000, u'x')}};
+        {u"one", u"three", u""}, {u"a", u"b", u"c"}, {u"one", u"three!"}, {std::u16string(70000, u'x')}};
     for (const auto& names : grown) {
         script.SetTables({u"one", u"three"});
         listing.Size();
@@ -133,10 +133,10 @@ TEST_F(Sources, ASourceThatGrewBetweenTheCallsIsNotWrittenPastItsRoom) {
         EXPECT_EQ(Raised([&] { listing.Names(); }), DB_E_DATAOVERFLOW);
     }
     // Room that was told for one source says nothing of another.
-    script.SetTables({u"x"});
-    DWORD size = 0;
-    DWORD count = 0;
+    script.SetTables({});
+    DWORD size = 0, count = 0;
     CADOOperater::GetSchemaNameSize(size, count, "another");
+    script.SetTables({u"x"});
     listing.Names();
     EXPECT_EQ(listing.texts, (std::vector<std::string>{"x"}));
 }
