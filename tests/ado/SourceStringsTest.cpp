@@ -18,10 +18,11 @@ constexpr const char* connection = "Provider=x;Data Source=y";
 
 /// What the two listing calls give.
 struct Listing {
+    using Texts = std::vector<std::string>;
     DWORD size = 77;
     DWORD count = 77;
     std::vector<char> names;
-    std::vector<std::string> texts;
+    Texts texts;
 
     void Size() { EXPECT_TRUE(CADOOperater::GetSchemaNameSize(size, count, connection)); }
     /// Asks for the names in exactly the room that was told, so that a byte too many is seen.
@@ -35,6 +36,11 @@ struct Listing {
         for (DWORD i = 0; i < written; ++i)
             texts.emplace_back(starts[i], lengths[i]);
         EXPECT_TRUE(starts.empty() || starts[0] == names.data());
+    }
+    const Texts& List() {
+        Size();
+        Names();
+        return texts;
     }
 };
 
@@ -62,24 +68,15 @@ TEST_F(Sources, ListsTablesAndViewsInTheirOrder) {
     script.SetSchema({{u"Sheet1$", u"TABLE"}, {u"sys", u"SYSTEM TABLE"}, {u"Data$", u"TABLE"}, {u"low", u"table"}});
     CComApartment apartment;
     Listing listing;
-    listing.Size();
-    EXPECT_EQ(listing.size, 14U);
+    EXPECT_EQ(listing.List(), (Listing::Texts{"Sheet1$", "Data$"}));
     EXPECT_EQ(listing.count, 2U);
-    listing.Names();
-    EXPECT_EQ(std::string(listing.names.data(), 14), std::string("Sheet1$\0Data$", 14));
-    EXPECT_EQ(listing.texts, (std::vector<std::string>{"Sheet1$", "Data$"}));
+    EXPECT_EQ(std::string(listing.names.begin(), listing.names.end()), std::string("Sheet1$\0Data$", 14));
     EXPECT_EQ(GetComInitCount(), 1U);
-
     script.schema.rows = {{u"\u3042", u"VIEW"}, {1.5, u"TABLE"}, {u"x", 12.0}};
-    listing.Size();
-    listing.Names();
-    EXPECT_EQ(listing.texts, (std::vector<std::string>{"\x82\xA0", "1.5"}));
-
+    EXPECT_EQ(listing.List(), (Listing::Texts{"\x82\xA0", "1.5"}));
     script.SetSchema({{u"x", u"SYNONYM"}});
-    listing.Size();
+    EXPECT_EQ(listing.List(), Listing::Texts{});
     EXPECT_EQ(listing.size + listing.count, 0U);
-    listing.Names();
-    EXPECT_TRUE(listing.texts.empty());
 }
 
 TEST_F(Sources, EachFailureOfAListingIsRaised) {

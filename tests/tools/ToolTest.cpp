@@ -6,6 +6,7 @@
 #include <array>
 #include <chrono>
 #include <pty.h>
+#include <regex>
 #include <set>
 #include <thread>
 
@@ -23,11 +24,6 @@ const std::string JAPANESE_SJIS = "\x95\x5C";
 
 class Tool : public CToolTest {
 protected:
-    mode_t Mode(std::string_view name) const {
-        struct stat status {};
-        ::stat(m_folder.Path(name).c_str(), &status);
-        return status.st_mode & 07777;
-    }
     std::string MakeBigFile() const {
         const std::string rows = Repeat("12345,abcdef,\"quoted, text\",678901\n", 300'000);
         m_folder.WriteFile("big.csv", rows);
@@ -43,6 +39,7 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.csv", "a b", "a b\r\n"},
         {"a.csv", "a\n\n\nb\n\n", "a\r\n\r\n\r\nb\r\n\r\n"},
         {"a.csv", "\"a\"\"\nb\",c\r\nd\r\n", "\"a\"\"b\",c\r\nd\r\n"},
+        {"a.csv", "x\"y,\"a\nb\"\r\nd\r\n", "\"x\"\"y\",ab\r\nd\r\n"},
         {"a.csv", "\"a\nb\",c\n", "a\r\n\"b\"\"\",c\r\n"},
         {"a.csv --quote-newline", "\"a\nb\",c\n", "ab,c\r\n"},
         {"a.csv --eol cr", "a\rb\nc\n", "a\r\nbc\r\n"},
@@ -143,28 +140,23 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
 
 TEST_F(Tool, InfoTellsWhatTheSamplesAre) {
     const struct {
-        std::string file;
-        const char* options;
-        const char* type;
-        const char* characterSet;
-        const char* lineEnd;
+        const char* line;
+        const char* told;
     } cases[] = {
-        {"prices-sjis.csv", "", "comma-separated", "not UTF-8", "CR LF"},
-        {"prices-sjis.csv", " --code-page 932", "comma-separated", "932 (shift_jis)", "CR LF"},
-        {"prices-utf8.csv", " --code-page 932", "comma-separated", "UTF-8 (with a mark)", "CR LF"},
-        {"stock.tsv", "", "tab-separated", "UTF-8\n", "LF"},
-        {"ledger.txt", "", "fixed-length", "UTF-8\n", "CR LF"},
+        {"prices-sjis.csv", "comma-separated text,not UTF-8 .*,CR LF"},
+        {"prices-sjis.csv --code-page 932", "comma-separated text,code page 932 .shift_jis.,CR LF"},
+        {"prices-utf8.csv --code-page 932", "comma-separated text,UTF-8 .with a mark.,CR LF"},
+        {"stock.tsv", "tab-separated text,UTF-8,LF"},
+        {"ledger.txt", "fixed-length text,UTF-8,CR LF"},
     };
-    for (const auto& entry : cases) {
-        const std::string path = TQC_SAMPLES "/" + entry.file;
-        const SResult result = Run("info " + path + entry.options);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_THAT(result.output,
-                    AllOf(HasSubstr("Type:          "s + entry.type), HasSubstr("Character set: "),
-                          HasSubstr(entry.characterSet), HasSubstr("Line end:      "s + entry.lineEnd + "\n"),
-                          HasSubstr("Size:          " + std::to_string(std::filesystem::file_size(path)) + " bytes"),
-                          testing::ContainsRegex("Updated:       20[0-9-]+ [0-9:]+ [+-][0-9]+")))
-            << entry.file;
+    for (const auto& [line, told] : cases) {
+        const std::string path = TQC_SAMPLES "/"s + Words(line)[0];
+        const std::string size = std::to_string(std::filesystem::file_size(path));
+        const std::regex form("Type:          (.*)\nSize:          " + size +
+                              " bytes\nUpdated:       20[0-9-]+ [0-9:]+ [+-][0-9]+\n"
+                              "Character set: (.*)\nLine end:      (.*)\n");
+        const std::string shown = Run("info " TQC_SAMPLES "/"s + line).output;
+        EXPECT_TRUE(std::regex_match(std::regex_replace(shown, form, "$1,$2,$3"), std::regex(told))) << shown;
     }
 }
 
@@ -180,26 +172,22 @@ TEST_F(Tool, CodePageComesFromTheLocale) {
 
 TEST_F(Tool, ReplacesTheTargetInOneStep) {
     m_folder.WriteFile("a.csv", "a\n");
-    ASSERT_EQ(Run("a.csv -o new.csv").status, 0);
-    EXPECT_EQ(m_folder.ReadFile("new.csv"), "a\r\n");
-
     m_folder.WriteFile("old.csv", "something longer that was there before");
     ::chmod(m_folder.Path("old.csv").c_str(), 0640);
     std::filesystem::create_symlink("old.csv", m_folder.Path("link.csv"));
-    ASSERT_EQ(Run("a.csv -o link.csv").status, 0);
-    EXPECT_EQ(m_folder.ReadFile("old.csv"), "a\r\n");
-    EXPECT_EQ(Mode("old.csv"), 0640U);
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Path("link.csv")));
-
     std::filesystem::create_symlink("fresh.csv", m_folder.Path("dangling.csv"));
-    ASSERT_EQ(Run("a.csv -o dangling.csv").status, 0);
-    EXPECT_EQ(m_folder.ReadFile("fresh.csv"), "a\r\n");
-
-    ASSERT_EQ(Run("a.csv -o a.csv").status, 0);
-    EXPECT_EQ(m_folder.ReadFile("a.csv"), "a\r\n");
-    ASSERT_EQ(Run("a.csv -o " + std::string(250, 'n')).status, 0);
-    EXPECT_EQ(Names(), (std::vector<std::string>{"a.csv", "dangling.csv", "fresh.csv", "link.csv", "new.csv",
-                                                 std::string(250, 'n'), "old.csv"}));
+    const std::string longest(250, 'n');
+    for (const std::string& target : {"new.csv"s, "link.csv"s, "dangling.csv"s, "a.csv"s, longest})
+        EXPECT_EQ(Run("a.csv -o " + target).status, 0) << target;
+    const std::vector<std::string> names = {"a.csv",   "dangling.csv", "fresh.csv", "link.csv",
+                                            "new.csv", longest,        "old.csv"};
+    EXPECT_EQ(Names(), names);
+    for (const std::string& name : names)
+        EXPECT_EQ(m_folder.ReadFile(name), "a\r\n") << name;
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Path("link.csv")));
+    struct stat status {};
+    ::stat(m_folder.Path("old.csv").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
 }
 
 TEST_F(Tool, AppendsToStandardOutputAndRefusesItsOwnSource) {
