@@ -83,24 +83,35 @@ void CInputFile::CopyStandardInput() {
     if (!m_options.type)
         throw CFailure(ES_USAGE, "-",
                        "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
-    const std::string extension = '.' + SCTypeNames::Of(*m_options.type);
-    std::string path = PrivateName(extension);
-    {
-        const SCSignals::CHeld held;
-        m_copy.Reset(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
-        if (m_copy.Get() < 0)
-            throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
-                           "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
-        if (SCTypeNames::IsText(*m_options.type)) {
-            ::unlink(path.c_str());
-            path = "/proc/self/fd/" + std::to_string(m_copy.Get());
-        } else {
-            m_strRemove = path;
-            SCSignals::RemoveFile(m_strRemove.c_str());
-        }
-    }
-    m_options.strPath = path;
+    if (SCTypeNames::IsText(*m_options.type))
+        CreateNameless();
+    else
+        CreateNamed('.' + SCTypeNames::Of(*m_options.type));
     CopyTo(m_copy.Get());
+}
+
+/// Where the file system has files without a name, nothing can be left behind, whatever ends the program.
+void CInputFile::CreateNameless() {
+    m_copy.Reset(::open(TemporaryFolder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (m_copy.Get() < 0) {
+        const SCSignals::CHeld held;
+        CreateNamed("");
+        ::unlink(m_strRemove.c_str());
+        SCSignals::ForgetFile(m_strRemove.c_str());
+        m_strRemove.clear();
+    }
+    m_options.strPath = "/proc/self/fd/" + std::to_string(m_copy.Get());
+}
+
+void CInputFile::CreateNamed(const std::string& extension) {
+    std::string path = PrivateName(extension);
+    const SCSignals::CHeld held;
+    m_copy.Reset(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
+    if (m_copy.Get() < 0)
+        throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
+                       "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
+    m_options.strPath = m_strRemove = path;
+    SCSignals::RemoveFile(m_strRemove.c_str());
 }
 
 void CInputFile::LinkUnderExtension(const std::string& extension) {

@@ -33,6 +33,8 @@ public:
 
 private:
     void CopyStandardInput();
+    void CreateNameless();
+    void CreateNamed(const std::string& extension);
     void LinkUnderExtension(const std::string& extension);
     std::string PrivateName(const std::string& extension) const;
 
