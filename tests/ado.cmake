@@ -2,5 +2,6 @@ tqc_add_test(ado_test
   ado/AdoLayerTest.cpp
   ado/ConnectionStringTest.cpp
   ado/ReaderTest.cpp
-  ado/SourceStringsTest.cpp)
+  ado/SourceStringsTest.cpp
+  support/CompoundBuilder.cpp)
 target_link_libraries(ado_test PRIVATE tqc_fault_injection)

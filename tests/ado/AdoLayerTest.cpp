@@ -4,8 +4,10 @@
 #include "ado/ScriptedAdo.h"
 #include "platform/CodePage.h"
 #include "platform/ado/ProviderRegistry.h"
+#include "support/CompoundBuilder.h"
 #include "support/TempFolder.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -74,28 +76,12 @@ std::unique_ptr<IDataSource> OpenFake(const SSourceOptions& options) {
     return std::make_unique<CFakeSource>();
 }
 
-/// A compound file whose directory is these names, four in each sector.
-std::string CompoundFile(const std::vector<std::string>& names) {
-    std::string file = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(504, '\0');
-    const auto put = [](std::string& bytes, std::size_t at, std::uint32_t value) {
-        for (std::size_t i = 0; i < 4; ++i)
-            bytes[at + i] = static_cast<char>(value >> (8 * i));
-    };
-    file[30] = 9;
-    put(file, 48, 1); // the directory follows the table of sectors
-    std::string table(512, '\0');
-    std::string directory;
-    for (const auto& name : names) {
-        std::string entry(128, '\0');
-        for (std::size_t i = 0; i < name.size(); ++i)
-            entry[i * 2] = name[i];
-        directory += entry;
-    }
-    directory.resize((directory.size() + 511) / 512 * 512);
-    const auto sectors = static_cast<std::uint32_t>(directory.size() / 512);
-    for (std::uint32_t i = 1; i <= sectors; ++i)
-        put(table, i * 4, i == sectors ? 0xFFFFFFFE : i + 1);
-    return file + table + directory;
+/// A compound file with these streams, without anything in them.
+SCompoundBytes CompoundFile(const std::vector<std::u16string>& names) {
+    CCompoundBuilder builder;
+    for (const auto& name : names)
+        builder.Add(name, "");
+    return builder.Finish();
 }
 
 class AdoLayer : public testing::Test {
@@ -130,14 +116,11 @@ protected:
         return "Provider=Microsoft.ACE.OLEDB.12.0;Data Source='" + path + "';Extended Properties='Excel 12.0'";
     }
     static HRESULT Open(const CComPtr<_Recordset>& rows, const CComPtr<_Connection>& on, const char* statement) {
-        const CBstr text = BstrFromAnsi(statement);
-        VARIANT source;
-        source.vt = VT_BSTR;
-        source.bstrVal = text.Get();
+        const Cell source(std::u16string(statement, statement + std::strlen(statement)));
         VARIANT connection;
         connection.vt = VT_DISPATCH;
         connection.pdispVal = on.Get();
-        return Raised([&] { rows->Open(source, connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
+        return Raised([&] { rows->Open(source.Value(), connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
     }
 
     const std::string zip = "PK\x03\x04";
@@ -148,34 +131,39 @@ private:
     FOpenSource m_older[sourceFormatCount];
 };
 
-VARIANT Index(LONG index) {
-    VARIANT value;
-    value.vt = VT_I4;
-    value.lVal = index;
-    return value;
+/// The statement for all rows of the sheet that there is.
+constexpr const char* all = "SELECT * FROM [T$]";
+
+Cell Index(LONG index) {
+    Cell cell(Null{});
+    cell.Value().vt = VT_I4;
+    cell.Value().lVal = index;
+    return cell;
 }
 
 TEST_F(AdoLayer, CallsInTheWrongStateSaySo) {
     auto connection = Create<_Connection>(u"ADODB.Connection");
     const auto rows = Create<_Recordset>(u"adodb.recordset");
-    EXPECT_EQ(Raised([&] { connection->Close(); }), adErrObjectClosed);
-    EXPECT_EQ(Raised([&] { connection->OpenSchema(adSchemaTables); }), adErrObjectClosed);
-    for (const auto& call : std::vector<std::function<void()>>{[&] { rows->Close(); }, [&] { rows->GetEOF(); },
-                                                               [&] { rows->MoveNext(); }, [&] { rows->GetFields(); },
-                                                               [&] { rows->GetRecordCount(); }})
+    const std::function<void()> closed[] = {[&] { connection->Close(); },   [&] { connection->OpenSchema(20); },
+                                            [&] { rows->Close(); },         [&] { rows->GetEOF(); },
+                                            [&] { rows->MoveNext(); },      [&] { rows->GetFields(); },
+                                            [&] { rows->GetRecordCount(); }};
+    for (const auto& call : closed)
         EXPECT_EQ(Raised(call), adErrObjectClosed);
-    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), adErrObjectClosed);
-    EXPECT_EQ(Open(rows, nullptr, "SELECT * FROM [T$]"), adErrInvalidArgument);
+    EXPECT_EQ(Open(rows, connection, all), adErrObjectClosed);
+    EXPECT_EQ(Open(rows, nullptr, all), adErrInvalidArgument);
     EXPECT_EQ(Raised([&] { rows->PutCursorLocation(7); }), adErrInvalidArgument);
     rows->PutCursorLocation(adUseClient);
 
     EXPECT_EQ(Open(connection, Book(strBook)), 0);
     EXPECT_EQ(Open(connection, Book(strBook)), adErrObjectOpen);
     EXPECT_EQ(Raised([&] { connection->OpenSchema(4); }), adErrInvalidArgument);
-    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [U$]"), DB_E_NOTABLE);
-    EXPECT_EQ(Open(rows, connection, "DROP TABLE [T$]"), DB_E_ERRORSINCOMMAND);
-    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), 0);
-    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), adErrObjectOpen);
+    const std::pair<const char*, HRESULT> statements[] = {{"SELECT * FROM [U$]", DB_E_NOTABLE},
+                                                          {"DROP TABLE [T$]", DB_E_ERRORSINCOMMAND},
+                                                          {all, 0},
+                                                          {all, adErrObjectOpen}};
+    for (const auto& [statement, hr] : statements)
+        EXPECT_EQ(Open(rows, connection, statement), hr) << statement;
     EXPECT_EQ(Raised([&] { rows->PutCursorLocation(adUseClient); }), adErrObjectOpen);
     connection->Close();
     connection = nullptr;
@@ -183,21 +171,15 @@ TEST_F(AdoLayer, CallsInTheWrongStateSaySo) {
     EXPECT_EQ(rows->GetRecordCount(), 3);
     Fields& fields = *rows->GetFields();
     EXPECT_EQ(fields.GetCount(), 2);
-    for (const LONG index : {-1, 2})
-        EXPECT_EQ(Raised([&] { fields.GetItem(Index(index)); }), adErrItemNotFound);
-    const CBstr known(u"nAME");
-    const CBstr unknown(u"Nam");
-    VARIANT name;
-    name.vt = VT_BSTR;
-    name.bstrVal = unknown.Get();
-    EXPECT_EQ(Raised([&] { fields.GetItem(name); }), adErrItemNotFound);
-    name.bstrVal = known.Get();
-    EXPECT_EQ(fields.GetItem(name), fields.GetItem(Index(1)));
-    EXPECT_EQ(fields.GetItem(name)->GetName(), u"Name");
+    for (const Cell& none : {Index(-1), Index(2), Cell(u"Nam")})
+        EXPECT_EQ(Raised([&] { fields.GetItem(none.Value()); }), adErrItemNotFound);
+    Field* const name = fields.GetItem(Cell(u"nAME").Value());
+    EXPECT_EQ(name, fields.GetItem(Index(1).Value()));
+    EXPECT_EQ(name->GetName(), u"Name");
     for (LONG row = 1; row <= 3; ++row, rows->MoveNext())
-        EXPECT_EQ(fields.GetItem(Index(1))->GetValue().lVal, row * 10 + 1);
+        EXPECT_EQ(name->GetValue().lVal, row * 10 + 1);
     EXPECT_TRUE(rows->GetEOF());
-    EXPECT_EQ(Raised([&] { fields.GetItem(Index(0))->GetValue(); }), adErrNoCurrentRecord);
+    EXPECT_EQ(Raised([&] { name->GetValue(); }), adErrNoCurrentRecord);
     EXPECT_EQ(Raised([&] { rows->MoveNext(); }), adErrNoCurrentRecord);
     rows->Close();
     EXPECT_EQ(Raised([&] { rows->GetEOF(); }), adErrObjectClosed);
@@ -208,27 +190,28 @@ TEST_F(AdoLayer, AFailedMoveIsFinal) {
     const auto connection = Create<_Connection>(u"ADODB.Connection");
     const auto rows = Create<_Recordset>(u"ADODB.Recordset");
     ASSERT_EQ(Open(connection, Book(strBook)), 0);
-    ASSERT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), 0);
+    ASSERT_EQ(Open(rows, connection, all), 0);
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(Raised([&] { rows->MoveNext(); }), E_FAIL);
         EXPECT_EQ(Raised([&] { rows->GetEOF(); }), E_FAIL);
-        EXPECT_EQ(Raised([&] { rows->GetFields()->GetItem(Index(0))->GetValue(); }), E_FAIL);
+        EXPECT_EQ(Raised([&] { rows->GetFields()->GetItem(Index(0).Value())->GetValue(); }), E_FAIL);
     }
     rows->Close();
     fake.failingMove = 1;
-    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), E_FAIL);
+    EXPECT_EQ(Open(rows, connection, all), E_FAIL);
     fake.failingMove = 0;
-    EXPECT_EQ(Open(rows, connection, "SELECT * FROM [T$]"), 0);
+    EXPECT_EQ(Open(rows, connection, all), 0);
 }
 
 TEST_F(AdoLayer, TheFileDecidesWhoOpensItAndTheStringWhatIsExpected) {
     const auto jet = "\0\1\0\0Standard Jet DB\0"s;
     const auto ace = "\0\1\0\0Standard ACE DB\0"s;
-    const std::vector<std::string> book = {"Root Entry", "Workbook"};
-    const std::vector<std::string> sealed = {"Root Entry",   "DataSpaces",     "Version",
-                                             "DataSpaceMap", "EncryptionInfo", "EncryptedPackage"};
-    std::string looped = CompoundFile({"Root Entry", "b", "c", "d", "e"});
-    looped[512 + 8] = 1; // its second directory sector leads back to the first
+    const auto sealed =
+        CompoundFile({u"DataSpaces/Version", u"DataSpaceMap", u"EncryptionInfo", u"EncryptedPackage"});
+    auto looped = CompoundFile({u"b", u"c", u"d", u"e"});
+    const auto first = looped.Get(48); // of the directory's sectors; the second is to lead back to it
+    const auto second = looped.Get(looped.TableOffset(first));
+    looped.Set(looped.TableOffset(second), first);
     constexpr int none = -1;
     const struct {
         const char* title;
@@ -240,11 +223,11 @@ TEST_F(AdoLayer, TheFileDecidesWhoOpensItAndTheStringWhatIsExpected) {
         {"xlsx", zip, "Excel 12.0;HDR=NO;IMEX=1", 0},
         {"xlsx as the old kind", zip, "excel 8.0", 0},
         {"empty zip", "PK\x05\x06", "Excel 12.0 Xml", 0},
-        {"xls", CompoundFile(book), "Excel 12.0", 1},
+        {"xls", CompoundFile({u"Workbook"}).bytes, "Excel 12.0", 1},
         {"record stream", "\x09\x08\x08\x00\x00\x05"s, "Excel 8.0", 1},
-        {"encrypted workbook", CompoundFile(sealed), "Excel 12.0", 0},
-        {"directory in a circle", looped, "Excel 12.0", 1},
-        {"cut compound file", CompoundFile(sealed).substr(0, 1100), "Excel 12.0", 1},
+        {"encrypted workbook", sealed.bytes, "Excel 12.0", 0},
+        {"directory in a circle", looped.bytes, "Excel 12.0", 1},
+        {"cut compound file", sealed.bytes.substr(0, sealed.entries.at(u"EncryptedPackage")), "Excel 12.0", 1},
         {"database", jet, "", 2},
         {"newer database", ace, "  ", 2},
         {"database as workbook", jet, "Excel 8.0", none, E_FAIL},
@@ -267,24 +250,25 @@ TEST_F(AdoLayer, TheFileDecidesWhoOpensItAndTheStringWhatIsExpected) {
 }
 
 TEST_F(AdoLayer, SourcesThatCannotBeOpenedSayWhatAndWhere) {
+    const std::string ace = "Microsoft.ACE.OLEDB.12.0";
+    const std::string compound = folder.WriteFile("x", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1");
     const struct {
-        SConnectionString text;
+        std::string provider;
+        std::string path;
         HRESULT hr;
         const char* described;
     } cases[] = {
-        {{"", strBook, "Excel 8.0", ""}, adErrProviderNotFound, "names no provider"},
-        {{"SQLOLEDB", strBook, "Excel 8.0", ""}, adErrProviderNotFound, "SQLOLEDB"},
-        {{"Microsoft.ACE.OLEDB.12.0", "", "Excel 8.0", ""}, E_FAIL, "no file"},
-        {{"Microsoft.ACE.OLEDB.12.0", "/no/such", "Excel 8.0", ""}, E_FAIL, "/no/such"},
-        {{"Microsoft.ACE.OLEDB.12.0", folder.Path(), "Excel 8.0", ""}, E_FAIL, "cannot be read"},
-        {{"Microsoft.ACE.OLEDB.12.0", folder.WriteFile("x", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"), "Excel 8.0", ""},
-         adErrProviderNotFound,
-         "no xls files"},
+        {"", strBook, adErrProviderNotFound, "names no provider"},
+        {"SQLOLEDB", strBook, adErrProviderNotFound, "SQLOLEDB"},
+        {ace, "", E_FAIL, "no file"},
+        {ace, "/no/such", E_FAIL, "/no/such"},
+        {ace, folder.Path(), E_FAIL, "cannot be read"},
+        {ace, compound, adErrProviderNotFound, "no xls files"},
     };
     const auto xls = SetProvider(ESourceFormat::Xls, nullptr);
     for (const auto& c : cases) {
         try {
-            OpenDataSource(c.text);
+            OpenDataSource({c.provider, c.path, "Excel 8.0", ""});
             ADD_FAILURE() << c.described;
         } catch (const _com_error& error) {
             EXPECT_EQ(error.Error(), c.hr) << c.described;

@@ -23,7 +23,7 @@ struct SResult {
 class CProgram {
 public:
     struct SSetting {
-        std::string folder;
+        std::string folder = ".";
         int output = -1; ///< a descriptor for standard output; a pipe to the test without it
         int errors = -1; ///< likewise for standard error
         std::string locale = "C.UTF-8";

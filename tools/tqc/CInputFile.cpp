@@ -18,11 +18,6 @@
 namespace NSTQ::Tool {
 namespace {
 
-bool IsText(SCDeclareConstant::ESourceFileType type) {
-    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
-           type == SCDeclareConstant::SFT_FIX;
-}
-
 bool HasExtension(const std::string& name, const std::string& extension) {
     const auto isEqual = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
     return name.size() >= extension.size() && std::equal(name.end() - static_cast<std::ptrdiff_t>(extension.size()),
@@ -65,13 +60,11 @@ CInputFile::CInputFile(const SOptions& options, const std::string& name) : m_opt
         return;
     }
     const std::string extension = options.type ? '.' + SCTypeNames::Of(*options.type) : "";
-    if (options.type && !IsText(*options.type) && !HasExtension(name, extension))
+    if (options.type && !SCTypeNames::IsText(*options.type) && !HasExtension(name, extension))
         LinkUnderExtension(extension);
 }
 
 CInputFile::~CInputFile() {
-    if (m_iDescriptor >= 0)
-        ::close(m_iDescriptor);
     if (m_strRemove.empty())
         return;
     const SCSignals::CHeld held;
@@ -90,24 +83,35 @@ void CInputFile::CopyStandardInput() {
     if (!m_options.type)
         throw CFailure(ES_USAGE, "-",
                        "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
-    const std::string extension = '.' + SCTypeNames::Of(*m_options.type);
-    std::string path = PrivateName(extension);
-    {
+    if (SCTypeNames::IsText(*m_options.type))
+        CreateNameless();
+    else
+        CreateNamed('.' + SCTypeNames::Of(*m_options.type));
+    CopyTo(m_copy.Get());
+}
+
+/// Where the file system has files without a name, nothing can be left behind, whatever ends the program.
+void CInputFile::CreateNameless() {
+    m_copy.Reset(::open(TemporaryFolder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (m_copy.Get() < 0) {
         const SCSignals::CHeld held;
-        m_iDescriptor = ::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC);
-        if (m_iDescriptor < 0)
-            throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
-                           "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
-        if (IsText(*m_options.type)) {
-            ::unlink(path.c_str());
-            path = "/proc/self/fd/" + std::to_string(m_iDescriptor);
-        } else {
-            m_strRemove = path;
-            SCSignals::RemoveFile(m_strRemove.c_str());
-        }
+        CreateNamed("");
+        ::unlink(m_strRemove.c_str());
+        SCSignals::ForgetFile(m_strRemove.c_str());
+        m_strRemove.clear();
     }
-    m_options.strPath = path;
-    CopyTo(m_iDescriptor);
+    m_options.strPath = "/proc/self/fd/" + std::to_string(m_copy.Get());
+}
+
+void CInputFile::CreateNamed(const std::string& extension) {
+    std::string path = PrivateName(extension);
+    const SCSignals::CHeld held;
+    m_copy.Reset(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
+    if (m_copy.Get() < 0)
+        throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
+                       "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
+    m_options.strPath = m_strRemove = path;
+    SCSignals::RemoveFile(m_strRemove.c_str());
 }
 
 void CInputFile::LinkUnderExtension(const std::string& extension) {
@@ -116,11 +120,9 @@ void CInputFile::LinkUnderExtension(const std::string& extension) {
         throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
     std::string path = PrivateName(extension);
     const SCSignals::CHeld held;
-    const int descriptor = ::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC);
-    if (descriptor >= 0)
-        ::close(descriptor);
+    const CDescriptor file(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
     // The name is this program's own: the folder lets nobody else take it in between.
-    if (descriptor < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
+    if (file.Get() < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
         throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(), SCErrorText::OfSystem(errno));
     m_options.strPath = m_strRemove = path;
     SCSignals::RemoveFile(m_strRemove.c_str());

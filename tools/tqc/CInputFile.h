@@ -7,6 +7,7 @@
 
 #include "SOptions.h"
 
+#include "CDescriptor.h"
 #include "CFailure.h"
 #include "platform/ComError.h"
 
@@ -32,11 +33,13 @@ public:
 
 private:
     void CopyStandardInput();
+    void CreateNameless();
+    void CreateNamed(const std::string& extension);
     void LinkUnderExtension(const std::string& extension);
     std::string PrivateName(const std::string& extension) const;
 
     SOptions m_options;
-    int m_iDescriptor = -1;  ///< of a copy without a name
+    CDescriptor m_copy;      ///< of standard input
     std::string m_strRemove; ///< what is to be removed in the end
 };
 

@@ -1,9 +1,9 @@
 #include "CJsonWriter.h"
 
+#include "SCPathText.h"
 #include "platform/CodePage.h"
 
 #include <cstdio>
-#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -79,14 +79,8 @@ std::string CJsonWriter::Finish() {
 
 /// To Unicode and back, which leaves UTF-8 alone.
 void CJsonWriter::AppendText(std::string_view text) {
-    std::vector<WCHAR> wide(text.size());
-    const int units = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), wide.data(),
-                                          static_cast<int>(wide.size()));
-    std::string utf8(static_cast<std::size_t>(units) * 3, '\0');
-    utf8.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, utf8.data(),
-                                                             static_cast<int>(utf8.size()), nullptr, nullptr)));
     m_strText += '"';
-    for (const char c : utf8) {
+    for (const char c : SCPathText::Convert(text, CP_UTF8, CP_UTF8)) {
         char escape[8] = {c, 0};
         if (c == '"' || c == '\\')
             std::snprintf(escape, sizeof escape, "\\%c", c);

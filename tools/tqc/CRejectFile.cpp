@@ -18,26 +18,11 @@ constexpr std::size_t PIECE_SIZE = 65536;
 
 CRejectFile::CRejectFile(const std::string& name) : m_target(name), m_strBuffer("row,offset,cause,record,file\r\n") {}
 
-CRejectFile::~CRejectFile() {
-    CloseSource();
-}
-
-void CRejectFile::CloseSource() {
-    if (m_iSource >= 0)
-        ::close(m_iSource);
-    m_iSource = -1;
-}
-
 void CRejectFile::SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd) {
-    CloseSource();
     m_strFile = file;
-    m_strLineEnd.assign(1, lineEnd.cPre);
-    if (lineEnd.cPost != 0)
-        m_strLineEnd += lineEnd.cPost;
-    if (dataPath.empty())
-        return;
-    m_iSource = ::open(dataPath.c_str(), O_RDONLY | O_CLOEXEC);
-    if (m_iSource < 0)
+    m_strLineEnd = lineEnd.Bytes();
+    m_source.Reset(dataPath.empty() ? -1 : ::open(dataPath.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!dataPath.empty() && m_source.Get() < 0)
         throw CFailure(ES_NOT_FOUND, file, SCErrorText::OfSystem(errno));
 }
 
@@ -86,7 +71,7 @@ void CRejectFile::CopyRecord(LONGLONG llOffset, LONGLONG llSize) {
 /// The bytes there, or as many of them as a piece holds. Throws CFailure when there are none.
 std::string_view CRejectFile::ReadAt(LONGLONG llOffset, LONGLONG llSize) {
     m_strPiece.resize(std::min(PIECE_SIZE, static_cast<std::size_t>(llSize)));
-    const ssize_t got = ::pread(m_iSource, m_strPiece.data(), m_strPiece.size(), llOffset);
+    const ssize_t got = ::pread(m_source.Get(), m_strPiece.data(), m_strPiece.size(), llOffset);
     if (got <= 0)
         throw CFailure(ES_UNSUPPORTED, m_strFile, "a rejected row cannot be read again; the file has changed");
     return std::string_view(m_strPiece).substr(0, static_cast<std::size_t>(got));

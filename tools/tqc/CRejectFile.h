@@ -6,6 +6,7 @@
 // Lines end with CR LF.
 #pragma once
 
+#include "CDescriptor.h"
 #include "COutputTarget.h"
 #include "SOptions.h"
 
@@ -19,9 +20,6 @@ class CRejectFile {
 public:
     /// Opens the target `name`. Throws CFailure.
     explicit CRejectFile(const std::string& name);
-    ~CRejectFile();
-    CRejectFile(const CRejectFile&) = delete;
-    CRejectFile& operator=(const CRejectFile&) = delete;
 
     /// The input that the next rows come from; `dataPath` is the file with the bytes of text. Throws CFailure.
     void SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd);
@@ -36,7 +34,6 @@ public:
     void Place();
 
 private:
-    void CloseSource();
     void AddQuoted(std::string_view text);
     void AddDoubled(std::string_view text);
     void CopyRecord(LONGLONG llOffset, LONGLONG llSize);
@@ -49,7 +46,7 @@ private:
     std::string m_strFile;
     std::string m_strLineEnd;
     std::string m_strPiece; ///< of a record that is copied
-    int m_iSource = -1;
+    CDescriptor m_source;   ///< of text: the file that the rows are read from again
 };
 
 } // namespace NSTQ::Tool

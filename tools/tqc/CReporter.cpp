@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace NSTQ::Tool {
@@ -28,15 +27,13 @@ void CReporter::Finish() {
     m_bar.Clear();
     if (m_ullReports > REPORTS_MAX && !m_bQuiet)
         Print(m_strFile + ": " + std::to_string(m_ullReports - REPORTS_MAX) +
-              " more rows were cut or left out; the first ones are reported above");
+              " more rows were cut, left out or changed; the first ones are reported above");
 }
 
 void CReporter::Print(std::string_view message) {
-    std::string text(message);
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
     const bool isColoured = SCTerminal::IsColoured(STDERR_FILENO);
-    const std::string line = (isColoured ? "\033[1;31mtqc:\033[0m " : "tqc: ") + text + '\n';
+    const std::string line =
+        (isColoured ? "\033[1;31mtqc:\033[0m " : "tqc: ") + SCTerminal::OnOneLine(std::string(message)) + '\n';
     std::fputs(line.c_str(), stderr);
 }
 

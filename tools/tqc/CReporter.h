@@ -14,7 +14,7 @@ public:
     /// `bQuiet` leaves out everything here; failures are not reported here.
     CReporter(std::string strFile, bool bQuiet, bool bProgress);
 
-    /// A row, such as "row 3", that was cut or left out. After the first ten only their number is kept.
+    /// A row, such as "row 3", that was cut, left out or changed. After the first ten only their number is kept.
     void ReportRow(const std::string& strRow, const std::string& what);
     /// Says how many reports were kept back.
     void Finish();

@@ -1,5 +1,6 @@
 #include "CSource.h"
 
+#include "CDescriptor.h"
 #include "CFailure.h"
 #include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
@@ -16,27 +17,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 
 namespace NSTQ::Tool {
 namespace {
-
-class CReadDescriptor {
-public:
-    explicit CReadDescriptor(const std::string& path)
-        // Without O_NONBLOCK a pipe would make the call wait for a writer before it can be refused.
-        : m_iDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-    CReadDescriptor(const CReadDescriptor&) = delete;
-    CReadDescriptor& operator=(const CReadDescriptor&) = delete;
-    ~CReadDescriptor() {
-        if (m_iDescriptor >= 0)
-            ::close(m_iDescriptor);
-    }
-    int Get() const { return m_iDescriptor; }
-
-private:
-    int m_iDescriptor;
-};
 
 /// Reads until the text is full or the file ends. False on an error.
 bool FillFrom(int descriptor, std::string& text) {
@@ -56,16 +39,6 @@ bool FillFrom(int descriptor, std::string& text) {
 }
 
 } // namespace
-
-CUnpackFolder::~CUnpackFolder() {
-    SCSignals::RemoveFolder(nullptr);
-}
-
-void CUnpackFolder::Set(const char* path) {
-    SCSignals::RemoveFolder(nullptr);
-    m_strPath = SCPathText::ToSystem(path);
-    SCSignals::RemoveFolder(m_strPath.empty() ? nullptr : m_strPath.c_str());
-}
 
 CSource::CSource(const SOptions& options) : m_options(options), m_strDataPath(options.strPath) {
     ReadHead(options.strPath);
@@ -105,7 +78,8 @@ void CSource::FindLineEnd() {
 }
 
 void CSource::ReadHead(const std::string& path) {
-    const CReadDescriptor file(path);
+    // Without O_NONBLOCK a pipe would make the call wait for a writer before it can be refused.
+    const CDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
     if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0)
         throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
@@ -183,7 +157,7 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
     const bool isGiven = password.has_value();
     auto result = CSourceDataInfo::SDO_PASSWORD_ERROR;
     for (int attempt = 0; result == CSourceDataInfo::SDO_PASSWORD_ERROR && attempt <= attemptsMax; ++attempt) {
-        if (attempt > 0 && IsDatabase() && !IsLocked())
+        if (attempt > 0 && !IsLocked())
             break;
         if (attempt > 0 && bMayAsk && !isGiven)
             password = SCPassWord::Ask(m_options.strFile);
@@ -205,9 +179,11 @@ void CSource::PrepareDatabase(bool bMayAsk) {
         ExplainListing();
 }
 
-/// Whether it is its password that keeps a workbook or database shut: preparation gives the same result for a damaged
-/// workbook.
+/// Whether it may be its password that keeps a source shut: preparation gives the same result for a damaged workbook
+/// and for what is no package at all.
 bool CSource::IsLocked() const {
+    if (!IsDatabase())
+        return m_strHead.starts_with("PK");
     try {
         ExplainListing();
     } catch (const Platform::_com_error& error) {
@@ -239,8 +215,8 @@ std::vector<std::string> CSource::TableNames() const {
     return names;
 }
 
-/// Chooses the sheet or table that the options name, by its name or else by its number.
-void CSource::SelectTable() {
+/// Chooses the sheet or table that the options name, by its name or else by its number, and tells its name.
+std::string CSource::SelectTable() {
     const std::string& wanted = m_options.strSheet;
     const std::vector<std::string> names = TableNames();
     auto found = std::find(names.begin(), names.end(), wanted);
@@ -252,7 +228,7 @@ void CSource::SelectTable() {
         number <= names.size())
         found = names.begin() + static_cast<std::ptrdiff_t>(number - 1);
     if (found != names.end() && m_info.SetSelectSchemaIndx(static_cast<DWORD>(found - names.begin())))
-        return;
+        return *found;
     std::string there;
     for (const std::string& name : names)
         there += (there.empty() ? "" : ", ") + name;
@@ -264,17 +240,13 @@ void CSource::SelectTable() {
 }
 
 std::unique_ptr<CTableReader> CSource::OpenTable() {
-    SelectTable();
+    const std::string table = SelectTable();
     // As many columns as any sheet has; the program cuts them itself and says so.
     constexpr DWORD columnsMax = 16384;
     auto reader =
         std::make_unique<CTableReader>(std::max(columnsMax, m_options.dwMaxFields) + 1, LIMIT_MAX, LIMIT_MAX);
-    if (!reader->FileOpen(&m_info)) {
-        char code[16];
-        std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reader->GetErrorRet()));
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
-                       "the sheet or table cannot be opened (" + std::string(code) + ")");
-    }
+    if (!reader->FileOpen(&m_info))
+        throw DescribeUnopened(table, "; see the others with: tqc list " + m_options.strFile);
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
@@ -312,12 +284,18 @@ std::vector<CSource::STable> CSource::ListTables() {
         const char** fields = nullptr;
         const WORD* lengths = nullptr;
         DWORD columns = 0;
-        if (!reader.FileOpen(&m_info))
-            throw CFailure(ES_UNSUPPORTED, m_options.strFile, "its \"" + names[i] + "\" cannot be opened");
-        reader.GetFieldsName(fields, lengths, columns);
-        tables.push_back({names[i], reader.GetMaxRowNum(), columns});
+        const bool isOpen = reader.FileOpen(&m_info);
+        tables.push_back({names[i], std::nullopt});
+        if (isOpen && reader.GetFieldsName(fields, lengths, columns))
+            tables.back().size = {reader.GetMaxRowNum(), columns};
     }
     return tables;
+}
+
+CFailure CSource::DescribeUnopened(const std::string& table, const std::string& hint) const {
+    return {ES_UNSUPPORTED, m_options.strFile,
+            std::string("its ") + TableKind() + " \"" + table +
+                "\" cannot be opened: it is damaged or holds what cannot be read" + hint};
 }
 
 /// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.
@@ -325,6 +303,8 @@ bool CSource::Unpack(bool bMayAsk) {
     const auto result = Prepare(bMayAsk);
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !bMayAsk && !SCPassWord::IsGiven(m_options))
         return false;
+    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !IsLocked())
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "no package: it does not begin as a zip archive does");
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
         throw CFailure(ES_PASSWORD, m_options.strFile,
                        "cannot be unpacked: the password is missing or wrong, or the archive is damaged or refused; "

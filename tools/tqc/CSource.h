@@ -3,29 +3,18 @@
 
 #include "CFailure.h"
 #include "CSourceReader.h"
+#include "CUnpackFolder.h"
 #include "SOptions.h"
 
 #include <sys/stat.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace NSTQ::Tool {
-
-/// The folder of an unpacked package, made known to the handler of signals for as long as the object lives.
-class CUnpackFolder {
-public:
-    CUnpackFolder() = default;
-    CUnpackFolder(const CUnpackFolder&) = delete;
-    CUnpackFolder& operator=(const CUnpackFolder&) = delete;
-    ~CUnpackFolder();
-    void Set(const char* path);
-
-private:
-    std::string m_strPath;
-};
 
 class CSource {
 public:
@@ -47,11 +36,16 @@ public:
     /// A sheet or table of a workbook or database.
     struct STable {
         std::string strName;
-        DWORD dwRows;
-        DWORD dwColumns;
+        struct SSize {
+            DWORD dwRows;
+            DWORD dwColumns;
+        };
+        std::optional<SSize> size; ///< none when it cannot be opened
     };
     /// All of them. Throws CFailure.
     std::vector<STable> ListTables();
+    /// The failure of a sheet or table that cannot be opened.
+    CFailure DescribeUnopened(const std::string& table, const std::string& hint = "; the others are above") const;
     /// Their names alone; nobody is asked for a password. Throws CFailure.
     std::vector<std::string> ListNames();
     /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.
@@ -104,7 +98,7 @@ private:
     [[noreturn]] void ExplainListing() const;
     bool IsLocked() const;
     std::vector<std::string> TableNames() const;
-    void SelectTable();
+    std::string SelectTable();
     std::unique_ptr<CTableReader> OpenTable();
     std::unique_ptr<ISourceReader> OpenDelimited();
     std::unique_ptr<ISourceReader> OpenFixedLength();

@@ -89,15 +89,18 @@ public:
         AddOutputOptions();
         AddConvertOptions();
         m_app.option_defaults()->group("Options");
-        m_pConvert = AddCommand("convert", "Writes files as CSV.", SCHelpText::CONVERT);
-        m_pInfo = AddCommand("info", "Shows a file's type, size, update time and character set.", SCHelpText::INFO);
-        m_pPreview =
-            AddCommand("preview", "Shows a file's first rows; fixed-length text under a ruler.", SCHelpText::PREVIEW);
-        m_pList = AddCommand("list", "Lists a workbook's sheets or a database's tables: name, rows, columns.",
-                             SCHelpText::LIST);
-        for (CLI::App* const command : {m_pInfo, m_pList})
+        AddCommand(SOptions::CMD_CONVERT, "convert", "Writes files as CSV.", SCHelpText::CONVERT);
+        CLI::App* const info =
+            AddCommand(SOptions::CMD_INFO, "info", "Shows a file's type, size, update time and character set.",
+                       SCHelpText::INFO);
+        AddCommand(SOptions::CMD_PREVIEW, "preview", "Shows a file's first rows; fixed-length text under a ruler.",
+                   SCHelpText::PREVIEW);
+        CLI::App* const list =
+            AddCommand(SOptions::CMD_LIST, "list",
+                       "Lists a workbook's sheets or a database's tables: name, rows, columns.", SCHelpText::LIST);
+        for (CLI::App* const command : {info, list})
             command->add_flag("--json", m_options.bJson, "as JSON in UTF-8");
-        m_pList->add_flag("--names", m_options.bNamesOnly, "the names alone, for completion")->group("");
+        list->add_flag("--names", m_options.bNamesOnly, "the names alone, for completion")->group("");
     }
 
     bool Parse(int argc, const char* const* argv) {
@@ -114,12 +117,6 @@ public:
         }
         if (m_options.files.empty())
             throw CFailure(ES_USAGE, "no file given; see: tqc --help");
-        if (m_pInfo->parsed())
-            m_options.eCommand = SOptions::CMD_INFO;
-        if (m_pList->parsed())
-            m_options.eCommand = SOptions::CMD_LIST;
-        if (m_pPreview->parsed())
-            m_options.eCommand = SOptions::CMD_PREVIEW;
         CheckFiles();
         CheckOutputs();
         CheckTogether();
@@ -131,9 +128,10 @@ private:
         return app.add_option("FILE", m_options.files, help)->type_name("");
     }
 
-    CLI::App* AddCommand(const char* name, const char* description, const char* footer) {
+    CLI::App* AddCommand(SOptions::ECommand eCommand, const char* name, const char* description, const char* footer) {
         CLI::App* const command = m_app.add_subcommand(name, description);
-        AddFiles(*command, name == std::string_view("convert") ? "the files to read" : "the file to look at");
+        AddFiles(*command, eCommand == SOptions::CMD_CONVERT ? "the files to read" : "the file to look at");
+        command->parse_complete_callback([this, eCommand] { m_options.eCommand = eCommand; });
         command->group("Commands (convert when none is given)");
         command->footer(footer);
         command->fallthrough();
@@ -315,6 +313,11 @@ private:
 
     /// Throws CFailure.
     void CheckOutputs() {
+        if (m_options.eCommand != SOptions::CMD_CONVERT &&
+            !(m_options.strOutput + m_options.strOutputFolder + m_options.strRejects).empty())
+            throw CFailure(ES_USAGE,
+                           m_app.get_subcommands()[0]->get_name() +
+                               " shows on standard output; --output, --out-dir and --rejects are for convert");
         if (!m_options.strOutput.empty() && !m_options.strOutputFolder.empty())
             throw CFailure(ES_USAGE, "--output and --out-dir exclude each other");
         if (m_options.strRejects.empty())
@@ -330,11 +333,7 @@ private:
     SOptions& m_options;
     CLI::App m_app{SCHelpText::DESCRIPTION};
     CLI::Option* m_pFiles = nullptr; ///< given without a command
-    CLI::App* m_pConvert = nullptr;
-    CLI::App* m_pInfo = nullptr;
-    CLI::App* m_pPreview = nullptr;
-    CLI::App* m_pList = nullptr;
-    bool m_bPageChosen = false; ///< by --encoding, which goes before --code-page
+    bool m_bPageChosen = false;      ///< by --encoding, which goes before --code-page
     bool m_bReplace = false;
 };
 

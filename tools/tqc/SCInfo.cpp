@@ -4,11 +4,9 @@
 #include "CJsonWriter.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
-#include "SCErrorText.h"
+#include "SCTerminal.h"
 #include "SCTypeNames.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
 
@@ -29,15 +27,19 @@ std::string DescribeTime(const FILETIME& time, const char* form) {
     return text;
 }
 
-const char* DescribeLineEnd(const SLineEnd& lineEnd) {
+struct SLineEndName {
+    const char* code; ///< as in JSON and on the command line
+    const char* words;
+};
+
+SLineEndName NameLineEnd(const SLineEnd& lineEnd) {
     if (lineEnd.cPost != 0)
-        return "CR LF";
-    return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? "LF" : "CR";
+        return {"crlf", "CR LF"};
+    return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? SLineEndName{"lf", "LF"} : SLineEndName{"cr", "CR"};
 }
 
-bool IsText(SCDeclareConstant::ESourceFileType type) {
-    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
-           type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
+bool MayBeText(SCDeclareConstant::ESourceFileType type) {
+    return SCTypeNames::IsText(type) || type == SCDeclareConstant::SFT_UNKNOWN;
 }
 
 /// The listings can be long, and a name may hold anything.
@@ -45,31 +47,27 @@ void PutText(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-void FlushOutput() {
-    if (std::fflush(stdout) != 0 && errno != EPIPE)
-        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
-}
-
-/// Control bytes would break the lines.
-std::string OnOneLine(std::string name) {
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
-    return name;
-}
-
 void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encoder) {
     PutText("name\trows\tcolumns\n");
     for (const CSource::STable& table : tables) {
-        const std::string shown = OnOneLine(table.strName);
+        const std::string shown = SCTerminal::OnOneLine(table.strName);
         const char* name = shown.data();
         const char** names = &name;
         const auto length = static_cast<WORD>(shown.size());
         const WORD* lengths = &length;
         if (!encoder.IsIdle())
             encoder.Encode(names, lengths, 1);
-        PutText(std::string(names[0], lengths[0]) + '\t' + std::to_string(table.dwRows) + '\t' +
-                std::to_string(table.dwColumns) + '\n');
+        PutText(std::string(names[0], lengths[0]) + '\t');
+        PutText(table.size ? std::to_string(table.size->dwRows) + '\t' + std::to_string(table.size->dwColumns) + '\n'
+                           : "\t\n");
     }
+}
+
+void AddNumber(CJsonWriter& json, const char* key, std::optional<DWORD> number) {
+    if (number)
+        json.Add(key, std::int64_t{*number});
+    else
+        json.AddNull(key);
 }
 
 void PrintTablesAsJson(const SOptions& options, const CSource& source, const std::vector<CSource::STable>& tables) {
@@ -81,8 +79,8 @@ void PrintTablesAsJson(const SOptions& options, const CSource& source, const std
     for (const CSource::STable& table : tables) {
         json.BeginObject();
         json.Add("name", table.strName);
-        json.Add("rows", std::int64_t{table.dwRows});
-        json.Add("columns", std::int64_t{table.dwColumns});
+        AddNumber(json, "rows", table.size ? std::optional(table.size->dwRows) : std::nullopt);
+        AddNumber(json, "columns", table.size ? std::optional(table.size->dwColumns) : std::nullopt);
         json.EndObject();
     }
     json.EndList();
@@ -101,8 +99,7 @@ void AddTextFacts(CJsonWriter& json, const CSource& source) {
     const CSource::SCharacterSet set = source.CharacterSet();
     AddText(json, "characterSet", set.strName);
     json.Add("mark", set.bMark);
-    const char* const lineEnd = DescribeLineEnd(source.LineEnd());
-    json.Add("lineEnd", lineEnd == std::string("CR LF") ? "crlf" : lineEnd == std::string("LF") ? "lf" : "cr");
+    json.Add("lineEnd", NameLineEnd(source.LineEnd()).code);
 }
 
 void ShowAsJson(const SOptions& options) {
@@ -120,7 +117,7 @@ void ShowAsJson(const SOptions& options) {
         json.Add("dataFileSize", std::int64_t{source.Size()});
     else if (isPackage)
         json.AddNull("dataFileSize");
-    if (isOpen || IsText(source.Type()))
+    if (isOpen || MayBeText(source.Type()))
         AddTextFacts(json, source);
     json.EndObject();
     PutText(json.Finish());
@@ -138,9 +135,9 @@ void ShowInWords(const SOptions& options) {
         std::printf("Data file:     %lld bytes\n", static_cast<long long>(source.Size()));
     else if (isPackage)
         std::printf("Data file:     needs a password, or the archive is damaged or refused\n");
-    if (isOpen || IsText(source.Type())) {
+    if (isOpen || MayBeText(source.Type())) {
         std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
-        std::printf("Line end:      %s\n", DescribeLineEnd(source.LineEnd()));
+        std::printf("Line end:      %s\n", NameLineEnd(source.LineEnd()).words);
     }
 }
 
@@ -150,14 +147,20 @@ void SCInfo::List(const SOptions& options) {
     CSource source(options);
     if (options.bNamesOnly) {
         for (const std::string& name : source.ListNames())
-            PutText(OnOneLine(name) + '\n');
-    } else if (options.bJson) {
-        PrintTablesAsJson(options, source, source.ListTables());
+            PutText(SCTerminal::OnOneLine(name) + '\n');
+        return;
+    }
+    const std::vector<CSource::STable> tables = source.ListTables();
+    if (options.bJson) {
+        PrintTablesAsJson(options, source, tables);
     } else {
         CRowEncoder encoder(source.OutputCodePage());
-        PrintTables(source.ListTables(), encoder);
+        PrintTables(tables, encoder);
     }
-    FlushOutput();
+    // Only now, so that the damage of one does not hide the others.
+    for (const CSource::STable& table : tables)
+        if (!table.size)
+            throw source.DescribeUnopened(table.strName);
 }
 
 void SCInfo::Show(const SOptions& options) {
@@ -165,7 +168,6 @@ void SCInfo::Show(const SOptions& options) {
         ShowAsJson(options);
     else
         ShowInWords(options);
-    FlushOutput();
 }
 
 } // namespace NSTQ::Tool

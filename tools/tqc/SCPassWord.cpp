@@ -1,5 +1,6 @@
 #include "SCPassWord.h"
 
+#include "CDescriptor.h"
 #include "CFailure.h"
 #include "SCErrorText.h"
 #include "SCPathText.h"
@@ -13,23 +14,8 @@
 namespace NSTQ::Tool {
 namespace {
 
-/// One byte more than a description takes of a password.
+/// More than a description takes of a password, in any code page.
 constexpr std::size_t PASSWORD_ROOM = 1024;
-
-class CDescriptor {
-public:
-    explicit CDescriptor(int descriptor) : m_iDescriptor(descriptor) {}
-    CDescriptor(const CDescriptor&) = delete;
-    CDescriptor& operator=(const CDescriptor&) = delete;
-    ~CDescriptor() {
-        if (m_iDescriptor >= 0)
-            ::close(m_iDescriptor);
-    }
-    int Get() const { return m_iDescriptor; }
-
-private:
-    int m_iDescriptor;
-};
 
 /// The terminal without its echo, for as long as it lives.
 class CSilentTerminal {

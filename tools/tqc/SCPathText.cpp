@@ -17,18 +17,6 @@ namespace {
 /// The longest path that a description takes.
 constexpr std::size_t PATH_LENGTH_MAX = 260;
 
-std::string Convert(const std::string& text, unsigned from, unsigned to) {
-    const int length = static_cast<int>(text.size());
-    std::vector<WCHAR> wide(text.size());
-    const int units = MultiByteToWideChar(from, 0, text.data(), length, wide.data(), length);
-    if (units <= 0)
-        return {};
-    std::string result(
-        static_cast<std::size_t>(WideCharToMultiByte(to, 0, wide.data(), units, nullptr, 0, nullptr, nullptr)), '\0');
-    WideCharToMultiByte(to, 0, wide.data(), units, result.data(), static_cast<int>(result.size()), nullptr, nullptr);
-    return result;
-}
-
 /// The library writes bytes of a name that its code page cannot carry as 01 and two hexadecimal digits.
 std::string Unescape(const std::string& text) {
     std::string path;
@@ -44,6 +32,18 @@ std::string Unescape(const std::string& text) {
 }
 
 } // namespace
+
+std::string SCPathText::Convert(std::string_view text, unsigned from, unsigned to) {
+    const int length = static_cast<int>(text.size());
+    std::vector<WCHAR> wide(text.size());
+    const int units = MultiByteToWideChar(from, 0, text.data(), length, wide.data(), length);
+    if (units <= 0)
+        return {};
+    std::string result(
+        static_cast<std::size_t>(WideCharToMultiByte(to, 0, wide.data(), units, nullptr, 0, nullptr, nullptr)), '\0');
+    WideCharToMultiByte(to, 0, wide.data(), units, result.data(), static_cast<int>(result.size()), nullptr, nullptr);
+    return result;
+}
 
 std::string SCPathText::ToLibrary(const std::string& path) {
     if (path.find_first_of("\\\x01") != std::string::npos)

@@ -2,11 +2,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace NSTQ::Tool {
 
 class SCPathText {
 public:
+    /// Text of one code page in another one, with what they make of invalid bytes and of characters they lack.
+    static std::string Convert(std::string_view text, unsigned from, unsigned to);
+
     /// The path of the command line, which is UTF-8, as the library wants it: in the ANSI code page. Throws CFailure
     /// when the page cannot carry it, when it is too long, or when the library would take it for another path.
     static std::string ToLibrary(const std::string& path);

@@ -7,7 +7,6 @@
 #include "platform/CodePage.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -70,8 +69,7 @@ void PrintRuler(std::size_t width) {
 void ShowFixedLength(const CSource& source) {
     constexpr std::size_t widthShown = 1000;
     const std::string_view head = source.Head();
-    const char ends[] = {source.LineEnd().cPre, source.LineEnd().cPost};
-    const std::string_view lineEnd(ends, source.LineEnd().cPost == 0 ? 1 : 2);
+    const std::string lineEnd = source.LineEnd().Bytes();
     std::vector<std::string_view> rows;
     std::size_t width = 0;
     for (std::size_t start = 0; start < head.size() && rows.size() < ROWS_SHOWN;) {
@@ -97,8 +95,14 @@ void ShowFields(const SOptions& options, CSource& source) {
     for (std::size_t row = 0; row < ROWS_SHOWN && reader->Rows().HasNextLineData(); ++row) {
         fields = nullptr;
         const bool complete = reader->Rows().GetLineData(fields, lengths, count);
-        if (fields == nullptr || reader->Rows().GetErrorCode() != 0)
-            throw CFailure(ES_UNSUPPORTED, options.strFile, "its row " + std::to_string(row + 1) + " cannot be read");
+        const std::string found = "row " + std::to_string(row + 1);
+        if (const DWORD code = reader->Rows().GetErrorCode(); code != 0)
+            throw CFailure(ES_UNSUPPORTED, options.strFile,
+                           found + " cannot be read: " + SCErrorText::OfLibrary(code));
+        if (fields == nullptr)
+            throw CFailure(ES_LIMIT, options.strFile,
+                           found + " has " + std::to_string(options.dwMaxLineSize) +
+                               " bytes or more; only convert goes on behind it");
         if (count == 0 && complete)
             return;
         count = std::min(count, options.dwMaxFields);
@@ -118,8 +122,6 @@ void SCPreview::Show(const SOptions& options) {
         ShowFixedLength(source);
     else
         ShowFields(options, source);
-    if (std::fflush(stdout) != 0 && errno != EPIPE)
-        throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
 }
 
 } // namespace NSTQ::Tool

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -15,6 +16,12 @@ bool SCTerminal::IsLively(int descriptor) {
 bool SCTerminal::IsColoured(int descriptor) {
     const char* const refusal = std::getenv("NO_COLOR");
     return (refusal == nullptr || *refusal == '\0') && IsLively(descriptor);
+}
+
+std::string SCTerminal::OnOneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    return text;
 }
 
 } // namespace NSTQ::Tool

@@ -1,6 +1,8 @@
 // What may be shown to a person at a terminal and to nobody else.
 #pragma once
 
+#include <string>
+
 namespace NSTQ::Tool {
 
 class SCTerminal {
@@ -9,6 +11,8 @@ public:
     static bool IsLively(int descriptor);
     /// Whether colours are welcome there as well: not when NO_COLOR is set and not empty.
     static bool IsColoured(int descriptor);
+    /// The text with '?' for its control bytes, which would break the line or play with the terminal.
+    static std::string OnOneLine(std::string text);
 };
 
 } // namespace NSTQ::Tool

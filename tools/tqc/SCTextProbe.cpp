@@ -1,8 +1,7 @@
 #include "SCTextProbe.h"
 
+#include "SCPathText.h"
 #include "platform/CodePage.h"
-
-#include <vector>
 
 namespace NSTQ::Tool {
 namespace {
@@ -32,8 +31,7 @@ std::size_t FindUnquotedLineFeed(std::string_view head, char cSeparator) {
 }
 
 std::string_view FirstLine(std::string_view head, const SLineEnd& lineEnd) {
-    const char end[] = {lineEnd.cPre, lineEnd.cPost};
-    return head.substr(0, head.find(std::string_view(end, lineEnd.cPost == 0 ? 1 : 2)));
+    return head.substr(0, head.find(lineEnd.Bytes()));
 }
 
 } // namespace
@@ -73,15 +71,7 @@ bool SCTextProbe::HasUtf16Mark(std::string_view head) {
 bool SCTextProbe::IsUtf8(std::string_view head) {
     // The head may end inside a character, a line does not.
     const std::string_view lines = head.substr(0, head.find_last_of("\r\n"));
-    if (lines.empty())
-        return true;
-    std::vector<WCHAR> wide(lines.size());
-    const int length = static_cast<int>(lines.size());
-    const int units = Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, lines.data(), length, wide.data(), length);
-    std::string back(lines.size() * 3, '\0');
-    const int size = Platform::WideCharToMultiByte(Platform::CP_UTF8, 0, wide.data(), units, back.data(),
-                                                   static_cast<int>(back.size()), nullptr, nullptr);
-    return std::string_view(back).substr(0, static_cast<std::size_t>(size)) == lines;
+    return SCPathText::Convert(lines, Platform::CP_UTF8, Platform::CP_UTF8) == lines;
 }
 
 } // namespace NSTQ::Tool

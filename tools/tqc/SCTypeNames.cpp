@@ -29,6 +29,11 @@ std::string SCTypeNames::Of(SCDeclareConstant::ESourceFileType type) {
     return "";
 }
 
+bool SCTypeNames::IsText(SCDeclareConstant::ESourceFileType type) {
+    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
+           type == SCDeclareConstant::SFT_FIX;
+}
+
 std::string SCTypeNames::All() {
     std::string all;
     for (const STypeName& entry : TYPES)

@@ -14,6 +14,7 @@ public:
     static std::optional<SCDeclareConstant::ESourceFileType> Find(std::string_view name);
     /// Empty for the unknown type.
     static std::string Of(SCDeclareConstant::ESourceFileType type);
+    static bool IsText(SCDeclareConstant::ESourceFileType type);
     /// All of them, for a message.
     static std::string All();
 };

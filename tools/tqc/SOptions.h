@@ -19,6 +19,8 @@ using NSTQCore::SCDeclareConstant;
 struct SLineEnd {
     char cPre = SCDataAccessDefine::CR_CODE;
     char cPost = SCDataAccessDefine::LF_CODE;
+
+    std::string Bytes() const { return cPost == 0 ? std::string{cPre} : std::string{cPre, cPost}; }
 };
 
 /// The most that lengths of 16 bits allow; also the defaults.

@@ -5,6 +5,7 @@
 #include "CReporter.h"
 #include "SCCommandLine.h"
 #include "SCConvert.h"
+#include "SCErrorText.h"
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
@@ -13,7 +14,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <new>
 
 namespace NSTQ::Tool {
@@ -32,6 +35,8 @@ void ShowOne(const SOptions& all, void (*show)(const SOptions&)) {
     const CInputFile input(all, all.files[0]);
     try {
         show(input.Options());
+        if (std::fflush(stdout) != 0 && errno != EPIPE)
+            throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }

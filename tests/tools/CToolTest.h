@@ -1,0 +1,118 @@
+// Runs of the program in a folder of their own, with what each of them should come to.
+#pragma once
+
+#include "support/TempFolder.h"
+#include "tools/CProgram.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <span>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tests {
+
+/// Blanks divide a line into its words; '~' is a blank inside one.
+struct SCase {
+    std::string line;    ///< the arguments; "<NAME" at the end stands for standard input
+    std::string content; ///< what the first file named in the line is to hold, unless it is there already
+    std::string output;
+    std::string errors = ""; ///< a part of standard error; nothing is said when empty
+    int status = 0;
+    std::string made = ""; ///< new files, each as NAME{CONTENT}, and new folders without any as NAME/
+};
+
+/// "tmp" in the folder is the temporary folder, which holds no file in the end.
+class CToolTest : public testing::Test {
+protected:
+    void SetUp() override { ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1); }
+    void TearDown() override {
+        ::unsetenv("TMPDIR");
+        // The library keeps the folder that its unpacking goes below.
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path("tmp")))
+            EXPECT_TRUE(entry.is_directory() && entry.path().string().find("TQD") == std::string::npos)
+                << entry.path();
+    }
+
+    static std::string Repeat(const std::string& text, int count) {
+        std::string result;
+        for (int i = 0; i < count; ++i)
+            result += text;
+        return result;
+    }
+    static std::vector<std::string> Words(const std::string& line) {
+        std::vector<std::string> words;
+        std::istringstream stream(line);
+        for (std::string word; stream >> word; words.push_back(word))
+            std::replace(word.begin(), word.end(), '~', ' ');
+        return words;
+    }
+    SResult Run(const std::string& line, CProgram::SSetting setting = {}) const {
+        auto words = Words(line);
+        const std::string input =
+            !words.empty() && words.back()[0] == '<' ? m_folder.Path(words.back().substr(1)) : "";
+        if (!input.empty())
+            words.pop_back();
+        setting.folder = m_folder.Path();
+        setting.input = ::open(input.empty() ? "/dev/null" : input.c_str(), O_RDONLY | O_CLOEXEC);
+        const SResult result = CProgram(words, setting).Finish();
+        ::close(setting.input);
+        return result;
+    }
+    /// All files in the folder and all folders without any, hidden names included, in order.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path()))
+            if (!entry.is_directory() || std::filesystem::is_empty(entry.path()))
+                if (const auto name = entry.path().string().substr(m_folder.Path().size() + 1);
+                    !name.starts_with("tmp"))
+                    names.push_back(name + (entry.is_directory() ? "/" : ""));
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    void Check(std::span<const SCase> cases) const {
+        const auto first = Names();
+        for (const SCase& entry : cases) {
+            SCOPED_TRACE(testing::PrintToString(entry.line + " of " + entry.content.substr(0, 100)));
+            if (!entry.content.empty())
+                m_folder.WriteFile(FirstFile(entry.line), entry.content);
+            const auto before = Names();
+            const SResult result = Run(entry.line);
+            EXPECT_EQ(result.status, entry.status) << result.errors;
+            EXPECT_EQ(result.output, entry.output);
+            EXPECT_EQ(result.errors.empty(), entry.errors.empty()) << result.errors;
+            EXPECT_THAT(result.errors, testing::HasSubstr(entry.errors));
+            EXPECT_TRUE(entry.errors.empty() || result.errors.starts_with("tqc: ")) << result.errors;
+            const bool isFailure = entry.status > 1;
+            EXPECT_TRUE(!isFailure || std::ranges::count(result.errors, '\n') == 1) << result.errors;
+            EXPECT_EQ(TakeAway(before), entry.made);
+            TakeAway(first);
+        }
+    }
+
+    CTempFolder m_folder;
+
+private:
+    static std::string FirstFile(const std::string& line) {
+        for (const std::string& word : Words(line))
+            if (word.find('.') != std::string::npos)
+                return word;
+        throw std::runtime_error("no file in: " + line);
+    }
+    /// Removes what is not among `names` and tells what it was.
+    std::string TakeAway(const std::vector<std::string>& names) const {
+        std::string text;
+        std::vector<std::string> added;
+        std::ranges::set_difference(Names(), names, std::back_inserter(added));
+        for (const std::string& name : added)
+            text += name.ends_with('/') ? name : name + '{' + m_folder.ReadFile(name) + '}';
+        for (const std::string& name : added)
+            std::filesystem::remove_all(m_folder.Path(name.substr(0, name.find('/'))));
+        return text;
+    }
+};
+
+} // namespace NSTQ::Tests
