@@ -25,7 +25,6 @@ private:
     std::span<const unsigned char> ReadChain(std::uint32_t pointer, std::size_t size);
     void Spend(std::uint64_t bytes);
 
-    const CDatabase& m_database;
     CPageReader m_reader;
     std::vector<unsigned char> m_value;
     /// What may still be read. No two values lie in the same place, so a database that wants more is forged to keep
