@@ -74,9 +74,11 @@ bool DecodeExtendedDate(std::string_view text, CBstr& target) {
         return false;
     const char* const middle = text.data() + digits;
     const char* const end = middle + 1 + digits;
-    if (std::from_chars(text.data(), middle, day).ptr != middle ||
-        std::from_chars(middle + 1, end, ticks).ptr != end || day < 0 || day > maxDay || ticks < 0 ||
-        ticks >= ticksPerDay)
+    const auto isRead = [](const char* from, const char* behind, std::int64_t& number) {
+        return std::from_chars(from, behind, number) == std::from_chars_result{behind, std::errc()};
+    };
+    if (!isRead(text.data(), middle, day) || !isRead(middle + 1, end, ticks) || day < 0 || day > maxDay ||
+        ticks < 0 || ticks >= ticksPerDay)
         return false;
     using namespace std::chrono;
     const year_month_day date(sys_days(year(1) / 1 / 1) + days(day));
@@ -232,7 +234,7 @@ void CFieldDecoder::Decode(const SColumn& column, const CRowFields& fields, SFie
         return;
     CBytes bytes = *field;
     if (column.IsLongValue())
-        bytes = m_longValues.Read(bytes, column.type == EColumnType::Ole ? maxBinary : CLongValues::maxSize);
+        bytes = m_longValues.Read(bytes, column.type == EColumnType::Ole ? maxBinary : CLongValues::noLimit);
     if (column.isCalculated)
         bytes = Unwrap(bytes);
     DecodeBytes(column, bytes, target);
