@@ -34,9 +34,7 @@ AccessValue TextOrNull(const std::string& text) {
 CAccessWriter::CAccessWriter(EJet version) : m_pages(version), m_maps(m_pages, 0) {
     m_pages.Add();
     m_maps.Add(std::string(m_pages.IsJet3() ? 133 : 69, '\0'));
-    SAccessTableOptions options;
-    options.isSystem = true;
-    MakeTable(CatalogueColumns(), options);
+    MakeTable(CatalogueColumns(), {.isSystem = true});
     Catalogue(2, "MSysObjects", 1, systemFlag);
 }
 
@@ -47,18 +45,11 @@ CAccessTable& CAccessWriter::MakeTable(std::vector<SAccessColumn> columns, SAcce
 
 void CAccessWriter::Catalogue(std::int64_t id, std::string name, int type, std::int64_t flags, AccessValue database,
                               AccessValue foreignName) {
-    AccessRow row = {id,
-                     tablesId,
-                     name,
-                     std::int64_t{type},
-                     creationDate,
-                     creationDate,
-                     {},
-                     flags,
-                     std::move(database),
-                     {},
-                     std::move(foreignName)};
+    AccessRow row = {id, tablesId, std::move(name), std::int64_t{type}, creationDate, creationDate};
     row.resize(CatalogueColumns().size());
+    row[7] = flags;
+    row[8] = std::move(database);
+    row[10] = std::move(foreignName);
     m_tables.front()->Add(row);
 }
 
@@ -75,11 +66,8 @@ void CAccessWriter::AddObject(std::string name, int type, std::int64_t flags, Ac
 }
 
 void CAccessWriter::AddQuery(std::string name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags) {
-    if (m_pQueries == nullptr) {
-        SAccessTableOptions options;
-        options.isSystem = true;
-        m_pQueries = &AddTable("MSysQueries", QueryColumns(), options, systemFlag);
-    }
+    if (m_pQueries == nullptr)
+        m_pQueries = &AddTable("MSysQueries", QueryColumns(), {.isSystem = true}, systemFlag);
     std::int64_t order = 0;
     for (const SAccessQueryRow& row : rows)
         m_pQueries->Add({m_nextId,
@@ -91,10 +79,6 @@ void CAccessWriter::AddQuery(std::string name, const std::vector<SAccessQueryRow
                          row.flag ? AccessValue(*row.flag) : AccessValue(),
                          {}});
     AddObject(std::move(name), 5, flags);
-}
-
-void CAccessWriter::MaskHeader(std::size_t offset, std::size_t size) {
-    ApplyRc4("\xC7\xDA\x39\x6B", m_pages.Bytes(), offset, size);
 }
 
 /// The password of Jet 3 stands there as it is; that of Jet 4 is combined with the day of creation.
@@ -118,7 +102,7 @@ void CAccessWriter::WriteHeader() {
         m_pages.Put(0, 0x72, std::bit_cast<std::uint64_t>(creationDate), 8);
     }
     m_pages.Put(0, 0x42, passWord);
-    MaskHeader(0x18, m_pages.IsJet3() ? 126 : 128);
+    m_pages.Encrypt(0, 0x18, m_pages.IsJet3() ? 126 : 128, "\xC7\xDA\x39\x6B");
 }
 
 CAccessPages& CAccessWriter::Finish() {
@@ -127,7 +111,7 @@ CAccessPages& CAccessWriter::Finish() {
     WriteHeader();
     if (m_uKey != 0 && m_pages.Version() <= EJet::Jet4) {
         for (std::uint32_t page = 1; page < m_pages.Count(); ++page)
-            ApplyRc4(LittleEndian(m_uKey ^ page, 4), m_pages.Bytes(), page * m_pages.Size(), m_pages.Size());
+            m_pages.Encrypt(page, 0, m_pages.Size(), LittleEndian(m_uKey ^ page, 4));
     }
     return m_pages;
 }

@@ -51,7 +51,6 @@ private:
     void Catalogue(std::int64_t id, std::string name, int type, std::int64_t flags, AccessValue database = {},
                    AccessValue foreignName = {});
     void WriteHeader();
-    void MaskHeader(std::size_t offset, std::size_t size);
 
     CAccessPages m_pages;
     CRecordPages m_maps;
