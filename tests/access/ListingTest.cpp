@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <map>
-#include <ranges>
+#include <sstream>
 
 namespace NSTQ::Tests {
 namespace {
@@ -28,8 +28,8 @@ TEST(AccessListing, OffersTablesAndQueriesInTheOrderOfNames) {
         writer.AddTable("MSysOther", {{"a", Long}}, {.isSystem = true}, CAccessWriter::systemFlag);
         writer.AddTable("Hidden", {{"a", Long}}, {}, CAccessWriter::hiddenFlag);
         writer.AddTable("Own", {{"a", Long}}, {}, 2);
-        writer.AddObject("Elsewhere", linked, 0x200000, "C:\\other.mdb", "beta");
-        writer.AddObject("Server", linkedOdbc, 0x100000, {}, "dbo.beta");
+        writer.AddObject("Elsewhere", linked, 0x200000);
+        writer.AddObject("Server", linkedOdbc, 0x100000);
         writer.AddObject("Form1", form, 0);
         writer.AddObject("", linked, 0);
         AddSelection(writer, "Delta");
@@ -77,7 +77,6 @@ const SQueryCase queryCases[] = {
     {"no table", {{5, {}, "", "None"}, all}, "missing"},
     {"no such column", {Column("Ident")}, "missing"},
     {"an expression", {Column("Id*2", "Twice")}, "missing"},
-    {"a function", {Column("Left(Name,1)", "L")}, "missing"},
     {"a condition that is none", {all, Where("Id=")}, "missing"},
     {"a column of another table", {Column("U.Id")}, "missing"},
     {"two columns of one name", {Column("Id"), Column("Name", "id")}, "missing"},
@@ -86,15 +85,8 @@ const SQueryCase queryCases[] = {
     {"each row once", {{3, 3}}, "missing"},
     {"the first rows", {{3, 17, "", "5"}}, "missing"},
     {"two tables", {{5, {}, "", "T"}, {5, {}, "", "T", "U"}, Column("T.Id")}, "missing"},
-    {"joined tables",
-     {{5, {}, "", "T"}, {5, {}, "", "T", "U"}, {7, 1, "T.Id=U.Id", "T", "U"}, Column("T.Id")},
-     "missing"},
-    {"groups", {Column("Name"), {9, 0, "Name"}}, "missing"},
     {"an order", {all, {11, {}, "Id", "D"}}, "missing"},
     {"a cross table", {Column("Id")}, "missing", 16},
-    {"a deletion", {all}, "missing", 32},
-    {"an update", {Column("1", "Id")}, "missing", 48},
-    {"an insertion", {Column("Id")}, "missing", 64},
     {"a union", {all}, "missing", 128},
 };
 
@@ -139,7 +131,7 @@ const struct {
          "b=No"},
     {"missing", "n=5 OR n=6;Not n=5;s Like \"T*\";n In (5);n=[Which?];other.n=5;n=\"5\";s=5;g=5;n=n;n=-n;n=5 AND;n;5;"
                 "5 Is Null;n=Null;n Between 9 And 6;n Between 5;(n=5;n=5);n=5 n=5;n=5x;n=#;d=#;d=#1/1#;d=#13/1/2008#;"
-                "d=#1/1/08#;d=#24:00:00#;s=\"open;[n=5;n=Len(s);"},
+                "d=#1/1/08#;d=#24:00:00#;s=\"open;[n=5;n=Len(s);;"},
     {"missing", std::string(100'000, '(')},
 };
 
@@ -172,9 +164,10 @@ TEST(AccessListing, ConditionsAreCheckedOrRefused) {
     }
     writer.AddTable("My Table", definition).Add(row);
     std::map<std::string, std::string> expected;
+    std::string condition;
     for (const auto& [outcome, conditions] : conditionCases)
-        for (const auto part : std::views::split(conditions, ';')) {
-            const std::string condition(part.begin(), part.end()), name = "If " + condition.substr(0, 50);
+        for (std::istringstream list(conditions); std::getline(list, condition, ';');) {
+            const std::string name = "If " + condition.substr(0, 50);
             writer.AddQuery(name, {{1, 1}, {5, {}, "", "My Table"}, Column("n"), {8, {}, condition}});
             expected[name] = outcome;
         }

@@ -194,7 +194,7 @@ std::vector<SHostileCase> AccessCases() {
         {"a version to come", ofTomorrow, ""},
     };
     for (const auto& [title, bytes, word] : files)
-        cases.push_back({title, [=] { return bytes; }, "the other table: refused: ", word});
+        cases.push_back({title, [bytes = bytes] { return bytes; }, "the other table: refused: ", word});
     return cases;
 }
 

@@ -43,29 +43,20 @@ CAccessTable& CAccessWriter::MakeTable(std::vector<SAccessColumn> columns, SAcce
     return *m_tables.back();
 }
 
-void CAccessWriter::Catalogue(std::int64_t id, std::string name, int type, std::int64_t flags, AccessValue database,
-                              AccessValue foreignName) {
-    AccessRow row = {id, tablesId, std::move(name), std::int64_t{type}, creationDate, creationDate};
+void CAccessWriter::Catalogue(std::int64_t id, const std::string& name, int type, std::int64_t flags) {
+    AccessRow row = {id, tablesId, name, std::int64_t{type}, creationDate, creationDate, {}, flags};
     row.resize(CatalogueColumns().size());
-    row[7] = flags;
-    row[8] = std::move(database);
-    row[10] = std::move(foreignName);
     m_tables.front()->Add(row);
 }
 
-CAccessTable& CAccessWriter::AddTable(std::string name, std::vector<SAccessColumn> columns,
+CAccessTable& CAccessWriter::AddTable(const std::string& name, std::vector<SAccessColumn> columns,
                                       SAccessTableOptions options, std::int64_t flags) {
     CAccessTable& table = MakeTable(std::move(columns), options);
-    Catalogue(table.DefinitionPage(), std::move(name), 1, flags);
+    Catalogue(table.DefinitionPage(), name, 1, flags);
     return table;
 }
 
-void CAccessWriter::AddObject(std::string name, int type, std::int64_t flags, AccessValue database,
-                              AccessValue foreignName) {
-    Catalogue(m_nextId++, std::move(name), type, flags, std::move(database), std::move(foreignName));
-}
-
-void CAccessWriter::AddQuery(std::string name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags) {
+void CAccessWriter::AddQuery(const std::string& name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags) {
     if (m_pQueries == nullptr)
         m_pQueries = &AddTable("MSysQueries", QueryColumns(), {.isSystem = true}, systemFlag);
     std::int64_t order = 0;
@@ -78,7 +69,7 @@ void CAccessWriter::AddQuery(std::string name, const std::vector<SAccessQueryRow
                          TextOrNull(row.strExpression),
                          row.flag ? AccessValue(*row.flag) : AccessValue(),
                          {}});
-    AddObject(std::move(name), 5, flags);
+    AddObject(name, 5, flags);
 }
 
 /// The password of Jet 3 stands there as it is; that of Jet 4 is combined with the day of creation.
