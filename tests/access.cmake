@@ -15,10 +15,12 @@ tqc_add_test(access_test
   access/ValuesTest.cpp)
 target_link_libraries(access_test PRIVATE access_writer)
 if(TQC_WITH_ENCRYPTION)
-  target_sources(access_test PRIVATE access/EncryptionTest.cpp support/AccessEncryption.cpp)
+  target_sources(access_test PRIVATE access/EncryptionTest.cpp support/CompoundBuilder.cpp
+                                     support/Encryptor.cpp)
   target_link_libraries(access_test PRIVATE OpenSSL::Crypto)
 
   # Writes the databases of examples/data; scripts/make_samples runs it.
-  add_executable(make_access_samples EXCLUDE_FROM_ALL access/make_access_samples.cpp support/AccessEncryption.cpp)
+  add_executable(make_access_samples EXCLUDE_FROM_ALL access/make_access_samples.cpp support/CompoundBuilder.cpp
+                                                          support/Encryptor.cpp)
   target_link_libraries(make_access_samples PRIVATE access_writer tqc_options OpenSSL::Crypto)
 endif()

@@ -2,6 +2,10 @@
 
 #include "CADOOperater.h"
 #include "platform/ComError.h"
+#include "providers/access/Access.h"
+#include "support/MemoryAccess.h"
+
+#include <algorithm>
 
 namespace NSTQ::Tests {
 
@@ -19,38 +23,29 @@ CSourceDataInfo::ESourceDataOpen CAccessFile::Prepare(const char* passWord) {
 
 std::string CAccessFile::Names() {
     std::vector<char*> names;
-    const auto result = Prepare();
-    if (result != CSourceDataInfo::SDO_DATABASE)
-        return "not prepared: " + std::to_string(result);
-    m_info.GetSchemaName(names);
+    if (Prepare(m_info.GetPassWordString()) == CSourceDataInfo::SDO_DATABASE)
+        m_info.GetSchemaName(names);
     std::string text;
     for (const char* name : names)
         text += (text.empty() ? "" : "|") + std::string(name);
     return text;
 }
 
-bool CAccessFile::Select(std::string_view table) {
-    std::vector<char*> names;
-    m_info.GetSchemaName(names);
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (names[i] == table)
-            return m_info.SetSelectSchemaIndx(static_cast<DWORD>(i));
-    return false;
-}
-
 std::string CAccessFile::Read(std::string_view table, bool areNames) {
+    std::vector<char*> names;
+    if (Prepare(m_info.GetPassWordString()) == CSourceDataInfo::SDO_DATABASE)
+        m_info.GetSchemaName(names);
+    const auto found = std::ranges::find(names, table);
+    if (found == names.end())
+        return "missing";
+    m_info.SetSelectSchemaIndx(static_cast<DWORD>(found - names.begin()));
+    CADOOperater reader(300, 65535, 65535);
+    if (!reader.FileOpen(&m_info))
+        return "refused";
     const char** fields;
     const WORD* lengths;
     DWORD count;
     std::string text;
-    if (Prepare(m_info.GetPassWordString()) != CSourceDataInfo::SDO_DATABASE || !Select(table))
-        return "missing";
-    CADOOperater reader(300, 65535, 65535);
-    if (!reader.FileOpen(&m_info)) {
-        char code[20];
-        std::snprintf(code, sizeof code, "refused %08X", static_cast<unsigned>(reader.GetErrorRet()));
-        return code;
-    }
     const auto append = [&](DWORD countedNul) {
         for (DWORD i = 0; i < count; ++i)
             text.append(i == 0 ? "" : "|").append(fields[i], lengths[i] - countedNul);
@@ -66,16 +61,22 @@ std::string CAccessFile::Read(std::string_view table, bool areNames) {
     return text;
 }
 
-std::string CAccessFile::ColumnNames(std::string_view table) {
-    return Read(table, true);
-}
-
-std::string CAccessFile::Rows(std::string_view table) {
-    return Read(table, false);
-}
-
 std::string RowsOf(CAccessWriter& writer, std::string_view table) {
     return CAccessFile(writer.Finish().Bytes()).Rows(table);
+}
+
+std::string CauseOf(CAccessWriter& writer, std::u16string_view table) {
+    try {
+        const auto source =
+            Providers::OpenAccessDatabase(std::make_shared<CMemoryAccess>(writer.Finish().Bytes()), {});
+        const auto rows = source->OpenTable(table);
+        while (rows->MoveNext())
+            for (std::size_t column = 0; column < rows->GetColumnNames().size(); ++column)
+                rows->GetValue(column);
+    } catch (const Platform::_com_error& error) {
+        return (error.Error() == Platform::DB_E_NOTABLE ? "DB_E_NOTABLE" : "") + std::string(error.Description());
+    }
+    return "nothing";
 }
 
 } // namespace NSTQ::Tests

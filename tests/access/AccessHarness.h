@@ -5,8 +5,6 @@
 #include "support/AccessWriter.h"
 #include "support/TempFolder.h"
 
-#include <functional>
-
 namespace NSTQ::Tests {
 
 inline constexpr EJet allVersions[] = {EJet::Jet3,  EJet::Jet4,  EJet::Ace12, EJet::Ace14,
@@ -18,16 +16,14 @@ public:
 
     NSTQCore::CSourceDataInfo::ESourceDataOpen Prepare(const char* passWord = "");
     bool NeedsPassWord() { return m_info.GetIsNeedPassWord(); }
-    /// What is offered, with '|' between; prepares.
+    // These prepare with the password that was given last; there is '|' between names and fields.
     std::string Names();
-    /// Column names with '|' between; prepares.
-    std::string ColumnNames(std::string_view table);
-    /// Fields with '|' between and rows with '\n'. Where reading fails, "raised" and the description; "refused" and
-    /// the code when the table does not open, "missing" when it is not offered. Prepares.
-    std::string Rows(std::string_view table);
+    std::string ColumnNames(std::string_view table) { return Read(table, true); }
+    /// A '\n' behind each row. Where reading fails, "raised" and the description; "refused" when the table does not
+    /// open, "missing" when it is not offered.
+    std::string Rows(std::string_view table) { return Read(table, false); }
 
 private:
-    bool Select(std::string_view table);
     std::string Read(std::string_view table, bool areNames);
 
     CTempFolder m_folder;
@@ -36,5 +32,7 @@ private:
 };
 
 std::string RowsOf(CAccessWriter& writer, std::string_view table = "T");
+/// The description of what reading a table past the readers raises: these keep only the code.
+std::string CauseOf(CAccessWriter& writer, std::u16string_view table = u"T");
 
 } // namespace NSTQ::Tests

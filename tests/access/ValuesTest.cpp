@@ -2,7 +2,7 @@
 #include "access/AccessHarness.h"
 #include "support/AnsiPage.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
@@ -11,6 +11,7 @@ namespace NSTQ::Tests {
 namespace {
 
 using enum EAccess;
+using namespace std::string_literals;
 using Whole = std::numeric_limits<std::int64_t>;
 using Real = std::numeric_limits<double>;
 
@@ -22,21 +23,16 @@ struct SValueCase {
 };
 
 SAccessColumn Variable(EAccess type) {
-    SAccessColumn column{"", type};
-    column.isVariable = true;
-    return column;
+    return {.type = type, .isVariable = true};
 }
 
 SAccessColumn Calculated(EAccess type, unsigned char scale = 0) {
-    SAccessColumn column{"", type, scale};
-    column.isCalculated = true;
-    return column;
+    return {.type = type, .scale = scale, .isCalculated = true};
 }
 
-SAccessColumn Plain(EAccess type) {
-    SAccessColumn column{"", type};
-    column.isCompressed = false;
-    return column;
+/// The bytes of the value as they are, in a column that is said to be of the type.
+SAccessColumn Raw(EAccess type, bool isCalculated = false) {
+    return {.type = Binary, .isCalculated = isCalculated, .shownType = type};
 }
 
 std::int64_t Int(std::int64_t value) {
@@ -62,7 +58,6 @@ const SValueCase valueCases[] = {
     {{"", Currency}, Whole::min(), "-922337203685477.5808"},
     {{"", Currency}, Int(-1), "-0.0001"},
     {{"", Currency}, Int(125000), "12.5"},
-    {Variable(Currency), Int(10000), "1"},
     {{"", Single}, 3.4028235e38, "3.402823E+38"},
     {{"", Single}, 0.1, "0.1"},
     {{"", Double}, Real::max(), "1.79769313486232E+308"},
@@ -77,7 +72,6 @@ const SValueCase valueCases[] = {
     {{"", Date}, 60.0, "1900/02/28"},
     {{"", Date}, 61.0, "1900/03/01"},
     {{"", Date}, 2958466.0, "2958466"},
-    {Variable(Date), 45000.75, "2023/03/15 18:00:00"},
     {{"", Binary}, "\x01\xAB\xFF", "0x01ABFF"},
     {{"", Ole}, std::string("\0x", 2), "0x0078"},
     {{"", Ole}, {}, ""},
@@ -90,25 +84,22 @@ const SValueCase valueCases[] = {
     {{"", Numeric, 4}, "1250000", "125"},
     {{"", Numeric, 4}, "0", "0"},
     {{"", Numeric, 4}, {}, ""},
-    {{"", Text}, "plain", "plain"},
     {{"", Text}, "", ""},
     {{"", Text}, {}, ""},
     {{"", Memo}, "plain", "plain"},
     {{"", Memo}, "", ""},
     {{"", Memo}, {}, ""},
     {{"", Text}, " a\tb\r\nc ", "a bc"},
-    {{"", Text}, "m\xC3\xBCller", "m\xC3\xBCller", EJet::Jet4},
-    {{"", Text}, "東京 Tokyo 大阪", "東京 Tokyo 大阪", EJet::Jet4},
     {{"", Text}, "a long beginning, 東京, and an end", "a long beginning, 東京, and an end", EJet::Jet4},
     {{"", Text}, "compressed but for Ā", "compressed but for Ā", EJet::Jet4},
-    {{"", Text}, "with 😀 beyond the first plane", "with 😀 beyond the first plane", EJet::Jet4},
-    {Plain(Text), "never compressed", "never compressed", EJet::Jet4},
-    {Plain(Memo), "never compressed", "never compressed", EJet::Jet4},
+    {{.type = Text, .isCompressed = false}, "never compressed", "never compressed", EJet::Jet4},
+    {{.type = Memo, .isCompressed = false}, "never compressed", "never compressed", EJet::Jet4},
     {{"", Text}, std::string(255, 'x'), std::string(255, 'x'), EJet::Jet4},
     {{"", Complex}, Int(1), "", EJet::Ace12},
     {Calculated(Long), Int(-5), "-5", EJet::Ace14},
     {Calculated(Text), "a result", "a result", EJet::Ace14},
     {Calculated(Memo), "a long result", "a long result", EJet::Ace14},
+    {Calculated(Binary), "\1\2", "0x0102", EJet::Ace14},
     {Calculated(Boolean), true, "-1", EJet::Ace14},
     {Calculated(Boolean), false, "0", EJet::Ace14},
     {Calculated(Double), 2.5, "2.5", EJet::Ace14},
@@ -118,6 +109,28 @@ const SValueCase valueCases[] = {
     {Calculated(Long), {}, "", EJet::Ace14},
     {{"", Large}, Whole::max(), "9223372036854775807", EJet::Ace16},
     {{"", Large}, Whole::min(), "-9223372036854775808", EJet::Ace16},
+    {Raw(Long), "", ""},
+    {Raw(Numeric), "", ""},
+    {Raw(Memo), "", ""},
+    {Raw(Guid), "\1\2", "0x0102"},
+    {Raw(ExtendedDate), "3652058:0", "0x333635323035383A30"},
+    {Raw(ExtendedDate), "0000000000003652059:0000000000000000000",
+     "0x303030303030303030303030333635323035393A30303030303030303030303030303030303030"},
+    {Raw(ExtendedDate), "9999999999999999999:0000000000000000000",
+     "0x393939393939393939393939393939393939393A30303030303030303030303030303030303030"},
+    {Raw(Text), "a"s, "", EJet::Jet4},
+    {Raw(Text), "a\0b\0"s, "ab", EJet::Jet4},
+    {Raw(Text), "a\0b"s, "a", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE", "", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE\x61\xE9", "a\u00E9", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE\x61\0\xE5\x65"s, "a\u65E5", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE\0\xE5\x65\x2C\x67\0\x63\x64"s, "\u65E5\u672Ccd", EJet::Jet4},
+    // A pair whose upper byte is 0 does not turn back.
+    {Raw(Text), "\xFF\xFE\0\xE5\x65\x61\0\0\x62"s, "\u65E5ab", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE\x61\0\0\0"s, "a", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE\x61\0\xE5"s, "a", EJet::Jet4},
+    {Raw(Text), "\xFF\xFE\0\xE5\x65\x2C"s, "\u65E5", EJet::Jet4},
+    {Raw(Numeric, true), "\x0E\0\1\0\0\0\0\0\5\0\0\0\0\0\0\0"s, "0.5", EJet::Ace14},
     {{"", ExtendedDate}, extendedDate, "2024-01-31 23:59:59.1234567", EJet::Ace16},
 };
 
@@ -147,6 +160,46 @@ TEST(AccessValues, EachTypeAtItsLimits) {
     }
 }
 
+const struct {
+    SAccessColumn column;
+    std::string strValue;
+    const char* words; ///< of the description
+    EJet version = EJet::Jet4;
+} wrongCases[] = {
+    {Raw(Long), "\1\2\3", "too short"},
+    {Raw(Numeric), "\1\2\3\4", "a size that there is not"},
+    {Raw(Numeric), std::string(21, '1'), "a size that there is not"},
+    {{.type = Numeric, .scale = 29}, "1", "more digits"},
+    {{.type = Numeric}, std::string(30, '9'), "more digits"},
+    {Raw(Numeric, true), "\1\2\3\4\5", "too short"},
+    {Raw(Memo), "\1\2\3", "no header"},
+    {Raw(Memo), "\5\0\0\x80"s + std::string(8, '\0') + "abcd", "too early"},
+    {Raw(Memo), "\1\0\0\4"s + std::string(8, '\0'), "67108865 bytes is too long"},
+    {{.type = Text}, "\xD0\x61", "code page 1361", EJet::Jet3},
+};
+
+TEST(AccessValues, WrongOnesSayWhy) {
+    for (const auto& wrong : wrongCases) {
+        CAccessWriter writer(wrong.version);
+        writer.SetCodePage(1361);
+        writer.AddTable("T", {wrong.column}).Add({wrong.strValue});
+        EXPECT_THAT(CauseOf(writer), testing::HasSubstr(wrong.words));
+    }
+}
+
+/// Records of long values belong to one field each: a file that has more to read than it holds is forged.
+TEST(AccessValues, LongValuesInOnePlaceAreNotReadForEver) {
+    CAccessWriter writer(EJet::Jet4);
+    CAccessTable& other =
+        writer.AddTable("Other", {{"m", Memo}}, {.longValue = SAccessTableOptions::ELongValue::OnePage});
+    other.Add({std::string(3000, 'x')});
+    CAccessTable& table = writer.AddTable("T", {Raw(Memo)});
+    for (int i = 0; i < 1000; ++i)
+        table.Add(
+            {LittleEndian(0x40000BB8, 4) + SRecordPlace{other.LongPages()[0], 0}.Pointer() + std::string(4, '\0')});
+    EXPECT_THAT(CauseOf(writer), testing::HasSubstr("over one another"));
+}
+
 TEST(AccessValues, TextsGoThroughTheCodePages) {
     const struct {
         EJet version;
@@ -159,6 +212,10 @@ TEST(AccessValues, TextsGoThroughTheCodePages) {
         {EJet::Jet3, 1252, 65001, "m\xFCller \x80", "müller €"},
         {EJet::Jet3, 932, 932, "\x83\x5C\x81\x5B|\x95\x5C", "\x83\x5C\x81\x5B|\x95\x5C"},
         {EJet::Jet3, 932, 65001, "\x83\x5C\x81\x5B", "ソー"},
+        {EJet::Jet3, 1251, 65001, "\xCF\xF0\x88", "Пр€"},
+        {EJet::Jet3, 1250, 65001, "\xB9\x81", "\u0105\u0081"},
+        {EJet::Jet3, 874, 65001, "\xA1\xFF", "\u0E01\uFFFD"},
+        {EJet::Jet3, 1361, 65001, "ascii", "ascii"},
         {EJet::Jet3, 949, 65001, "\xC7\xD1", "한"},
         {EJet::Jet3, 1252, 932, "m\xFCller", "muller"}, // the closest that there is
         {EJet::Jet4, 1252, 932, "ソー 表", "\x83\x5C\x81\x5B \x95\x5C"},

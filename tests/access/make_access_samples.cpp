@@ -1,6 +1,6 @@
 // make_access_samples FOLDER: writes the databases of examples/data, the same each time.
-#include "support/AccessEncryption.h"
 #include "support/AccessWriter.h"
+#include "support/Encryptor.h"
 
 #include <filesystem>
 #include <fstream>
@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
     }
     constexpr std::uint32_t key = 0x20240229;
     std::string locked = Stock(EJet::Ace14, key);
-    EncryptAccessPages(locked, EAccessCipher::AesSha512_256, "secret", key);
+    EncryptDatabase(locked, AgileCipher("secret", "SHA512", 256), key);
     const std::pair<const char*, std::string> samples[] = {
         {"stock.mdb", Stock(EJet::Jet3)}, {"stock.accdb", Stock(EJet::Ace14)}, {"stock-locked.accdb", locked}};
     for (const auto& [name, bytes] : samples)

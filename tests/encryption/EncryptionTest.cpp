@@ -171,10 +171,10 @@ TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
         const char* title;
         SRecordEncryption encryption;
     } schemes[] = {
-        {"40 bits", EncryptRecords40Bit(passWord, zeros.size())},
-        {"system, 40 bits", EncryptRecordsCryptoApi(passWord, 40, zeros.size())},
-        {"system, 56 bits", EncryptRecordsCryptoApi(passWord, 56, zeros.size())},
-        {"system, 128 bits", EncryptRecordsCryptoApi(passWord, 128, zeros.size())},
+        {"40 bits", EncryptRecords(Rc4Cipher40Bit(passWord), zeros.size())},
+        {"system, 40 bits", EncryptRecords(Rc4Cipher(passWord, 40), zeros.size())},
+        {"system, 56 bits", EncryptRecords(Rc4Cipher(passWord, 56), zeros.size())},
+        {"system, 128 bits", EncryptRecords(Rc4Cipher(passWord, 128), zeros.size())},
     };
     for (const auto& [title, encryption] : schemes) {
         for (const std::size_t step : std::initializer_list<std::size_t>{1, 7, 512, 1023, 1024, 1025, 4000})
@@ -188,7 +188,7 @@ TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
                         HasSubstr("error: "))
                 << title << size;
     }
-    EXPECT_EQ(DecryptRecords(EncryptRecords40Bit(defaultPassWord, 5).filePass, true, "", "", 1), "");
+    EXPECT_EQ(DecryptRecords(EncryptRecords(Rc4Cipher40Bit(defaultPassWord), 5).filePass, true, "", "", 1), "");
 }
 
 TEST(RecordCipher, TakesObfuscationBack) {

@@ -1,26 +1,10 @@
 #include "support/AccessPages.h"
 
-#include <array>
-#include <numeric>
+#include "support/Rc4.h"
+
 #include <stdexcept>
-#include <utility>
 
 namespace NSTQ::Tests {
-
-void ApplyRc4(const std::string& key, std::string& bytes, std::size_t offset, std::size_t size) {
-    std::array<unsigned char, 256> state;
-    std::iota(state.begin(), state.end(), static_cast<unsigned char>(0));
-    for (unsigned i = 0, j = 0; i < 256; ++i) {
-        j = (j + state[i] + static_cast<unsigned char>(key[i % key.size()])) % 256;
-        std::swap(state[i], state[j]);
-    }
-    for (unsigned n = 0, i = 0, j = 0; n < size; ++n) {
-        i = (i + 1) % 256;
-        j = (j + state[i]) % 256;
-        std::swap(state[i], state[j]);
-        bytes.at(offset + n) ^= static_cast<char>(state[(state[i] + state[j]) % 256]);
-    }
-}
 
 std::uint32_t CAccessPages::Add() {
     m_strBytes.resize(m_strBytes.size() + Size());
@@ -42,6 +26,10 @@ std::uint64_t CAccessPages::Get(std::uint32_t page, std::size_t offset, std::siz
     for (std::size_t i = width; i-- > 0;)
         value = value << 8 | static_cast<unsigned char>(m_strBytes.at(page * Size() + offset + i));
     return value;
+}
+
+void CAccessPages::Encrypt(std::uint32_t page, std::size_t offset, std::size_t size, std::string_view key) {
+    Put(page, offset, Rc4(key, m_strBytes.substr(page * Size() + offset, size)));
 }
 
 std::size_t CRecordPages::EndOfFree(std::uint32_t page, std::uint64_t rows) const {

@@ -14,9 +14,6 @@ namespace NSTQ::Tests {
 /// The byte of page 0 that tells the versions apart.
 enum class EJet : unsigned char { Jet3 = 0, Jet4 = 1, Ace12 = 2, Ace14 = 3, Ace15 = 4, Ace16 = 5, Ace17 = 6 };
 
-/// Encrypts or decrypts with RC4.
-void ApplyRc4(const std::string& key, std::string& bytes, std::size_t offset, std::size_t size);
-
 class CAccessPages {
 public:
     explicit CAccessPages(EJet version) : m_version(version) {}
@@ -31,6 +28,8 @@ public:
     void Put(std::uint32_t page, std::size_t offset, std::string_view bytes);
     void Put(std::uint32_t page, std::size_t offset, std::uint64_t value, std::size_t width);
     std::uint64_t Get(std::uint32_t page, std::size_t offset, std::size_t width) const;
+    /// With RC4.
+    void Encrypt(std::uint32_t page, std::size_t offset, std::size_t size, std::string_view key);
     std::string& Bytes() { return m_strBytes; }
 
 private:

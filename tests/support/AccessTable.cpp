@@ -58,23 +58,22 @@ std::string CAccessTable::Name(std::string_view name) const {
 std::string CAccessTable::ColumnEntry(std::size_t number, unsigned variableBefore, unsigned fixedOffset) const {
     const SAccessColumn& column = m_columns[number];
     const bool isJet3 = m_pages.IsJet3();
-    const unsigned textSize = column.type == EAccess::Binary || isJet3 ? 255 : 510;
-    const bool isText = column.type == EAccess::Text || column.type == EAccess::Binary;
+    const unsigned size = column.isCalculated               ? 39
+                          : column.type == EAccess::Binary  ? 255
+                          : column.type == EAccess::Text    ? (isJet3 ? 255 : 510)
+                          : column.type == EAccess::Boolean ? 1
+                                                            : column.FixedSize();
     const unsigned flags = column.type == EAccess::Complex ? 0x07 : column.IsInVariablePart() ? 0x02 : 0x03;
     const std::string place = LittleEndian(number, 2) + LittleEndian(variableBefore, 2) +
                               LittleEndian(column.position.value_or(static_cast<unsigned>(number)), 2);
-    const std::string end = LittleEndian(fixedOffset, 2) +
-                            LittleEndian(column.isCalculated ? 39
-                                         : isText            ? textSize
-                                                  : (column.type == EAccess::Boolean ? 1 : column.FixedSize()),
-                                         2);
+    const std::string end = LittleEndian(fixedOffset, 2) + LittleEndian(size, 2);
     std::string facts = LittleEndian(0x409, 2) + LittleEndian(isJet3 ? 1252 : 0, 2); // order of texts, code page
     if (column.type == EAccess::Numeric)
         facts = isJet3 ? std::string("\x09\x04\x1C", 3) + static_cast<char>(column.scale)
                        : std::string(1, 28) + static_cast<char>(column.scale) + Zeros(2);
     if (column.type == EAccess::Complex)
         facts = LittleEndian(number + 1, 4);
-    const std::string type = LittleEndian(static_cast<std::uint64_t>(column.type), 1);
+    const std::string type = LittleEndian(static_cast<std::uint64_t>(column.shownType.value_or(column.type)), 1);
     if (isJet3)
         return type + place + LittleEndian(1, 2) + facts + static_cast<char>(flags) + end;
     const unsigned moreFlags = (column.isCalculated ? 0xC0U : 0U) | (column.isCompressed ? 1U : 0U);
@@ -144,28 +143,22 @@ void CAccessTable::WriteDefinition() {
 void CAccessTable::WriteMap(SRecordPlace place, std::vector<std::uint32_t> numbers) {
     if (numbers.empty())
         return;
-    std::sort(numbers.begin(), numbers.end());
-    const std::uint32_t first = numbers.front() / 8 * 8;
+    std::ranges::sort(numbers);
     const std::size_t inRecord = MapBytes(m_pages.IsJet3());
-    if (!m_options.hasMapPages && (numbers.back() - first) / 8 < inRecord) {
-        std::string bits(inRecord, '\0');
-        for (const std::uint32_t number : numbers)
-            bits[(number - first) / 8] |= static_cast<char>(1 << (number - first) % 8);
-        m_maps.Put(place, 0, '\0' + LittleEndian(first, 4) + bits);
-        return;
-    }
-    const std::size_t perPage = (m_pages.Size() - 4) * 8;
-    std::string record = "\1";
-    std::vector<std::uint32_t> mapPages;
-    for (std::size_t base = 0; base <= numbers.back(); base += perPage) {
-        mapPages.push_back(m_pages.Add());
-        m_pages.Put(mapPages.back(), 0, 0x0105, 2);
-        record += LittleEndian(mapPages.back(), 4);
-    }
-    for (const std::uint32_t number : numbers) {
-        const std::uint32_t page = mapPages[number / perPage];
-        const std::size_t byte = 4 + number % perPage / 8;
-        m_pages.Put(page, byte, m_pages.Get(page, byte, 1) | 1U << number % 8, 1);
+    const bool hasPages = m_options.hasMapPages || numbers.back() / 8 - numbers.front() / 8 >= inRecord;
+    const std::uint32_t first = hasPages ? 0 : numbers.front() / 8 * 8;
+    std::string bits(hasPages ? numbers.back() / 8 + 1 : inRecord, '\0');
+    for (const std::uint32_t number : numbers)
+        bits[(number - first) / 8] |= static_cast<char>(1 << number % 8);
+    std::string record = '\0' + LittleEndian(first, 4) + bits;
+    if (hasPages)
+        record = '\1';
+    const std::size_t perPage = m_pages.Size() - 4;
+    for (std::size_t at = 0; hasPages && at < bits.size(); at += perPage) {
+        const std::uint32_t page = m_pages.Add();
+        m_pages.Put(page, 0, 0x0105, 2);
+        m_pages.Put(page, 4, bits.substr(at, perPage));
+        record += LittleEndian(page, 4);
     }
     m_maps.Put(place, 0, record);
 }
@@ -213,24 +206,18 @@ std::string CAccessTable::Record(const AccessRow& row, std::size_t columns) {
         const SAccessColumn& column = m_columns[i];
         const bool isNull = std::holds_alternative<std::monostate>(row[i]);
         const bool isBit = column.type == EAccess::Boolean && !column.isCalculated;
-        if (isBit ? !isNull && std::get<bool>(row[i]) : !isNull)
+        if (!isNull && (!isBit || std::get<bool>(row[i])))
             nulls[i / 8] |= static_cast<char>(1 << i % 8);
-        if (isBit)
-            continue;
-        std::string bytes = isNull ? "" : AccessBytes(column, row[i], isJet3);
+        std::string bytes = isNull || isBit ? "" : AccessBytes(column, row[i], isJet3);
         if (!isNull && column.IsLongValue())
             bytes = LongValue(bytes);
-        if (!column.IsInVariablePart()) {
-            bytes.resize(column.FixedSize());
-            fixed += bytes;
-            continue;
-        }
-        offsets.push_back(variable.size());
-        variable += bytes;
+        bytes.resize(column.IsInVariablePart() ? bytes.size() : column.FixedSize());
+        if (column.IsInVariablePart())
+            offsets.push_back(variable.size());
+        (column.IsInVariablePart() ? variable : fixed) += bytes;
     }
     std::string record = LittleEndian(columns, width) + fixed;
-    const bool hasVariables = std::ranges::any_of(m_columns, &SAccessColumn::IsInVariablePart);
-    if (!hasVariables)
+    if (std::ranges::none_of(m_columns, &SAccessColumn::IsInVariablePart))
         return record + nulls;
     for (std::size_t& offset : offsets)
         offset += record.size();

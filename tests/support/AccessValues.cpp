@@ -90,29 +90,9 @@ bool SAccessColumn::IsInVariablePart() const {
 }
 
 unsigned SAccessColumn::FixedSize() const {
-    switch (type) {
-    case EAccess::Byte:
-        return 1;
-    case EAccess::Integer:
-        return 2;
-    case EAccess::Long:
-    case EAccess::Single:
-    case EAccess::Complex:
-        return 4;
-    case EAccess::Currency:
-    case EAccess::Double:
-    case EAccess::Date:
-    case EAccess::Large:
-        return 8;
-    case EAccess::Guid:
-        return 16;
-    case EAccess::Numeric:
-        return 17;
-    case EAccess::ExtendedDate:
-        return 42;
-    default:
-        return 0;
-    }
+    static constexpr std::array<unsigned char, 21> sizes = {0, 0, 1, 2, 4,  8,  4, 8, 8, 0, 0,
+                                                            0, 0, 0, 0, 16, 17, 0, 4, 8, 42};
+    return sizes[static_cast<std::size_t>(type)];
 }
 
 std::string Utf16Bytes(std::string_view utf8) {

@@ -29,13 +29,14 @@ enum class EAccess : unsigned char {
 };
 
 struct SAccessColumn {
-    std::string strName; ///< UTF-8; Jet 3: bytes of the file's code page
+    std::string strName = {}; ///< UTF-8; Jet 3: bytes of the file's code page
     EAccess type = EAccess::Text;
     unsigned char scale = 0;
     bool isVariable = false;               ///< a type of fixed size among the variable ones, as system tables have it
     bool isCalculated = false;             ///< the value in a wrapper
     bool isDeleted = false;                ///< not in the definition any more, but in the rows
     bool isCompressed = true;              ///< texts of Jet 4 may be compressed
+    std::optional<EAccess> shownType = {}; ///< what the definition says, when that is not the type of the values
     std::optional<unsigned> position = {}; ///< where it is shown; its place among the columns otherwise
 
     bool IsInVariablePart() const;

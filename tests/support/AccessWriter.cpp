@@ -34,9 +34,7 @@ AccessValue TextOrNull(const std::string& text) {
 CAccessWriter::CAccessWriter(EJet version) : m_pages(version), m_maps(m_pages, 0) {
     m_pages.Add();
     m_maps.Add(std::string(m_pages.IsJet3() ? 133 : 69, '\0'));
-    SAccessTableOptions options;
-    options.isSystem = true;
-    MakeTable(CatalogueColumns(), options);
+    MakeTable(CatalogueColumns(), {.isSystem = true});
     Catalogue(2, "MSysObjects", 1, systemFlag);
 }
 
@@ -45,41 +43,22 @@ CAccessTable& CAccessWriter::MakeTable(std::vector<SAccessColumn> columns, SAcce
     return *m_tables.back();
 }
 
-void CAccessWriter::Catalogue(std::int64_t id, std::string name, int type, std::int64_t flags, AccessValue database,
-                              AccessValue foreignName) {
-    AccessRow row = {id,
-                     tablesId,
-                     name,
-                     std::int64_t{type},
-                     creationDate,
-                     creationDate,
-                     {},
-                     flags,
-                     std::move(database),
-                     {},
-                     std::move(foreignName)};
+void CAccessWriter::Catalogue(std::int64_t id, const std::string& name, int type, std::int64_t flags) {
+    AccessRow row = {id, tablesId, name, std::int64_t{type}, creationDate, creationDate, {}, flags};
     row.resize(CatalogueColumns().size());
     m_tables.front()->Add(row);
 }
 
-CAccessTable& CAccessWriter::AddTable(std::string name, std::vector<SAccessColumn> columns,
+CAccessTable& CAccessWriter::AddTable(const std::string& name, std::vector<SAccessColumn> columns,
                                       SAccessTableOptions options, std::int64_t flags) {
     CAccessTable& table = MakeTable(std::move(columns), options);
-    Catalogue(table.DefinitionPage(), std::move(name), 1, flags);
+    Catalogue(table.DefinitionPage(), name, 1, flags);
     return table;
 }
 
-void CAccessWriter::AddObject(std::string name, int type, std::int64_t flags, AccessValue database,
-                              AccessValue foreignName) {
-    Catalogue(m_nextId++, std::move(name), type, flags, std::move(database), std::move(foreignName));
-}
-
-void CAccessWriter::AddQuery(std::string name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags) {
-    if (m_pQueries == nullptr) {
-        SAccessTableOptions options;
-        options.isSystem = true;
-        m_pQueries = &AddTable("MSysQueries", QueryColumns(), options, systemFlag);
-    }
+void CAccessWriter::AddQuery(const std::string& name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags) {
+    if (m_pQueries == nullptr)
+        m_pQueries = &AddTable("MSysQueries", QueryColumns(), {.isSystem = true}, systemFlag);
     std::int64_t order = 0;
     for (const SAccessQueryRow& row : rows)
         m_pQueries->Add({m_nextId,
@@ -90,11 +69,7 @@ void CAccessWriter::AddQuery(std::string name, const std::vector<SAccessQueryRow
                          TextOrNull(row.strExpression),
                          row.flag ? AccessValue(*row.flag) : AccessValue(),
                          {}});
-    AddObject(std::move(name), 5, flags);
-}
-
-void CAccessWriter::MaskHeader(std::size_t offset, std::size_t size) {
-    ApplyRc4("\xC7\xDA\x39\x6B", m_pages.Bytes(), offset, size);
+    AddObject(name, 5, flags);
 }
 
 /// The password of Jet 3 stands there as it is; that of Jet 4 is combined with the day of creation.
@@ -118,7 +93,7 @@ void CAccessWriter::WriteHeader() {
         m_pages.Put(0, 0x72, std::bit_cast<std::uint64_t>(creationDate), 8);
     }
     m_pages.Put(0, 0x42, passWord);
-    MaskHeader(0x18, m_pages.IsJet3() ? 126 : 128);
+    m_pages.Encrypt(0, 0x18, m_pages.IsJet3() ? 126 : 128, "\xC7\xDA\x39\x6B");
 }
 
 CAccessPages& CAccessWriter::Finish() {
@@ -127,7 +102,7 @@ CAccessPages& CAccessWriter::Finish() {
     WriteHeader();
     if (m_uKey != 0 && m_pages.Version() <= EJet::Jet4) {
         for (std::uint32_t page = 1; page < m_pages.Count(); ++page)
-            ApplyRc4(LittleEndian(m_uKey ^ page, 4), m_pages.Bytes(), page * m_pages.Size(), m_pages.Size());
+            m_pages.Encrypt(page, 0, m_pages.Size(), LittleEndian(m_uKey ^ page, 4));
     }
     return m_pages;
 }

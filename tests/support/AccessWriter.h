@@ -31,13 +31,14 @@ public:
     /// afterwards.
     void SetKey(std::uint32_t key) { m_uKey = key; }
 
-    CAccessTable& AddTable(std::string name, std::vector<SAccessColumn> columns, SAccessTableOptions options = {},
-                           std::int64_t flags = 0);
+    CAccessTable& AddTable(const std::string& name, std::vector<SAccessColumn> columns,
+                           SAccessTableOptions options = {}, std::int64_t flags = 0);
     /// A row of the catalogue without pages: a linked table, a form, ...
-    void AddObject(std::string name, int type, std::int64_t flags, AccessValue database = {},
-                   AccessValue foreignName = {});
+    void AddObject(const std::string& name, int type, std::int64_t flags) {
+        Catalogue(m_nextId++, name, type, flags);
+    }
     /// Columns and condition as they stand in SQL. `flags` 0 is a selection.
-    void AddQuery(std::string name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags = 0);
+    void AddQuery(const std::string& name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags = 0);
 
     /// Writes what was left open and gives the pages; nothing is added afterwards.
     CAccessPages& Finish();
@@ -48,10 +49,8 @@ public:
 
 private:
     CAccessTable& MakeTable(std::vector<SAccessColumn> columns, SAccessTableOptions options);
-    void Catalogue(std::int64_t id, std::string name, int type, std::int64_t flags, AccessValue database = {},
-                   AccessValue foreignName = {});
+    void Catalogue(std::int64_t id, const std::string& name, int type, std::int64_t flags);
     void WriteHeader();
-    void MaskHeader(std::size_t offset, std::size_t size);
 
     CAccessPages m_pages;
     CRecordPages m_maps;

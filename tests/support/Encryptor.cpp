@@ -1,11 +1,11 @@
 #include "support/Encryptor.h"
 
 #include "support/CompoundBuilder.h"
-#include "support/ZipWriter.h"
+#include "support/LittleEndian.h"
+#include "support/Rc4.h"
 
 #include <openssl/evp.h>
 
-#include <numeric>
 #include <stdexcept>
 
 namespace NSTQ::Tests {
@@ -39,20 +39,6 @@ std::string Aes(const std::string& key, const std::string& start, std::string te
     if (!done)
         throw std::runtime_error(name);
     return out;
-}
-
-std::string Rc4(const std::string& key, std::size_t size) {
-    std::string s(256, '\0');
-    std::iota(s.begin(), s.end(), '\0');
-    const auto at = [&](unsigned i) -> unsigned { return static_cast<unsigned char>(s[i & 255]); };
-    for (unsigned i = 0, j = 0; i < 256; ++i)
-        std::swap(s[i], s[j = (j + at(i) + static_cast<unsigned char>(key[i % key.size()])) & 255]);
-    std::string stream;
-    for (unsigned i = 1, j = 0; stream.size() < size; ++i) {
-        std::swap(s[i & 255], s[j = (j + at(i)) & 255]);
-        stream += s[(at(i) + at(j)) & 255];
-    }
-    return stream;
 }
 
 std::string Xor(std::string text, std::string_view with) {
@@ -104,8 +90,7 @@ std::string SEncryptedPackage::File() const {
     return builder.Add(u"EncryptionInfo", info).Add(u"EncryptedPackage", package).Finish().bytes;
 }
 
-SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWord, const char* hash,
-                               unsigned keyBits, unsigned spinCount) {
+SBlockCipher AgileCipher(std::string_view passWord, const char* hash, unsigned keyBits, unsigned spinCount) {
     const std::string spun = Spin(hash, salt + Wide(passWord), spinCount);
     const auto lock = [&](std::string_view purpose, const std::string& text) {
         return Base64(Aes(Fitted(Hash(hash, spun + std::string(purpose)), keyBits / 8), salt, text));
@@ -116,65 +101,86 @@ SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWo
                                std::to_string(spun.size()) +
                                "' cipherAlgorithm='AES' cipherChaining='ChainingModeCBC' hashAlgorithm='" + hash +
                                "' ";
-    SEncryptedPackage result;
-    result.info =
-        LittleEndian(0x00040004, 4) + LittleEndian(0x40, 4) +
-        "<?xml version='1.0'?><encryption xmlns='e' xmlns:p='p'><keyData " + cipher + "saltValue='" +
-        Base64(dataSalt) +
-        "'/><dataIntegrity/><keyEncryptors><keyEncryptor "
-        "uri='http://schemas.microsoft.com/office/2006/keyEncryptor/certificate'><c:encryptedKey xmlns:c='c'/>"
-        "</keyEncryptor><keyEncryptor uri='http://schemas.microsoft.com/office/2006/keyEncryptor/password'>"
-        "<p:encryptedKey spinCount='" +
-        std::to_string(spinCount) + "' " + cipher + "saltValue='" + Base64(salt) + "' encryptedVerifierHashInput='" +
-        lock("\xFE\xA7\xD2\x76\x3B\x4B\x9E\x79", verifier) + "' encryptedVerifierHashValue='" +
-        lock("\xD7\xAA\x0F\x6D\x30\x61\x34\x4E", Hash(hash, verifier)) + "' encryptedKeyValue='" +
-        lock("\x14\x6E\x0B\xE7\xAB\xAC\xD0\xD6", key) + "'/></keyEncryptor></keyEncryptors></encryption>";
-    result.package = LittleEndian(package.size(), 8);
-    for (std::size_t at = 0; at < package.size(); at += 4096)
-        result.package += Aes(key, Hash(hash, dataSalt + LittleEndian(at / 4096, 4)).substr(0, 16),
-                              std::string(package.substr(at, 4096)));
+    const std::string schema = "http://schemas.microsoft.com/office/2006/";
+    return {LittleEndian(0x00040004, 4) + LittleEndian(0x40, 4) + "<?xml version='1.0'?><encryption xmlns='" +
+                schema + "encryption' xmlns:p='" + schema + "keyEncryptor/password'><keyData " + cipher +
+                "saltValue='" + Base64(dataSalt) + "'/><dataIntegrity/><keyEncryptors><keyEncryptor uri='" + schema +
+                "keyEncryptor/certificate'><c:encryptedKey xmlns:c='c'/></keyEncryptor><keyEncryptor uri='" + schema +
+                "keyEncryptor/password'><p:encryptedKey spinCount='" + std::to_string(spinCount) + "' " + cipher +
+                "saltValue='" + Base64(salt) + "' encryptedVerifierHashInput='" +
+                lock("\xFE\xA7\xD2\x76\x3B\x4B\x9E\x79", verifier) + "' encryptedVerifierHashValue='" +
+                lock("\xD7\xAA\x0F\x6D\x30\x61\x34\x4E", Hash(hash, verifier)) + "' encryptedKeyValue='" +
+                lock("\x14\x6E\x0B\xE7\xAB\xAC\xD0\xD6", key) + "'/></keyEncryptor></keyEncryptors></encryption>",
+            [=](std::uint32_t block, std::string text) {
+                return Aes(key, Hash(hash, dataSalt + LittleEndian(block, 4)).substr(0, 16), std::move(text));
+            }};
+}
+
+SBlockCipher StandardCipher(std::string_view passWord, unsigned keyBits, unsigned spinCount) {
+    const std::string spun = Spin("SHA1", salt + Wide(passWord), spinCount);
+    const auto encrypt = [=](std::uint32_t block, std::string text) {
+        const std::string digest = Hash("SHA1", spun + LittleEndian(block, 4));
+        const auto half = [&](char filling) {
+            return Hash("SHA1", Xor(std::string(20, filling), digest) + std::string(44, filling));
+        };
+        return Aes((half(0x36) + half(0x5C)).substr(0, keyBits / 8), {}, std::move(text));
+    };
+    return {LittleEndian(0x00020004, 4) +
+                CryptoApiHeader(spinCount == 0 ? 0x04 : 0x24, 0x660E + (keyBits - 128) / 64, keyBits) +
+                encrypt(0, verifier) + LittleEndian(20, 4) + encrypt(0, Hash("SHA1", verifier)),
+            encrypt};
+}
+
+SBlockCipher Rc4Cipher40Bit(std::string_view passWord) {
+    std::string repeated;
+    for (int i = 0; i < 16; ++i)
+        repeated += Hash("MD5", Wide(passWord)).substr(0, 5) + salt;
+    const auto encrypt = [digest = Hash("MD5", repeated).substr(0, 5)](std::uint32_t block, std::string text) {
+        return Rc4(Hash("MD5", digest + LittleEndian(block, 4)), std::move(text));
+    };
+    return {LittleEndian(0x00010001, 4) + salt + encrypt(0, verifier + Hash("MD5", verifier)), encrypt};
+}
+
+SBlockCipher Rc4Cipher(std::string_view passWord, unsigned keyBits) {
+    const auto encrypt = [=, digest = Hash("SHA1", salt + Wide(passWord))](std::uint32_t block, std::string text) {
+        std::string key = Hash("SHA1", digest + LittleEndian(block, 4)).substr(0, keyBits / 8);
+        if (keyBits == 40)
+            key.resize(16);
+        return Rc4(key, std::move(text));
+    };
+    const std::string locked = encrypt(0, verifier + Hash("SHA1", verifier));
+    return {LittleEndian(0x00020002, 4) + CryptoApiHeader(4, 0x6801, keyBits) + locked.substr(0, 16) +
+                LittleEndian(20, 4) + locked.substr(16),
+            encrypt};
+}
+
+SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWord, const char* hash,
+                               unsigned keyBits, unsigned spinCount) {
+    const SBlockCipher cipher = AgileCipher(passWord, hash, keyBits, spinCount);
+    SEncryptedPackage result{cipher.info, LittleEndian(package.size(), 8)};
+    for (std::uint32_t segment = 0; segment * 4096 < package.size(); ++segment)
+        result.package += cipher.encrypt(segment, std::string(package.substr(segment * 4096, 4096)));
     return result;
 }
 
 SEncryptedPackage EncryptStandard(std::string_view package, std::string_view passWord, unsigned keyBits) {
-    const std::string digest = Hash("SHA1", Spin("SHA1", salt + Wide(passWord), 50000) + LittleEndian(0, 4));
-    const auto half = [&](char filling) {
-        return Hash("SHA1", Xor(std::string(20, filling), digest) + std::string(44, filling));
-    };
-    const std::string key = (half(0x36) + half(0x5C)).substr(0, keyBits / 8);
-    SEncryptedPackage result;
-    result.info = LittleEndian(0x00020004, 4) + CryptoApiHeader(0x24, 0x660E + (keyBits - 128) / 64, keyBits) +
-                  Aes(key, {}, verifier) + LittleEndian(20, 4) + Aes(key, {}, Hash("SHA1", verifier));
-    result.package = LittleEndian(package.size(), 8) + Aes(key, {}, std::string(package));
-    return result;
+    const SBlockCipher cipher = StandardCipher(passWord, keyBits);
+    return {cipher.info, LittleEndian(package.size(), 8) + cipher.encrypt(0, std::string(package))};
 }
 
-SRecordEncryption EncryptRecords40Bit(std::string_view passWord, std::size_t streamSize) {
-    std::string repeated;
-    for (int i = 0; i < 16; ++i)
-        repeated += Hash("MD5", Wide(passWord)).substr(0, 5) + salt;
-    const std::string digest = Hash("MD5", repeated).substr(0, 5);
-    SRecordEncryption result;
+SRecordEncryption EncryptRecords(const SBlockCipher& cipher, std::size_t streamSize) {
+    SRecordEncryption result{LittleEndian(1, 2) + cipher.info, {}};
     for (std::uint32_t block = 0; result.keyStream.size() < streamSize; ++block)
-        result.keyStream += Rc4(Hash("MD5", digest + LittleEndian(block, 4)), 1024);
-    result.filePass = LittleEndian(1, 2) + LittleEndian(0x00010001, 4) + salt +
-                      Xor(verifier + Hash("MD5", verifier), result.keyStream);
+        result.keyStream += cipher.encrypt(block, std::string(1024, '\0'));
     return result;
 }
 
-SRecordEncryption EncryptRecordsCryptoApi(std::string_view passWord, unsigned keyBits, std::size_t streamSize) {
-    const std::string digest = Hash("SHA1", salt + Wide(passWord));
-    SRecordEncryption result;
-    for (std::uint32_t block = 0; result.keyStream.size() < streamSize; ++block) {
-        std::string key = Hash("SHA1", digest + LittleEndian(block, 4)).substr(0, keyBits / 8);
-        if (keyBits == 40)
-            key.resize(16);
-        result.keyStream += Rc4(key, 1024);
-    }
-    const std::string locked = Xor(verifier + Hash("SHA1", verifier), result.keyStream);
-    result.filePass = LittleEndian(1, 2) + LittleEndian(0x00020002, 4) + CryptoApiHeader(4, 0x6801, keyBits) +
-                      locked.substr(0, 16) + LittleEndian(20, 4) + locked.substr(16);
-    return result;
+void EncryptDatabase(std::string& file, const SBlockCipher& cipher, std::uint32_t key) {
+    constexpr std::size_t pageSize = 4096, infoAt = 0x299;
+    const std::string info = LittleEndian(cipher.info.size(), 2) + cipher.info;
+    file.replace(infoAt, info.size(), info);
+    for (std::uint32_t page = 1; page * pageSize < file.size(); ++page)
+        file.replace(page * pageSize, pageSize, cipher.encrypt(key ^ page, file.substr(page * pageSize, pageSize)));
 }
 
 SObfuscation Obfuscate(std::string_view passWord) {

@@ -1,11 +1,24 @@
-// Encrypts, written from the descriptions of the formats: what the readers have to open. Passwords are ASCII.
+// Encrypts, written from the descriptions of the formats: what the readers have to open. Passwords are Latin-1.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace NSTQ::Tests {
+
+/// What describes an encryption, and its cipher for one of the blocks that each have a key or start of their own.
+struct SBlockCipher {
+    std::string info;
+    std::function<std::string(std::uint32_t block, std::string text)> encrypt;
+};
+/// `hash` is a name as libcrypto knows it: "SHA512".
+SBlockCipher AgileCipher(std::string_view passWord, const char* hash, unsigned keyBits, unsigned spinCount = 1000);
+/// AES whose key has 50000 rounds in packages, in databases maybe none.
+SBlockCipher StandardCipher(std::string_view passWord, unsigned keyBits, unsigned spinCount = 50000);
+SBlockCipher Rc4Cipher40Bit(std::string_view passWord);
+SBlockCipher Rc4Cipher(std::string_view passWord, unsigned keyBits);
 
 /// The two streams of an encrypted package.
 struct SEncryptedPackage {
@@ -14,8 +27,6 @@ struct SEncryptedPackage {
     /// Both in a compound file.
     std::string File() const;
 };
-
-/// `hash` is a name as libcrypto knows it: "SHA512".
 SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWord, const char* hash,
                                unsigned keyBits, unsigned spinCount = 1000);
 SEncryptedPackage EncryptStandard(std::string_view package, std::string_view passWord, unsigned keyBits);
@@ -25,8 +36,10 @@ struct SRecordEncryption {
     std::string filePass;
     std::string keyStream;
 };
-SRecordEncryption EncryptRecords40Bit(std::string_view passWord, std::size_t streamSize);
-SRecordEncryption EncryptRecordsCryptoApi(std::string_view passWord, unsigned keyBits, std::size_t streamSize);
+SRecordEncryption EncryptRecords(const SBlockCipher& cipher, std::size_t streamSize);
+
+/// Encrypts the pages of an accdb but for page 0, which it has say how. `key` is the one in the header.
+void EncryptDatabase(std::string& file, const SBlockCipher& cipher, std::uint32_t key);
 
 /// The obfuscation of records, by the tables of its description.
 struct SObfuscation {

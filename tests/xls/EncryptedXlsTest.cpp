@@ -72,7 +72,7 @@ void ExpectOpens(bool isBiff8, const std::string& filePass, const FEncrypt& encr
 TEST(XlsEncrypted, RecordsOpenWithTheirPassword) {
     for (const bool isCryptoApi : {false, true}) {
         const SRecordEncryption encryption =
-            isCryptoApi ? EncryptRecordsCryptoApi("secret", 128, 10000) : EncryptRecords40Bit("secret", 10000);
+            EncryptRecords(isCryptoApi ? Rc4Cipher("secret", 128) : Rc4Cipher40Bit("secret"), 10000);
         ExpectOpens(true, encryption.filePass, [&](std::string body, std::size_t position) {
             for (char& byte : body)
                 byte = static_cast<char>(byte ^ encryption.keyStream.at(position++));

@@ -1,10 +1,9 @@
 #include "providers/access/CCatalogue.h"
 
 #include "platform/ado/TextCase.h"
-#include "providers/access/CTableRows.h"
+#include "providers/access/CSystemRows.h"
 #include "providers/access/SCColumnProperties.h"
 #include "providers/access/SCNameOrder.h"
-#include "providers/common/CSourceError.h"
 
 #include <algorithm>
 
@@ -16,10 +15,10 @@ namespace {
 
 constexpr std::uint32_t cataloguePage = 2;
 
-constexpr std::int64_t tableType = 1;
-constexpr std::int64_t linkedOdbcType = 4;
-constexpr std::int64_t queryType = 5;
-constexpr std::int64_t linkedType = 6;
+constexpr std::uint32_t tableType = 1;
+constexpr std::uint32_t linkedOdbcType = 4;
+constexpr std::uint32_t queryType = 5;
+constexpr std::uint32_t linkedType = 6;
 
 constexpr std::uint32_t systemFlag = 0x80000000;
 constexpr std::uint32_t programFlag = 0x2;
@@ -27,7 +26,7 @@ constexpr std::uint32_t hiddenFlags = 0x1 | 0x8;
 constexpr std::u16string_view programPrefix = u"MSys";
 constexpr char16_t temporarySign = u'~';
 
-std::optional<EObjectKind> GetKind(std::int64_t type, std::uint32_t flags, std::u16string_view name) {
+std::optional<EObjectKind> GetKind(std::uint32_t type, std::uint32_t flags, std::u16string_view name) {
     const bool isOfProgram = (flags & (programFlag | hiddenFlags)) != 0 || name.front() == temporarySign ||
                              IsEqualIgnoringCase(name.substr(0, programPrefix.size()), programPrefix);
     switch (type) {
@@ -47,35 +46,18 @@ std::optional<EObjectKind> GetKind(std::int64_t type, std::uint32_t flags, std::
 }
 
 /// The rows of the catalogue with the columns that are of interest.
-class CObjectRows {
+class CObjectRows : public CSystemRows {
 public:
     explicit CObjectRows(const std::shared_ptr<const CDatabase>& database)
-        : m_rows(database, ReadTableDefinition(*database, cataloguePage)) {}
+        : CSystemRows(database, ReadTableDefinition(*database, cataloguePage)) {}
 
-    bool MoveNext() { return m_rows.MoveNext(); }
-    std::int64_t GetId() { return GetNumber(m_id); }
-    std::int64_t GetType() { return GetNumber(m_type); }
-    std::uint32_t GetFlags() { return static_cast<std::uint32_t>(GetNumber(m_flags)); }
-    std::u16string_view GetName() {
-        const VARIANT& value = m_rows.GetValue(m_name);
-        return value.vt == VT_BSTR ? BstrView(value.bstrVal) : std::u16string_view();
-    }
-    std::span<const unsigned char> GetProperties() { return m_rows.GetBytes(m_properties); }
+    std::uint32_t GetId() { return GetNumber(m_id); }
+    std::uint32_t GetType() { return GetNumber(m_type); }
+    std::uint32_t GetFlags() { return GetNumber(m_flags); }
+    std::u16string_view GetName() { return GetText(m_name); }
+    std::span<const unsigned char> GetProperties() { return GetBytes(m_properties); }
 
 private:
-    std::size_t Find(std::u16string_view name) const {
-        const auto& names = m_rows.GetColumnNames();
-        const auto found = std::ranges::find(names, name);
-        if (found == names.end())
-            throw CSourceError("its catalogue has no column " + AnsiFromWide(name));
-        return static_cast<std::size_t>(found - names.begin());
-    }
-    std::int64_t GetNumber(std::size_t column) {
-        const VARIANT& value = m_rows.GetValue(column);
-        return value.vt == VT_I4 ? value.lVal : value.vt == VT_I2 ? value.iVal : 0;
-    }
-
-    CTableRows m_rows;
     std::size_t m_id = Find(u"Id");
     std::size_t m_name = Find(u"Name");
     std::size_t m_type = Find(u"Type");
@@ -92,8 +74,7 @@ CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_pDatabase(
         if (name.empty())
             continue;
         if (const auto kind = GetKind(rows.GetType(), rows.GetFlags(), name))
-            m_objects.push_back(
-                {std::u16string(name), *kind, static_cast<std::uint32_t>(rows.GetId()), rows.GetFlags()});
+            m_objects.push_back({std::u16string(name), *kind, rows.GetId(), rows.GetFlags()});
     }
     std::ranges::stable_sort(m_objects, [](const SDatabaseObject& left, const SDatabaseObject& right) {
         return SCNameOrder::Compare(left.strName, right.strName) < 0;
@@ -109,11 +90,13 @@ const SDatabaseObject* CCatalogue::Find(std::u16string_view name) const {
 STableDefinition CCatalogue::ReadTable(const SDatabaseObject& object) const {
     constexpr std::uint32_t pageMask = 0xFFFFFF;
     STableDefinition table = ReadTableDefinition(*m_pDatabase, object.id & pageMask);
-    if (std::ranges::any_of(table.columns, &SColumn::isCalculated)) {
-        CObjectRows rows(m_pDatabase);
-        while (rows.MoveNext()) {
-            if (static_cast<std::uint32_t>(rows.GetId()) == object.id)
-                SCColumnProperties::TakeResultTypes(rows.GetProperties(), table.columns);
+    if (std::ranges::none_of(table.columns, &SColumn::isCalculated))
+        return table;
+    CObjectRows rows(m_pDatabase);
+    while (rows.MoveNext()) {
+        if (rows.GetId() == object.id) {
+            SCColumnProperties::TakeResultTypes(rows.GetProperties(), table.columns);
+            break;
         }
     }
     return table;

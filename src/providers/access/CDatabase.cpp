@@ -1,6 +1,6 @@
 #include "providers/access/CDatabase.h"
 
-#include "platform/automation/Bstr.h"
+#include "providers/access/SCJetText.h"
 #include "providers/common/CSourceError.h"
 
 #include <algorithm>
@@ -29,9 +29,7 @@ void CheckPassWord(const CHeaderPage& header, const std::string& passWord) {
 } // namespace
 
 CDatabase::CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, const std::string& passWord)
-    : m_pFile(std::move(file)), m_strPath(std::move(path)), m_header(ReadHeader(*m_pFile)),
-      m_pageCount(static_cast<std::uint32_t>(std::min<std::uint64_t>(m_pFile->Size() / GetFormat().pageSize,
-                                                                     std::numeric_limits<std::uint32_t>::max()))) {
+    : m_pFile(std::move(file)), m_strPath(std::move(path)), m_header(ReadHeader(*m_pFile)) {
     if (m_header.IsJet())
         CheckPassWord(m_header, passWord);
     if (m_header.GetKey() != 0) {
@@ -41,6 +39,11 @@ CDatabase::CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, cons
     }
 }
 
+std::uint32_t CDatabase::GetPageCount() const {
+    constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(m_pFile->Size() / GetFormat().pageSize, most));
+}
+
 void CDatabase::ReadPages(std::uint32_t first, std::span<unsigned char> target) const {
     m_pFile->ReadAt(first * std::uint64_t{GetFormat().pageSize}, target);
 }
@@ -48,6 +51,13 @@ void CDatabase::ReadPages(std::uint32_t first, std::span<unsigned char> target) 
 void CDatabase::DecodePage(std::uint32_t page, std::span<unsigned char> bytes) const {
     if (m_pDecoder != nullptr && page != 0)
         m_pDecoder->Decode(page, bytes);
+}
+
+void CDatabase::DecodeText(std::span<const unsigned char> bytes, CBstr& text) const {
+    if (GetFormat().IsJet3())
+        SCJetText::DecodeNarrow(bytes, m_header.GetCodePage(), text);
+    else
+        SCJetText::DecodeWide(bytes, text);
 }
 
 } // namespace NSTQ::Providers

@@ -3,6 +3,7 @@
 // Shared by all that is read from it; used by one thread at a time.
 #pragma once
 
+#include "platform/automation/Bstr.h"
 #include "providers/access/CHeaderPage.h"
 #include "providers/access/IPageDecoder.h"
 #include "providers/common/IRandomAccess.h"
@@ -22,22 +23,21 @@ public:
 
     const std::string& GetPath() const { return m_strPath; }
     const SJetFormat& GetFormat() const { return m_header.GetFormat(); }
-    /// The code page of the texts of a Jet 3 database.
-    unsigned GetCodePage() const { return m_header.GetCodePage(); }
     /// Whole pages; a part of one at the end is left out.
-    std::uint32_t GetPageCount() const { return m_pageCount; }
+    std::uint32_t GetPageCount() const;
     std::uint64_t GetFileSize() const { return m_pFile->Size(); }
 
     /// Fills `target`, the room of some pages, with the pages from `first` on as they stand in the file. Throws
     /// CSourceError.
     void ReadPages(std::uint32_t first, std::span<unsigned char> target) const;
     void DecodePage(std::uint32_t page, std::span<unsigned char> bytes) const;
+    /// Puts a text of a name or field into `text`. Throws CSourceError for a code page that cannot be read.
+    void DecodeText(std::span<const unsigned char> bytes, Platform::CBstr& text) const;
 
 private:
     std::shared_ptr<IRandomAccess> m_pFile;
     std::string m_strPath;
     CHeaderPage m_header;
-    std::uint32_t m_pageCount;
     std::unique_ptr<IPageDecoder> m_pDecoder; ///< null when pages stand in the file as they are
 };
 

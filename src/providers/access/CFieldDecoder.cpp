@@ -1,6 +1,5 @@
 #include "providers/access/CFieldDecoder.h"
 
-#include "providers/access/SCJetText.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
@@ -75,9 +74,11 @@ bool DecodeExtendedDate(std::string_view text, CBstr& target) {
         return false;
     const char* const middle = text.data() + digits;
     const char* const end = middle + 1 + digits;
-    if (std::from_chars(text.data(), middle, day).ptr != middle ||
-        std::from_chars(middle + 1, end, ticks).ptr != end || day < 0 || day > maxDay || ticks < 0 ||
-        ticks >= ticksPerDay)
+    const auto isRead = [](const char* from, const char* behind, std::int64_t& number) {
+        return std::from_chars(from, behind, number) == std::from_chars_result{behind, std::errc()};
+    };
+    if (!isRead(text.data(), middle, day) || !isRead(middle + 1, end, ticks) || day < 0 || day > maxDay ||
+        ticks < 0 || ticks >= ticksPerDay)
         return false;
     using namespace std::chrono;
     const year_month_day date(sys_days(year(1) / 1 / 1) + days(day));
@@ -157,15 +158,11 @@ void SetDate(VARIANT& value, double date) {
     (isDate ? value.date : value.dblVal) = date;
 }
 
-/// A field of variable size may be empty; the value stays null then.
-void DecodeNumber(const SColumn& column, CBytes bytes, VARIANT& value) {
-    const std::size_t size = column.type == EColumnType::Boolean ? 1 : column.GetFixedSize();
-    if (bytes.empty())
-        return;
-    if (bytes.size() < size)
+void DecodePlainNumber(EColumnType type, CBytes bytes, VARIANT& value) {
+    if (bytes.size() < FactsOf(type).size)
         throw CSourceError("a number is too short");
     const unsigned char* const from = bytes.data();
-    switch (column.type) {
+    switch (type) {
     case EColumnType::Boolean:
         value.vt = VT_BOOL;
         value.boolVal = from[0] != 0 ? VARIANT_TRUE : VARIANT_FALSE;
@@ -204,6 +201,18 @@ void DecodeNumber(const SColumn& column, CBytes bytes, VARIANT& value) {
     }
 }
 
+/// A field of variable size may be empty; the value stays null then.
+void DecodeNumber(const SColumn& column, CBytes bytes, VARIANT& value) {
+    if (bytes.empty())
+        return;
+    if (column.type != EColumnType::Numeric)
+        DecodePlainNumber(column.type, bytes, value);
+    else if (column.isCalculated)
+        DecodeCalculatedNumeric(bytes, value);
+    else
+        DecodeNumeric(bytes, column.scale, value);
+}
+
 } // namespace
 
 std::span<const unsigned char> CFieldDecoder::GetBytes(const SColumn& column, const CRowFields& fields) {
@@ -225,47 +234,28 @@ void CFieldDecoder::Decode(const SColumn& column, const CRowFields& fields, SFie
         return;
     CBytes bytes = *field;
     if (column.IsLongValue())
-        bytes = m_longValues.Read(bytes, column.type == EColumnType::Ole ? maxBinary : CLongValues::maxSize);
+        bytes = m_longValues.Read(bytes, column.type == EColumnType::Ole ? maxBinary : CLongValues::noLimit);
     if (column.isCalculated)
         bytes = Unwrap(bytes);
     DecodeBytes(column, bytes, target);
 }
 
 void CFieldDecoder::DecodeBytes(const SColumn& column, CBytes bytes, SFieldValue& target) {
-    switch (column.type) {
-    case EColumnType::Text:
-    case EColumnType::Memo:
+    switch (FactsOf(column.type).valueClass) {
+    case EValueClass::Text:
         DecodeText(bytes, target);
         return;
-    case EColumnType::Complex:
-        DecodeText({}, target);
-        return;
-    case EColumnType::Boolean:
-    case EColumnType::Byte:
-    case EColumnType::Integer:
-    case EColumnType::Long:
-    case EColumnType::Currency:
-    case EColumnType::Single:
-    case EColumnType::Double:
-    case EColumnType::DateTime:
-    case EColumnType::BigInt:
+    case EValueClass::Number:
+    case EValueClass::Date:
         DecodeNumber(column, bytes, target.value);
         return;
-    case EColumnType::Numeric:
-        if (bytes.empty())
-            return;
-        if (column.isCalculated)
-            DecodeCalculatedNumeric(bytes, target.value);
-        else
-            DecodeNumeric(bytes, column.scale, target.value);
-        return;
-    case EColumnType::Guid:
-    case EColumnType::ExtendedDateTime:
-    case EColumnType::Binary:
-    case EColumnType::Ole:
+    case EValueClass::None:
         break;
     }
-    DecodeOther(column, bytes, target);
+    if (column.type == EColumnType::Complex)
+        DecodeText({}, target);
+    else
+        DecodeOther(column, bytes, target);
 }
 
 /// What has its text from its bytes.
@@ -280,10 +270,7 @@ void CFieldDecoder::DecodeOther(const SColumn& column, CBytes bytes, SFieldValue
 }
 
 void CFieldDecoder::DecodeText(CBytes bytes, SFieldValue& target) {
-    if (m_database.GetFormat().IsJet3())
-        SCJetText::DecodeNarrow(bytes, m_database.GetCodePage(), target.text);
-    else
-        SCJetText::DecodeWide(bytes, target.text);
+    m_database.DecodeText(bytes, target.text);
     SetText(target);
 }
 

@@ -4,12 +4,13 @@
 //   Byte, Integer, Long, BigInt  VT_UI1, VT_I2, VT_I4, VT_I8
 //   Single, Double               VT_R4, VT_R8
 //   Currency, Numeric            VT_CY, VT_DECIMAL
-//   DateTime                     VT_DATE; outside the years 100 to 9999, where there is no such date, the number as
-//   VT_R8 ExtendedDateTime             VT_BSTR: 2024-01-31 23:59:59.1234567 Text, Memo                   VT_BSTR; a
-//   hyperlink as it is stored: shown text#address#place Guid                         VT_BSTR:
-//   {00112233-4455-6677-8899-AABBCCDDEEFF} Binary, Ole, unknown types   VT_BSTR: 0x and two hexadecimal digits for
-//   each byte; only the first 65535 bytes, which is
-//                                more than a field of the readers holds
+//   DateTime                     VT_DATE; outside the years 100 to 9999, where there is no such date, the number
+//                                as VT_R8
+//   ExtendedDateTime             VT_BSTR: 2024-01-31 23:59:59.1234567
+//   Text, Memo                   VT_BSTR; a hyperlink as it is stored: shown text#address#place
+//   Guid                         VT_BSTR: {00112233-4455-6677-8899-AABBCCDDEEFF}
+//   Binary, Ole, unknown types   VT_BSTR: 0x and two hexadecimal digits for each byte; only the first 65535 bytes,
+//                                which is more than a field of the readers holds
 //   Complex                      VT_BSTR, empty: attachments and fields of several values lie in tables of their own
 //   calculated                   the value stored with the row, by the type of the result
 #pragma once

@@ -13,7 +13,6 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr std::size_t engineAt = 4;
-constexpr std::size_t versionAt = 0x14;
 constexpr std::size_t maskedAt = 0x18;
 constexpr std::size_t codePageAt = 0x3C;
 constexpr std::size_t keyAt = 0x3E;
@@ -46,14 +45,14 @@ constexpr auto headerMask = MakeMask();
 
 } // namespace
 
-CHeaderPage::CHeaderPage(std::span<const unsigned char, size> bytes) : m_version(bytes[versionAt]) {
+CHeaderPage::CHeaderPage(std::span<const unsigned char, size> bytes) {
     std::copy(bytes.begin(), bytes.end(), m_bytes.begin());
     const std::string_view engine(reinterpret_cast<const char*>(At(engineAt)), 15);
-    m_isJet = engine == "Standard Jet DB";
-    if (!m_isJet && engine != "Standard ACE DB")
+    const bool isJet = engine == "Standard Jet DB";
+    if (!isJet && engine != "Standard ACE DB")
         throw CSourceError("not a database");
-    if (m_version > latestVersion || m_isJet != (m_version < 2))
-        throw CSourceError("a database of a version that is not known: " + std::to_string(m_version));
+    if (GetVersion() > latestVersion || isJet != IsJet())
+        throw CSourceError("a database of a version that is not known: " + std::to_string(GetVersion()));
     for (std::size_t i = 0; i < headerMask.size(); ++i)
         m_bytes[maskedAt + i] ^= headerMask[i];
 }

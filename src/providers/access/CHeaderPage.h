@@ -21,8 +21,8 @@ public:
     explicit CHeaderPage(std::span<const unsigned char, size> bytes);
 
     /// Jet 3 and 4, whose password is kept in the header, as opposed to ACE, whose password is what decrypts.
-    bool IsJet() const { return m_isJet; }
-    const SJetFormat& GetFormat() const { return m_version == 0 ? jet3Format : jet4Format; }
+    bool IsJet() const { return GetVersion() < 2; }
+    const SJetFormat& GetFormat() const { return GetVersion() == 0 ? jet3Format : jet4Format; }
     /// The code page of the texts of a Jet 3 database.
     unsigned GetCodePage() const;
     /// Pages are encoded or encrypted with this key; 0 when they are not.
@@ -31,11 +31,12 @@ public:
     std::u16string GetPassWord() const;
 
 private:
-    const unsigned char* At(std::size_t offset) const { return m_bytes.data() + offset; }
+    static constexpr std::size_t versionAt = 0x14;
 
-    std::array<unsigned char, size> m_bytes;
-    unsigned m_version;
-    bool m_isJet;
+    const unsigned char* At(std::size_t offset) const { return m_bytes.data() + offset; }
+    unsigned GetVersion() const { return m_bytes[versionAt]; }
+
+    std::array<unsigned char, size> m_bytes; ///< without the mask
 };
 
 } // namespace NSTQ::Providers

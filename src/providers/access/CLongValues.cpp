@@ -1,6 +1,5 @@
 #include "providers/access/CLongValues.h"
 
-#include "providers/access/CDataPage.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
@@ -26,7 +25,7 @@ constexpr std::size_t leastCost = 16;
 } // namespace
 
 CLongValues::CLongValues(const CDatabase& database)
-    : m_database(database), m_reader(database, pagesAtOnce), m_budget(4 * database.GetFileSize()) {}
+    : m_reader(database, pagesAtOnce), m_budget(4 * database.GetFileSize()) {}
 
 std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> field, std::size_t limit) {
     if (field.size() < headerSize) {
@@ -49,8 +48,7 @@ std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> 
 
 std::span<const unsigned char> CLongValues::GetPiece(std::uint32_t pointer) {
     const auto address = SRowAddress::FromPointer(pointer);
-    const CDataPage page(m_database.GetFormat(), address.page, m_reader.GetPage(address.page, EPageType::Data));
-    return page.GetRow(address.row).bytes;
+    return m_reader.GetDataPage(address.page).GetRow(address.row).bytes;
 }
 
 std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std::size_t size) {

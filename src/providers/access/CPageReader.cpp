@@ -40,4 +40,8 @@ std::span<const unsigned char> CPageReader::GetPage(std::uint32_t page, EPageTyp
     return bytes;
 }
 
+CDataPage CPageReader::GetDataPage(std::uint32_t page) {
+    return {m_database.GetFormat(), page, GetPage(page, EPageType::Data)};
+}
+
 } // namespace NSTQ::Providers

@@ -1,6 +1,7 @@
 // Gives the pages of a database, read some at a time: tables and long values mostly lie one page after another.
 #pragma once
 
+#include "providers/access/CDataPage.h"
 #include "providers/access/CDatabase.h"
 
 #include <vector>
@@ -17,6 +18,8 @@ public:
     std::span<const unsigned char> GetPage(std::uint32_t page);
     /// The same, and the page is what its first byte has to say it is.
     std::span<const unsigned char> GetPage(std::uint32_t page, EPageType type);
+    /// A page of rows, valid as long.
+    CDataPage GetDataPage(std::uint32_t page);
 
 private:
     const CDatabase& m_database;

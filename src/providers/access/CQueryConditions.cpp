@@ -14,33 +14,8 @@ using namespace Platform;
 
 namespace {
 
-/// What a column's values are compared as.
-enum class EClass { Number, Text, Date, None };
-
-EClass GetClass(EColumnType type) {
-    switch (type) {
-    case EColumnType::Boolean:
-    case EColumnType::Byte:
-    case EColumnType::Integer:
-    case EColumnType::Long:
-    case EColumnType::Currency:
-    case EColumnType::Single:
-    case EColumnType::Double:
-    case EColumnType::Numeric:
-    case EColumnType::BigInt:
-        return EClass::Number;
-    case EColumnType::Text:
-    case EColumnType::Memo:
-        return EClass::Text;
-    case EColumnType::DateTime:
-        return EClass::Date;
-    default:
-        return EClass::None;
-    }
-}
-
 struct SLiteral {
-    EClass kind;
+    EValueClass kind;
     std::u16string strText;
     double number;
 };
@@ -121,16 +96,16 @@ private:
         m_tokens.Advance();
         switch (token.kind) {
         case ETokenKind::Number:
-            return SLiteral{EClass::Number, {}, isNegative ? -token.number : token.number};
+            return SLiteral{EValueClass::Number, {}, isNegative ? -token.number : token.number};
         case ETokenKind::Date:
-            return SLiteral{EClass::Date, {}, token.number};
+            return SLiteral{EValueClass::Date, {}, token.number};
         case ETokenKind::Text:
-            return SLiteral{EClass::Text, token.strText, 0};
+            return SLiteral{EValueClass::Text, token.strText, 0};
         case ETokenKind::Keyword:
             if (token.strText == u"TRUE" || token.strText == u"YES")
-                return SLiteral{EClass::Number, {}, -1};
+                return SLiteral{EValueClass::Number, {}, -1};
             if (token.strText == u"FALSE" || token.strText == u"NO")
-                return SLiteral{EClass::Number, {}, 0};
+                return SLiteral{EValueClass::Number, {}, 0};
             return SNothing();
         default:
             return SNothing();
@@ -156,7 +131,7 @@ private:
             return SNothing();
         const CNode high = ParseOperand(depth);
         // With the bounds the wrong way round the database exchanges them.
-        if (!Is<SLiteral>(low) || !Is<SLiteral>(high) || std::get<SLiteral>(low).kind == EClass::Text ||
+        if (!Is<SLiteral>(low) || !Is<SLiteral>(high) || std::get<SLiteral>(low).kind == EValueClass::Text ||
             std::get<SLiteral>(low).number > std::get<SLiteral>(high).number)
             return SNothing();
         const bool isPut = Is<SChecked>(Put(column, EComparison::GreaterOrEqual, low)) &&
@@ -180,7 +155,7 @@ private:
             return SNothing();
         const std::size_t column = std::get<SColumnOperand>(left).column;
         const auto& literal = std::get<SLiteral>(right);
-        if (GetClass(m_scope[column].type) != literal.kind)
+        if (FactsOf(m_scope[column].type).valueClass != literal.kind)
             return SNothing();
         m_conditions.push_back({column, comparison, literal.strText, literal.number});
         return SChecked();

@@ -1,10 +1,8 @@
 #include "providers/access/CSavedQueries.h"
 
-#include "platform/ado/TextCase.h"
 #include "providers/access/CQueryTokens.h"
-#include "providers/access/CTableRows.h"
+#include "providers/access/CSystemRows.h"
 #include "providers/access/SCNameOrder.h"
-#include "providers/common/CSourceError.h"
 
 #include <algorithm>
 #include <functional>
@@ -32,25 +30,6 @@ constexpr std::uint32_t allColumnsOption = 0x01;
 constexpr std::uint32_t harmlessOptions = 0x04 | 0x08;
 constexpr std::uint32_t kindOfQueryFlags = 0xF0;
 
-std::uint32_t NumberOf(const VARIANT& value) {
-    return value.vt == VT_I4    ? static_cast<std::uint32_t>(value.lVal)
-           : value.vt == VT_I2  ? static_cast<std::uint16_t>(value.iVal)
-           : value.vt == VT_UI1 ? value.bVal
-                                : 0;
-}
-
-std::u16string TextOf(const VARIANT& value) {
-    return value.vt == VT_BSTR ? std::u16string(BstrView(value.bstrVal)) : std::u16string();
-}
-
-std::size_t FindColumn(const CTableRows& rows, std::u16string_view name) {
-    const auto& names = rows.GetColumnNames();
-    const auto found = std::ranges::find(names, name);
-    if (found == names.end())
-        throw CSourceError("its table of queries has no column " + AnsiFromWide(name));
-    return static_cast<std::size_t>(found - names.begin());
-}
-
 } // namespace
 
 CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CCatalogue& catalogue)
@@ -58,20 +37,18 @@ CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CC
     const SDatabaseObject* const table = catalogue.Find(u"MSysQueries");
     if (table == nullptr || table->kind != EObjectKind::SystemTable)
         return;
-    CTableRows rows(std::move(database), catalogue.ReadTable(*table));
-    const auto find = [&rows](std::u16string_view name) { return FindColumn(rows, name); };
-    const std::size_t id = find(u"ObjectId");
-    const std::size_t attribute = find(u"Attribute");
-    const std::size_t order = find(u"Order");
-    const std::size_t flag = find(u"Flag");
-    const std::size_t name1 = find(u"Name1");
-    const std::size_t name2 = find(u"Name2");
-    const std::size_t expression = find(u"Expression");
-    while (rows.MoveNext()) {
-        m_rows.push_back({NumberOf(rows.GetValue(id)), NumberOf(rows.GetValue(attribute)),
-                          TextOf(rows.GetValue(order)), NumberOf(rows.GetValue(flag)), TextOf(rows.GetValue(name1)),
-                          TextOf(rows.GetValue(name2)), TextOf(rows.GetValue(expression))});
-    }
+    CSystemRows rows(std::move(database), catalogue.ReadTable(*table));
+    const std::size_t id = rows.Find(u"ObjectId");
+    const std::size_t attribute = rows.Find(u"Attribute");
+    const std::size_t order = rows.Find(u"Order");
+    const std::size_t flag = rows.Find(u"Flag");
+    const std::size_t name1 = rows.Find(u"Name1");
+    const std::size_t name2 = rows.Find(u"Name2");
+    const std::size_t expression = rows.Find(u"Expression");
+    const auto text = [&rows](std::size_t column) { return std::u16string(rows.GetText(column)); };
+    while (rows.MoveNext())
+        m_rows.push_back({rows.GetNumber(id), rows.GetNumber(attribute), text(order), rows.GetNumber(flag),
+                          text(name1), text(name2), text(expression)});
     std::ranges::stable_sort(m_rows, [](const SRow& left, const SRow& right) {
         return std::tie(left.id, left.attribute, left.strOrder) < std::tie(right.id, right.attribute, right.strOrder);
     });

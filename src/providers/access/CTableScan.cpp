@@ -60,8 +60,7 @@ std::span<const unsigned char> CTableScan::Follow(std::span<const unsigned char>
         if (pointer.size() < pointerSize)
             throw CSourceError("a row has moved nowhere");
         const auto address = SRowAddress::FromPointer(ReadU32(pointer.data()));
-        const CDataPage page(m_database.GetFormat(), address.page,
-                             m_movedReader.GetPage(address.page, EPageType::Data));
+        const CDataPage page = m_movedReader.GetDataPage(address.page);
         // Where it has moved to it counts as deleted, so that it is found only once.
         const CDataPage::SRow row = page.GetRow(address.row);
         if (page.GetOwner() != m_table.page)

@@ -1,6 +1,5 @@
 #include "providers/access/CUsageMap.h"
 
-#include "providers/access/CDataPage.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
@@ -24,8 +23,7 @@ constexpr std::size_t bitsPerByte = 8;
 
 CUsageMap::CUsageMap(const CDatabase& database, const SRowAddress& address)
     : m_database(database), m_reader(database, 1) {
-    const CDataPage page(database.GetFormat(), address.page, m_reader.GetPage(address.page, EPageType::Data));
-    const auto row = page.GetRow(address.row).bytes;
+    const auto row = m_reader.GetDataPage(address.page).GetRow(address.row).bytes;
     if (row.size() < inlineHeader || row[0] > listOfMaps)
         throw CSourceError("the usage map in page " + std::to_string(address.page) + " is of no known kind");
     m_map.assign(row.begin(), row.end());

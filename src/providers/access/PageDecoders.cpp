@@ -15,90 +15,56 @@ using namespace Platform;
 
 namespace {
 
-/// The number of a page combined with the database's key: what makes the key of one page.
-class CPageNumbers {
+/// Decodes with `decode`, which is given what makes the key of one page, its number combined with the database's key,
+/// and the page's bytes.
+template <class TDecode>
+class CPageDecoder : public IPageDecoder {
 public:
-    explicit CPageNumbers(std::uint32_t key) : m_key(key) {}
-    std::uint32_t Of(std::uint32_t page) const { return m_key ^ page; }
+    CPageDecoder(std::uint32_t key, TDecode decode) : m_key(key), m_decode(std::move(decode)) {}
+    void Decode(std::uint32_t page, std::span<unsigned char> bytes) override { m_decode(m_key ^ page, bytes); }
 
 private:
     std::uint32_t m_key;
+    TDecode m_decode;
 };
 
-/// Jet 3 and 4: the key is in the file, so this only keeps pages from being read by chance.
-class CJetDecoder : public IPageDecoder {
-public:
-    explicit CJetDecoder(CPageNumbers numbers) : m_numbers(numbers) {}
-    void Decode(std::uint32_t page, std::span<unsigned char> bytes) override {
-        CRc4(LittleEndian32(m_numbers.Of(page))).Apply(bytes);
-    }
+template <class TDecode>
+std::unique_ptr<IPageDecoder> MakeDecoder(std::uint32_t key, TDecode decode) {
+    return std::make_unique<CPageDecoder<TDecode>>(key, std::move(decode));
+}
 
-private:
-    CPageNumbers m_numbers;
-};
-
-class CRc4Decoder : public IPageDecoder {
-public:
-    CRc4Decoder(CPageNumbers numbers, CRc4Keys keys) : m_numbers(numbers), m_keys(std::move(keys)) {}
-    void Decode(std::uint32_t page, std::span<unsigned char> bytes) override {
-        CRc4(m_keys.BlockKey(m_numbers.Of(page)).Bytes()).Apply(bytes);
-    }
-
-private:
-    CPageNumbers m_numbers;
-    CRc4Keys m_keys;
-};
-
-class CAesDecoder : public IPageDecoder {
-public:
-    CAesDecoder(CPageNumbers numbers, CStandardEncryption encryption)
-        : m_numbers(numbers), m_encryption(std::move(encryption)) {}
-    void Decode(std::uint32_t page, std::span<unsigned char> bytes) override {
-        m_encryption.SelectBlock(m_numbers.Of(page));
-        m_encryption.Decrypt(bytes);
-    }
-
-private:
-    CPageNumbers m_numbers;
-    CStandardEncryption m_encryption;
-};
-
-class CAgileDecoder : public IPageDecoder {
-public:
-    CAgileDecoder(CPageNumbers numbers, CAgileEncryption encryption)
-        : m_numbers(numbers), m_encryption(std::move(encryption)) {}
-    void Decode(std::uint32_t page, std::span<unsigned char> bytes) override {
-        m_encryption.DecryptBlock(LittleEndian32(m_numbers.Of(page)), bytes);
-    }
-
-private:
-    CPageNumbers m_numbers;
-    CAgileEncryption m_encryption;
-};
+using CPageBytes = std::span<unsigned char>;
 
 void Check(bool isRight) {
     if (!isRight)
         throw CPassWordRefused("the password is wrong", DB_SEC_E_AUTH_FAILED);
 }
 
+std::unique_ptr<IPageDecoder> UnlockRc4(std::uint32_t key, CRc4Keys keys) {
+    Check(keys.IsRight());
+    return MakeDecoder(key, [keys = std::move(keys)](std::uint32_t number, CPageBytes bytes) mutable {
+        CRc4(keys.BlockKey(number).Bytes()).Apply(bytes);
+    });
+}
+
 /// RC4, or AES in the form of packages, or, for a database that is to be opened by older programs, AES whose key is
 /// made with less ado.
-std::unique_ptr<IPageDecoder> UnlockCryptoApi(std::span<const unsigned char> description, CPageNumbers numbers,
+std::unique_ptr<IPageDecoder> UnlockCryptoApi(std::span<const unsigned char> description, std::uint32_t key,
                                               const CPassWord& passWord) {
     constexpr std::uint32_t aesFlag = 0x20;
     const SCryptoApi api = ReadCryptoApi(description);
-    if (api.algorithm == SCryptoApi::rc4) {
-        CRc4Keys keys = CRc4Keys::MakeCryptoApi(api, passWord);
-        Check(keys.IsRight());
-        return std::make_unique<CRc4Decoder>(numbers, std::move(keys));
-    }
+    if (api.algorithm == SCryptoApi::rc4)
+        return UnlockRc4(key, CRc4Keys::MakeCryptoApi(api, passWord));
     const bool isOfPackages = (CByteReader(description).Take<std::uint32_t>() & aesFlag) != 0;
     CStandardEncryption encryption(api, isOfPackages ? CStandardEncryption::packageSpinCount : 0);
     Check(encryption.Unlock(passWord.Wide()));
-    return std::make_unique<CAesDecoder>(numbers, std::move(encryption));
+    return MakeDecoder(key, [aes = std::move(encryption)](std::uint32_t number, CPageBytes bytes) mutable {
+        aes.SelectBlock(number);
+        aes.Decrypt(bytes);
+    });
 }
 
-std::unique_ptr<IPageDecoder> Unlock(CByteReader description, CPageNumbers numbers, const CPassWord& passWord) {
+std::unique_ptr<IPageDecoder> Unlock(CByteReader description, std::uint32_t key, const CPassWord& passWord) {
     const auto major = description.Take<std::uint16_t>();
     const auto minor = description.Take<std::uint16_t>();
     const auto rest = description.TakeBytes(description.Left());
@@ -106,15 +72,14 @@ std::unique_ptr<IPageDecoder> Unlock(CByteReader description, CPageNumbers numbe
         // A number without meaning stands before the descriptor.
         CAgileEncryption encryption(rest.subspan(std::min<std::size_t>(4, rest.size())));
         Check(encryption.Unlock(passWord.Wide()));
-        return std::make_unique<CAgileDecoder>(numbers, std::move(encryption));
+        return MakeDecoder(key, [agile = std::move(encryption)](std::uint32_t number, CPageBytes bytes) mutable {
+            agile.DecryptBlock(LittleEndian32(number), bytes);
+        });
     }
-    if (major == 1 && minor == 1) {
-        CRc4Keys keys = CRc4Keys::Make40Bit(rest, passWord);
-        Check(keys.IsRight());
-        return std::make_unique<CRc4Decoder>(numbers, std::move(keys));
-    }
+    if (major == 1 && minor == 1)
+        return UnlockRc4(key, CRc4Keys::Make40Bit(rest, passWord));
     if (major >= 2 && major <= 4 && minor == 2)
-        return UnlockCryptoApi(rest, numbers, passWord);
+        return UnlockCryptoApi(rest, key, passWord);
     throw CSourceError("encrypted in an unknown way (version " + std::to_string(major) + '.' + std::to_string(minor) +
                        ")");
 }
@@ -124,13 +89,15 @@ std::unique_ptr<IPageDecoder> Unlock(CByteReader description, CPageNumbers numbe
 std::unique_ptr<IPageDecoder> MakePageDecoder(const CHeaderPage& header, std::span<const unsigned char> page,
                                               const std::string& passWord) {
     constexpr std::size_t descriptionAt = 0x299;
-    const CPageNumbers numbers(header.GetKey());
+    const std::uint32_t key = header.GetKey();
+    // The key is in the file, so this only keeps pages from being read by chance.
     if (header.IsJet())
-        return std::make_unique<CJetDecoder>(numbers);
+        return MakeDecoder(key,
+                           [](std::uint32_t number, CPageBytes bytes) { CRc4(LittleEndian32(number)).Apply(bytes); });
     if (passWord.empty())
         throw CPassWordRefused("encrypted; it needs a password", DB_SEC_E_AUTH_FAILED);
     CByteReader reader(page.subspan(descriptionAt));
-    return Unlock(CByteReader(reader.TakeBytes(reader.Take<std::uint16_t>())), numbers, CPassWord(passWord));
+    return Unlock(CByteReader(reader.TakeBytes(reader.Take<std::uint16_t>())), key, CPassWord(passWord));
 }
 
 } // namespace NSTQ::Providers

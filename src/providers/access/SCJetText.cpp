@@ -47,16 +47,21 @@ WCHAR* Decompress(WCHAR* to, const unsigned char* from, const unsigned char* end
             while (end - stop >= 2 && *stop != 0)
                 stop += 2;
             to = PutPairs(to, from, static_cast<std::size_t>(stop - from) / 2);
-            if (end - stop == 1 && *stop != 0)
-                break;
         }
+        // Behind the zero, or behind half a pair at the end.
         from = stop == end ? end : stop + 1;
     }
     return to;
 }
 
-bool IsAscii(std::span<const unsigned char> bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](unsigned char byte) { return byte < 0x80; });
+/// Puts the bytes to `to`; false when one of them is not ASCII. Without a branch, so that many are done at a time.
+bool PutAscii(WCHAR* to, std::span<const unsigned char> bytes) {
+    unsigned char all = 0;
+    for (const unsigned char byte : bytes) {
+        all = static_cast<unsigned char>(all | byte);
+        *to++ = byte;
+    }
+    return all < 0x80;
 }
 
 } // namespace
@@ -73,10 +78,8 @@ void SCJetText::DecodeWide(std::span<const unsigned char> bytes, CBstr& text) {
 
 void SCJetText::DecodeNarrow(std::span<const unsigned char> bytes, unsigned codePage, CBstr& text) {
     WCHAR* const first = text.Resize(bytes.size());
-    if (IsAscii(bytes)) {
-        PutBytes(first, bytes.data(), bytes.data() + bytes.size());
+    if (PutAscii(first, bytes))
         return;
-    }
     if (const WCHAR* const upperHalf = FindUpperHalf(codePage)) {
         std::ranges::transform(bytes, first,
                                [=](unsigned char byte) { return byte < 0x80 ? byte : upperHalf[byte - 0x80]; });

@@ -1,7 +1,6 @@
 #include "providers/access/STableDefinition.h"
 
 #include "providers/access/CPageReader.h"
-#include "providers/access/SCJetText.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
 
@@ -90,10 +89,7 @@ private:
 
     std::u16string ReadName() {
         const auto size = TakeBytes(m_database.GetFormat().nameLengthSize);
-        if (m_database.GetFormat().IsJet3())
-            SCJetText::DecodeNarrow(TakeBytes(size[0]), m_database.GetCodePage(), m_name);
-        else
-            SCJetText::DecodeWide(TakeBytes(ReadU16(size.data())), m_name);
+        m_database.DecodeText(TakeBytes(size.size() == 1 ? size[0] : ReadU16(size.data())), m_name);
         return std::u16string(m_name.View());
     }
 
@@ -105,32 +101,6 @@ private:
 };
 
 } // namespace
-
-std::size_t SColumn::GetFixedSize() const {
-    switch (type) {
-    case EColumnType::Byte:
-        return 1;
-    case EColumnType::Integer:
-        return 2;
-    case EColumnType::Long:
-    case EColumnType::Single:
-    case EColumnType::Complex:
-        return 4;
-    case EColumnType::Currency:
-    case EColumnType::Double:
-    case EColumnType::DateTime:
-    case EColumnType::BigInt:
-        return 8;
-    case EColumnType::Guid:
-        return 16;
-    case EColumnType::Numeric:
-        return 17;
-    case EColumnType::ExtendedDateTime:
-        return 42;
-    default:
-        return length;
-    }
-}
 
 STableDefinition ReadTableDefinition(const CDatabase& database, std::uint32_t page) {
     return CDefinitionReader(database, page).Read();

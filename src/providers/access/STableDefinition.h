@@ -28,6 +28,47 @@ enum class EColumnType : unsigned char {
     ExtendedDateTime
 };
 
+/// What a column's values are compared as.
+enum class EValueClass : unsigned char { None, Number, Text, Date };
+
+struct STypeFacts {
+    EValueClass valueClass;
+    std::uint8_t size; ///< bytes of a value; 0 where the column tells
+};
+
+constexpr STypeFacts FactsOf(EColumnType type) {
+    using enum EColumnType;
+    switch (type) {
+    case Boolean:
+    case Byte:
+        return {EValueClass::Number, 1};
+    case Integer:
+        return {EValueClass::Number, 2};
+    case Long:
+    case Single:
+        return {EValueClass::Number, 4};
+    case Currency:
+    case Double:
+    case BigInt:
+        return {EValueClass::Number, 8};
+    case Numeric:
+        return {EValueClass::Number, 17};
+    case DateTime:
+        return {EValueClass::Date, 8};
+    case Text:
+    case Memo:
+        return {EValueClass::Text, 0};
+    case Complex:
+        return {EValueClass::None, 4};
+    case Guid:
+        return {EValueClass::None, 16};
+    case ExtendedDateTime:
+        return {EValueClass::None, 42};
+    default:
+        return {EValueClass::None, 0};
+    }
+}
+
 struct SColumn {
     std::u16string strName;
     EColumnType type;
@@ -42,7 +83,10 @@ struct SColumn {
 
     bool IsLongValue() const { return type == EColumnType::Ole || type == EColumnType::Memo; }
     /// Bytes of a value that is not variable.
-    std::size_t GetFixedSize() const;
+    std::size_t GetFixedSize() const {
+        const std::size_t size = FactsOf(type).size;
+        return size == 0 ? length : size;
+    }
 };
 
 struct STableDefinition {
