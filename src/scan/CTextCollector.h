@@ -70,10 +70,9 @@ private:
             block.Without(m_separator).Store(m_pOut);
             PutFields<true>(text, stops);
         } else {
-            Mask outStops = TBlock::CopyWithout(m_pBlock, dropped, stops, m_pOut);
+            const Mask outStops = TBlock::CopyWithout(m_pBlock, dropped, stops, m_pOut);
             if (characters.leads != 0) {
                 taken = PutCodes(text, characters.leads, dropped, taken);
-                outStops &= (Mask{1} << Count(taken & ~dropped)) - 1;
                 m_dwSaved += Count(characters.leads & taken);
             }
             PutFields<TBlock::COPIES_NULS>(text, outStops);

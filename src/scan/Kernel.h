@@ -60,8 +60,7 @@ struct SText {
     const char** ppData;
     WORD* pLen;
     DWORD dwEntries; ///< as in SFields
-    DWORD dwFields;  ///< afterwards how many fields have ended; if more than there are entries, these hold nothing of
-                     ///< use
+    DWORD dwFields;  ///< when the record has ended, how many fields have before; entries for more are not made
 };
 
 /// Texts one after another, each with its NUL.
