@@ -100,6 +100,18 @@ const struct {
      nullptr},
 };
 
+/// Two rows, the second before the first, of so many cells each, in records as dense as can be.
+std::string ReversedRows(std::size_t cells) {
+    constexpr std::size_t runSize = 255;
+    std::string rows;
+    for (const unsigned row : {1U, 0U}) {
+        const std::string run = Record(ERecord::MulRk, Int(row) + Int(0) + std::string(6 * runSize, '\0') + Int(0));
+        for (std::size_t kept = 0; kept < cells; kept += runSize)
+            rows += run;
+    }
+    return rows;
+}
+
 /// Numbers in the places that hold one, and what comes of them.
 void AddForgedNumbers(std::vector<SHostileCase>& cases) {
     const auto add = [&](const char* place, std::uint32_t number, auto spoil, std::string result) {
@@ -153,6 +165,14 @@ std::vector<SHostileCase> XlsCases() {
                          },
                          known.word == nullptr ? "1 rows" : "refused: ", known.word == nullptr ? "" : known.word});
     AddForgedNumbers(cases);
+    for (const auto& [cells, outcome] : {std::pair(1'300'000, "2 rows"), std::pair(1'320'000, "beyond a limit: ")})
+        cases.push_back({std::to_string(2 * cells) + " cells out of order",
+                         [=, cells = static_cast<std::size_t>(cells)] {
+                             SXlsParts parts = good;
+                             parts.sheets[0].strCells = ReversedRows(cells);
+                             return parts.Stream();
+                         },
+                         outcome});
     good.strShared = Shared(Int(1) + Narrow("a"));
     const std::string whole = good.Stream();
     for (std::size_t size = 0; size < whole.size(); ++size)

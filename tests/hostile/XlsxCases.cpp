@@ -74,9 +74,14 @@ const SSpoiled spoiled[] = {
          p.strStrings = Repeat("<si><t>" + std::string(1000000, ' ') + "</t></si>", 50);
      },
      "unfolds more than"},
-    {"a text of many pieces without end",
+    {"a shared text of many pieces without end",
      [](SXlsxParts& p) {
          p.strStrings = "<si>" + Repeat("<t>0123456789012345678901234567890123456789</t>", 400000) + "</si>";
+     },
+     "a text of more"},
+    {"a value of many pieces without end",
+     [](SXlsxParts& p) {
+         p.strRows = "<row><c t='str'><v>" + Repeat("<?a?>0123456789012345678901234567890123456789", 400000);
      },
      "a text of more"},
 };
@@ -108,6 +113,33 @@ std::vector<SHostileCase> XlsxCases() {
     for (const SSpoiled& known : spoiled)
         cases.push_back({known.title, [&known] { return MakeBook(known.spoil); }, "refused: ", known.word});
     AddForgedNumbers(cases);
+    for (const auto& [rows, outcome] : {std::pair(10, "10 rows"), std::pair(11, "beyond a limit: ")})
+        cases.push_back({std::to_string(rows) + " rows of long texts out of order",
+                         [=, rows = rows] {
+                             return MakeBook([=](SXlsxParts& p) {
+                                 for (int row = rows; row > 0; --row)
+                                     p.strRows += "<row r='" + std::to_string(row) + "'><c t='str'><v>" +
+                                                  std::string(4'000'000, 'x') + "</v></c></row>";
+                             });
+                         },
+                         outcome});
+    cases.push_back({"three million empty shared texts",
+                     [] {
+                         return MakeBook([](SXlsxParts& p) {
+                             p.isDeflated = true;
+                             p.strStrings = Repeat("<si/>", 3'300'000);
+                         });
+                     },
+                     "1 rows"});
+    cases.push_back({"a row of long texts",
+                     [=] {
+                         return MakeBook([=](SXlsxParts& p) {
+                             p.strRows += "<row>" +
+                                          Repeat("<c t='str'><v>" + std::string(100'000, 'x') + "</v></c>", 100) +
+                                          "</row>";
+                         });
+                     },
+                     "beyond a limit: ", "row 2 holds more"});
     return cases;
 }
 

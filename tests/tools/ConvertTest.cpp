@@ -306,9 +306,14 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {{"list", "a.csv"}, "", "list is for workbooks and databases", 2},
         {{"a.csv", "--sheet", "1"}, "", "--sheet is for workbooks and databases", 2},
         {{"b.xlsx"}, "", "b.xlsx: ", 5},
+        {{"c.xlsx", "--header"}, "", "c.xlsx: the sheet or table cannot be opened (80040E57): a row is too long", 6},
+        {{"list", "c.xlsx", "--header"}, "", "c.xlsx: its \"Sheet1\" cannot be opened", 6},
     };
     m_folder.WriteFile("a.csv", "a,b\n");
     m_folder.WriteFile("b.xlsx", "no workbook");
+    SXlsxParts tooLong;
+    tooLong.strRows = "<row>" + Repeat("<c t='str'><v>" + Repeat("x", 1'000'000) + "</v></c>", 5) + "</row>";
+    m_folder.WriteFile("c.xlsx", tooLong.Zip().Finish());
     for (const auto& c : cases) {
         const SResult result = Run(c.arguments);
         const std::string title = testing::PrintToString(c.arguments);

@@ -21,6 +21,14 @@
 namespace NSTQ::Tool {
 namespace {
 
+[[noreturn]] void FailWithTable(const std::string& table, Platform::HRESULT error) {
+    char code[16];
+    std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(error));
+    const char* const hint =
+        error == Platform::DB_E_DATAOVERFLOW ? ": a row is too long, or too many rows are out of order" : "";
+    throw Platform::_com_error(error, table + " cannot be opened (" + code + ")" + hint);
+}
+
 class CReadDescriptor {
 public:
     explicit CReadDescriptor(const std::string& path)
@@ -269,12 +277,8 @@ std::unique_ptr<CTableReader> CSource::OpenTable() {
     constexpr DWORD columnsMax = 16384;
     auto reader =
         std::make_unique<CTableReader>(std::max(columnsMax, m_options.dwMaxFields) + 1, LIMIT_MAX, LIMIT_MAX);
-    if (!reader->FileOpen(&m_info)) {
-        char code[16];
-        std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reader->GetErrorRet()));
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
-                       "the sheet or table cannot be opened (" + std::string(code) + ")");
-    }
+    if (!reader->FileOpen(&m_info))
+        FailWithTable("the sheet or table", reader->GetErrorRet());
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
@@ -313,7 +317,7 @@ std::vector<CSource::STable> CSource::ListTables() {
         const WORD* lengths = nullptr;
         DWORD columns = 0;
         if (!reader.FileOpen(&m_info))
-            throw CFailure(ES_UNSUPPORTED, m_options.strFile, "its \"" + names[i] + "\" cannot be opened");
+            FailWithTable("its \"" + names[i] + "\"", reader.GetErrorRet());
         reader.GetFieldsName(fields, lengths, columns);
         tables.push_back({names[i], reader.GetMaxRowNum(), columns});
     }
