@@ -15,7 +15,7 @@ std::string Content(const std::string& zip, std::string_view name, const SInflat
     std::unique_ptr<IByteStream> stream;
     {
         const CZipArchive reader(std::make_shared<CMemoryAccess>(zip));
-        const SArchiveEntry* entry = reader.Find(name);
+        const SZipEntry* entry = reader.Find(name);
         if (entry == nullptr)
             return "no entry";
         stream = reader.Open(*entry, limits);

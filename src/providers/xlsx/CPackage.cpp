@@ -74,7 +74,7 @@ std::string RelationshipsPart(const std::string& part) {
 CPackage::CPackage(std::shared_ptr<IRandomAccess> input) : m_zip(RefuseCompoundFile(std::move(input))) {}
 
 CXmlScanner CPackage::Open(const std::string& part, const SInflateLimits& limits) const {
-    const SArchiveEntry* entry = m_zip.Find(part);
+    const SZipEntry* entry = m_zip.Find(part);
     if (entry == nullptr)
         throw CSourceError("the part " + PrintableName(part) + " is missing");
     return CXmlScanner(m_zip.Open(*entry, limits), part);
