@@ -283,7 +283,7 @@ TEST_F(Convert, WorkbooksListAndConvert) {
     parts.strRows =
         "<row><c><v>1</v></c><c t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>2.5</v></c></row>";
     parts.sheetNames = {"It's a.b!c", "\xE6\x97\xA5\xE6\x9C\xAC \xE8\xAA\x9E", "2"};
-    m_folder.WriteFile("a.xlsx", parts.Zip().Finish());
+    m_folder.WriteFile("a.xlsx", parts.File());
     const std::string rows = "1,\xE8\xA1\xA8\r\n2.5,\r\n";
     const struct {
         std::vector<std::string> arguments;
@@ -313,7 +313,7 @@ TEST_F(Convert, WorkbooksListAndConvert) {
     m_folder.WriteFile("b.xlsx", "no workbook");
     SXlsxParts tooLong;
     tooLong.strRows = "<row>" + Repeat("<c t='str'><v>" + Repeat("x", 1'000'000) + "</v></c>", 5) + "</row>";
-    m_folder.WriteFile("c.xlsx", tooLong.Zip().Finish());
+    m_folder.WriteFile("c.xlsx", tooLong.File());
     for (const auto& c : cases) {
         const SResult result = Run(c.arguments);
         const std::string title = testing::PrintToString(c.arguments);

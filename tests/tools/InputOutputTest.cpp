@@ -35,8 +35,8 @@ protected:
         SXlsxParts parts;
         parts.strRows = "<row><c t='inlineStr'><is><t>say \"x, y\"</t></is></c><c><v>-1</v></c></row>";
         parts.sheetNames = {"Q 1", "Q\xE2\x82\xAC", "It's"};
-        m_folder.WriteFile("book.xlsx", parts.Zip().Finish());
-        m_folder.WriteFile("book.dat", parts.Zip().Finish());
+        m_folder.WriteFile("book.xlsx", parts.File());
+        m_folder.WriteFile("book.dat", parts.File());
     }
     void TearDown() override {
         ::unsetenv("TMPDIR");
