@@ -106,42 +106,46 @@ std::string ReversedRows(std::size_t cells) {
     return rows;
 }
 
-/// Numbers in the places that hold one, and what comes of them.
+/// Numbers in the places that hold one, and what comes of 0 and of large ones.
+const struct {
+    const char* place;
+    void (*forge)(SXlsParts&, std::uint32_t number);
+    const char* ofNone;
+    const char* ofMany;
+} numbers[] = {
+    {"count of shared texts",
+     [](SXlsParts& p, std::uint32_t number) { SetShared(p, Shared(Int(1) + Narrow("a"), number)); }, "refused",
+     "1 rows"},
+    {"index of a shared text",
+     [](SXlsParts& p, std::uint32_t number) { SetCells(p, Cell(ERecord::LabelSst, 0, 0, Int(number, 4))); }, "1 rows",
+     "refused"},
+    {"place of a sheet", [](SXlsParts& p, std::uint32_t number) { p.sheets[0].position = number; }, "refused",
+     "refused"},
+    {"length of a record",
+     [](SXlsParts& p, std::uint32_t number) { SetCells(p, Int(0x203) + Int(number >> 16) + std::string(14, '\0')); },
+     "refused", "refused"},
+    {"length of a text",
+     [](SXlsParts& p, std::uint32_t number) {
+         SetCells(p, Cell(ERecord::Label, 0, 0, Int(number >> 16) + Narrow("")));
+     },
+     "1 rows", "refused"},
+    {"merged cells",
+     [](SXlsParts& p, std::uint32_t number) { p.sheets[0].strCells += Record(mergedCells, Int(number, 4)); },
+     "1 rows", "1 rows"},
+};
+
 void AddForgedNumbers(std::vector<SHostileCase>& cases) {
-    const auto add = [&](const char* place, std::uint32_t number, auto spoil, std::string result) {
-        cases.push_back({place + (' ' + std::to_string(number)),
-                         [=] {
-                             SXlsParts parts;
-                             parts.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(0, 4));
-                             parts.strShared = Shared(Int(1) + Narrow("a"), 1);
-                             spoil(parts);
-                             return parts.Stream();
-                         },
-                         std::move(result)});
-    };
-    for (const std::uint32_t number : {0U, 1U << 31, ~0U}) {
-        const bool isNone = number == 0;
-        add(
-            "count of shared texts", number,
-            [=](SXlsParts& p) { p.strShared = Shared(Int(1) + Narrow("a"), number); }, isNone ? "refused" : "1 rows");
-        add(
-            "index of a shared text", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(number, 4)); },
-            isNone ? "1 rows" : "refused");
-        add(
-            "place of a sheet", number, [=](SXlsParts& p) { p.sheets[0].position = number; }, "refused");
-        add(
-            "length of a record", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells = Int(0x203) + Int(number >> 16) + std::string(14, '\0'); },
-            "refused");
-        add(
-            "length of a text", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(number >> 16) + Narrow("")); },
-            isNone ? "1 rows" : "refused");
-        add(
-            "merged cells", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells += Record(mergedCells, Int(number, 4)); }, "1 rows");
-    }
+    for (const auto& known : numbers)
+        for (const std::uint32_t number : {0U, 1U << 31, ~0U})
+            cases.push_back({known.place + (' ' + std::to_string(number)),
+                             [&known, number] {
+                                 SXlsParts parts;
+                                 SetCells(parts, Cell(ERecord::LabelSst, 0, 0, Int(0, 4)));
+                                 SetShared(parts, Shared(Int(1) + Narrow("a"), 1));
+                                 known.forge(parts, number);
+                                 return parts.Stream();
+                             },
+                             number == 0 ? known.ofNone : known.ofMany});
 }
 
 } // namespace

@@ -84,6 +84,17 @@ const SSpoiled spoiled[] = {
      "a text of more"},
 };
 
+std::string LongCell(std::size_t size) {
+    return "<c t='str'><v>" + std::string(size, 'x') + "</v></c>";
+}
+
+std::string LongRowsBackwards(int count) {
+    std::string rows;
+    for (int row = count; row > 0; --row)
+        rows += "<row r='" + std::to_string(row) + "'>" + LongCell(4'000'000) + "</row>";
+    return rows;
+}
+
 std::string MakeBook(const std::function<void(SXlsxParts&)>& spoil) {
     SXlsxParts parts;
     parts.strRows = "<row><c t='inlineStr'><is><t>1</t></is></c></row>";
@@ -112,33 +123,20 @@ std::vector<SHostileCase> XlsxCases() {
                          [&known] { return MakeBook([&](SXlsxParts& p) { p.*known.part = known.text; }); },
                          "refused: ", known.word});
     AddOtherFiles(cases);
-    for (const auto& [rows, outcome] : {std::pair(10, "10 rows"), std::pair(11, "beyond a limit: ")})
-        cases.push_back({std::to_string(rows) + " rows of long texts out of order",
-                         [=, rows = rows] {
-                             return MakeBook([=](SXlsxParts& p) {
-                                 for (int row = rows; row > 0; --row)
-                                     p.strRows += "<row r='" + std::to_string(row) + "'><c t='str'><v>" +
-                                                  std::string(4'000'000, 'x') + "</v></c></row>";
-                             });
-                         },
-                         outcome});
-    cases.push_back({"three million empty shared texts",
-                     [] {
-                         return MakeBook([](SXlsxParts& p) {
-                             p.isDeflated = true;
-                             p.strStrings = Repeat("<si/>", 3'300'000);
-                         });
-                     },
-                     "1 rows"});
-    cases.push_back({"a row of long texts",
-                     [=] {
-                         return MakeBook([=](SXlsxParts& p) {
-                             p.strRows += "<row>" +
-                                          Repeat("<c t='str'><v>" + std::string(100'000, 'x') + "</v></c>", 100) +
-                                          "</row>";
-                         });
-                     },
-                     "beyond a limit: ", "row 2 holds more"});
+    const auto add = [&](const char* title, const std::function<void(SXlsxParts&)>& spoil, const char* outcome) {
+        cases.push_back({title, [=] { return MakeBook(spoil); }, outcome});
+    };
+    add(
+        "as many long texts out of order as fit", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(10); },
+        "10 rows");
+    add(
+        "more of them", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(11); }, "beyond a limit: ");
+    add(
+        "a row of long texts", [](SXlsxParts& p) { p.strRows += "<row>" + Repeat(LongCell(100'000), 50) + "</row>"; },
+        "beyond a limit: ");
+    add(
+        "three million empty shared texts",
+        [](SXlsxParts& p) { p.isDeflated = true, p.strStrings = Repeat("<si/>", 3'300'000); }, "1 rows");
     return cases;
 }
 
