@@ -32,6 +32,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     parts.strFormats = TakePart(text);
     parts.strBookProperties = TakePart(text);
     parts.strNames = TakePart(text);
-    ReadBytes(parts.Zip().Finish());
+    ReadBytes(parts.File());
     return 0;
 }

@@ -207,26 +207,22 @@ TEST(RecordCipher, TakesObfuscationBack) {
 }
 
 TEST(EncryptedWorkbook, PreparesOnceItsPasswordIsSet) {
+    using NSTQCore::CSourceDataInfo;
     const CAnsiPage page(932);
     const CTempFolder folder;
     SXlsxParts parts;
     parts.strRows = "<row><c><v>1</v></c></row>";
-    const struct {
-        const char* title;
-        SEncryptedPackage encrypted;
-    } cases[] = {
-        {"agile", EncryptAgile(parts.Zip().Finish(), passWord, "SHA512", 256)},
-        {"standard", EncryptStandard(parts.Zip().Finish(), passWord, 128)},
-    };
-    for (const auto& c : cases) {
-        const std::string path = folder.WriteFile("a.xlsx", c.encrypted.File());
-        NSTQCore::CSourceDataInfo info;
-        ASSERT_TRUE(info.SetCommonInfo(path.c_str(), NSTQCore::SCDeclareConstant::SFT_UNKNOWN));
-        EXPECT_EQ(info.PrepareReadSourceData(true), NSTQCore::CSourceDataInfo::SDO_PASSWORD_ERROR) << c.title;
-        ASSERT_TRUE(info.SetPassWordString("wrong"));
-        EXPECT_EQ(info.PrepareReadSourceData(true), NSTQCore::CSourceDataInfo::SDO_PASSWORD_ERROR) << c.title;
-        ASSERT_TRUE(info.SetPassWordString(passWord));
-        EXPECT_EQ(info.PrepareReadSourceData(true), NSTQCore::CSourceDataInfo::SDO_DATABASE) << c.title;
+    for (const SEncryptedPackage& encrypted :
+         {EncryptAgile(parts.File(), passWord, "SHA512", 256), EncryptStandard(parts.File(), passWord, 128)}) {
+        CSourceDataInfo info;
+        ASSERT_TRUE(info.SetCommonInfo(folder.WriteFile("a.xlsx", encrypted.File()).c_str(),
+                                       NSTQCore::SCDeclareConstant::SFT_UNKNOWN));
+        for (const auto& [given, prepared] : {std::pair("", CSourceDataInfo::SDO_PASSWORD_ERROR),
+                                              {"wrong", CSourceDataInfo::SDO_PASSWORD_ERROR},
+                                              {passWord, CSourceDataInfo::SDO_DATABASE}}) {
+            ASSERT_TRUE(info.SetPassWordString(given));
+            EXPECT_EQ(info.PrepareReadSourceData(true), prepared) << given;
+        }
         EXPECT_TRUE(info.SetSelectSchemaIndx(0));
     }
 }

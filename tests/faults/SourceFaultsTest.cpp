@@ -62,7 +62,7 @@ std::string MakeXlsx() {
         parts.strRows += "<row><c><v>" + std::to_string(row) + "</v></c><c t='s'><v>0</v></c></row>";
     parts.strStrings = "<si><t>shared</t></si>";
     parts.isDeflated = true;
-    return parts.Zip().Finish();
+    return parts.File();
 }
 #endif
 

@@ -27,8 +27,8 @@ struct SHostileKind {
 };
 
 /// Describes, prepares, opens and reads a source to its end. The outcome is "3 rows", "refused" when a package cannot
-/// be unpacked, "refused: cause" when a workbook or database cannot be opened or read (E_FAIL), or what else was met.
-/// `table` counts from 0.
+/// be unpacked, "refused: cause" when a workbook or database cannot be opened or read (E_FAIL), "beyond a limit:
+/// cause" when it is too large to be (DB_E_DATAOVERFLOW), or what else was met. `table` counts from 0.
 std::string RunSource(const std::string& path, std::uint32_t table = 0);
 
 std::vector<SHostileCase> PackageCases();

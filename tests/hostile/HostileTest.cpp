@@ -51,6 +51,12 @@ std::string ReadRows(IDataAccess& reader) {
     return reader.HasNextLineData() ? "not read" : std::to_string(rows) + " rows";
 }
 
+std::string OutcomeOf(Platform::HRESULT error) {
+    return error == Platform::E_FAIL              ? "refused"
+           : error == Platform::DB_E_DATAOVERFLOW ? "beyond a limit"
+                                                  : "raised " + std::to_string(error);
+}
+
 std::string ReadPrepared(const CSourceDataInfo& info, CSourceDataInfo::ESourceDataOpen prepared) {
     if (prepared == CSourceDataInfo::SDO_PASSWORD_ERROR || prepared == CSourceDataInfo::SDO_ACCESS_DENIED)
         return "refused";
@@ -61,10 +67,7 @@ std::string ReadPrepared(const CSourceDataInfo& info, CSourceDataInfo::ESourceDa
     if (prepared != CSourceDataInfo::SDO_DATABASE)
         return "prepared " + std::to_string(prepared);
     CADOOperater reader(300, 65535, 65535);
-    if (reader.FileOpen(&info))
-        return ReadRows(reader);
-    return reader.GetErrorRet() == Platform::E_FAIL ? "refused"
-                                                    : "not opened " + std::to_string(reader.GetErrorRet());
+    return reader.FileOpen(&info) ? ReadRows(reader) : OutcomeOf(reader.GetErrorRet());
 }
 
 } // namespace
@@ -79,10 +82,11 @@ std::string RunSource(const std::string& path, std::uint32_t table) {
     try {
         outcome = ReadPrepared(info, prepared);
     } catch (const Platform::_com_error& error) {
-        outcome = error.Error() == Platform::E_FAIL ? "refused" : "raised " + std::to_string(error.Error());
+        outcome = OutcomeOf(error.Error());
     }
     const char* connect = nullptr;
-    return outcome == "refused" && info.GetConnectString(connect) ? outcome + ": " + CauseOf(info) : outcome;
+    const bool hasCause = outcome == "refused" || outcome == "beyond a limit";
+    return hasCause && info.GetConnectString(connect) ? outcome + ": " + CauseOf(info) : outcome;
 }
 
 namespace {

@@ -15,64 +15,58 @@ std::string Shared(const std::string& texts, std::uint32_t count = 0xFFFFFFFF) {
     return Record(ERecord::Sst, Int(count, 4) + Int(count, 4) + texts);
 }
 
+void SetCells(SXlsParts& parts, const std::string& records) {
+    parts.sheets[0].strCells = records;
+}
+void SetGlobals(SXlsParts& parts, const std::string& records) {
+    parts.strGlobals = records;
+}
+void SetShared(SXlsParts& parts, const std::string& records) {
+    parts.strShared = records;
+}
+
+const std::string textResult = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF));
+
+const struct {
+    const char* title;
+    void (*set)(SXlsParts&, const std::string&);
+    std::string records;
+    const char* word; ///< of the description; null where the row is read all the same
+} replaced[] = {
+    {"a column right of the grid", SetCells, Cell(ERecord::Rk, 0, 256, Int(0, 4)), "outside the grid"},
+    {"a run right of the grid", SetCells, Record(ERecord::MulRk, Int(0) + Int(255) + std::string(14, '\0')),
+     "outside the grid"},
+    {"a run without cells", SetCells, Record(ERecord::MulRk, Int(0) + Int(0)), "too short"},
+    {"a number cut short", SetCells, Cell(ERecord::Number, 0, 0, "1234567"), "too short"},
+    {"a formula cut short", SetCells, Cell(ERecord::Formula, 0, 0, "1234567"), "too short"},
+    {"a text longer than its cell", SetCells, Cell(ERecord::Label, 0, 0, Int(0xFFFF) + Narrow("ab")), "too early"},
+    {"a formula's text that ends in the middle", SetCells,
+     textResult + Record(ERecord::String, Int(9) + Narrow("ab")) + Record(ERecord::Continue), "too early"},
+    {"a formula whose text is missing", SetCells, textResult, nullptr},
+    {"a formula whose text is cut off", SetCells, textResult + Record(ERecord::String), "too short"},
+    {"half a character", SetCells, Cell(ERecord::Label, 0, 0, Int(2) + "\1ab\0"s), "within a char"},
+    {"a chart that does not end", SetCells, SXlsParts().Begin(0x20) + SXlsParts().Begin(0x20), "within a chart"},
+    {"a shared text that there is not", SetCells, Cell(ERecord::LabelSst, 0, 0, Int(1, 4)),
+     "shared text that there is not: 1"},
+    {"a shared text of no length", SetShared, Shared("\1"), "too early"},
+    {"shared texts with formats without end", SetShared, Shared(Int(1) + "\x0C\xFF\xFF\xFF\xFF\xFF\xFF"s + "a"),
+     "too early"},
+    {"a sheet's entry cut short", SetGlobals, Record(ERecord::BoundSheet, "abcdef"), "too short"},
+    {"a sheet's name cut short", SetGlobals, Record(ERecord::BoundSheet, "abcd\0\0\x9\0a"s), "too early"},
+    {"more extern sheets than there are", SetGlobals, Record(ERecord::ExternSheet, "\xFF\xFF"), "too early"},
+    {"a name cut short", SetGlobals, Record(ERecord::Name, Int(0) + Int(0x900, 2) + Int(11) + Int(0, 8) + "a"),
+     "too early"},
+    {"a format cut short", SetGlobals, Record(ERecord::Format, "\1\0\xFF\0"s), "too early"},
+};
+
 const struct {
     const char* title;
     void (*spoil)(SXlsParts&);
-    const char* word; ///< of the description; null where the row is read all the same
+    const char* word; ///< as above
 } spoiled[] = {
-    {"a column right of the grid", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Rk, 0, 256, Int(0, 4)); },
-     "outside the grid"},
-    {"a run right of the grid",
-     [](SXlsParts& p) { p.sheets[0].strCells = Record(ERecord::MulRk, Int(0) + Int(255) + std::string(14, '\0')); },
-     "outside the grid"},
-    {"a run without cells", [](SXlsParts& p) { p.sheets[0].strCells = Record(ERecord::MulRk, Int(0) + Int(0)); },
-     "too short"},
-    {"a number cut short", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Number, 0, 0, "1234567"); },
-     "too short"},
-    {"a formula cut short", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, "1234567"); },
-     "too short"},
-    {"a text longer than its cell",
-     [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(0xFFFF) + Narrow("ab")); },
-     "too early"},
-    {"a formula's text that ends in the middle",
-     [](SXlsParts& p) {
-         p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF)) +
-                                Record(ERecord::String, Int(9) + Narrow("ab")) + Record(ERecord::Continue);
-     },
-     "too early"},
-    {"half a character", [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(2) + "\1ab\0"s); },
-     "within a char"},
-    {"a shared text that there is not",
-     [](SXlsParts& p) {
-         p.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(1, 4));
-         p.strShared = Shared(Int(1) + Narrow("a"));
-     },
-     "shared text that there is not: 1"},
-    {"a shared text of no length", [](SXlsParts& p) { p.strShared = Shared("\1"); }, "too early"},
-    {"shared texts with formats without end",
-     [](SXlsParts& p) { p.strShared = Shared(Int(1) + "\x0C\xFF\xFF\xFF\xFF\xFF\xFF"s + "a"); }, "too early"},
     {"a sheet behind the end", [](SXlsParts& p) { p.sheets[0].position = 0xFFFFFFFF; }, "behind the stream's end"},
     {"a sheet that is the workbook", [](SXlsParts& p) { p.sheets[0].position = 0; }, "no worksheet begins"},
     {"a sheet within a record", [](SXlsParts& p) { p.sheets[0].position = 2; }, "ends within the record"},
-    {"a chart that does not end", [](SXlsParts& p) { p.sheets[0].strCells = p.Begin(0x20) + p.Begin(0x20); },
-     "within a chart"},
-    {"a sheet's entry cut short", [](SXlsParts& p) { p.strGlobals = Record(ERecord::BoundSheet, "abcdef"); },
-     "too short"},
-    {"a sheet's name cut short", [](SXlsParts& p) { p.strGlobals = Record(ERecord::BoundSheet, "abcd\0\0\x9\0a"s); },
-     "too early"},
-    {"more extern sheets than there are",
-     [](SXlsParts& p) { p.strGlobals = Record(ERecord::ExternSheet, "\xFF\xFF"); }, "too early"},
-    {"a name cut short",
-     [](SXlsParts& p) { p.strGlobals = Record(ERecord::Name, Int(0) + Int(0x900, 2) + Int(11) + Int(0, 8) + "a"); },
-     "too early"},
-    {"a format cut short", [](SXlsParts& p) { p.strGlobals = Record(ERecord::Format, "\1\0\xFF\0"s); }, "too early"},
-    {"a formula whose text is missing",
-     [](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF)); }, nullptr},
-    {"a formula whose text is cut off",
-     [](SXlsParts& p) {
-         p.sheets[0].strCells = Cell(ERecord::Formula, 0, 0, Int(0, 6) + Int(0xFFFF)) + Record(ERecord::String);
-     },
-     "too short"},
     {"a chart in a chart without end",
      [](SXlsParts& p) {
          for (int depth = 0; depth < 100'000; ++depth)
@@ -100,42 +94,58 @@ const struct {
      nullptr},
 };
 
-/// Numbers in the places that hold one, and what comes of them.
-void AddForgedNumbers(std::vector<SHostileCase>& cases) {
-    const auto add = [&](const char* place, std::uint32_t number, auto spoil, std::string result) {
-        cases.push_back({place + (' ' + std::to_string(number)),
-                         [=] {
-                             SXlsParts parts;
-                             parts.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(0, 4));
-                             parts.strShared = Shared(Int(1) + Narrow("a"), 1);
-                             spoil(parts);
-                             return parts.Stream();
-                         },
-                         std::move(result)});
-    };
-    for (const std::uint32_t number : {0U, 1U << 31, ~0U}) {
-        const bool isNone = number == 0;
-        add(
-            "count of shared texts", number,
-            [=](SXlsParts& p) { p.strShared = Shared(Int(1) + Narrow("a"), number); }, isNone ? "refused" : "1 rows");
-        add(
-            "index of a shared text", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::LabelSst, 0, 0, Int(number, 4)); },
-            isNone ? "1 rows" : "refused");
-        add(
-            "place of a sheet", number, [=](SXlsParts& p) { p.sheets[0].position = number; }, "refused");
-        add(
-            "length of a record", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells = Int(0x203) + Int(number >> 16) + std::string(14, '\0'); },
-            "refused");
-        add(
-            "length of a text", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells = Cell(ERecord::Label, 0, 0, Int(number >> 16) + Narrow("")); },
-            isNone ? "1 rows" : "refused");
-        add(
-            "merged cells", number,
-            [=](SXlsParts& p) { p.sheets[0].strCells += Record(mergedCells, Int(number, 4)); }, "1 rows");
+/// Two rows, the second before the first, of so many cells each, in records as dense as can be.
+std::string ReversedRows(std::size_t cells) {
+    constexpr std::size_t runSize = 255;
+    std::string rows;
+    for (const unsigned row : {1U, 0U}) {
+        const std::string run = Record(ERecord::MulRk, Int(row) + Int(0) + std::string(6 * runSize, '\0') + Int(0));
+        for (std::size_t kept = 0; kept < cells; kept += runSize)
+            rows += run;
     }
+    return rows;
+}
+
+/// Numbers in the places that hold one, and what comes of 0 and of large ones.
+const struct {
+    const char* place;
+    void (*forge)(SXlsParts&, std::uint32_t number);
+    const char* ofNone;
+    const char* ofMany;
+} numbers[] = {
+    {"count of shared texts",
+     [](SXlsParts& p, std::uint32_t number) { SetShared(p, Shared(Int(1) + Narrow("a"), number)); }, "refused",
+     "1 rows"},
+    {"index of a shared text",
+     [](SXlsParts& p, std::uint32_t number) { SetCells(p, Cell(ERecord::LabelSst, 0, 0, Int(number, 4))); }, "1 rows",
+     "refused"},
+    {"place of a sheet", [](SXlsParts& p, std::uint32_t number) { p.sheets[0].position = number; }, "refused",
+     "refused"},
+    {"length of a record",
+     [](SXlsParts& p, std::uint32_t number) { SetCells(p, Int(0x203) + Int(number >> 16) + std::string(14, '\0')); },
+     "refused", "refused"},
+    {"length of a text",
+     [](SXlsParts& p, std::uint32_t number) {
+         SetCells(p, Cell(ERecord::Label, 0, 0, Int(number >> 16) + Narrow("")));
+     },
+     "1 rows", "refused"},
+    {"merged cells",
+     [](SXlsParts& p, std::uint32_t number) { p.sheets[0].strCells += Record(mergedCells, Int(number, 4)); },
+     "1 rows", "1 rows"},
+};
+
+void AddForgedNumbers(std::vector<SHostileCase>& cases) {
+    for (const auto& known : numbers)
+        for (const std::uint32_t number : {0U, 1U << 31, ~0U})
+            cases.push_back({known.place + (' ' + std::to_string(number)),
+                             [&known, number] {
+                                 SXlsParts parts;
+                                 SetCells(parts, Cell(ERecord::LabelSst, 0, 0, Int(0, 4)));
+                                 SetShared(parts, Shared(Int(1) + Narrow("a"), 1));
+                                 known.forge(parts, number);
+                                 return parts.Stream();
+                             },
+                             number == 0 ? known.ofNone : known.ofMany});
 }
 
 } // namespace
@@ -144,15 +154,29 @@ std::vector<SHostileCase> XlsCases() {
     SXlsParts good;
     good.sheets[0].strCells = Number(0, 0, 1);
     std::vector<SHostileCase> cases{{"a good one", [=] { return good.Stream(); }, "1 rows"}};
-    for (const auto& known : spoiled)
-        cases.push_back({known.title,
-                         [=, &known] {
+    const auto add = [&](const char* title, const auto& spoil, const char* word) {
+        cases.push_back({title,
+                         [=] {
                              SXlsParts parts = good;
-                             known.spoil(parts);
+                             spoil(parts);
                              return parts.Stream();
                          },
-                         known.word == nullptr ? "1 rows" : "refused: ", known.word == nullptr ? "" : known.word});
+                         word == nullptr ? "1 rows" : "refused: ", word == nullptr ? "" : word});
+    };
+    for (const auto& known : replaced)
+        add(
+            known.title, [&known](SXlsParts& parts) { known.set(parts, known.records); }, known.word);
+    for (const auto& known : spoiled)
+        add(known.title, known.spoil, known.word);
     AddForgedNumbers(cases);
+    for (const auto& [cells, outcome] : {std::pair(1'300'000, "2 rows"), std::pair(1'320'000, "beyond a limit: ")})
+        cases.push_back({std::to_string(2 * cells) + " cells out of order",
+                         [=, cells = static_cast<std::size_t>(cells)] {
+                             SXlsParts parts = good;
+                             parts.sheets[0].strCells = ReversedRows(cells);
+                             return parts.Stream();
+                         },
+                         outcome});
     good.strShared = Shared(Int(1) + Narrow("a"));
     const std::string whole = good.Stream();
     for (std::size_t size = 0; size < whole.size(); ++size)

@@ -14,6 +14,39 @@ std::string Repeat(std::string_view text, std::size_t count) {
     return repeated;
 }
 
+const struct {
+    const char* title;
+    std::string SXlsxParts::*part;
+    std::string text;
+    const char* word; ///< of the description
+} replaced[] = {
+    {"DOCTYPE with entities that multiply", &SXlsxParts::strSheetPart,
+     "<!DOCTYPE x [<!ENTITY a 'aaaa'>]><worksheet>&a;</worksheet>", "DOCTYPE"},
+    {"DOCTYPE of an outside file in the workbook", &SXlsxParts::strWorkbookPart,
+     "<!DOCTYPE x SYSTEM 'file:///etc/passwd'><workbook/>", "DOCTYPE"},
+    {"an entity that nobody declared", &SXlsxParts::strRows, "<row><c t='str'><v>&a;</v></c></row>", "entity"},
+    {"a million nested elements", &SXlsxParts::strRows, Repeat("<row>", 1000000), "nested"},
+    {"a million nested elements in a text", &SXlsxParts::strStrings, "<si>" + Repeat("<r>", 1000000), "nested"},
+    {"100000 attributes", &SXlsxParts::strRows, "<row " + Repeat("a='' ", 100000) + "/>", "attributes"},
+    {"a cell right of the grid", &SXlsxParts::strRows, "<row><c r='XFE1'><v>1</v></c></row>", "XFE1"},
+    {"a cell below the grid", &SXlsxParts::strRows, "<row><c r='A1048577'/></row>", "A1048577"},
+    {"a row below the grid", &SXlsxParts::strRows, "<row r='1048577'/>", "1048577"},
+    {"a row that follows the last", &SXlsxParts::strRows, "<row r='1048576'/><row/>", "1048577"},
+    {"a row 0", &SXlsxParts::strRows, "<row r='0'/>", "grid"},
+    {"a row with a number too long", &SXlsxParts::strRows, "<row r='99999999999999999999'/>", "grid"},
+    {"a cell that follows the last", &SXlsxParts::strRows, "<row r='7'><c r='XFD7'/><c/></row>", "row 7"},
+    {"a shared text that there is not", &SXlsxParts::strRows, "<row><c t='s'><v>7</v></c></row>", "shared"},
+    {"a negative shared text", &SXlsxParts::strRows, "<row><c t='s'><v>-1</v></c></row>", "shared"},
+    {"a style that is none", &SXlsxParts::strRows, "<row><c s='x'><v>1</v></c></row>", "style"},
+    {"tags that do not match", &SXlsxParts::strRows, "<row><c></row></c>", "end tag"},
+    {"a sheet that ends within a row", &SXlsxParts::strSheetPart, "<worksheet><sheetData><row><c><v>1", "too early"},
+    {"damage behind the cells", &SXlsxParts::strSheetPart, "<worksheet><sheetData/><a></b></worksheet>", "end tag"},
+    {"no sheet but something else", &SXlsxParts::strSheetPart, "<chartsheet/>", "chartsheet"},
+    {"no workbook but something else", &SXlsxParts::strWorkbookPart, "<document/>", "document"},
+    {"a binary workbook", &SXlsxParts::strWorkbookPart, "\x83\x01\x00\x80", "workbook.xml"},
+    {"a sheet without a part", &SXlsxParts::strTarget, "worksheets/none.xml", "missing"},
+};
+
 struct SSpoiled {
     const char* title;
     std::function<void(SXlsxParts&)> spoil;
@@ -21,47 +54,12 @@ struct SSpoiled {
 };
 
 const SSpoiled spoiled[] = {
-    {"DOCTYPE with entities that multiply",
-     [](SXlsxParts& p) { p.strSheetPart = "<!DOCTYPE x [<!ENTITY a 'aaaa'>]><worksheet>&a;</worksheet>"; },
-     "DOCTYPE"},
-    {"DOCTYPE of an outside file in the workbook",
-     [](SXlsxParts& p) { p.strWorkbookPart = "<!DOCTYPE x SYSTEM 'file:///etc/passwd'><workbook/>"; }, "DOCTYPE"},
-    {"an entity that nobody declared", [](SXlsxParts& p) { p.strRows = "<row><c t='str'><v>&a;</v></c></row>"; },
-     "entity"},
     {"a sheet outside the package",
      [](SXlsxParts& p) {
          p.strTarget = "http://example.com/sheet1.xml";
          p.strSheetMode = "TargetMode='External'";
      },
      "no part of its own"},
-    {"a million nested elements", [](SXlsxParts& p) { p.strRows = Repeat("<row>", 1000000); }, "nested"},
-    {"a million nested elements in a text", [](SXlsxParts& p) { p.strStrings = "<si>" + Repeat("<r>", 1000000); },
-     "nested"},
-    {"100000 attributes", [](SXlsxParts& p) { p.strRows = "<row " + Repeat("a='' ", 100000) + "/>"; }, "attributes"},
-    {"a cell right of the grid", [](SXlsxParts& p) { p.strRows = "<row><c r='XFE1'><v>1</v></c></row>"; }, "XFE1"},
-    {"a cell below the grid", [](SXlsxParts& p) { p.strRows = "<row><c r='A1048577'/></row>"; }, "A1048577"},
-    {"a row below the grid", [](SXlsxParts& p) { p.strRows = "<row r='1048577'/>"; }, "1048577"},
-    {"a row that follows the last", [](SXlsxParts& p) { p.strRows = "<row r='1048576'/><row/>"; }, "1048577"},
-    {"a row 0", [](SXlsxParts& p) { p.strRows = "<row r='0'/>"; }, "grid"},
-    {"a row with a number too long", [](SXlsxParts& p) { p.strRows = "<row r='99999999999999999999'/>"; }, "grid"},
-    {"a cell that follows the last", [](SXlsxParts& p) { p.strRows = "<row r='7'><c r='XFD7'/><c/></row>"; },
-     "row 7"},
-    {"a shared text that there is not", [](SXlsxParts& p) { p.strRows = "<row><c t='s'><v>7</v></c></row>"; },
-     "shared"},
-    {"a negative shared text", [](SXlsxParts& p) { p.strRows = "<row><c t='s'><v>-1</v></c></row>"; }, "shared"},
-    {"a style that is none", [](SXlsxParts& p) { p.strRows = "<row><c s='x'><v>1</v></c></row>"; }, "style"},
-    {"tags that do not match", [](SXlsxParts& p) { p.strRows = "<row><c></row></c>"; }, "end tag"},
-    {"a sheet that ends within a row", [](SXlsxParts& p) { p.strSheetPart = "<worksheet><sheetData><row><c><v>1"; },
-     "too early"},
-    {"damage behind the cells", [](SXlsxParts& p) { p.strSheetPart = "<worksheet><sheetData/><a></b></worksheet>"; },
-     "end tag"},
-    {"no sheet but something else", [](SXlsxParts& p) { p.strSheetPart = "<chartsheet/>"; }, "chartsheet"},
-    {"no workbook but something else", [](SXlsxParts& p) { p.strWorkbookPart = "<document/>"; }, "document"},
-    {"a binary workbook", [](SXlsxParts& p) { p.strWorkbookPart = "\x83\x01\x00\x80"; }, "workbook.xml"},
-    {"a sheet without a part", [](SXlsxParts& p) { p.strTarget = "worksheets/none.xml"; }, "missing"},
-    {"a sheet size that is too small", [](SXlsxParts& p) { p.isDeflated = true, p.sheetForgery.size = 100; },
-     "beyond its size"},
-    {"a sheet with another checksum", [](SXlsxParts& p) { p.sheetForgery.crc = 100; }, "checksum"},
     {"a sheet of 100 MB of comments",
      [](SXlsxParts& p) {
          p.isDeflated = true;
@@ -74,30 +72,43 @@ const SSpoiled spoiled[] = {
          p.strStrings = Repeat("<si><t>" + std::string(1000000, ' ') + "</t></si>", 50);
      },
      "unfolds more than"},
-    {"a text of many pieces without end",
+    {"a shared text of many pieces without end",
      [](SXlsxParts& p) {
          p.strStrings = "<si>" + Repeat("<t>0123456789012345678901234567890123456789</t>", 400000) + "</si>";
      },
      "a text of more"},
+    {"a value of many pieces without end",
+     [](SXlsxParts& p) {
+         p.strRows = "<row><c t='str'><v>" + Repeat("<?a?>0123456789012345678901234567890123456789", 400000);
+     },
+     "a text of more"},
 };
+
+std::string LongCell(std::size_t size) {
+    return "<c t='str'><v>" + std::string(size, 'x') + "</v></c>";
+}
+
+std::string LongRowsBackwards(int count) {
+    std::string rows;
+    for (int row = count; row > 0; --row)
+        rows += "<row r='" + std::to_string(row) + "'>" + LongCell(4'000'000) + "</row>";
+    return rows;
+}
 
 std::string MakeBook(const std::function<void(SXlsxParts&)>& spoil) {
     SXlsxParts parts;
     parts.strRows = "<row><c t='inlineStr'><is><t>1</t></is></c></row>";
     spoil(parts);
-    return parts.Zip().Finish();
+    return parts.File();
 }
 
-/// Numbers in the directory that the sheet does not bear out.
-void AddForgedNumbers(std::vector<SHostileCase>& cases) {
-    for (const std::uint32_t number : {0U, 1U << 31, ~0U})
-        for (const auto member : {&SForgery::size, &SForgery::compressedSize, &SForgery::offset}) {
-            const char* const place = member == &SForgery::size             ? "size "
-                                      : member == &SForgery::compressedSize ? "compressed size "
-                                                                            : "offset ";
-            cases.push_back({place + std::to_string(number),
-                             [=] { return MakeBook([=](SXlsxParts& p) { p.sheetForgery.*member = number; }); }});
-        }
+/// Packages of another kind under this name, and cut ones.
+void AddOtherFiles(std::vector<SHostileCase>& cases) {
+    for (const std::string& bytes : {MakeZip({}), MakeZip({{.name = "content.xml", .content = "<office/>"}})})
+        cases.push_back({"no workbook", [=] { return bytes; }, "refused: ", "no main document"});
+    const std::string whole = MakeBook([](SXlsxParts&) {});
+    for (std::size_t size = 7; size < whole.size(); size += 17)
+        cases.push_back({"cut to " + std::to_string(size), [=] { return whole.substr(0, size); }, "refused: "});
 }
 
 } // namespace
@@ -107,7 +118,25 @@ std::vector<SHostileCase> XlsxCases() {
     std::vector<SHostileCase> cases{{"a good one", [] { return MakeBook([](SXlsxParts&) {}); }, "1 rows"}};
     for (const SSpoiled& known : spoiled)
         cases.push_back({known.title, [&known] { return MakeBook(known.spoil); }, "refused: ", known.word});
-    AddForgedNumbers(cases);
+    for (const auto& known : replaced)
+        cases.push_back({known.title,
+                         [&known] { return MakeBook([&](SXlsxParts& p) { p.*known.part = known.text; }); },
+                         "refused: ", known.word});
+    AddOtherFiles(cases);
+    const auto add = [&](const char* title, const std::function<void(SXlsxParts&)>& spoil, const char* outcome) {
+        cases.push_back({title, [=] { return MakeBook(spoil); }, outcome});
+    };
+    add(
+        "as many long texts out of order as fit", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(10); },
+        "10 rows");
+    add(
+        "more of them", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(11); }, "beyond a limit: ");
+    add(
+        "a row of long texts", [](SXlsxParts& p) { p.strRows += "<row>" + Repeat(LongCell(100'000), 50) + "</row>"; },
+        "beyond a limit: ");
+    add(
+        "three million empty shared texts",
+        [](SXlsxParts& p) { p.isDeflated = true, p.strStrings = Repeat("<si/>", 3'300'000); }, "1 rows");
     return cases;
 }
 

@@ -52,6 +52,9 @@ private:
         bool isStream;
         std::string content;
     };
+    std::string Directory(const std::vector<std::uint32_t>& starts, std::size_t miniBytes) const;
+    static std::string AddTable(SCompoundBytes& file, std::vector<std::uint32_t> table);
+
     std::vector<SEntry> m_entries;
 };
 

@@ -1,5 +1,7 @@
 #include "support/ZipWriter.h"
 
+#include <array>
+
 namespace NSTQ::Tests {
 
 namespace {
@@ -15,7 +17,7 @@ std::string Four(std::uint64_t value) {
 /// From the compression method to the sizes, which header and directory have alike.
 std::string CommonFields(const SZipEntryText& entry, std::uint16_t method) {
     const std::size_t packedSize = entry.packed.value_or(entry.content).size();
-    return Two(method) + std::string(4, '\0') + Four(entry.crc.value_or(Crc32(entry.content))) +
+    return Two(method) + std::string(4, '\0') + Four(entry.crc ? *entry.crc : Crc32(entry.content)) +
            Four(entry.packedSize.value_or(static_cast<std::uint32_t>(packedSize))) +
            Four(entry.size.value_or(static_cast<std::uint32_t>(entry.content.size())));
 }
@@ -42,12 +44,18 @@ std::string WideEnd(const SZipEndText& end, std::size_t count, std::size_t size,
 } // namespace
 
 std::uint32_t Crc32(std::string_view text) {
+    static constexpr auto table = [] {
+        std::array<std::uint32_t, 256> made{};
+        for (std::uint32_t byte = 0; byte < made.size(); ++byte) {
+            made[byte] = byte;
+            for (int bit = 0; bit < 8; ++bit)
+                made[byte] = (made[byte] >> 1) ^ ((made[byte] & 1) != 0 ? 0xEDB88320U : 0);
+        }
+        return made;
+    }();
     std::uint32_t crc = ~0U;
-    for (const char byte : text) {
-        crc ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320U : 0);
-    }
+    for (const char byte : text)
+        crc = (crc >> 8) ^ table[(crc ^ static_cast<unsigned char>(byte)) & 0xFF];
     return ~crc;
 }
 

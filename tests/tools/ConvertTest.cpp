@@ -140,7 +140,7 @@ TEST_F(Convert, WorkbooksListAndConvert) {
     parts.strRows =
         "<row><c><v>1</v></c><c t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>2.5</v></c></row>";
     parts.sheetNames = {"It's a.b!c", "\xE6\x97\xA5\xE6\x9C\xAC \xE8\xAA\x9E", "2"};
-    m_folder.WriteFile("a.xlsx", parts.Zip().Finish());
+    m_folder.WriteFile("a.xlsx", parts.File());
     const std::string rows = "1,\xE8\xA1\xA8\r\n2.5,\r\n";
     const SCase cases[] = {
         {"list a.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t2\t2\n" + parts.sheetNames[1] + "\t2\t2\n2\t2\t2\n"},
@@ -156,12 +156,16 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"a.csv --sheet 1", "a,b\n", "", "--sheet is for workbooks and databases", 2},
         {"b.xlsx", "no workbook", "", "b.xlsx: ", 5},
         {"damaged.xlsx", "", "", "its sheet \"It's a.b!c\" cannot be opened", 5},
+        {"long.xlsx --header", "", "", "long.xlsx: its sheet \"Sheet1\" cannot be opened: a row is too long", 6},
         {"list damaged.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t\t\n",
          "its sheet \"It's a.b!c\" cannot be opened", 5},
     };
     parts.sheetNames.resize(1);
     parts.strRows += "<row></oops>";
-    m_folder.WriteFile("damaged.xlsx", parts.Zip().Finish());
+    m_folder.WriteFile("damaged.xlsx", parts.File());
+    SXlsxParts tooLong;
+    tooLong.strRows = "<row>" + Repeat("<c t='str'><v>" + Repeat("x", 1'000'000) + "</v></c>", 5) + "</row>";
+    m_folder.WriteFile("long.xlsx", tooLong.File());
     Check(cases);
 }
 

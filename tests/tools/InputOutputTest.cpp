@@ -32,8 +32,8 @@ protected:
             {"fix.txt", "ab1\ncd2!\nef3\n"},
             {"euro.csv", "a,\xE2\x82\xAC\nb,c\n"},
             {"z.xtqf", MakeZip({{.name = "TqData\\SourceFile.csv", .content = "k,l\nm,n,o\n"}})},
-            {"book.xlsx", parts.Zip().Finish()},
-            {"book.dat", parts.Zip().Finish()},
+            {"book.xlsx", parts.File()},
+            {"book.dat", parts.File()},
         };
         for (const auto& [name, content] : files)
             m_folder.WriteFile(name, content);

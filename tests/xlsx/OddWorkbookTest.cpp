@@ -42,79 +42,74 @@ struct SRowsCase {
 
 // Shared texts 0 to 6 and the formats of `commonParts` belong to these.
 const SRowsCase rowsCases[] = {
-    {"numbers as they come", "<row r=\"1\"><c r=\"A1\"><v>12.5</v></c><c r=\"B1\"><v>-1E-3</v></c></row>",
+    {"numbers as they come", R"(<row r="1"><c r="A1"><v>12.5</v></c><c r="B1"><v>-1E-3</v></c></row>)",
      "12.5 -0.001;"},
     {"blanks around values", "<row r=\"1\"><c r=\"A1\"><v> 7\n</v></c><c r=\"B1\"><v>  </v></c></row>", "7;"},
     {"a number that is none",
-     "<row r=\"1\"><c r=\"A1\"><v>abc</v></c><c r=\"B1\"><v>1e999</v></c><c r=\"C1\"><v>inf</v></c>"
-     "</row>",
+     R"(<row r="1"><c r="A1"><v>abc</v></c><c r="B1"><v>1e999</v></c><c r="C1"><v>inf</v></c></row>)",
      "'abc' '1e999' 'inf';"},
     {"neither rows nor cells with references",
      "<row><c><v>1</v></c><c><v>2</v></c></row><row><c/><c><v>3</v></c></row>", "1 2;- 3;"},
     {"a reference, then none",
-     "<row r=\"2\"><c r=\"C2\"><v>1</v></c><c><v>2</v></c></row><row><c r=\"C3\"><v>3</v></c></row>", "1 2;3 -;"},
-    {"cells out of order in a row",
-     "<row r=\"1\"><c r=\"C1\"><v>3</v></c><c r=\"A1\"><v>1</v></c><c><v>2</v></c></row>", "1 2 3;"},
-    {"the last of repeated cells", "<row r=\"1\"><c r=\"A1\"><v>1</v></c><c r=\"A1\"><v>2</v></c></row>", "2;"},
-    {"the last of repeated values", "<row r=\"1\"><c r=\"A1\"><v>1</v><v>2</v></c></row>", "2;"},
-    {"a row in two parts", "<row r=\"1\"><c r=\"A1\"><v>1</v></c></row><row r=\"1\"><c r=\"B1\"><v>2</v></c></row>",
+     R"(<row r="2"><c r="C2"><v>1</v></c><c><v>2</v></c></row><row><c r="C3"><v>3</v></c></row>)", "1 2;3 -;"},
+    {"cells out of order in a row", R"(<row r="1"><c r="C1"><v>3</v></c><c r="A1"><v>1</v></c><c><v>2</v></c></row>)",
+     "1 2 3;"},
+    {"the last of repeated cells", R"(<row r="1"><c r="A1"><v>1</v></c><c r="A1"><v>2</v></c></row>)", "2;"},
+    {"the last of repeated values", R"(<row r="1"><c r="A1"><v>1</v><v>2</v></c></row>)", "2;"},
+    {"a row in two parts", R"(<row r="1"><c r="A1"><v>1</v></c></row><row r="1"><c r="B1"><v>2</v></c></row>)",
      "1 2;"},
     {"rows out of order",
-     "<row r=\"3\"><c r=\"A3\"><v>3</v></c></row><row r=\"1\"><c r=\"B1\"><v>1</v></c><c r=\"B1\"><v>4</v></c></row>"
-     "<row r=\"3\"><c r=\"A3\"><v>5</v></c></row>",
+     R"(<row r="3"><c r="A3"><v>3</v></c></row><row r="1"><c r="B1"><v>1</v></c>)"
+     R"(<c r="B1"><v>4</v></c></row><row r="3"><c r="A3"><v>5</v></c></row>)",
      "- 4;- -;5 -;"},
-    {"a cell that belongs to another row", "<row r=\"1\"><c r=\"A2\"><v>1</v></c></row>", "1;"},
+    {"a cell that belongs to another row", R"(<row r="1"><c r="A2"><v>1</v></c></row>)", "1;"},
     {"the used range begins at the first value",
-     "<row r=\"2\"><c r=\"A2\" s=\"1\"/></row><row r=\"4\"><c r=\"C4\"><v>1</v></c></row>"
-     "<row r=\"6\"><c r=\"B6\"><v>2</v></c><c r=\"F6\"><v></v></c></row><row r=\"9\"/>",
+     R"(<row r="2"><c r="A2" s="1"/></row><row r="4"><c r="C4"><v>1</v></c></row><row r="6">)"
+     R"(<c r="B6"><v>2</v></c><c r="F6"><v></v></c></row><row r="9"/>)",
      "- 1;- -;2 -;"},
-    {"nothing but formats", "<row r=\"1\"><c r=\"A1\" s=\"1\"/></row><row r=\"2\"/>", ""},
+    {"nothing but formats", R"(<row r="1"><c r="A1" s="1"/></row><row r="2"/>)", ""},
     {"texts, even empty ones, are values",
-     "<row r=\"1\"><c r=\"A1\" t=\"str\"><v></v></c><c r=\"B1\" t=\"inlineStr\"><is><t></t></is></c>"
-     "<c r=\"C1\" t=\"s\"><v>1</v></c><c r=\"D1\" t=\"s\"/></row>",
+     R"(<row r="1"><c r="A1" t="str"><v></v></c><c r="B1" t="inlineStr"><is><t></t></is></c>)"
+     R"(<c r="C1" t="s"><v>1</v></c><c r="D1" t="s"/></row>)",
      "'' '' '';"},
     {"shared texts: plain, rich, phonetic",
-     "<row r=\"1\"><c r=\"A1\" t=\"s\"><v>0</v></c><c r=\"B1\" t=\"s\"><v>2</v></c><c r=\"C1\" "
-     "t=\"s\"><v>3</v></c></row>",
+     R"(<row r="1"><c r="A1" t="s"><v>0</v></c><c r="B1" t="s"><v>2</v></c>)"
+     R"(<c r="C1" t="s"><v>3</v></c></row>)",
      "'plain' ' rich text' '東京';"},
     {"escapes are taken back in texts alone",
-     "<row r=\"1\"><c r=\"A1\" t=\"s\"><v>4</v></c><c r=\"B1\" t=\"inlineStr\"><is><t>_x005F_x0041_</t></is></c>"
-     "<c r=\"C1\" t=\"str\"><v>_x00zz_x0042__x43_</v></c><c r=\"D1\" t=\"e\"><v>_x0041_</v></c></row>",
+     R"(<row r="1"><c r="A1" t="s"><v>4</v></c><c r="B1" t="inlineStr"><is><t>_x005F_x0041_</t></is></c>)"
+     R"(<c r="C1" t="str"><v>_x00zz_x0042__x43_</v></c><c r="D1" t="e"><v>_x0041_</v></c></row>)",
      "'a\rb' '_x0041_' '_x00zzB_x43_' '_x0041_';"},
     {"inline texts with runs and notes of pronunciation",
-     "<row r=\"1\"><c r=\"A1\" t=\"inlineStr\"><is><r><rPr><b/></rPr><t>a</t></r><r><t xml:space=\"preserve\"> b "
-     "</t></r>"
-     "<rPh><t>no</t></rPh></is></c></row>",
+     R"(<row r="1">)"
+     R"(<c r="A1" t="inlineStr"><is><r><rPr><b/></rPr><t>a</t></r><r><t xml:space="preserve"> b </t></r><rPh><t>no</t></rPh></is></c></row>)"
+     R"()",
      "'a b ';"},
     {"results of formulas",
-     "<row r=\"1\"><c r=\"A1\"><f>1+1</f><v>2</v></c><c r=\"B1\" t=\"str\"><f t=\"shared\" si=\"0\"/><v>x</v></c>"
-     "<c r=\"C1\"><f>A1</f></c></row>",
+     R"(<row r="1"><c r="A1"><f>1+1</f><v>2</v></c><c r="B1" t="str"><f t="shared" si="0"/><v>x</v></c>)"
+     R"(<c r="C1"><f>A1</f></c></row>)",
      "2 'x';"},
     {"booleans and errors",
-     "<row r=\"1\"><c r=\"A1\" t=\"b\"><v>1</v></c><c r=\"B1\" t=\"b\"><v>0</v></c><c r=\"C1\" "
-     "t=\"b\"><v>true</v></c>"
-     "<c r=\"D1\" t=\"b\"><v>2</v></c><c r=\"E1\" t=\"e\"><v>#N/A</v></c></row>",
+     R"(<row r="1"><c r="A1" t="b"><v>1</v></c><c r="B1" t="b"><v>0</v></c><c r="C1" t="b"><v>true</v></c>)"
+     R"(<c r="D1" t="b"><v>2</v></c><c r="E1" t="e"><v>#N/A</v></c></row>)",
      "true false true '2' '#N/A';"},
     {"dates by format",
-     "<row r=\"1\"><c r=\"A1\" s=\"1\"><v>45000.75</v></c><c r=\"B1\" s=\"2\"><v>45000</v></c><c r=\"C1\" "
-     "s=\"3\"><v>1.5</v></c>"
-     "<c r=\"D1\" s=\"4\"><v>45000</v></c><c r=\"E1\" s=\"99\"><v>45000</v></c></row>",
+     R"(<row r="1"><c r="A1" s="1"><v>45000.75</v></c><c r="B1" s="2"><v>45000</v></c>)"
+     R"(<c r="C1" s="3"><v>1.5</v></c><c r="D1" s="4"><v>45000</v></c>)"
+     R"(<c r="E1" s="99"><v>45000</v></c></row>)",
      "d45000.75 d45000 d1.5 45000 45000;"},
     {"days before the leap day that never was",
-     "<row r=\"1\"><c r=\"A1\" s=\"1\"><v>0.5</v></c><c r=\"B1\" s=\"1\"><v>1</v></c><c r=\"C1\" "
-     "s=\"1\"><v>59</v></c>"
-     "<c r=\"D1\" s=\"1\"><v>61</v></c><c r=\"E1\" s=\"1\"><v>-1.25</v></c></row>",
+     R"(<row r="1"><c r="A1" s="1"><v>0.5</v></c><c r="B1" s="1"><v>1</v></c><c r="C1" s="1"><v>59</v></c>)"
+     R"(<c r="D1" s="1"><v>61</v></c><c r="E1" s="1"><v>-1.25</v></c></row>)",
      "d0.5 d2 d60 d61 d-2.75;"},
     {"no date of any year stays a number",
-     "<row r=\"1\"><c r=\"A1\" s=\"1\"><v>2958465</v></c><c r=\"B1\" s=\"1\"><v>2958466</v></c><c r=\"C1\" "
-     "s=\"1\"><v>-1e9</v></c>"
-     "</row>",
+     R"(<row r="1"><c r="A1" s="1"><v>2958465</v></c><c r="B1" s="1"><v>2958466</v></c>)"
+     R"(<c r="C1" s="1"><v>-1e9</v></c></row>)",
      "d2958465 2958466 -1000000000;"},
     {"dates in words",
-     "<row r=\"1\"><c r=\"A1\" t=\"d\"><v>2023-03-15T18:00:00</v></c><c r=\"B1\" "
-     "t=\"d\"><v>1899-12-29T06:00:00.000Z</v></c>"
-     "<c r=\"C1\" t=\"d\"><v>12:00</v></c><c r=\"D1\" t=\"d\"><v>2023-02-30</v></c><c r=\"E1\" "
-     "t=\"d\"><v>2023-03-15</v></c></row>",
+     R"(<row r="1"><c r="A1" t="d"><v>2023-03-15T18:00:00</v></c>)"
+     R"(<c r="B1" t="d"><v>1899-12-29T06:00:00.000Z</v></c><c r="C1" t="d"><v>12:00</v></c>)"
+     R"(<c r="D1" t="d"><v>2023-02-30</v></c><c r="E1" t="d"><v>2023-03-15</v></c></row>)",
      "d45000.75 d-1.25 d0.5 '2023-02-30' d45000;"},
     {"references, sections and line ends",
      "<row r=\"1\"><c r=\"A1\" t=\"str\"><v>a&amp;&#x42;&#67;&lt;</v></c><c r=\"B1\" "
@@ -126,9 +121,8 @@ const SRowsCase rowsCases[] = {
      "x </v></c></row >",
      "d2 ' x ';"},
     {"unknown elements are passed over",
-     "<row r=\"1\"><c r=\"A1\"><ext><v>9</v><c r=\"Z9\"><v>9</v></c></ext><v>1</v></c><other><c "
-     "r=\"B1\"><v>9</v></c></other></row>"
-     "<c r=\"Z3\"><v>9</v></c>",
+     R"(<row r="1"><c r="A1"><ext><v>9</v><c r="Z9"><v>9</v></c></ext><v>1</v></c><other>)"
+     R"(<c r="B1"><v>9</v></c></other></row><c r="Z3"><v>9</v></c>)",
      "1;"},
 };
 
@@ -150,14 +144,14 @@ TEST(XlsxRows, OddSheetsGiveTheirCellsInEveryForm) {
     for (const SRowsCase& odd : rowsCases) {
         SCOPED_TRACE(odd.title);
         SXlsxParts parts = CommonParts(odd.rows);
-        EXPECT_EQ(TableText(parts.Zip().Finish()), odd.expected);
+        EXPECT_EQ(TableText(parts.File()), odd.expected);
         const std::string plain = parts.SheetPart();
         parts.isDeflated = true;
         parts.strSheetPart = "\xEF\xBB\xBF" + WithPrefixes(plain);
-        EXPECT_EQ(TableText(parts.Zip().Finish()), odd.expected) << "with prefixes";
+        EXPECT_EQ(TableText(parts.File()), odd.expected) << "with prefixes";
         for (const bool isBig : {false, true}) {
             parts.strSheetPart = ToUtf16Bytes(plain, isBig, !isBig);
-            EXPECT_EQ(TableText(parts.Zip().Finish()), odd.expected) << "in UTF-16";
+            EXPECT_EQ(TableText(parts.File()), odd.expected) << "in UTF-16";
         }
     }
 }
@@ -165,7 +159,7 @@ TEST(XlsxRows, OddSheetsGiveTheirCellsInEveryForm) {
 TEST(XlsxRows, HugeRowNumbersCostNothingButTheirRows) {
     SXlsxParts parts;
     parts.strRows = "<row r='1'><c r='XFD1'><v>1</v></c></row><row r='1048576'><c r='XFD1048576'><v>2</v></c></row>";
-    const auto rows = OpenBytes(parts.Zip().Finish())->OpenTable(u"Sheet1$");
+    const auto rows = OpenBytes(parts.File())->OpenTable(u"Sheet1$");
     ASSERT_EQ(rows->GetRowCount(), 1048576);
     std::int64_t count = 0;
     std::int64_t values = 0;
@@ -180,26 +174,26 @@ TEST(XlsxRows, SystemOf1904MovesDatesButNoTimes) {
                                    "<c r='C1' s='3'><v>1.5</v></c><c r='D1' t='d'><v>2023-03-15</v></c></row>");
     parts.strFormats.insert(parts.strFormats.rfind("</cellXfs>"), "<xf numFmtId='20'/>");
     parts.strBookProperties = "<workbookPr date1904='true'/>";
-    EXPECT_EQ(TableText(parts.Zip().Finish()), "d1462.5 d0.5 d1.5 d45000;");
+    EXPECT_EQ(TableText(parts.File()), "d1462.5 d0.5 d1.5 d45000;");
 }
 
 TEST(XlsxRows, FirstRowNamesTheColumns) {
     SXlsxParts parts =
         CommonParts("<row><c t='str'><v> Name </v></c><c/><c t='str'><v>NAME</v></c><c><v>7.5</v></c>"
                     "<c t='str'><v>F2</v></c><c t='str'><v>name1</v></c></row><row><c><v>1</v></c></row>");
-    const auto source = OpenBytes(parts.Zip().Finish(), true);
+    const auto source = OpenBytes(parts.File(), true);
     const auto rows = source->OpenTable(u"Sheet1$");
     EXPECT_EQ(rows->GetColumnNames(),
               (std::vector<std::u16string>{u"Name", u"F2", u"NAME1", u"7.5", u"F21", u"name11"}));
     EXPECT_EQ(RowsText(*rows), "1 - - - - -;");
-    const auto unnamed = OpenBytes(parts.Zip().Finish())->OpenTable(u"Sheet1$");
+    const auto unnamed = OpenBytes(parts.File())->OpenTable(u"Sheet1$");
     EXPECT_EQ(unnamed->GetColumnNames().back(), u"F6");
     EXPECT_EQ(unnamed->GetRowCount(), 2);
 }
 
 TEST(XlsxRows, RowsOutliveTheirSource) {
     SXlsxParts parts = CommonParts("<row><c t='s'><v>0</v></c></row>");
-    auto source = OpenBytes(parts.Zip().Finish());
+    auto source = OpenBytes(parts.File());
     const auto rows = source->OpenTable(u"Sheet1$");
     source.reset();
     EXPECT_EQ(RowsText(*rows), "'plain';");
@@ -224,7 +218,7 @@ TEST(XlsxTables, SheetsOpenByEveryFormOfTheirNames) {
     for (const auto& known : cases)
         parts.sheetNames.emplace_back(known.sheet);
     parts.strRows = "<row><c><v>1</v></c></row>";
-    const auto source = OpenBytes(parts.Zip().Finish());
+    const auto source = OpenBytes(parts.File());
     const std::vector<Platform::STableSchema> tables = source->ListTables();
     ASSERT_EQ(tables.size(), std::size(cases));
     for (std::size_t i = 0; i < std::size(cases); ++i) {
@@ -259,7 +253,7 @@ TEST(XlsxTables, DefinedNamesOfPlainRangesFollowTheSheets) {
         "<definedName name='Hidden' hidden='1'>Sheet1!$A$1</definedName>"
         "<definedName name='Elsewhere'>[1]Sheet1!$A$1</definedName>"
         "<definedName name='_xlnm.Print_Area' localSheetId='0'>'It''s'!$B$2:$B$3</definedName>";
-    const auto source = OpenBytes(parts.Zip().Finish());
+    const auto source = OpenBytes(parts.File());
     EXPECT_EQ(ListText(*source), u"'It''s$'|Sheet1$|Area|Cell|Columns|Row|Below|'It''s$'Print_Area|");
     const struct {
         const char16_t* name;
@@ -277,7 +271,7 @@ TEST(XlsxPackage, TargetsAndNamesOfPartsAreFoundInEveryForm) {
         SXlsxParts parts;
         parts.strRows = "<row><c><v>1</v></c></row>";
         parts.strTarget = target;
-        EXPECT_EQ(TableText(parts.Zip().Finish()), "1;") << target;
+        EXPECT_EQ(TableText(parts.File()), "1;") << target;
     }
 }
 
@@ -288,47 +282,35 @@ TEST(XlsxPackage, SheetsOfOtherKindsAreLeftOut) {
         "<w:workbook xmlns:w='w' xmlns:id='urn:x' xmlns:q='" + std::string(officeNamespace) +
         "'><w:sheets><w:sheet name='Chart' q:id='c'/><w:sheet name='Sheet1' id:id='c' state='veryHidden' "
         "q:id='s'/></w:sheets></w:workbook>";
-    const auto source = OpenBytes(parts.Zip().Finish());
+    const auto source = OpenBytes(parts.File());
     ASSERT_EQ(source->ListTables().size(), 1U);
     EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "1;");
 }
 
+TEST(XlsxPackage, AMissingFileIsNamedWithItsError) {
+    try {
+        Providers::OpenXlsx(Platform::SSourceOptions{"/no/such/book.xlsx", "", false});
+        ADD_FAILURE();
+    } catch (const Platform::_com_error& error) {
+        EXPECT_EQ(error.Error(), Platform::E_FAIL);
+        EXPECT_STREQ(error.Description(), "/no/such/book.xlsx: the file cannot be opened (error 3)");
+    }
+}
+
 TEST(XlsxFormats, CodesTellDatesFromNumbers) {
     using Providers::EDateKind;
-    const struct {
-        const char* code;
-        EDateKind kind;
-    } cases[] = {
-        {"General", EDateKind::None},
-        {"0.00E+00", EDateKind::None},
-        {"#,##0\\ \"days\";[Red]-0", EDateKind::None},
-        {"_(* #,##0.00_);_(* (#,##0.00)", EDateKind::None},
-        {"[$-411]#,##0_d", EDateKind::None},
-        {"0.0 kg", EDateKind::None},
-        {"@", EDateKind::None},
-        {"", EDateKind::None},
-        {"\"open", EDateKind::None},
-        {"[open", EDateKind::None},
-        {"\\", EDateKind::None},
-        {"[>=100]0;[Yellow]0", EDateKind::None},
-        {"0;d", EDateKind::None},
-        {"yyyy-mm-dd", EDateKind::Date},
-        {"[$-409]d\\-mmm;@", EDateKind::Date},
-        {"[$-411]ge.m.d", EDateKind::Date},
-        {"ggge\"年\"", EDateKind::Date},
-        {"aaaa", EDateKind::Date},
-        {"mmm", EDateKind::Date},
-        {";;d", EDateKind::Date},
-        {"m/d/yy h:mm", EDateKind::Date},
-        {"h:mm AM/PM", EDateKind::Time},
-        {"mm:ss.0", EDateKind::Time},
-        {"h\"時\"mm\"分\"", EDateKind::Time},
-        {"[h]:mm", EDateKind::Elapsed},
-        {"[mm]:ss", EDateKind::Elapsed},
-        {"[SS].00", EDateKind::Elapsed},
+    const std::pair<EDateKind, std::vector<const char*>> cases[] = {
+        {EDateKind::None,
+         {"General", "0.00E+00", "#,##0\\ \"days\";[Red]-0", "_(* #,##0.00_);_(* (#,##0.00)", "[$-411]#,##0_d",
+          "0.0 kg", "@", "", "\"open", "[open", "\\", "[>=100]0;[Yellow]0", "0;d"}},
+        {EDateKind::Date,
+         {"yyyy-mm-dd", "[$-409]d\\-mmm;@", "[$-411]ge.m.d", "ggge\"年\"", "aaaa", "mmm", ";;d", "m/d/yy h:mm"}},
+        {EDateKind::Time, {"h:mm AM/PM", "mm:ss.0", "h\"時\"mm\"分\""}},
+        {EDateKind::Elapsed, {"[h]:mm", "[mm]:ss", "[SS].00"}},
     };
-    for (const auto& known : cases)
-        EXPECT_EQ(Providers::CNumberFormats::KindOfCode(known.code), known.kind) << known.code;
+    for (const auto& [kind, codes] : cases)
+        for (const char* code : codes)
+            EXPECT_EQ(Providers::CNumberFormats::KindOfCode(code), kind) << code;
 }
 
 TEST(XlsxReferences, CellsAreInsideTheGridOrRefused) {

@@ -4,98 +4,22 @@
 #include "providers/xlsx/Xlsx.h"
 #include "support/MemoryAccess.h"
 #include "support/RowsText.h"
+#include "support/ZipWriter.h"
 
 #include <zlib.h>
 
-#include <algorithm>
-#include <cstring>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
 namespace NSTQ::Tests {
 
-/// What the directory says of an entry instead of the truth.
-struct SForgery {
-    std::optional<std::uint32_t> size;
-    std::optional<std::uint32_t> compressedSize;
-    std::optional<std::uint32_t> offset;
-    std::optional<std::uint32_t> crc;
-    std::uint16_t flags = 0;
-    std::optional<std::uint16_t> method;
-    bool isZip64 = false; ///< sizes and offset go to the extra field
-};
-
-class CZipBuilder {
-public:
-    CZipBuilder& Add(std::string_view name, std::string_view content, bool isDeflated = false,
-                     const SForgery& forgery = {}) {
-        const std::string packed = isDeflated ? Deflate(content) : std::string(content);
-        const auto size = static_cast<std::uint32_t>(content.size());
-        const auto packedSize = static_cast<std::uint32_t>(packed.size());
-        const auto crc = static_cast<std::uint32_t>(
-            crc32(0, reinterpret_cast<const Bytef*>(content.data()), static_cast<uInt>(content.size())));
-        const auto offset = forgery.offset.value_or(static_cast<std::uint32_t>(m_strFile.size()));
-        const std::uint16_t method = forgery.method.value_or(isDeflated ? 8 : 0);
-        std::string sizes = Number(forgery.crc.value_or(crc), 4) +
-                            Number(forgery.isZip64 ? ~0U : forgery.compressedSize.value_or(packedSize), 4) +
-                            Number(forgery.isZip64 ? ~0U : forgery.size.value_or(size), 4) + Number(name.size(), 2);
-        std::string extra;
-        if (forgery.isZip64)
-            extra = Number(1, 2) + Number(24, 2) + Number(size, 8) + Number(packedSize, 8) + Number(offset, 8);
-        const std::string common =
-            Number(20, 2) + Number(forgery.flags, 2) + Number(method, 2) + Number(0, 4) + sizes;
-        m_strFile.append("PK\3\4").append(common).append(Number(0, 2)).append(name).append(packed);
-        m_strDirectory.append("PK\1\2").append(Number(20, 2)).append(common).append(Number(extra.size(), 2));
-        m_strDirectory.append(10, '\0').append(Number(forgery.isZip64 ? ~0U : offset, 4)).append(name).append(extra);
-        ++m_count;
-        return *this;
-    }
-
-    std::string Finish(std::string_view comment = {}, bool isZip64 = false) const {
-        std::string file = m_strFile + m_strDirectory;
-        const std::size_t record64 = file.size();
-        if (isZip64) {
-            file.append("PK\6\6").append(Number(44, 8)).append(Number(0, 12)).append(Number(m_count, 8));
-            file.append(Number(m_count, 8)).append(Number(m_strDirectory.size(), 8));
-            file.append(Number(m_strFile.size(), 8));
-            file.append("PK\6\7").append(Number(0, 4)).append(Number(record64, 8)).append(Number(1, 4));
-        }
-        file.append("PK\5\6").append(Number(0, 4));
-        for (int i = 0; i < 2; ++i)
-            file.append(Number(isZip64 ? 0xFFFF : m_count, 2));
-        file.append(Number(isZip64 ? ~0U : m_strDirectory.size(), 4));
-        file.append(Number(isZip64 ? ~0U : m_strFile.size(), 4)).append(Number(comment.size(), 2)).append(comment);
-        return file;
-    }
-
-private:
-    static std::string Number(std::uint64_t number, int bytes) {
-        std::string text;
-        for (int i = 0; i < bytes; ++i)
-            text += i < 8 ? static_cast<char>(number >> (8 * i) & 0xFF) : '\0';
-        return text;
-    }
-
-    static std::string Deflate(std::string_view content) {
-        z_stream stream = {};
-        deflateInit2(&stream, 6, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
-        std::string packed(deflateBound(&stream, static_cast<uLong>(content.size())), '\0');
-        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
-        stream.avail_in = static_cast<uInt>(content.size());
-        stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-        stream.avail_out = static_cast<uInt>(packed.size());
-        deflate(&stream, Z_FINISH);
-        packed.resize(stream.total_out);
-        deflateEnd(&stream);
-        return packed;
-    }
-
-    std::string m_strFile;
-    std::string m_strDirectory;
-    std::uint64_t m_count = 0;
-};
+/// The same entry with its content packed.
+inline SZipEntryText Deflated(SZipEntryText entry) {
+    uLongf size = compressBound(static_cast<uLong>(entry.content.size()));
+    std::string packed(size, '\0');
+    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(entry.content.data()),
+             static_cast<uLong>(entry.content.size()));
+    entry.packed = packed.substr(2, size - 6); // without what frames it outside of packages
+    entry.method = 8;
+    return entry;
+}
 
 inline constexpr std::string_view officeNamespace =
     "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
@@ -113,7 +37,6 @@ struct SXlsxParts {
     std::string strSheetPart;    ///< the whole part, in place of strRows
     std::string strWorkbookPart; ///< the whole part
     bool isDeflated = false;
-    SForgery sheetForgery = {};
 
     std::string Relationship(std::string_view id, std::string_view type, std::string_view target,
                              std::string_view mode = {}) const {
@@ -138,20 +61,20 @@ struct SXlsxParts {
                sheets + "</sheets><definedNames>" + strNames + "</definedNames></workbook>";
     }
 
-    CZipBuilder Zip() const {
-        CZipBuilder zip;
-        zip.Add("_rels/.rels",
-                "<Relationships>" + Relationship("a", "officeDocument", "/xl/workbook.xml") + "</Relationships>");
-        zip.Add("xl/workbook.xml", WorkbookPart());
-        zip.Add("xl/_rels/workbook.xml.rels",
-                "<Relationships>" + Relationship("s", "worksheet", strTarget, strSheetMode) +
-                    Relationship("t", "sharedStrings", "sharedStrings.xml") +
-                    Relationship("c", "chartsheet", "chart.xml") + Relationship("f", "styles", "../xl/./styles.xml") +
-                    "</Relationships>");
-        zip.Add("xl/worksheets/sheet1.xml", SheetPart(), isDeflated, sheetForgery);
-        zip.Add("xl/sharedStrings.xml", "<sst>" + strStrings + "</sst>", isDeflated);
-        zip.Add("xl/styles.xml", "<styleSheet>" + strFormats + "</styleSheet>");
-        return zip;
+    std::string File() const {
+        const auto pack = [this](SZipEntryText entry) { return isDeflated ? Deflated(std::move(entry)) : entry; };
+        return MakeZip({{.name = "_rels/.rels",
+                         .content = "<Relationships>" + Relationship("a", "officeDocument", "/xl/workbook.xml") +
+                                    "</Relationships>"},
+                        {.name = "xl/workbook.xml", .content = WorkbookPart()},
+                        {.name = "xl/_rels/workbook.xml.rels",
+                         .content = "<Relationships>" + Relationship("s", "worksheet", strTarget, strSheetMode) +
+                                    Relationship("t", "sharedStrings", "sharedStrings.xml") +
+                                    Relationship("c", "chartsheet", "chart.xml") +
+                                    Relationship("f", "styles", "../xl/./styles.xml") + "</Relationships>"},
+                        pack({.name = "xl/worksheets/sheet1.xml", .content = SheetPart()}),
+                        pack({.name = "xl/sharedStrings.xml", .content = "<sst>" + strStrings + "</sst>"}),
+                        {.name = "xl/styles.xml", .content = "<styleSheet>" + strFormats + "</styleSheet>"}});
     }
 };
 

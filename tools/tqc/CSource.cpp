@@ -246,7 +246,7 @@ std::unique_ptr<CTableReader> CSource::OpenTable() {
     auto reader =
         std::make_unique<CTableReader>(std::max(columnsMax, m_options.dwMaxFields) + 1, LIMIT_MAX, LIMIT_MAX);
     if (!reader->FileOpen(&m_info))
-        throw DescribeUnopened(table, "; see the others with: tqc list " + m_options.strFile);
+        throw DescribeUnopened(table, reader->GetErrorRet(), "; see the others with: tqc list " + m_options.strFile);
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
@@ -285,17 +285,19 @@ std::vector<CSource::STable> CSource::ListTables() {
         const WORD* lengths = nullptr;
         DWORD columns = 0;
         const bool isOpen = reader.FileOpen(&m_info);
-        tables.push_back({names[i], std::nullopt});
+        tables.push_back({names[i], reader.GetErrorRet(), std::nullopt});
         if (isOpen && reader.GetFieldsName(fields, lengths, columns))
             tables.back().size = {reader.GetMaxRowNum(), columns};
     }
     return tables;
 }
 
-CFailure CSource::DescribeUnopened(const std::string& table, const std::string& hint) const {
-    return {ES_UNSUPPORTED, m_options.strFile,
-            std::string("its ") + TableKind() + " \"" + table +
-                "\" cannot be opened: it is damaged or holds what cannot be read" + hint};
+CFailure CSource::DescribeUnopened(const std::string& table, Platform::HRESULT error, const std::string& hint) const {
+    const bool isTooLarge = error == Platform::DB_E_DATAOVERFLOW;
+    const std::string cause = isTooLarge ? "a row is too long, or too many rows are out of order"
+                                         : "it is damaged or holds what cannot be read";
+    return {isTooLarge ? ES_LIMIT : ES_UNSUPPORTED, m_options.strFile,
+            std::string("its ") + TableKind() + " \"" + table + "\" cannot be opened: " + cause + hint};
 }
 
 /// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.

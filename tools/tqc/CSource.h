@@ -5,6 +5,7 @@
 #include "CSourceReader.h"
 #include "CUnpackFolder.h"
 #include "SOptions.h"
+#include "platform/ComError.h"
 
 #include <sys/stat.h>
 
@@ -40,12 +41,14 @@ public:
             DWORD dwRows;
             DWORD dwColumns;
         };
+        Platform::HRESULT error;   ///< why it cannot be opened
         std::optional<SSize> size; ///< none when it cannot be opened
     };
     /// All of them. Throws CFailure.
     std::vector<STable> ListTables();
     /// The failure of a sheet or table that cannot be opened.
-    CFailure DescribeUnopened(const std::string& table, const std::string& hint = "; the others are above") const;
+    CFailure DescribeUnopened(const std::string& table, Platform::HRESULT error,
+                              const std::string& hint = "; the others are above") const;
     /// Their names alone; nobody is asked for a password. Throws CFailure.
     std::vector<std::string> ListNames();
     /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.

@@ -160,7 +160,7 @@ void SCInfo::List(const SOptions& options) {
     // Only now, so that the damage of one does not hide the others.
     for (const CSource::STable& table : tables)
         if (!table.size)
-            throw source.DescribeUnopened(table.strName);
+            throw source.DescribeUnopened(table.strName, table.error);
 }
 
 void SCInfo::Show(const SOptions& options) {

@@ -466,6 +466,8 @@ void CXmlScanner::ReadElementText(std::string& target) {
     while (!(Next() == EXmlEvent::End && GetDepth() == depth)) {
         if (m_event == EXmlEvent::Text && m_depth == depth)
             AppendText(target);
+        if (target.size() > maxTokenSize)
+            Fail("a text of more than " + std::to_string(maxTokenSize) + " bytes");
     }
 }
 

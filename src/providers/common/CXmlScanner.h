@@ -3,7 +3,8 @@
 //
 // Names are compared by their local part; what a prefix stands for is only looked at where it matters
 // (GetRelationshipId). Every DOCTYPE is refused, so that there are no entities but the five of XML and character
-// references. Bounds, each an error: depth, attributes of a tag, bytes of one tag or text, bytes of a name.
+// references. Bounds, each an error: depth, attributes of a tag, bytes of one tag or text, in pieces or not, bytes of
+// a name.
 // Every operation that reads on throws CSourceError for a document that is not well-formed.
 //
 // Views handed out point into the buffer and stay valid until the next call of Next.
@@ -31,7 +32,7 @@ public:
     static constexpr std::size_t maxDepth = 128;
     static constexpr std::size_t maxAttributes = 256;
     static constexpr std::size_t maxNameSize = 1024;
-    static constexpr std::size_t maxTokenSize = 1U << 23;
+    static constexpr std::size_t maxTokenSize = 1U << 22;
 
     /// `part` names the document in descriptions of errors.
     CXmlScanner(std::unique_ptr<IByteStream> stream, std::string part);
@@ -67,7 +68,8 @@ public:
 
     /// At Start: goes to the End of the same element.
     void SkipElement();
-    /// At Start: appends the element's whole text and goes to its End. Child elements are passed over.
+    /// At Start: appends the element's whole text and goes to its End. Child elements are passed over. `target` may
+    /// become as long as a text may be.
     void ReadElementText(std::string& target);
 
     /// What has been read already behind the last event, with a NUL behind it: for callers who know what is likely to

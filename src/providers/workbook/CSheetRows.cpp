@@ -67,7 +67,8 @@ void CSheetRows::KeepCell() {
         return;
     if (m_pending.strText.size() > maxRowText - m_strRowText.size())
         throw CSourceError("row " + std::to_string(m_row) + " holds more than " + std::to_string(maxRowText) +
-                           " bytes");
+                               " bytes",
+                           DB_E_DATAOVERFLOW);
     SColumn& column = m_columns[index];
     column.row = m_row;
     column.isConverted = false;

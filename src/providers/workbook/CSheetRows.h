@@ -26,8 +26,8 @@ public:
     const Platform::VARIANT& GetValue(std::size_t column) override;
 
 private:
-    /// Bytes of all values of one row.
-    static constexpr std::size_t maxRowText = 1U << 28;
+    /// Bytes of all values of one row: far more than fits any reader's line.
+    static constexpr std::size_t maxRowText = 1U << 22;
 
     /// A column's cell in the current row, kept as it came until its value is asked for.
     struct SColumn {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,8 @@ private:
     std::vector<std::unique_ptr<char16_t[]>> m_blocks;
     char16_t* m_pFree = nullptr;
     std::size_t m_room = 0;
-    std::vector<std::u16string_view> m_texts;
+    /// Not a vector, whose growing would hold millions of short texts twice for a while.
+    std::deque<std::u16string_view> m_texts;
 };
 
 } // namespace NSTQ::Providers

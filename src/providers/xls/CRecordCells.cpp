@@ -73,43 +73,26 @@ bool CRecordCells::Next(SCell& cell) {
 /// False when the record holds no cell, or a run of cells.
 bool CRecordCells::ReadRecord(SCell& cell) {
     switch (m_records.GetType()) {
-    case ERecord::Number: {
-        const unsigned char* const body = m_records.Require(placeSize + 8);
-        SetPlace(body, cell);
-        cell.kind = ECellKind::Number;
-        cell.number = ReadDouble(body + placeSize);
+    case ERecord::Number:
+        SetNumber(ReadDouble(TakePlace(8, cell)), cell);
         return true;
-    }
-    case ERecord::Rk: {
-        const unsigned char* const body = m_records.Require(placeSize + 4);
-        SetPlace(body, cell);
-        cell.kind = ECellKind::Number;
-        cell.number = NumberOfRk(ReadU32(body + placeSize));
+    case ERecord::Rk:
+        SetNumber(NumberOfRk(ReadU32(TakePlace(4, cell))), cell);
         return true;
-    }
+    case ERecord::LabelSst:
+        cell.index = ReadU32(TakePlace(4, cell));
+        cell.kind = ECellKind::Shared;
+        return true;
     case ERecord::MulRk:
         BeginRun();
         return false;
-    case ERecord::LabelSst: {
-        const unsigned char* const body = m_records.Require(placeSize + 4);
-        SetPlace(body, cell);
-        cell.kind = ECellKind::Shared;
-        cell.index = ReadU32(body + placeSize);
-        return true;
-    }
     case ERecord::Label:
-    case ERecord::RString: {
-        const unsigned char* const body = m_records.Require(placeSize + 2);
-        SetPlace(body, cell);
-        ReadLabel(placeSize + 2, ReadU16(body + placeSize), cell);
+    case ERecord::RString:
+        ReadLabel(placeSize + 2, ReadU16(TakePlace(2, cell)), cell);
         return true;
-    }
-    case ERecord::BoolErr: {
-        const unsigned char* const body = m_records.Require(placeSize + 2);
-        SetPlace(body, cell);
-        SetBoolOrError(body[placeSize], body[placeSize + 1] != 0, cell);
+    case ERecord::BoolErr:
+        SetBoolOrError(TakePlace(2, cell), cell);
         return true;
-    }
     case ERecord::Formula:
     case ERecord::Formula3:
     case ERecord::Formula4:
@@ -128,55 +111,51 @@ bool CRecordCells::ReadRecord(SCell& cell) {
 
 bool CRecordCells::ReadOldRecord(SCell& cell) {
     switch (m_records.GetType()) {
-    case ERecord::Integer2: {
-        const unsigned char* const body = m_records.Require(oldPlaceSize + 2);
-        SetOldPlace(body, cell);
-        cell.kind = ECellKind::Number;
-        cell.number = ReadU16(body + oldPlaceSize);
+    case ERecord::Integer2:
+        SetNumber(ReadU16(TakeOldPlace(2, cell)), cell);
         return true;
-    }
-    case ERecord::Number2: {
-        const unsigned char* const body = m_records.Require(oldPlaceSize + 8);
-        SetOldPlace(body, cell);
-        cell.kind = ECellKind::Number;
-        cell.number = ReadDouble(body + oldPlaceSize);
+    case ERecord::Number2:
+        SetNumber(ReadDouble(TakeOldPlace(8, cell)), cell);
         return true;
-    }
-    case ERecord::Label2: {
-        const unsigned char* const body = m_records.Require(oldPlaceSize + 1);
-        SetOldPlace(body, cell);
-        ReadLabel(oldPlaceSize + 1, body[oldPlaceSize], cell);
+    case ERecord::Label2:
+        ReadLabel(oldPlaceSize + 1, *TakeOldPlace(1, cell), cell);
         return true;
-    }
-    case ERecord::BoolErr2: {
-        const unsigned char* const body = m_records.Require(oldPlaceSize + 2);
-        SetOldPlace(body, cell);
-        SetBoolOrError(body[oldPlaceSize], body[oldPlaceSize + 1] != 0, cell);
+    case ERecord::BoolErr2:
+        SetBoolOrError(TakeOldPlace(2, cell), cell);
         return true;
-    }
     default:
         return false;
     }
 }
 
-void CRecordCells::SetPlace(const unsigned char* body, SCell& cell) const {
-    cell.position.row = ReadU16(body) + 1U;
-    SetColumn(ReadU16(body + 2), cell);
+/// Gives the bytes behind the place, of which so many must be there.
+const unsigned char* CRecordCells::TakePlace(std::size_t valueSize, SCell& cell) const {
+    const unsigned char* const body = m_records.Require(placeSize + valueSize);
+    SetPosition(ReadU16(body) + 1U, ReadU16(body + 2), cell);
     cell.style = ReadU16(body + 4);
+    return body + placeSize;
 }
 
-void CRecordCells::SetOldPlace(const unsigned char* body, SCell& cell) const {
+/// The same for the form of Excel 2.x.
+const unsigned char* CRecordCells::TakeOldPlace(std::size_t valueSize, SCell& cell) const {
     constexpr unsigned char styleBits = 0x3F;
-    cell.position.row = ReadU16(body) + 1U;
-    SetColumn(ReadU16(body + 2), cell);
+    const unsigned char* const body = m_records.Require(oldPlaceSize + valueSize);
+    SetPosition(ReadU16(body) + 1U, ReadU16(body + 2), cell);
     cell.style = body[4] & styleBits;
+    return body + oldPlaceSize;
 }
 
-void CRecordCells::SetColumn(std::uint32_t column, SCell& cell) const {
+/// `row` counts from 1, `column` from 0.
+void CRecordCells::SetPosition(std::uint32_t row, std::uint32_t column, SCell& cell) const {
     if (column >= columnCount)
         Fail("holds a cell outside the grid");
-    cell.position.column = column + 1;
+    cell.position = {row, column + 1};
     cell.strText = {};
+}
+
+void CRecordCells::SetNumber(double number, SCell& cell) {
+    cell.kind = ECellKind::Number;
+    cell.number = number;
 }
 
 void CRecordCells::BeginRun() {
@@ -190,11 +169,9 @@ void CRecordCells::BeginRun() {
 }
 
 void CRecordCells::TakeFromRun(SCell& cell) {
-    cell.position.row = m_row;
-    SetColumn(m_column++, cell);
+    SetPosition(m_row, m_column++, cell);
     cell.style = ReadU16(m_run.data());
-    cell.kind = ECellKind::Number;
-    cell.number = NumberOfRk(ReadU32(m_run.data() + 2));
+    SetNumber(NumberOfRk(ReadU32(m_run.data() + 2)), cell);
     m_run = m_run.subspan(runCellSize);
 }
 
@@ -209,26 +186,25 @@ void CRecordCells::SetWideText(SCell& cell) const {
     cell.strText = {reinterpret_cast<const char*>(m_text.data()), m_text.size() * sizeof(char16_t)};
 }
 
-void CRecordCells::SetBoolOrError(unsigned char value, bool isError, SCell& cell) {
+/// A value, and behind it whether it is an error.
+void CRecordCells::SetBoolOrError(const unsigned char* bytes, SCell& cell) {
+    const bool isError = bytes[1] != 0;
     cell.kind = isError ? ECellKind::Error : ECellKind::Boolean;
-    cell.strText = isError ? ErrorText(value) : value != 0 ? "1" : "0";
+    cell.strText = isError ? ErrorText(bytes[0]) : bytes[0] != 0 ? "1" : "0";
 }
 
 /// The result is a number, or, where it would be none, says what else it is.
 void CRecordCells::ReadFormula(SCell& cell) {
     enum : unsigned char { Text = 0, Boolean = 1, Error = 2 };
-    const unsigned char* const body = m_records.Require(placeSize + 8);
-    const unsigned char* const result = body + placeSize;
-    SetPlace(body, cell);
+    const unsigned char* const result = TakePlace(8, cell);
     if (ReadU16(result + 6) != 0xFFFF) {
-        cell.kind = ECellKind::Number;
-        cell.number = ReadDouble(result);
+        SetNumber(ReadDouble(result), cell);
     } else if (result[0] == Boolean || result[0] == Error) {
-        SetBoolOrError(result[2], result[0] == Error, cell);
+        const unsigned char boolOrError[] = {result[2], result[0] == Error};
+        SetBoolOrError(boolOrError, cell);
     } else {
-        const bool isEmpty = result[0] != Text;
         m_text.clear();
-        if (!isEmpty)
+        if (result[0] == Text)
             ReadFormulaText();
         SetWideText(cell);
     }

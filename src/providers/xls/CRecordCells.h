@@ -21,15 +21,16 @@ public:
 private:
     bool ReadRecord(SCell& cell);
     bool ReadOldRecord(SCell& cell);
-    void SetPlace(const unsigned char* body, SCell& cell) const;
-    void SetOldPlace(const unsigned char* body, SCell& cell) const;
-    void SetColumn(std::uint32_t column, SCell& cell) const;
+    const unsigned char* TakePlace(std::size_t valueSize, SCell& cell) const;
+    const unsigned char* TakeOldPlace(std::size_t valueSize, SCell& cell) const;
+    void SetPosition(std::uint32_t row, std::uint32_t column, SCell& cell) const;
     void BeginRun();
     void TakeFromRun(SCell& cell);
     void ReadLabel(std::size_t headerSize, std::size_t count, SCell& cell);
     void ReadFormula(SCell& cell);
     void ReadFormulaText();
-    static void SetBoolOrError(unsigned char value, bool isError, SCell& cell);
+    static void SetNumber(double number, SCell& cell);
+    static void SetBoolOrError(const unsigned char* bytes, SCell& cell);
     void SetWideText(SCell& cell) const;
     void SkipInnerSheet();
     [[noreturn]] void Fail(const char* what) const;

@@ -3,7 +3,6 @@
 #include "providers/common/CSourceError.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace NSTQ::Providers {
 
@@ -14,18 +13,6 @@ constexpr std::uint64_t mebibyte = 1U << 20;
 constexpr SInflateLimits streamedLimits = {65536 * mebibyte, 64 * mebibyte, 256};
 constexpr SInflateLimits heldLimits = {2048 * mebibyte, 16 * mebibyte, 100};
 constexpr std::size_t maxRelationships = 100000;
-
-constexpr unsigned char compoundMark[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
-
-std::shared_ptr<IRandomAccess> RefuseCompoundFile(std::shared_ptr<IRandomAccess> input) {
-    unsigned char mark[sizeof compoundMark] = {};
-    if (input->Size() >= sizeof mark)
-        input->ReadAt(0, mark);
-    if (std::memcmp(mark, compoundMark, sizeof mark) == 0)
-        throw CSourceError(
-            "not an xlsx workbook but a compound file: an encrypted workbook or one of an older format");
-    return input;
-}
 
 int HexValue(char digit) {
     if (digit >= '0' && digit <= '9')
@@ -71,10 +58,8 @@ std::string RelationshipsPart(const std::string& part) {
 
 } // namespace
 
-CPackage::CPackage(std::shared_ptr<IRandomAccess> input) : m_zip(RefuseCompoundFile(std::move(input))) {}
-
 CXmlScanner CPackage::Open(const std::string& part, const SInflateLimits& limits) const {
-    const SArchiveEntry* entry = m_zip.Find(part);
+    const SZipEntry* entry = m_zip.Find(part);
     if (entry == nullptr)
         throw CSourceError("the part " + PrintableName(part) + " is missing");
     return CXmlScanner(m_zip.Open(*entry, limits), part);

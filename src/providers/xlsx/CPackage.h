@@ -19,8 +19,8 @@ struct SRelationship {
 
 class CPackage {
 public:
-    /// Throws CSourceError, with a hint when the file is not a package but a compound file.
-    explicit CPackage(std::shared_ptr<IRandomAccess> input);
+    /// Throws CSourceError.
+    explicit CPackage(std::shared_ptr<IRandomAccess> input) : m_zip(std::move(input)) {}
 
     bool HasPart(const std::string& part) const { return m_zip.Find(part) != nullptr; }
     /// A part that is held in memory in one form or another is bound more tightly than one that streams through.

@@ -27,8 +27,6 @@ void ReadRichText(CXmlScanner& xml, std::string& target) {
             xml.ReadElementText(target);
         else if (xml.GetName() != "r")
             xml.SkipElement();
-        if (target.size() > CXmlScanner::maxTokenSize)
-            xml.Fail("a text of more than " + std::to_string(CXmlScanner::maxTokenSize) + " bytes");
     }
 }
 

@@ -1,6 +1,8 @@
 #include "platform/common/CUnZip.h"
 
 #include "platform/common/CExtractFolder.h"
+#include "providers/common/CFileAccess.h"
+#include "providers/common/CSourceError.h"
 #include "providers/zip/CPackagePlan.h"
 #include "providers/zip/CZipReader.h"
 
@@ -32,6 +34,15 @@ bool UnpackFile(CZipReader& reader, std::size_t index, const SPlannedEntry& entr
            folder.CloseFile();
 }
 
+bool UnpackAll(const CPackagePlan& plan, CZipReader& reader, Platform::CExtractFolder& folder) {
+    for (std::size_t i = 0; i < plan.Entries().size(); ++i) {
+        const SPlannedEntry& entry = plan.Entries()[i];
+        if (!(entry.isFolder ? folder.MakeFolder(entry.path) : UnpackFile(reader, i, entry, folder)))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 CUnZip::CUnZip(const char* pArchive, const char* pPassWord)
@@ -40,20 +51,17 @@ CUnZip::CUnZip(const char* pArchive, const char* pPassWord)
 CUnZip::~CUnZip() = default;
 
 bool CUnZip::Uncompress(const char* pFolder) {
-    CZipInput input;
-    CZipDirectory directory;
-    CPackagePlan plan;
-    CZipReader reader(input, m_strPassWord);
-    Platform::CExtractFolder folder;
-    if (!input.Open(m_strArchive.c_str()) || !directory.Read(input, MAX_ENTRIES, MAX_DIRECTORY_SIZE) ||
-        !plan.Make(directory) || !reader.Open(directory) || !folder.Create(pFolder))
+    try {
+        CFileAccess input(m_strArchive);
+        const CZipDirectory directory(input, {MAX_ENTRIES, MAX_DIRECTORY_SIZE, false});
+        CPackagePlan plan;
+        CZipReader reader(input, m_strPassWord);
+        Platform::CExtractFolder folder;
+        return plan.Make(directory) && reader.Open(directory) && folder.Create(pFolder) &&
+               UnpackAll(plan, reader, folder);
+    } catch (const CSourceError&) {
         return false;
-    for (std::size_t i = 0; i < plan.Entries().size(); ++i) {
-        const SPlannedEntry& entry = plan.Entries()[i];
-        if (!(entry.isFolder ? folder.MakeFolder(entry.path) : UnpackFile(reader, i, entry, folder)))
-            return false;
     }
-    return true;
 }
 
 } // namespace NSTQ::NSTQCore

@@ -1,5 +1,7 @@
 #include "providers/zip/CZipDirectory.h"
 
+#include "providers/common/CSourceError.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -27,8 +29,13 @@ constexpr std::uint32_t elsewhere32 = 0xFFFFFFFF;
 /// Patches to another archive, the older strong encryption and a directory with hidden fields.
 constexpr std::uint16_t unsupportedFlags = 0x0020 | 0x0040 | 0x2000;
 
-std::string ToText(std::span<const unsigned char> bytes) {
-    return {bytes.begin(), bytes.end()};
+std::string_view ToText(std::span<const unsigned char> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+void Require(bool isTrue, const char* otherwise) {
+    if (!isTrue)
+        throw CSourceError(otherwise);
 }
 
 } // namespace
@@ -41,47 +48,57 @@ struct CZipDirectory::SEnd {
     std::uint64_t directoryPosition = 0;
 };
 
-/// Only the last record that could be the end is tried: a second one inside its comment would make a second
-/// directory.
-bool CZipDirectory::FindEnd(const CZipInput& input, SEnd& end) {
-    const std::uint64_t tailSize = std::min<std::uint64_t>(input.Size(), endSize + maxCommentSize);
-    std::vector<unsigned char> tail(static_cast<std::size_t>(tailSize));
-    if (tail.size() < endSize || !input.ReadAt(input.Size() - tailSize, tail))
-        return false;
-    const std::string_view text(reinterpret_cast<const char*>(tail.data()), tail.size());
-    const std::size_t at = text.rfind(endSignatureBytes, tail.size() - endSize);
-    if (at == std::string_view::npos)
-        return false;
-    CByteReader reader(std::span<const unsigned char>(tail).subspan(at + endSignatureBytes.size()));
-    const auto disk = reader.Take<std::uint16_t>();
-    const auto directoryDisk = reader.Take<std::uint16_t>();
-    const auto diskCount = reader.Take<std::uint16_t>();
-    end.count = reader.Take<std::uint16_t>();
-    end.size = reader.Take<std::uint32_t>();
-    end.directoryPosition = reader.Take<std::uint32_t>();
-    const auto commentSize = reader.Take<std::uint16_t>();
-    end.position = input.Size() - tail.size() + at;
-    const auto isFirstDisk = [](std::uint16_t number) { return number == 0 || number == elsewhere16; };
-    return commentSize == reader.Left() && isFirstDisk(disk) && isFirstDisk(directoryDisk) && diskCount == end.count;
+/// Without a tail only the last record that could be the end is tried: a second one inside its comment would make a
+/// second directory.
+CZipDirectory::SEnd CZipDirectory::FindEnd(IRandomAccess& input, bool isTailAllowed) {
+    constexpr const char* isNone = "not a zip package, or its end is missing";
+    std::vector<unsigned char> tail(
+        static_cast<std::size_t>(std::min<std::uint64_t>(input.Size(), endSize + maxCommentSize)));
+    Require(tail.size() >= endSize, isNone);
+    input.ReadAt(input.Size() - tail.size(), tail);
+    const std::string_view text = ToText(tail);
+    std::size_t at = text.rfind(endSignatureBytes, tail.size() - endSize);
+    for (; at != std::string_view::npos;
+         at = at == 0 ? std::string_view::npos : text.rfind(endSignatureBytes, at - 1)) {
+        CByteReader reader(std::span<const unsigned char>(tail).subspan(at + endSignatureBytes.size()));
+        const auto disk = reader.Take<std::uint16_t>();
+        const auto directoryDisk = reader.Take<std::uint16_t>();
+        const auto diskCount = reader.Take<std::uint16_t>();
+        SEnd end;
+        end.count = reader.Take<std::uint16_t>();
+        end.size = reader.Take<std::uint32_t>();
+        end.directoryPosition = reader.Take<std::uint32_t>();
+        const auto commentSize = reader.Take<std::uint16_t>();
+        end.position = input.Size() - tail.size() + at;
+        const auto isFirstDisk = [](std::uint16_t number) { return number == 0 || number == elsewhere16; };
+        if (commentSize == reader.Left() || (isTailAllowed && commentSize < reader.Left())) {
+            Require(isFirstDisk(disk) && isFirstDisk(directoryDisk) && diskCount == end.count,
+                    "the zip package is a part of a split one");
+            return end;
+        }
+        Require(isTailAllowed, isNone);
+    }
+    throw CSourceError(isNone);
 }
 
 /// Takes the 64-bit numbers, when there are any, in place of those that the end record could not hold.
-bool CZipDirectory::ReadEnd64(const CZipInput& input, SEnd& end) {
-    unsigned char locator[locator64Size];
+void CZipDirectory::ReadEnd64(IRandomAccess& input, SEnd& end) {
+    constexpr const char* isDamaged = "the zip64 directory is missing or damaged";
+    unsigned char locator[locator64Size] = {};
     const bool isNeeded = end.count == elsewhere16 || end.size == elsewhere32 || end.directoryPosition == elsewhere32;
-    if (end.position < locator64Size)
-        return !isNeeded;
-    if (!input.ReadAt(end.position - locator64Size, locator))
-        return false;
+    if (end.position >= locator64Size)
+        input.ReadAt(end.position - locator64Size, locator);
     CByteReader reader{locator};
-    if (reader.Take<std::uint32_t>() != locator64Signature)
-        return !isNeeded;
+    if (reader.Take<std::uint32_t>() != locator64Signature) {
+        Require(!isNeeded, isDamaged);
+        return;
+    }
     const auto disk = reader.Take<std::uint32_t>();
     const auto position = reader.Take<std::uint64_t>();
     const auto disks = reader.Take<std::uint32_t>();
+    Require(disk == 0 && disks <= 1 && position <= end.position - locator64Size, isDamaged);
     unsigned char record[end64Size];
-    if (disk != 0 || disks > 1 || position > end.position - locator64Size || !input.ReadAt(position, record))
-        return false;
+    input.ReadAt(position, record);
     CByteReader fields{record};
     const bool isRecord = fields.Take<std::uint32_t>() == end64Signature;
     const auto recordSize = fields.Take<std::uint64_t>();
@@ -93,44 +110,40 @@ bool CZipDirectory::ReadEnd64(const CZipInput& input, SEnd& end) {
     const auto fits = [](std::uint64_t narrow, std::uint64_t mark, std::uint64_t value) {
         return narrow == mark || narrow == value;
     };
-    if (!isRecord || recordSize < end64Size - 12 || diskNumbers != 0 || diskCount != wide.count ||
-        !fits(end.count, elsewhere16, wide.count) || !fits(end.size, elsewhere32, wide.size) ||
-        !fits(end.directoryPosition, elsewhere32, wide.directoryPosition))
-        return false;
+    Require(isRecord && recordSize >= end64Size - 12 && diskNumbers == 0 && diskCount == wide.count &&
+                fits(end.count, elsewhere16, wide.count) && fits(end.size, elsewhere32, wide.size) &&
+                fits(end.directoryPosition, elsewhere32, wide.directoryPosition),
+            isDamaged);
     end = wide;
-    return true;
 }
 
-bool CZipDirectory::ReadSizes64(std::span<const unsigned char> extra, SZipEntry& entry) {
+void CZipDirectory::ReadSizes64(std::span<const unsigned char> extra, SZipEntry& entry) {
     constexpr std::uint16_t sizes64 = 0x0001;
     std::uint64_t* const fields[] = {&entry.size, &entry.packedSize, &entry.headerPosition};
     const auto isElsewhere = [](const std::uint64_t* field) { return *field == elsewhere32; };
     if (std::none_of(std::begin(fields), std::end(fields), isElsewhere))
-        return true;
+        return;
     CByteReader reader(extra);
-    while (reader.Left() != 0) {
-        const auto type = reader.Take<std::uint16_t>();
-        CByteReader content(reader.TakeBytes(reader.Take<std::uint16_t>()));
-        if (!reader.IsGood())
-            return false;
-        if (type != sizes64)
-            continue;
-        for (std::uint64_t* field : fields)
-            if (isElsewhere(field))
-                *field = content.Take<std::uint64_t>();
-        return content.IsGood();
-    }
-    return false;
+    std::uint16_t type = 0;
+    CByteReader content({});
+    do {
+        type = reader.Take<std::uint16_t>();
+        content = CByteReader(reader.TakeBytes(reader.Take<std::uint16_t>()));
+    } while (reader.IsGood() && type != sizes64);
+    for (std::uint64_t* field : fields)
+        if (isElsewhere(field))
+            *field = content.Take<std::uint64_t>();
+    Require(reader.IsGood() && content.IsGood(), "the zip directory has a damaged zip64 field");
 }
 
-bool CZipDirectory::TakeEntry(CByteReader& reader) {
+void CZipDirectory::TakeEntry(CByteReader& reader) {
     SZipEntry entry{};
-    if (reader.Take<std::uint32_t>() != entrySignature)
-        return false;
+    const bool isEntry = reader.Take<std::uint32_t>() == entrySignature;
     reader.Skip(4);
     entry.flags = reader.Take<std::uint16_t>();
     entry.method = reader.Take<std::uint16_t>();
-    reader.Skip(8);
+    reader.Skip(4);
+    entry.crc = reader.Take<std::uint32_t>();
     entry.packedSize = reader.Take<std::uint32_t>();
     entry.size = reader.Take<std::uint32_t>();
     const auto nameSize = reader.Take<std::uint16_t>();
@@ -143,18 +156,16 @@ bool CZipDirectory::TakeEntry(CByteReader& reader) {
     entry.name = ToText(reader.TakeBytes(nameSize));
     const auto extra = reader.TakeBytes(extraSize);
     reader.Skip(commentSize);
-    if (!reader.IsGood() || (disk != 0 && disk != elsewhere16) || (entry.flags & unsupportedFlags) != 0 ||
-        !ReadSizes64(extra, entry))
-        return false;
+    Require(isEntry && reader.IsGood() && (disk == 0 || disk == elsewhere16) && (entry.flags & unsupportedFlags) == 0,
+            "the zip directory is damaged");
+    ReadSizes64(extra, entry);
     m_vecEntries.push_back(std::move(entry));
-    return true;
 }
 
-/// Checks an entry's own header against the directory and gives where its data begin.
-bool CZipDirectory::ReadHeader(const CZipInput& input, const SZipEntry& entry, std::uint64_t& dataPosition) {
-    unsigned char header[headerSize];
-    if (!input.ReadAt(entry.headerPosition, header))
-        return false;
+/// Checks an entry's own header against the directory and finds where its data begin.
+void CZipDirectory::ReadHeader(IRandomAccess& input, SZipEntry& entry) {
+    std::vector<unsigned char> header(headerSize + entry.name.size());
+    input.ReadAt(entry.headerPosition, header);
     CByteReader reader{header};
     const bool isHeader = reader.Take<std::uint32_t>() == headerSignature;
     reader.Skip(2);
@@ -163,48 +174,46 @@ bool CZipDirectory::ReadHeader(const CZipInput& input, const SZipEntry& entry, s
     reader.Skip(16);
     const auto nameSize = reader.Take<std::uint16_t>();
     const auto extraSize = reader.Take<std::uint16_t>();
-    if (!isHeader || method != entry.method || ((flags ^ entry.flags) & SZipEntry::FLAG_ENCRYPTED) != 0 ||
-        nameSize != entry.name.size())
-        return false;
-    std::vector<unsigned char> name(nameSize);
-    dataPosition = entry.headerPosition + headerSize + nameSize + extraSize;
-    return input.ReadAt(entry.headerPosition + headerSize, name) && ToText(name) == entry.name;
+    Require(isHeader && method == entry.method && ((flags ^ entry.flags) & SZipEntry::FLAG_ENCRYPTED) == 0 &&
+                nameSize == entry.name.size() && ToText(reader.TakeBytes(nameSize)) == entry.name,
+            "the zip directory has an entry without its header");
+    entry.dataPosition = entry.headerPosition + header.size() + extraSize;
 }
 
 /// The headers and data of all entries must lie beside each other, before the directory.
-bool CZipDirectory::CheckHeaders(const CZipInput& input, std::uint64_t directoryPosition) const {
-    std::vector<const SZipEntry*> order;
+void CZipDirectory::CheckHeaders(IRandomAccess& input, std::uint64_t directoryPosition) {
+    std::vector<SZipEntry*> order;
     order.reserve(m_vecEntries.size());
-    for (const SZipEntry& entry : m_vecEntries)
+    for (SZipEntry& entry : m_vecEntries)
         order.push_back(&entry);
     std::sort(order.begin(), order.end(),
               [](const auto* left, const auto* right) { return left->headerPosition < right->headerPosition; });
     std::uint64_t free = 0;
-    for (const SZipEntry* entry : order) {
-        std::uint64_t dataPosition = 0;
-        if (entry->headerPosition < free || !ReadHeader(input, *entry, dataPosition) ||
-            dataPosition > directoryPosition || entry->packedSize > directoryPosition - dataPosition)
-            return false;
-        free = dataPosition + entry->packedSize;
+    for (SZipEntry* entry : order) {
+        Require(entry->headerPosition >= free, "the zip directory has entries that share bytes");
+        ReadHeader(input, *entry);
+        Require(entry->dataPosition <= directoryPosition &&
+                    entry->packedSize <= directoryPosition - entry->dataPosition,
+                "the zip directory has an entry that lies outside the file");
+        free = entry->dataPosition + entry->packedSize;
     }
-    return true;
 }
 
-bool CZipDirectory::Read(const CZipInput& input, std::size_t maxEntries, std::size_t maxSize) {
-    SEnd end;
-    if (!FindEnd(input, end) || !ReadEnd64(input, end) || end.count > maxEntries || end.size > maxSize ||
-        end.directoryPosition > end.position || end.size > end.position - end.directoryPosition ||
-        end.count > end.size / entrySize)
-        return false;
+CZipDirectory::CZipDirectory(IRandomAccess& input, const SZipCaps& caps) {
+    SEnd end = FindEnd(input, caps.isTailAllowed);
+    ReadEnd64(input, end);
+    Require(end.directoryPosition <= end.position && end.size <= end.position - end.directoryPosition,
+            "the zip directory lies outside the file");
+    Require(end.count <= caps.maxEntries && end.size <= caps.maxSize && end.count <= end.size / entrySize,
+            "the zip directory claims too many entries");
     std::vector<unsigned char> bytes(static_cast<std::size_t>(end.size));
-    if (!input.ReadAt(end.directoryPosition, bytes))
-        return false;
+    input.ReadAt(end.directoryPosition, bytes);
     CByteReader reader{bytes};
     m_vecEntries.reserve(static_cast<std::size_t>(end.count));
     for (std::uint64_t i = 0; i < end.count; ++i)
-        if (!TakeEntry(reader))
-            return false;
-    return reader.Left() == 0 && CheckHeaders(input, end.directoryPosition);
+        TakeEntry(reader);
+    Require(reader.Left() == 0, "the zip directory is damaged");
+    CheckHeaders(input, end.directoryPosition);
 }
 
 } // namespace NSTQ::Providers

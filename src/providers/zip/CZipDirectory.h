@@ -1,10 +1,11 @@
-// The directory of a zip archive, read strictly: an archive that two programs could understand differently is
-// refused. Takes archives with and without 64-bit sizes; the whole archive must be one file that begins with the
-// archive and ends with it.
+// The directory of a zip archive, read strictly: an archive that two programs could understand differently, or that
+// is made to unfold without end, is refused. The directory alone counts: sizes and places are taken from it, checked
+// once and never believed again from elsewhere. Takes archives with and without 64-bit sizes; the whole archive must
+// be one file that begins with the archive.
 #pragma once
 
 #include "providers/common/CByteReader.h"
-#include "providers/zip/CZipInput.h"
+#include "providers/common/IRandomAccess.h"
 
 #include <string>
 #include <vector>
@@ -17,11 +18,13 @@ struct SZipEntry {
     std::string name;
     std::uint16_t flags;
     std::uint16_t method;
+    std::uint32_t crc;
     /// The low half are DOS attributes, the high half is a Unix mode or 0.
     std::uint32_t attributes;
-    std::uint64_t size;
+    std::uint64_t size; ///< only a claim
     std::uint64_t packedSize;
     std::uint64_t headerPosition;
+    std::uint64_t dataPosition;
 
     static constexpr std::uint16_t FLAG_ENCRYPTED = 0x0001;
     static constexpr std::uint16_t FLAG_UTF8 = 0x0800;
@@ -30,25 +33,34 @@ struct SZipEntry {
     bool IsNameUtf8() const { return (flags & FLAG_UTF8) != 0; }
 };
 
+/// What a reader of archives takes.
+struct SZipCaps {
+    std::size_t maxEntries;
+    std::size_t maxSize; ///< of the directory, in bytes
+    bool isTailAllowed;  ///< bytes may follow the archive
+};
+
 class CZipDirectory {
 public:
-    /// Reads and checks the directory and the header of every entry. Returns false for a damaged or cut archive, one
-    /// with more than `maxEntries` entries or a directory of more than `maxSize` bytes, one in parts or with a hidden
-    /// directory, and one whose entries overlap or disagree with their headers. Call it once.
-    bool Read(const CZipInput& input, std::size_t maxEntries, std::size_t maxSize);
+    /// Reads and checks the directory and the header of every entry. Throws CSourceError for a damaged or cut
+    /// archive, one beyond the caps, one in parts or with a hidden directory, and one whose entries overlap or
+    /// disagree with their headers.
+    CZipDirectory(IRandomAccess& input, const SZipCaps& caps);
 
     /// In the directory's order.
     const std::vector<SZipEntry>& Entries() const { return m_vecEntries; }
+    /// The same, for the caller to keep; nothing is left.
+    std::vector<SZipEntry> TakeEntries() { return std::move(m_vecEntries); }
 
 private:
     struct SEnd;
 
-    static bool FindEnd(const CZipInput& input, SEnd& end);
-    static bool ReadEnd64(const CZipInput& input, SEnd& end);
-    static bool ReadSizes64(std::span<const unsigned char> extra, SZipEntry& entry);
-    static bool ReadHeader(const CZipInput& input, const SZipEntry& entry, std::uint64_t& dataPosition);
-    bool TakeEntry(CByteReader& reader);
-    bool CheckHeaders(const CZipInput& input, std::uint64_t directoryPosition) const;
+    static SEnd FindEnd(IRandomAccess& input, bool isTailAllowed);
+    static void ReadEnd64(IRandomAccess& input, SEnd& end);
+    static void ReadSizes64(std::span<const unsigned char> extra, SZipEntry& entry);
+    static void ReadHeader(IRandomAccess& input, SZipEntry& entry);
+    void TakeEntry(CByteReader& reader);
+    void CheckHeaders(IRandomAccess& input, std::uint64_t directoryPosition);
 
     std::vector<SZipEntry> m_vecEntries;
 };

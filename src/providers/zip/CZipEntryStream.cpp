@@ -9,22 +9,21 @@ namespace NSTQ::Providers {
 
 namespace {
 
-constexpr std::uint16_t encryptedFlag = 1;
 constexpr std::uint16_t storedMethod = 0;
 constexpr std::uint16_t deflatedMethod = 8;
 
 } // namespace
 
-CZipEntryStream::CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SArchiveEntry& entry,
-                                 std::uint64_t start, const SInflateLimits& limits)
-    : m_pInput(std::move(input)), m_strName(entry.strName), m_limits(limits), m_offset(start),
-      m_left(entry.compressedSize), m_size(entry.size), m_wantedCrc(entry.crc),
+CZipEntryStream::CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SZipEntry& entry,
+                                 const SInflateLimits& limits)
+    : m_pInput(std::move(input)), m_strName(entry.name), m_limits(limits), m_offset(entry.dataPosition),
+      m_left(entry.packedSize), m_size(entry.size), m_wantedCrc(entry.crc),
       m_isDeflated(entry.method == deflatedMethod) {
-    if ((entry.flags & encryptedFlag) != 0)
+    if (entry.IsEncrypted())
         Fail("it is encrypted");
     if (entry.method != storedMethod && entry.method != deflatedMethod)
         Fail("its compression method is unknown: " + std::to_string(entry.method));
-    if (!m_isDeflated && entry.compressedSize != entry.size)
+    if (!m_isDeflated && entry.packedSize != entry.size)
         Fail("it is stored and yet has two sizes");
     if (entry.size > m_limits.maxSize)
         Fail("it is larger than allowed: " + std::to_string(entry.size) + " bytes");

@@ -9,10 +9,8 @@ namespace NSTQ::Providers {
 
 class CZipEntryStream : public IByteStream {
 public:
-    /// `start` is where the entry's bytes begin. Throws CSourceError for an encrypted entry, an unknown method and a
-    /// claimed size beyond the limits.
-    CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SArchiveEntry& entry, std::uint64_t start,
-                    const SInflateLimits& limits);
+    /// Throws CSourceError for an encrypted entry, an unknown method and a claimed size beyond the limits.
+    CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SZipEntry& entry, const SInflateLimits& limits);
     CZipEntryStream(const CZipEntryStream&) = delete;
     CZipEntryStream& operator=(const CZipEntryStream&) = delete;
     ~CZipEntryStream() override;

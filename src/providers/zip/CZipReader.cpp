@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <utility>
 
 namespace NSTQ::Providers {
 
-CZipReader::CZipReader(const CZipInput& input, std::string password)
+CZipReader::CZipReader(IRandomAccess& input, std::string password)
     : m_oInput(input), m_strPassWord(std::move(password)) {
     zip_error_init(&m_oError);
 }
@@ -18,10 +19,12 @@ CZipReader::~CZipReader() {
     zip_error_fini(&m_oError);
 }
 
-zip_int64_t CZipReader::ServeRead(std::span<unsigned char> bytes) {
+zip_int64_t CZipReader::ServeRead(std::span<unsigned char> bytes) noexcept {
     const std::uint64_t left = m_oInput.Size() - m_uPosition;
     const auto wanted = bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left)));
-    if (!m_oInput.ReadAt(m_uPosition, wanted)) {
+    try {
+        m_oInput.ReadAt(m_uPosition, wanted);
+    } catch (const std::exception&) {
         zip_error_set(&m_oError, ZIP_ER_READ, EIO);
         return -1;
     }

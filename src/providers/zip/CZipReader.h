@@ -2,7 +2,6 @@
 #pragma once
 
 #include "providers/zip/CZipDirectory.h"
-#include "providers/zip/CZipInput.h"
 
 #include <zip.h>
 
@@ -16,7 +15,7 @@ namespace NSTQ::Providers {
 class CZipReader {
 public:
     /// Reads through `input`, which stays open and in use for as long as this lives. An empty password means none.
-    CZipReader(const CZipInput& input, std::string password);
+    CZipReader(IRandomAccess& input, std::string password);
     CZipReader(const CZipReader&) = delete;
     CZipReader& operator=(const CZipReader&) = delete;
     ~CZipReader();
@@ -41,12 +40,12 @@ private:
     };
 
     static zip_int64_t Serve(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) noexcept;
-    zip_int64_t ServeRead(std::span<unsigned char> bytes);
+    zip_int64_t ServeRead(std::span<unsigned char> bytes) noexcept;
     bool BeginEntry(std::size_t index, zip_flags_t flags);
     bool Authenticate(std::size_t index);
     bool CanRead(const SZipEntry& entry, std::size_t index) const;
 
-    const CZipInput& m_oInput;
+    IRandomAccess& m_oInput;
     std::string m_strPassWord;
     std::uint64_t m_uPosition = 0;
     zip_error_t m_oError;
