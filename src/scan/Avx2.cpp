@@ -8,16 +8,20 @@
 namespace NSTQ::Scan {
 namespace {
 
-/// By the bits of eight bytes that are dropped: the numbers of the others, in order.
+/// By the bits of eight bytes that are dropped: the numbers of the others, in order, for the lower and for the upper
+/// half of sixteen bytes.
 struct SSqueezes {
-    unsigned char rows[256][8];
+    unsigned char lower[256][8];
+    unsigned char upper[256][8];
 };
 constexpr SSqueezes squeezes = [] {
     SSqueezes all{};
     for (unsigned drop = 0; drop < 256; ++drop)
         for (unsigned bit = 0, at = 0; bit < 8; ++bit)
-            if ((drop >> bit & 1) == 0)
-                all.rows[drop][at++] = static_cast<unsigned char>(bit);
+            if ((drop >> bit & 1) == 0) {
+                all.lower[drop][at] = static_cast<unsigned char>(bit);
+                all.upper[drop][at++] = static_cast<unsigned char>(bit + 8);
+            }
     return all;
 }();
 
@@ -83,14 +87,18 @@ public:
             _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);
         return static_cast<Mask>(_mm_cvtsi128_si64(product));
     }
-    /// Eight bytes at a time, each group shuffled together by a row of the table.
+    /// Sixteen bytes at a time, each half shuffled together by a row of the table.
     [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask mask, char* to) {
-        for (unsigned group = 0; group < 64; group += 8) {
-            const unsigned drop = dropped >> group & 0xFF;
-            const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + group));
-            const __m128i order = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(squeezes.rows[drop]));
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, order));
-            to += 8 - Count(drop);
+        for (unsigned group = 0; group < 64; group += 16) {
+            const unsigned drop = dropped >> group & 0xFFFF;
+            const __m128i lower = Half(squeezes.lower[drop & 0xFF]);
+            const __m128i upper = Half(squeezes.upper[drop >> 8]);
+            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + group));
+            const __m128i squeezed = _mm_shuffle_epi8(bytes, _mm_unpacklo_epi64(lower, upper));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(to), squeezed);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(to + 8 - Count(drop & 0xFF)),
+                             _mm_unpackhi_epi64(squeezed, squeezed));
+            to += 16 - Count(drop);
         }
         return _pext_u64(mask, ~dropped);
     }
@@ -101,6 +109,9 @@ public:
     }
 
 private:
+    [[gnu::always_inline]] static __m128i Half(const unsigned char* bytes) {
+        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+    }
     [[gnu::always_inline]] CBlock(__m256i low, __m256i high) : m_low(low), m_high(high) {}
 
     [[gnu::always_inline]] static __m256i Structure(__m256i bytes, Bytes separator) {

@@ -31,8 +31,8 @@ public:
         const std::ptrdiff_t last = (within < room ? within : room) - 2 * BLOCK;
         if (last < 0)
             return;
-        const unsigned char* const lastBlock = text.pNext + last;
-        while (m_pBlock <= lastBlock && CollectBlock(text)) {
+        m_pLastBlock = text.pNext + last;
+        while (m_pBlock <= m_pLastBlock && CollectBlock(text)) {
         }
         // The next byte tells what a closing quote is: it is handed back.
         text.pNext = m_pBlock - m_afterClosing;
@@ -85,7 +85,24 @@ private:
         m_inQuotes = 0 - (inside >> 63);
         m_afterClosing = closing >> 63;
         m_pBlock += BLOCK;
+        if (isBare && (separators | characters.leads) == 0)
+            CollectRun();
         return true;
+    }
+
+    /// Goes on over blocks of nothing but bare ASCII and spaces.
+    [[gnu::always_inline]] void CollectRun() {
+        for (; m_pBlock <= m_pLastBlock; m_pBlock += BLOCK) {
+            const TBlock block = TBlock::Load(m_pBlock);
+            if (block.HasStructure(m_separator) || block.FindHigh() != 0)
+                return;
+            const Mask spaces = block.FindSpaces();
+            if (spaces == 0)
+                block.Store(m_pOut);
+            else
+                TBlock::CopyWithout(m_pBlock, spaces, 0, m_pOut);
+            m_pOut += BLOCK - static_cast<std::ptrdiff_t>(Count(spaces));
+        }
     }
 
     struct SCharacters {
@@ -181,6 +198,7 @@ private:
 
     const typename TBlock::Bytes m_separator;
     const unsigned char* m_pBlock;
+    const unsigned char* m_pLastBlock = nullptr;
     char* m_pOut;
     char* m_pField;
     DWORD m_dwFields = 0;
