@@ -20,10 +20,10 @@ bench:
 	scripts/install_packages build bench
 	cmake --preset release -DTQC_BUILD_BENCH=ON -DTQC_BENCH_SIZE=$${SIZE:-256000000}
 	cmake --build --preset release --parallel $(JOBS) --target bench_files
-	cmake --build --preset release --parallel $(JOBS) --target run_benchmarks
 	cmake --build --preset release --parallel $(JOBS) --target bench_xls
 	cmake --build --preset release --parallel $(JOBS) --target bench_xlsx
 	cmake --build --preset release --parallel $(JOBS) --target run_access_benchmark
+	cmake --build --preset release --parallel $(JOBS) --target run_benchmarks
 
 check:
 	scripts/install_packages build check docs
