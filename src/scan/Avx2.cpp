@@ -1,4 +1,5 @@
 // Two registers of 32 bytes. Compiled for processors with AVX2, BMI2 and carry-less multiplication.
+#include "scan/CBmiBits.h"
 #include "scan/FieldBatches.h"
 #include "scan/KernelOf.h"
 #include "scan/Kernels.h"
@@ -25,7 +26,7 @@ constexpr SSqueezes squeezes = [] {
     return all;
 }();
 
-class CBlock {
+class CBlock : public CBmiBits {
 public:
     using Bytes = __m256i;
     static constexpr std::ptrdiff_t SIZE = BLOCK;
@@ -71,21 +72,6 @@ public:
     [[gnu::always_inline]] CBlock Without(Bytes byte) const {
         return {_mm256_andnot_si256(_mm256_cmpeq_epi8(m_low, byte), m_low),
                 _mm256_andnot_si256(_mm256_cmpeq_epi8(m_high, byte), m_high)};
-    }
-    /// The number of the lowest bit; 64 when there is none.
-    [[gnu::always_inline]] static unsigned First(Mask mask) { return static_cast<unsigned>(_tzcnt_u64(mask)); }
-    /// The upper ten bits of a character of three bytes in UTF-8.
-    [[gnu::always_inline]] static unsigned GetUpperBits(const unsigned char* from) {
-        std::uint32_t bytes = 0;
-        __builtin_memcpy(&bytes, from, sizeof bytes);
-        return _pext_u32(__builtin_bswap32(bytes), 0x0F3F0000);
-    }
-    /// Of the bits below number `bit`.
-    [[gnu::always_inline]] static unsigned CountBelow(Mask mask, unsigned bit) { return Count(_bzhi_u64(mask, bit)); }
-    [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
-        const __m128i product =
-            _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);
-        return static_cast<Mask>(_mm_cvtsi128_si64(product));
     }
     /// Sixteen bytes at a time, each half shuffled together by a row of the table.
     [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask mask, char* to) {

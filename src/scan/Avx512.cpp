@@ -1,5 +1,6 @@
 // One register of 64 bytes, whose comparisons give masks and which squeezes bytes out by itself. Compiled for
 // processors with AVX-512 VBMI2.
+#include "scan/CBmiBits.h"
 #include "scan/KernelOf.h"
 #include "scan/Kernels.h"
 
@@ -18,7 +19,7 @@ constexpr SNumbers numbers = [] {
     return all;
 }();
 
-class CBlock {
+class CBlock : public CBmiBits {
 public:
     using Bytes = __m512i;
     static constexpr std::ptrdiff_t SIZE = BLOCK;
@@ -50,21 +51,6 @@ public:
     /// With NULs in place of `byte`.
     [[gnu::always_inline]] CBlock Without(Bytes byte) const {
         return CBlock(_mm512_maskz_mov_epi8(_mm512_cmpneq_epi8_mask(m_bytes, byte), m_bytes));
-    }
-    /// The number of the lowest bit; 64 when there is none.
-    [[gnu::always_inline]] static unsigned First(Mask mask) { return static_cast<unsigned>(_tzcnt_u64(mask)); }
-    /// The upper ten bits of a character of three bytes in UTF-8.
-    [[gnu::always_inline]] static unsigned GetUpperBits(const unsigned char* from) {
-        std::uint32_t bytes = 0;
-        __builtin_memcpy(&bytes, from, sizeof bytes);
-        return _pext_u32(__builtin_bswap32(bytes), 0x0F3F0000);
-    }
-    /// Of the bits below number `bit`.
-    [[gnu::always_inline]] static unsigned CountBelow(Mask mask, unsigned bit) { return Count(_bzhi_u64(mask, bit)); }
-    [[gnu::always_inline]] static Mask PrefixXor(Mask mask) {
-        const __m128i product =
-            _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(mask)), _mm_set1_epi8('\xFF'), 0);
-        return static_cast<Mask>(_mm_cvtsi128_si64(product));
     }
     [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask stops, char* to) {
         const __m512i bytes = _mm512_maskz_loadu_epi8(~stops, from);

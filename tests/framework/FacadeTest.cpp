@@ -36,14 +36,21 @@ TEST(Facade, EachTypeGetsItsReaderAndTheLineEnd) {
         const char* content;
         char pre, post;
         std::vector<Row> rows;
+        std::vector<WORD> widths = {};
     } cases[] = {
         {"commas.csv", "a,b\tc\r\nd\r\n", '\r', '\n', {{"a", "b c"}, {"d"}, {}}},
         {"tabs.txt", "a,b\tc\r\nd\r\n", '\r', '\n', {{"a,b", "c"}, {"d"}, {}}},
         {"lines.csv", "a,b\tc\nd\n", '\n', '\0', {{"a", "b c"}, {"d"}, {}}},
+        {"columns.txt", "ab1cd2", '\n', '\0', {{"ab", "1"}, {"cd", "2"}}, {2, 1}},
     };
     for (const auto& c : cases) {
         CSourceDataInfo info;
-        ASSERT_TRUE(info.SetCommonInfo(folder.WriteFile(c.name, c.content).c_str(), SCDeclareConstant::SFT_UNKNOWN));
+        const auto type = c.widths.empty() ? SCDeclareConstant::SFT_UNKNOWN : SCDeclareConstant::SFT_FIX;
+        ASSERT_TRUE(info.SetCommonInfo(folder.WriteFile(c.name, c.content).c_str(), type));
+        if (type == SCDeclareConstant::SFT_FIX) {
+            ASSERT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_FIX_FILE);
+            ASSERT_TRUE(info.SetFixColLen(c.widths));
+        }
         info.SetDelimiter(c.pre, c.post);
         CDataAccess access(4, 100, 100, &info);
         ASSERT_TRUE(access.FileOpen()) << c.name;
