@@ -21,8 +21,8 @@ struct CCodePageTables {
     /// By byte: 0 when it is no lead byte, else 1 more than its row in m_pairs. Null for a page of single bytes only.
     const unsigned char* m_rows;
     const char16_t* m_pairs;
-    /// By the upper ten bits of a UTF-16 unit: where its block of 64 begins in m_blocks. Null for UTF-8, like the other
-    /// tables.
+    /// By the upper ten bits of a UTF-16 unit: where its block of 64 begins in m_blocks. Null for UTF-8, like the
+    /// other tables.
     const unsigned short* m_blockStarts;
     /// The bytes of a character, the first one in the upper half; 0 when it has none, below 0x100 for a single byte.
     const unsigned short* m_blocks;
