@@ -1,7 +1,6 @@
 // The cells of a sheet whose rows are out of order, put in order. Such a sheet cannot be streamed and is held in
 // memory, packed: a number or shared text takes 16 bytes, another text four more and its own, and each run of cells
-// of one row 12. Two and a half million cells fit, such as 65536 full rows of 39 columns; beyond that the sheet is
-// refused.
+// of one row 12. Two million cells fit, such as 65536 full rows of 31 columns; beyond that the sheet is refused.
 #pragma once
 
 #include "providers/workbook/ICellSource.h"
@@ -14,7 +13,7 @@ namespace NSTQ::Providers {
 class CSortedCells : public ICellSource {
 public:
     /// The most bytes that are held.
-    static constexpr std::size_t maxSize = 5U << 23;
+    static constexpr std::size_t maxSize = 1U << 25;
 
     /// Takes all cells of `cells`. Throws CSourceError, with DB_E_DATAOVERFLOW when they take more than `maxSize`.
     explicit CSortedCells(ICellSource& cells);
