@@ -127,8 +127,7 @@ std::vector<SHostileCase> XlsxCases() {
         cases.push_back({title, [=] { return MakeBook(spoil); }, outcome});
     };
     add(
-        "as many long texts out of order as fit", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(8); },
-        "8 rows");
+        "as many long texts out of order as fit", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(8); }, "8 rows");
     add(
         "more of them", [](SXlsxParts& p) { p.strRows += LongRowsBackwards(9); }, "beyond a limit: ");
     add(
