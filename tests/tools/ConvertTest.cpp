@@ -148,6 +148,10 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"a.xlsx --sheet It's~a.b!c", "", rows},
         {"a.xlsx --header --sheet \xE6\x97\xA5\xE6\x9C\xAC~\xE8\xAA\x9E", "", "F1,F2\r\n" + rows},
         {"a.xlsx --sheet 3 --skip 1", "", "2.5,\r\n"},
+#if defined(TQC_WITH_ACCESS)
+        {TQC_SAMPLES "/stock.accdb --sheet 2", "", "A-12,0\r\nB-02,-1\r\n"},
+        {TQC_SAMPLES "/stock.accdb --sheet 4", "", "", "no table \"4\"; tables: Parts, Places, Running low", 3},
+#endif
         {"a.xlsx --code-page 932 --limit 1", "", "1,\x95\x5C\r\n"},
         {"a.xlsx --max-fields 1", "", "1\r\n2.5\r\n", "row 1: more than 1 fields", 1},
         {"preview a.xlsx", "", "1 | \xE8\xA1\xA8\n2.5 | \n"},
