@@ -6,10 +6,11 @@
 // TAB becomes a space, other control bytes vanish, and trailing spaces go, except those that a TAB became or that
 // stand before one. All texts of a row stand in one line buffer; reading allocates nothing for a row or a cell.
 //
-// Failures: FileOpen and FileClose report them as false; GetErrorRet then gives the HRESULT, and GetErrorCode is
-// always 0. HasNextLineData, GetLineData and GetFieldsName raise Platform::_com_error, and so do the constructor and
-// the listing. A host that reads such sources has to be ready for it, also through CDataAccess. No row is passed
-// over: after a failed GetLineData the next call fails in the same way as long as the cause is there.
+// Failures: FileOpen and FileClose report them as false; after FileOpen GetErrorRet gives the HRESULT and
+// GetErrorDescription the reason in words, and GetErrorCode is always 0. HasNextLineData, GetLineData and
+// GetFieldsName raise Platform::_com_error, and so do the constructor and the listing. A host that reads such sources
+// has to be ready for it, also through CDataAccess. No row is passed over: after a failed GetLineData the next call
+// fails in the same way as long as the cause is there.
 //
 // Limits, where they are not those of IDataAccess:
 //   columns  a sheet or table with more than dwMaxFieldCnt columns is refused: FileOpen gives false and GetErrorRet
@@ -60,7 +61,7 @@ public:
     /// stay. Moves nothing; overwrites the row that was handed out before. 0 columns before FileOpen.
     bool GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD& dwCount);
 
-    /// This reader does not move: always false. GetErrorRet is 0 afterwards.
+    /// This reader does not move: always false. GetErrorRet is 0 and GetErrorDescription empty afterwards.
     bool MoveFileBegin() override;
     bool MoveFileEnd() override;
     /// Always false; the parameters are not written.
@@ -70,11 +71,19 @@ public:
     DWORD GetErrorCode() override;
     /// The HRESULT of the last open that FileOpen made; 0 when it succeeded.
     LONG GetErrorRet();
+    /// Why the last FileOpen failed, as the provider says it: what is wrong and where, such as "book.xlsx:
+    /// xl/worksheets/sheet1.xml: ...". Text in the ANSI code page, never null; empty when FileOpen succeeded, when
+    /// the description had no string for it, and when memory ran out. The reader owns it; it stays valid until the
+    /// next FileOpen, MoveFileBegin, MoveFileEnd or GetSpecificLineData, or the reader's end.
+    const char* GetErrorDescription();
 
     /// Rows read in thousandths of all rows; 0 when there are none.
     int GetReadPosition() override;
     /// The number of rows; 0 before FileOpen.
     DWORD GetMaxRowNum();
+    /// The number of columns; 0 before FileOpen. It needs no buffer, so it is there even for a sheet whose names or
+    /// rows do not fit one.
+    DWORD GetFieldCnt();
 
     /// Lists the sheets and tables of a source: `dwCount` is their number, `dwSize` the bytes of all their names with
     /// one NUL after each. Always true; every failure raises _com_error. Both are untouched when the source cannot be

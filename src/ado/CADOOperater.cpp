@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace NSTQ::NSTQCore {
 
@@ -15,13 +16,14 @@ namespace {
 
 constexpr DWORD maxSize = 0xFFFF;
 
-/// Runs an open and gives its HRESULT.
+/// Runs an open and gives its HRESULT; keeps its failure.
 template <class TOpen>
-HRESULT GetResult(TOpen open) {
+HRESULT GetResult(std::optional<_com_error>& failure, TOpen open) {
     try {
         open();
         return S_OK;
     } catch (const _com_error& error) {
+        failure = error;
         return error.Error();
     }
 }
@@ -102,6 +104,7 @@ struct CADOOperater::SAdo {
     CComPtr<_Connection> pConnection = CreateAdoObject<_Connection>(SCDataAccessDefine::ADODB_CONNECTION);
     CComPtr<_Recordset> pRecordset = CreateAdoObject<_Recordset>(SCDataAccessDefine::ADODB_RECORDSET);
     CVariant converted;
+    std::optional<_com_error> failure; ///< of the last FileOpen; its description is what the host sees
 
     SAdo() { pRecordset->PutCursorLocation(adUseClient); }
 };
@@ -131,6 +134,9 @@ bool CADOOperater::FileOpen(const CSourceDataInfo* pInfo) {
     InitialErrorRet();
     try {
         return pInfo != nullptr && _OpenConnection(*pInfo) && _OpenRecordset(*pInfo);
+    } catch (const _com_error& error) {
+        m_pAdo->failure = error;
+        return false;
     } catch (...) {
         return false;
     }
@@ -141,7 +147,7 @@ bool CADOOperater::_OpenConnection(const CSourceDataInfo& info) {
     if (!info.GetConnectString(pConnectString))
         return false;
     _Connection& connection = Require(m_pAdo->pConnection.Get());
-    m_hrErrorRet = GetResult([&] { OpenConnection(connection, pConnectString); });
+    m_hrErrorRet = GetResult(m_pAdo->failure, [&] { OpenConnection(connection, pConnectString); });
     return !Failed(m_hrErrorRet);
 }
 
@@ -157,8 +163,8 @@ bool CADOOperater::_OpenRecordset(const CSourceDataInfo& info) {
     connection.vt = VT_DISPATCH;
     connection.pdispVal = m_pAdo->pConnection.Get();
     _Recordset& recordset = *m_pAdo->pRecordset.Get();
-    m_hrErrorRet =
-        GetResult([&] { recordset.Open(source, connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
+    m_hrErrorRet = GetResult(
+        m_pAdo->failure, [&] { recordset.Open(source, connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
     if (Failed(m_hrErrorRet))
         return false;
 
@@ -169,7 +175,8 @@ bool CADOOperater::_OpenRecordset(const CSourceDataInfo& info) {
     if (columns < 0 || static_cast<DWORD>(columns) > m_dwMaxFieldCnt) {
         m_hrErrorRet = DB_E_DATAOVERFLOW;
         recordset.Close();
-        return false;
+        throw _com_error(m_hrErrorRet, std::to_string(columns) + " columns, more than the " +
+                                           std::to_string(m_dwMaxFieldCnt) + " that fields were to be kept for");
     }
     m_dwFieldCnt = static_cast<DWORD>(columns);
     return true;
@@ -260,6 +267,10 @@ LONG CADOOperater::GetErrorRet() {
     return m_hrErrorRet;
 }
 
+const char* CADOOperater::GetErrorDescription() {
+    return m_pAdo->failure ? m_pAdo->failure->Description() : "";
+}
+
 int CADOOperater::GetReadPosition() {
     constexpr std::uint64_t thousandths = 1000;
     return m_dwMaxRowNum == 0 ? 0 : static_cast<int>(m_dwReadRowCnt * thousandths / m_dwMaxRowNum);
@@ -269,12 +280,17 @@ DWORD CADOOperater::GetMaxRowNum() {
     return m_dwMaxRowNum;
 }
 
+DWORD CADOOperater::GetFieldCnt() {
+    return m_dwFieldCnt;
+}
+
 void CADOOperater::InitialErrorCode() {
     m_dwErrorCode = 0;
 }
 
 void CADOOperater::InitialErrorRet() {
     m_hrErrorRet = S_OK;
+    m_pAdo->failure.reset();
 }
 
 } // namespace NSTQ::NSTQCore
