@@ -15,7 +15,9 @@
 
 namespace NSTQ::Tests {
 
-/// Blanks divide a line into its words; '~' is a blank inside one.
+const std::string MARK = "\xEF\xBB\xBF"; ///< of UTF-8
+
+/// Blanks divide a line into its words; '~' is a blank inside one, and "" an empty one.
 struct SCase {
     std::string line;    ///< the arguments; "<NAME" at the end stands for standard input
     std::string content; ///< what the first file named in the line is to hold, unless it is there already
@@ -46,14 +48,14 @@ protected:
     static std::vector<std::string> Words(const std::string& line) {
         std::vector<std::string> words;
         std::istringstream stream(line);
-        for (std::string word; stream >> word; words.push_back(word))
+        for (std::string word; stream >> word; words.push_back(word == "\"\"" ? "" : word))
             std::replace(word.begin(), word.end(), '~', ' ');
         return words;
     }
     SResult Run(const std::string& line, CProgram::SSetting setting = {}) const {
         auto words = Words(line);
         const std::string input =
-            !words.empty() && words.back()[0] == '<' ? m_folder.Path(words.back().substr(1)) : "";
+            !words.empty() && words.back().starts_with('<') ? m_folder.Path(words.back().substr(1)) : "";
         if (!input.empty())
             words.pop_back();
         setting.folder = m_folder.Path();

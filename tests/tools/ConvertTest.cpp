@@ -13,7 +13,6 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::string MARK = "\xEF\xBB\xBF";
 const std::string UTF8 = "\xE8\xA1\xA8,\"a b\",1\r\n"; // 表, whose second byte in Shift_JIS is a backslash
 const std::string SJIS = "\x95\x5C,\"a b\",1\r\n";
 const std::string UTF8_OUT = "\xE8\xA1\xA8,a b,1\r\n";
@@ -139,17 +138,21 @@ TEST_F(Convert, WorkbooksListAndConvert) {
     SXlsxParts parts;
     parts.strRows =
         "<row><c><v>1</v></c><c t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>2.5</v></c></row>";
-    parts.sheetNames = {"It's a.b!c", "\xE6\x97\xA5\xE6\x9C\xAC \xE8\xAA\x9E", "2"};
+    parts.sheetNames = {"It's a.b!c", "Gr\xC3\x96 \xCE\xA3 \xD0\x81 \xEF\xBC\xB1", "2", "ab", "aB"}; // GrÖ Σ Ё Ｑ
     m_folder.WriteFile("a.xlsx", parts.File());
     const std::string rows = "1,\xE8\xA1\xA8\r\n2.5,\r\n";
     const SCase cases[] = {
-        {"list a.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t2\t2\n" + parts.sheetNames[1] + "\t2\t2\n2\t2\t2\n"},
+        {"list a.xlsx", "",
+         "name\trows\tcolumns\nIt's a.b!c\t2\t2\n" + parts.sheetNames[1] + "\t2\t2\n2\t2\t2\nab\t2\t2\naB\t2\t2\n"},
         {"a.xlsx", "", rows},
         {"a.xlsx --sheet It's~a.b!c", "", rows},
-        {"a.xlsx --header --sheet \xE6\x97\xA5\xE6\x9C\xAC~\xE8\xAA\x9E", "", "F1,F2\r\n" + rows},
+        {"a.xlsx --header --sheet gR\xC3\xB6~\xCF\x82~\xD1\x91~\xEF\xBD\x91", "", rows},
+        {"a.xlsx --header --skip 1 --sheet aB", "", "1,\xE8\xA1\xA8\r\n"},
+        {"a.xlsx --sheet Ab", "", "", "several sheets are called \"Ab\" without regard to case: ab, aB", 3},
+        {"a.xlsx --sheet \"\"", "", "", "a name, or a number from 1", 2},
         {"a.xlsx --sheet 3 --skip 1", "", "2.5,\r\n"},
 #if defined(TQC_WITH_ACCESS)
-        {TQC_SAMPLES "/stock.accdb --sheet 2", "", "A-12,0\r\nB-02,-1\r\n"},
+        {TQC_SAMPLES "/stock.accdb --header --sheet PLACES --skip 1", "", "Place,Locked\r\nB-02,-1\r\n"},
         {TQC_SAMPLES "/stock.accdb --sheet 4", "", "", "no table \"4\"; tables: Parts, Places, Running low", 3},
 #endif
         {"a.xlsx --code-page 932 --limit 1", "", "1,\x95\x5C\r\n"},
@@ -159,17 +162,28 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"list a.csv", "a,b\n", "", "list is for workbooks and databases", 2},
         {"a.csv --sheet 1", "a,b\n", "", "--sheet is for workbooks and databases", 2},
         {"b.xlsx", "no workbook", "", "b.xlsx: ", 5},
-        {"damaged.xlsx", "", "", "its sheet \"It's a.b!c\" cannot be opened", 5},
-        {"long.xlsx --header", "", "", "long.xlsx: its sheet \"Sheet1\" cannot be opened: a row is too long", 6},
-        {"list damaged.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t\t\n",
-         "its sheet \"It's a.b!c\" cannot be opened", 5},
+        {"damaged.xlsx", "", "",
+         "its sheet \"It's a.b!c\" cannot be opened: xl/worksheets/sheet1.xml: it has a DOCTYPE\n", 5},
+        {"long.xlsx --header", "", "", "long.xlsx: its sheet \"Sheet1\" cannot be opened: row 1 holds more than", 6},
+        {"list damaged.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t\t\n", "it has a DOCTYPE\n", 5},
+        {"list partly.xlsx", "", "name\trows\tcolumns\nA\t2\t2\nB\t\t\n",
+         "not a worksheet but a styleSheet; the others are listed", 5},
+        {"list wide.xlsx", "", "name\trows\tcolumns\nSheet1\t1\t16384\n"},
+        {"wide.xlsx", "", "x" + std::string(16'383, ',') + "x\r\n"},
     };
+    parts.strWorkbookPart = "<workbook xmlns:r='" + std::string(officeNamespace) +
+                            "'><sheets><sheet name='A' r:id='s'/><sheet name='B' r:id='t'/></sheets></workbook>";
+    parts.strSheetMode = "/>" + parts.Relationship("t", "worksheet", "styles.xml") + "<Relationship Id='u'";
+    m_folder.WriteFile("partly.xlsx", parts.File());
+    parts.strWorkbookPart.clear();
     parts.sheetNames.resize(1);
-    parts.strRows += "<row></oops>";
+    parts.strSheetPart = "<!DOCTYPE a>";
     m_folder.WriteFile("damaged.xlsx", parts.File());
-    SXlsxParts tooLong;
-    tooLong.strRows = "<row>" + Repeat("<c t='str'><v>" + Repeat("x", 1'000'000) + "</v></c>", 5) + "</row>";
-    m_folder.WriteFile("long.xlsx", tooLong.File());
+    SXlsxParts other;
+    other.strRows = "<row>" + Repeat("<c t='str'><v>" + Repeat("x", 1'000'000) + "</v></c>", 5) + "</row>";
+    m_folder.WriteFile("long.xlsx", other.File());
+    other.strRows = "<row><c r='A1' t='str'><v>x</v></c><c r='XFD1' t='str'><v>x</v></c></row>";
+    m_folder.WriteFile("wide.xlsx", other.File());
     Check(cases);
 }
 

@@ -51,7 +51,10 @@ bool CRowPump::WriteNames(const std::vector<std::string>& names) {
 }
 
 bool CRowPump::WriteFirstRowAsNames() {
-    const EOutcome outcome = m_rows.HasNextLineData() ? ReadRow() : RO_END;
+    EOutcome outcome = RO_END;
+    do
+        outcome = m_rows.HasNextLineData() ? ReadRow() : RO_END;
+    while (outcome == RO_EOF_MARK && !NoteMark());
     if (outcome == RO_END)
         return true;
     if (outcome == RO_TOO_LONG)
@@ -127,8 +130,7 @@ bool CRowPump::TakeRow(EOutcome outcome) {
                      m_options.dwMaxLineSize < LIMIT_MAX ? "; try a greater --max-line-size"
                                                          : ", the most there can be");
         else if (outcome == RO_EOF_MARK)
-            AddNote(isEmptyMark ? "an end-of-file mark (1A) stands before it; dropped"
-                                : "ended by an end-of-file mark (1A); what follows is the next row");
+            NoteMark();
         goOn = outcome == RO_TOO_LONG || isEmptyMark || WriteRow();
         if (!m_strFaults.empty() && m_options.eOnError == SOptions::OE_SKIP)
             RejectRow();
@@ -140,9 +142,15 @@ bool CRowPump::TakeRow(EOutcome outcome) {
     return goOn;
 }
 
+/// Whether an end-of-file mark ended a row; otherwise it stands before one.
+bool CRowPump::NoteMark() {
+    const bool isRow = m_dwCount > 0;
+    AddNote(isRow ? "ended by an end-of-file mark (1A); what follows is the next row"
+                  : "an end-of-file mark (1A) stands before it; dropped");
+    return isRow;
+}
+
 bool CRowPump::WriteRow() {
-    if (const SRowFault* fault = m_reader.GetFault())
-        AddFault(fault->eStatus, fault->what, fault->done, fault->hint);
     const char** const fields = m_ppFields;
     const WORD* const lengths = m_pLengths;
     PrepareRow();
@@ -159,6 +167,8 @@ bool CRowPump::WriteRow() {
 
 /// Makes of the fields what is to be written.
 void CRowPump::PrepareRow() {
+    if (const SRowFault* fault = m_reader.GetFault())
+        AddFault(fault->eStatus, fault->what, fault->done, fault->hint);
     m_dwWriteCount = std::min(m_dwCount, m_options.dwMaxFields);
     if (m_dwCount > m_dwWriteCount)
         AddFault(ES_LIMIT, "more than " + std::to_string(m_dwWriteCount) + " fields", "the others cut off",

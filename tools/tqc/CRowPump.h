@@ -43,7 +43,7 @@ public:
     /// Writes the names of the columns, in the ANSI code page, unless an earlier input has brought them. False as
     /// from Run.
     bool WriteNames(const std::vector<std::string>& names);
-    /// The same with the first row of text; the next row is then the first for what the options skip.
+    /// The same with the first row; the next row is then the first for what the options skip.
     bool WriteFirstRowAsNames();
     /// Runs to the end of the source, the wanted number of rows or the end of a pipe; false for the last. Throws
     /// CFailure.
@@ -62,6 +62,7 @@ private:
     bool GetLineData();
     void SkipRestOfRow();
     bool TakeRow(EOutcome outcome);
+    bool NoteMark();
     void PrepareRow();
     bool WriteRow();
     void RejectRow();

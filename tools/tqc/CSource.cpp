@@ -5,6 +5,7 @@
 #include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
 #include "SCErrorText.h"
+#include "SCNameMatch.h"
 #include "SCPassWord.h"
 #include "SCPathText.h"
 #include "SCSignals.h"
@@ -36,6 +37,13 @@ bool FillFrom(int descriptor, std::string& text) {
     }
     text.resize(size);
     return true;
+}
+
+std::string Join(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names)
+        list += (list.empty() ? "" : ", ") + name;
+    return list;
 }
 
 } // namespace
@@ -115,6 +123,10 @@ void CSource::FindType() {
 
 bool CSource::IsDatabase() const {
     return m_eType >= SCDeclareConstant::SFT_XLS && m_eType <= SCDeclareConstant::SFT_ACCDB;
+}
+
+bool CSource::NamesItsColumns() const {
+    return m_eType == SCDeclareConstant::SFT_MDB || m_eType == SCDeclareConstant::SFT_ACCDB;
 }
 
 bool CSource::IsDelimited() const {
@@ -208,57 +220,76 @@ std::vector<std::string> CSource::TableNames() const {
     std::vector<char*> listed;
     m_info.GetSchemaName(listed);
     std::vector<std::string> names(listed.begin(), listed.end());
-    if (m_eType == SCDeclareConstant::SFT_XLS || m_eType == SCDeclareConstant::SFT_XLSX)
+    if (!NamesItsColumns())
         for (std::string& name : names)
             for (std::size_t at = name.find("''"); at != std::string::npos; at = name.find("''", at + 1))
                 name.erase(at, 1);
     return names;
 }
 
-/// Chooses the sheet or table that the options name, by its name or else by its number, and tells its name.
-std::string CSource::SelectTable() {
+/// The place of the sheet or table that the options name, by its name or else by its number; none when there is no
+/// such one. Throws CFailure when several could be meant.
+std::optional<std::size_t> CSource::FindTable(const std::vector<std::string>& names) const {
     const std::string& wanted = m_options.strSheet;
-    const std::vector<std::string> names = TableNames();
-    auto found = std::find(names.begin(), names.end(), wanted);
-    if (found == names.end() && wanted.empty())
-        found = names.begin();
+    if (wanted.empty())
+        return names.empty() ? std::nullopt : std::optional<std::size_t>(0);
+    const std::vector<std::size_t> found = SCNameMatch::Find(names, wanted);
+    if (found.size() > 1) {
+        std::vector<std::string> meant;
+        for (const std::size_t at : found)
+            meant.push_back(names[at]);
+        throw CFailure(ES_NOT_FOUND, m_options.strFile,
+                       "several " + std::string(TableKind()) + "s are called \"" + wanted +
+                           "\" without regard to case: " + Join(meant) + "; give the name as it is written");
+    }
+    if (!found.empty())
+        return found[0];
     std::size_t number = 0;
     const char* const end = wanted.data() + wanted.size();
-    if (found == names.end() && std::from_chars(wanted.data(), end, number).ptr == end && number > 0 &&
-        number <= names.size())
-        found = names.begin() + static_cast<std::ptrdiff_t>(number - 1);
-    if (found != names.end() && m_info.SetSelectSchemaIndx(static_cast<DWORD>(found - names.begin())))
-        return *found;
-    std::string there;
-    for (const std::string& name : names)
-        there += (there.empty() ? "" : ", ") + name;
+    const bool isNumber = std::from_chars(wanted.data(), end, number).ptr == end;
+    return isNumber && number > 0 && number <= names.size() ? std::optional(number - 1) : std::nullopt;
+}
+
+/// Chooses the sheet or table that the options name, and tells its name.
+std::string CSource::SelectTable(const std::vector<std::string>& names) {
+    const auto found = FindTable(names);
+    if (found && m_info.SetSelectSchemaIndx(static_cast<DWORD>(*found)))
+        return names[*found];
     const std::string kind = TableKind();
-    throw CFailure(
-        ES_NOT_FOUND, m_options.strFile,
-        (wanted.empty() ? "no " + kind + " in it" : "no " + kind + " \"" + wanted + "\"; " + kind + "s: " + there) +
-            " (see: tqc list " + m_options.strFile + ")");
+    throw CFailure(ES_NOT_FOUND, m_options.strFile,
+                   (names.empty() ? "no " + kind + " in it"
+                                  : "no " + kind + " \"" + m_options.strSheet + "\"; " + kind + "s: " + Join(names)) +
+                       " (see: tqc list " + m_options.strFile + ")");
 }
 
 std::unique_ptr<CTableReader> CSource::OpenTable() {
-    const std::string table = SelectTable();
+    const std::vector<std::string> names = TableNames();
+    const std::string table = SelectTable(names);
     // As many columns as any sheet has; the program cuts them itself and says so.
     constexpr DWORD columnsMax = 16384;
     auto reader =
         std::make_unique<CTableReader>(std::max(columnsMax, m_options.dwMaxFields) + 1, LIMIT_MAX, LIMIT_MAX);
     if (!reader->FileOpen(&m_info))
-        throw DescribeUnopened(table, reader->GetErrorRet(), "; see the others with: tqc list " + m_options.strFile);
-    const char** fields = nullptr;
-    const WORD* lengths = nullptr;
-    DWORD count = 0;
-    reader->GetFieldsName(fields, lengths, count);
-    // The lengths of names count the NUL.
-    for (DWORD i = 0; i < count; ++i)
-        m_vecColumns.emplace_back(fields[i], lengths[i] - 1U);
+        throw DescribeUnopened(Look(table, *reader),
+                               names.size() > 1 ? "; see the others with: tqc list " + m_options.strFile : "");
+    // Those of a wide sheet, which nobody asks for, need not fit a row.
+    if (m_options.bHeader && NamesItsColumns())
+        TakeColumnNames(*reader);
     return reader;
 }
 
+void CSource::TakeColumnNames(CTableReader& reader) {
+    const char** fields = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    reader.GetFieldsName(fields, lengths, count);
+    // The lengths of names count the NUL.
+    for (DWORD i = 0; i < count; ++i)
+        m_vecColumns.emplace_back(fields[i], lengths[i] - 1U);
+}
+
 const char* CSource::TableKind() const {
-    return m_eType == SCDeclareConstant::SFT_XLS || m_eType == SCDeclareConstant::SFT_XLSX ? "sheet" : "table";
+    return NamesItsColumns() ? "table" : "sheet";
 }
 
 void CSource::CheckDatabase() const {
@@ -281,23 +312,28 @@ std::vector<CSource::STable> CSource::ListTables() {
     for (std::size_t i = 0; i < names.size(); ++i) {
         m_info.SetSelectSchemaIndx(static_cast<DWORD>(i));
         CTableReader reader(LIMIT_MAX, LIMIT_MAX, LIMIT_MAX);
-        const char** fields = nullptr;
-        const WORD* lengths = nullptr;
-        DWORD columns = 0;
         const bool isOpen = reader.FileOpen(&m_info);
-        tables.push_back({names[i], reader.GetErrorRet(), std::nullopt});
-        if (isOpen && reader.GetFieldsName(fields, lengths, columns))
-            tables.back().size = {reader.GetMaxRowNum(), columns};
+        tables.push_back(Look(names[i], reader));
+        if (isOpen)
+            tables.back().size = {reader.GetMaxRowNum(), reader.GetFieldCnt()};
     }
     return tables;
 }
 
-CFailure CSource::DescribeUnopened(const std::string& table, Platform::HRESULT error, const std::string& hint) const {
-    const bool isTooLarge = error == Platform::DB_E_DATAOVERFLOW;
-    const std::string cause = isTooLarge ? "a row is too long, or too many rows are out of order"
-                                         : "it is damaged or holds what cannot be read";
+/// A sheet or table, and why it is not open if it is not.
+CSource::STable CSource::Look(const std::string& table, CTableReader& reader) {
+    return {table, reader.GetErrorRet(), reader.GetErrorDescription(), std::nullopt};
+}
+
+CFailure CSource::DescribeUnopened(const STable& table, const std::string& hint) const {
+    // No reason at all is given only where there is no room for one.
+    const bool isTooLarge = table.error == Platform::DB_E_DATAOVERFLOW || table.error == Platform::E_OUTOFMEMORY ||
+                            (table.error == Platform::S_OK && table.strReason.empty());
+    std::string reason = table.strReason.empty() ? "not enough memory" : table.strReason;
+    if (const std::string prefix = m_options.strPath + ": "; reason.starts_with(prefix))
+        reason.erase(0, prefix.size());
     return {isTooLarge ? ES_LIMIT : ES_UNSUPPORTED, m_options.strFile,
-            std::string("its ") + TableKind() + " \"" + table + "\" cannot be opened: " + cause + hint};
+            std::string("its ") + TableKind() + " \"" + table.strName + "\" cannot be opened: " + reason + hint};
 }
 
 /// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.

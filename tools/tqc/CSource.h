@@ -42,16 +42,18 @@ public:
             DWORD dwColumns;
         };
         Platform::HRESULT error;   ///< why it cannot be opened
+        std::string strReason;     ///< the same in the provider's words
         std::optional<SSize> size; ///< none when it cannot be opened
     };
     /// All of them. Throws CFailure.
     std::vector<STable> ListTables();
     /// The failure of a sheet or table that cannot be opened.
-    CFailure DescribeUnopened(const std::string& table, Platform::HRESULT error,
-                              const std::string& hint = "; the others are above") const;
+    CFailure DescribeUnopened(const STable& table, const std::string& hint) const;
     /// Their names alone; nobody is asked for a password. Throws CFailure.
     std::vector<std::string> ListNames();
-    /// The names of the columns of the sheet or table that OpenReader has opened; empty for other sources.
+    /// Whether the columns have names apart from the rows, as those of databases have.
+    bool NamesItsColumns() const;
+    /// These names, of the table that OpenReader has opened, when the options ask for them.
     const std::vector<std::string>& ColumnNames() const { return m_vecColumns; }
 
     /// Unpacks a package, so that what follows tells of the data file in it, unless that needs a password which
@@ -101,8 +103,11 @@ private:
     [[noreturn]] void ExplainListing() const;
     bool IsLocked() const;
     std::vector<std::string> TableNames() const;
-    std::string SelectTable();
+    std::optional<std::size_t> FindTable(const std::vector<std::string>& names) const;
+    std::string SelectTable(const std::vector<std::string>& names);
     std::unique_ptr<CTableReader> OpenTable();
+    void TakeColumnNames(CTableReader& reader);
+    static STable Look(const std::string& table, CTableReader& reader);
     std::unique_ptr<ISourceReader> OpenDelimited();
     std::unique_ptr<ISourceReader> OpenFixedLength();
     void OpenFile(NSTQCore::VCTextFileOperater& reader);

@@ -181,12 +181,14 @@ private:
             });
         Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
-        m_app
-            .add_option("--sheet", m_options.strSheet,
-                        "the sheet or table: its name, or its number from 1 (the first)")
-            ->type_name("NAME|N");
+        Add("--sheet", "NAME|N", "the sheet or table: its name, or its number from 1 (default: the first)",
+            [this](const char* name, const auto& value) {
+                if (value.empty())
+                    Refuse(name, value, "a name, or a number from 1");
+                m_options.strSheet = value;
+            });
         m_app.add_flag("--header", m_options.bHeader,
-                       "write the names of the columns first; of text the first row is names");
+                       "write the column names first: the first row, or those of a database's table");
         m_app.add_option("--password-file", m_options.strPassWordFile, "the password is the first line of FILE")
             ->type_name("FILE");
         Add("--password-fd", "N", "the password is the first line read from descriptor N",

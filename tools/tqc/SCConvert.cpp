@@ -67,7 +67,7 @@ private:
         CRowPump pump(options, *reader, source.OutputCodePage(), {*m_output, m_pRejects, m_columns}, reporter);
         bool goOn = true;
         if (options.bHeader)
-            goOn = reader->CountsBytes() ? pump.WriteFirstRowAsNames() : pump.WriteNames(source.ColumnNames());
+            goOn = source.NamesItsColumns() ? pump.WriteNames(source.ColumnNames()) : pump.WriteFirstRowAsNames();
         goOn = goOn && pump.Run();
         reporter.Finish();
         m_bLostRows = m_bLostRows || reporter.HasLostRows();

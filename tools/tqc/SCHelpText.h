@@ -50,7 +50,7 @@ the command line.
 
 Examples:
   tqc convert sales.csv -o out.csv --on-error skip --rejects bad.csv
-  tqc convert q1.csv q2.csv --header -o year.csv         the first line of each is names, written once
+  tqc convert q1.csv q2.csv --header -o year.csv         the first row of each is its names, written once
   tqc convert web.csv --formula-guard -o for-excel.csv   '=1+2 instead of =1+2; the data change
   tqc convert - --type tsv <in.tsv >out.csv)";
 

@@ -2,13 +2,16 @@
 
 #include "CFailure.h"
 #include "CJsonWriter.h"
+#include "CReporter.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
 #include "SCTerminal.h"
 #include "SCTypeNames.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <optional>
 
 namespace NSTQ::Tool {
 namespace {
@@ -61,6 +64,21 @@ void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encode
         PutText(table.size ? std::to_string(table.size->dwRows) + '\t' + std::to_string(table.size->dwColumns) + '\n'
                            : "\t\n");
     }
+}
+
+/// Throws CFailure for the last one that could not be opened.
+void ReportUnopened(const CSource& source, const std::vector<CSource::STable>& tables) {
+    const bool isAnyOpen = std::ranges::any_of(tables, [](const auto& table) { return table.size.has_value(); });
+    std::optional<CFailure> last;
+    for (const CSource::STable& table : tables) {
+        if (table.size)
+            continue;
+        if (last)
+            CReporter::Print(last->what());
+        last = source.DescribeUnopened(table, isAnyOpen ? "; the others are listed" : "");
+    }
+    if (last)
+        throw *last;
 }
 
 void AddNumber(CJsonWriter& json, const char* key, std::optional<DWORD> number) {
@@ -158,9 +176,7 @@ void SCInfo::List(const SOptions& options) {
         PrintTables(tables, encoder);
     }
     // Only now, so that the damage of one does not hide the others.
-    for (const CSource::STable& table : tables)
-        if (!table.size)
-            throw source.DescribeUnopened(table.strName, table.error);
+    ReportUnopened(source, tables);
 }
 
 void SCInfo::Show(const SOptions& options) {

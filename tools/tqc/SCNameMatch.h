@@ -1,0 +1,19 @@
+// Names of sheets and tables as people type them.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+class SCNameMatch {
+public:
+    /// The places in `names` of the name that is `wanted`; when none is, of those that are equal to it without regard
+    /// to case. All are UTF-8. Case is that of Unicode's simple folding, for Latin (without its extensions B to E),
+    /// Greek, Cyrillic, Armenian and full-width letters.
+    static std::vector<std::size_t> Find(const std::vector<std::string>& names, std::string_view wanted);
+};
+
+} // namespace NSTQ::Tool
