@@ -12,9 +12,16 @@ add_test(NAME load_unload COMMAND load_unload $<TARGET_FILE:tqcAccess>)
 set(consumers ${CMAKE_CURRENT_BINARY_DIR}/consumers)
 add_test(NAME consumer_install
   COMMAND ${CMAKE_COMMAND} -E env --unset=DESTDIR sh -e -c
-    "rm -rf $1; for part in runtime development; do $0 --install $2 --prefix $1 --component $part; done"
+    "rm -rf $1; for part in runtime development tool; do $0 --install $2 --prefix $1 --component $part; done"
     ${CMAKE_COMMAND} ${consumers}/prefix ${PROJECT_BINARY_DIR})
 set_tests_properties(consumer_install PROPERTIES FIXTURES_SETUP installed_library)
+
+if(TARGET tqc)
+  set(installed_program ${consumers}/prefix/${CMAKE_INSTALL_BINDIR}/tqc)
+  add_test(NAME runpath COMMAND sh -e -c "$0 \"$@\"; $1 --version" ${PROJECT_SOURCE_DIR}/scripts/check_runpath
+    ${installed_program} $<TARGET_FILE:tqc> $<TARGET_FILE:tqcAccess> $<TARGET_FILE:load_unload>)
+  set_tests_properties(runpath PROPERTIES FIXTURES_REQUIRED installed_library)
+endif()
 
 # tqc_add_consumer(NAME option...): configures, builds and runs the project in tests/consumers with these options.
 function(tqc_add_consumer name)
