@@ -95,6 +95,7 @@ HRESULT AppendDate(CValueText& text, double date) {
     const double whole = std::trunc(date);
     const double fraction = std::fabs(date - whole);
     int day = static_cast<int>(whole);
+    const bool isTimeAlone = day == 0;
     int seconds = static_cast<int>(std::lround(fraction * secondsPerDay));
     if (seconds == secondsPerDay) {
         seconds = 0;
@@ -104,12 +105,13 @@ HRESULT AppendDate(CValueText& text, double date) {
         return E_INVALIDARG;
     const SMoment moment = TakeApart(day, seconds);
     const SUserLocale locale = GetUserLocale();
-    if (day != 0)
+    // What rounding makes midnight is a time nevertheless, and a time alone gets no date by it.
+    const bool hasDate = day != 0 && !isTimeAlone;
+    if (hasDate)
         AppendPicture(text, locale.dateFormat, dateLetters, moment);
-    if (day != 0 && fraction != 0)
+    if (hasDate && fraction != 0)
         text.Append(' ');
-    // What rounding makes midnight is a time nevertheless.
-    if (day == 0 || fraction != 0)
+    if (!hasDate || fraction != 0)
         AppendPicture(text, locale.timeFormat, timeLetters, moment);
     return S_OK;
 }

@@ -1,6 +1,7 @@
 #include "platform/UserLocale.h"
 #include "platform/automation/ValueText.h"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -48,9 +49,40 @@ void AppendExponentForm(CValueText& text, std::string_view digits, int exponent)
     AppendInteger(text, magnitude);
 }
 
+constexpr std::uint64_t PowerOf(std::uint64_t base, int exponent) {
+    return exponent == 0 ? 1 : base * PowerOf(base, exponent - 1);
+}
+
+/// Whether `value`, which is positive and finite, lies exactly between two texts of that many digits: then it has one
+/// digit more, a 5. Such a number has few binary digits, so nearly all others are told by their lowest bit alone.
+template <class TFloat>
+bool IsTie(TFloat value, int significant) {
+    constexpr int mantissaBits = std::numeric_limits<TFloat>::digits;
+    constexpr int maxFractionBits = 22; // 5 to a higher power leaves no room for 53 bits in 16 digits
+    int exponent = 0;
+    auto odd = static_cast<std::uint64_t>(std::ldexp(std::frexp(value, &exponent), mantissaBits));
+    const int zeros = std::countr_zero(odd);
+    odd >>= zeros;
+    exponent += zeros - mantissaBits; // value is odd * 2^exponent
+    if (exponent > 1 || exponent < -maxFractionBits)
+        return false;
+    const std::uint64_t first = PowerOf(10, significant);
+    if (exponent >= 0) {
+        // odd * 2^exponent as digits * 10^exponent
+        const std::uint64_t divisor = PowerOf(5, exponent);
+        const std::uint64_t digits = odd / divisor;
+        return odd % divisor == 0 && digits % 10 == 5 && digits >= first && digits < first * 10;
+    }
+    const std::uint64_t factor = PowerOf(5, -exponent);
+    return odd >= (first + factor - 1) / factor && odd <= (first * 10 - 1) / factor;
+}
+
 /// `value` is positive and finite. The digits are rounded first, so that 999999999999999.9 is 1E+15.
 template <class TFloat>
 void AppendRounded(CValueText& text, TFloat value, int significant) {
+    // to_chars rounds a tie to the even digit, the platform away from zero: as any number just above the tie.
+    if (IsTie(value, significant))
+        value = std::nextafter(value, std::numeric_limits<TFloat>::infinity());
     char scientific[32];
     const auto end =
         std::to_chars(scientific, std::end(scientific), value, std::chars_format::scientific, significant - 1).ptr;
