@@ -215,6 +215,7 @@ TEST(AccessValues, TextsGoThroughTheCodePages) {
         {EJet::Jet3, 1251, 65001, "\xCF\xF0\x88", "Пр€"},
         {EJet::Jet3, 1250, 65001, "\xB9\x81", "\u0105\u0081"},
         {EJet::Jet3, 874, 65001, "\xA1\xFF", "\u0E01\uFFFD"},
+        {EJet::Jet3, 10000, 65001, "\x8E", "é"},
         {EJet::Jet3, 1361, 65001, "ascii", "ascii"},
         {EJet::Jet3, 949, 65001, "\xC7\xD1", "한"},
         {EJet::Jet3, 1252, 932, "m\xFCller", "muller"}, // the closest that there is

@@ -1,11 +1,8 @@
 #include "providers/access/SCJetText.h"
 
-#include "platform/CodePage.h"
-#include "platform/codepage/SingleBytePages.h"
-#include "providers/common/CSourceError.h"
+#include "providers/common/CodePageText.h"
 #include "providers/common/LittleEndian.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -54,16 +51,6 @@ WCHAR* Decompress(WCHAR* to, const unsigned char* from, const unsigned char* end
     return to;
 }
 
-/// Puts the bytes to `to`; false when one of them is not ASCII. Without a branch, so that many are done at a time.
-bool PutAscii(WCHAR* to, std::span<const unsigned char> bytes) {
-    unsigned char all = 0;
-    for (const unsigned char byte : bytes) {
-        all = static_cast<unsigned char>(all | byte);
-        *to++ = byte;
-    }
-    return all < 0x80;
-}
-
 } // namespace
 
 void SCJetText::DecodeWide(std::span<const unsigned char> bytes, CBstr& text) {
@@ -78,19 +65,7 @@ void SCJetText::DecodeWide(std::span<const unsigned char> bytes, CBstr& text) {
 
 void SCJetText::DecodeNarrow(std::span<const unsigned char> bytes, unsigned codePage, CBstr& text) {
     WCHAR* const first = text.Resize(bytes.size());
-    if (PutAscii(first, bytes))
-        return;
-    if (const WCHAR* const upperHalf = FindUpperHalf(codePage)) {
-        std::ranges::transform(bytes, first,
-                               [=](unsigned char byte) { return byte < 0x80 ? byte : upperHalf[byte - 0x80]; });
-        return;
-    }
-    if (codePage == CP_ACP || !IsCodePageSupported(codePage))
-        throw CSourceError("its texts are in code page " + std::to_string(codePage) + ", which cannot be read");
-    const auto length = static_cast<int>(bytes.size());
-    const int units =
-        MultiByteToWideChar(codePage, 0, reinterpret_cast<const char*>(bytes.data()), length, first, length);
-    text.Resize(static_cast<std::size_t>(units));
+    text.Resize(DecodePageText(bytes, codePage, first));
 }
 
 } // namespace NSTQ::Providers

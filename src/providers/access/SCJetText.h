@@ -13,8 +13,7 @@ public:
     /// where a byte 00 turns to pairs of bytes and back. A byte too many at the end is dropped.
     static void DecodeWide(std::span<const unsigned char> bytes, Platform::CBstr& text);
 
-    /// A text of Jet 3, in `codePage`. Throws CSourceError for what is not ASCII in a page that this library has no
-    /// table of.
+    /// A text of Jet 3, in `codePage`, as DecodePageText reads it.
     static void DecodeNarrow(std::span<const unsigned char> bytes, unsigned codePage, Platform::CBstr& text);
 };
 

@@ -1,7 +1,7 @@
 #include "providers/xls/CTextReader.h"
 
-#include "platform/CodePage.h"
 #include "providers/common/CSourceError.h"
+#include "providers/common/CodePageText.h"
 
 #include <algorithm>
 #include <array>
@@ -87,10 +87,8 @@ void CTextReader::ReadAnsi(std::size_t count, std::u16string& text) {
     TakeBytes({reinterpret_cast<unsigned char*>(bytes.data()), count});
     const std::size_t begin = text.size();
     text.resize(begin + count);
-    // No page here makes more units of a text than it has bytes.
-    const int units = Platform::MultiByteToWideChar(m_form.codePage, 0, bytes.data(), static_cast<int>(count),
-                                                    text.data() + begin, static_cast<int>(count));
-    text.resize(begin + static_cast<std::size_t>(units));
+    const std::span ansi(reinterpret_cast<const unsigned char*>(bytes.data()), count);
+    text.resize(begin + DecodePageText(ansi, m_form.codePage, text.data() + begin));
 }
 
 void CTextReader::ReadUnits(std::size_t count, bool isWide, std::u16string& text) {

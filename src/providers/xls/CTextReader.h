@@ -11,7 +11,7 @@ namespace NSTQ::Providers {
 /// How a workbook writes its texts.
 struct STextForm {
     EBiff eVersion = EBiff::Biff8;
-    unsigned codePage = 0; ///< of texts before Excel 97; one that MultiByteToWideChar knows
+    unsigned codePage = 0; ///< of texts before Excel 97
 };
 
 class CTextReader {
@@ -31,7 +31,7 @@ public:
     /// Whether anything is left.
     bool HasMore();
     /// Appends a text of that many characters, the count of which has been read; goes behind its formats and phonetic
-    /// signs.
+    /// signs. Throws CSourceError also for what DecodePageText refuses.
     void ReadText(std::size_t count, std::u16string& text);
 
 private:

@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "providers/common/CSourceError.h"
+#include "providers/common/CodePageText.h"
 #include "providers/xls/CRecordCells.h"
 
 namespace NSTQ::Providers {
@@ -10,6 +11,16 @@ namespace {
 
 constexpr std::uint16_t sheetStream = 0x0010;
 constexpr unsigned westernPage = 1252;
+constexpr unsigned romanPage = 10000;
+/// The numbers of these two in files of early versions.
+constexpr unsigned oldWesternPage = 0x8001;
+constexpr unsigned oldRomanPage = 0x8000;
+
+/// The code page of texts of a workbook that names none.
+unsigned DefaultPage() {
+    const unsigned ansi = Platform::GetAnsiCodePage();
+    return ansi == Platform::CP_UTF8 ? westernPage : ansi;
+}
 
 /// ASCII remains; the other characters of a format code say nothing about dates.
 std::string NarrowCode(std::u16string_view code) {
@@ -65,7 +76,7 @@ void CXlsBook::ReadBegin(CRecordReader& records) {
     // Programs that write sheets by hand often leave the version out.
     if (version != 0x0600 && version != 0x0500 && version != 0)
         throw CSourceError("a workbook of an unknown version");
-    m_form = {version == 0x0600 ? EBiff::Biff8 : EBiff::Biff5, Platform::CP_ACP};
+    m_form = {version == 0x0600 ? EBiff::Biff8 : EBiff::Biff5, DefaultPage()};
     if (ReadU16(body + 2) == sheetStream) {
         m_sheetNames.push_back(u"Sheet1");
         m_sheetPositions.push_back(0);
@@ -112,7 +123,19 @@ void CXlsBook::ReadRecord(CRecordReader& records, SGlobals& globals, const std::
 
 void CXlsBook::ReadCodePage(const CRecordReader& records) {
     const unsigned page = ReadU16(records.Require(2));
-    m_form.codePage = page != Platform::CP_ACP && Platform::IsCodePageSupported(page) ? page : westernPage;
+    switch (page) {
+    case Platform::CP_ACP:
+        m_form.codePage = DefaultPage();
+        break;
+    case oldRomanPage:
+        m_form.codePage = romanPage;
+        break;
+    case oldWesternPage:
+        m_form.codePage = westernPage;
+        break;
+    default:
+        m_form.codePage = page;
+    }
 }
 
 void CXlsBook::ReadSheet(CRecordReader& records, SGlobals& globals) {
@@ -137,7 +160,11 @@ void CXlsBook::ReadFormat(CRecordReader& records) {
     const std::uint32_t id = ReadU16(body);
     const std::size_t count = isBiff8 ? ReadU16(body + 2) : body[2];
     std::u16string code;
-    CTextReader(records, m_form, headerSize).ReadText(count, code);
+    STextForm form = m_form;
+    // What it says of dates is ASCII, which an unknown page takes nothing from.
+    if (!HasPageTable(form.codePage))
+        form.codePage = westernPage;
+    CTextReader(records, form, headerSize).ReadText(count, code);
     m_formats.AddCode(id, NarrowCode(code));
 }
 
