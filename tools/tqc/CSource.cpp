@@ -236,6 +236,7 @@ std::optional<std::size_t> CSource::FindTable(const std::vector<std::string>& na
     const std::vector<std::size_t> found = SCNameMatch::Find(names, wanted);
     if (found.size() > 1) {
         std::vector<std::string> meant;
+        meant.reserve(found.size());
         for (const std::size_t at : found)
             meant.push_back(names[at]);
         throw CFailure(ES_NOT_FOUND, m_options.strFile,
