@@ -27,21 +27,20 @@ protected:
 
 TEST_F(Convert, BetweenEncodings) {
     const SCase cases[] = {
-        {"a.csv --encoding shift_jis --output-encoding utf-8", SJIS, UTF8_OUT},
+        {"a.csv --encoding shift_jis", SJIS, UTF8_OUT},
         {"a.csv --output-encoding 932", MARK + UTF8, SJIS_OUT},
         {"a.csv --encoding utf-8 --output-encoding sjis", UTF8, SJIS_OUT},
-        {"a.csv --encoding 932", SJIS, SJIS_OUT},
-        {"a.csv --encoding 1252 --output-encoding utf-8", "\xE8,\xFF\n", "\xC3\xA8,\xC3\xBF\r\n"},
+        {"a.csv --encoding 932 --code-page 1252 --add-bom --output-encoding utf-8", SJIS, MARK + UTF8_OUT},
+        {"a.csv --encoding 1252", "\xE8,\xFF\n", "\xC3\xA8,\xC3\xBF\r\n"},
         {"a.csv --add-bom", "a\n", MARK + "a\r\n"},
         // Characters that the output has not, or in another form only, and bytes that are none in the source.
         {"a.csv --output-encoding 932", "a,\xC3\xA9\xE2\x82\xAC\nb\n", "a,e?\r\nb\r\n", "row 1: replaced", 1},
         {"a.csv --output-encoding 932", "\xC2\xA5\n", "\\\r\n", "row 1: replaced", 1},
-        {"a.csv --encoding 932 --output-encoding utf-8", "a,\x81\x20\xFFz\n", "a,\xE3\x83\xBB\xEF\xA3\xB3z\r\n",
-         "no character", 1},
+        {"a.csv --encoding 932", "a,\x81\x20\xFFz\n", "a,\xE3\x83\xBB\xEF\xA3\xB3z\r\n", "no character", 1},
         {"a.csv --output-encoding 932 --strict", "a\n\xE2\x82\xAC\n", "a\r\n", "row 2: characters", 5},
         // Another code of a character, and a character that stands in for undefined ones, are no loss.
-        {"a.csv --encoding 932 --output-encoding utf-8", "\x87\x90?,1\n", "\xE2\x89\x92?,1\r\n"},
-        {"a.csv --encoding 932 --output-encoding utf-8", "\x81\x45,1\n", "\xE3\x83\xBB,1\r\n"},
+        {"a.csv --encoding 932", "\x87\x90?,1\n", "\xE2\x89\x92?,1\r\n"},
+        {"a.csv --encoding 932", "\x81\x45,1\n", "\xE3\x83\xBB,1\r\n"},
         // A field that is too long in the output ends with a whole character.
         {"a.csv --encoding 1252 --output-encoding 932", std::string(40'001, '\xD7') + "\n",
          Repeat("\x81\x7E", 32'767) + "\r\n", "more than 65535 bytes", 1},

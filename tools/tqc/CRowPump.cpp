@@ -9,10 +9,9 @@
 
 namespace NSTQ::Tool {
 
-CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage,
-                   const SPumpTargets& targets, CReporter& reporter)
+CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter)
     : m_options(options), m_reader(reader), m_rows(reader.Rows()),
-      m_encoder(outputCodePage, options.bFormulaGuard ? CFormulaGuard::FIELD_LENGTH_MAX : LIMIT_MAX),
+      m_encoder(options.uOutputCodePage, options.bFormulaGuard ? CFormulaGuard::FIELD_LENGTH_MAX : LIMIT_MAX),
       m_targets(targets), m_reporter(reporter) {}
 
 bool CRowPump::Run() {

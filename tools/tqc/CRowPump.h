@@ -36,9 +36,8 @@ struct SPumpTargets {
 
 class CRowPump {
 public:
-    /// All must outlive the pump. `outputCodePage` is the encoding of the output.
-    CRowPump(const SOptions& options, ISourceReader& reader, unsigned outputCodePage, const SPumpTargets& targets,
-             CReporter& reporter);
+    /// All must outlive the pump.
+    CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter);
 
     /// Writes the names of the columns, in the ANSI code page, unless an earlier input has brought them. False as
     /// from Run.

@@ -73,10 +73,6 @@ void CSource::SettleCodePage() {
     Platform::SetAnsiCodePage(isUtf8 ? Platform::CP_UTF8 : m_options.uCodePage);
 }
 
-unsigned CSource::OutputCodePage() const {
-    return m_options.outputCodePage.value_or(m_options.uCodePage);
-}
-
 void CSource::FindLineEnd() {
     m_lineEnd =
         m_options.lineEnd

@@ -65,9 +65,6 @@ public:
     /// Whether fixed-length text is to be shown without knowing its widths.
     bool NeedsRuler() const;
 
-    /// The encoding in which the rows are to be written.
-    unsigned OutputCodePage() const;
-
     /// SFT_UNKNOWN when neither the options nor the name nor the first line tell.
     SCDeclareConstant::ESourceFileType Type() const { return m_eType; }
     LONGLONG Size() const { return m_status.st_size; }

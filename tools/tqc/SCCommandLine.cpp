@@ -172,13 +172,10 @@ private:
         Add("--eol", "EOL", "the line end of the file: crlf, lf or cr", [this](const char* name, const auto& value) {
             m_options.lineEnd = Choose<SLineEnd>(name, value, LINE_ENDS);
         });
-        Add("--encoding", "SET", "of the text: auto, ansi (the code page), utf-8 or a page such as shift_jis",
+        Add("--encoding", "SET", "of the text read: auto, ansi (the code page), utf-8 or a page such as shift_jis",
             [this](const char* name, const auto& value) { TakeEncoding(name, value); });
-        Add("--code-page", "PAGE", "the code page of texts: 932, 1252, 936, 949, 950, 65001, or a name like utf-8",
-            [this](const char* name, const auto& value) {
-                if (!m_bPageChosen)
-                    m_options.uCodePage = ParsePage(name, value);
-            });
+        Add("--code-page", "PAGE", "the code page of input and output, instead of the locale's, such as 932 or utf-8",
+            [this](const char* name, const auto& value) { m_options.uCodePage = ParsePage(name, value); });
         Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
         Add("--sheet", "NAME|N", "the sheet or table: its name, or its number from 1 (default: the first)",
@@ -218,8 +215,7 @@ private:
             m_options.eCharSet = CSourceDataInfo::RCS_UTF8;
             return;
         }
-        m_options.uCodePage = *page;
-        m_bPageChosen = true;
+        m_encodingPage = page;
     }
 
     void TakeWidths(const char* name, const std::string& value) {
@@ -240,8 +236,9 @@ private:
     void CheckTogether() {
         if (m_options.bFormulaGuard)
             m_options.dwMaxFieldSize = std::min(m_options.dwMaxFieldSize, CFormulaGuard::FIELD_LENGTH_MAX);
-        const auto output = m_options.outputCodePage.value_or(m_options.uCodePage);
-        if (m_options.bAddMark && output != Platform::CP_UTF8)
+        m_options.uOutputCodePage = m_outputPage.value_or(m_options.uCodePage);
+        m_options.uCodePage = m_encodingPage.value_or(m_options.uCodePage);
+        if (m_options.bAddMark && m_options.uOutputCodePage != Platform::CP_UTF8)
             throw CFailure(ES_USAGE, "--add-bom is for UTF-8 output; add --output-encoding utf-8");
         if (m_options.bStrict && m_bReplace)
             throw CFailure(ES_USAGE, "--strict and --replace exclude each other");
@@ -270,7 +267,7 @@ private:
             m_options.outputLineEnd = Choose<SLineEnd>(name, value, LINE_ENDS);
         });
         Add("--output-encoding", "PAGE", "the encoding to write, such as utf-8 or shift_jis (the code page)",
-            [this](const char* name, const auto& value) { m_options.outputCodePage = ParsePage(name, value); });
+            [this](const char* name, const auto& value) { m_outputPage = ParsePage(name, value); });
         m_app.add_flag("--add-bom", m_options.bAddMark, "write the mark EF BB BF before UTF-8 output");
         m_app.add_flag("--formula-guard", m_options.bFormulaGuard,
                        "write ' before fields that a spreadsheet takes for formulas; numbers stay; changes the data");
@@ -335,7 +332,9 @@ private:
     SOptions& m_options;
     CLI::App m_app{SCHelpText::DESCRIPTION};
     CLI::Option* m_pFiles = nullptr; ///< given without a command
-    bool m_bPageChosen = false;      ///< by --encoding, which goes before --code-page
+    // Where one of these is not given, --code-page or the locale tells.
+    std::optional<unsigned> m_encodingPage;
+    std::optional<unsigned> m_outputPage;
     bool m_bReplace = false;
 };
 

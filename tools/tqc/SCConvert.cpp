@@ -64,7 +64,7 @@ private:
         if (m_pRejects != nullptr)
             m_pRejects->SetSource(options.strFile, reader->CountsBytes() ? source.DataPath() : "", source.LineEnd());
         CReporter reporter(options.strFile, options.bQuiet, IsProgressWanted(*m_output));
-        CRowPump pump(options, *reader, source.OutputCodePage(), {*m_output, m_pRejects, m_columns}, reporter);
+        CRowPump pump(options, *reader, {*m_output, m_pRejects, m_columns}, reporter);
         bool goOn = true;
         if (options.bHeader)
             goOn = source.NamesItsColumns() ? pump.WriteNames(source.ColumnNames()) : pump.WriteFirstRowAsNames();

@@ -11,7 +11,7 @@ public:
   tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only when all went well
   tqc sales.txt | head               write to standard output
   tqc data.log --separator ';'       any text file whose separator you know
-  tqc old.csv --encoding shift_jis --output-encoding utf-8
+  tqc old.csv --encoding shift_jis   text in another encoding than the locale's, which the output has
   tqc ledger.txt --widths 3,5,8      fixed-length columns of 3, 5 and 8 bytes; see them with: tqc preview ledger.txt
   tqc sales.xlsx --sheet Q2          a sheet; the first without --sheet; see them with: tqc list sales.xlsx
   tqc data.xtqf --password-file key  a package with a password
@@ -33,8 +33,8 @@ What is found out when it is not told:
   encoding   UTF-8 when the file begins with its mark, else the code page
   code page  from LC_ALL, LC_CTYPE or LANG, utf-8 when these do not tell
 
-UTF-8 is read as it stands, other text in the code page. The output is in the code page unless --output-encoding is
-given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
+UTF-8 is read as it stands, other text in the code page. --encoding is for the input alone: the output is in the code
+page unless --output-encoding is given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
 
 A row of --max-line-size bytes or more is left out, a field over --max-field-size, fields over --max-fields and text
 behind the last of --widths are cut off; each such row is reported with its number, counted from 1 in the source. With

@@ -172,7 +172,7 @@ void SCInfo::List(const SOptions& options) {
     if (options.bJson) {
         PrintTablesAsJson(options, source, tables);
     } else {
-        CRowEncoder encoder(source.OutputCodePage());
+        CRowEncoder encoder(options.uOutputCodePage);
         PrintTables(tables, encoder);
     }
     // Only now, so that the damage of one does not hide the others.

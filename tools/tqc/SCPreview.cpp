@@ -66,7 +66,7 @@ void PrintRuler(std::size_t width) {
     std::printf("%s\n", units.c_str());
 }
 
-void ShowFixedLength(const CSource& source) {
+void ShowFixedLength(const SOptions& options, const CSource& source) {
     constexpr std::size_t widthShown = 1000;
     const std::string_view head = source.Head();
     const std::string lineEnd = source.LineEnd().Bytes();
@@ -78,7 +78,7 @@ void ShowFixedLength(const CSource& source) {
         width = std::max(width, rows.back().size());
         start = end + lineEnd.size();
     }
-    CRowEncoder encoder(source.OutputCodePage());
+    CRowEncoder encoder(options.uOutputCodePage);
     PrintRuler(width);
     for (const std::string_view row : rows) {
         PrintVisibly(encoder, row, true);
@@ -88,7 +88,7 @@ void ShowFixedLength(const CSource& source) {
 
 void ShowFields(const SOptions& options, CSource& source) {
     const auto reader = source.OpenReader();
-    CRowEncoder encoder(source.OutputCodePage());
+    CRowEncoder encoder(options.uOutputCodePage);
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
@@ -119,7 +119,7 @@ void ShowFields(const SOptions& options, CSource& source) {
 void SCPreview::Show(const SOptions& options) {
     CSource source(options);
     if (source.NeedsRuler())
-        ShowFixedLength(source);
+        ShowFixedLength(options, source);
     else
         ShowFields(options, source);
 }

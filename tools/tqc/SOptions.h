@@ -47,7 +47,7 @@ struct SOptions {
     std::optional<char> separator;
     std::optional<SLineEnd> lineEnd;
     CSourceDataInfo::EReadCharSet eCharSet = CSourceDataInfo::RCS_AUTO;
-    unsigned uCodePage = 0;   ///< of the source, unless that is UTF-8, and of the output, unless that is given
+    unsigned uCodePage = 0;   ///< of the source, unless that is UTF-8
     std::vector<WORD> widths; ///< of the columns of fixed-length text
     std::string strSheet;     ///< its name or, counted from 1, its number; the first when empty
     bool bHeader = false;
@@ -63,7 +63,7 @@ struct SOptions {
 
     char cOutputSeparator = SCDataAccessDefine::CAMMA_CODE;
     SLineEnd outputLineEnd;
-    std::optional<unsigned> outputCodePage;
+    unsigned uOutputCodePage = 0;
     EOnError eOnError = OE_KEEP;
     std::string strRejects; ///< the file for rejected rows; empty for none
     bool bFormulaGuard = false;
