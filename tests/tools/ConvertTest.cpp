@@ -125,10 +125,11 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
     m_folder.WriteFile("key", "x");
     m_folder.WriteFile("other.xtqf", MakeZip({{.name = "other", .content = "x"}}));
     const SCase refused[] = {
-        {"b.xtqf", "no archive", "", "b.xtqf: no package", 5},
+        {"b.xtqf", "no archive", "", "b.xtqf: not a package", 5},
         {"b.xtqf --password-file key", "PK\3\4", "", "b.xtqf: cannot be unpacked", 4},
         {"a.xtqf --password-file missing", "", "", "missing", 3},
         {"other.xtqf", "", "", "other.xtqf: ", 3},
+        {"list a.xtqf", "", "", "this is a package", 2},
     };
     Check(refused);
 }
@@ -259,7 +260,7 @@ TEST_F(Convert, AsksForThePasswordWithoutShowingIt) {
         run.Answer("secret\n");
         const int status = run.Finish();
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << run.Shown();
-        EXPECT_THAT(run.Shown(), testing::Not(HasSubstr("secret")));
+        EXPECT_THAT(run.Shown(), testing::AllOf(HasSubstr("Wrong password"), testing::Not(HasSubstr("secret"))));
         EXPECT_GT(m_folder.ReadFile(source + ".csv").size(), 50U);
     }
     // What no password would help is not asked for one.

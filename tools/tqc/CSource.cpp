@@ -140,7 +140,7 @@ void CSource::CheckReadable() const {
         throw CFailure(ES_UNSUPPORTED, path,
                        "fixed-length text needs --widths; see its columns with: tqc preview " + path);
     if (!m_options.strSheet.empty() && !IsDatabase())
-        throw CFailure(ES_USAGE, path, "--sheet is for workbooks and databases; this is " + DescribeType(m_eType));
+        throw CFailure(ES_USAGE, path, "--sheet is for workbooks and databases; " + DescribeThis());
     if (SCTextProbe::HasUtf16Mark(m_strHead))
         throw CFailure(ES_UNSUPPORTED, path, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
 }
@@ -168,7 +168,7 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
         if (attempt > 0 && !IsLocked())
             break;
         if (attempt > 0 && bMayAsk && !isGiven)
-            password = SCPassWord::Ask(m_options.strFile);
+            password = SCPassWord::Ask(m_options.strFile, attempt > 1 ? DescribeRefusal() : "");
         if (attempt > 0 && (isGiven || !password))
             break;
         // A clone takes the folder with it that the attempt before may have left; the record only knows the last one.
@@ -185,6 +185,11 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
 void CSource::PrepareDatabase(bool bMayAsk) {
     if (Prepare(bMayAsk) != CSourceDataInfo::SDO_DATABASE)
         ExplainListing();
+}
+
+/// A package that is damaged cannot be told from one whose password is wrong.
+std::string CSource::DescribeRefusal() const {
+    return IsDatabase() ? "Wrong password.\n" : "Wrong password, or a damaged package.\n";
 }
 
 /// Whether it may be its password that keeps a source shut: preparation gives the same result for a damaged workbook
@@ -291,8 +296,7 @@ const char* CSource::TableKind() const {
 
 void CSource::CheckDatabase() const {
     if (!IsDatabase())
-        throw CFailure(ES_USAGE, m_options.strFile,
-                       "list is for workbooks and databases; this is " + DescribeType(m_eType));
+        throw CFailure(ES_USAGE, m_options.strFile, "list is for workbooks and databases; " + DescribeThis());
 }
 
 std::vector<std::string> CSource::ListNames() {
@@ -339,7 +343,7 @@ bool CSource::Unpack(bool bMayAsk) {
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !bMayAsk && !SCPassWord::IsGiven(m_options))
         return false;
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !IsLocked())
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "no package: it does not begin as a zip archive does");
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "not a package: it does not begin as a zip archive does");
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
         throw CFailure(ES_PASSWORD, m_options.strFile,
                        "cannot be unpacked: the password is missing or wrong, or the archive is damaged or refused; "
@@ -455,6 +459,12 @@ std::string CSource::DescribeType(SCDeclareConstant::ESourceFileType type) {
         break;
     }
     return "unknown";
+}
+
+std::string CSource::DescribeThis() const {
+    if (m_eType == SCDeclareConstant::SFT_UNKNOWN)
+        return "the type of this is unknown";
+    return (m_eType == SCDeclareConstant::SFT_XTQF ? "this is a " : "this is ") + DescribeType(m_eType);
 }
 
 bool CSource::IsFileOf(int descriptor) const {

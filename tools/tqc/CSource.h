@@ -99,6 +99,8 @@ private:
     const char* TableKind() const;
     [[noreturn]] void ExplainListing() const;
     bool IsLocked() const;
+    std::string DescribeRefusal() const;
+    std::string DescribeThis() const;
     std::vector<std::string> TableNames() const;
     std::optional<std::size_t> FindTable(const std::vector<std::string>& names) const;
     std::string SelectTable(const std::vector<std::string>& names);

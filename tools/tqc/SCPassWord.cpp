@@ -5,6 +5,7 @@
 #include "SCErrorText.h"
 #include "SCPathText.h"
 #include "SCSignals.h"
+#include "SCTerminal.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -88,11 +89,11 @@ std::optional<std::string> SCPassWord::FromOptions(const SOptions& options) {
     return std::nullopt;
 }
 
-std::optional<std::string> SCPassWord::Ask(const std::string& file) {
+std::optional<std::string> SCPassWord::Ask(const std::string& file, const std::string& refusal) {
     const CDescriptor terminal(::open("/dev/tty", O_RDWR | O_CLOEXEC));
     if (terminal.Get() < 0)
         return std::nullopt;
-    const std::string prompt = "Password for " + file + ": ";
+    const std::string prompt = refusal + "Password for " + SCTerminal::OnOneLine(file) + ": ";
     std::string line;
     bool read = false;
     {

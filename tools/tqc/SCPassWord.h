@@ -28,8 +28,9 @@ public:
                dynamic_cast<const Platform::CPassWordError*>(&error) != nullptr;
     }
 
-    /// Asks on the terminal without showing what is typed. Nothing when there is no terminal or nothing is entered.
-    static std::optional<std::string> Ask(const std::string& file);
+    /// Asks on the terminal without showing what is typed, after `refusal`, which tells of an earlier answer. Nothing
+    /// when there is no terminal or nothing is entered.
+    static std::optional<std::string> Ask(const std::string& file, const std::string& refusal);
 };
 
 } // namespace NSTQ::Tool
