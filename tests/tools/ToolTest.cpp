@@ -296,6 +296,11 @@ TEST_F(Tool, ShowsProgressOnATerminalOnly) {
     };
     EXPECT_THAT(shown("big.csv -o out.csv"),
                 AllOf(HasSubstr("\r["), HasSubstr(" %"), testing::EndsWith("\r\033[K~")));
+    const std::string both = shown("big.csv ./big.csv -o out.csv");
+    const std::regex bar(R"(\] ([ 0-9]{3}) % big.csv)");
+    const std::vector<std::string> percents(std::sregex_token_iterator(both.begin(), both.end(), bar, 1), {});
+    EXPECT_TRUE(!percents.empty() && std::ranges::is_sorted(percents)) << both;
+    EXPECT_EQ(shown("big.csv"), "~") << "the other end of the pipe may have the terminal";
     EXPECT_EQ(shown("big.csv -o out.csv --quiet"), "~");
     EXPECT_THAT(shown("nothing.csv"), HasSubstr("\033[1;31mtqc:\033[0m nothing.csv: "));
     ::setenv("NO_COLOR", "1", 1);

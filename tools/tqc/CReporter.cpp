@@ -13,8 +13,8 @@ constexpr std::uint64_t REPORTS_MAX = 10;
 
 } // namespace
 
-CReporter::CReporter(std::string strFile, bool bQuiet, bool bProgress)
-    : m_strFile(std::move(strFile)), m_bQuiet(bQuiet), m_bar(bProgress && !bQuiet) {}
+CReporter::CReporter(std::string strFile, bool bQuiet, CProgressBar& bar)
+    : m_strFile(std::move(strFile)), m_bQuiet(bQuiet), m_bar(bar) {}
 
 void CReporter::ReportRow(const std::string& strRow, const std::string& what) {
     if (++m_ullReports > REPORTS_MAX || m_bQuiet)

@@ -11,8 +11,8 @@ namespace NSTQ::Tool {
 
 class CReporter {
 public:
-    /// `bQuiet` leaves out everything here; failures are not reported here.
-    CReporter(std::string strFile, bool bQuiet, bool bProgress);
+    /// `bQuiet` leaves out everything here; failures are not reported here. `bar` must outlive the reporter.
+    CReporter(std::string strFile, bool bQuiet, CProgressBar& bar);
 
     /// A row, such as "row 3", that was cut, left out or changed. After the first ten only their number is kept.
     void ReportRow(const std::string& strRow, const std::string& what);
@@ -28,7 +28,7 @@ public:
 private:
     std::string m_strFile;
     bool m_bQuiet;
-    CProgressBar m_bar;
+    CProgressBar& m_bar;
     std::uint64_t m_ullReports = 0;
 };
 

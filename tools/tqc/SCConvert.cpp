@@ -3,6 +3,7 @@
 #include "CColumns.h"
 #include "CInputFile.h"
 #include "COutputFile.h"
+#include "CProgressBar.h"
 #include "CRejectFile.h"
 #include "CReporter.h"
 #include "CRowPump.h"
@@ -11,6 +12,7 @@
 #include "SCTerminal.h"
 #include "platform/ComError.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -20,18 +22,29 @@
 namespace NSTQ::Tool {
 namespace {
 
-bool IsProgressWanted(const COutputFile& output) {
-    return SCTerminal::IsLively(STDERR_FILENO) && !(output.IsStandardOutput() && ::isatty(STDOUT_FILENO) != 0);
+/// Rows that a terminal shows would be mixed with it, and so would be what another program shows that reads them.
+bool IsProgressWanted(const SOptions& options) {
+    struct stat status {};
+    const bool isShown = options.strOutputFolder.empty() && COutputTarget::IsStandardOutputName(options.strOutput) &&
+                         ::fstat(STDOUT_FILENO, &status) == 0 && !S_ISREG(status.st_mode);
+    return SCTerminal::IsLively(STDERR_FILENO) && !options.bQuiet && !isShown;
 }
+
+/// What the outputs share.
+struct SShared {
+    CRejectFile* pRejects; ///< may be null
+    CProgressBar& bar;
+};
 
 /// One output and the inputs that go into it.
 class COneOutput {
 public:
-    COneOutput(const SOptions& options, std::string name, CRejectFile* pRejects)
-        : m_options(options), m_strName(std::move(name)), m_pRejects(pRejects) {}
+    COneOutput(const SOptions& options, std::string name, const SShared& shared)
+        : m_options(options), m_strName(std::move(name)), m_pRejects(shared.pRejects), m_bar(shared.bar) {}
 
     /// False when nobody reads the output any more.
     bool Append(const std::string& file) {
+        m_bar.Begin(file);
         const CInputFile input(m_options, file);
         try {
             return AppendInput(input.Options());
@@ -63,7 +76,7 @@ private:
             throw CFailure(ES_USAGE, options.strFile, "standard output is this very file; use -o");
         if (m_pRejects != nullptr)
             m_pRejects->SetSource(options.strFile, reader->CountsBytes() ? source.DataPath() : "", source.LineEnd());
-        CReporter reporter(options.strFile, options.bQuiet, IsProgressWanted(*m_output));
+        CReporter reporter(options.strFile, options.bQuiet, m_bar);
         CRowPump pump(options, *reader, {*m_output, m_pRejects, m_columns}, reporter);
         bool goOn = true;
         if (options.bHeader)
@@ -77,15 +90,16 @@ private:
     const SOptions& m_options;
     std::string m_strName;
     CRejectFile* m_pRejects;
+    CProgressBar& m_bar;
     CColumns m_columns;
     std::optional<COutputFile> m_output;
     bool m_bLostRows = false;
 };
 
-EExitStatus IntoOne(const SOptions& options, CRejectFile* pRejects) {
+EExitStatus IntoOne(const SOptions& options, const SShared& shared) {
     if (options.files.size() > 1)
         SCTargets::CheckInputs(options);
-    COneOutput output(options, options.strOutput, pRejects);
+    COneOutput output(options, options.strOutput, shared);
     for (const std::string& file : options.files)
         if (!output.Append(file))
             break;
@@ -93,20 +107,21 @@ EExitStatus IntoOne(const SOptions& options, CRejectFile* pRejects) {
     return output.HasLostRows() ? ES_ROWS_LOST : ES_OK;
 }
 
-EExitStatus IntoFolder(const SOptions& options, const std::vector<std::string>& targets, CRejectFile* pRejects) {
+EExitStatus IntoFolder(const SOptions& options, const std::vector<std::string>& targets, const SShared& shared) {
     EExitStatus status = ES_OK;
     const auto note = [&status](EExitStatus other) {
         status = status == ES_OK || status == ES_ROWS_LOST ? std::max(status, other) : status;
     };
     for (std::size_t i = 0; i < targets.size(); ++i) {
         try {
-            COneOutput output(options, targets[i], pRejects);
+            COneOutput output(options, targets[i], shared);
             output.Append(options.files[i]);
             output.Finish();
             note(output.HasLostRows() ? ES_ROWS_LOST : ES_OK);
         } catch (const CFailure& failure) {
             if (failure.Status() == ES_OUTPUT_FAILED)
                 throw;
+            shared.bar.Clear();
             CReporter::Print(failure.what());
             note(failure.Status());
         }
@@ -132,7 +147,9 @@ EExitStatus SCConvert::Run(const SOptions& options) {
     std::unique_ptr<CRejectFile> rejects;
     if (!options.strRejects.empty())
         rejects = std::make_unique<CRejectFile>(options.strRejects);
-    return isFolder ? IntoFolder(options, targets, rejects.get()) : IntoOne(options, rejects.get());
+    CProgressBar bar(IsProgressWanted(options), options.files);
+    const SShared shared{rejects.get(), bar};
+    return isFolder ? IntoFolder(options, targets, shared) : IntoOne(options, shared);
 }
 
 } // namespace NSTQ::Tool
