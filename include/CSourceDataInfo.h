@@ -75,6 +75,16 @@ public:
     ///   workbooks and databases            lists their sheets or tables; see below
     ESourceDataOpen PrepareReadSourceData(bool bUseOffice2007Provider);
 
+    /// Why the last preparation of a package or of fixed-length text failed; 0 after one that did not. A Windows
+    /// error code of the system, or of a package:
+    ///   13    refused: it holds names, links, sizes or numbers of files that are never unpacked
+    ///   23    the password is wrong or the content damaged; the traditional encryption cannot tell which
+    ///   50    compressed or encrypted by an unknown method, or the library was built without packages
+    ///   86    encrypted, and the password is missing or wrong
+    ///   206   the path of its data file would be too long
+    ///   1392  no zip archive, or one that is damaged
+    DWORD GetErrorCode() const;
+
     /// The path that a text reader opens: a package's data file, else the source's path. False, with `path`
     /// untouched, while there is none.
     bool GetFilePath(const char*& path) const;

@@ -168,6 +168,7 @@ CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareReadSourceData(bool bUs
 }
 
 CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareFixFile() {
+    m_dwErrorCode = ERROR_SUCCESS;
     m_pFixFileData.reset();
     m_pFixFileData = CreateBuffer(FIX_READAREA + 1);
     if (ReadFixFile(m_pFilePath.get()))
@@ -231,18 +232,25 @@ void CSourceDataInfo::ScanFixRows(DWORD size) {
 
 CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PreparePackage() {
     DWORD number = 0;
+    m_dwErrorCode = ERROR_SUCCESS;
     if (!SCTmpDirPath::GetTmpFileName(m_pUncompressFolderPath.get(), MAX_PATH, number,
                                       SCDataAccessDefine::STR_UNCOMPRESS_FOLDER_PREFIX,
-                                      SCDataAccessDefine::STRLEN_UNCOMPRESS_FOLDER_PREFIX, "TQD"))
+                                      SCDataAccessDefine::STRLEN_UNCOMPRESS_FOLDER_PREFIX, "TQD")) {
+        SetDataAccessErrorCode();
         return SDO_TMPFILE_ERROR;
+    }
     // The name may be taken by an empty file, and it is to become a folder.
     DeleteFileA(m_pUncompressFolderPath.get());
     const auto archive = std::make_unique<CUnZip>(m_pFilePath.get(), m_pPassWordString.get());
-    if (!archive->Uncompress(m_pUncompressFolderPath.get()))
+    if (!archive->Uncompress(m_pUncompressFolderPath.get())) {
+        SetDataAccessErrorCode();
         return SDO_PASSWORD_ERROR;
+    }
     const std::string dataFile = std::string(m_pUncompressFolderPath.get()) + SCDataAccessDefine::TQF_PATH_DATAFILE;
-    if (dataFile.size() >= MAX_PATH)
+    if (dataFile.size() >= MAX_PATH) {
+        m_dwErrorCode = ERROR_FILENAME_EXCED_RANGE;
         return SDO_FAILED;
+    }
     SetXtqfSourceFilePath(dataFile.c_str());
     return SDO_PACKAGE;
 }
@@ -347,6 +355,10 @@ bool CSourceDataInfo::IsDBSourceData(SCDeclareConstant::ESourceFileType type) co
 
 void CSourceDataInfo::SetDataAccessErrorCode() {
     m_dwErrorCode = GetLastError();
+}
+
+DWORD CSourceDataInfo::GetErrorCode() const {
+    return m_dwErrorCode;
 }
 
 bool CSourceDataInfo::GetFilePath(const char*& path) const {

@@ -98,6 +98,17 @@ std::string MakeWithLibrary(const std::string& name, const std::string& content,
     return folder.ReadFile("made.zip");
 }
 
+/// Makes AES entries, of which there is one, those of the second version: without a checksum.
+std::string WithoutChecksum(std::string archive) {
+    constexpr std::pair<std::string_view, std::size_t> checksums[] = {{"PK\x03\x04", 14}, {"PK\x01\x02", 16}};
+    for (const auto& [header, offset] : checksums)
+        archive.replace(archive.find(header) + offset, 4, 4, '\0');
+    const std::string first("\x01\x99\x07\0\x01", 5);
+    for (std::size_t at = archive.find(first); at != std::string::npos; at = archive.find(first, at))
+        archive[at + 4] = 2;
+    return archive;
+}
+
 TEST(Package, UnpacksWhatOtherProgramsWrite) {
     const auto wide = [](std::uint64_t size, std::uint64_t position) {
         return LittleEndian(0xCAFE, 2) + LittleEndian(2, 2) + "zz" + LittleEndian(1, 2) + LittleEndian(24, 2) +
@@ -163,21 +174,31 @@ TEST(Package, DecryptsWithTheRightPasswordOnly) {
     // Also more than one block, and a password that is no text in UTF-8.
     const std::string content = std::string(150'000, 'a') + "end";
     const char* const password = "\x95\x5C pass";
-    for (const int encryption : {ZIP_EM_TRAD_PKWARE, ZIP_EM_AES_128, ZIP_EM_AES_192, ZIP_EM_AES_256})
+    constexpr int secondVersion = 1 << 20;
+    for (const int encryption : {ZIP_EM_TRAD_PKWARE, ZIP_EM_AES_128, ZIP_EM_AES_192, ZIP_EM_AES_256,
+                                 ZIP_EM_AES_128 | secondVersion, ZIP_EM_AES_256 | secondVersion})
         for (const zip_int32_t method : {ZIP_CM_STORE, ZIP_CM_DEFLATE}) {
             SCOPED_TRACE(testing::Message() << encryption << ' ' << method);
-            const SRecipe recipe{method, static_cast<zip_uint16_t>(encryption), password};
+            const SRecipe recipe{method, static_cast<zip_uint16_t>(encryption & ~secondVersion), password};
             std::string archive = MakeWithLibrary("a/b", content, recipe);
+            if ((encryption & secondVersion) != 0)
+                archive = WithoutChecksum(std::move(archive));
             const CPackage package(archive);
             EXPECT_FALSE(package.Uncompress("wrong"));
+            const DWORD wrong = Platform::GetLastError();
             EXPECT_TRUE(package.IsRestUntouched());
             EXPECT_FALSE(package.Uncompress("") || package.Uncompress(nullptr) || package.HasFolder());
+            EXPECT_EQ(Platform::GetLastError(), Platform::ERROR_INVALID_PASSWORD);
             EXPECT_TRUE(package.Uncompress(password));
             EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(TLines{"d700 a", "f600 a/b " + content}));
 
             EXPECT_TRUE(CPackage(MakeWithLibrary("a", "", recipe)).Uncompress(password));
             archive[archive.size() / 2] ^= 1;
             EXPECT_FALSE(CPackage(archive).Uncompress(password)) << "a changed byte";
+            // One of 256 wrong passwords passes the traditional encryption.
+            const bool isClear = encryption != ZIP_EM_TRAD_PKWARE;
+            EXPECT_EQ(Platform::GetLastError(), isClear ? Platform::ERROR_FILE_CORRUPT : Platform::ERROR_CRC);
+            EXPECT_TRUE(wrong == Platform::ERROR_INVALID_PASSWORD || (!isClear && wrong == Platform::ERROR_CRC));
         }
 }
 

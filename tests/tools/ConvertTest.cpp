@@ -126,9 +126,11 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
     m_folder.WriteFile("other.xtqf", MakeZip({{.name = "other", .content = "x"}}));
     const SCase refused[] = {
         {"b.xtqf", "no archive", "", "b.xtqf: not a package", 5},
-        {"b.xtqf --password-file key", "PK\3\4", "", "b.xtqf: cannot be unpacked", 4},
+        {"b.xtqf --password-file key", "PK\3\4", "", "b.xtqf: cannot be unpacked: the package is damaged", 5},
+        {TQC_SAMPLES "/prices-locked.xtqf", "", "", "needs a password; give it with --password-file", 4},
+        {TQC_SAMPLES "/prices-locked.xtqf --password-file key", "", "", "unpacked: the password is wrong\n", 4},
         {"a.xtqf --password-file missing", "", "", "missing", 3},
-        {"other.xtqf", "", "", "other.xtqf: ", 3},
+        {"other.xtqf", "", "", "other.xtqf: package without TqData/SourceFile.csv", 5},
         {"list a.xtqf", "", "", "this is a package", 2},
     };
     Check(refused);

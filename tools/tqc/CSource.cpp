@@ -39,6 +39,30 @@ bool FillFrom(int descriptor, std::string& text) {
     return true;
 }
 
+/// What keeps a package from being unpacked; without a text what the system fails with.
+struct SPackageFault {
+    DWORD code;
+    EExitStatus status;
+    const char* text;
+};
+
+/// The traditional encryption cannot tell which of both it is.
+constexpr DWORD PACKAGE_UNCLEAR = 23;
+
+constexpr SPackageFault PACKAGE_FAULTS[] = {
+    {13, ES_UNSUPPORTED, "it holds names, links or sizes that are never unpacked"},
+    {PACKAGE_UNCLEAR, ES_PASSWORD, "the password is wrong, or the package is damaged"},
+    {50, ES_UNSUPPORTED, "its compression or encryption is of an unknown kind"},
+    {86, ES_PASSWORD, "the password is wrong"},
+    {1392, ES_UNSUPPORTED, "the package is damaged"},
+    {0, ES_OUTPUT_FAILED, nullptr},
+};
+
+const SPackageFault& FindPackageFault(DWORD code) {
+    return *std::find_if(std::begin(PACKAGE_FAULTS), std::end(PACKAGE_FAULTS) - 1,
+                         [code](const SPackageFault& fault) { return fault.code == code; });
+}
+
 std::string Join(const std::vector<std::string>& names) {
     std::string list;
     for (const std::string& name : names)
@@ -187,16 +211,16 @@ void CSource::PrepareDatabase(bool bMayAsk) {
         ExplainListing();
 }
 
-/// A package that is damaged cannot be told from one whose password is wrong.
 std::string CSource::DescribeRefusal() const {
-    return IsDatabase() ? "Wrong password.\n" : "Wrong password, or a damaged package.\n";
+    const bool isUnclear = !IsDatabase() && m_info.GetErrorCode() == PACKAGE_UNCLEAR;
+    return isUnclear ? "Wrong password, or a damaged package.\n" : "Wrong password.\n";
 }
 
 /// Whether it may be its password that keeps a source shut: preparation gives the same result for a damaged workbook
-/// and for what is no package at all.
+/// or package.
 bool CSource::IsLocked() const {
     if (!IsDatabase())
-        return m_strHead.starts_with("PK");
+        return FindPackageFault(m_info.GetErrorCode()).status == ES_PASSWORD;
     try {
         ExplainListing();
     } catch (const Platform::_com_error& error) {
@@ -337,21 +361,30 @@ CFailure CSource::DescribeUnopened(const STable& table, const std::string& hint)
             std::string("its ") + TableKind() + " \"" + table.strName + "\" cannot be opened: " + reason + hint};
 }
 
+/// Raises what kept a package from being unpacked.
+void CSource::ExplainPackage() const {
+    if (!m_strHead.starts_with("PK"))
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "not a package: it does not begin as a zip archive does");
+    const SPackageFault& fault = FindPackageFault(m_info.GetErrorCode());
+    const bool needsPassWord = fault.status == ES_PASSWORD && *m_info.GetPassWordString() == '\0';
+    throw CFailure(fault.status, m_options.strFile,
+                   needsPassWord           ? "needs a password; give it with --password-file or --password-fd"
+                   : fault.text != nullptr ? std::string("cannot be unpacked: ") + fault.text
+                                           : "cannot be unpacked into the temporary folder: " +
+                                                 SCErrorText::OfLibrary(m_info.GetErrorCode()));
+}
+
 /// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.
 bool CSource::Unpack(bool bMayAsk) {
     const auto result = Prepare(bMayAsk);
-    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !bMayAsk && !SCPassWord::IsGiven(m_options))
+    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && IsLocked() && !bMayAsk && !SCPassWord::IsGiven(m_options))
         return false;
-    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && !IsLocked())
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "not a package: it does not begin as a zip archive does");
-    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR)
-        throw CFailure(ES_PASSWORD, m_options.strFile,
-                       "cannot be unpacked: the password is missing or wrong, or the archive is damaged or refused; "
-                       "give the password with --password-file or --password-fd");
     const char* path = nullptr;
     if (result != CSourceDataInfo::SDO_PACKAGE || !m_info.GetFilePath(path))
-        throw CFailure(ES_OUTPUT_FAILED, m_options.strFile, "no room for its data in the temporary folder");
+        ExplainPackage();
     m_strDataPath = SCPathText::ToSystem(path);
+    if (::access(m_strDataPath.c_str(), F_OK) != 0)
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "package without TqData/SourceFile.csv");
     ReadHead(m_strDataPath);
     FindLineEnd();
     return true;

@@ -94,6 +94,7 @@ private:
     void CheckReadable() const;
     CSourceDataInfo::ESourceDataOpen Prepare(bool bMayAsk);
     bool Unpack(bool bMayAsk);
+    [[noreturn]] void ExplainPackage() const;
     void PrepareDatabase(bool bMayAsk);
     void CheckDatabase() const;
     const char* TableKind() const;

@@ -152,7 +152,7 @@ void ShowInWords(const SOptions& options) {
     if (isOpen)
         std::printf("Data file:     %lld bytes\n", static_cast<long long>(source.Size()));
     else if (isPackage)
-        std::printf("Data file:     needs a password, or the archive is damaged or refused\n");
+        std::printf("Data file:     needs a password\n");
     if (isOpen || MayBeText(source.Type())) {
         std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
         std::printf("Line end:      %s\n", NameLineEnd(source.LineEnd()).words);

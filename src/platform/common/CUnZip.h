@@ -18,7 +18,9 @@
 //
 // While unpacking it is refused when an entry gives more or fewer bytes than it claimed (bytes are counted as they
 // come, so that the caps hold whatever was claimed), a checksum or authentication code does not fit, the password is
-// wrong, or the system fails (a full disk, for one). What was unpacked until then stays for the caller to remove.
+// wrong, or the system fails (a full disk, for one). Entries of AES in its second version (AE-2) have no checksum,
+// whatever stands in its place: the authentication code is their check. What was unpacked until then stays for the
+// caller to remove.
 //
 // '\' and '/' both separate the parts of a name; one at its end makes the entry a folder. Names with the UTF-8 flag
 // become the names on disk as they are; others are texts in the ANSI code page, so that CreateFileA finds them under
@@ -59,6 +61,11 @@ public:
     /// every entry below it. True only when all of the archive was unpacked and stored. On false the folder was not
     /// made, or holds a part. The archive is opened for this call only, is a regular file (or a link to one), and is
     /// refused while another opener excludes readers. Throws nothing but std::bad_alloc, and then leaves the same.
+    ///
+    /// On false GetLastError tells why: 13 a name, kind, count or size that is refused; 23 the password is wrong or
+    /// the content damaged, which the traditional encryption cannot tell apart; 50 an unknown method or encryption;
+    /// 86 an entry is encrypted and the password missing or wrong; 1392 no archive, or one that is damaged; else what
+    /// the system failed with.
     bool Uncompress(const char* pFolder);
 
 private:

@@ -1,6 +1,9 @@
 // What stands in for the zip provider in a build without it.
 #include "platform/common/CUnZip.h"
 
+#include "platform/files/ErrorTable.h"
+#include "platform/files/Files.h"
+
 namespace NSTQ::NSTQCore {
 
 CUnZip::CUnZip(const char*, const char*) {}
@@ -8,7 +11,7 @@ CUnZip::CUnZip(const char*, const char*) {}
 CUnZip::~CUnZip() = default;
 
 bool CUnZip::Uncompress(const char*) {
-    return false;
+    return Platform::FailWith(Platform::ERROR_NOT_SUPPORTED);
 }
 
 } // namespace NSTQ::NSTQCore

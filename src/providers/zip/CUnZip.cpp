@@ -1,6 +1,8 @@
 #include "platform/common/CUnZip.h"
 
 #include "platform/common/CExtractFolder.h"
+#include "platform/files/ErrorTable.h"
+#include "platform/files/Files.h"
 #include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
 #include "providers/zip/CPackagePlan.h"
@@ -12,6 +14,7 @@ namespace NSTQ::NSTQCore {
 
 namespace {
 
+using namespace Platform;
 using namespace Providers;
 
 /// The last read, which gives nothing, is the one that checks the checksum.
@@ -20,10 +23,10 @@ bool CopyContent(CZipReader& reader, std::uint64_t size, Platform::CExtractFolde
     std::array<std::byte, blockSize> block;
     std::size_t count = 0;
     for (std::uint64_t left = size;; left -= count) {
-        if (!reader.Read(block, count) || count > left)
+        if (!reader.Read(block, count))
             return false;
-        if (count == 0)
-            return left == 0;
+        if (count == 0 || count > left)
+            return (count == 0 && left == 0) || reader.FailAsDamaged();
         if (!folder.Write(std::span(block).first(count)))
             return false;
     }
@@ -51,16 +54,18 @@ CUnZip::CUnZip(const char* pArchive, const char* pPassWord)
 CUnZip::~CUnZip() = default;
 
 bool CUnZip::Uncompress(const char* pFolder) {
+    SetLastError(ERROR_SUCCESS);
     try {
         CFileAccess input(m_strArchive);
         const CZipDirectory directory(input, {MAX_ENTRIES, MAX_DIRECTORY_SIZE, false});
         CPackagePlan plan;
         CZipReader reader(input, m_strPassWord);
         Platform::CExtractFolder folder;
-        return plan.Make(directory) && reader.Open(directory) && folder.Create(pFolder) &&
-               UnpackAll(plan, reader, folder);
+        return (plan.Make(directory) || FailWith(ERROR_INVALID_DATA)) && reader.Open(directory) &&
+               folder.Create(pFolder) && UnpackAll(plan, reader, folder);
     } catch (const CSourceError&) {
-        return false;
+        // Either the system has said why, or the archive is not as it should be.
+        return GetLastError() == ERROR_SUCCESS ? FailWith(ERROR_FILE_CORRUPT) : false;
     }
 }
 

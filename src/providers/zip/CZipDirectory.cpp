@@ -33,6 +33,18 @@ std::string_view ToText(std::span<const unsigned char> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+/// The content of the first extra field of this type; without data when there is none or the fields are damaged.
+std::span<const unsigned char> FindField(std::span<const unsigned char> extra, std::uint16_t type) {
+    CByteReader reader(extra);
+    while (reader.Left() > 0) {
+        const auto found = reader.Take<std::uint16_t>();
+        const auto content = reader.TakeBytes(reader.Take<std::uint16_t>());
+        if (reader.IsGood() && found == type)
+            return content;
+    }
+    return {};
+}
+
 void Require(bool isTrue, const char* otherwise) {
     if (!isTrue)
         throw CSourceError(otherwise);
@@ -123,20 +135,31 @@ void CZipDirectory::ReadSizes64(std::span<const unsigned char> extra, SZipEntry&
     const auto isElsewhere = [](const std::uint64_t* field) { return *field == elsewhere32; };
     if (std::none_of(std::begin(fields), std::end(fields), isElsewhere))
         return;
-    CByteReader reader(extra);
-    std::uint16_t type = 0;
-    CByteReader content({});
-    do {
-        type = reader.Take<std::uint16_t>();
-        content = CByteReader(reader.TakeBytes(reader.Take<std::uint16_t>()));
-    } while (reader.IsGood() && type != sizes64);
+    CByteReader content(FindField(extra, sizes64));
     for (std::uint64_t* field : fields)
         if (isElsewhere(field))
             *field = content.Take<std::uint64_t>();
-    Require(reader.IsGood() && content.IsGood(), "the zip directory has a damaged zip64 field");
+    Require(content.IsGood(), "the zip directory has a damaged zip64 field");
 }
 
-void CZipDirectory::TakeEntry(CByteReader& reader) {
+/// `position` is that of the extra fields in the file.
+void CZipDirectory::ReadAes(std::span<const unsigned char> extra, std::uint64_t position, SZipEntry& entry) {
+    constexpr std::uint16_t aesMethod = 99;
+    constexpr std::uint16_t aesField = 0x9901;
+    constexpr std::size_t methodOffset = 5;
+    if (entry.method != aesMethod)
+        return;
+    const auto field = FindField(extra, aesField);
+    CByteReader content(field);
+    entry.aesVersion = content.Take<std::uint16_t>();
+    content.Skip(methodOffset - sizeof entry.aesVersion);
+    entry.aesMethod = content.Take<std::uint16_t>();
+    Require(content.IsGood(), "the zip directory has a damaged field of encryption");
+    entry.aesMethodPosition = position + static_cast<std::uint64_t>(field.data() - extra.data()) + methodOffset;
+}
+
+/// `endPosition` is where the directory ends in the file.
+void CZipDirectory::TakeEntry(CByteReader& reader, std::uint64_t endPosition) {
     SZipEntry entry{};
     const bool isEntry = reader.Take<std::uint32_t>() == entrySignature;
     reader.Skip(4);
@@ -155,10 +178,12 @@ void CZipDirectory::TakeEntry(CByteReader& reader) {
     entry.headerPosition = reader.Take<std::uint32_t>();
     entry.name = ToText(reader.TakeBytes(nameSize));
     const auto extra = reader.TakeBytes(extraSize);
+    const std::uint64_t extraPosition = endPosition - reader.Left() - extra.size();
     reader.Skip(commentSize);
     Require(isEntry && reader.IsGood() && (disk == 0 || disk == elsewhere16) && (entry.flags & unsupportedFlags) == 0,
             "the zip directory is damaged");
     ReadSizes64(extra, entry);
+    ReadAes(extra, extraPosition, entry);
     m_vecEntries.push_back(std::move(entry));
 }
 
@@ -211,7 +236,7 @@ CZipDirectory::CZipDirectory(IRandomAccess& input, const SZipCaps& caps) {
     CByteReader reader{bytes};
     m_vecEntries.reserve(static_cast<std::size_t>(end.count));
     for (std::uint64_t i = 0; i < end.count; ++i)
-        TakeEntry(reader);
+        TakeEntry(reader, end.directoryPosition + end.size);
     Require(reader.Left() == 0, "the zip directory is damaged");
     CheckHeaders(input, end.directoryPosition);
 }

@@ -25,6 +25,11 @@ struct SZipEntry {
     std::uint64_t packedSize;
     std::uint64_t headerPosition;
     std::uint64_t dataPosition;
+    /// Of WinZip's AES (else 0): 1, or 2 where the checksum means nothing; the method of compression, and where in
+    /// the file the directory has that.
+    std::uint16_t aesVersion;
+    std::uint16_t aesMethod;
+    std::uint64_t aesMethodPosition;
 
     static constexpr std::uint16_t FLAG_ENCRYPTED = 0x0001;
     static constexpr std::uint16_t FLAG_UTF8 = 0x0800;
@@ -58,8 +63,9 @@ private:
     static SEnd FindEnd(IRandomAccess& input, bool isTailAllowed);
     static void ReadEnd64(IRandomAccess& input, SEnd& end);
     static void ReadSizes64(std::span<const unsigned char> extra, SZipEntry& entry);
+    static void ReadAes(std::span<const unsigned char> extra, std::uint64_t position, SZipEntry& entry);
     static void ReadHeader(IRandomAccess& input, SZipEntry& entry);
-    void TakeEntry(CByteReader& reader);
+    void TakeEntry(CByteReader& reader, std::uint64_t endPosition);
     void CheckHeaders(IRandomAccess& input, std::uint64_t directoryPosition);
 
     std::vector<SZipEntry> m_vecEntries;

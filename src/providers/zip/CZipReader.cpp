@@ -1,5 +1,8 @@
 #include "providers/zip/CZipReader.h"
 
+#include "platform/files/ErrorTable.h"
+#include "platform/files/Files.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -7,6 +10,25 @@
 #include <utility>
 
 namespace NSTQ::Providers {
+
+using namespace Platform;
+
+namespace {
+
+/// The second version of AES entries leaves the checksum to the authentication code.
+bool HasChecksum(const SZipEntry& entry) {
+    constexpr std::uint16_t secondVersion = 2;
+    return entry.aesVersion != secondVersion;
+}
+
+/// Older releases of the zip library compare the checksum of such an entry all the same. With a stored one that looks
+/// like a wrong authentication code; so they are shown another method, and give the content as what they take for
+/// compressed data, which has no checksum.
+bool IsShownAsPacked(const SZipEntry& entry) {
+    return !HasChecksum(entry) && entry.aesMethod == ZIP_CM_STORE;
+}
+
+} // namespace
 
 CZipReader::CZipReader(IRandomAccess& input, std::string password)
     : m_oInput(input), m_strPassWord(std::move(password)) {
@@ -28,8 +50,16 @@ zip_int64_t CZipReader::ServeRead(std::span<unsigned char> bytes) noexcept {
         zip_error_set(&m_oError, ZIP_ER_READ, EIO);
         return -1;
     }
+    HideMethods(wanted);
     m_uPosition += wanted.size();
     return static_cast<zip_int64_t>(wanted.size());
+}
+
+/// `bytes` are those at the position of the next read. The second byte of the number is 0 for both methods.
+void CZipReader::HideMethods(std::span<unsigned char> bytes) const {
+    auto next = std::lower_bound(m_vecHiddenMethods.begin(), m_vecHiddenMethods.end(), m_uPosition);
+    for (; next != m_vecHiddenMethods.end() && *next - m_uPosition < bytes.size(); ++next)
+        bytes[static_cast<std::size_t>(*next - m_uPosition)] = ZIP_CM_DEFLATE;
 }
 
 /// Called by the zip library, through which no exception may pass.
@@ -80,28 +110,51 @@ bool CZipReader::CanRead(const SZipEntry& entry, std::size_t index) const {
     zip_stat_init(&status);
     if (zip_stat_index(m_pArchive.get(), index, 0, &status) != 0 || (status.valid & needed) != needed ||
         status.size != entry.size || status.comp_size != entry.packedSize ||
-        zip_compression_method_supported(status.comp_method, 0) == 0)
-        return false;
-    if (!entry.IsEncrypted())
-        return status.encryption_method == ZIP_EM_NONE;
-    return !m_strPassWord.empty() && status.encryption_method != ZIP_EM_NONE &&
-           zip_encryption_method_supported(status.encryption_method, 0) != 0;
+        entry.IsEncrypted() != (status.encryption_method != ZIP_EM_NONE))
+        return FailWith(ERROR_FILE_CORRUPT);
+    if (zip_compression_method_supported(status.comp_method, 0) == 0 ||
+        zip_encryption_method_supported(status.encryption_method, 0) == 0)
+        return FailWith(ERROR_NOT_SUPPORTED);
+    return !entry.IsEncrypted() || !m_strPassWord.empty() || FailWith(ERROR_INVALID_PASSWORD);
+}
+
+/// The traditional encryption lets one of 256 wrong passwords pass, and then cannot tell it from damage.
+bool CZipReader::FailAsDamaged() const {
+    const bool isUnclear = m_pCurrent->IsEncrypted() && m_pCurrent->aesVersion == 0;
+    return FailWith(isUnclear ? ERROR_CRC : ERROR_FILE_CORRUPT);
+}
+
+bool CZipReader::FailFromZip(const zip_error_t* error) const {
+    switch (zip_error_code_zip(error)) {
+    case ZIP_ER_NOPASSWD:
+    case ZIP_ER_WRONGPASSWD:
+        return FailWith(ERROR_INVALID_PASSWORD);
+    case ZIP_ER_READ:
+        return FailWith(ERROR_IO_DEVICE);
+    case ZIP_ER_MEMORY:
+        return FailWith(ERROR_NOT_ENOUGH_MEMORY);
+    default:
+        return FailAsDamaged();
+    }
 }
 
 bool CZipReader::Open(const CZipDirectory& directory) {
     zip_source_t* source = zip_source_function_create(&CZipReader::Serve, this, &m_oError);
     if (source == nullptr)
-        return false;
+        return FailWith(ERROR_NOT_ENOUGH_MEMORY);
+    m_oEntries = directory.Entries();
+    for (const SZipEntry& entry : m_oEntries)
+        if (IsShownAsPacked(entry))
+            m_vecHiddenMethods.push_back(entry.aesMethodPosition);
     m_pArchive.reset(zip_open_from_source(source, ZIP_RDONLY, &m_oError));
     if (m_pArchive == nullptr) {
         zip_source_free(source);
-        return false;
+        return FailWith(ERROR_FILE_CORRUPT);
     }
-    const auto& entries = directory.Entries();
-    if (std::cmp_not_equal(zip_get_num_entries(m_pArchive.get(), 0), entries.size()))
-        return false;
-    for (std::size_t i = 0; i < entries.size(); ++i)
-        if (!CanRead(entries[i], i))
+    if (std::cmp_not_equal(zip_get_num_entries(m_pArchive.get(), 0), m_oEntries.size()))
+        return FailWith(ERROR_FILE_CORRUPT);
+    for (std::size_t i = 0; i < m_oEntries.size(); ++i)
+        if (!CanRead(m_oEntries[i], i))
             return false;
     return true;
 }
@@ -110,7 +163,7 @@ bool CZipReader::BeginEntry(std::size_t index, zip_flags_t flags) {
     m_pEntry.reset();
     const char* password = m_strPassWord.empty() ? nullptr : m_strPassWord.c_str();
     m_pEntry.reset(zip_fopen_index_encrypted(m_pArchive.get(), index, flags, password));
-    return m_pEntry != nullptr;
+    return m_pEntry != nullptr || FailFromZip(zip_get_error(m_pArchive.get()));
 }
 
 /// The zip library looks at the authentication code only when it is asked for more than the packed data, which its
@@ -128,19 +181,19 @@ bool CZipReader::Authenticate(std::size_t index) {
 }
 
 bool CZipReader::OpenEntry(std::size_t index) {
-    zip_stat_t status;
-    zip_stat_init(&status);
-    if (zip_stat_index(m_pArchive.get(), index, 0, &status) != 0)
+    m_pCurrent = &m_oEntries[index];
+    m_bIsChecksumIdle = false;
+    if (m_pCurrent->aesVersion != 0 && !Authenticate(index))
         return false;
-    const bool isAuthenticated =
-        status.encryption_method != ZIP_EM_NONE && status.encryption_method != ZIP_EM_TRAD_PKWARE;
-    return (!isAuthenticated || Authenticate(index)) && BeginEntry(index, 0);
+    m_bIsChecksumIdle = !HasChecksum(*m_pCurrent);
+    return BeginEntry(index, IsShownAsPacked(*m_pCurrent) ? ZIP_FL_COMPRESSED : 0);
 }
 
 bool CZipReader::Read(std::span<std::byte> bytes, std::size_t& count) {
     const zip_int64_t read = zip_fread(m_pEntry.get(), bytes.data(), bytes.size());
     count = read > 0 ? static_cast<std::size_t>(read) : 0;
-    return read >= 0;
+    const zip_error_t* const error = zip_file_get_error(m_pEntry.get());
+    return read >= 0 || (m_bIsChecksumIdle && zip_error_code_zip(error) == ZIP_ER_CRC) || FailFromZip(error);
 }
 
 } // namespace NSTQ::Providers

@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace NSTQ::Providers {
 
@@ -20,8 +21,11 @@ public:
     CZipReader& operator=(const CZipReader&) = delete;
     ~CZipReader();
 
-    /// Opens the archive, whose directory has been read. False when the zip library sees other entries in it than
-    /// the directory, or one that it can never unpack: an unknown method, or encrypted and there is no password.
+    /// What returns false leaves the cause in GetLastError, in the codes of CUnZip.
+
+    /// Opens the archive, whose directory has been read and outlives this. False when the zip library sees other
+    /// entries in it than the directory, or one that it can never unpack: an unknown method, or encrypted and there
+    /// is no password.
     bool Open(const CZipDirectory& directory);
     /// Begins the entry at `index` of the directory. False when it cannot be, as with a wrong password. An entry with
     /// an authentication code is read once as a whole first, so that nothing of a forged one is given out.
@@ -29,6 +33,8 @@ public:
     /// Gives the next bytes of the entry, and how many they are in `count`: 0 at its end. False when the entry is
     /// damaged, which includes a checksum that turns out at its end not to fit.
     bool Read(std::span<std::byte> bytes, std::size_t& count);
+    /// Returns false for an entry whose content is not what it should be.
+    bool FailAsDamaged() const;
 
 private:
     template <auto TCall>
@@ -41,14 +47,21 @@ private:
 
     static zip_int64_t Serve(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) noexcept;
     zip_int64_t ServeRead(std::span<unsigned char> bytes) noexcept;
+    void HideMethods(std::span<unsigned char> bytes) const;
     bool BeginEntry(std::size_t index, zip_flags_t flags);
     bool Authenticate(std::size_t index);
     bool CanRead(const SZipEntry& entry, std::size_t index) const;
+    bool FailFromZip(const zip_error_t* error) const;
 
     IRandomAccess& m_oInput;
     std::string m_strPassWord;
     std::uint64_t m_uPosition = 0;
     zip_error_t m_oError;
+    std::span<const SZipEntry> m_oEntries;
+    const SZipEntry* m_pCurrent = nullptr;
+    /// Where the methods of compression stand that the zip library is not shown, in ascending order.
+    std::vector<std::uint64_t> m_vecHiddenMethods;
+    bool m_bIsChecksumIdle = false;
     std::unique_ptr<zip_t, SCloser<zip_discard>> m_pArchive;
     std::unique_ptr<zip_file_t, SCloser<zip_fclose>> m_pEntry;
 };
