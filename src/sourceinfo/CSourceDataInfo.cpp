@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 #include "platform/common/CUnZip.h"
 #include "platform/common/SCFilePath.h"
+#include "platform/common/SCFolderTree.h"
 #include "platform/common/SCTmpDirPath.h"
 #include "platform/files/Files.h"
 
@@ -42,22 +43,7 @@ std::unique_ptr<char[]> CloneBuffer(const std::unique_ptr<char[]>& source, std::
     return clone;
 }
 
-bool EndsWithSeparator(std::string_view path) {
-    const auto* text = reinterpret_cast<const unsigned char*>(path.data());
-    if (path.empty() || (path.back() != '\\' && path.back() != '/'))
-        return false;
-    // The last byte of a double-byte character can have the value of a '\'.
-    return path.size() == 1 || _ismbslead(text, text + path.size() - 2) == 0;
-}
-
-bool IsDotEntry(const char* name) {
-    const auto* text = reinterpret_cast<const unsigned char*>(name);
-    return _mbscmp(text, reinterpret_cast<const unsigned char*>(".")) == 0 ||
-           _mbscmp(text, reinterpret_cast<const unsigned char*>("..")) == 0;
-}
-
-/// Closes a file or search handle when it goes out of scope.
-template <bool (*Close)(HANDLE)>
+/// Closes a file when it goes out of scope.
 class CScopedHandle {
 public:
     explicit CScopedHandle(HANDLE handle) : m_handle(handle) {}
@@ -65,7 +51,7 @@ public:
     CScopedHandle& operator=(const CScopedHandle&) = delete;
     ~CScopedHandle() {
         if (IsOpen())
-            Close(m_handle);
+            CloseHandle(m_handle);
     }
     bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
     HANDLE Get() const { return m_handle; }
@@ -197,8 +183,8 @@ CSourceDataInfo::ESourceDataOpen CSourceDataInfo::GetCreateTmpFileErr() {
 }
 
 bool CSourceDataInfo::ReadFixFile(const char* path) {
-    const CScopedHandle<CloseHandle> file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                                      OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    const CScopedHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     DWORD size = 0;
     if (!file.IsOpen() || !ReadFileWhole(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size)) {
         SetDataAccessErrorCode();
@@ -289,8 +275,8 @@ SCDeclareConstant::ESourceFileType CSourceDataInfo::FixSourceFileType(const char
 }
 
 SCDeclareConstant::ESourceFileType CSourceDataInfo::GetTextFileType(const char* path) {
-    const CScopedHandle<CloseHandle> file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                                      OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    const CScopedHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     if (!file.IsOpen())
         return SCDeclareConstant::SFT_UNKNOWN;
     const std::unique_ptr<char[]> bytes(new (std::nothrow) char[FIX_READ_BUFFSIZE]);
@@ -318,35 +304,8 @@ SCDeclareConstant::ESourceFileType CSourceDataInfo::SniffFirstLine(std::string_v
     return SCDeclareConstant::SFT_UNKNOWN;
 }
 
-/// Removes a folder with everything below it. Paths of 260 bytes or more are passed over.
 bool CSourceDataInfo::UncompressDeleteDirectory(const char* folder) {
-    std::string_view name(folder);
-    if (name.empty() || name.size() >= MAX_PATH)
-        return false;
-    std::array<char, MAX_PATH> path{};
-    std::size_t length = name.copy(path.data(), name.size());
-    if (!EndsWithSeparator(name))
-        path[length++] = '\\';
-    // Room for the "*" of the pattern and its NUL; entries have at least as long a name.
-    if (length + 1 >= path.size())
-        return RemoveDirectoryA(folder);
-
-    path[length] = '*';
-    WIN32_FIND_DATAA entry{};
-    {
-        const CScopedHandle<FindClose> search(FindFirstFileA(path.data(), &entry));
-        for (bool found = search.IsOpen(); found; found = FindNextFileA(search.Get(), &entry)) {
-            const std::string_view child(entry.cFileName);
-            if (IsDotEntry(entry.cFileName) || length + child.size() >= path.size())
-                continue;
-            path[length + child.copy(path.data() + length, child.size())] = '\0';
-            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-                UncompressDeleteDirectory(path.data());
-            else
-                DeleteFileA(path.data());
-        }
-    }
-    return RemoveDirectoryA(folder);
+    return SCFolderTree::Remove(folder);
 }
 
 bool CSourceDataInfo::IsDBSourceData(SCDeclareConstant::ESourceFileType type) const {

@@ -4,6 +4,8 @@
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -73,6 +75,49 @@ TEST_F(Package, RemovalStaysInsideTheFolder) {
     EXPECT_FALSE(fs::exists(fs::symlink_status(unpacked)));
     EXPECT_EQ(m_folder.ReadFile("victim"), "kept");
     EXPECT_EQ(m_folder.ReadFile("tmp/victims/victim"), "kept");
+}
+
+TEST_F(Package, NothingOfItStaysWhateverItsNames) {
+    const auto repeat = [](const std::string& text, int times) {
+        std::string all;
+        while (times-- > 0)
+            all += text;
+        return all;
+    };
+    const std::string names[] = {std::string(100, 'a') + '/' + std::string(100, 'b') + '/' + std::string(50, 'c'),
+                                 repeat("d/", 60) + "x", repeat("가", 24) + ".csv", repeat("é", 127)};
+    for (const std::string& name : names)
+        for (const bool isGood : {true, false}) {
+            const auto crc = Tests::Crc32(isGood ? "1" : "2");
+            EXPECT_EQ(Prepare(Tests::MakeZip(
+                          {{.name = name, .flags = Tests::utf8Flag}, {.name = "x", .content = "1", .crc = crc}})),
+                      isGood ? CSourceDataInfo::SDO_PACKAGE : CSourceDataInfo::SDO_PASSWORD_ERROR);
+            ASSERT_TRUE(fs::exists(Unpacked() + '/' + name)) << name;
+            m_info = std::make_unique<CSourceDataInfo>();
+            EXPECT_TRUE(fs::is_empty(m_folder.Path("tmp/tqc-" + std::to_string(::geteuid()) + "/Core/tqcAccess")));
+        }
+}
+
+/// Deeper than paths can be and descriptors go.
+TEST_F(Package, ADeepFolderIsRemoved) {
+    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+    const std::string unpacked = Unpacked();
+    int folder = ::open(unpacked.c_str(), O_DIRECTORY);
+    const std::string name(100, 'd');
+    for (int level = 0; level < 100; ++level) {
+        ASSERT_EQ(::mkdirat(folder, name.c_str(), 0700), 0);
+        const int next = ::openat(folder, name.c_str(), O_DIRECTORY);
+        ::close(folder);
+        folder = next;
+    }
+    ::close(folder);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit few{static_cast<rlim_t>(folder) + 3, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    m_info.reset();
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_FALSE(fs::exists(unpacked));
 }
 
 TEST_F(Package, AFolderThatBecameALinkIsNotEntered) {

@@ -10,8 +10,8 @@
 //                of more than RATIO_FREE_SIZE bytes that claims more than MAX_RATIO times its packed size
 //   names        an entry's name is empty or has an empty part, ".", "..", a drive letter ("C:"), a separator at its
 //                start, a control character, more than MAX_DEPTH parts or MAX_PATH_SIZE bytes, a part of more than
-//                255 bytes (or 259 in the ANSI form that a folder listing gives), bytes that are not UTF-8 where it
-//                claims to be, or characters that the ANSI code page does not have
+//                255 bytes, bytes that are not UTF-8 where it claims to be, or characters that the ANSI code page
+//                does not have
 //   conflicts    two entries have the same path, or one is a file where another needs a folder (letter case counts)
 //   kinds        an entry is a link, a device, a pipe or a socket by its attributes, or a folder with content
 //   methods      a compression or encryption is unknown, or an entry is encrypted and the password is empty

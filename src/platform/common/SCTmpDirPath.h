@@ -24,8 +24,8 @@ public:
     ///
     /// `pSubFolder` has `dwSubFolderLen` bytes (a NUL before ends it; null means none), '\' or '/' between its parts
     /// and, if wanted, at its end. `pPrefix` (null means none) has no separator. Both are texts in the ANSI code
-    /// page, and so is the result, whose separators are '/'; what the code page cannot carry is escaped as
-    /// FindFirstFileA does.
+    /// page, and so is the result, whose separators are '/'; what the code page cannot carry is escaped (see
+    /// Path.h).
     ///
     /// Returns false on failure, with the cause in GetLastError (122 when the room does not do, 87 for a sub-folder
     /// or prefix that leads elsewhere, such as ".."); `pPath` is then an empty text, if it has room for one, and

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace NSTQ::Platform {
 
@@ -13,7 +14,10 @@ public:
     CDescriptor(const CDescriptor&) = delete;
     CDescriptor& operator=(const CDescriptor&) = delete;
     CDescriptor(CDescriptor&& other) noexcept : m_iDescriptor(other.Release()) {}
-    CDescriptor& operator=(CDescriptor&&) = delete;
+    CDescriptor& operator=(CDescriptor&& other) noexcept {
+        std::swap(m_iDescriptor, other.m_iDescriptor);
+        return *this;
+    }
     /// Keeps errno, so that a failing path still sees what it failed with.
     ~CDescriptor() {
         const int error = errno;

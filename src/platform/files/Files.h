@@ -2,10 +2,13 @@
 //
 // Paths are texts in the ANSI code page. They are turned into UTF-8 first and only then are '\' and '/' both taken as
 // separators, because 0x5C is also a trail byte of Shift_JIS. With code page 65001 the bytes go through unchanged.
-// Escapes that a folder listing gives (see FindFirstFileA) are taken back last, so that an escaped '\' is part of a
-// name. A path may have any length that the system takes. Every call with a path fails with 3 when it is null, empty
-// or leads through a missing folder, 123 when the code page does not have its characters, 111 when a name or the path
-// is too long for the system and 206 when it is longer than any path of the system could be.
+// A name of the system that the page or the two separators cannot carry, such as one in TMPDIR, is given with
+// escapes: 0x01 and two hexadecimal digits (upper case) for each byte of its UTF-8 form that cannot stand. Those for
+// '\', 0x01 and bytes from 0x80 on are taken back last, so that an escaped '\' is part of a name; any other gives
+// 123, so that none can stand for a separator or "..". A path may have any length that the system takes. Every call
+// with a path fails with 3 when it is null, empty or leads through a missing folder, 123 when the code page does not
+// have its characters, 111 when a name or the path is too long for the system and 206 when it is longer than any path
+// of the system could be.
 //
 // Errors are Windows error codes, kept per thread and read with GetLastError; calls interrupted by a signal are made
 // again. A call that succeeds leaves the code as it is or unspecified, except where it says otherwise. A failing call
@@ -32,7 +35,6 @@ inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
 inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
 inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
 inline constexpr DWORD ERROR_INVALID_DATA = 13;
-inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
 inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
 inline constexpr DWORD ERROR_CRC = 23;
 inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
@@ -60,10 +62,7 @@ inline constexpr DWORD CREATE_NEW = 1;
 inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
 inline constexpr DWORD FILE_FLAG_SEQUENTIAL_SCAN = 0x08000000;
-inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x01;
-inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
-inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
@@ -73,11 +72,6 @@ inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintpt
 
 union LARGE_INTEGER {
     LONGLONG QuadPart;
-};
-
-struct WIN32_FIND_DATAA {
-    DWORD dwFileAttributes;
-    char cFileName[MAX_PATH];
 };
 
 /// The calling thread's error code of its last failed call here.
@@ -128,27 +122,9 @@ bool GetFileSizeEx(HANDLE file, LARGE_INTEGER* size);
 /// as well.
 bool CloseHandle(HANDLE file);
 
-/// Lists a folder: `pattern` is a folder path followed by a separator and "*"; other patterns give 123. The entries
-/// come in the system's order, "." and ".." among them. A link is an entry of its own (0x400, never a folder), and a
-/// folder that is itself reached through a link as the last component is not opened (3, as for no folder).
-/// Attributes: 0x10 for a folder, 0x01 for what has no write permission bit at all, 0x80 for the rest.
-///
-/// A name that the ANSI code page or the two separators cannot carry is given in a form that leads back to the same
-/// file: each byte of its UTF-8 name that cannot stand is 0x01 and two hexadecimal digits (upper case). A byte 0x01
-/// is escaped itself. Paths may hold such escapes for '\', 0x01 and bytes from 0x80 on; any other gives 123, so that
-/// none can stand for a separator or "..". Entries whose name does not fit `cFileName` are passed over.
-///
-/// Returns INVALID_HANDLE_VALUE on failure. The handle is closed with FindClose.
-HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* data);
-/// The next entry; 18 at the end. `*data` is unspecified on failure.
-bool FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
-bool FindClose(HANDLE search);
-
 /// Deletes a file or a link (not what it points to), open or not. A folder and a file without any write permission
 /// bit, which is what read-only means here, give 5.
 bool DeleteFileA(const char* path);
-/// Removes an empty folder (145 when it is not empty); a link or a file in its place is left alone (5).
-bool RemoveDirectoryA(const char* path);
 
 } // namespace NSTQ::Platform
 #endif

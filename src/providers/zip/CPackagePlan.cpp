@@ -35,11 +35,9 @@ bool IsDriveLetter(std::string_view part) {
     return part.size() >= 2 && part[1] == ':' && ((part[0] | 0x20) >= 'a' && (part[0] | 0x20) <= 'z');
 }
 
-/// A part that a folder listing could not give back could never be removed again.
 bool IsPartAllowed(std::string_view part) {
     constexpr std::size_t maxPartSize = 255;
-    return !part.empty() && part != "." && part != ".." && part.size() <= maxPartSize && !IsDriveLetter(part) &&
-           Platform::ConvertToAnsiName(part).size() < Platform::MAX_PATH;
+    return !part.empty() && part != "." && part != ".." && part.size() <= maxPartSize && !IsDriveLetter(part);
 }
 
 bool IsPathAllowed(std::string_view path) {

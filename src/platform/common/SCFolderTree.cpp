@@ -1,0 +1,143 @@
+#include "platform/common/SCFolderTree.h"
+
+#include "platform/files/Descriptor.h"
+#include "platform/files/ErrorTable.h"
+#include "platform/files/Path.h"
+#include "platform/files/SystemCall.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NSTQ::NSTQCore {
+
+namespace {
+
+using namespace Platform;
+
+/// A folder on the way down. The two numbers tell it from every other one.
+struct SLevel {
+    std::string name;
+    dev_t device = 0;
+    ino_t number = 0;
+    std::vector<std::string> folders; ///< those in it that are left to remove
+};
+
+/// Only the last name of `path` counts when it is a link.
+CDescriptor OpenFolder(int parent, const char* path) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
+    return CDescriptor(RetryInterrupted([&] { return ::openat(parent, path, flags); }));
+}
+
+void RemoveFolder(int parent, const char* path) {
+    RetryInterrupted([&] { return ::unlinkat(parent, path, AT_REMOVEDIR); });
+}
+
+/// All of them before one is removed, because a listing may pass over entries when the folder changes under it.
+std::vector<std::string> ListNames(int folder) {
+    std::vector<std::string> names;
+    CDescriptor own = OpenFolder(folder, ".");
+    const std::unique_ptr<DIR, decltype([](DIR* stream) { ::closedir(stream); })> stream(
+        own.IsOpen() ? ::fdopendir(own.Get()) : nullptr);
+    if (stream == nullptr)
+        return names;
+    own.Release();
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(stream.get());
+        if (entry == nullptr && errno == EINTR)
+            continue;
+        if (entry == nullptr)
+            return names;
+        if (std::string_view name = entry->d_name; name != "." && name != "..")
+            names.emplace_back(name);
+    }
+}
+
+/// Goes through a tree from the folder that it is given, downwards and back.
+class CTreeRemoval {
+public:
+    explicit CTreeRemoval(CDescriptor root) : m_oFolder(std::move(root)) { Enter({}); }
+
+    void Run() {
+        while (m_vecLevels.size() > 1 || !m_vecLevels.back().folders.empty()) {
+            if (!m_vecLevels.back().folders.empty())
+                GoDown();
+            else if (!GoUp())
+                return;
+        }
+    }
+
+private:
+    /// Removes what is no folder from the one that is open, and notes the folders in it.
+    void Enter(std::string name) {
+        constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+        SLevel level{.name = std::move(name), .folders = {}};
+        struct stat status {};
+        if (RetryInterrupted([&] { return ::fstat(m_oFolder.Get(), &status); }) == 0) {
+            level.device = status.st_dev;
+            level.number = status.st_ino;
+        }
+        for (std::string& entry : ListNames(m_oFolder.Get())) {
+            const auto look = [&] { return ::fstatat(m_oFolder.Get(), entry.c_str(), &status, AT_SYMLINK_NOFOLLOW); };
+            if (RetryInterrupted(look) != 0)
+                continue;
+            if (S_ISDIR(status.st_mode))
+                level.folders.push_back(std::move(entry));
+            else if (S_ISLNK(status.st_mode) || (status.st_mode & anyWrite) != 0)
+                RetryInterrupted([&] { return ::unlinkat(m_oFolder.Get(), entry.c_str(), 0); });
+        }
+        m_vecLevels.push_back(std::move(level));
+    }
+
+    void GoDown() {
+        std::string name = std::move(m_vecLevels.back().folders.back());
+        m_vecLevels.back().folders.pop_back();
+        CDescriptor folder = OpenFolder(m_oFolder.Get(), name.c_str());
+        if (!folder.IsOpen()) {
+            // One that cannot be listed may still be empty.
+            RemoveFolder(m_oFolder.Get(), name.c_str());
+            return;
+        }
+        m_oFolder = std::move(folder);
+        Enter(std::move(name));
+    }
+
+    /// False when the folder above is another one than that which was come from: somebody has moved this one.
+    bool GoUp() {
+        const std::string name = std::move(m_vecLevels.back().name);
+        m_vecLevels.pop_back();
+        const SLevel& level = m_vecLevels.back();
+        CDescriptor folder = OpenFolder(m_oFolder.Get(), "..");
+        struct stat status {};
+        if (!folder.IsOpen() || RetryInterrupted([&] { return ::fstat(folder.Get(), &status); }) != 0 ||
+            status.st_dev != level.device || status.st_ino != level.number)
+            return false;
+        m_oFolder = std::move(folder);
+        RemoveFolder(m_oFolder.Get(), name.c_str());
+        return true;
+    }
+
+    CDescriptor m_oFolder; ///< that of the last level
+    std::vector<SLevel> m_vecLevels;
+};
+
+} // namespace
+
+bool SCFolderTree::Remove(const char* pFolder) {
+    std::string path;
+    if (!MakeSystemPath(pFolder, path))
+        return false;
+    // A separator at the end would make the system follow a link there.
+    path.resize(path.find_last_not_of('/') + 1);
+    if (CDescriptor root = OpenFolder(AT_FDCWD, path.c_str()); root.IsOpen())
+        CTreeRemoval(std::move(root)).Run();
+    return RetryInterrupted([&] { return ::rmdir(path.c_str()); }) == 0 || FailFromSystem(path);
+}
+
+} // namespace NSTQ::NSTQCore
