@@ -26,8 +26,9 @@ TEST(AccessListing, OffersTablesAndQueriesInTheOrderOfNames) {
         for (const char* name : {"beta", "Gamma", "alpha 2", "~TMPCLP1", "Z$", "beta 10"})
             writer.AddTable(name, {{"a", Long}}).Add({std::int64_t{1}});
         writer.AddTable("MSysOther", {{"a", Long}}, {.isSystem = true}, CAccessWriter::systemFlag);
-        writer.AddTable("Hidden", {{"a", Long}}, {}, CAccessWriter::hiddenFlag);
+        writer.AddTable("Hidden", {{"a", Long}}, {}, CAccessWriter::hiddenFlag).Add({std::int64_t{2}});
         writer.AddTable("Own", {{"a", Long}}, {}, 2);
+        writer.AddTable("Gone", {{"a", Long}}, {}, CAccessWriter::hiddenFlag | 1);
         writer.AddObject("Elsewhere", linked, 0x200000);
         writer.AddObject("Server", linkedOdbc, 0x100000);
         writer.AddObject("Form1", form, 0);
@@ -35,9 +36,9 @@ TEST(AccessListing, OffersTablesAndQueriesInTheOrderOfNames) {
         AddSelection(writer, "Delta");
         AddSelection(writer, "~sq_fForm1");
         CAccessFile file(writer.Finish().Bytes(), version > EJet::Jet4 ? "data.accdb" : "data.mdb");
-        EXPECT_EQ(file.Names(), "alpha 2|beta|beta 10|Delta|Gamma|Z$") << int(version);
+        EXPECT_EQ(file.Names(), "alpha 2|beta|beta 10|Delta|Gamma|Hidden|Z$") << int(version);
         EXPECT_EQ(file.Rows("beta"), "1\n") << int(version);
-        EXPECT_EQ(file.Rows("Delta"), "1\n") << int(version);
+        EXPECT_EQ(file.Rows("Delta") + file.Rows("Hidden"), "1\n2\n") << int(version);
     }
 }
 

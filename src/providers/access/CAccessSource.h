@@ -14,9 +14,9 @@ public:
         : m_pDatabase(std::move(database)), m_catalogue(m_pDatabase) {}
 
     /// Tables and queries in the order of their names, whatever the case of letters:
-    ///   TABLE          tables of the user
+    ///   TABLE          tables of the user, also those that are hidden
     ///   VIEW           queries that can be run
-    ///   ACCESS TABLE   tables of the program, hidden tables and temporary ones
+    ///   ACCESS TABLE   tables of the program and temporary ones
     ///   SYSTEM TABLE   what the database is made of
     ///   LINK           tables in other databases, PASS-THROUGH when they are reached through ODBC
     std::vector<Platform::STableSchema> ListTables() override;

@@ -22,12 +22,13 @@ constexpr std::uint32_t linkedType = 6;
 
 constexpr std::uint32_t systemFlag = 0x80000000;
 constexpr std::uint32_t programFlag = 0x2;
-constexpr std::uint32_t hiddenFlags = 0x1 | 0x8;
+/// Of what goes when the database is compacted. Those that their user has hidden (0x8) are data like any others.
+constexpr std::uint32_t temporaryFlag = 0x1;
 constexpr std::u16string_view programPrefix = u"MSys";
 constexpr char16_t temporarySign = u'~';
 
 std::optional<EObjectKind> GetKind(std::uint32_t type, std::uint32_t flags, std::u16string_view name) {
-    const bool isOfProgram = (flags & (programFlag | hiddenFlags)) != 0 || name.front() == temporarySign ||
+    const bool isOfProgram = (flags & (programFlag | temporaryFlag)) != 0 || name.front() == temporarySign ||
                              IsEqualIgnoringCase(name.substr(0, programPrefix.size()), programPrefix);
     switch (type) {
     case tableType:

@@ -13,7 +13,7 @@ namespace NSTQ::Providers {
 
 enum class EObjectKind {
     Table,
-    AccessTable, ///< of the program itself, hidden, or about to be deleted
+    AccessTable, ///< of the program itself, or about to be deleted
     SystemTable,
     LinkedTable, ///< in another database
     LinkedOdbcTable,
