@@ -68,4 +68,8 @@ TQCACCESS_API int _mbscmp(const unsigned char* left, const unsigned char* right)
 /// lead byte are characters of their own.
 TQCACCESS_API std::size_t KeptTextLength(const char* text, std::size_t length, std::size_t limit);
 
+/// How many of the `length` bytes of a text are well-formed UTF-8, up to the first that is not or is the beginning of
+/// a sequence that `length` cuts off; `length` when all are. NULs are characters like any other.
+TQCACCESS_API std::size_t CountValidUtf8(const char* text, std::size_t length);
+
 } // namespace NSTQ::Platform

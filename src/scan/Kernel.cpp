@@ -5,7 +5,8 @@
 namespace NSTQ::Scan {
 namespace {
 
-constexpr SKernel kernelScalar = {EKernel::Scalar, "scalar", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+constexpr SKernel kernelScalar = {EKernel::Scalar, "scalar", nullptr, nullptr, nullptr,
+                                  nullptr,         nullptr,  nullptr, nullptr};
 
 #if defined(__x86_64__)
 

@@ -10,6 +10,8 @@
 
 #include "platform/Types.h"
 
+#include <cstddef>
+
 namespace NSTQ::Scan {
 
 enum class EKernel { Scalar, Sse2, Avx2, Avx512 };
@@ -117,6 +119,9 @@ struct SKernel {
     /// Fields as CSV, with a separator before each but the row's first. Stops before one that may not fit. Bytes of a
     /// field's last page may be read behind its end.
     void (*pWriteFields)(SRow& row);
+    /// How many bytes at the beginning of `text` are well-formed UTF-8, in whole characters. It may be fewer than
+    /// there are: the blocks before the one with the first invalid byte, or before the last one.
+    std::size_t (*pCountUtf8)(const unsigned char* text, std::size_t size);
 };
 
 /// Whether the two bytes are ordinary: only then may text that they structure be given to a kernel. A line end whose

@@ -5,6 +5,7 @@
 #include "scan/CFieldBlocks.h"
 #include "scan/CRowWriter.h"
 #include "scan/CTextCollector.h"
+#include "scan/CUtf8Check.h"
 #include "scan/TextRun.h"
 
 namespace NSTQ::Scan {
@@ -14,7 +15,7 @@ template <class TBlock, class TChunk, class TColumnChunk>
 class CKernelOf {
 public:
     static constexpr SKernel Make(EKernel eKernel, const char* pName) {
-        return {eKernel, pName, ReadFields, CopyText, CollectText, SplitTexts, ReadColumns, WriteFields};
+        return {eKernel, pName, ReadFields, CopyText, CollectText, SplitTexts, ReadColumns, WriteFields, CountUtf8};
     }
 
 private:
@@ -26,6 +27,9 @@ private:
     static void SplitTexts(STexts& texts) { Scan::SplitTexts<TBlock>(texts); }
     static void ReadColumns(SColumns& columns) { CColumnReader<TColumnChunk, TBlock>::Read(columns); }
     static void WriteFields(SRow& row) { CRowWriter<TChunk>(row).Write(row); }
+    static std::size_t CountUtf8(const unsigned char* text, std::size_t size) {
+        return CUtf8Check<TBlock>().Count(text, size);
+    }
 };
 
 } // namespace NSTQ::Scan

@@ -161,7 +161,7 @@ std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t siz
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
         return converted + Platform::ConvertUtf8ToAnsi(pText + converted, size - converted);
     // Not the length tells: three bytes that are no character give the three of U+FFFD.
-    if (Platform::CountValidUtf8(pText, size) == size)
+    if (Platform::CountValidUtf8(reinterpret_cast<const char*>(pText), size) == size)
         return size;
     const std::size_t mended = Platform::MendUtf8(pText, size, nullptr, 0);
     if (mended > m_dwLineSizeLimit)

@@ -26,6 +26,9 @@ protected:
 };
 
 TEST_F(Convert, BetweenEncodings) {
+    // The reader's next fill begins with the third byte of what is put behind.
+    const std::string line(999, 'x'), fill = Repeat(line + "\n", 63) + line.substr(1);
+    const std::string fillOut = Repeat(line + "\r\n", 63) + line.substr(1);
     const SCase cases[] = {
         {"a.csv --encoding shift_jis", SJIS, UTF8_OUT},
         {"a.csv --output-encoding 932", MARK + UTF8, SJIS_OUT},
@@ -36,8 +39,38 @@ TEST_F(Convert, BetweenEncodings) {
         // Characters that the output has not, or in another form only, and bytes that are none in the source.
         {"a.csv --output-encoding 932", "a,\xC3\xA9\xE2\x82\xAC\nb\n", "a,e?\r\nb\r\n", "row 1: replaced", 1},
         {"a.csv --output-encoding 932", "\xC2\xA5\n", "\\\r\n", "row 1: replaced", 1},
-        {"a.csv --encoding 932", "a,\x81\x20\xFFz\n", "a,\xE3\x83\xBB\xEF\xA3\xB3z\r\n", "no character", 1},
+        {"a.csv --encoding 932", "a,\x81\x20\xFFz\n", "a,\xE3\x83\xBB\xEF\xA3\xB3z\r\n",
+         "row 1: bytes that are not valid shift_jis", 1},
         {"a.csv --output-encoding 932 --strict", "a\n\xE2\x82\xAC\n", "a\r\n", "row 2: characters", 5},
+        // Bytes that are not UTF-8, and what they are taken for when nobody says it.
+        {"a.csv --add-bom", "a\n" + SJIS, MARK + "a\r\n\xEF\xBF\xBD\\,a b,1\r\n",
+         "row 2: bytes that are not valid utf-8, replaced; try another --encoding", 1},
+        {"a.csv --output-encoding 932 --encoding utf-8", SJIS, "?\\,a b,1\r\n", "a.csv: row 1: bytes that", 1},
+        {"a.csv --quiet --strict", "a\n\xC3\n", "a\r\n", "row 2: bytes that are not valid utf-8; try another", 5},
+        {"a.csv --on-error skip", "a\n\xE8\xA1,\xF4\x8F\xBFz\n", "a\r\n", "row 2: rejected: bytes that", 1},
+        {"a.txt --widths 2,1", "\xE8\xA1\xA8\n", "\xEF\xBF\xBD,\xEF\xBF\xBD\r\n", "row 1: bytes that", 1},
+        {"preview a.csv", "\xC8\xAD\xC8\xAD\xC1\n", "\xC8\xAD\xC8\xAD\xEF\xBF\xBD\n", "a.csv: mostly UTF-8"},
+        {"a.csv --limit 0",
+         "\x83"
+         "f\x81[\x83^,\x96\xBC\x8C\xC3\x89\xAE\x82\xCC\x95\x5C\n",
+         "", "not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis"}, // データ,名古屋の表
+        {"a.csv --limit 0", "\xC3\xDE\xB0\xC0 \xCC\xDE\xC2,1\n", "",
+         "not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis"}, // ﾃﾞｰﾀ ﾌﾞﾂ,1
+        {"a.csv --limit 0", "\xBC\xAD\xBF\xEF \xC0\xCC\xB8\xA7\n", "",
+         "not UTF-8, probably 949 (cp949); if so, give --encoding cp949"}, // 서울 이름
+        {"a.csv --limit 0", "\xCE\xD2\xC3\xC7\xCA\xC7\xD4\xDA\xD6\xD0\xB9\xFA\xB5\xC4\xC8\xCB\n", "",
+         "not UTF-8, probably 936 (gbk); if so, give --encoding gbk"}, // 我们是在中国的人
+        {"a.csv --limit 0", "\xBBO\xA5_\xA4\xD1\xAE\xF0,\xA7\xDA\xAD\xCC\xACO\n", "",
+         "not UTF-8, probably 950 (big5); if so, give --encoding big5"}, // 臺北天氣,我們是
+        {"a.csv --limit 0",
+         "Gr\xF6\xDF"
+         "e,\xE9t\xE9\n",
+         "", "not UTF-8, probably 1252 (cp1252); if so, give --encoding cp1252"}, // Größe,été
+        {"a.csv --limit 0", "\xA4\xEA\xA4\xF3\xA4\xB4\xA4\xAF\xA4\xC0\xA4\xB5\xA4\xA4\xC9\xBD\n", "",
+         "a.csv: not UTF-8; give its encoding with --encoding: 932"}, // りんごください表 in EUC
+        {"a.csv --limit 0", UTF8 + UTF8 + "\xFF\n", "", "a.csv: mostly UTF-8"},
+        {"a.csv", fill + "\xE8\xA1\xA8\nz\n", fillOut + "\xE8\xA1\xA8\r\nz\r\n"},
+        {"a.csv", fill + "\xE8\xA1z\n", fillOut + "\xEF\xBF\xBDz\r\n", "a.csv: row 64: bytes that", 1},
         // Another code of a character, and a character that stands in for undefined ones, are no loss.
         {"a.csv --encoding 932", "\x87\x90?,1\n", "\xE2\x89\x92?,1\r\n"},
         {"a.csv --encoding 932", "\x81\x45,1\n", "\xE3\x83\xBB,1\r\n"},

@@ -27,6 +27,7 @@ protected:
             {"a.tsv", "t\tu\n"},
             {"bad.csv", MARK + "a,b\r\nc,\"d\"\",\",e\r\nf,g\r\nh,i,j\r\n"},
             {"long.csv", "a\n" + std::string(70'000, 'x') + "\nb\n"},
+            {"sjis.csv", "\x95\x5C,1\n"},
             {"fix.txt", "ab1\ncd2!\nef3\n"},
             {"euro.csv", "a,\xE2\x82\xAC\nb,c\n"},
             {"z.xtqf", MakeZip({{.name = "TqData\\SourceFile.csv", .content = "k,l\nm,n,o\n"}})},
@@ -91,6 +92,9 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         {"euro.csv --output-encoding 932 --strict --rejects r", "", "b,c\r\n", "row 1: rejected: characters", 1,
          "r{" + head + "1,0,\"characters that 932 (shift_jis) does not have\",\"a,\xE2\x82\xAC\",\"euro.csv\"\r\n}"},
         {"euro.csv --header --output-encoding 932 --strict --on-error skip", "", "", "row 1: characters", 5},
+        {"b.csv sjis.csv -o o --add-bom --rejects r", "", "", "sjis.csv: row 1: rejected: bytes", 1,
+         "o{" + MARK + "n,v\r\n3,x\r\n}r{" + head +
+             "1,0,\"bytes that are not valid utf-8\",\"\x95\x5C,1\",\"sjis.csv\"\r\n}"},
         {"b.csv --rejects r", "", "n,v\r\n3,x\r\n", "", 0, "r{" + head + "}"},
         {"b.csv --rejects b.csv", "", "", "is an input or the output as well", 2},
         {"b.csv --rejects o -o o", "", "", "is an input or the output as well", 2},

@@ -139,7 +139,8 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
 
 TEST_F(Tool, InfoTellsWhatTheSamplesAre) {
     const std::pair<const char*, const char*> cases[] = {
-        {"prices-sjis.csv", "comma-separated text,not UTF-8 (give --code-page, such as 932),CR LF"},
+        {"prices-sjis.csv",
+         "comma-separated text,not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis,CR LF"},
         {"prices-sjis.csv --code-page 932", "comma-separated text,code page 932 (shift_jis),CR LF"},
         {"prices-utf8.csv --code-page 932", "comma-separated text,UTF-8 (with a mark),CR LF"},
         {"stock.tsv", "tab-separated text,UTF-8,LF"},

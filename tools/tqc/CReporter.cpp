@@ -16,6 +16,13 @@ constexpr std::uint64_t REPORTS_MAX = 10;
 CReporter::CReporter(std::string strFile, bool bQuiet, CProgressBar& bar)
     : m_strFile(std::move(strFile)), m_bQuiet(bQuiet), m_bar(bar) {}
 
+void CReporter::Note(const std::string& what) {
+    if (what.empty() || m_bQuiet)
+        return;
+    m_bar.Clear();
+    Print(m_strFile + ": " + what);
+}
+
 void CReporter::ReportRow(const std::string& strRow, const std::string& what) {
     if (++m_ullReports > REPORTS_MAX || m_bQuiet)
         return;

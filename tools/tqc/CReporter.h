@@ -14,6 +14,8 @@ public:
     /// `bQuiet` leaves out everything here; failures are not reported here. `bar` must outlive the reporter.
     CReporter(std::string strFile, bool bQuiet, CProgressBar& bar);
 
+    /// Something about the whole file; nothing when empty.
+    void Note(const std::string& what);
     /// A row, such as "row 3", that was cut, left out or changed. After the first ten only their number is kept.
     void ReportRow(const std::string& strRow, const std::string& what);
     /// Says how many reports were kept back.

@@ -12,8 +12,15 @@ namespace NSTQ::Tool {
 
 using namespace NSTQ::Platform;
 
+namespace {
+
+/// What undefined bytes become, by the page.
+constexpr std::u16string_view STAND_INS = u"?\u30FB\uFFFD";
+
+} // namespace
+
 CRowEncoder::CRowEncoder(unsigned codePage, std::size_t fieldLengthMax)
-    : m_uCodePage(codePage), m_fieldLengthMax(fieldLengthMax), m_bIdle(codePage == GetAnsiCodePage()),
+    : m_uSourcePage(GetAnsiCodePage()), m_uCodePage(codePage), m_fieldLengthMax(fieldLengthMax),
       m_strName(SCCodePageNames::Describe(codePage)) {}
 
 bool CRowEncoder::IsAscii(const char* pText, std::size_t length) {
@@ -28,12 +35,33 @@ bool CRowEncoder::IsAscii(const char* pText, std::size_t length) {
     return (high & 0x8080808080808080U) == 0;
 }
 
-void CRowEncoder::Encode(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
-    m_strLoss.clear();
+/// Fields that a reader has put one behind the other, with a NUL between, are looked at in one go.
+bool CRowEncoder::AreUtf8(const char* const* ppFields, const WORD* pLengths, DWORD dwCount) {
+    for (DWORD i = 0; i < dwCount;) {
+        const char* const begin = ppFields[i];
+        const char* end = begin + pLengths[i];
+        while (++i < dwCount && ppFields[i] == end + 1)
+            end = ppFields[i] + pLengths[i];
+        const auto size = static_cast<std::size_t>(end - begin);
+        if (CountValidUtf8(begin, size) != size)
+            return false;
+    }
+    return true;
+}
+
+bool CRowEncoder::StayAsTheyAre(const char* const* ppFields, const WORD* pLengths, DWORD dwCount) const {
+    if (m_uCodePage == m_uSourcePage)
+        return m_uCodePage != CP_UTF8 || AreUtf8(ppFields, pLengths, dwCount);
     bool isAscii = true;
     for (DWORD i = 0; i < dwCount && isAscii; ++i)
         isAscii = IsAscii(ppFields[i], pLengths[i]);
-    if (isAscii)
+    return isAscii;
+}
+
+void CRowEncoder::Encode(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
+    m_strSourceLoss.clear();
+    m_strLoss.clear();
+    if (StayAsTheyAre(ppFields, pLengths, dwCount))
         return;
     m_strText.clear();
     m_vecStarts.clear();
@@ -58,8 +86,8 @@ void CRowEncoder::EncodeField(const char* pText, WORD wLength) {
                                 : WideCharToMultiByte(m_uCodePage, 0, m_vecWide.data(), units, &m_strText[start],
                                                       units * 3, nullptr, nullptr);
     m_strText.resize(start + static_cast<std::size_t>(size));
-    if (!IsDefined(pText, wLength, units))
-        AddLoss("bytes that are no character in " + SCCodePageNames::Describe(GetAnsiCodePage()));
+    if (!AreDefined({pText, wLength}, units))
+        m_strSourceLoss = "bytes that are not valid " + SCCodePageNames::NameOf(m_uSourcePage);
     if (m_uCodePage != CP_UTF8 && !IsKept(start, units))
         AddLoss("characters that " + m_strName + " does not have");
     if (m_strText.size() - start > m_fieldLengthMax) {
@@ -86,25 +114,29 @@ std::size_t CRowEncoder::FittingLength(int units) const {
     return length(fits);
 }
 
-/// Whether the source's bytes mean something. Several pages give one character two codes, so bytes that do not come
-/// back are no fault by themselves; they are where they become what stands in for undefined ones.
-bool CRowEncoder::IsDefined(const char* pText, int length, int units) {
-    constexpr std::u16string_view standIns = u"?\u30FB\uFFFD";
+/// Whether the source's bytes mean something.
+bool CRowEncoder::AreDefined(std::string_view text, int units) const {
     const std::u16string_view wide(m_vecWide.data(), static_cast<std::size_t>(units));
-    if (wide.find_first_of(standIns) == std::u16string_view::npos)
+    if (wide.find_first_of(STAND_INS) == std::u16string_view::npos)
         return true;
-    for (std::string_view text(pText, static_cast<std::size_t>(length)); !text.empty();) {
+    while (!text.empty()) {
         const std::string_view character = FirstCharacter(text);
-        std::array<WCHAR, 4> decoded{};
-        std::array<char, 4> back{};
-        MultiByteToWideChar(CP_ACP, 0, character.data(), static_cast<int>(character.size()), decoded.data(), 4);
-        const int size = WideCharToMultiByte(CP_ACP, 0, decoded.data(), 1, back.data(), 4, nullptr, nullptr);
-        if (standIns.find(decoded[0]) != std::u16string_view::npos &&
-            character != std::string_view(back.data(), static_cast<std::size_t>(size)))
+        if (!IsDefined(m_uSourcePage, character))
             return false;
         text.remove_prefix(character.size());
     }
     return true;
+}
+
+/// Several pages give one character two codes, so bytes that do not come back are no fault by themselves; they are
+/// where they become what stands in for undefined ones.
+bool CRowEncoder::IsDefined(unsigned codePage, std::string_view character) {
+    std::array<WCHAR, 4> decoded{};
+    std::array<char, 4> back{};
+    MultiByteToWideChar(codePage, 0, character.data(), static_cast<int>(character.size()), decoded.data(), 4);
+    const int size = WideCharToMultiByte(codePage, 0, decoded.data(), 1, back.data(), 4, nullptr, nullptr);
+    return STAND_INS.find(decoded[0]) == std::u16string_view::npos ||
+           character == std::string_view(back.data(), static_cast<std::size_t>(size));
 }
 
 std::string_view CRowEncoder::FirstCharacter(std::string_view text) {

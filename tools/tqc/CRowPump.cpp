@@ -191,18 +191,27 @@ void CRowPump::RejectRow() {
 }
 
 void CRowPump::EncodeRow() {
-    if (m_encoder.IsIdle())
+    if (m_encoder.IsIdle(m_reader.IsKnownUtf8()))
         return;
     m_encoder.Encode(m_ppFields, m_pLengths, m_dwWriteCount);
-    if (m_encoder.Loss().empty())
-        return;
-    if (!m_options.bStrict)
-        AddNote("replaced: " + m_encoder.Loss());
-    else if (m_options.eOnError == SOptions::OE_SKIP)
-        AddFault(ES_UNSUPPORTED, m_encoder.Loss(), "", "");
-    else
+    if (const std::string& loss = m_encoder.SourceLoss(); !loss.empty()) {
+        CheckStrictly(loss + "; try another --encoding");
+        AddFault(ES_UNSUPPORTED, loss, "replaced", "; try another --encoding");
+    }
+    if (const std::string& loss = m_encoder.Loss(); !loss.empty()) {
+        CheckStrictly(loss);
+        if (m_options.bStrict)
+            AddFault(ES_UNSUPPORTED, loss, "", "");
+        else
+            AddNote("replaced: " + loss);
+    }
+}
+
+/// Ends a conversion that is strict and says nothing else of its faults.
+void CRowPump::CheckStrictly(const std::string& loss) const {
+    if (m_options.bStrict && m_options.eOnError == SOptions::OE_KEEP)
         throw CFailure(ES_UNSUPPORTED, m_options.strFile,
-                       DescribeRow() + ": " + m_encoder.Loss() + "; without --strict they are replaced");
+                       DescribeRow() + ": " + loss + "; without --strict they are replaced");
 }
 
 /// Puts lengths within the field limit in place of the reader's when one is above it.

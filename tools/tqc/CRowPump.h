@@ -66,6 +66,7 @@ private:
     bool WriteRow();
     void RejectRow();
     void EncodeRow();
+    void CheckStrictly(const std::string& loss) const;
     void CutLengths();
     std::string DescribeRow() const;
     void AddNote(const std::string& note);

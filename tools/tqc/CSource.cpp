@@ -1,9 +1,11 @@
 #include "CSource.h"
 
+#include "CCsvSourceReader.h"
 #include "CDescriptor.h"
 #include "CFailure.h"
 #include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
+#include "SCEncodingGuess.h"
 #include "SCErrorText.h"
 #include "SCNameMatch.h"
 #include "SCPassWord.h"
@@ -426,8 +428,8 @@ std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
     const bool isChosenAnsi = m_options.eCharSet == CSourceDataInfo::RCS_ANSI;
     m_info.SetReadCharSet(isChosenAnsi ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
     // One field more than wanted shows that there are more; fields are cut by the program, which then knows of it.
-    auto reader = std::make_unique<CSourceReader<NSTQCore::CCsvDataAccess>>(
-        m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX, m_options.bQuoteNewLine);
+    auto reader = std::make_unique<CCsvSourceReader>(m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX,
+                                                     m_options.bQuoteNewLine);
     const char separator =
         m_eType == SCDeclareConstant::SFT_TXT ? SCDataAccessDefine::TAB_CODE : SCDataAccessDefine::CAMMA_CODE;
     reader->SetSeparator(m_options.separator.value_or(separator));
@@ -451,6 +453,11 @@ FILETIME CSource::UpdateTime() const {
     return time;
 }
 
+std::string CSource::DescribeInvalidText() const {
+    const bool isDoubtful = !m_options.bEncodingGiven && !IsDatabase() && CharacterSet().strName.empty();
+    return isDoubtful ? DescribeCharacterSet() : "";
+}
+
 CSource::SCharacterSet CSource::CharacterSet() const {
     if (SCTextProbe::HasUtf16Mark(m_strHead))
         return {"utf-16", true};
@@ -464,7 +471,7 @@ CSource::SCharacterSet CSource::CharacterSet() const {
 std::string CSource::DescribeCharacterSet() const {
     const SCharacterSet set = CharacterSet();
     if (set.strName.empty())
-        return "not UTF-8 (give --code-page, such as 932)";
+        return SCEncodingGuess::Describe(SCTextProbe::WholeLines(m_strHead));
     if (!set.strName.starts_with("utf"))
         return "code page " + SCCodePageNames::Describe(m_options.uCodePage);
     return (set.strName == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.bMark ? " (with a mark)" : "");

@@ -81,6 +81,9 @@ public:
     SCharacterSet CharacterSet() const;
     /// The same in words.
     std::string DescribeCharacterSet() const;
+    /// What text probably is that is taken for UTF-8, is none within its first bytes, and of which the options do not
+    /// tell anything; else empty.
+    std::string DescribeInvalidText() const;
     static std::string DescribeType(SCDeclareConstant::ESourceFileType type);
 
     /// Whether the descriptor has the same file open.

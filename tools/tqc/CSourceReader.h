@@ -28,6 +28,8 @@ public:
     virtual LONGLONG GetPosition() const = 0;
     /// Whether the positions are offsets in a file.
     virtual bool CountsBytes() const { return true; }
+    /// Whether the last row needs no look at its bytes to know that its fields are UTF-8.
+    virtual bool IsKnownUtf8() const { return false; }
     /// What the last row lost; null when nothing.
     virtual const SRowFault* GetFault() const { return nullptr; }
 };
@@ -56,6 +58,8 @@ public:
         return read;
     }
     bool CountsBytes() const override { return false; }
+    /// It is the library that makes the texts.
+    bool IsKnownUtf8() const override { return true; }
     const SRowFault* GetFault() const override {
         static constexpr SRowFault fault{ES_LIMIT, "a text of 65532 bytes or more", "cut when it has over 65535", ""};
         return m_bMaybeCut ? &fault : nullptr;

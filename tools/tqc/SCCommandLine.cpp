@@ -175,7 +175,10 @@ private:
         Add("--encoding", "SET", "of the text read: auto, ansi (the code page), utf-8 or a page such as shift_jis",
             [this](const char* name, const auto& value) { TakeEncoding(name, value); });
         Add("--code-page", "PAGE", "the code page of input and output, instead of the locale's, such as 932 or utf-8",
-            [this](const char* name, const auto& value) { m_options.uCodePage = ParsePage(name, value); });
+            [this](const char* name, const auto& value) {
+                m_options.uCodePage = ParsePage(name, value);
+                m_options.bEncodingGiven = true;
+            });
         Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
         Add("--sheet", "NAME|N", "the sheet or table: its name, or its number from 1 (default: the first)",
@@ -205,6 +208,7 @@ private:
     void TakeEncoding(const char* name, const std::string& value) {
         if (value == "auto")
             return;
+        m_options.bEncodingGiven = true;
         m_options.eCharSet = CSourceDataInfo::RCS_ANSI;
         if (value == "ansi")
             return;

@@ -77,6 +77,7 @@ private:
         if (m_pRejects != nullptr)
             m_pRejects->SetSource(options.strFile, reader->CountsBytes() ? source.DataPath() : "", source.LineEnd());
         CReporter reporter(options.strFile, options.bQuiet, m_bar);
+        reporter.Note(source.DescribeInvalidText());
         CRowPump pump(options, *reader, {*m_output, m_pRejects, m_columns}, reporter);
         bool goOn = true;
         if (options.bHeader)

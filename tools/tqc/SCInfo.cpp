@@ -58,8 +58,7 @@ void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encode
         const char** names = &name;
         const auto length = static_cast<WORD>(shown.size());
         const WORD* lengths = &length;
-        if (!encoder.IsIdle())
-            encoder.Encode(names, lengths, 1);
+        encoder.Encode(names, lengths, 1);
         PutText(std::string(names[0], lengths[0]) + '\t');
         PutText(table.size ? std::to_string(table.size->dwRows) + '\t' + std::to_string(table.size->dwColumns) + '\n'
                            : "\t\n");

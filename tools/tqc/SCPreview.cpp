@@ -1,6 +1,7 @@
 #include "SCPreview.h"
 
 #include "CFailure.h"
+#include "CReporter.h"
 #include "CRowEncoder.h"
 #include "CSource.h"
 #include "SCErrorText.h"
@@ -41,8 +42,7 @@ void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool bAligned) {
         WORD size = IsControl(units[0]) ? 1 : length;
         const char** fields = &field;
         const WORD* lengths = &size;
-        if (!encoder.IsIdle())
-            encoder.Encode(fields, lengths, 1);
+        encoder.Encode(fields, lengths, 1);
         std::fwrite(fields[0], 1, lengths[0], stdout);
         for (std::size_t width = WidthOf(units[0]); bAligned && width < character.size(); ++width)
             std::putchar(' ');
@@ -86,17 +86,16 @@ void ShowFixedLength(const SOptions& options, const CSource& source) {
     }
 }
 
-void ShowFields(const SOptions& options, CSource& source) {
-    const auto reader = source.OpenReader();
+void ShowFields(const SOptions& options, ISourceReader& reader) {
     CRowEncoder encoder(options.uOutputCodePage);
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
-    for (std::size_t row = 0; row < ROWS_SHOWN && reader->Rows().HasNextLineData(); ++row) {
+    for (std::size_t row = 0; row < ROWS_SHOWN && reader.Rows().HasNextLineData(); ++row) {
         fields = nullptr;
-        const bool complete = reader->Rows().GetLineData(fields, lengths, count);
+        const bool complete = reader.Rows().GetLineData(fields, lengths, count);
         const std::string found = "row " + std::to_string(row + 1);
-        if (const DWORD code = reader->Rows().GetErrorCode(); code != 0)
+        if (const DWORD code = reader.Rows().GetErrorCode(); code != 0)
             throw CFailure(ES_UNSUPPORTED, options.strFile,
                            found + " cannot be read: " + SCErrorText::OfLibrary(code));
         if (fields == nullptr)
@@ -118,10 +117,13 @@ void ShowFields(const SOptions& options, CSource& source) {
 
 void SCPreview::Show(const SOptions& options) {
     CSource source(options);
-    if (source.NeedsRuler())
-        ShowFixedLength(options, source);
+    const auto reader = source.NeedsRuler() ? nullptr : source.OpenReader();
+    if (const std::string doubt = source.DescribeInvalidText(); !doubt.empty() && !options.bQuiet)
+        CReporter::Print(options.strFile + ": " + doubt);
+    if (reader)
+        ShowFields(options, *reader);
     else
-        ShowFields(options, source);
+        ShowFixedLength(options, source);
 }
 
 } // namespace NSTQ::Tool

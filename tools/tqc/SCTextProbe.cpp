@@ -1,6 +1,5 @@
 #include "SCTextProbe.h"
 
-#include "SCPathText.h"
 #include "platform/CodePage.h"
 
 namespace NSTQ::Tool {
@@ -68,10 +67,13 @@ bool SCTextProbe::HasUtf16Mark(std::string_view head) {
            head.starts_with(View(SCDataAccessDefine::BOM_UTF16BE));
 }
 
+std::string_view SCTextProbe::WholeLines(std::string_view head) {
+    return head.substr(0, head.find_last_of("\r\n"));
+}
+
 bool SCTextProbe::IsUtf8(std::string_view head) {
-    // The head may end inside a character, a line does not.
-    const std::string_view lines = head.substr(0, head.find_last_of("\r\n"));
-    return SCPathText::Convert(lines, Platform::CP_UTF8, Platform::CP_UTF8) == lines;
+    const std::string_view lines = WholeLines(head);
+    return Platform::CountValidUtf8(lines.data(), lines.size()) == lines.size();
 }
 
 } // namespace NSTQ::Tool

@@ -20,7 +20,9 @@ public:
 
     static bool HasUtf8Mark(std::string_view head);
     static bool HasUtf16Mark(std::string_view head);
-    /// Whether the bytes up to the last line end are UTF-8.
+    /// The bytes up to the last line end: a head may end inside a character, a line does not.
+    static std::string_view WholeLines(std::string_view head);
+    /// Whether those are UTF-8.
     static bool IsUtf8(std::string_view head);
 };
 

@@ -47,9 +47,10 @@ struct SOptions {
     std::optional<char> separator;
     std::optional<SLineEnd> lineEnd;
     CSourceDataInfo::EReadCharSet eCharSet = CSourceDataInfo::RCS_AUTO;
-    unsigned uCodePage = 0;   ///< of the source, unless that is UTF-8
-    std::vector<WORD> widths; ///< of the columns of fixed-length text
-    std::string strSheet;     ///< its name or, counted from 1, its number; the first when empty
+    unsigned uCodePage = 0;      ///< of the source, unless that is UTF-8
+    bool bEncodingGiven = false; ///< the options tell the encoding or the code page
+    std::vector<WORD> widths;    ///< of the columns of fixed-length text
+    std::string strSheet;        ///< its name or, counted from 1, its number; the first when empty
     bool bHeader = false;
     std::string strPassWordFile;
     int iPassWordDescriptor = -1;

@@ -289,7 +289,7 @@ bool IsDefinedInAnsi(std::string_view text) {
     const auto* at = reinterpret_cast<const unsigned char*>(text.data());
     const auto* const end = at + text.size();
     if (page.IsUtf8())
-        return CountValidUtf8(at, text.size()) == text.size();
+        return CountValidUtf8(text.data(), text.size()) == text.size();
     while ((at = SkipAscii(at, end)) != end) {
         unsigned bytes = *at++;
         char16_t unit = page.m_singles[bytes];

@@ -1,7 +1,9 @@
 #include "platform/codepage/Transcode.h"
 
+#include "platform/CodePage.h"
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Utf8.h"
+#include "scan/Kernel.h"
 
 #include <cstring>
 
@@ -125,25 +127,29 @@ std::size_t ConvertUtf8ToAnsi(unsigned char* text, std::size_t length) {
     return static_cast<std::size_t>(to - text);
 }
 
-std::size_t CountValidUtf8(const unsigned char* text, std::size_t length) {
-    const unsigned char* const end = text + length;
-    const unsigned char* at = SkipAscii(text, end);
+std::size_t CountValidUtf8(const char* text, std::size_t length) {
+    const auto* const start = reinterpret_cast<const unsigned char*>(text);
+    const unsigned char* const end = start + length;
+    const auto countBlocks = Scan::GetKernel().pCountUtf8;
+    const unsigned char* at = start + (countBlocks != nullptr ? countBlocks(start, length) : 0);
     while (at != end) {
+        if (*at < 0x80)
+            at = SkipAscii(at, end);
+        if (at == end)
+            break;
         const CUtf8Character character = DecodeUtf8(at, static_cast<std::size_t>(end - at));
         if (!character.m_isValid)
             break;
         at += character.m_length;
-        if (at != end && *at < 0x80)
-            at = SkipAscii(at, end);
     }
-    return static_cast<std::size_t>(at - text);
+    return static_cast<std::size_t>(at - start);
 }
 
 std::size_t MendUtf8(const unsigned char* text, std::size_t length, unsigned char* out, std::size_t room) {
     static constexpr unsigned char replacement[] = {0xEF, 0xBF, 0xBD};
     CBoundedCopy copy(out, room);
     for (std::size_t at = 0; at < length;) {
-        const std::size_t valid = CountValidUtf8(text + at, length - at);
+        const std::size_t valid = CountValidUtf8(reinterpret_cast<const char*>(text + at), length - at);
         copy.PutValid(text + at, valid);
         at += valid;
         if (at < length) {

@@ -27,9 +27,6 @@ bool IsDefinedInAnsi(std::string_view text);
 /// three bytes of U+FFFD, so use MendUtf8 there.
 std::size_t ConvertUtf8ToAnsi(unsigned char* text, std::size_t length);
 
-/// How many bytes at the beginning of `text` are well-formed UTF-8; `length` when all are.
-std::size_t CountValidUtf8(const unsigned char* text, std::size_t length);
-
 /// Copies `text` to `out` with each maximal invalid part replaced by U+FFFD. `out` has `room` bytes; it may be null
 /// when `room` is 0. It may overlap `text` only from below and by so much that the result ends no later than `text`
 /// does: since a replacement is never shorter than what it replaces, writing then never overtakes reading.

@@ -1,6 +1,6 @@
 #include "providers/zip/CPackagePlan.h"
 
-#include "platform/codepage/Transcode.h"
+#include "platform/CodePage.h"
 #include "platform/common/CUnZip.h"
 #include "platform/files/Files.h"
 #include "platform/files/Path.h"
@@ -27,8 +27,7 @@ bool ConvertName(const SZipEntry& entry, std::string& path) {
         return Platform::ConvertToSystemPath(entry.name.c_str(), path) == Platform::ERROR_SUCCESS;
     path = entry.name;
     std::replace(path.begin(), path.end(), '\\', '/');
-    const auto* bytes = reinterpret_cast<const unsigned char*>(path.data());
-    return Platform::CountValidUtf8(bytes, path.size()) == path.size();
+    return Platform::CountValidUtf8(path.data(), path.size()) == path.size();
 }
 
 bool IsDriveLetter(std::string_view part) {
