@@ -33,25 +33,38 @@ std::u16string GetTypeName(EObjectKind kind) {
 std::vector<STableSchema> CAccessSource::ListTables() {
     std::vector<STableSchema> tables;
     for (const SDatabaseObject& object : m_catalogue.GetObjects()) {
-        if (object.kind != EObjectKind::Query || MakePlan(object))
+        if (IsOffered(object))
             tables.push_back({object.strName, GetTypeName(object.kind)});
     }
     return tables;
 }
 
-/// What is damaged in the queries or in a table keeps nothing else from being listed.
-std::optional<SQueryPlan> CAccessSource::MakePlan(const SDatabaseObject& query) {
+/// What is damaged in the queries or in a table keeps nothing from being listed.
+bool CAccessSource::IsOffered(const SDatabaseObject& object) {
+    if (object.kind != EObjectKind::Query)
+        return true;
     try {
-        if (!m_queries)
-            m_queries.emplace(m_pDatabase, m_catalogue);
-        return m_queries->MakePlan(query);
+        return MakePlan(object).has_value();
     } catch (const CSourceError&) {
-        return std::nullopt;
+        return true;
     } catch (const _com_error& error) {
         if (error.Error() == E_OUTOFMEMORY)
             throw;
-        return std::nullopt;
+        return true;
     }
+}
+
+std::optional<SQueryPlan> CAccessSource::MakePlan(const SDatabaseObject& query) {
+    if (m_queriesFailure)
+        std::rethrow_exception(m_queriesFailure);
+    try {
+        if (!m_queries)
+            m_queries.emplace(m_pDatabase, m_catalogue);
+    } catch (const std::runtime_error&) {
+        m_queriesFailure = std::current_exception();
+        throw;
+    }
+    return m_queries->MakePlan(query);
 }
 
 std::unique_ptr<IRowSource> CAccessSource::OpenTable(std::u16string_view name) {

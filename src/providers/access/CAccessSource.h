@@ -5,6 +5,8 @@
 #include "providers/access/CCatalogue.h"
 #include "providers/access/CSavedQueries.h"
 
+#include <exception>
+
 namespace NSTQ::Providers {
 
 class CAccessSource : public Platform::IDataSource {
@@ -15,7 +17,7 @@ public:
 
     /// Tables and queries in the order of their names, whatever the case of letters:
     ///   TABLE          tables of the user, also those that are hidden
-    ///   VIEW           queries that can be run
+    ///   VIEW           queries that can be run, and those that cannot be read for damage, which opening them tells
     ///   ACCESS TABLE   tables of the program and temporary ones
     ///   SYSTEM TABLE   what the database is made of
     ///   LINK           tables in other databases, PASS-THROUGH when they are reached through ODBC
@@ -24,11 +26,13 @@ public:
 
 private:
     std::unique_ptr<Platform::IRowSource> OpenObject(std::u16string_view name);
+    bool IsOffered(const SDatabaseObject& object);
     std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query);
 
     std::shared_ptr<const CDatabase> m_pDatabase;
     CCatalogue m_catalogue;
     std::optional<CSavedQueries> m_queries; ///< read when there is a query
+    std::exception_ptr m_queriesFailure;    ///< why they cannot be
 };
 
 } // namespace NSTQ::Providers

@@ -4,6 +4,7 @@
 #include "providers/access/CSystemRows.h"
 #include "providers/access/SCColumnProperties.h"
 #include "providers/access/SCNameOrder.h"
+#include "providers/common/CSourceError.h"
 
 #include <algorithm>
 
@@ -19,6 +20,10 @@ constexpr std::uint32_t tableType = 1;
 constexpr std::uint32_t linkedOdbcType = 4;
 constexpr std::uint32_t queryType = 5;
 constexpr std::uint32_t linkedType = 6;
+
+/// Twice and more of what a database may have: objects, and characters of a name.
+constexpr std::size_t maxObjects = 1U << 17;
+constexpr std::size_t maxName = 255;
 
 constexpr std::uint32_t systemFlag = 0x80000000;
 constexpr std::uint32_t programFlag = 0x2;
@@ -71,11 +76,15 @@ private:
 CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_pDatabase(std::move(database)) {
     CObjectRows rows(m_pDatabase);
     while (rows.MoveNext()) {
-        const std::u16string_view name = rows.GetName();
-        if (name.empty())
-            continue;
-        if (const auto kind = GetKind(rows.GetType(), rows.GetFlags(), name))
-            m_objects.push_back({std::u16string(name), *kind, rows.GetId(), rows.GetFlags()});
+        const std::u16string_view stored = rows.GetName();
+        if (stored.size() > maxName || m_objects.size() == maxObjects)
+            throw CSourceError("the catalogue is damaged: it has a name of more than " + std::to_string(maxName) +
+                               " characters or more than " + std::to_string(maxObjects) + " objects");
+        const std::u16string name(stored);
+        const std::uint32_t flags = rows.GetFlags();
+        const auto kind = name.empty() ? std::nullopt : GetKind(rows.GetType(), flags, name);
+        if (kind)
+            m_objects.push_back({name, *kind, rows.GetId(), flags, rows.GetPlace()});
     }
     std::ranges::stable_sort(m_objects, [](const SDatabaseObject& left, const SDatabaseObject& right) {
         return SCNameOrder::Compare(left.strName, right.strName) < 0;
@@ -83,9 +92,11 @@ CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_pDatabase(
 }
 
 const SDatabaseObject* CCatalogue::Find(std::u16string_view name) const {
-    const auto found = std::ranges::find_if(
-        m_objects, [name](const SDatabaseObject& object) { return SCNameOrder::Compare(object.strName, name) == 0; });
-    return found == m_objects.end() ? nullptr : &*found;
+    const auto found = std::lower_bound(m_objects.begin(), m_objects.end(), name,
+                                        [](const SDatabaseObject& object, std::u16string_view wanted) {
+                                            return SCNameOrder::Compare(object.strName, wanted) < 0;
+                                        });
+    return found == m_objects.end() || SCNameOrder::Compare(found->strName, name) != 0 ? nullptr : &*found;
 }
 
 STableDefinition CCatalogue::ReadTable(const SDatabaseObject& object) const {
@@ -94,12 +105,8 @@ STableDefinition CCatalogue::ReadTable(const SDatabaseObject& object) const {
     if (std::ranges::none_of(table.columns, &SColumn::isCalculated))
         return table;
     CObjectRows rows(m_pDatabase);
-    while (rows.MoveNext()) {
-        if (rows.GetId() == object.id) {
-            SCColumnProperties::TakeResultTypes(rows.GetProperties(), table.columns);
-            break;
-        }
-    }
+    rows.MoveTo(object.place);
+    SCColumnProperties::TakeResultTypes(rows.GetProperties(), table.columns);
     return table;
 }
 

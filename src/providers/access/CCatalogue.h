@@ -25,11 +25,13 @@ struct SDatabaseObject {
     EObjectKind kind;
     std::uint32_t id; ///< for tables of this database, the page of the definition
     std::uint32_t flags;
+    SRowAddress place; ///< of its row in the catalogue
 };
 
 class CCatalogue {
 public:
-    /// Throws CSourceError or _com_error when the catalogue cannot be read. The database is shared.
+    /// Reads all of it. Throws CSourceError or _com_error when it cannot be read or holds more than any database
+    /// does. The database is shared.
     explicit CCatalogue(std::shared_ptr<const CDatabase> database);
 
     /// In the order of their names.

@@ -3,6 +3,7 @@
 #include "providers/access/CQueryTokens.h"
 #include "providers/access/CSystemRows.h"
 #include "providers/access/SCNameOrder.h"
+#include "providers/common/CSourceError.h"
 
 #include <algorithm>
 #include <functional>
@@ -30,6 +31,11 @@ constexpr std::uint32_t allColumnsOption = 0x01;
 constexpr std::uint32_t harmlessOptions = 0x04 | 0x08;
 constexpr std::uint32_t kindOfQueryFlags = 0xF0;
 
+constexpr std::size_t maxSize = 32U << 20;
+/// The most columns of a query, and how many definitions are kept.
+constexpr std::size_t maxColumns = 255;
+constexpr std::size_t maxTables = 16;
+
 } // namespace
 
 CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CCatalogue& catalogue)
@@ -46,9 +52,16 @@ CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CC
     const std::size_t name2 = rows.Find(u"Name2");
     const std::size_t expression = rows.Find(u"Expression");
     const auto text = [&rows](std::size_t column) { return std::u16string(rows.GetText(column)); };
-    while (rows.MoveNext())
+    std::size_t size = 0;
+    while (rows.MoveNext()) {
         m_rows.push_back({rows.GetNumber(id), rows.GetNumber(attribute), text(order), rows.GetNumber(flag),
                           text(name1), text(name2), text(expression)});
+        const SRow& row = m_rows.back();
+        size += sizeof row + sizeof(char16_t) * (row.strOrder.size() + row.strName1.size() + row.strName2.size() +
+                                                 row.strExpression.size());
+        if (size > maxSize)
+            throw CSourceError("its saved queries take more than " + std::to_string(maxSize) + " bytes");
+    }
     std::ranges::stable_sort(m_rows, [](const SRow& left, const SRow& right) {
         return std::tie(left.id, left.attribute, left.strOrder) < std::tie(right.id, right.attribute, right.strOrder);
     });
@@ -89,6 +102,8 @@ bool CSavedQueries::TakeOutput(const SRow& row, const CColumnScope& scope, SQuer
     CQueryTokens tokens(row.strExpression);
     SToken name = tokens.Current();
     tokens.Advance();
+    if (plan.outputs.size() > maxColumns)
+        return false;
     bool isAll = name.kind == ETokenKind::Sign && name.strText == u"*";
     if (name.kind == ETokenKind::Name && tokens.Take(u".")) {
         if (!scope.IsTable(name.strText))
@@ -132,7 +147,16 @@ bool CSavedQueries::TakeOutputs(std::span<const SRow> rows, const CColumnScope& 
     return !names.empty() && std::ranges::adjacent_find(names, std::not_fn(isBefore)) == names.end();
 }
 
-std::optional<SQueryPlan> CSavedQueries::MakePlan(const SDatabaseObject& query) const {
+const STableDefinition& CSavedQueries::GetTable(const SDatabaseObject& table) {
+    const auto found = m_tables.find(table.id);
+    if (found != m_tables.end())
+        return found->second;
+    if (m_tables.size() == maxTables)
+        m_tables.clear();
+    return m_tables.emplace(table.id, m_catalogue.ReadTable(table)).first->second;
+}
+
+std::optional<SQueryPlan> CSavedQueries::MakePlan(const SDatabaseObject& query) {
     const auto rows = GetRows(query.id);
     if ((query.flags & kindOfQueryFlags) != 0 || !IsPlainSelect(rows))
         return std::nullopt;
@@ -140,7 +164,7 @@ std::optional<SQueryPlan> CSavedQueries::MakePlan(const SDatabaseObject& query) 
     const SDatabaseObject* const table = m_catalogue.Find(from.strName1);
     if (table == nullptr || table->kind != EObjectKind::Table)
         return std::nullopt;
-    SQueryPlan plan = {m_catalogue.ReadTable(*table), {}, {}};
+    SQueryPlan plan = {GetTable(*table), {}, {}};
     const std::vector<std::u16string> names = {from.strName2.empty() ? from.strName1 : from.strName2};
     const CColumnScope scope(plan.table.columns, names);
     const auto where = std::ranges::find(rows, whereAttribute, &SRow::attribute);

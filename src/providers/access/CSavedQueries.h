@@ -5,6 +5,7 @@
 #include "providers/access/CCatalogue.h"
 #include "providers/access/CQueryConditions.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -24,11 +25,12 @@ struct SQueryPlan {
 
 class CSavedQueries {
 public:
-    /// Throws CSourceError or _com_error when the queries cannot be read. `catalogue` outlives the object.
+    /// Throws CSourceError or _com_error when the queries cannot be read or take more than 32 MiB. `catalogue`
+    /// outlives the object.
     CSavedQueries(std::shared_ptr<const CDatabase> database, const CCatalogue& catalogue);
 
     /// Nothing when the query asks for more than can be done here.
-    std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query) const;
+    std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query);
 
 private:
     struct SRow {
@@ -46,8 +48,12 @@ private:
     static bool TakeOutputs(std::span<const SRow> rows, const CColumnScope& scope, SQueryPlan& plan);
     static bool TakeOutput(const SRow& row, const CColumnScope& scope, SQueryPlan& plan);
 
+    const STableDefinition& GetTable(const SDatabaseObject& table);
+
     const CCatalogue& m_catalogue;
     std::vector<SRow> m_rows; ///< by query, attribute and order
+    /// The definitions that the last queries have asked for, by their pages: many queries are about few tables.
+    std::map<std::uint32_t, STableDefinition> m_tables;
 };
 
 } // namespace NSTQ::Providers

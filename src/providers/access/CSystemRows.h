@@ -13,7 +13,7 @@ public:
     std::size_t Find(std::u16string_view name) const;
     /// 0 for what is no whole number of at most 32 bits.
     std::uint32_t GetNumber(std::size_t column);
-    /// Empty for what is no text; valid until MoveNext.
+    /// Empty for what is no text; valid until another value is asked for.
     std::u16string_view GetText(std::size_t column);
 };
 

@@ -8,25 +8,20 @@ using namespace Platform;
 
 CTableRows::CTableRows(std::shared_ptr<const CDatabase> database, STableDefinition table)
     : m_pDatabase(std::move(database)), m_table(std::move(table)), m_scan(*m_pDatabase, m_table),
-      m_decoder(*m_pDatabase), m_cells(m_table.columns.size()) {
+      m_decoder(*m_pDatabase) {
     m_names.reserve(m_table.columns.size());
     for (const SColumn& column : m_table.columns)
         m_names.push_back(column.strName);
 }
 
 bool CTableRows::MoveNext() {
-    ++m_row;
     return RaiseAsComError(m_pDatabase->GetPath(), [this] { return m_scan.MoveNext(); });
 }
 
 const VARIANT& CTableRows::GetValue(std::size_t column) {
-    SCell& cell = m_cells[column];
-    if (cell.row != m_row) {
-        RaiseAsComError(m_pDatabase->GetPath(),
-                        [&] { m_decoder.Decode(m_table.columns[column], m_scan.GetFields(), cell.field); });
-        cell.row = m_row;
-    }
-    return cell.field.value;
+    RaiseAsComError(m_pDatabase->GetPath(),
+                    [&] { m_decoder.Decode(m_table.columns[column], m_scan.GetFields(), m_value); });
+    return m_value.value;
 }
 
 std::span<const unsigned char> CTableRows::GetBytes(std::size_t column) {

@@ -19,23 +19,20 @@ public:
     /// would mean to read the table twice; MoveNext gives all there are, whatever their number.
     std::int64_t GetRowCount() const override { return m_table.rowCount; }
     bool MoveNext() override;
+    SRowAddress GetPlace() const { return m_scan.GetPlace(); }
+    /// As in CTableScan. Throws CSourceError.
+    void MoveTo(const SRowAddress& place) { m_scan.MoveTo(place); }
     const Platform::VARIANT& GetValue(std::size_t column) override;
     /// The bytes of a value, none when it is null; valid until the next call for a value or row.
     std::span<const unsigned char> GetBytes(std::size_t column);
 
 private:
-    struct SCell {
-        std::uint64_t row = 0; ///< the row that the value is of
-        SFieldValue field;
-    };
-
     std::shared_ptr<const CDatabase> m_pDatabase;
     STableDefinition m_table;
     CTableScan m_scan;
     CFieldDecoder m_decoder;
     std::vector<std::u16string> m_names;
-    std::vector<SCell> m_cells;
-    std::uint64_t m_row = 0; ///< counts from 1
+    SFieldValue m_value; ///< the one that was asked for last
 };
 
 } // namespace NSTQ::Providers

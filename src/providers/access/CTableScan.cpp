@@ -25,7 +25,8 @@ bool CTableScan::MoveNext() {
                 return false;
             continue;
         }
-        const CDataPage::SRow row = m_page->GetRow(m_row++);
+        const CDataPage::SRow row = m_page->GetRow(m_row);
+        m_place.row = m_row++;
         if (row.isDeleted)
             continue;
         m_fields.Assign(row.isPointer ? Follow(row.bytes) : row.bytes);
@@ -40,6 +41,7 @@ bool CTableScan::LoadNextPage() {
     const auto number = m_pages.Next();
     m_row = 0;
     m_page.reset();
+    m_place.page = number.value_or(0);
     if (!number) {
         if (m_strangePage != 0 && m_rowsRead < m_table.rowCount)
             throw CSourceError("page " + std::to_string(m_strangePage) + " should hold rows, but does not: " +
@@ -55,22 +57,39 @@ bool CTableScan::LoadNextPage() {
     return true;
 }
 
+void CTableScan::MoveTo(const SRowAddress& place) {
+    const CDataPage::SRow row = m_reader.GetDataPage(place.page).GetRow(place.row);
+    m_movedRows.clear();
+    m_fields.Assign(row.isPointer ? Follow(row.bytes) : row.bytes);
+    m_place = place;
+}
+
 std::span<const unsigned char> CTableScan::Follow(std::span<const unsigned char> pointer) {
     for (int i = 0; i < maxMoves; ++i) {
         if (pointer.size() < pointerSize)
             throw CSourceError("a row has moved nowhere");
         const auto address = SRowAddress::FromPointer(ReadU32(pointer.data()));
         const CDataPage page = m_movedReader.GetDataPage(address.page);
-        // Where it has moved to it counts as deleted, so that it is found only once.
         const CDataPage::SRow row = page.GetRow(address.row);
         if (page.GetOwner() != m_table.page)
             throw CSourceError("a row has moved to page " + std::to_string(address.page) +
                                ", which is not the table's");
-        if (!row.isPointer)
+        if (!row.isPointer) {
+            TakeMovedRow(address);
             return row.bytes;
+        }
         pointer = row.bytes;
     }
     throw CSourceError("a row moves in circles");
+}
+
+/// Where a row has moved to it counts as deleted, so that it is found only once: by its one pointer.
+void CTableScan::TakeMovedRow(const SRowAddress& address) {
+    auto taken = m_movedRows[address.page][address.row];
+    if (taken)
+        throw CSourceError("two rows have moved to row " + std::to_string(address.row) + " of page " +
+                           std::to_string(address.page));
+    taken = true;
 }
 
 } // namespace NSTQ::Providers

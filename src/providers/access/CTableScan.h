@@ -8,6 +8,8 @@
 #include "providers/access/CUsageMap.h"
 #include "providers/access/STableDefinition.h"
 
+#include <bitset>
+#include <map>
 #include <optional>
 
 namespace NSTQ::Providers {
@@ -19,12 +21,17 @@ public:
 
     /// Steps to the next row; false past the last one.
     bool MoveNext();
-    /// The current row, valid until MoveNext.
+    /// The current row, valid until MoveNext or MoveTo.
     const CRowFields& GetFields() const { return m_fields; }
+    /// Where the current row has its place in the table, even if it has moved.
+    SRowAddress GetPlace() const { return m_place; }
+    /// Steps to the row of a place that an earlier scan has given. MoveNext must not follow.
+    void MoveTo(const SRowAddress& place);
 
 private:
     bool LoadNextPage();
     std::span<const unsigned char> Follow(std::span<const unsigned char> pointer);
+    void TakeMovedRow(const SRowAddress& address);
 
     const CDatabase& m_database;
     const STableDefinition& m_table;
@@ -33,7 +40,10 @@ private:
     CPageReader m_movedReader; ///< for rows that have moved
     std::optional<CDataPage> m_page;
     std::uint32_t m_row = 0; ///< the next one of the page
+    SRowAddress m_place = {};
     std::int64_t m_rowsRead = 0;
+    /// The rows of each page that pointers have led to.
+    std::map<std::uint32_t, std::bitset<256>> m_movedRows;
     std::uint32_t m_strangePage = 0; ///< one in the map that is not a page of the table; 0 for none
     CRowFields m_fields;
 };
