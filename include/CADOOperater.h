@@ -87,8 +87,7 @@ public:
 
     /// Lists the sheets and tables of a source: `dwCount` is their number, `dwSize` the bytes of all their names with
     /// one NUL after each. Always true; every failure raises _com_error. Both are untouched when the source cannot be
-    /// opened and hold what was counted so far when the listing breaks off. A name shows '?' for each UTF-16 unit that
-    /// does not lead back from the ANSI code page to itself, and so opens nothing.
+    /// opened and hold what was counted so far when the listing breaks off.
     static bool GetSchemaNameSize(DWORD& dwSize, DWORD& dwCount, const char* pConnectString);
 
     /// Lists them again: the names go into `pNameBuff` one after another, each with its NUL, in the provider's order;

@@ -139,7 +139,7 @@ public:
     /// written, while the selection does not point into the list.
     bool GetSchemaName(char* pName) const;
     /// The names in the source's order; the texts stay the record's. A name with characters that the ANSI code page
-    /// does not have shows '?' in their place, never a best fit, and cannot be opened. False, with `vecName` untouched, while there are
+    /// does not have shows '?' in their place and cannot be opened. False, with `vecName` untouched, while there are
     /// none.
     bool GetSchemaName(std::vector<char*>& vecName) const;
     /// Chooses a name and builds the record-set string for it. False, with nothing changed, for an index outside the

@@ -36,25 +36,6 @@ bool IsSame(const std::string& left, const char* right) {
                    reinterpret_cast<const unsigned char*>(right)) == 0;
 }
 
-/// Whether the text leads from the ANSI code page back to itself, so that no other name becomes the same.
-bool IsKeptInAnsi(std::u16string_view text, std::string_view ansi) {
-    return BstrFromAnsi(ansi).View() == text;
-}
-
-/// As AnsiFromWide, but '?' stands for each unit that gets lost: with a best fit, such as 'e' for another letter, the
-/// name would be that of another sheet or table.
-std::string NameFromWide(std::u16string_view name) {
-    std::string ansi = AnsiFromWide(name);
-    if (IsKeptInAnsi(name, ansi))
-        return ansi;
-    ansi.clear();
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const std::string unit = AnsiFromWide(name.substr(i, 1));
-        ansi += IsKeptInAnsi(name.substr(i, 1), unit) ? unit : "?";
-    }
-    return ansi;
-}
-
 std::string GetColumnText(_Recordset& schema, const char* column) {
     const CBstr name = BstrFromAnsi(column);
     VARIANT index;
@@ -62,12 +43,12 @@ std::string GetColumnText(_Recordset& schema, const char* column) {
     index.bstrVal = name.Get();
     const VARIANT& value = Require(Require(schema.GetFields()).GetItem(index)).GetValue();
     if (value.vt == VT_BSTR)
-        return NameFromWide(BstrView(value.bstrVal));
+        return AnsiFromWide(BstrView(value.bstrVal));
     CVariant converted;
     const HRESULT result = VariantChangeType(converted.Get(), &value, 0, VT_BSTR);
     if (Failed(result))
         throw _com_error(result, std::string(column) + " of the table schema has no text form");
-    return NameFromWide(BstrView(converted.Value().bstrVal));
+    return AnsiFromWide(BstrView(converted.Value().bstrVal));
 }
 
 /// Opens the source, tells `start` that the schema is there and gives `take` each name in turn.

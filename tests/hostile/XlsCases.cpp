@@ -47,7 +47,7 @@ const struct {
     {"half a character", SetCells, Cell(ERecord::Label, 0, 0, Int(2) + "\1ab\0"s), "within a char"},
     {"a chart that does not end", SetCells, SXlsParts().Begin(0x20) + SXlsParts().Begin(0x20), "within a chart"},
     {"a shared text that there is not", SetCells, Cell(ERecord::LabelSst, 0, 0, Int(1, 4)),
-     "shared text that there is not: 1"},
+     "index 1 of a shared string"},
     {"a shared text of no length", SetShared, Shared("\1"), "too early"},
     {"shared texts with formats without end", SetShared, Shared(Int(1) + "\x0C\xFF\xFF\xFF\xFF\xFF\xFF"s + "a"),
      "too early"},

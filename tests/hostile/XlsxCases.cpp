@@ -95,6 +95,28 @@ std::string LongRowsBackwards(int count) {
     return rows;
 }
 
+/// Shared text 0 is 4 MB of blanks.
+void ShareBlanks(SXlsxParts& p, std::string rows) {
+    p.isDeflated = true;
+    p.strStrings = "<si><t xml:space='preserve'>" + std::string(4'000'000, ' ') + "</t></si>";
+    p.strRows = std::move(rows);
+}
+
+std::string BlanksOnADiagonal(int count) {
+    std::string rows;
+    for (int i = 0; i < count; ++i)
+        rows += "<row>" + Repeat("<c/>", static_cast<std::size_t>(i)) + "<c t='str'><v>" +
+                std::string(1'000'000, ' ') + "</v></c></row>";
+    return rows;
+}
+
+std::string CollidingFormats(std::uint32_t count) {
+    std::string formats = "<numFmts>";
+    for (std::uint32_t i = 1; i <= count; ++i)
+        formats += "<numFmt numFmtId='" + std::to_string(42043 * i) + "' formatCode='0'/>";
+    return formats + "</numFmts>";
+}
+
 std::string MakeBook(const std::function<void(SXlsxParts&)>& spoil) {
     SXlsxParts parts;
     parts.strRows = "<row><c t='inlineStr'><is><t>1</t></is></c></row>";
@@ -133,6 +155,33 @@ std::vector<SHostileCase> XlsxCases() {
     add(
         "a row of long texts", [](SXlsxParts& p) { p.strRows += "<row>" + Repeat(LongCell(100'000), 50) + "</row>"; },
         "beyond a limit: ");
+    const std::string blankCell = "<c t='s'><v>0</v></c>";
+    add(
+        "blanks shared by 300 cells of a row",
+        [=](SXlsxParts& p) { ShareBlanks(p, "<row>" + Repeat(blankCell, 300) + "</row>"); }, "1 rows");
+    add(
+        "blanks shared by 2000 rows",
+        [=](SXlsxParts& p) { ShareBlanks(p, Repeat("<row>" + blankCell + "</row>", 2000)); }, "2000 rows");
+    add(
+        "blanks on a diagonal", [](SXlsxParts& p) { p.isDeflated = true, p.strRows = BlanksOnADiagonal(60); },
+        "60 rows");
+    add(
+        "formats whose numbers collide",
+        [](SXlsxParts& p) { p.isDeflated = true, p.strFormats = CollidingFormats(42'000); }, "1 rows");
+    add(
+        "a target that goes up again and again",
+        [](SXlsxParts& p) {
+            p.isDeflated = true;
+            p.strTarget = std::string(1'000'000, 'a') + Repeat("/b/..", 100'000) + "/../worksheets/sheet1.xml";
+        },
+        "1 rows");
+    add(
+        "a million shared texts packed to nothing",
+        [](SXlsxParts& p) {
+            p.isDeflated = true;
+            p.strStrings = Repeat("<si><t>" + std::string(50, 'x') + "</t></si>", 1'000'000);
+        },
+        "refused: ");
     add(
         "three million empty shared texts",
         [](SXlsxParts& p) { p.isDeflated = true, p.strStrings = Repeat("<si/>", 3'300'000); }, "1 rows");

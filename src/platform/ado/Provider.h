@@ -35,8 +35,9 @@ public:
     virtual std::int64_t GetRowCount() const = 0;
     /// Steps to the next row (the first, when called first). False past the last row.
     virtual bool MoveNext() = 0;
-    /// A value of the current row. It and its text stay the row source's and valid until MoveNext; computed only when
-    /// asked for, where that costs something.
+    /// A value of the current row, computed when it is asked for. It and its text stay the row source's and valid
+    /// until the next call of this or MoveNext, so that a row of long texts takes the memory of one. A text may be
+    /// cut where it is longer than any field that a reader hands out.
     virtual const VARIANT& GetValue(std::size_t column) = 0;
 };
 

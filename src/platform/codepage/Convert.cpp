@@ -21,7 +21,7 @@ namespace {
 /// Copies ASCII units into wider or narrower ones, up to the first other one, and moves both pointers behind them.
 template <typename TTo, typename TFrom>
 void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
-    constexpr std::ptrdiff_t block = 8;
+    constexpr std::ptrdiff_t block = 16;
     constexpr std::uint64_t special = sizeof(TFrom) == 1 ? 0x8080808080808080U : 0xFF80FF80FF80FF80U;
     // Local pointers: units stored through the others could change these themselves for all the compiler knows.
     TTo* to = target;
@@ -29,10 +29,13 @@ void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
     for (; end - from >= block; from += block, to += block) {
         // A copy that no store below can change, so that the compiler turns the units all at once.
         TFrom units[block];
-        std::uint64_t words[sizeof(TFrom)];
+        std::uint64_t words[sizeof units / sizeof(std::uint64_t)];
         std::memcpy(units, from, sizeof units);
         std::memcpy(words, from, sizeof words);
-        if (((words[0] | words[sizeof(TFrom) - 1]) & special) != 0)
+        std::uint64_t all = 0;
+        for (const std::uint64_t word : words)
+            all |= word;
+        if ((all & special) != 0)
             break;
         for (std::ptrdiff_t i = 0; i < block; ++i)
             to[i] = static_cast<TTo>(units[i]);

@@ -1,6 +1,9 @@
 #include "providers/common/Utf8Text.h"
 
+#include "platform/CodePage.h"
 #include "platform/codepage/Utf8.h"
+
+#include <algorithm>
 
 namespace NSTQ::Providers {
 
@@ -60,11 +63,22 @@ std::size_t EncodeUtf8(char32_t character, unsigned char* target) {
     return longestUtf8Character;
 }
 
-void AppendUtf16(std::string_view text, std::u16string& target) {
-    const std::size_t begin = target.size();
-    // A sequence never has more units than bytes.
-    target.resize(begin + text.size());
-    char16_t* out = target.data() + begin;
+std::string_view CutForField(std::string_view text) {
+    constexpr std::size_t longest = 65536;
+    if (text.size() <= longest)
+        return text;
+    const std::size_t spaces = std::min(text.find_first_not_of(' '), text.size());
+    text.remove_prefix(spaces - std::min(spaces, longest));
+    std::size_t room = longest + std::min(spaces, longest);
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (!IsUtf8Trail(static_cast<unsigned char>(text[at])) && room-- == 0)
+            return text.substr(0, at);
+    }
+    return text;
+}
+
+std::size_t ConvertToUtf16(std::string_view text, char16_t* target) {
+    char16_t* out = target;
     const auto* at = reinterpret_cast<const unsigned char*>(text.data());
     const unsigned char* end = at + text.size();
     while (at != end) {
@@ -82,7 +96,14 @@ void AppendUtf16(std::string_view text, std::u16string& target) {
             *out++ = static_cast<char16_t>(character.m_value);
         }
     }
-    target.resize(static_cast<std::size_t>(out - target.data()));
+    return static_cast<std::size_t>(out - target);
+}
+
+void AppendUtf16(std::string_view text, std::u16string& target) {
+    const std::size_t begin = target.size();
+    // A sequence never has more units than bytes.
+    target.resize(begin + text.size());
+    target.resize(begin + ConvertToUtf16(text, target.data() + begin));
 }
 
 std::u16string ToUtf16(std::string_view text) {
@@ -102,6 +123,24 @@ void TakeBackEscapes(std::u16string& text, std::size_t begin) {
         from += unit < 0 ? 1 : escapeLength;
     }
     text.resize(to);
+}
+
+void TakeBackEscapes(std::string& text) {
+    if (!MayHaveEscapes(text))
+        return;
+    std::u16string wide = ToUtf16(text);
+    TakeBackEscapes(wide, 0);
+    text.resize(ToUtf8(wide, text).size());
+}
+
+std::string_view ToUtf8(std::u16string_view wide, std::string& target) {
+    constexpr std::size_t longestUnit = 3;
+    target.resize(longestUnit * wide.size());
+    if (wide.empty())
+        return {};
+    const int size = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), target.data(),
+                                         static_cast<int>(target.size()), nullptr, nullptr);
+    return std::string_view(target).substr(0, static_cast<std::size_t>(size));
 }
 
 } // namespace NSTQ::Providers

@@ -12,6 +12,13 @@ inline constexpr std::size_t longestUtf8Character = 4;
 /// Writes a character (up to 0x10FFFF) and returns how many bytes it took.
 std::size_t EncodeUtf8(char32_t character, unsigned char* target);
 
+/// The part of a text that the largest field of a reader, 65535 bytes, can show in any code page: its first 65536
+/// characters, not counting as many spaces before them. A shorter text comes back whole.
+std::string_view CutForField(std::string_view text);
+
+/// Writes the text to `target`, which has room for as many units as there are bytes; each invalid part of a sequence
+/// gives U+FFFD. Returns how many units it took.
+std::size_t ConvertToUtf16(std::string_view text, char16_t* target);
 /// Appends the text; each invalid part of a sequence gives U+FFFD.
 void AppendUtf16(std::string_view text, std::u16string& target);
 std::u16string ToUtf16(std::string_view text);
@@ -19,5 +26,14 @@ std::u16string ToUtf16(std::string_view text);
 /// Takes back the escapes _xHHHH_ (a UTF-16 unit that XML cannot carry, in hexadecimal digits), in place, from
 /// `begin` on.
 void TakeBackEscapes(std::u16string& text, std::size_t begin);
+/// The same in UTF-8, where half of a surrogate pair becomes U+FFFD.
+void TakeBackEscapes(std::string& text);
+/// Whether there may be any.
+inline bool MayHaveEscapes(std::string_view text) {
+    return text.find("_x") != std::string_view::npos;
+}
+
+/// UTF-16 as UTF-8, with U+FFFD for half of a surrogate pair. The view is of `target`, whose memory is used again.
+std::string_view ToUtf8(std::u16string_view wide, std::string& target);
 
 } // namespace NSTQ::Providers

@@ -3,8 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace NSTQ::Providers {
@@ -32,7 +32,7 @@ public:
     static EDateKind KindOfBuiltIn(std::uint32_t id);
 
 private:
-    std::unordered_map<std::uint32_t, EDateKind> m_codes;
+    std::map<std::uint32_t, EDateKind> m_codes; ///< no table of hashes, for which a file could choose colliding ids
     std::vector<EDateKind> m_kinds;
 };
 

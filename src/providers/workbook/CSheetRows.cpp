@@ -37,7 +37,7 @@ std::u16string CSheetRows::HeaderText(std::size_t column) {
         return {};
     Convert(m_columns[column]);
     CVariant text;
-    const HRESULT result = VariantChangeType(text.Get(), &m_columns[column].value, 0, VT_BSTR);
+    const HRESULT result = VariantChangeType(text.Get(), &m_value, 0, VT_BSTR);
     if (result == E_OUTOFMEMORY)
         throw _com_error(result);
     if (Failed(result))
@@ -71,7 +71,6 @@ void CSheetRows::KeepCell() {
                            DB_E_DATAOVERFLOW);
     SColumn& column = m_columns[index];
     column.row = m_row;
-    column.isConverted = false;
     column.kind = m_pending.kind;
     column.style = m_pending.style;
     column.index = m_pending.index;
@@ -85,114 +84,134 @@ void CSheetRows::KeepCell() {
 }
 
 const VARIANT& CSheetRows::GetValue(std::size_t column) {
-    SColumn& cell = m_columns[column];
+    const SColumn& cell = m_columns[column];
     if (cell.row != m_row)
         return m_null;
-    if (!cell.isConverted)
-        RaiseAsComError(m_pBook->GetPath(), [&] { Convert(cell); });
-    return cell.value;
+    RaiseAsComError(m_pBook->GetPath(), [&] { Convert(cell); });
+    return m_value;
 }
 
-void CSheetRows::Convert(SColumn& column) {
+void CSheetRows::Convert(const SColumn& column) {
     const std::string_view text = std::string_view(m_strRowText).substr(column.textBegin, column.textSize);
     switch (column.kind) {
     case ECellKind::Number:
-        SetNumber(column, column.number);
+        SetNumber(column.number, column.style);
         break;
     case ECellKind::NumberDigits:
-        ConvertDigits(column, text);
+        ConvertDigits(text, column.style);
         break;
     case ECellKind::Shared:
-        SetShared(column, column.index);
+        SetShared(column.index);
         break;
     case ECellKind::SharedDigits:
-        ConvertSharedDigits(column, text);
+        ConvertSharedDigits(text);
         break;
     case ECellKind::Boolean:
-        if (text == "1" || text == "0" || text == "true" || text == "false") {
-            column.value.vt = VT_BOOL;
-            column.value.boolVal = text == "1" || text == "true" ? VARIANT_TRUE : VARIANT_FALSE;
-        } else {
-            SetUtf8(column, text, false);
-        }
+        ConvertBoolean(text);
         break;
     case ECellKind::IsoDate:
         if (const std::optional<double> date = SCCellValue::ParseIsoDate(text))
-            SetDate(column, *date);
+            SetDate(*date);
         else
-            ConvertDigits(column, text);
+            ConvertDigits(text, column.style);
         break;
     case ECellKind::WideText:
-        SetWide(column, text);
+        SetWide(text);
         break;
     case ECellKind::Text:
+        SetEscaped(CutForField(text));
+        break;
     case ECellKind::Error:
-        SetUtf8(column, text, column.kind == ECellKind::Text);
+        SetUtf8(text);
         break;
     }
-    column.isConverted = true;
 }
 
-void CSheetRows::ConvertDigits(SColumn& column, std::string_view text) {
+void CSheetRows::ConvertBoolean(std::string_view text) {
+    const bool isTrue = text == "1" || text == "true";
+    if (!isTrue && text != "0" && text != "false") {
+        SetUtf8(text);
+        return;
+    }
+    m_value.vt = VT_BOOL;
+    m_value.boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+void CSheetRows::ConvertDigits(std::string_view text, std::uint32_t style) {
     if (const std::optional<double> number = SCCellValue::ParseNumber(text))
-        SetNumber(column, *number);
+        SetNumber(*number, style);
     else
-        SetUtf8(column, text, false);
+        SetUtf8(text);
 }
 
-void CSheetRows::ConvertSharedDigits(SColumn& column, std::string_view text) {
+void CSheetRows::ConvertSharedDigits(std::string_view text) {
     std::size_t index = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), index);
     if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size())
         FailWithShared(PrintableName(text));
-    SetShared(column, index);
+    SetShared(index);
 }
 
 void CSheetRows::FailWithShared(const std::string& index) const {
-    throw CSourceError("a cell of row " + std::to_string(m_row) + " names a shared text that there is not: " + index);
+    throw CSourceError("row " + std::to_string(m_row) + ": the index " + index + " of a shared string is invalid; " +
+                       "there are " + std::to_string(m_pBook->GetSharedTextCount()));
 }
 
-void CSheetRows::SetNumber(SColumn& column, double number) {
-    const EDateKind kind = m_pBook->GetDateKind(column.style);
+void CSheetRows::SetNumber(double number, std::uint32_t style) {
+    const EDateKind kind = m_pBook->GetDateKind(style);
     if (kind != EDateKind::None) {
         if (const std::optional<double> date = SCCellValue::DateOfNumber(number, kind, m_pBook->IsDate1904())) {
-            SetDate(column, *date);
+            SetDate(*date);
             return;
         }
     }
-    column.value.vt = VT_R8;
-    column.value.dblVal = number;
+    m_value.vt = VT_R8;
+    m_value.dblVal = number;
 }
 
-void CSheetRows::SetShared(SColumn& column, std::size_t index) {
+/// A text that fills a column is converted once and not in each row.
+void CSheetRows::SetShared(std::size_t index) {
     if (index >= m_pBook->GetSharedTextCount())
         FailWithShared(std::to_string(index));
-    SetText(column, m_pBook->GetSharedText(index));
+    if (index == m_sharedText) {
+        PointToText();
+        return;
+    }
+    SetUtf8(m_pBook->GetSharedText(index));
+    m_sharedText = index;
 }
 
-void CSheetRows::SetDate(SColumn& column, double date) {
-    column.value.vt = VT_DATE;
-    column.value.date = date;
+void CSheetRows::SetDate(double date) {
+    m_value.vt = VT_DATE;
+    m_value.date = date;
 }
 
-void CSheetRows::SetText(SColumn& column, std::u16string_view text) {
-    column.text.Assign(text);
-    column.value.vt = VT_BSTR;
-    column.value.bstrVal = column.text.Get();
+void CSheetRows::SetWide(std::string_view bytes) {
+    m_sharedText = noText;
+    const std::size_t units = bytes.size() / sizeof(WCHAR);
+    std::memcpy(m_text.Resize(units), bytes.data(), units * sizeof(WCHAR));
+    PointToText();
 }
 
-void CSheetRows::SetWide(SColumn& column, std::string_view bytes) {
-    m_wide.resize(bytes.size() / sizeof(char16_t));
-    std::memcpy(m_wide.data(), bytes.data(), m_wide.size() * sizeof(char16_t));
-    SetText(column, m_wide);
+void CSheetRows::SetUtf8(std::string_view text) {
+    m_sharedText = noText;
+    m_text.Resize(ConvertToUtf16(text, m_text.Resize(text.size())));
+    PointToText();
 }
 
-void CSheetRows::SetUtf8(SColumn& column, std::string_view text, bool hasEscapes) {
-    m_wide.clear();
-    AppendUtf16(text, m_wide);
-    if (hasEscapes)
-        TakeBackEscapes(m_wide, 0);
-    SetText(column, m_wide);
+void CSheetRows::SetEscaped(std::string_view text) {
+    SetUtf8(text);
+    if (!MayHaveEscapes(text))
+        return;
+    std::u16string wide(m_text.View());
+    TakeBackEscapes(wide, 0);
+    m_text.Assign(wide);
+    PointToText();
+}
+
+void CSheetRows::PointToText() {
+    m_value.vt = VT_BSTR;
+    m_value.bstrVal = m_text.Get();
 }
 
 } // namespace NSTQ::Providers

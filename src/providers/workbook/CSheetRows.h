@@ -29,33 +29,33 @@ private:
     /// Bytes of all values of one row: far more than fits any reader's line.
     static constexpr std::size_t maxRowText = 1U << 22;
 
-    /// A column's cell in the current row, kept as it came until its value is asked for.
+    /// A column's cell in the current row, as it came.
     struct SColumn {
         std::uint32_t row = 0; ///< the row that the rest is about
-        bool isConverted = false;
         ECellKind kind = ECellKind::Number;
         std::uint32_t style = 0;
         std::uint32_t index = 0;
         double number = 0;
         std::size_t textBegin = 0;
         std::size_t textSize = 0;
-        Platform::VARIANT value = {};
-        Platform::CBstr text; ///< what `value` points to, memory used again and again
     };
+    static constexpr std::size_t noText = static_cast<std::size_t>(-1);
 
     void ReadRow();
     void KeepCell();
     void NameColumns(bool hasHeader);
     std::u16string HeaderText(std::size_t column);
-    void Convert(SColumn& column);
-    void ConvertDigits(SColumn& column, std::string_view text);
-    void ConvertSharedDigits(SColumn& column, std::string_view text);
-    void SetNumber(SColumn& column, double number);
-    void SetShared(SColumn& column, std::size_t index);
-    void SetDate(SColumn& column, double date);
-    void SetText(SColumn& column, std::u16string_view text);
-    void SetWide(SColumn& column, std::string_view bytes);
-    void SetUtf8(SColumn& column, std::string_view text, bool hasEscapes);
+    void Convert(const SColumn& column);
+    void ConvertBoolean(std::string_view text);
+    void ConvertDigits(std::string_view text, std::uint32_t style);
+    void ConvertSharedDigits(std::string_view text);
+    void SetNumber(double number, std::uint32_t style);
+    void SetShared(std::size_t index);
+    void SetDate(double date);
+    void SetWide(std::string_view bytes);
+    void SetUtf8(std::string_view text);
+    void SetEscaped(std::string_view text);
+    void PointToText();
     [[noreturn]] void FailWithShared(const std::string& index) const;
 
     std::shared_ptr<const IWorkbook> m_pBook;
@@ -67,9 +67,11 @@ private:
     bool m_hasPending;
     std::vector<SColumn> m_columns;
     std::string m_strRowText;
-    std::u16string m_wide;
     std::vector<std::u16string> m_names;
     Platform::VARIANT m_null = {};
+    Platform::VARIANT m_value = {};    ///< of the cell that was asked for last
+    Platform::CBstr m_text;            ///< what it may point to, memory used again and again
+    std::size_t m_sharedText = noText; ///< the index of the shared text that m_text holds
 };
 
 } // namespace NSTQ::Providers

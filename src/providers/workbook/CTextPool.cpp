@@ -1,22 +1,34 @@
 #include "providers/workbook/CTextPool.h"
 
-#include <algorithm>
+#include "providers/common/CSourceError.h"
+
 #include <cstring>
+#include <utility>
 
 namespace NSTQ::Providers {
 
-void CTextPool::Add(std::u16string_view text) {
-    if (text.size() > m_room) {
-        const std::size_t size = std::max(blockSize, text.size());
-        m_blocks.push_back(std::make_unique_for_overwrite<char16_t[]>(size));
-        m_pFree = m_blocks.back().get();
-        m_room = size;
-    }
+void CTextPool::Add(std::string_view text) {
+    const std::size_t cost = text.size() + sizeof(std::string_view);
+    if (cost > m_budget)
+        throw CSourceError("its shared strings take too much memory for what they take in the file",
+                           Platform::DB_E_DATAOVERFLOW);
+    m_budget -= cost;
+    char* const place = Reserve(text.size());
     if (!text.empty())
-        std::memcpy(m_pFree, text.data(), text.size() * sizeof(char16_t));
-    m_texts.emplace_back(m_pFree, text.size());
-    m_pFree += text.size();
-    m_room -= text.size();
+        std::memcpy(place, text.data(), text.size());
+    m_texts.emplace_back(place, text.size());
+}
+
+char* CTextPool::Reserve(std::size_t size) {
+    // A block of its own, so that the rest of the shared one is not wasted.
+    if (size > blockSize / 8)
+        return m_blocks.emplace_back(std::make_unique_for_overwrite<char[]>(size)).get();
+    if (size > m_room) {
+        m_pFree = m_blocks.emplace_back(std::make_unique_for_overwrite<char[]>(blockSize)).get();
+        m_room = blockSize;
+    }
+    m_room -= size;
+    return std::exchange(m_pFree, m_pFree + size);
 }
 
 } // namespace NSTQ::Providers

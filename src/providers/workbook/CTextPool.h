@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <string_view>
@@ -12,20 +13,30 @@ namespace NSTQ::Providers {
 
 class CTextPool {
 public:
+    CTextPool() = default;
+    /// `packedSize` is what the texts take in the file, in bytes. They may take 16 times as much here and 56 MiB
+    /// more, with 16 bytes for each text.
+    explicit CTextPool(std::uint64_t packedSize) : m_budget(freeBytes + bytesPerPackedByte * packedSize) {}
+
     std::size_t GetCount() const { return m_texts.size(); }
-    /// Valid as long as the object lives.
-    std::u16string_view GetText(std::size_t index) const { return m_texts[index]; }
-    void Add(std::u16string_view text);
+    /// In UTF-8, which may be invalid where the file's is. Valid as long as the object lives.
+    std::string_view GetText(std::size_t index) const { return m_texts[index]; }
+    /// Throws CSourceError when the texts have become too large.
+    void Add(std::string_view text);
 
 private:
-    /// In units. Larger texts get a block of their own.
+    static constexpr std::uint64_t freeBytes = 56U << 20;
+    static constexpr std::uint64_t bytesPerPackedByte = 16;
     static constexpr std::size_t blockSize = 1U << 18;
 
-    std::vector<std::unique_ptr<char16_t[]>> m_blocks;
-    char16_t* m_pFree = nullptr;
+    char* Reserve(std::size_t size);
+
+    std::uint64_t m_budget = freeBytes;
+    std::vector<std::unique_ptr<char[]>> m_blocks;
+    char* m_pFree = nullptr;
     std::size_t m_room = 0;
     /// Not a vector, whose growing would hold millions of short texts twice for a while.
-    std::deque<std::u16string_view> m_texts;
+    std::deque<std::string_view> m_texts;
 };
 
 } // namespace NSTQ::Providers

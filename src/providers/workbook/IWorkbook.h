@@ -38,8 +38,8 @@ public:
     /// These are for a workbook of which a sheet has been opened. The style number of a cell may be any.
     virtual EDateKind GetDateKind(std::uint32_t style) const = 0;
     virtual std::size_t GetSharedTextCount() const = 0;
-    /// The text of an index below the count; valid as long as the workbook.
-    virtual std::u16string_view GetSharedText(std::size_t index) const = 0;
+    /// The text of an index below the count, in UTF-8; valid as long as the workbook.
+    virtual std::string_view GetSharedText(std::size_t index) const = 0;
 };
 
 } // namespace NSTQ::Providers

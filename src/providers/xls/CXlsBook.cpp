@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/CodePageText.h"
+#include "providers/common/Utf8Text.h"
 #include "providers/xls/CRecordCells.h"
 
 namespace NSTQ::Providers {
@@ -182,12 +183,14 @@ void CXlsBook::ReadSharedTexts() {
     constexpr std::size_t headerSize = 8;
     const std::uint32_t count = ReadU32(records.Require(headerSize) + 4);
     CTextReader reader(records, m_form, headerSize);
-    CTextPool texts;
+    CTextPool texts(m_pStream->Size());
     std::u16string text;
+    std::string bytes;
     while (texts.GetCount() < count && reader.HasMore()) {
         text.clear();
         reader.ReadText(reader.TakeU16(), text);
-        texts.Add(text);
+        // Half of a surrogate pair becomes U+FFFD, for which each code page has what it has for the half.
+        texts.Add(ToUtf8(text, bytes));
     }
     m_sharedTexts = std::move(texts);
     m_sharedPosition.reset();

@@ -22,7 +22,7 @@ public:
     std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) override;
     EDateKind GetDateKind(std::uint32_t style) const override { return m_formats.GetKind(style); }
     std::size_t GetSharedTextCount() const override { return m_sharedTexts.GetCount(); }
-    std::u16string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
+    std::string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
 
 private:
     /// What is known only until all has been read.

@@ -43,10 +43,12 @@ std::string ResolveTarget(const std::string& part, std::string_view target) {
         const std::size_t end = std::min(path.find('/', begin), path.size());
         const std::string segment = path.substr(begin, end - begin);
         begin = end + 1;
-        if (segment == "..")
-            resolved.resize(resolved.find('/') == std::string::npos ? 0 : resolved.rfind('/'));
-        else if (!segment.empty() && segment != ".")
+        if (segment == "..") {
+            const std::size_t parent = resolved.rfind('/');
+            resolved.resize(parent == std::string::npos ? 0 : parent);
+        } else if (!segment.empty() && segment != ".") {
             resolved += (resolved.empty() ? "" : "/") + segment;
+        }
     }
     return resolved;
 }

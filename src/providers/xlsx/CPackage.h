@@ -23,6 +23,8 @@ public:
     explicit CPackage(std::shared_ptr<IRandomAccess> input) : m_zip(std::move(input)) {}
 
     bool HasPart(const std::string& part) const { return m_zip.Find(part) != nullptr; }
+    /// The bytes that a part which is there takes in the file.
+    std::uint64_t GetPackedSize(const std::string& part) const { return m_zip.Find(part)->packedSize; }
     /// A part that is held in memory in one form or another is bound more tightly than one that streams through.
     CXmlScanner OpenPart(const std::string& part) const;
     CXmlScanner OpenStreamedPart(const std::string& part) const;

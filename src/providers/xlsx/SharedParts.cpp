@@ -31,21 +31,18 @@ void ReadRichText(CXmlScanner& xml, std::string& target) {
 }
 
 CTextPool ReadSharedTexts(const CPackage& package, const std::string& part) {
-    CTextPool texts;
+    CTextPool texts(package.GetPackedSize(part));
     CXmlScanner xml = package.OpenPart(part);
     std::string text;
-    std::u16string wide;
     while (xml.Next() != EXmlEvent::EndOfDocument) {
         if (!xml.IsStart(2, "si"))
             continue;
         if (texts.GetCount() == maxTexts)
             xml.Fail("more than " + std::to_string(maxTexts) + " shared texts");
         text.clear();
-        wide.clear();
         ReadRichText(xml, text);
-        AppendUtf16(text, wide);
-        TakeBackEscapes(wide, 0);
-        texts.Add(wide);
+        TakeBackEscapes(text);
+        texts.Add(CutForField(text));
     }
     return texts;
 }
