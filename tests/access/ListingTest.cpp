@@ -207,5 +207,16 @@ TEST(AccessListing, WhatDoesNotOpenSaysWhy) {
         EXPECT_EQ(CauseOf(writer, name), cause);
 }
 
+TEST(AccessListing, QueriesThatAreDamagedStayListed) {
+    CAccessWriter writer(EJet::Jet4);
+    writer.AddTable("beta", {{"a"}}).Add({"b"});
+    AddSelection(writer, "Delta");
+    std::string bytes = writer.Finish().Bytes();
+    bytes.replace(bytes.find(Utf16Bytes("Expression")), 1, "X");
+    CAccessFile file(bytes);
+    EXPECT_EQ(file.Names(), "beta|Delta");
+    EXPECT_EQ(file.Rows("beta") + file.Rows("Delta"), "b\nrefused");
+}
+
 } // namespace
 } // namespace NSTQ::Tests

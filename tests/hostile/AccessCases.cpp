@@ -132,6 +132,9 @@ const struct {
     {"a row moved into the catalogue", [](V& v) { v.Move(v.writer.Catalogue().RowPages()[0], 0); },
      "not the table's"},
     {"a row moved into long values", [](V& v) { v.Move(v.longs[0], 0); }, "not the table's"},
+    {"two rows moved to one place",
+     [](V& v) { v.pages->Put(v.rows, v.RowAt(v.rows, 19), v.pages->Get(v.rows, v.RowAt(v.rows, 9), 4), 4); },
+     "two rows have moved"},
     {"long values that go on in themselves", [](V& v) { v.GoRound(); }, "circles"},
     {"a long value that goes on behind the file", [](V& v) { v.GoOn(farPage); }, "no page"},
     {"a long value that goes on in a definition", [](V& v) { v.GoOn(2); }, "type 2"},
@@ -147,6 +150,15 @@ std::string MakeWide(EJet version, std::size_t count) {
         columns.push_back({std::to_string(i), Boolean});
     writer.AddTable("Bad", columns).Add(AccessRow(count, true));
     writer.AddTable("Good", {{"a"}}).Add({"good"});
+    return writer.Finish().Bytes();
+}
+
+std::string MakeQueries(int count) {
+    CAccessWriter writer(EJet::Jet4);
+    writer.AddTable("Bad", {{"Id", Long}, {"Text"}}).Add({std::int64_t{1}, "t"});
+    writer.AddTable("Good", {{"a"}}).Add({"good"});
+    for (int i = 0; i < count; ++i)
+        writer.AddQuery("Query" + std::to_string(i), {{0}, {1, 1}, {5, {}, "", "Bad"}, {6, 0, "Id"}, {255}});
     return writer.Finish().Bytes();
 }
 
@@ -179,6 +191,7 @@ std::vector<SHostileCase> AccessCases() {
     std::vector<SHostileCase> cases;
     for (const EJet version : {EJet::Jet4, EJet::Jet3})
         AddCases(cases, version);
+    cases.push_back({"8000 queries", [] { return MakeQueries(8000); }, "the other table: 1 rows"});
     std::string noCatalogue = V(EJet::Jet4).pages->Bytes(), ofTomorrow = noCatalogue, noColumn = noCatalogue;
     noCatalogue[2 * 4096] = '\1';
     ofTomorrow[0x14] = '\x30';
