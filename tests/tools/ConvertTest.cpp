@@ -93,6 +93,10 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
         {"stock.tsv", false},
         {"prices.xlsx", true},
         {"prices.xls", true},
+#if defined(TQC_WITH_ACCESS)
+        {"stock.mdb", false},
+        {"stock.accdb", false},
+#endif
         {"ledger.txt --widths 6,20,10", false},
     };
     std::ifstream file(samples + "prices-sjis.csv", std::ios::binary);
@@ -103,6 +107,14 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
         EXPECT_EQ(back.errors, "") << line;
         EXPECT_EQ(Run("utf8.csv --output-encoding utf-8 --add-bom").output, m_folder.ReadFile("utf8.csv")) << line;
         EXPECT_TRUE(!isPrices || back.output == prices) << line;
+        // Under another name it is the same.
+        const std::string name = Words(line)[0];
+        std::filesystem::copy(samples + name, m_folder.Path("other.csv"),
+                              std::filesystem::copy_options::overwrite_existing);
+        const std::string options =
+            (name == "stock.tsv" ? " --type tsv " : " ") + std::string(line).substr(name.size());
+        EXPECT_EQ(Run("other.csv --output-encoding utf-8 --add-bom" + options).output, m_folder.ReadFile("utf8.csv"))
+            << line;
     }
 }
 

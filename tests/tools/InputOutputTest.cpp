@@ -69,7 +69,7 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         {"- --type xlsx <b.csv", "", "", "tqc: -: neither a workbook", 5},
         {"- <b.csv", "", "", "give --type: csv, tsv, fix, xls, xlsx, mdb, accdb, xtqf", 2},
         {"- - --type csv <b.csv", "", "", "only once", 2},
-        {"book.dat --type xlsx", "", book},
+        {"book.dat", "", book},
         {"list - --type xlsx --names <book.xlsx", "", "Q 1\nQ\xE2\x82\xAC\nIt's\n"},
         // Rows that cannot be taken whole.
         {"bad.csv --max-fields 2 --rejects r", "", "a,b\r\nf,g\r\n",

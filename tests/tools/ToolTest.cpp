@@ -1,4 +1,5 @@
 // tqc on delimited text: what it takes it for, its rows and their limits, its output, and what it refuses.
+#include "support/ZipWriter.h"
 #include "tools/CToolTest.h"
 
 #include <sys/stat.h>
@@ -32,6 +33,7 @@ protected:
 
 TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
     m_folder.WriteFile("empty.dat", "");
+    const std::string package = MakeZip({{.name = "TqData\\SourceFile.csv", .content = "k,l\n"}});
     const SCase cases[] = {
         {"a.csv", "a,b\r\n1,\"x,y\"\r\n", "a,b\r\n1,\"x,y\"\r\n"},
         {"a.csv", "a,b\r1,2\r", "a,b\r\n1,2\r\n"},
@@ -55,6 +57,19 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.csv --separator \\t", "a\tb\n", "a,b\r\n"},
         {"a.xls", "x", "", "a.xls: ", 5},
         {"a.csv", "\xFF\xFE"s + "a\0,\0"s, "", "UTF-16", 5},
+        // The bytes tell more than the name.
+        {"a.csv", package, "k,l\r\n"},
+        {"a.csv", MakeZip({{.name = "a.csv", .content = "k,l\n"}}), "", "a.csv: seems to be a zip archive", 5},
+        {"a.csv --type tsv --limit 1", "PK\x03\x04\nb\n", "PK\r\n"},
+        {"a.accdt", "PK\x03\x04", "", "a template for databases", 5},
+        {"info a.txt", "%PDF-1.4\n,", "", "a PDF document; give --type csv", 5},
+        {"preview a.csv", "\x89PNG\r\n\x1A\n", "", "an image", 5},
+        {"a.dat --separator ;", "RIFF....WEBPVP8;\n", "", "an image", 5},
+        {"a.csv", "\x1F\x8B\b", "", "compressed data", 5},
+        {"a.csv", "a,b\n\0,c\n"s, "", "NUL bytes", 5},
+        {"a.csv --type csv", "a,b\n\0,c\n"s, "a,b\r\n,c\r\n"},
+        {"a.csv", "a\0,\0b\0"s, "", "UTF-16LE", 5},
+        {"a.txt", "\0a\0,\0\x8B"s, "", "UTF-16BE", 5},
         {"a.csv --output-separator ; --output-eol lf", "a,\"b;c\"\n", "a;\"b;c\"\n"},
         // The mark, and the code page of the rows and of the path.
         {"a.csv", MARK + "\"New, York\",a b\n", "\"New, York\",a b\r\n"},

@@ -1,5 +1,6 @@
 #include "CInputFile.h"
 
+#include "SCContentProbe.h"
 #include "SCErrorText.h"
 #include "SCPassWord.h"
 #include "SCSignals.h"
@@ -59,8 +60,10 @@ CInputFile::CInputFile(const SOptions& options, const std::string& name) : m_opt
         CopyStandardInput();
         return;
     }
-    const std::string extension = options.type ? '.' + SCTypeNames::Of(*options.type) : "";
-    if (options.type && !SCTypeNames::IsText(*options.type) && !HasExtension(name, extension))
+    if (!options.type)
+        FindContent();
+    const std::string extension = m_options.type ? '.' + SCTypeNames::Of(*m_options.type) : "";
+    if (m_options.type && !SCTypeNames::IsText(*m_options.type) && !HasExtension(name, extension))
         LinkUnderExtension(extension);
 }
 
@@ -112,6 +115,16 @@ void CInputFile::CreateNamed(const std::string& extension) {
                        "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
     m_options.strPath = m_strRemove = path;
     SCSignals::RemoveFile(m_strRemove.c_str());
+}
+
+/// What cannot be opened is left to what opens it in earnest.
+void CInputFile::FindContent() {
+    const CDescriptor file(::open(m_options.strPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status {};
+    if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    if (const auto type = SCContentProbe::FindType(file.Get()); type != SCDeclareConstant::SFT_UNKNOWN)
+        m_options.type = type;
 }
 
 void CInputFile::LinkUnderExtension(const std::string& extension) {

@@ -1,8 +1,8 @@
 // One input of the command line as a file that the library can open.
 //
 // Standard input is copied to a private file first, which is removed again, also by an interrupting signal. The copy
-// of text has no name at all. A workbook, database or package under a name that does not say so gets a link with a
-// name that does, because the library goes by the name.
+// of text has no name at all. A workbook, database or package is known by its bytes; under a name that does not say
+// so it gets a link with a name that does, because the library goes by the name.
 #pragma once
 
 #include "SOptions.h"
@@ -35,6 +35,7 @@ private:
     void CopyStandardInput();
     void CreateNameless();
     void CreateNamed(const std::string& extension);
+    void FindContent();
     void LinkUnderExtension(const std::string& extension);
     std::string PrivateName(const std::string& extension) const;
 

@@ -5,6 +5,7 @@
 #include "CFailure.h"
 #include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
+#include "SCContentProbe.h"
 #include "SCEncodingGuess.h"
 #include "SCErrorText.h"
 #include "SCNameMatch.h"
@@ -80,6 +81,9 @@ CSource::CSource(const SOptions& options) : m_options(options), m_strDataPath(op
     Platform::SetAnsiCodePage(Platform::CP_UTF8);
     FindLineEnd();
     FindType();
+    if (!m_options.type && !IsDatabase() && m_eType != SCDeclareConstant::SFT_XTQF)
+        if (const std::string other = SCContentProbe::DescribeOther(options.strFile, m_strHead); !other.empty())
+            throw CFailure(ES_UNSUPPORTED, options.strFile, other);
     SettleCodePage();
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
         FindType();
