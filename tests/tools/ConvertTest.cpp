@@ -70,6 +70,7 @@ TEST_F(Convert, BetweenEncodings) {
          "a.csv: not UTF-8; give its encoding with --encoding: 932"}, // りんごください表 in EUC
         {"a.csv --limit 0", UTF8 + UTF8 + "\xFF\n", "", "a.csv: mostly UTF-8"},
         {"a.csv", fill + "\xE8\xA1\xA8\nz\n", fillOut + "\xE8\xA1\xA8\r\nz\r\n"},
+        {"a.csv", std::string(63'999, 'x') + "\xE8\xA1\xA8\n", std::string(63'999, 'x') + "\xE8\xA1\xA8\r\n"},
         {"a.csv", fill + "\xE8\xA1z\n", fillOut + "\xEF\xBF\xBDz\r\n", "a.csv: row 64: bytes that", 1},
         // Another code of a character, and a character that stands in for undefined ones, are no loss.
         {"a.csv --encoding 932", "\x87\x90?,1\n", "\xE2\x89\x92?,1\r\n"},

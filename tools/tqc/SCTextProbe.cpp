@@ -68,7 +68,10 @@ bool SCTextProbe::HasUtf16Mark(std::string_view head) {
 }
 
 std::string_view SCTextProbe::WholeLines(std::string_view head) {
-    return head.substr(0, head.find_last_of("\r\n"));
+    std::size_t end = head.find_last_of("\r\n");
+    if (end == std::string_view::npos && head.size() == SCDataAccessDefine::READ_BUFF_SIZE)
+        end = Platform::KeptTextLength(head.data(), head.size(), head.size() - 1);
+    return head.substr(0, end);
 }
 
 bool SCTextProbe::IsUtf8(std::string_view head) {

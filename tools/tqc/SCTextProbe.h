@@ -20,7 +20,8 @@ public:
 
     static bool HasUtf8Mark(std::string_view head);
     static bool HasUtf16Mark(std::string_view head);
-    /// The bytes up to the last line end: a head may end inside a character, a line does not.
+    /// The bytes up to the last line end, for a head may end inside a character, while a line does not; those up to
+    /// the last whole character of a head that is cut off within its first line.
     static std::string_view WholeLines(std::string_view head);
     /// Whether those are UTF-8.
     static bool IsUtf8(std::string_view head);
