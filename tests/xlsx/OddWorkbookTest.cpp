@@ -1,5 +1,7 @@
 // Workbooks that are unusual but right: what each gives, in the quick and in the general way through a sheet.
+#include "providers/common/CSourceError.h"
 #include "providers/workbook/CNumberFormats.h"
+#include "providers/workbook/CTextPool.h"
 #include "providers/workbook/SCCellReference.h"
 #include "xlsx/XlsxBuilder.h"
 
@@ -324,6 +326,16 @@ TEST(XlsxReferences, CellsAreInsideTheGridOrRefused) {
         EXPECT_FALSE(SCCellReference::ParseCell(wrong)) << wrong;
     for (const char* wrong : {"", ":", "A", "A:", "A1:", "A1:B", "A:1", "A1:B2:C3", "A1,B2", "#REF!"})
         EXPECT_FALSE(SCCellReference::ParseRange(wrong)) << wrong;
+}
+
+TEST(SharedStrings, KeepToTheirBudget) {
+    const std::string text((1U << 20) - 16, 'x');
+    for (const std::uint64_t packedSize : {0U, 1U << 20}) {
+        Providers::CTextPool pool(packedSize);
+        for (std::uint64_t i = 0; i < 56 + 16 * (packedSize >> 20); ++i)
+            pool.Add(text);
+        EXPECT_THROW(pool.Add(""), Providers::CSourceError) << packedSize;
+    }
 }
 
 } // namespace
