@@ -5,7 +5,7 @@ _tqc_takes_value() {
     case $1 in
     -o | --output | --out-dir | --type | --separator | --eol | --encoding | --code-page | --widths | --sheet) ;;
     --password-file | --password-fd | --max-fields | --max-line-size | --max-field-size | --skip | --limit) ;;
-    --output-separator | --output-eol | --output-encoding | --on-error | --rejects) ;;
+    --output-separator | --output-eol | --output-encoding | --numbers | --on-error | --rejects) ;;
     *) return 1 ;;
     esac
 }
@@ -68,7 +68,7 @@ _tqc() {
     local pages='shift_jis cp1252 gbk cp949 big5 utf-8'
     local options='--help --version --type --separator --eol --encoding --code-page --widths --sheet --header
         --password-file --password-fd --quote-newline --max-fields --max-line-size --max-field-size --skip --limit
-        --output --out-dir --output-separator --output-eol --output-encoding --add-bom --formula-guard --quiet
+        --output --out-dir --output-separator --output-eol --output-encoding --add-bom --formula-guard --numbers --quiet
         --on-error --rejects --strict --replace'
     COMPREPLY=()
     # "--option=value" comes as three words.
@@ -83,6 +83,7 @@ _tqc() {
     --eol | --output-eol) _tqc_words 'crlf lf cr'; return ;;
     --encoding) _tqc_words "auto ansi $pages"; return ;;
     --code-page | --output-encoding) _tqc_words "$pages"; return ;;
+    --numbers) _tqc_words '15 full'; return ;;
     --on-error) _tqc_words 'stop skip'; return ;;
     --separator | --output-separator) _tqc_words 'tab'; return ;;
     --out-dir) _tqc_paths -d; return ;;

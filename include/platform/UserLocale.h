@@ -14,6 +14,12 @@ namespace NSTQ::Platform {
 /// Pictures are ASCII, not empty, and have at most this many characters.
 inline constexpr std::size_t maxLocalePicture = 31;
 
+/// How many digits a number of floating point shows.
+enum class ENumberDigits : unsigned char {
+    Default, ///< at most 15, of a Single 7: rounded, ties away from zero, as the platform does
+    Full,    ///< as many as give the same number back: at most 17, of a Single 9
+};
+
 /// How dates, times and numbers are written. The texts are the caller's.
 struct SUserLocale {
     /// yyyy, yy: the year with four or two digits; MM, M: the month, dd, d: the day, with two digits or without a
@@ -23,6 +29,8 @@ struct SUserLocale {
     std::string_view timeFormat = "H:mm:ss";
     /// A printable ASCII character other than a blank, a digit, a letter, '-', '+' and '#'.
     char decimalSign = '.';
+    /// A number takes the exponent form from that many digits before the decimal sign on, for Full from 17 or 9.
+    ENumberDigits numberDigits = ENumberDigits::Default;
 };
 
 /// Takes a copy. False, and the setting stays, when a part of it is not as above.

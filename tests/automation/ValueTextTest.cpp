@@ -176,6 +176,28 @@ TEST_F(UserLocale, ShapesDatesAndNumbers) {
     EXPECT_EQ(TextOf(Date(36890.5)), "H yMd");
 }
 
+TEST_F(UserLocale, ShowsAllDigitsWhenAskedTo) {
+    ASSERT_TRUE(SetUserLocale({.numberDigits = ENumberDigits::Full}));
+    const SCase full[] = {{Double(0.1 + 0.2), "0.30000000000000004"},
+                          {Double(1234567890123456), "1234567890123456"},
+                          {Double(-1e16), "-10000000000000000"},
+                          {Double(1e17), "1E+17"},
+                          {Double(5e-324), "5E-324"},
+                          {Double(12.5), "12.5"},
+                          {Value(VT_R4, &VARIANT::fltVal, 16777216), "16777216"},
+                          {Value(VT_R4, &VARIANT::fltVal, 0.1f), "0.1"}};
+    for (const SCase& entry : full)
+        EXPECT_EQ(TextOf(entry.value), entry.text);
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 50'000; ++i) {
+        const auto bits = random();
+        const auto number = std::bit_cast<double>(bits & ~(std::uint64_t{1} << 54)); // finite
+        ASSERT_EQ(std::strtod(TextOf(Double(number)).c_str(), nullptr), number) << bits;
+        const auto single = static_cast<float>(bits >> 32) * 1e-5f;
+        ASSERT_EQ(std::strtof(TextOf(Value(VT_R4, &VARIANT::fltVal, single)).c_str(), nullptr), single) << bits;
+    }
+}
+
 TEST_F(UserLocale, IsRefusedWithAPartThatIsNoPicture) {
     const SUserLocale refused[] = {{"y/M", "H", '.'},   {"yyy", "H", '.'},
                                    {"yyyyy", "H", '.'}, {"MMM", "H", '.'},

@@ -185,10 +185,11 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
 TEST_F(Convert, WorkbooksListAndConvert) {
     SXlsxParts parts;
     parts.strRows =
-        "<row><c><v>1</v></c><c t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>2.5</v></c></row>";
+        "<row><c><v>1</v></c><c "
+        "t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>0.30000000000000004</v></c></row>";
     parts.sheetNames = {"It's a.b!c", "Gr\xC3\x96 \xCE\xA3 \xD0\x81 \xEF\xBC\xB1", "2", "ab", "aB"}; // GrÖ Σ Ё Ｑ
     m_folder.WriteFile("a.xlsx", parts.File());
-    const std::string rows = "1,\xE8\xA1\xA8\r\n2.5,\r\n";
+    const std::string rows = "1,\xE8\xA1\xA8\r\n0.3,\r\n";
     const SCase cases[] = {
         {"list a.xlsx", "",
          "name\trows\tcolumns\nIt's a.b!c\t2\t2\n" + parts.sheetNames[1] + "\t2\t2\n2\t2\t2\nab\t2\t2\naB\t2\t2\n"},
@@ -198,14 +199,15 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"a.xlsx --header --skip 1 --sheet aB", "", "1,\xE8\xA1\xA8\r\n"},
         {"a.xlsx --sheet Ab", "", "", "several sheets are called \"Ab\" without regard to case: ab, aB", 3},
         {"a.xlsx --sheet \"\"", "", "", "a name, or a number from 1", 2},
-        {"a.xlsx --sheet 3 --skip 1", "", "2.5,\r\n"},
+        {"a.xlsx --sheet 3 --skip 1", "", "0.3,\r\n"},
+        {"a.xlsx --skip 1 --numbers full", "", "0.30000000000000004,\r\n"},
 #if defined(TQC_WITH_ACCESS)
         {TQC_SAMPLES "/stock.accdb --header --sheet PLACES --skip 1", "", "Place,Locked\r\nB-02,-1\r\n"},
         {TQC_SAMPLES "/stock.accdb --sheet 4", "", "", "no table \"4\"; tables: Parts, Places, Running low", 3},
 #endif
         {"a.xlsx --code-page 932 --limit 1", "", "1,\x95\x5C\r\n"},
-        {"a.xlsx --max-fields 1", "", "1\r\n2.5\r\n", "row 1: more than 1 fields", 1},
-        {"preview a.xlsx", "", "1 | \xE8\xA1\xA8\n2.5 | \n"},
+        {"a.xlsx --max-fields 1", "", "1\r\n0.3\r\n", "row 1: more than 1 fields", 1},
+        {"preview a.xlsx", "", "1 | \xE8\xA1\xA8\n0.3 | \n"},
         {"a.xlsx --sheet Q5", "", "", "a.xlsx: no sheet \"Q5\"; sheets: It's a.b!c, ", 3},
         {"list a.csv", "a,b\n", "", "list is for workbooks and databases", 2},
         {"a.csv --sheet 1", "a,b\n", "", "--sheet is for workbooks and databases", 2},

@@ -32,6 +32,7 @@ constexpr SChoice<SOptions::EOnError> ON_ERROR[] = {{"stop", SOptions::OE_STOP},
 constexpr SChoice<SLineEnd> LINE_ENDS[] = {{"crlf", {SCDataAccessDefine::CR_CODE, SCDataAccessDefine::LF_CODE}},
                                            {"lf", {SCDataAccessDefine::LF_CODE, 0}},
                                            {"cr", {SCDataAccessDefine::CR_CODE, 0}}};
+constexpr SChoice<bool> NUMBERS[] = {{"15", false}, {"full", true}};
 /// The parser puts the option's name before the message.
 [[noreturn]] void Refuse(const char* option, const std::string& value, const std::string& allowed) {
     throw CLI::ValidationError(option, "\"" + value + "\" cannot be used; allowed: " + allowed);
@@ -275,6 +276,10 @@ private:
         m_app.add_flag("--add-bom", m_options.bAddMark, "write the mark EF BB BF before UTF-8 output");
         m_app.add_flag("--formula-guard", m_options.bFormulaGuard,
                        "write ' before fields that a spreadsheet takes for formulas; numbers stay; changes the data");
+        Add("--numbers", "DIGITS", "of workbooks and databases: 15 digits (the default), or full: all that they have",
+            [this](const char* name, const auto& value) {
+                m_options.bFullNumbers = Choose<bool>(name, value, NUMBERS);
+            });
         m_app.add_flag("--quiet", m_options.bQuiet, "only errors: no progress and no reports of rows");
     }
 

@@ -45,6 +45,9 @@ bytes, cause, record, file.
 Several inputs into one output must have the same columns; when one of them fails, the output stays as it was. With
 --out-dir each output stands for itself: those that fail stay as they were, and the others are converted.
 
+Numbers of workbooks and databases have 15 digits (Single: 7), as spreadsheets show them; --numbers full writes as many
+as it takes to read the same number back.
+
 The password of a package, workbook or database comes from --password-file, --password-fd or the terminal, never from
 the command line.
 

@@ -68,6 +68,7 @@ struct SOptions {
     EOnError eOnError = OE_KEEP;
     std::string strRejects; ///< the file for rejected rows; empty for none
     bool bFormulaGuard = false;
+    bool bFullNumbers = false; ///< else as the platform shows them, with 15 digits
     bool bStrict = false;
     bool bAddMark = false;
     bool bQuiet = false;

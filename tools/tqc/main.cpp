@@ -10,6 +10,7 @@
 #include "SCPreview.h"
 #include "SCSignals.h"
 #include "platform/ComError.h"
+#include "platform/UserLocale.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -46,6 +47,8 @@ EExitStatus Run(int argc, const char* const* argv) {
     const auto options = SCCommandLine::Parse(argc, argv);
     if (!options)
         return ES_OK;
+    if (options->bFullNumbers)
+        Platform::SetUserLocale({.numberDigits = Platform::ENumberDigits::Full});
     switch (options->eCommand) {
     case SOptions::CMD_CONVERT:
         return SCConvert::Run(*options);

@@ -6,13 +6,21 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <type_traits>
 
 namespace NSTQ::Platform {
 
 namespace {
 
-constexpr int doubleDigits = 15;
-constexpr int floatDigits = 7;
+/// At most so many digits; to_chars finds fewer where `isShortest`.
+struct SDigits {
+    int count;
+    bool isShortest;
+};
+constexpr SDigits doubleDigits = {15, false};
+constexpr SDigits floatDigits = {7, false};
+constexpr SDigits fullDoubleDigits = {std::numeric_limits<double>::max_digits10, true};
+constexpr SDigits fullFloatDigits = {std::numeric_limits<float>::max_digits10, true};
 constexpr int currencyScale = 4;
 constexpr int maxDecimalScale = 28;
 /// From this exponent down a number takes the exponent form.
@@ -77,25 +85,34 @@ bool IsTie(TFloat value, int significant) {
     return odd >= (first + factor - 1) / factor && odd <= (first * 10 - 1) / factor;
 }
 
+template <class TFloat>
+std::to_chars_result WriteScientific(char (&room)[32], TFloat value, SDigits digits) {
+    if (digits.isShortest)
+        return std::to_chars(room, std::end(room), value, std::chars_format::scientific);
+    // to_chars rounds a tie to the even digit, the platform away from zero: as any number just above the tie.
+    if (IsTie(value, digits.count))
+        value = std::nextafter(value, std::numeric_limits<TFloat>::infinity());
+    return std::to_chars(room, std::end(room), value, std::chars_format::scientific, digits.count - 1);
+}
+
 /// `value` is positive and finite. The digits are rounded first, so that 999999999999999.9 is 1E+15.
 template <class TFloat>
-void AppendRounded(CValueText& text, TFloat value, int significant) {
-    // to_chars rounds a tie to the even digit, the platform away from zero: as any number just above the tie.
-    if (IsTie(value, significant))
-        value = std::nextafter(value, std::numeric_limits<TFloat>::infinity());
+void AppendRounded(CValueText& text, TFloat value, SDigits digits) {
     char scientific[32];
-    const auto end =
-        std::to_chars(scientific, std::end(scientific), value, std::chars_format::scientific, significant - 1).ptr;
+    const std::string_view written(
+        scientific, static_cast<std::size_t>(WriteScientific(scientific, value, digits).ptr - scientific));
+    const std::size_t mark = written.find('e');
     // D.DDDDe+XX: moving the first digit over the point makes the digits one run.
-    scientific[1] = scientific[0];
-    const std::string_view digits(scientific + 1, static_cast<std::size_t>(significant));
-    const char* exponentText = scientific + 1 + significant + 1;
+    const std::size_t first = mark > 1 ? 1 : 0;
+    scientific[first] = scientific[0];
+    const std::string_view run = written.substr(first, mark - first);
+    const std::size_t exponentBegin = mark + (written[mark + 1] == '+' ? 2 : 1);
     int exponent = 0;
-    std::from_chars(exponentText + (*exponentText == '+' ? 1 : 0), end, exponent);
-    if (exponent >= significant || exponent <= smallExponent)
-        AppendExponentForm(text, WithoutTrailingZeros(digits), exponent);
+    std::from_chars(written.data() + exponentBegin, written.data() + written.size(), exponent);
+    if (exponent >= digits.count || exponent <= smallExponent)
+        AppendExponentForm(text, WithoutTrailingZeros(run), exponent);
     else
-        AppendPlain(text, digits, exponent + 1);
+        AppendPlain(text, run, exponent + 1);
 }
 
 /// Writes `units` divided by 10 to the power of `scale`.
@@ -135,7 +152,8 @@ bool AppendShort(CValueText& text, double value) {
 }
 
 template <class TFloat>
-void AppendNumber(CValueText& text, TFloat value, int significant) {
+void AppendNumber(CValueText& text, TFloat value, SDigits digits) {
+    constexpr bool isDouble = std::is_same_v<TFloat, double>;
     if (std::isnan(value)) {
         text.Append(std::signbit(value) ? "-1.#IND" : "1.#QNAN");
         return;
@@ -145,10 +163,14 @@ void AppendNumber(CValueText& text, TFloat value, int significant) {
     const TFloat magnitude = std::fabs(value);
     if (std::isinf(magnitude))
         text.Append("1.#INF");
-    else if (significant != doubleDigits && magnitude == 0)
+    else if (!isDouble && magnitude == 0)
         text.Append('0');
-    else if (significant != doubleDigits || !AppendShort(text, magnitude))
-        AppendRounded(text, magnitude, significant);
+    else if (!isDouble || !AppendShort(text, magnitude))
+        AppendRounded(text, magnitude, digits);
+}
+
+bool IsFull() {
+    return GetUserLocale().numberDigits == ENumberDigits::Full;
 }
 
 } // namespace
@@ -166,11 +188,11 @@ void AppendUnsigned(CValueText& text, std::uint64_t value) {
 }
 
 void AppendDouble(CValueText& text, double value) {
-    AppendNumber(text, value, doubleDigits);
+    AppendNumber(text, value, IsFull() ? fullDoubleDigits : doubleDigits);
 }
 
 void AppendFloat(CValueText& text, float value) {
-    AppendNumber(text, value, floatDigits);
+    AppendNumber(text, value, IsFull() ? fullFloatDigits : floatDigits);
 }
 
 void AppendCurrency(CValueText& text, std::int64_t value) {

@@ -29,6 +29,7 @@ private:
 constinit CPicture datePicture{SUserLocale{}.dateFormat};
 constinit CPicture timePicture{SUserLocale{}.timeFormat};
 constinit char decimalSign = SUserLocale{}.decimalSign;
+constinit ENumberDigits numberDigits = SUserLocale{}.numberDigits;
 
 bool IsPrintable(char c) {
     return c >= ' ' && c <= '~';
@@ -65,11 +66,12 @@ bool SetUserLocale(const SUserLocale& locale) {
     datePicture.Assign(locale.dateFormat);
     timePicture.Assign(locale.timeFormat);
     decimalSign = locale.decimalSign;
+    numberDigits = locale.numberDigits;
     return true;
 }
 
 SUserLocale GetUserLocale() {
-    return {datePicture.View(), timePicture.View(), decimalSign};
+    return {datePicture.View(), timePicture.View(), decimalSign, numberDigits};
 }
 
 } // namespace NSTQ::Platform
