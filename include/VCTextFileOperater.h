@@ -16,6 +16,7 @@
 #include "platform/CodePage.h"
 
 #include <cstddef>
+#include <limits>
 #include <memory>
 
 namespace NSTQ::NSTQCore {
@@ -33,6 +34,19 @@ public:
     /// skipped, else RCS_ANSI; a file of fewer than 4 bytes keeps RCS_AUTO. With RCS_UTF8 a mark is skipped.
     /// Failure: false with the system's error code, or DW_ERROR_PATH_NOT_FOUND.
     bool FileOpen(const CSourceDataInfo* pInfo) override;
+
+    /// Has the next FileOpen read from an open descriptor, from where it stands, in place of the description's path:
+    /// from standard input, say, or from a pipe, which has no size and is read once. `pHead` are bytes that the host
+    /// has read from it already, to look at them: the file begins with them. A negative descriptor is one that has
+    /// ended behind them. Descriptor and bytes must stay until FileOpen, which takes a descriptor of its own; the
+    /// host's stays open.
+    ///
+    /// A fill is what the system has at hand, so that rows can be read before all of them have come. Until the end
+    /// is found HasNextLineData is true and GetReadPosition 0; a failed read ends it. MoveFileBegin, MoveFileEnd and
+    /// GetSpecificLineData fail with 1. FileClose forgets what is set here.
+    ///
+    /// False, with nothing changed, for more than 64000 bytes.
+    bool SetStream(int iDescriptor, const char* pHead, DWORD dwHeadSize);
 
     /// True until a refill has been tried at the end of the file. Reads nothing.
     bool HasNextLineData() override;
@@ -170,9 +184,25 @@ protected:
     DWORD m_dwErrorCode = 0;     ///< of the last failure; 0 for none
 
 private:
+    struct SStream {
+        bool bGiven = false;
+        int iDescriptor = -1;
+        const char* pHead = nullptr;
+        DWORD dwHeadSize = 0;
+
+        bool HasEnded() const { return bGiven && iDescriptor < 0; }
+    };
+    /// As m_llFileSize: the end of a stream has not been found yet.
+    static constexpr LONGLONG SIZE_UNKNOWN = std::numeric_limits<LONGLONG>::max();
+
     bool MoveFilePointer(DWORD dwMoveMethod);
-    bool ReadFirstFill();
+    bool ReadFirstFill(const SStream& stream);
+    bool ReadFill();
+    bool TakeFileSize(const SStream& stream);
     void DetectCharSet();
+
+    SStream m_stream; ///< of the next FileOpen
+    bool m_bStream = false;
 };
 
 } // namespace NSTQ::NSTQCore

@@ -44,37 +44,55 @@ void VCTextFileOperater::FreeArea() {
 }
 
 bool VCTextFileOperater::FileOpen(const CSourceDataInfo* pInfo) {
+    const SStream stream = m_stream;
     FileClose();
     InitialErrorCode();
+    m_bStream = stream.bGiven;
     const char* path = nullptr;
-    if (pInfo == nullptr || !pInfo->GetFilePath(path)) {
+    if (pInfo == nullptr || (!m_bStream && !pInfo->GetFilePath(path))) {
         m_dwErrorCode = DW_ERROR_PATH_NOT_FOUND;
         return false;
     }
-    m_hFile = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                          FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
-    if (m_hFile == INVALID_HANDLE_VALUE) {
+    m_hFile = m_bStream ? DuplicateDescriptor(stream.iDescriptor)
+                        : CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (m_hFile == INVALID_HANDLE_VALUE && !stream.HasEnded()) {
         SetCsvDataAccessErrorCode();
         return false;
     }
     Initialize();
     m_eCharSet = pInfo->GetReadCharSet();
-    if (!ReadFirstFill())
+    if (!ReadFirstFill(stream))
         return false;
     DetectCharSet();
     return true;
 }
 
-bool VCTextFileOperater::ReadFirstFill() {
-    LARGE_INTEGER size{};
-    if (!GetFileSizeEx(m_hFile, &size)) {
+bool VCTextFileOperater::SetStream(int iDescriptor, const char* pHead, DWORD dwHeadSize) {
+    if (dwHeadSize > SCDataAccessDefine::READ_BUFF_SIZE)
+        return false;
+    m_stream = {.bGiven = true, .iDescriptor = iDescriptor, .pHead = pHead, .dwHeadSize = dwHeadSize};
+    return true;
+}
+
+bool VCTextFileOperater::TakeFileSize(const SStream& stream) {
+    LARGE_INTEGER size{.QuadPart = stream.HasEnded() ? LONGLONG{stream.dwHeadSize} : SIZE_UNKNOWN};
+    if (!m_bStream && !GetFileSizeEx(m_hFile, &size)) {
         SetCsvDataAccessErrorCode();
         return false;
     }
     m_llFileSize = size.QuadPart;
-    bool read = ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr);
+    return true;
+}
+
+bool VCTextFileOperater::ReadFirstFill(const SStream& stream) {
+    if (!TakeFileSize(stream))
+        return false;
+    std::copy_n(stream.pHead, stream.dwHeadSize, m_pReadBuff.get());
+    m_dwReadSize = stream.dwHeadSize;
+    bool read = m_dwReadSize > 0 || ReadFill();
     // The character set is found in these bytes, also when the system delivers fewer at first.
-    if (read && m_dwReadSize <= markSize && m_eCharSet != CSourceDataInfo::RCS_ANSI) {
+    if (read && m_llFileSize > m_dwReadSize && m_dwReadSize <= markSize && m_eCharSet != CSourceDataInfo::RCS_ANSI) {
         DWORD more = 0;
         read = ReadFileWhole(m_hFile, m_pReadBuff.get() + m_dwReadSize, markSize + 1 - m_dwReadSize, &more);
         m_dwReadSize += more;
@@ -103,15 +121,25 @@ bool VCTextFileOperater::HasNextSrcData() {
         return true;
     OnReread();
     m_llReadOffset += m_dwReadSize;
-    const bool read =
-        ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr);
     m_dwReadBuffPos = 0;
-    if (!read) {
-        m_dwReadSize = 0;
+    if (!ReadFill()) {
         SetCsvDataAccessErrorCode();
         return false;
     }
     return m_dwReadSize != 0;
+}
+
+/// At the end of a stream, or where it fails, its size is known; nothing is read behind that, which a terminal would
+/// let us.
+bool VCTextFileOperater::ReadFill() {
+    m_dwReadSize = 0;
+    if (m_llReadOffset == m_llFileSize && m_bStream)
+        return true;
+    const bool read =
+        ReadFile(m_hFile, m_pReadBuff.get(), SCDataAccessDefine::READ_BUFF_SIZE, &m_dwReadSize, nullptr);
+    if (m_bStream && m_dwReadSize == 0)
+        m_llFileSize = m_llReadOffset;
+    return read;
 }
 
 bool VCTextFileOperater::OnReread() {
@@ -127,8 +155,8 @@ bool VCTextFileOperater::MoveFileEnd() {
 }
 
 bool VCTextFileOperater::MoveFilePointer(DWORD dwMoveMethod) {
-    if (!SetFilePointerEx(m_hFile, LARGE_INTEGER{}, nullptr, dwMoveMethod)) {
-        SetCsvDataAccessErrorCode();
+    if (m_bStream || !SetFilePointerEx(m_hFile, LARGE_INTEGER{}, nullptr, dwMoveMethod)) {
+        m_dwErrorCode = m_bStream ? ERROR_INVALID_FUNCTION : GetLastError();
         return false;
     }
     FileInitialize();
@@ -182,7 +210,8 @@ bool VCTextFileOperater::SkipPastLineEnd() {
 }
 
 int VCTextFileOperater::GetReadPosition() {
-    return m_llFileSize <= 0 ? 0 : static_cast<int>(m_llReadOffset * 1000 / m_llFileSize);
+    return m_llFileSize <= 0 || m_llFileSize == SIZE_UNKNOWN ? 0
+                                                             : static_cast<int>(m_llReadOffset * 1000 / m_llFileSize);
 }
 
 DWORD VCTextFileOperater::GetErrorCode() {
@@ -191,6 +220,7 @@ DWORD VCTextFileOperater::GetErrorCode() {
 
 bool VCTextFileOperater::FileClose() {
     Initialize();
+    m_stream = {};
     if (m_hFile != nullptr) {
         CloseHandle(m_hFile);
         m_hFile = nullptr;

@@ -2,6 +2,9 @@
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace NSTQ::Tests {
 namespace {
 
@@ -24,16 +27,30 @@ protected:
             CSettings settings = test.settings;
             settings.utf8 = utf8;
             CTestedReader reader(settings);
-            ASSERT_TRUE(reader.Open(m_folder.WriteFile("table.csv", test.input)));
-            TReads reads;
-            CRecord record;
-            while (reader.HasNextLineData() && reads.size() < 9) {
-                record.count = 77;
-                reader.Read(record);
-                reads.push_back(Show(record) + (settings.raw ? "<" + record.raw + ">" : ""));
+            ASSERT_TRUE(reader.Open(Write(test.input)));
+            CheckReads(reader, test);
+            for (const std::size_t head : {std::size_t{0}, test.input.size()}) {
+                SCOPED_TRACE("as a stream");
+                const int file = ::open(m_folder.Path("table.csv").c_str(), O_RDONLY | O_CLOEXEC);
+                ::lseek(file, static_cast<off_t>(head), SEEK_SET);
+                ASSERT_TRUE(reader.SetStream(head == 0 ? file : -1, test.input.data(), static_cast<DWORD>(head)));
+                ASSERT_TRUE(reader.Open(m_folder.Path("table.csv")));
+                ::close(file);
+                EXPECT_EQ(reader.GetReadPosition(), 0);
+                CheckReads(reader, test);
+                EXPECT_FALSE(reader.MoveFileBegin());
             }
-            EXPECT_EQ(reads, test.reads);
         }
+    }
+    static void CheckReads(CTestedReader& reader, const CCase& test) {
+        TReads reads;
+        CRecord record;
+        while (reader.HasNextLineData() && reads.size() < 9) {
+            record.count = 77;
+            reader.Read(record);
+            reads.push_back(Show(record) + (test.settings.raw ? "<" + record.raw + ">" : ""));
+        }
+        EXPECT_EQ(reads, test.reads);
     }
 
     std::string Write(std::string_view content) const { return m_folder.WriteFile("table.csv", content); }

@@ -120,7 +120,6 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
     m_folder.WriteFile("a.csv", "a\n");
     m_folder.WriteFile("readonly.csv", "old");
     m_folder.MakeFolder("folder.csv");
-    ::mkfifo(m_folder.Path("pipe.csv").c_str(), 0600);
     ::chmod(m_folder.Path("readonly.csv").c_str(), 0444);
     std::string deep = "./";
     while (deep.size() < 260)
@@ -141,7 +140,6 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
         {"missing.csv", "", "", "missing.csv: No such file", 3},
         {"info missing.csv", "", "", "missing.csv: No such file", 3},
         {"folder.csv", "", "", "a folder", 3},
-        {"pipe.csv", "", "", "a pipe or a device", 5},
         {deep + "a.csv", "", "", "260 bytes", 6},
         {"a.csv --output=", "", "", "--output", 2},
         {"a.csv -o folder.csv", "", "", "a folder", 7},
@@ -233,19 +231,42 @@ TEST_F(Tool, EndsQuietlyWhenTheReaderGoesAway) {
     EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(Tool, WritesToANamedPipe) {
-    m_folder.WriteFile("a.csv", "a\n");
-    const std::string pipe = m_folder.Path("pipe");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    std::string received;
-    std::thread reader([&] {
-        std::ifstream stream(pipe);
-        received.assign(std::istreambuf_iterator<char>(stream), {});
+TEST_F(Tool, ReadsAndWritesNamedPipes) {
+    for (const char* name : {"in.csv", "in", "out"})
+        ASSERT_EQ(::mkfifo(m_folder.Path(name).c_str(), 0600), 0);
+    const std::string rows = MARK + "a,1\n" + Repeat("b\n", 50'000);
+    for (const std::string line : {"in.csv", "in", "in --rejects r", "in --type csv --skip 0"}) {
+        std::string received;
+        std::thread reader([&] {
+            std::ifstream stream(m_folder.Path("out"));
+            received.assign(std::istreambuf_iterator<char>(stream), {});
+        });
+        std::thread writer([&] { m_folder.WriteFile(Words(line)[0], rows); });
+        const SResult result = Run(line + " -o out");
+        writer.join();
+        reader.join();
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(received, "a,1\r\n" + Repeat("b\r\n", 50'000)) << line;
+    }
+}
+
+TEST_F(Tool, ConvertsTextBeforeItHasAllCome) {
+    int ends[2];
+    ::signal(SIGPIPE, SIG_IGN);
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    CProgram program({"-", "--type", "csv"}, {.folder = m_folder.Path(), .input = ends[0]});
+    ::close(ends[0]);
+    std::thread writer([&] {
+        const std::string rows = Repeat("12345,abcdef\n", 5'000);
+        pollfd waiting{ends[1], POLLOUT, 0};
+        while (::poll(&waiting, 1, -1) == 1 && (waiting.revents & POLLERR) == 0)
+            static_cast<void>(::write(ends[1], rows.data(), rows.size()));
     });
-    const SResult result = Run("a.csv -o pipe");
-    reader.join();
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(received, "a\r\n");
+    EXPECT_THAT(program.ReadSome(), testing::StartsWith("12345,abcdef\r\n12345"));
+    program.CloseOutput();
+    EXPECT_EQ(program.Finish().status, 0);
+    writer.join();
+    ::close(ends[1]);
 }
 
 /// From before it has started until after it is done; with standard input, whose copy goes as well.

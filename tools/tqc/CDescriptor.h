@@ -1,6 +1,9 @@
 // A descriptor that is closed with the object.
 #pragma once
 
+#include <cstddef>
+#include <sys/types.h>
+
 namespace NSTQ::Tool {
 
 class CDescriptor {
@@ -10,6 +13,10 @@ public:
     CDescriptor(const CDescriptor&) = delete;
     CDescriptor& operator=(const CDescriptor&) = delete;
     ~CDescriptor() { Reset(-1); }
+
+    /// Reads what the system has at hand, at least a byte; 0 at the end, negative on an error. Waits for an empty
+    /// pipe, also for a non-blocking one, which standard input may be.
+    static ssize_t Read(int descriptor, char* pBytes, std::size_t size);
 
     int Get() const { return m_iDescriptor; }
     /// Closes the one in hand and takes another.

@@ -30,26 +30,9 @@ std::string TemporaryFolder() {
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
 }
 
-/// Copies until the end of the input.
-void CopyTo(int descriptor) {
-    std::array<char, 65536> bytes{};
-    for (;;) {
-        const ssize_t got = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            throw CFailure(ES_NOT_FOUND, "-", "standard input cannot be read: " + SCErrorText::OfSystem(errno));
-        if (got == 0)
-            return;
-        for (ssize_t done = 0; done < got;) {
-            const ssize_t put = ::write(descriptor, bytes.data() + done, static_cast<std::size_t>(got - done));
-            if (put < 0 && errno != EINTR)
-                throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
-                               "standard input cannot be stored there: " + SCErrorText::OfSystem(errno) +
-                                   "; set TMPDIR to a folder with more room");
-            done += std::max<ssize_t>(put, 0);
-        }
-    }
+bool IsStream(const std::string& name) {
+    struct stat status {};
+    return ::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 } // namespace
@@ -57,7 +40,14 @@ void CopyTo(int descriptor) {
 CInputFile::CInputFile(const SOptions& options, const std::string& name) : m_options(options) {
     m_options.strFile = m_options.strPath = name;
     if (IsStandardInput(name)) {
-        CopyStandardInput();
+        TakeStream(STDIN_FILENO);
+        return;
+    }
+    if (IsStream(name)) {
+        m_stream.Reset(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        if (m_stream.Get() < 0)
+            throw CFailure(ES_NOT_FOUND, name, SCErrorText::OfSystem(errno));
+        TakeStream(m_stream.Get());
         return;
     }
     if (!options.type)
@@ -80,17 +70,54 @@ std::string CInputFile::PrivateName(const std::string& extension) const {
     return TemporaryFolder() + "/tqc-XXXXXX" + extension;
 }
 
-void CInputFile::CopyStandardInput() {
+void CInputFile::TakeStream(int descriptor) {
     if (!m_options.type && m_options.separator)
         m_options.type = SCDeclareConstant::SFT_CSV;
-    if (!m_options.type)
+    if (!m_options.type && IsStandardInput(m_options.strFile))
         throw CFailure(ES_USAGE, "-",
                        "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
-    if (SCTypeNames::IsText(*m_options.type))
+    const auto type = m_options.type.value_or(SCTypeNames::OfFile(m_options.strFile));
+    const bool isText = type == SCDeclareConstant::SFT_UNKNOWN || SCTypeNames::IsText(type);
+    if (isText && MayStream()) {
+        m_options.iStream = descriptor;
+        return;
+    }
+    if (type != SCDeclareConstant::SFT_UNKNOWN)
+        m_options.type = type; // the copy's name does not tell
+    if (isText)
         CreateNameless();
     else
-        CreateNamed('.' + SCTypeNames::Of(*m_options.type));
-    CopyTo(m_copy.Get());
+        CreateNamed('.' + SCTypeNames::Of(type));
+    CopyStream(descriptor);
+}
+
+bool CInputFile::MayStream() const {
+    return m_options.eCommand != SOptions::CMD_INFO && m_options.strRejects.empty();
+}
+
+/// Copies until the end of the stream.
+void CInputFile::CopyStream(int descriptor) {
+    std::array<char, 65536> bytes{};
+    for (;;) {
+        const ssize_t got = CDescriptor::Read(descriptor, bytes.data(), bytes.size());
+        if (got < 0)
+            throw CFailure(ES_NOT_FOUND, m_options.strFile, "cannot be read: " + SCErrorText::OfSystem(errno));
+        if (got == 0)
+            return;
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t put = ::write(m_copy.Get(), bytes.data() + done, static_cast<std::size_t>(got - done));
+            if (put < 0 && errno != EINTR)
+                FailToStore("; set TMPDIR to a folder with more room");
+            done += std::max<ssize_t>(put, 0);
+        }
+    }
+}
+
+/// For the reason that the system gives.
+void CInputFile::FailToStore(const std::string& hint) const {
+    const std::string input = IsStandardInput(m_options.strFile) ? "standard input" : m_options.strFile;
+    throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
+                   input + " cannot be stored there: " + SCErrorText::OfSystem(errno) + hint);
 }
 
 /// Where the file system has files without a name, nothing can be left behind, whatever ends the program.
@@ -111,8 +138,7 @@ void CInputFile::CreateNamed(const std::string& extension) {
     const SCSignals::CHeld held;
     m_copy.Reset(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
     if (m_copy.Get() < 0)
-        throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
-                       "standard input cannot be stored there: " + SCErrorText::OfSystem(errno));
+        FailToStore("");
     m_options.strPath = m_strRemove = path;
     SCSignals::RemoveFile(m_strRemove.c_str());
 }

@@ -13,6 +13,7 @@
 #include "SCPathText.h"
 #include "SCSignals.h"
 #include "SCTextProbe.h"
+#include "SCTypeNames.h"
 #include "platform/CodePage.h"
 
 #include <fcntl.h>
@@ -29,9 +30,7 @@ namespace {
 bool FillFrom(int descriptor, std::string& text) {
     std::size_t size = 0;
     while (size < text.size()) {
-        const ssize_t got = ::read(descriptor, text.data() + size, text.size() - size);
-        if (got < 0 && errno == EINTR)
-            continue;
+        const ssize_t got = CDescriptor::Read(descriptor, text.data() + size, text.size() - size);
         if (got < 0)
             return false;
         if (got == 0)
@@ -76,7 +75,10 @@ std::string Join(const std::vector<std::string>& names) {
 } // namespace
 
 CSource::CSource(const SOptions& options) : m_options(options), m_strDataPath(options.strPath) {
-    ReadHead(options.strPath);
+    if (IsStream())
+        ReadHead(options.iStream);
+    else
+        ReadHead(options.strPath);
     // What the file is does not depend on the code page, but the code page on what it is.
     Platform::SetAnsiCodePage(Platform::CP_UTF8);
     FindLineEnd();
@@ -112,30 +114,32 @@ void CSource::FindLineEnd() {
 }
 
 void CSource::ReadHead(const std::string& path) {
-    // Without O_NONBLOCK a pipe would make the call wait for a writer before it can be refused.
     const CDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file.Get() < 0)
+        throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
+    ReadHead(file.Get());
+}
+
+/// All of it, also when a pipe delivers it in pieces: what it tells must not depend on them.
+void CSource::ReadHead(int descriptor) {
     struct stat status {};
-    if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0)
+    if (::fstat(descriptor, &status) != 0)
         throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
     if (S_ISDIR(status.st_mode))
         throw CFailure(ES_NOT_FOUND, m_options.strFile, "a folder; give a file in it");
-    if (!S_ISREG(status.st_mode))
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
-                       "a pipe or a device; read it as standard input: tqc - --type csv <" + m_options.strFile);
     m_status = status;
     m_strHead.resize(SCDataAccessDefine::READ_BUFF_SIZE);
-    if (!FillFrom(file.Get(), m_strHead))
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile, SCErrorText::OfSystem(errno));
+    if (!FillFrom(descriptor, m_strHead))
+        throw CFailure(ES_UNSUPPORTED, m_options.strFile, "cannot be read: " + SCErrorText::OfSystem(errno));
+    m_bHeadIsAll = m_strHead.size() < SCDataAccessDefine::READ_BUFF_SIZE;
 }
 
 /// The library decides by the extension and by a first line that ends in CR LF; other line ends are looked at here.
 void CSource::FindType() {
-    const std::string path = SCPathText::ToLibrary(m_options.strPath);
-    m_info.SetCommonInfo(path.c_str(), m_options.type.value_or(SCDeclareConstant::SFT_UNKNOWN));
-    m_info.GetSourceFileType(m_eType);
-    // A package's reader would ask for its unpacked data file; under another type it is read as it stands.
-    if (m_options.type && m_eType == SCDeclareConstant::SFT_XTQF)
-        m_info.SetXtqfSourceFilePath(path.c_str());
+    if (IsStream())
+        m_eType = SCTypeNames::OfFile(m_options.strFile);
+    else
+        DescribeFile();
     if (m_options.type) {
         m_eType = *m_options.type;
     } else if (m_eType == SCDeclareConstant::SFT_UNKNOWN || m_eType == SCDeclareConstant::SFT_FIX) {
@@ -145,6 +149,15 @@ void CSource::FindType() {
         else if (m_options.separator || m_strHead.empty())
             m_eType = SCDeclareConstant::SFT_CSV;
     }
+}
+
+void CSource::DescribeFile() {
+    const std::string path = SCPathText::ToLibrary(m_options.strPath);
+    m_info.SetCommonInfo(path.c_str(), m_options.type.value_or(SCDeclareConstant::SFT_UNKNOWN));
+    m_info.GetSourceFileType(m_eType);
+    // A package's reader would ask for its unpacked data file; under another type it is read as it stands.
+    if (m_options.type && m_eType == SCDeclareConstant::SFT_XTQF)
+        m_info.SetXtqfSourceFilePath(path.c_str());
 }
 
 bool CSource::IsDatabase() const {
@@ -420,7 +433,7 @@ std::unique_ptr<ISourceReader> CSource::OpenFixedLength() {
                        "the widths of --widths and the number of columns add up to " + std::to_string(size) +
                            ", above --max-line-size");
     m_info.SetFixColLen(CFixSourceReader::LayOut(m_options.widths, SCTextProbe::HasLineEnd(m_strHead, m_lineEnd)));
-    m_info.SetReadCharSet(m_options.eCharSet);
+    m_info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : m_options.eCharSet);
     auto reader = std::make_unique<CFixSourceReader>(static_cast<DWORD>(m_options.widths.size()), m_info, m_lineEnd);
     OpenFile(*reader);
     return reader;
@@ -430,7 +443,7 @@ std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
     // What is UTF-8 is read in code page 65001, by the grammar that keeps the spaces inside fields. The automatic
     // choice skips its mark; a file too short for it holds nothing that has to be converted.
     const bool isChosenAnsi = m_options.eCharSet == CSourceDataInfo::RCS_ANSI;
-    m_info.SetReadCharSet(isChosenAnsi ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
+    m_info.SetReadCharSet(isChosenAnsi || IsStream() ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
     // One field more than wanted shows that there are more; fields are cut by the program, which then knows of it.
     auto reader = std::make_unique<CCsvSourceReader>(m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX,
                                                      m_options.bQuoteNewLine);
@@ -438,7 +451,7 @@ std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
         m_eType == SCDeclareConstant::SFT_TXT ? SCDataAccessDefine::TAB_CODE : SCDataAccessDefine::CAMMA_CODE;
     reader->SetSeparator(m_options.separator.value_or(separator));
     OpenFile(*reader);
-    if (!isChosenAnsi && Size() == 3 && SCTextProbe::HasUtf8Mark(m_strHead))
+    if (!isChosenAnsi && !IsStream() && Size() == 3 && SCTextProbe::HasUtf8Mark(m_strHead))
         reader->MoveFileEnd();
     reader->SetCharSet(CSourceDataInfo::RCS_ANSI);
     return reader;
@@ -446,6 +459,8 @@ std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
 
 void CSource::OpenFile(NSTQCore::VCTextFileOperater& reader) {
     reader.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
+    if (IsStream())
+        reader.SetStream(m_bHeadIsAll ? -1 : m_options.iStream, Head().data(), static_cast<DWORD>(Head().size()));
     if (!reader.FileOpen(&m_info))
         throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfLibrary(reader.GetErrorCode()));
     SettleCodePage();

@@ -90,10 +90,14 @@ public:
     bool IsFileOf(int descriptor) const;
 
 private:
+    /// What has been read of it cannot be read again.
+    bool IsStream() const { return m_options.iStream >= 0; }
     void ReadHead(const std::string& path);
+    void ReadHead(int descriptor);
     void SettleCodePage();
     void FindLineEnd();
     void FindType();
+    void DescribeFile();
     void CheckReadable() const;
     CSourceDataInfo::ESourceDataOpen Prepare(bool bMayAsk);
     bool Unpack(bool bMayAsk);
@@ -119,6 +123,7 @@ private:
     std::string m_strDataPath;
     struct stat m_status {};
     std::string m_strHead; ///< the file's first bytes, one fill of a reader
+    bool m_bHeadIsAll = false;
     SLineEnd m_lineEnd;
     SCDeclareConstant::ESourceFileType m_eType = SCDeclareConstant::SFT_UNKNOWN;
     CUnpackFolder m_folder; ///< before the record, which removes the folder, so that it outlives it

@@ -1,5 +1,7 @@
 #include "SCTypeNames.h"
 
+#include <algorithm>
+
 namespace NSTQ::Tool {
 namespace {
 
@@ -27,6 +29,16 @@ std::string SCTypeNames::Of(SCDeclareConstant::ESourceFileType type) {
         if (entry.type == type)
             return entry.name;
     return "";
+}
+
+/// Of text, "csv" alone is an extension that tells.
+SCDeclareConstant::ESourceFileType SCTypeNames::OfFile(std::string_view file) {
+    std::string extension(file.substr(file.find_last_of("./") + 1));
+    std::ranges::transform(extension, extension.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const auto type = extension.size() < file.size() ? Find(extension) : std::nullopt;
+    const bool isTelling = type && (!IsText(*type) || *type == SCDeclareConstant::SFT_CSV);
+    return isTelling ? *type : SCDeclareConstant::SFT_UNKNOWN;
 }
 
 bool SCTypeNames::IsText(SCDeclareConstant::ESourceFileType type) {

@@ -44,13 +44,18 @@ int Open(const std::string& path, int flags) {
     return RetryInterrupted([&] { return ::open(path.c_str(), flags, anybodyLessUmask); });
 }
 
+/// Above the standard streams.
+int Duplicate(int descriptor) {
+    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
 /// A host may run with its standard streams closed. A file that took the number of one would receive whatever is
 /// printed, so it moves above them.
 int MoveAboveStandardStreams(int descriptor) {
     if (descriptor < 0 || descriptor > STDERR_FILENO)
         return descriptor;
     const CDescriptor low(descriptor);
-    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    return Duplicate(descriptor);
 }
 
 /// An existing file is tried first: only so is it known whether there was one.
@@ -119,16 +124,15 @@ std::optional<int> FindOpenDescriptor(std::string_view path) {
 
 HANDLE DuplicateForWriting(int descriptor, const SRequest& request) {
     const int mode = ::fcntl(descriptor, F_GETFL);
-    const int copy = mode < 0 ? -1 : ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    CDescriptor owner(copy);
-    if (copy < 0)
+    CDescriptor copy(mode < 0 ? -1 : Duplicate(descriptor));
+    if (!copy.IsOpen())
         FailFromSystem();
     else if (request.disposition == CREATE_NEW)
         FailWith(ERROR_FILE_EXISTS);
     else if ((mode & O_ACCMODE) == O_RDONLY)
         FailWith(ERROR_ACCESS_DENIED);
     else
-        return HandleOfDescriptor(owner.Release());
+        return HandleOfDescriptor(copy.Release());
     return INVALID_HANDLE_VALUE;
 }
 
@@ -159,6 +163,14 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, const void* secu
     if (disposition == CREATE_ALWAYS)
         SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return HandleOfDescriptor(file.Release());
+}
+
+HANDLE DuplicateDescriptor(int descriptor) {
+    const int copy = Duplicate(descriptor);
+    if (copy >= 0)
+        return HandleOfDescriptor(copy);
+    FailFromSystem();
+    return INVALID_HANDLE_VALUE;
 }
 
 } // namespace NSTQ::Platform

@@ -12,17 +12,26 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// Standard output may be a pipe that another process made non-blocking; there, full means wait.
-bool WaitUntilWritable(int descriptor) {
-    pollfd waiting{descriptor, POLLOUT, 0};
+/// A standard stream may be a pipe that another process made non-blocking; there, full or empty means wait. Of a
+/// regular file it means that somebody has locked it.
+bool WaitFor(int descriptor, short event) {
+    struct stat status {};
+    if (RetryInterrupted([&] { return ::fstat(descriptor, &status); }) != 0 || S_ISREG(status.st_mode))
+        return false;
+    pollfd waiting{descriptor, event, 0};
     return RetryInterrupted([&] { return ::poll(&waiting, 1, -1); }) >= 0;
 }
 
-ssize_t WriteSome(int descriptor, const char* bytes, std::size_t size) {
+template <class TTransfer>
+ssize_t TransferSome(int descriptor, short event, TTransfer transfer) {
     for (;;) {
-        const ssize_t written = RetryInterrupted([&] { return ::write(descriptor, bytes, size); });
-        if (written >= 0 || errno != EAGAIN || !WaitUntilWritable(descriptor))
-            return written;
+        const ssize_t size = RetryInterrupted(transfer);
+        if (size >= 0 || errno != EAGAIN)
+            return size;
+        if (!WaitFor(descriptor, event)) {
+            errno = EAGAIN;
+            return size;
+        }
     }
 }
 
@@ -34,7 +43,8 @@ bool ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapp
     *read = 0;
     if (overlapped != nullptr)
         return FailWith(ERROR_INVALID_PARAMETER);
-    const ssize_t got = RetryInterrupted([&] { return ::read(DescriptorOfHandle(file), buffer, size); });
+    const int descriptor = DescriptorOfHandle(file);
+    const ssize_t got = TransferSome(descriptor, POLLIN, [&] { return ::read(descriptor, buffer, size); });
     if (got < 0)
         return FailFromSystem();
     *read = static_cast<DWORD>(got);
@@ -62,7 +72,9 @@ bool WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void
     if (descriptor < 0)
         return FailWith(ERROR_INVALID_HANDLE);
     while (*written < size) {
-        const ssize_t put = WriteSome(descriptor, static_cast<const char*>(buffer) + *written, size - *written);
+        const ssize_t put = TransferSome(descriptor, POLLOUT, [&] {
+            return ::write(descriptor, static_cast<const char*>(buffer) + *written, size - *written);
+        });
         if (put < 0)
             return FailFromSystem();
         // A device that takes nothing and reports nothing would keep us here for ever.

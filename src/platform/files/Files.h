@@ -100,8 +100,12 @@ void SetLastError(DWORD code);
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, const void* securityAttributes, DWORD disposition,
                    DWORD flags, HANDLE templateFile);
 
+/// A handle to what a descriptor of the host has open, from where it stands, such as standard input or a pipe. It is
+/// closed with CloseHandle; the host's descriptor stays open. INVALID_HANDLE_VALUE with 6 when that is not open.
+HANDLE DuplicateDescriptor(int descriptor);
+
 /// Reads up to `size` bytes at the file pointer. `*read` is 0 on failure and at the end of the file; it is below
-/// `size` whenever the system delivers less, as on Windows.
+/// `size` whenever the system delivers less, as on Windows. An empty pipe is waited for, also a non-blocking one.
 bool ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped);
 
 /// As ReadFile, but asks again until all is there or the file ends: for decisions that must not depend on how much
