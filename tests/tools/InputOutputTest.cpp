@@ -67,6 +67,7 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         {"- --type xlsx --sheet It's <book.xlsx", "", book},
         {"- --type xtqf --max-fields 2 <z.xtqf", "", "k,l\r\nm,n\r\n", "-: row 2: more than 2 fields", 1},
         {"- --type xlsx <b.csv", "", "", "tqc: -: neither a workbook", 5},
+        {"- --separator ; <book.xlsx", "", "", "-: seems to be a zip archive", 5},
         {"- <b.csv", "", "", "give --type: csv, tsv, fix, xls, xlsx, mdb, accdb, xtqf", 2},
         {"- - --type csv <b.csv", "", "", "only once", 2},
         {"book.dat", "", book},

@@ -71,9 +71,7 @@ std::string CInputFile::PrivateName(const std::string& extension) const {
 }
 
 void CInputFile::TakeStream(int descriptor) {
-    if (!m_options.type && m_options.separator)
-        m_options.type = SCDeclareConstant::SFT_CSV;
-    if (!m_options.type && IsStandardInput(m_options.strFile))
+    if (!m_options.type && !m_options.separator && IsStandardInput(m_options.strFile))
         throw CFailure(ES_USAGE, "-",
                        "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
     const auto type = m_options.type.value_or(SCTypeNames::OfFile(m_options.strFile));
