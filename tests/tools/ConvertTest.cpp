@@ -216,13 +216,14 @@ TEST_F(Convert, WorkbooksListAndConvert) {
          "its sheet \"It's a.b!c\" cannot be opened: xl/worksheets/sheet1.xml: it has a DOCTYPE\n", 5},
         {"long.xlsx --header", "", "", "long.xlsx: its sheet \"Sheet1\" cannot be opened: row 1 holds more than", 6},
         {"list damaged.xlsx", "", "name\trows\tcolumns\nIt's a.b!c\t\t\n", "it has a DOCTYPE\n", 5},
-        {"list partly.xlsx", "", "name\trows\tcolumns\nA\t2\t2\nB\t\t\n",
+        {"list partly.xlsx", "", "name\trows\tcolumns\nA??\t2\t2\nB\t\t\n",
          "not a worksheet but a styleSheet; the others are listed", 5},
         {"list wide.xlsx", "", "name\trows\tcolumns\nSheet1\t1\t16384\n"},
         {"wide.xlsx", "", "x" + std::string(16'383, ',') + "x\r\n"},
     };
-    parts.strWorkbookPart = "<workbook xmlns:r='" + std::string(officeNamespace) +
-                            "'><sheets><sheet name='A' r:id='s'/><sheet name='B' r:id='t'/></sheets></workbook>";
+    parts.strWorkbookPart =
+        "<workbook xmlns:r='" + std::string(officeNamespace) +
+        "'><sheets><sheet name='A\xC2\x9B\xE2\x80\xAE' r:id='s'/><sheet name='B' r:id='t'/></sheets></workbook>";
     parts.strSheetMode = "/>" + parts.Relationship("t", "worksheet", "styles.xml") + "<Relationship Id='u'";
     m_folder.WriteFile("partly.xlsx", parts.File());
     parts.strWorkbookPart.clear();

@@ -140,10 +140,11 @@ TEST_F(InputOutput, TellsProgramsInJson) {
                                "  \"description\": \"comma-separated text\",\n  \"size\": 32,\n  \"updated\": TIME,\n"
                                "  \"characterSet\": \"utf-8\",\n  \"mark\": true,\n  \"lineEnd\": \"crlf\"\n}\n");
     // Neither its name nor its content is UTF-8, nor is it clear what it is.
-    m_folder.WriteFile("\"\x1F\xFF.q", "\xFF\n");
-    EXPECT_EQ(info("\"\x1F\xFF.q"), "{\n  \"file\": \"\\\"\\u001F\xEF\xBF\xBD.q\",\n  \"type\": null,\n"
-                                    "  \"description\": \"unknown\",\n  \"size\": 2,\n  \"updated\": TIME,\n"
-                                    "  \"characterSet\": null,\n  \"mark\": false,\n  \"lineEnd\": \"lf\"\n}\n");
+    m_folder.WriteFile("\"\x1F\xC2\x9B\xFF.q", "\xFF\n");
+    EXPECT_EQ(info("\"\x1F\xC2\x9B\xFF.q"),
+              "{\n  \"file\": \"\\\"\\u001F\\u009B\xEF\xBF\xBD.q\",\n  \"type\": null,\n"
+              "  \"description\": \"unknown\",\n  \"size\": 2,\n  \"updated\": TIME,\n"
+              "  \"characterSet\": null,\n  \"mark\": false,\n  \"lineEnd\": \"lf\"\n}\n");
     EXPECT_THAT(info("z.xtqf"), testing::AllOf(HasSubstr("\"dataFileSize\": 10,"), HasSubstr("\"lineEnd\": \"lf\"")));
 }
 

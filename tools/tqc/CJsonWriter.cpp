@@ -1,9 +1,12 @@
 #include "CJsonWriter.h"
 
 #include "SCPathText.h"
+#include "SCTerminal.h"
 #include "platform/CodePage.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -77,16 +80,22 @@ std::string CJsonWriter::Finish() {
     return m_strText + '\n';
 }
 
-/// To Unicode and back, which leaves UTF-8 alone.
+/// To Unicode and back, which leaves UTF-8 alone. A terminal may show it.
 void CJsonWriter::AppendText(std::string_view text) {
     m_strText += '"';
-    for (const char c : SCPathText::Convert(text, CP_UTF8, CP_UTF8)) {
-        char escape[8] = {c, 0};
-        if (c == '"' || c == '\\')
-            std::snprintf(escape, sizeof escape, "\\%c", c);
-        else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(c));
-        m_strText.append(escape);
+    const std::vector<WCHAR> units = SCPathText::ToWide(text, CP_UTF8);
+    const auto isSpecial = [](WCHAR unit) { return unit == '"' || unit == '\\' || SCTerminal::IsDisturbing(unit); };
+    for (auto at = units.begin(); at != units.end();) {
+        const auto special = std::find_if(at, units.end(), isSpecial);
+        m_strText += SCPathText::FromWide({at, special}, CP_UTF8);
+        at = special;
+        if (at == units.end())
+            break;
+        char escape[8] = "";
+        const bool isDisturbing = SCTerminal::IsDisturbing(*at);
+        std::snprintf(escape, sizeof escape, isDisturbing ? "\\u%04X" : "\\%c", static_cast<unsigned>(*at));
+        m_strText += escape;
+        ++at;
     }
     m_strText += '"';
 }

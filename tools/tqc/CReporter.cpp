@@ -40,7 +40,7 @@ void CReporter::Finish() {
 void CReporter::Print(std::string_view message) {
     const bool isColoured = SCTerminal::IsColoured(STDERR_FILENO);
     const std::string line =
-        (isColoured ? "\033[1;31mtqc:\033[0m " : "tqc: ") + SCTerminal::OnOneLine(std::string(message)) + '\n';
+        (isColoured ? "\033[1;31mtqc:\033[0m " : "tqc: ") + SCTerminal::OnOneLine(message) + '\n';
     std::fputs(line.c_str(), stderr);
 }
 

@@ -218,7 +218,10 @@ CSourceDataInfo::ESourceDataOpen CSource::Prepare(bool bMayAsk) {
         delete m_info.CreateClone();
         if (password && !m_info.SetPassWordString(password->c_str()))
             throw CFailure(ES_USAGE, m_options.strFile, "a password has at most 259 bytes");
-        const SCSignals::CHeld held;
+        // Only the folder of a package must not be there without being known.
+        std::optional<SCSignals::CHeld> held;
+        if (!IsDatabase())
+            held.emplace();
         result = m_info.PrepareReadSourceData(true);
         m_folder.Set(m_info.GetUncompressFolderPath());
     }

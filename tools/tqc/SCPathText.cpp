@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -33,16 +32,28 @@ std::string Unescape(const std::string& text) {
 
 } // namespace
 
-std::string SCPathText::Convert(std::string_view text, unsigned from, unsigned to) {
+std::vector<WCHAR> SCPathText::ToWide(std::string_view text, unsigned from) {
     const int length = static_cast<int>(text.size());
     std::vector<WCHAR> wide(text.size());
-    const int units = MultiByteToWideChar(from, 0, text.data(), length, wide.data(), length);
-    if (units <= 0)
+    wide.resize(static_cast<std::size_t>(
+        std::max(0, MultiByteToWideChar(from, 0, text.data(), length, wide.data(), length))));
+    return wide;
+}
+
+std::string SCPathText::FromWide(std::span<const WCHAR> units, unsigned to) {
+    const int length = static_cast<int>(units.size());
+    if (length == 0)
         return {};
     std::string result(
-        static_cast<std::size_t>(WideCharToMultiByte(to, 0, wide.data(), units, nullptr, 0, nullptr, nullptr)), '\0');
-    WideCharToMultiByte(to, 0, wide.data(), units, result.data(), static_cast<int>(result.size()), nullptr, nullptr);
+        static_cast<std::size_t>(WideCharToMultiByte(to, 0, units.data(), length, nullptr, 0, nullptr, nullptr)),
+        '\0');
+    WideCharToMultiByte(to, 0, units.data(), length, result.data(), static_cast<int>(result.size()), nullptr,
+                        nullptr);
     return result;
+}
+
+std::string SCPathText::Convert(std::string_view text, unsigned from, unsigned to) {
+    return FromWide(ToWide(text, from), to);
 }
 
 std::string SCPathText::ToLibrary(const std::string& path) {

@@ -1,14 +1,20 @@
 // Paths between the command line and the library.
 #pragma once
 
+#include "platform/CodePage.h"
+
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NSTQ::Tool {
 
 class SCPathText {
 public:
     /// Text of one code page in another one, with what they make of invalid bytes and of characters they lack.
+    static std::vector<WCHAR> ToWide(std::string_view text, unsigned from);
+    static std::string FromWide(std::span<const WCHAR> units, unsigned to);
     static std::string Convert(std::string_view text, unsigned from, unsigned to);
 
     /// The path of the command line, which is UTF-8, as the library wants it: in the ANSI code page. Throws CFailure

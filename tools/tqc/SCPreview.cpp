@@ -5,6 +5,7 @@
 #include "CRowEncoder.h"
 #include "CSource.h"
 #include "SCErrorText.h"
+#include "SCTerminal.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
@@ -26,20 +27,16 @@ std::size_t WidthOf(WCHAR unit) {
     return isWide ? 2 : 1;
 }
 
-/// Control characters, which would move the columns or play with the terminal, become '.'.
-bool IsControl(WCHAR unit) {
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-}
-
-/// `bAligned`: a character that is narrower than its bytes is filled up with blanks, so that a ruler counts bytes.
+/// With '.' for what SCTerminal::IsDisturbing tells of. `bAligned`: a character that is narrower than its bytes is
+/// filled up with blanks, so that a ruler counts bytes.
 void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool bAligned) {
     while (!text.empty()) {
         const std::string_view character = CRowEncoder::FirstCharacter(text);
         const auto length = static_cast<WORD>(character.size());
         WCHAR units[4] = {};
         Platform::MultiByteToWideChar(Platform::CP_ACP, 0, character.data(), length, units, 4);
-        const char* field = IsControl(units[0]) ? "." : character.data();
-        WORD size = IsControl(units[0]) ? 1 : length;
+        const char* field = SCTerminal::IsDisturbing(units[0]) ? "." : character.data();
+        WORD size = SCTerminal::IsDisturbing(units[0]) ? 1 : length;
         const char** fields = &field;
         const WORD* lengths = &size;
         encoder.Encode(fields, lengths, 1);

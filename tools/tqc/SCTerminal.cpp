@@ -1,11 +1,15 @@
 #include "SCTerminal.h"
 
+#include "SCCodePageNames.h"
+#include "SCPathText.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
+#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -40,10 +44,20 @@ std::string SCTerminal::CutToColumns(const std::string& text, int iColumns) {
     return text.substr(0, end);
 }
 
-std::string SCTerminal::OnOneLine(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
-    return text;
+bool SCTerminal::IsDisturbing(WCHAR unit) {
+    const bool isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+    const bool isLineEnd = unit == 0x2028 || unit == 0x2029;
+    const bool isDirection = (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+    return isControl || isLineEnd || isDirection;
+}
+
+/// Names of files may be in the locale's encoding, those of sheets are in UTF-8.
+std::string SCTerminal::OnOneLine(std::string_view text) {
+    const bool isUtf8 = SCPathText::Convert(text, Platform::CP_UTF8, Platform::CP_UTF8) == text;
+    const unsigned page = isUtf8 ? Platform::CP_UTF8 : SCCodePageNames::OfLocale();
+    std::vector<WCHAR> units = SCPathText::ToWide(text, page);
+    std::ranges::replace_if(units, IsDisturbing, WCHAR{'?'});
+    return SCPathText::FromWide(units, page);
 }
 
 } // namespace NSTQ::Tool

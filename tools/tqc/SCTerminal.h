@@ -1,7 +1,10 @@
 // What may be shown to a person at a terminal and to nobody else.
 #pragma once
 
+#include "platform/Types.h"
+
 #include <string>
+#include <string_view>
 
 namespace NSTQ::Tool {
 
@@ -15,8 +18,11 @@ public:
     static int CountColumns(int descriptor);
     /// As many characters of UTF-8 as `iColumns` have room for.
     static std::string CutToColumns(const std::string& text, int iColumns);
-    /// The text with '?' for its control bytes, which would break the line or play with the terminal.
-    static std::string OnOneLine(std::string text);
+    /// A character that would move the cursor, play with the terminal, or turn the order of what stands beside it:
+    /// a control character of either range, a line separator, a bidirectional embedding, override or isolate.
+    static bool IsDisturbing(WCHAR unit);
+    /// The text with '?' for such characters. What is no character at all becomes U+FFFD.
+    static std::string OnOneLine(std::string_view text);
 };
 
 } // namespace NSTQ::Tool
