@@ -104,6 +104,7 @@ private:
     void InitialErrorRet();
     bool _OpenConnection(const CSourceDataInfo& info);
     bool _OpenRecordset(const CSourceDataInfo& info);
+    void _StoreNullRow();
     std::size_t _StoreField(DWORD dwField, std::size_t offset, std::size_t length, std::size_t countedNul);
 
     DWORD m_dwMaxFieldSize;

@@ -201,8 +201,11 @@ bool CADOOperater::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& d
     if (!HasNextLineData())
         return false;
     _Recordset& recordset = *m_pAdo->pRecordset.Get();
+    const bool isNull = recordset.IsNullRow();
+    if (isNull)
+        _StoreNullRow();
     std::size_t offset = 0;
-    for (DWORD i = 0; i < m_dwFieldCnt; ++i) {
+    for (DWORD i = 0; i < m_dwFieldCnt && !isNull; ++i) {
         const VARIANT& value = GetColumn(recordset, i).GetValue();
         const auto text =
             ConvertWideToAnsi(GetText(value, m_pAdo->converted, i), m_pFieldBuff.get(), m_dwMaxFieldSize);
@@ -229,6 +232,18 @@ bool CADOOperater::GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD&
     ppData = m_ppFieldData.get();
     pLen = m_pFieldLen.get();
     return true;
+}
+
+/// What _StoreField does with an empty text in every field.
+void CADOOperater::_StoreNullRow() {
+    const DWORD dwRoom = m_dwMaxLineSize + 1;
+    if (m_dwFieldCnt > dwRoom)
+        FailWithOverflow("a row", dwRoom);
+    char* const line = m_pLineBuff.get();
+    std::fill_n(line, m_dwFieldCnt, SCDataAccessDefine::NULL_CODE);
+    std::fill_n(m_pFieldLen.get(), m_dwFieldCnt, WORD{0});
+    for (DWORD i = 0; i < m_dwFieldCnt; ++i)
+        m_ppFieldData[i] = line + i;
 }
 
 /// Moves the field buffer's text into the line buffer and returns where the next one goes.

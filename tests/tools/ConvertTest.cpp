@@ -189,6 +189,9 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         "t='inlineStr'><is><t>\xE8\xA1\xA8</t></is></c></row><row><c><v>0.30000000000000004</v></c></row>";
     parts.sheetNames = {"It's a.b!c", "Gr\xC3\x96 \xCE\xA3 \xD0\x81 \xEF\xBC\xB1", "2", "ab", "aB"}; // GrÖ Σ Ё Ｑ
     m_folder.WriteFile("a.xlsx", parts.File());
+    SXlsxParts vast;
+    vast.strRows = "<row><c><v>1</v></c></row><row r='6200'><c r='XFD6200'><v>2</v></c></row>";
+    m_folder.WriteFile("vast.xlsx", vast.File());
     const std::string rows = "1,\xE8\xA1\xA8\r\n0.3,\r\n";
     const SCase cases[] = {
         {"list a.xlsx", "",
@@ -212,6 +215,8 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"list a.csv", "a,b\n", "", "list is for workbooks and databases", 2},
         {"a.csv --sheet 1", "a,b\n", "", "--sheet is for workbooks and databases", 2},
         {"b.xlsx", "no workbook", "", "b.xlsx: ", 5},
+        {"vast.xlsx --max-fields 16384 -o /dev/null", "", "",
+         "nearly all of it is empty: its first 6104 rows have 100007936 fields and 1 bytes in them", 0},
         {"damaged.xlsx", "", "",
          "its sheet \"It's a.b!c\" cannot be opened: xl/worksheets/sheet1.xml: it has a DOCTYPE\n", 5},
         {"long.xlsx --header", "", "", "long.xlsx: its sheet \"Sheet1\" cannot be opened: row 1 holds more than", 6},

@@ -161,6 +161,8 @@ bool CRowPump::WriteRow() {
     if (m_ullWritten == 0 && !m_options.bHeader)
         m_targets.columns.TakeCount(m_options.strFile, m_dwCount);
     ++m_ullWritten;
+    if (!m_reader.CountsBytes() && m_sparse.Count(m_pLengths, m_dwWriteCount))
+        m_reporter.Note(m_sparse.Describe());
     return m_targets.output.WriteRow(m_ppFields, m_pLengths, m_dwWriteCount);
 }
 

@@ -19,6 +19,7 @@
 #include "CReporter.h"
 #include "CRowEncoder.h"
 #include "CSourceReader.h"
+#include "CSparseRange.h"
 #include "SOptions.h"
 
 #include <cstdint>
@@ -77,6 +78,7 @@ private:
     NSTQCore::IDataAccess& m_rows;
     CRowEncoder m_encoder;
     CFormulaGuard m_guard;
+    CSparseRange m_sparse;
     SPumpTargets m_targets;
     CReporter& m_reporter;
 

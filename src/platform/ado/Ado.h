@@ -74,6 +74,9 @@ public:
     virtual bool GetEOF() = 0;
     /// A failure is final: the position is lost, and until Close every call that needs it fails in the same way.
     virtual void MoveNext() = 0;
+    /// No call of ADO's, which has to be asked for each value: true when the current row is known to have none; false
+    /// says nothing. Where the used range of a sheet is vast, nearly all of it is empty.
+    virtual bool IsNullRow() { return false; }
     virtual void Close() = 0;
 
 protected:

@@ -20,6 +20,7 @@ public:
     Fields* GetFields() override;
     bool GetEOF() override;
     void MoveNext() override;
+    bool IsNullRow() override { return GetCurrentRow().IsNullRow(); }
     void Close() override;
 
     /// Opens it on rows that are there already and stands at the first one.

@@ -35,6 +35,8 @@ public:
     virtual std::int64_t GetRowCount() const = 0;
     /// Steps to the next row (the first, when called first). False past the last row.
     virtual bool MoveNext() = 0;
+    /// True when the current row is known to have no value, so that none needs to be asked for; false says nothing.
+    virtual bool IsNullRow() const { return false; }
     /// A value of the current row, computed when it is asked for. It and its text stay the row source's and valid
     /// until the next call of this or MoveNext, so that a row of long texts takes the memory of one. A text may be
     /// cut where it is longer than any field that a reader hands out.

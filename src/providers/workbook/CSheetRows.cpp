@@ -55,6 +55,7 @@ bool CSheetRows::MoveNext() {
 void CSheetRows::ReadRow() {
     ++m_row;
     m_strRowText.clear();
+    m_hasCells = m_hasPending && m_pending.position.row <= m_row;
     for (; m_hasPending && m_pending.position.row <= m_row; m_hasPending = m_pCells->Next(m_pending)) {
         if (m_pending.position.row == m_row)
             KeepCell();

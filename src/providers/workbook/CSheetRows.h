@@ -23,6 +23,7 @@ public:
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
     std::int64_t GetRowCount() const override { return m_rowCount; }
     bool MoveNext() override;
+    bool IsNullRow() const override { return !m_hasCells; }
     const Platform::VARIANT& GetValue(std::size_t column) override;
 
 private:
@@ -65,6 +66,7 @@ private:
     std::int64_t m_rowCount;
     SCell m_pending = {}; ///< the first cell behind the current row
     bool m_hasPending;
+    bool m_hasCells = false; ///< whether there may be any in the current row
     std::vector<SColumn> m_columns;
     std::string m_strRowText;
     std::vector<std::u16string> m_names;

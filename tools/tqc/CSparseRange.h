@@ -1,0 +1,25 @@
+// Notices that nearly all of a table is empty: two cells in far corners make gigabytes of a workbook of some bytes.
+#pragma once
+
+#include "platform/Types.h"
+
+#include <cstdint>
+#include <string>
+
+namespace NSTQ::Tool {
+
+class CSparseRange {
+public:
+    /// Counts a row. True once: when the fields are 100,000,000 so far, and more than a thousand times their bytes.
+    bool Count(const WORD* pLengths, DWORD dwCount);
+    /// What was counted, and what to do about it.
+    std::string Describe() const;
+
+private:
+    std::uint64_t m_ullRows = 0;
+    std::uint64_t m_ullFields = 0;
+    std::uint64_t m_ullBytes = 0;
+    bool m_bNoticed = false;
+};
+
+} // namespace NSTQ::Tool
