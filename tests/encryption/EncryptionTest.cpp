@@ -39,11 +39,11 @@ std::string Attempt(const std::function<std::string()>& read) {
     }
 }
 
-std::string Open(const SEncryptedPackage& encrypted, const std::string& given) {
+std::string Open(const SEncryptedPackage& encrypted, const std::string& given, std::uint32_t claimed = 0) {
     return Attempt([&] {
         std::shared_ptr<IRandomAccess> package;
         {
-            CCompoundFile file(std::make_shared<CMemoryAccess>(encrypted.File()));
+            CCompoundFile file(std::make_shared<CMemoryAccess>(encrypted.File(claimed)));
             package = OpenEncryptedPackage(file, given);
         }
         std::string bytes(static_cast<std::size_t>(package->Size()), '\0');
@@ -86,6 +86,8 @@ TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
         EXPECT_EQ(Open(EncryptStandard(Noise(size), passWord, 128), passWord), Noise(size)) << size;
         EXPECT_EQ(Open(EncryptAgile(Noise(size), passWord, "SHA1", 128), passWord), Noise(size)) << size;
     }
+    for (const std::uint32_t claimed : {5200U, 100'000U, 0x7FFFFFFFU})
+        EXPECT_EQ(Open(EncryptStandard(Noise(5000), passWord, 128), passWord, claimed), Noise(5000)) << claimed;
     EXPECT_EQ(Open(EncryptAgile("text", defaultPassWord, "SHA512", 256), ""), "text");
     EXPECT_EQ(Open(EncryptAgile("text", defaultPassWord, "SHA512", 256), "x"), "error: the password is wrong");
 }

@@ -85,9 +85,12 @@ std::string CryptoApiHeader(std::uint32_t flags, std::uint32_t algorithm, unsign
 
 } // namespace
 
-std::string SEncryptedPackage::File() const {
+std::string SEncryptedPackage::File(std::uint32_t claimed) const {
     CCompoundBuilder builder;
-    return builder.Add(u"EncryptionInfo", info).Add(u"EncryptedPackage", package).Finish().bytes;
+    SCompoundBytes file = builder.Add(u"EncryptionInfo", info).Add(u"EncryptedPackage", package).Finish();
+    if (claimed > 0)
+        file.SetEntry(u"EncryptedPackage", SCompoundBytes::size, claimed);
+    return file.bytes;
 }
 
 SBlockCipher AgileCipher(std::string_view passWord, const char* hash, unsigned keyBits, unsigned spinCount) {

@@ -25,7 +25,8 @@ struct SEncryptedPackage {
     std::string info;
     std::string package;
     /// Both in a compound file.
-    std::string File() const;
+    /// The directory may claim another size of the package.
+    std::string File(std::uint32_t claimed = 0) const;
 };
 SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWord, const char* hash,
                                unsigned keyBits, unsigned spinCount = 1000);

@@ -31,7 +31,7 @@ struct SCellsCase {
     bool isBiff8 = true;
 };
 
-// Styles 0 to 3 are those of FormatsOf.
+// Styles 0 to 4 are those of FormatsOf.
 const SCellsCase cellsCases[] = {
     {"numbers",
      Number(0, 0, 12.5) + Cell(ERecord::Rk, 0, 1, Int(0x40490FD8, 4)) + Cell(ERecord::Rk, 0, 2, Int(0xFFFFFFFE, 4)) +
@@ -50,8 +50,9 @@ const SCellsCase cellsCases[] = {
      "true false '#NULL!' '#DIV/0!' '#NAME?' '#N/A' '#UNKNOWN!';"},
     {"texts in their cells",
      Label(0, 0, "a\xE9z") + Label(0, 1, u"東京") + Cell(ERecord::RString, 0, 2, Int(1) + Narrow("b") + Int(0)) +
-         Label(0, 3, "") + Label(0, 4, "_x0041_ "),
-     "'aéz' '東京' 'b' '' '_x0041_ ';"},
+         Label(0, 3, "") + Label(0, 4, "_x0041_ ") + Cell(ERecord::Label, 0, 5, Int(0)) + Formula(0, 6, Result(0)) +
+         Record(ERecord::String, Int(0)),
+     "'aéz' '東京' 'b' '' '_x0041_ ' '' '';"},
     {"a text that goes on",
      Cell(ERecord::Label, 0, 0, Int(4) + Narrow("ab")) + Record(ERecord::Continue, Wide(u"京c")), "'ab京c';"},
     {"results of formulas",
@@ -74,8 +75,8 @@ const SCellsCase cellsCases[] = {
      "1;2;"},
     {"dates by format, the leap day that never was, no date of any year",
      Number(0, 0, 45000.75, 1) + Number(0, 1, 59, 1) + Number(0, 2, 1.5, 2) + Number(0, 3, 45000, 3) +
-         Number(0, 4, 1e9, 1) + Number(0, 5, 1, 999),
-     "d45000.75 d60 d1.5 45000 1000000000 1;"},
+         Number(0, 4, 1e9, 1) + Number(0, 5, 1, 999) + Number(0, 6, 45000, 4),
+     "d45000.75 d60 d1.5 45000 1000000000 1 45000;"},
     {"cells of Excel 2.x in a later sheet",
      Record(ERecord::Integer2, Int(0) + Int(0) + "\1\0\0"s + Int(60000)) +
          Record(ERecord::Number2, Int(0) + Int(1) + "\0\0\0"s + Double(0.5)) +
@@ -98,7 +99,8 @@ SXlsParts FormatsOf(bool isBiff8) {
                                                           : Int(code.size(), 1) + std::string(code)));
     };
     parts.strGlobals = Record(ERecord::CodePage, Int(1252)) + format(164, "[h]:mm") + format(165, "0.00\"d\"");
-    for (const unsigned id : {0U, 22U, 164U, 165U})
+    parts.strGlobals += Record(ERecord::Format, Int(166) + "\4\0\0yy"s) + Record(ERecord::Format, Int(167));
+    for (const unsigned id : {0U, 22U, 164U, 165U, 166U})
         parts.strGlobals += Record(ERecord::Xf, Int(0) + Int(id) + std::string(16, '\0'));
     return parts;
 }
@@ -155,10 +157,13 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
 
 /// A sheet alone without a version: what many a program writes by hand.
 TEST(XlsBook, SheetAloneIsAWorkbookOfOneSheet) {
-    const auto source = OpenXlsBytes(Record(ERecord::Bof, Int(0) + Int(0x10) + Int(0, 4)) + Number(0, 0, 7) +
-                                     Cell(ERecord::Label, 0, 1, Int(2) + "ab"s) + Record(ERecord::Eof));
-    EXPECT_EQ(ListText(*source), u"Sheet1$|");
-    EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "7 'ab';");
+    for (const unsigned version : {0U, 0x580U}) {
+        const auto source =
+            OpenXlsBytes(Record(ERecord::Bof, Int(version) + Int(0x10) + Int(0, 4)) + Number(0, 0, 7) +
+                         Cell(ERecord::Label, 0, 1, Int(2) + "ab"s) + Record(ERecord::Eof));
+        EXPECT_EQ(ListText(*source), u"Sheet1$|");
+        EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "7 'ab';");
+    }
 }
 
 TEST(XlsBook, HiddenSheetsAreListedAndSheetsOfOtherKindsAreNot) {
@@ -205,10 +210,15 @@ TEST(XlsBook, OtherFilesAreRefusedWithAReason) {
 
 TEST(XlsBook, OneDamagedSheetLeavesTheOthersReadable) {
     SXlsParts parts;
-    parts.sheets = {
-        {"Bad", Record(ERecord::Number, "x")}, {"Nowhere", "", 0, 0, 0x7FFFFFFF}, {"Good", Number(0, 0, 1)}};
+    parts.sheets = {{"Bad", Record(ERecord::Number, "x")},
+                    {"Nowhere", "", 0, 0, 0x7FFFFFFF},
+                    {"Within", "", 0, 0, 20},
+                    {"Headless", Number(0, 0, 2), 0, 0, {}, false},
+                    {"Good", Number(0, 0, 1)}};
     const auto source = OpenXlsBytes(parts.Stream());
-    EXPECT_EQ(ListText(*source), u"Bad$|Nowhere$|Good$|");
+    EXPECT_EQ(ListText(*source), u"Bad$|Nowhere$|Within$|Headless$|Good$|");
+    EXPECT_THROW(source->OpenTable(u"Within$"), Platform::_com_error);
+    EXPECT_EQ(RowsText(*source->OpenTable(u"Headless$")), "2;");
     EXPECT_THROW(source->OpenTable(u"Bad$"), Platform::_com_error);
     EXPECT_THROW(source->OpenTable(u"Nowhere$"), Platform::_com_error);
     EXPECT_EQ(RowsText(*source->OpenTable(u"Good$")), "1;");

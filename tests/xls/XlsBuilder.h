@@ -60,6 +60,7 @@ struct SXlsSheet {
     unsigned state = 0; ///< 1 hidden, 2 very hidden
     unsigned type = 0;  ///< 1 macros, 2 chart, 6 module
     std::optional<std::uint32_t> position = {};
+    bool hasBegin = true;
 };
 
 /// A workbook with one sheet, "Sheet1", unless its parts are replaced.
@@ -82,7 +83,7 @@ struct SXlsParts {
         std::string contents;
         for (const SXlsSheet& sheet : sheets) {
             head += Entry(sheet, sheet.position.value_or(static_cast<std::uint32_t>(position + contents.size())));
-            contents += Begin(0x10) + sheet.strCells + Record(ERecord::Eof);
+            contents += (sheet.hasBegin ? Begin(0x10) : "") + sheet.strCells + Record(ERecord::Eof);
         }
         return head + strShared + Record(ERecord::Eof) + contents;
     }

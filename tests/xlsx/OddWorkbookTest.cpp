@@ -54,6 +54,8 @@ const SRowsCase rowsCases[] = {
      "<row><c><v>1</v></c><c><v>2</v></c></row><row><c/><c><v>3</v></c></row>", "1 2;- 3;"},
     {"a reference, then none",
      R"(<row r="2"><c r="C2"><v>1</v></c><c><v>2</v></c></row><row><c r="C3"><v>3</v></c></row>)", "1 2;3 -;"},
+    {"references and a style that are none", R"(<row r="1"><c r="0"><v>1</v></c><c r="1" s=""><v>2</v></c></row>)",
+     "1 2;"},
     {"cells out of order in a row", R"(<row r="1"><c r="C1"><v>3</v></c><c r="A1"><v>1</v></c><c><v>2</v></c></row>)",
      "1 2 3;"},
     {"the last of repeated cells", R"(<row r="1"><c r="A1"><v>1</v></c><c r="A1"><v>2</v></c></row>)", "2;"},
@@ -135,10 +137,11 @@ SXlsxParts CommonParts(std::string_view rows) {
         "<si><t>plain</t></si><si><t/></si><si><r><t xml:space='preserve'> rich</t></r><r><rPr/><t> text</t>"
         "</r></si><si><t>東京</t><rPh sb='0' eb='2'><t>トウキョウ</t></rPh><phoneticPr fontId='1'/></si>"
         "<si><t>a_x000D_b</t></si>";
-    parts.strFormats = "<numFmts><numFmt numFmtId='164' formatCode='[h]:mm'/><numFmt numFmtId='165' "
-                       "formatCode='0.00&quot;d&quot;'/></numFmts><cellStyleXfs><xf numFmtId='14'/></cellStyleXfs>"
-                       "<cellXfs><xf numFmtId='0'/><xf numFmtId='22'/><xf numFmtId='14'/><xf numFmtId='164'/>"
-                       "<xf numFmtId='165'/></cellXfs>";
+    parts.strFormats =
+        "<numFmts><numFmt formatCode='yy'/><numFmt numFmtId='164' formatCode='[h]:mm'/><numFmt numFmtId='165' "
+        "formatCode='0.00&quot;d&quot;'/></numFmts><cellStyleXfs><xf numFmtId='14'/></cellStyleXfs>"
+        "<cellXfs><xf numFmtId='0'/><xf numFmtId='22'/><xf numFmtId='14'/><xf numFmtId='164'/>"
+        "<xf numFmtId='165'/></cellXfs>";
     return parts;
 }
 
@@ -277,15 +280,19 @@ TEST(XlsxPackage, TargetsAndNamesOfPartsAreFoundInEveryForm) {
     }
 }
 
-TEST(XlsxPackage, SheetsOfOtherKindsAreLeftOut) {
+TEST(XlsxPackage, SheetsOfOtherKindsAreLeftOutAndThoseWithoutTheirPartAreNot) {
     SXlsxParts parts;
     parts.strRows = "<row><c><v>1</v></c></row>";
     parts.strWorkbookPart =
         "<w:workbook xmlns:w='w' xmlns:id='urn:x' xmlns:q='" + std::string(officeNamespace) +
-        "'><w:sheets><w:sheet name='Chart' q:id='c'/><w:sheet name='Sheet1' id:id='c' state='veryHidden' "
+        "'><w:sheets><w:sheet name='Chart' q:id='c'/><w:sheet name='Module' q:id=''/><w:sheet name='Lost' q:id='l'/>"
+        "<w:sheet name='Odd' id:id='s'/><w:sheet name='Sheet1' id:id='c' state='veryHidden' "
         "q:id='s'/></w:sheets></w:workbook>";
     const auto source = OpenBytes(parts.File());
-    ASSERT_EQ(source->ListTables().size(), 1U);
+    EXPECT_EQ(ListText(*source), u"Module$|Lost$|Odd$|Sheet1$|");
+    EXPECT_EQ(RowsText(*source->OpenTable(u"Module$")), "");
+    EXPECT_THROW(source->OpenTable(u"Lost$"), Platform::_com_error);
+    EXPECT_THROW(source->OpenTable(u"Odd$"), Platform::_com_error);
     EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "1;");
 }
 

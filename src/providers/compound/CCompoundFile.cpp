@@ -36,7 +36,7 @@ std::shared_ptr<IRandomAccess> OpenRuns(std::shared_ptr<IRandomAccess> input, co
         extents.push_back({origin + run.first * size, bytes});
         left -= bytes;
     }
-    if (!total && !extents.empty() && extents.back().offset < input->Size())
+    if ((!total || left > 0) && !extents.empty() && extents.back().offset < input->Size())
         extents.back().size = std::min(extents.back().size, input->Size() - extents.back().offset);
     return std::make_shared<CExtentAccess>(std::move(input), extents);
 }
@@ -213,15 +213,31 @@ const CCompoundFile::SEntry* CCompoundFile::FindChild(const SEntry& storage, std
     return nullptr;
 }
 
-std::shared_ptr<IRandomAccess> CCompoundFile::OpenStream(std::u16string_view path) {
-    const std::string what = StreamText(path);
+const CCompoundFile::SEntry& CCompoundFile::RequireStream(std::u16string_view path, const std::string& what) const {
     const SEntry* entry = FindStream(path);
     if (entry == nullptr)
         throw CSourceError(what + " is missing");
-    auto& stream = m_streams[entry];
+    return *entry;
+}
+
+std::shared_ptr<IRandomAccess> CCompoundFile::OpenStream(std::u16string_view path) {
+    const std::string what = StreamText(path);
+    const SEntry& entry = RequireStream(path, what);
+    auto& stream = m_streams[&entry];
     if (stream == nullptr)
-        stream =
-            entry->size < m_miniCutOff ? OpenMiniChain(*entry, what) : OpenChain(entry->start, entry->size, what);
+        stream = entry.size < m_miniCutOff ? OpenMiniChain(entry, what) : OpenChain(entry.start, entry.size, what);
+    return stream;
+}
+
+std::shared_ptr<IRandomAccess> CCompoundFile::OpenSelfSized(std::u16string_view path) {
+    const std::string what = StreamText(path);
+    const SEntry& entry = RequireStream(path, what);
+    if (entry.size < m_miniCutOff)
+        return OpenStream(path);
+    auto& stream = m_streams[&entry];
+    if (stream == nullptr)
+        stream = OpenRuns(m_pInput, m_table->TakeChain(entry.start, DivideUp(entry.size, m_sectorSize), what, true),
+                          m_sectorSize, m_sectorSize, entry.size);
     return stream;
 }
 

@@ -37,6 +37,8 @@ public:
     /// The stream's bytes, which may be read after this object is gone. Throws CSourceError when there is no such
     /// stream or it is damaged.
     std::shared_ptr<IRandomAccess> OpenStream(std::u16string_view path);
+    /// The same for a stream that tells its size itself: it may hold less than the directory says.
+    std::shared_ptr<IRandomAccess> OpenSelfSized(std::u16string_view path);
 
 private:
     enum class EEntryType : unsigned char { Unused = 0, Storage = 1, Stream = 2, Root = 5 };
@@ -62,6 +64,7 @@ private:
     void ReadDirectory(std::uint32_t start);
     static SEntry ReadEntry(std::span<const unsigned char> bytes, bool isShortSize);
     const SEntry* FindStream(std::u16string_view path) const;
+    const SEntry& RequireStream(std::u16string_view path, const std::string& what) const;
     const SEntry* FindChild(const SEntry& storage, std::u16string_view name) const;
 
     std::vector<unsigned char> ReadSector(std::uint32_t sector) const;

@@ -29,11 +29,13 @@ void CSectorTable::Take(std::uint32_t sector, const std::string& what) {
 }
 
 std::vector<SSectorRun> CSectorTable::TakeChain(std::uint32_t sector, std::optional<std::uint64_t> count,
-                                                const std::string& what) {
-    if (count && *count > m_isTaken.size())
+                                                const std::string& what, bool mayEndEarly) {
+    if (count && *count > m_isTaken.size() && !mayEndEarly)
         throw CSourceError(what + ": larger than the whole file");
     std::vector<SSectorRun> runs;
     for (std::uint64_t taken = 0; count ? taken < *count : sector != endOfChain; ++taken) {
+        if (sector == endOfChain && mayEndEarly)
+            break;
         if (sector >= firstMark)
             throw CSourceError(what + (sector == endOfChain ? ": its chain of sectors ends too early"
                                                             : ": its chain of sectors leads to none"));

@@ -39,9 +39,9 @@ public:
     /// Notes that `what` takes the sector. Throws CSourceError when there is no such sector or it is taken already.
     void Take(std::uint32_t sector, const std::string& what);
     /// Takes the chain of `what` from `sector` on: `count` sectors, whatever comes behind them, or all to its end.
-    /// Throws CSourceError, also for a chain that ends before `count`.
+    /// Throws CSourceError, also for a chain that ends before `count` unless it `mayEndEarly`.
     std::vector<SSectorRun> TakeChain(std::uint32_t sector, std::optional<std::uint64_t> count,
-                                      const std::string& what);
+                                      const std::string& what, bool mayEndEarly = false);
 
 private:
     static constexpr std::size_t blockSize = 4096;

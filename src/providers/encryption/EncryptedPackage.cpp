@@ -52,7 +52,7 @@ std::shared_ptr<IRandomAccess> OpenEncryptedPackage(CCompoundFile& file, const s
         throw CSourceError("the description of its encryption is too large");
     std::vector<unsigned char> description(static_cast<std::size_t>(info->Size()));
     info->ReadAt(0, description);
-    auto package = file.OpenStream(u"EncryptedPackage");
+    auto package = file.OpenSelfSized(u"EncryptedPackage");
     return std::make_shared<CDecryptedPackage>(std::move(package), Unlock(description, CPassWord(passWord)));
 }
 

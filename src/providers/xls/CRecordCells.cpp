@@ -50,8 +50,12 @@ std::string_view ErrorText(unsigned char code) {
 
 } // namespace
 
-CRecordCells::CRecordCells(CRecordReader records, STextForm form) : m_records(std::move(records)), m_form(form) {
-    if (!m_records.Next() || m_records.GetType() != ERecord::Bof || ReadU16(m_records.Require(4) + 2) != worksheet)
+CRecordCells::CRecordCells(CRecordReader records, STextForm form, bool isBehindEnd)
+    : m_records(std::move(records)), m_form(form) {
+    const bool isThere = m_records.Next();
+    m_isAhead = isThere && isBehindEnd && m_records.GetType() != ERecord::Bof;
+    if (!isThere ||
+        (!m_isAhead && (m_records.GetType() != ERecord::Bof || ReadU16(m_records.Require(4) + 2) != worksheet)))
         throw CSourceError("no worksheet begins where the workbook says that one does");
 }
 
@@ -177,8 +181,14 @@ void CRecordCells::TakeFromRun(SCell& cell) {
 
 void CRecordCells::ReadLabel(std::size_t headerSize, std::size_t count, SCell& cell) {
     m_text.clear();
-    CTextReader(m_records, m_form, headerSize).ReadText(count, m_text);
+    ReadText(headerSize, count);
     SetWideText(cell);
+}
+
+/// An empty text may lack even the byte that tells how its characters are written.
+void CRecordCells::ReadText(std::size_t headerSize, std::size_t count) {
+    if (count > 0)
+        CTextReader(m_records, m_form, headerSize).ReadText(count, m_text);
 }
 
 void CRecordCells::SetWideText(SCell& cell) const {
@@ -214,16 +224,12 @@ void CRecordCells::ReadFormula(SCell& cell) {
 void CRecordCells::ReadFormulaText() {
     while (m_records.Next()) {
         switch (m_records.GetType()) {
-        case ERecord::String: {
-            const std::size_t count = ReadU16(m_records.Require(2));
-            CTextReader(m_records, m_form, 2).ReadText(count, m_text);
+        case ERecord::String:
+            ReadText(2, ReadU16(m_records.Require(2)));
             return;
-        }
-        case ERecord::String2: {
-            const std::size_t count = *m_records.Require(1);
-            CTextReader(m_records, m_form, 1).ReadText(count, m_text);
+        case ERecord::String2:
+            ReadText(1, *m_records.Require(1));
             return;
-        }
         case ERecord::Array:
         case ERecord::Array2:
         case ERecord::SharedFormula:

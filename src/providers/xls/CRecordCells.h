@@ -12,8 +12,9 @@ namespace NSTQ::Providers {
 
 class CRecordCells : public ICellSource {
 public:
-    /// `records` is before the first record of the sheet. Throws CSourceError when no worksheet begins there.
-    CRecordCells(CRecordReader records, STextForm form);
+    /// `records` is before the first record of the sheet. Throws CSourceError when no worksheet begins there. The
+    /// first record may be missing when `isBehindEnd` tells that something else ends right there.
+    CRecordCells(CRecordReader records, STextForm form, bool isBehindEnd);
 
     /// As the interface says; a cell outside the grid and a sheet that does not end are errors.
     bool Next(SCell& cell) override;
@@ -29,6 +30,7 @@ private:
     void ReadLabel(std::size_t headerSize, std::size_t count, SCell& cell);
     void ReadFormula(SCell& cell);
     void ReadFormulaText();
+    void ReadText(std::size_t headerSize, std::size_t count);
     static void SetNumber(double number, SCell& cell);
     static void SetBoolOrError(const unsigned char* bytes, SCell& cell);
     void SetWideText(SCell& cell) const;

@@ -6,6 +6,8 @@
 #include "providers/common/Utf8Text.h"
 #include "providers/xls/CRecordCells.h"
 
+#include <array>
+
 namespace NSTQ::Providers {
 
 namespace {
@@ -75,7 +77,7 @@ void CXlsBook::ReadBegin(CRecordReader& records) {
     const unsigned char* const body = records.Require(4);
     const std::uint16_t version = ReadU16(body);
     // Programs that write sheets by hand often leave the version out.
-    if (version != 0x0600 && version != 0x0500 && version != 0)
+    if (version != 0x0600 && version != 0x0500 && version != 0x0580 && version != 0)
         throw CSourceError("a workbook of an unknown version");
     m_form = {version == 0x0600 ? EBiff::Biff8 : EBiff::Biff5, DefaultPage()};
     if (ReadU16(body + 2) == sheetStream) {
@@ -155,23 +157,37 @@ void CXlsBook::ReadSheet(CRecordReader& records, SGlobals& globals) {
 }
 
 void CXlsBook::ReadFormat(CRecordReader& records) {
-    const bool isBiff8 = m_form.eVersion == EBiff::Biff8;
-    const std::size_t headerSize = isBiff8 ? 4 : 3;
-    const unsigned char* const body = records.Require(headerSize);
-    const std::uint32_t id = ReadU16(body);
-    const std::size_t count = isBiff8 ? ReadU16(body + 2) : body[2];
+    const std::size_t idSize = 2;
+    const std::uint32_t id = ReadU16(records.Require(idSize));
     std::u16string code;
     STextForm form = m_form;
     // What it says of dates is ASCII, which an unknown page takes nothing from.
     if (!HasPageTable(form.codePage))
         form.codePage = westernPage;
-    CTextReader(records, form, headerSize).ReadText(count, code);
+    try {
+        CTextReader reader(records, form, idSize);
+        const std::size_t count = form.eVersion == EBiff::Biff8 ? reader.TakeU16() : reader.TakeByte();
+        reader.ReadText(count, code);
+    } catch (const CSourceError&) {
+        code = u"General"; // for other programs no reason to refuse the file either
+    }
     m_formats.AddCode(id, NarrowCode(code));
 }
 
 std::unique_ptr<ICellSource> CXlsBook::OpenCells(std::size_t sheet) {
     ReadSharedTexts();
-    return std::make_unique<CRecordCells>(CRecordReader(m_pStream, m_pCipher, m_sheetPositions[sheet]), m_form);
+    const std::uint64_t position = m_sheetPositions[sheet];
+    CRecordReader records(m_pStream, m_pCipher, position);
+    return std::make_unique<CRecordCells>(std::move(records), m_form, IsBehindEnd(position));
+}
+
+/// Whether the record before that place, which is inside the stream, is one that ends something.
+bool CXlsBook::IsBehindEnd(std::uint64_t position) const {
+    std::array<unsigned char, 4> header = {};
+    if (position < header.size())
+        return false;
+    m_pStream->ReadAt(position - header.size(), header);
+    return ReadU32(header.data()) == static_cast<std::uint32_t>(ERecord::Eof);
 }
 
 /// What the table says of its own size need not be true; it is read as far as it goes.

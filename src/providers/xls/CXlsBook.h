@@ -37,6 +37,7 @@ private:
     void ReadSheet(CRecordReader& records, SGlobals& globals);
     void ReadFormat(CRecordReader& records);
     void ReadSharedTexts();
+    bool IsBehindEnd(std::uint64_t position) const;
 
     std::string m_strPath;
     std::shared_ptr<IRandomAccess> m_pStream;

@@ -115,7 +115,7 @@ void CSheetScanner::ReadCellAttributes(SCell& cell) {
 }
 
 void CSheetScanner::SetPosition(std::string_view reference) {
-    if (reference.empty()) {
+    if (reference.empty() || reference == "0" || reference == "1") {
         if (++m_position.column > maxColumn)
             m_xml.Fail("a cell outside the grid, in row " + std::to_string(m_position.row));
         return;
@@ -129,7 +129,7 @@ void CSheetScanner::SetPosition(std::string_view reference) {
 std::uint32_t CSheetScanner::ParseStyle(std::string_view text) const {
     std::uint32_t style = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), style);
-    if (parsed.ec != std::errc())
+    if (parsed.ec != std::errc() && !text.empty())
         m_xml.Fail("a cell style that is no number: " + PrintableName(text));
     return style;
 }

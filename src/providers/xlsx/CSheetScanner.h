@@ -1,7 +1,8 @@
 // Reads the cells of a sheet in the order of its part, which need not be that of the grid.
 //
 // A cell's own reference tells where it is; without one it follows the cell before it, or begins the row that follows
-// the row before it. A cell holds a value when it is a text, even an empty one, or when its value is not blank.
+// the row before it. "0" or "1" alone, which some programs write, is none. A cell holds a value when it is a text,
+// even an empty one, or when its value is not blank.
 // Merged cells need nothing: the first one of them holds the value.
 #pragma once
 

@@ -29,6 +29,14 @@ std::string TargetByType(const std::vector<SRelationship>& relationships, std::s
     return found == nullptr ? std::string() : found->strTarget;
 }
 
+/// Whether the element says that nothing belongs to it, and not only in a way that is not known here.
+bool IsIdEmpty(const CXmlScanner& xml) {
+    const auto ids = xml.GetAttributes();
+    return std::any_of(ids.begin(), ids.end(), [](const SXmlAttribute& attribute) {
+        return attribute.strName.ends_with(":id") && attribute.strValue.empty();
+    });
+}
+
 /// The sheet's name in front of the '!' of a reference, its quotes taken back.
 std::string UnquoteSheetName(std::string_view name) {
     if (name.size() < 2 || name.front() != '\'' || name.back() != '\'')
@@ -78,19 +86,28 @@ CWorkbook::CWorkbook(const CPackage& package) {
 
 void CWorkbook::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationships) {
     const auto found = relationships.find(std::string(xml.GetRelationshipId()));
+    const bool isKnown = found != relationships.end();
     if (m_tabs.size() == maxSheets)
         xml.Fail("too many sheets");
-    std::u16string name = ToUtf16(xml.GetAttribute("name"));
-    if (found == relationships.end() || found->second.isExternal)
-        xml.Fail("the sheet " + Platform::AnsiFromWide(name) + " has no part of its own in the package");
-    if (found->second.strType != "worksheet") {
+    if (isKnown && found->second.strType != "worksheet") {
         m_tabs.push_back(noSheet);
         return;
     }
+    std::u16string name = ToUtf16(xml.GetAttribute("name"));
     m_tabs.push_back(m_sheetNames.size());
     m_sheetsByName.emplace(name, m_sheetNames.size());
     m_sheetNames.push_back(std::move(name));
-    m_sheetParts.push_back(found->second.strTarget);
+    if (isKnown && !found->second.isExternal)
+        m_sheetParts.emplace_back(found->second.strTarget);
+    else
+        m_sheetParts.push_back(IsIdEmpty(xml) ? std::optional<std::string>(std::in_place) : std::nullopt);
+}
+
+const std::string& CWorkbook::GetSheetPart(std::size_t sheet) const {
+    if (!m_sheetParts[sheet])
+        throw CSourceError("the sheet " + Platform::AnsiFromWide(m_sheetNames[sheet]) +
+                           " has no part of its own in the package");
+    return *m_sheetParts[sheet];
 }
 
 void CWorkbook::ReadName(CXmlScanner& xml) {

@@ -4,6 +4,7 @@
 #include "providers/workbook/IWorkbook.h"
 #include "providers/xlsx/CPackage.h"
 
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -12,14 +13,15 @@ namespace NSTQ::Providers {
 
 class CWorkbook {
 public:
-    /// Throws CSourceError for a package without a workbook and for a worksheet without its part or with an external
-    /// one.
+    /// Throws CSourceError for a package without a workbook. What a worksheet lacks is not looked at here.
     explicit CWorkbook(const CPackage& package);
 
     /// As IWorkbook says.
     const std::vector<std::u16string>& GetSheetNames() const { return m_sheetNames; }
-    /// For each sheet the part that holds its cells.
-    const std::vector<std::string>& GetSheetParts() const { return m_sheetParts; }
+    /// For each sheet the part that holds its cells, which may be missing from the package; empty for a sheet that
+    /// says itself that it has none, as old macro modules do. Throws CSourceError when it lies in another file or
+    /// nothing in the package is called what the sheet names.
+    const std::string& GetSheetPart(std::size_t sheet) const;
     const std::vector<SNamedRange>& GetNames() const { return m_names; }
     bool IsDate1904() const { return m_isDate1904; }
     /// Names of parts; empty when there is none.
@@ -39,7 +41,7 @@ private:
     std::size_t FindSheet(std::string_view reference) const;
 
     std::vector<std::u16string> m_sheetNames;
-    std::vector<std::string> m_sheetParts;
+    std::vector<std::optional<std::string>> m_sheetParts; ///< none where GetSheetPart throws
     std::vector<std::size_t> m_tabs; ///< for each tab of the workbook the index of its sheet or noSheet
     std::unordered_map<std::u16string, std::size_t> m_sheetsByName;
     std::vector<SNamedRange> m_names;

@@ -4,9 +4,21 @@
 
 namespace NSTQ::Providers {
 
+namespace {
+
+class CNoCells : public ICellSource {
+public:
+    bool Next(SCell&) override { return false; }
+};
+
+} // namespace
+
 std::unique_ptr<ICellSource> CXlsxBook::OpenCells(std::size_t sheet) {
+    const std::string& part = m_workbook.GetSheetPart(sheet);
+    if (part.empty())
+        return std::make_unique<CNoCells>();
     LoadContents();
-    return std::make_unique<CSheetScanner>(m_package.OpenStreamedPart(m_workbook.GetSheetParts()[sheet]));
+    return std::make_unique<CSheetScanner>(m_package.OpenStreamedPart(part));
 }
 
 void CXlsxBook::LoadContents() {

@@ -10,10 +10,20 @@ namespace {
 
 constexpr std::size_t maxTexts = 1U << 25;
 
-std::uint32_t ToNumber(std::string_view text) {
+/// The number of a format; General's for what is no number.
+std::uint32_t ToFormatId(std::string_view text) {
     std::uint32_t number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
+}
+
+/// One without a number of its own can be no cell's.
+void AddFormat(CXmlScanner& xml, CNumberFormats& formats) {
+    const std::string_view id = xml.GetAttribute("numFmtId");
+    if (!id.empty() && id.front() >= '0' && id.front() <= '9') {
+        const std::uint32_t number = ToFormatId(id);
+        formats.AddCode(number, xml.GetAttribute("formatCode"));
+    }
 }
 
 } // namespace
@@ -55,9 +65,9 @@ CNumberFormats ReadNumberFormats(const CPackage& package, const std::string& par
         if (xml.GetEvent() == EXmlEvent::Start && xml.GetDepth() == 2)
             group = xml.GetName();
         if (group == "numFmts" && xml.IsStart(3, "numFmt"))
-            formats.AddCode(ToNumber(xml.GetAttribute("numFmtId")), xml.GetAttribute("formatCode"));
+            AddFormat(xml, formats);
         else if (group == "cellXfs" && xml.IsStart(3, "xf"))
-            formats.AddStyle(ToNumber(xml.GetAttribute("numFmtId")));
+            formats.AddStyle(ToFormatId(xml.GetAttribute("numFmtId")));
     }
     return formats;
 }
