@@ -80,8 +80,8 @@ void ReadTable(Platform::IDataSource& source, std::u16string_view name) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view packed(reinterpret_cast<const char*>(data), size);
     try {
-        const auto source = Providers::OpenAccessDatabase(std::make_shared<CBytes>(Expand(packed)),
-                                                          {.strPath = "fuzz", .strPassWord = "password"});
+        const auto source = Providers::OpenAccess(Providers::CSourceInput(std::make_shared<CBytes>(Expand(packed))),
+                                                  {.strPath = "fuzz", .strPassWord = "password"});
         for (const Platform::STableSchema& table : source->ListTables())
             ReadTable(*source, table.strName);
     } catch (const Platform::_com_error& error) {

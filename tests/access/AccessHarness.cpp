@@ -67,8 +67,8 @@ std::string RowsOf(CAccessWriter& writer, std::string_view table) {
 
 std::string CauseOf(CAccessWriter& writer, std::u16string_view table) {
     try {
-        const auto source =
-            Providers::OpenAccessDatabase(std::make_shared<CMemoryAccess>(writer.Finish().Bytes()), {});
+        const auto source = Providers::OpenAccess(
+            Providers::CSourceInput(std::make_shared<CMemoryAccess>(writer.Finish().Bytes())), {});
         const auto rows = source->OpenTable(table);
         while (rows->MoveNext())
             for (std::size_t column = 0; column < rows->GetColumnNames().size(); ++column)

@@ -4,7 +4,7 @@
 #include "CCsvDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "platform/ComError.h"
-#include "platform/ado/ProviderRegistry.h"
+#include "platform/ado/DataSource.h"
 #include "support/Sanitized.h"
 #include "support/TempFolder.h"
 

@@ -98,8 +98,8 @@ private:
 
 inline std::unique_ptr<Platform::IDataSource> OpenXlsBytes(std::string bytes, bool hasHeader = false,
                                                            const std::string& passWord = {}) {
-    return Providers::OpenXlsFile(std::make_shared<CMemoryAccess>(std::move(bytes)),
-                                  {"book.xls", passWord, hasHeader});
+    return Providers::OpenXls(Providers::CSourceInput(std::make_shared<CMemoryAccess>(std::move(bytes))),
+                              {"book.xls", passWord, hasHeader});
 }
 
 /// The rows of a sheet with these cells.

@@ -296,16 +296,6 @@ TEST(XlsxPackage, SheetsOfOtherKindsAreLeftOutAndThoseWithoutTheirPartAreNot) {
     EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "1;");
 }
 
-TEST(XlsxPackage, AMissingFileIsNamedWithItsError) {
-    try {
-        Providers::OpenXlsx(Platform::SSourceOptions{"/no/such/book.xlsx", "", false});
-        ADD_FAILURE();
-    } catch (const Platform::_com_error& error) {
-        EXPECT_EQ(error.Error(), Platform::E_FAIL);
-        EXPECT_STREQ(error.Description(), "/no/such/book.xlsx: the file cannot be opened (error 3)");
-    }
-}
-
 TEST(XlsxFormats, CodesTellDatesFromNumbers) {
     using Providers::EDateKind;
     const std::pair<EDateKind, std::vector<const char*>> cases[] = {

@@ -79,8 +79,8 @@ struct SXlsxParts {
 };
 
 inline std::unique_ptr<Platform::IDataSource> OpenBytes(std::string bytes, bool hasHeader = false) {
-    return Providers::OpenXlsxPackage(std::make_shared<CMemoryAccess>(std::move(bytes)),
-                                      {"book.xlsx", "", hasHeader});
+    return Providers::OpenXlsx(Providers::CSourceInput(std::make_shared<CMemoryAccess>(std::move(bytes))),
+                               {"book.xlsx", "", hasHeader});
 }
 
 inline std::string TableText(std::string bytes, std::u16string_view table = u"Sheet1$") {

@@ -2,7 +2,7 @@
 
 #include "platform/ado/CRecordset.h"
 #include "platform/ado/ConnectionString.h"
-#include "platform/ado/ProviderRegistry.h"
+#include "platform/ado/DataSource.h"
 
 #include <array>
 

@@ -58,9 +58,12 @@ struct SSourceOptions {
     std::string strPath;
     std::string strPassWord;
     bool bHeaderRow = false; ///< HDR=YES: the first row names the columns (workbooks)
+    bool bWorkbook = true;   ///< expected is a workbook, else a database
 };
 
-/// Opens a source; one for each kind of file.
-using FOpenSource = std::unique_ptr<IDataSource> (*)(const SSourceOptions& options);
+/// Opens the file as what it is. This layer only declares it; src/providers defines it. Raises what is listed above,
+/// E_FAIL also for a file that is not the kind that was expected, and adErrProviderNotFound for one that this build
+/// does not read.
+std::unique_ptr<IDataSource> OpenSource(const SSourceOptions& options);
 
 } // namespace NSTQ::Platform

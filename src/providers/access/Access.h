@@ -5,19 +5,16 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
-#include "providers/common/IRandomAccess.h"
+#include "providers/compound/CSourceInput.h"
 
 namespace NSTQ::Providers {
 
-/// Opens the database at a path. The file stays open as long as the source or rows read from it live. Everything
-/// raised is _com_error with a description that names the file and what was found, but for failures of allocation:
+/// Opens a database. The file stays open as long as the source or rows read from it live. `options` gives its name
+/// for descriptions and the password. Everything raised is _com_error with a description that names the file and what
+/// was found, but for failures of allocation:
 ///   DB_SEC_E_AUTH_FAILED   the password is missing or wrong
 ///   DB_E_NOTABLE           there is no such table or query
 ///   E_FAIL                 all else
-std::unique_ptr<Platform::IDataSource> OpenAccess(const Platform::SSourceOptions& options);
-
-/// The same for a database that is not a file itself; `options` gives its name for descriptions and the password.
-std::unique_ptr<Platform::IDataSource> OpenAccessDatabase(std::shared_ptr<IRandomAccess> input,
-                                                          const Platform::SSourceOptions& options);
+std::unique_ptr<Platform::IDataSource> OpenAccess(CSourceInput input, const Platform::SSourceOptions& options);
 
 } // namespace NSTQ::Providers

@@ -1,8 +1,6 @@
 #include "providers/xls/Xls.h"
 
-#include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
-#include "providers/compound/CCompoundFile.h"
 #include "providers/workbook/CWorkbookSource.h"
 #include "providers/xls/CXlsBook.h"
 
@@ -13,27 +11,22 @@ using namespace Platform;
 namespace {
 
 /// The records themselves. A file for both Excel 95 and its successors holds them twice; the newer ones say more.
-std::shared_ptr<IRandomAccess> OpenRecords(std::shared_ptr<IRandomAccess> input) {
-    if (!CCompoundFile::IsCompoundFile(*input))
-        return input;
-    CCompoundFile compound(std::move(input));
+std::shared_ptr<IRandomAccess> OpenRecords(CSourceInput& input) {
+    CCompoundFile* const compound = input.GetCompound();
+    if (compound == nullptr)
+        return input.GetFile();
     for (const char16_t* name : {u"Workbook", u"Book"}) {
-        if (compound.HasStream(name))
-            return compound.OpenStream(name);
+        if (compound->HasStream(name))
+            return compound->OpenStream(name);
     }
     throw CSourceError("not a workbook: the compound file holds none");
 }
 
 } // namespace
 
-std::unique_ptr<IDataSource> OpenXls(const SSourceOptions& options) {
-    auto file = RaiseAsComError(options.strPath, [&] { return std::make_shared<CFileAccess>(options.strPath); });
-    return OpenXlsFile(std::move(file), options);
-}
-
-std::unique_ptr<IDataSource> OpenXlsFile(std::shared_ptr<IRandomAccess> input, const SSourceOptions& options) {
+std::unique_ptr<IDataSource> OpenXls(CSourceInput input, const SSourceOptions& options) {
     auto book = RaiseAsComError(options.strPath, [&] {
-        return std::make_shared<CXlsBook>(OpenRecords(std::move(input)), options.strPath, options.strPassWord);
+        return std::make_shared<CXlsBook>(OpenRecords(input), options.strPath, options.strPassWord);
     });
     return std::make_unique<CWorkbookSource>(std::move(book), options.bHeaderRow);
 }

@@ -2,18 +2,14 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
-#include "providers/common/IRandomAccess.h"
+#include "providers/compound/CSourceInput.h"
 
 namespace NSTQ::Providers {
 
-/// Opens the workbook at a path, with its password when it is encrypted. The file stays open as long as the source or
-/// rows read from it live. Everything raised is _com_error with E_FAIL and a description that names the file and what
-/// was found, or DB_E_NOTABLE for an unknown table, but for failures of allocation.
-std::unique_ptr<Platform::IDataSource> OpenXls(const Platform::SSourceOptions& options);
-
-/// The same for a workbook that is not a file itself: a compound file, or the stream of records alone. `options`
-/// gives its name for descriptions.
-std::unique_ptr<Platform::IDataSource> OpenXlsFile(std::shared_ptr<IRandomAccess> input,
-                                                   const Platform::SSourceOptions& options);
+/// Opens a workbook, which is a compound file or the stream of records alone, with its password when it is encrypted.
+/// The file stays open as long as the source or rows read from it live. `options` gives its name for descriptions.
+/// Everything raised is _com_error with E_FAIL and a description that names the file and what was found, or
+/// DB_E_NOTABLE for an unknown table, but for failures of allocation.
+std::unique_ptr<Platform::IDataSource> OpenXls(CSourceInput input, const Platform::SSourceOptions& options);
 
 } // namespace NSTQ::Providers

@@ -1,11 +1,11 @@
 // What a file really is, whatever its name says.
 #pragma once
 
-#include "platform/ado/Ado.h"
+#include "providers/compound/CSourceInput.h"
 
-#include <string>
+#include <cstddef>
 
-namespace NSTQ::Platform {
+namespace NSTQ::Providers {
 
 enum class ESourceFormat {
     Xlsx,  ///< workbook in a zip archive, or such a workbook encrypted
@@ -18,7 +18,8 @@ inline constexpr std::size_t sourceFormatCount = 3;
 /// "xlsx", "xls" or "Access", for messages.
 const char* GetFormatName(ESourceFormat format);
 
-/// Tells from the file's first bytes. Raises E_FAIL when it cannot be read and when it is none of these.
-ESourceFormat DetectSourceFormat(const std::string& path);
+/// Tells from the file's first bytes and the directory of a compound file. Throws CSourceError when it cannot be
+/// read, when it is a damaged compound file and when it is none of these formats.
+ESourceFormat DetectSourceFormat(CSourceInput& input);
 
-} // namespace NSTQ::Platform
+} // namespace NSTQ::Providers

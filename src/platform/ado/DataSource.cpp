@@ -1,43 +1,12 @@
-// The one file that knows the providers.
-#include "platform/ado/ProviderRegistry.h"
+#include "platform/ado/DataSource.h"
 
 #include "platform/ado/TextCase.h"
-#if defined(TQC_WITH_ACCESS)
-#include "providers/access/Access.h"
-#endif
-#if defined(TQC_WITH_XLS)
-#include "providers/xls/Xls.h"
-#endif
-#if defined(TQC_WITH_XLSX)
-#include "providers/xlsx/Xlsx.h"
-#endif
 
 #include <algorithm>
-#include <array>
-#include <utility>
 
 namespace NSTQ::Platform {
 
 namespace {
-
-/// In the order of ESourceFormat; null where this build has none.
-constinit std::array<FOpenSource, sourceFormatCount> providers = {
-#if defined(TQC_WITH_XLSX)
-    &Providers::OpenXlsx,
-#else
-    nullptr,
-#endif
-#if defined(TQC_WITH_XLS)
-    &Providers::OpenXls,
-#else
-    nullptr,
-#endif
-#if defined(TQC_WITH_ACCESS)
-    &Providers::OpenAccess,
-#else
-    nullptr,
-#endif
-};
 
 std::string_view Trim(std::string_view text) {
     constexpr std::string_view blanks = " \t";
@@ -81,27 +50,13 @@ void CheckProvider(std::string_view provider) {
 
 } // namespace
 
-FOpenSource SetProvider(ESourceFormat format, FOpenSource open) {
-    return std::exchange(providers[static_cast<std::size_t>(format)], open);
-}
-
 std::unique_ptr<IDataSource> OpenDataSource(const SConnectionString& connection) {
     CheckProvider(connection.strProvider);
     const SProperties properties = ParseProperties(connection.strProperties);
     if (connection.strDataSource.empty())
         throw _com_error(E_FAIL, "the connection string names no file");
-    const ESourceFormat format = DetectSourceFormat(connection.strDataSource);
-    if (properties.bWorkbook == (format == ESourceFormat::Access))
-        throw _com_error(E_FAIL,
-                         connection.strDataSource + (properties.bWorkbook ? ": not a workbook" : ": not a database"));
-    const FOpenSource open = providers[static_cast<std::size_t>(format)];
-    if (open == nullptr)
-        throw _com_error(adErrProviderNotFound,
-                         connection.strDataSource + ": this build reads no " + GetFormatName(format) + " files");
-    auto source = open({connection.strDataSource, connection.strPassWord, properties.bHeaderRow});
-    if (source == nullptr)
-        throw _com_error(E_FAIL, connection.strDataSource + ": cannot be opened");
-    return source;
+    return OpenSource(
+        {connection.strDataSource, connection.strPassWord, properties.bHeaderRow, properties.bWorkbook});
 }
 
 } // namespace NSTQ::Platform

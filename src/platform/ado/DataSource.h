@@ -1,4 +1,4 @@
-// The providers that this build has, and the choice of one for a connection string.
+// From a connection string to the workbook or database that it names.
 //
 //   Provider=             Microsoft.Jet.OLEDB.4.0 or Microsoft.ACE.OLEDB.12.0
 //   Extended Properties=  "Excel <version>" and further words for a workbook, nothing for a database; HDR=NO makes
@@ -10,17 +10,12 @@
 
 #include "platform/ado/ConnectionString.h"
 #include "platform/ado/Provider.h"
-#include "platform/ado/SourceFormat.h"
 
 namespace NSTQ::Platform {
 
-/// Opens what the string names. Raises what the provider raises, and:
-///   adErrProviderNotFound   an unknown provider, or one that this build has left out
-///   E_FAIL                  no file named, file missing or unreadable, not the kind that was asked for
+/// Opens what the string names. Raises what OpenSource raises, and:
+///   adErrProviderNotFound   an unknown provider
+///   E_FAIL                  no file named, properties of an unknown kind of source
 std::unique_ptr<IDataSource> OpenDataSource(const SConnectionString& connection);
-
-/// Puts a provider (or none: null) in charge of a format and returns the one before. For tests, while nothing is
-/// opened.
-FOpenSource SetProvider(ESourceFormat format, FOpenSource open);
 
 } // namespace NSTQ::Platform

@@ -1,0 +1,30 @@
+// The file of a source as it goes from detection to the reader: opened once, and its directory read once where it is
+// a compound file.
+#pragma once
+
+#include "providers/compound/CCompoundFile.h"
+
+#include <memory>
+
+namespace NSTQ::Providers {
+
+class CSourceInput {
+public:
+    /// Reads nothing yet.
+    explicit CSourceInput(std::shared_ptr<IRandomAccess> file) : m_file(std::move(file)) {}
+
+    const std::shared_ptr<IRandomAccess>& GetFile() const { return m_file; }
+    /// The compound file that the file is, as long as this object lives; null when it is none. Throws CSourceError
+    /// when it is damaged or cannot be read.
+    CCompoundFile* GetCompound() {
+        if (m_compound == nullptr && CCompoundFile::IsCompoundFile(*m_file))
+            m_compound = std::make_unique<CCompoundFile>(m_file);
+        return m_compound.get();
+    }
+
+private:
+    std::shared_ptr<IRandomAccess> m_file;
+    std::unique_ptr<CCompoundFile> m_compound;
+};
+
+} // namespace NSTQ::Providers
