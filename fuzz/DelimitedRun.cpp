@@ -60,6 +60,7 @@ private:
         record.hasNext = HasNextLineData();
         record.position = GetReadPosition();
         record.failedRead = GetErrorCode() != 0;
+        record.openQuote = GetOpenQuotePosition();
         Require(m_dwReadBuffPos <= m_dwReadSize && m_dwReadSize <= NSTQCore::SCDataAccessDefine::READ_BUFF_SIZE,
                 "the read position stays inside the fill");
     }
@@ -71,6 +72,7 @@ CSettings ReadSettings(CFuzzInput& input, std::uint8_t flags) {
     CSettings settings;
     settings.raw = (flags & 1) != 0;
     settings.quoteNewLine = (flags & 2) != 0;
+    settings.keepLineEnds = (flags & 0x20) != 0;
     settings.separator = input.Pick(separators);
     const SLineEnd lineEnd = input.Pick(lineEnds);
     settings.pre = lineEnd.pre;
@@ -89,6 +91,7 @@ void RequireEqual(const CRecord& expected, const CRecord& actual) {
     Require(actual.hasNext == expected.hasNext, "whether data remain is as with the plain reader");
     Require(actual.position == expected.position, "the progress is the plain reader's");
     Require(actual.failedRead == expected.failedRead, "a failed read shows as with the plain reader");
+    Require(actual.openQuote == expected.openQuote, "an open quote is where the plain reader met it");
     Require(!expected.rawFits || actual.raw == expected.raw, "the raw record is the plain reader's");
 }
 
@@ -143,6 +146,7 @@ void RunDelimited(CFuzzInput input, bool utf8) {
     CSourceDataInfo info;
     info.SetCommonInfo(file.Path().c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
     info.SetReadCharSet(charSet);
+    info.SetKeepLineEnds(settings.keepLineEnds);
 
     CFuzzedReader tested(settings);
     const CReadFaults faults(readSize, failing);

@@ -13,6 +13,12 @@
 //           the other parameters not assigned. Nothing is skipped: the next read starts where this one stopped.
 //           A dwMaxLineSize above 65535 is taken as 65535, because lengths have 16 bits.
 //
+// With CSourceDataInfo::SetKeepLineEnds, in both grammars, a line end inside quotes does not end the record and stays
+// in the field: CR and LF bytes as they stand, also a lone one, and the line end that is set, whatever its bytes, but
+// for a NUL, which no text holds. It is content: blanks before it stay, and each of its bytes counts against the
+// limits. A line end that the record limit cuts fails the read. Outside quotes nothing changes, and other control
+// bytes vanish as before. GetSpecificLineData counts line ends inside quotes all the same.
+//
 // A failed read of the file ends the record in hand: its fields are handed out, the result is false and the error
 // code the system's. A SUB at a field's start before the end of the file gives false as well, with error code 0.
 // After the last record of a file that ends with a line end one more read succeeds with 0 fields.
@@ -35,12 +41,16 @@ class TQCACCESS_API CCsvDataAccess : public VCTextFileOperater {
 public:
     /// Throws std::bad_alloc.
     CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
-    /// `bQuoteNewLine`: a line end inside quotes is dropped and the record goes on; otherwise it ends the record.
+    /// `bQuoteNewLine`: a line end inside quotes is dropped and the record goes on; otherwise it ends the record. A
+    /// description that keeps line ends has the last word.
     CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, bool bQuoteNewLine);
     /// `eCharSet` stands until FileOpen takes the description's.
     CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, bool bQuoteNewLine,
                    CSourceDataInfo::EReadCharSet eCharSet);
     ~CCsvDataAccess() override;
+
+    /// As VCTextFileOperater::FileOpen, and takes from the description whether line ends inside quotes stay.
+    bool FileOpen(const CSourceDataInfo* pInfo) override;
 
     /// Reads the next record; see above for what makes it false.
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
@@ -51,6 +61,11 @@ public:
     /// a failed read. Sources in other character sets have no raw form: `dwRecordSize` is 0.
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount, const char*& pRecord,
                      DWORD& dwRecordSize);
+
+    /// The offset in the file, in bytes, of the quote that the last record read left open: its quoted part went on up
+    /// to the record limit or the end of the data. -1 when there is none: each quote was closed, or a line end (or in
+    /// UTF-8 a SUB) inside quotes ended the record. Tells where a quote was forgotten, or stands as data.
+    LONGLONG GetOpenQuotePosition() const;
 
 private:
     class CRecordScan;
@@ -69,6 +84,7 @@ private:
                        DWORD& dwRecordSize);
     std::size_t _ConvertRecord(unsigned char* pText, std::size_t size, std::size_t converted) const;
     void _SplitRecord(std::size_t size, DWORD& dwCount);
+    void _FollowQuotes();
 
     DWORD m_dwFieldSizeLimit;
     DWORD m_dwLineSizeLimit;
@@ -78,6 +94,14 @@ private:
     bool m_bKeepRecord = false;
     DWORD m_dwRecordStartPos = 0; ///< from where in the read buffer the raw record is still to be collected
     bool m_bQuoteNewLine = false;
+    bool m_bKeepLineEnds = false;
+    LONGLONG m_llOpenQuote = -1; ///< file offset; what GetOpenQuotePosition tells
+    // The quotes of a record in UTF-8, followed up to an offset in the read buffer.
+    bool m_bFollowQuotes = false; ///< while such a record is read
+    bool m_bInQuotes = false;
+    DWORD m_dwFollowed = 0;
+    LONGLONG m_llOpeningQuote = -1;
+    LONGLONG m_llClosingQuote = -1;
 };
 
 } // namespace NSTQ::NSTQCore

@@ -99,6 +99,7 @@ CSourceDataInfo* CSourceDataInfo::CreateClone() const {
     clone->m_vecFixColLen = m_vecFixColLen;
     clone->m_bIsExistFixCRLF = m_bIsExistFixCRLF;
     clone->m_dwStartReadRowCnt = m_dwStartReadRowCnt;
+    clone->m_bKeepLineEnds = m_bKeepLineEnds;
     // Last, so that a clone abandoned by a failed allocation does not take the folder with it.
     CopyBuffer(clone->m_pUncompressFolderPath, m_pUncompressFolderPath, PATH_BUFFSIZE);
     return clone.release();
@@ -356,6 +357,14 @@ void CSourceDataInfo::SetReadCharSet(EReadCharSet charSet) {
 
 CSourceDataInfo::EReadCharSet CSourceDataInfo::GetReadCharSet() const {
     return m_eReadCharSet;
+}
+
+void CSourceDataInfo::SetKeepLineEnds(bool bKeep) {
+    m_bKeepLineEnds = bKeep;
+}
+
+bool CSourceDataInfo::GetKeepLineEnds() const {
+    return m_bKeepLineEnds;
 }
 
 void CSourceDataInfo::SetStartReadRowCnt(DWORD rows) {

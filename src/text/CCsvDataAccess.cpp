@@ -15,6 +15,9 @@ namespace {
 /// As m_dwRecordStartPos: a piece of the raw record did not fit, so that the record cannot be handed out.
 constexpr DWORD RAW_RECORD_LOST = 0xFFFFFFFF;
 
+/// As m_llClosingQuote: no quote stands right behind it.
+constexpr LONGLONG NO_QUOTE = -2;
+
 } // namespace
 
 CCsvDataAccess::CCsvDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize)
@@ -40,6 +43,16 @@ void CCsvDataAccess::_Initial(DWORD dwSize, bool bQuoteNewLine) {
     m_bKeepRecord = false;
     m_dwRecordStartPos = 0;
     m_bQuoteNewLine = bQuoteNewLine;
+}
+
+bool CCsvDataAccess::FileOpen(const CSourceDataInfo* pInfo) {
+    m_bKeepLineEnds = pInfo != nullptr && pInfo->GetKeepLineEnds();
+    m_llOpenQuote = -1;
+    return VCTextFileOperater::FileOpen(pInfo);
+}
+
+LONGLONG CCsvDataAccess::GetOpenQuotePosition() const {
+    return m_llOpenQuote;
 }
 
 bool CCsvDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
@@ -87,6 +100,7 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
 
 void CCsvDataAccess::_StartRecord(bool bKeepRecord) {
     InitialErrorCode();
+    m_llOpenQuote = -1;
     m_bKeepRecord = bKeepRecord;
     if (bKeepRecord) {
         m_dwRecordStartPos = m_dwReadBuffPos;
@@ -109,6 +123,8 @@ bool CCsvDataAccess::_FinishRecord(bool bResult, const char**& ppData, const WOR
 
 /// Collects the raw record's bytes of the current fill, before a refill and at the record's end.
 bool CCsvDataAccess::OnReread() {
+    if (m_bFollowQuotes)
+        _FollowQuotes();
     if (!m_bKeepRecord)
         return true;
     const DWORD size = m_dwReadBuffPos - m_dwRecordStartPos;
@@ -146,13 +162,40 @@ bool CCsvDataAccess::_GetLineDataWithConvert(const char**& ppData, const WORD*& 
 /// Of the record's bytes, `dwConverted` are in the ANSI code page already. When that is all, it may be split already,
 /// into `dwFields`, which else is 0.
 bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize, DWORD& dwConverted, DWORD& dwFields) {
+    m_bFollowQuotes = true;
+    m_bInQuotes = false;
+    m_dwFollowed = m_dwReadBuffPos;
+    m_llClosingQuote = NO_QUOTE;
     CRecordCollector collector(*this, pBuff, *pdwSize);
-    if (!collector.Collect())
+    const bool fits = collector.Collect();
+    m_bFollowQuotes = false;
+    if (collector.IsQuoteOpen()) {
+        _FollowQuotes();
+        m_llOpenQuote = m_llOpeningQuote;
+    }
+    if (!fits)
         return false;
     dwFields = collector.Finish();
     *pdwSize = collector.GetSize();
     dwConverted = collector.CountConverted();
     return true;
+}
+
+/// Goes through the record's quotes up to the read position, at the end of a fill and where one is left open: so
+/// nothing that takes the bytes has to keep in mind where the quotes stand.
+void CCsvDataAccess::_FollowQuotes() {
+    const unsigned char* const fill = m_pReadBuff.get();
+    const unsigned char* const end = fill + m_dwReadBuffPos;
+    constexpr unsigned char quote = SCDataAccessDefine::DOUBLE_QUOTATION;
+    for (const unsigned char* at = fill + m_dwFollowed; (at = std::find(at, end, quote)) != end; ++at) {
+        const LONGLONG offset = m_llReadOffset + (at - fill);
+        if (m_bInQuotes)
+            m_llClosingQuote = offset;
+        else if (offset != m_llClosingQuote + 1) // one of a pair opens nothing
+            m_llOpeningQuote = offset;
+        m_bInQuotes = !m_bInQuotes;
+    }
+    m_dwFollowed = 0;
 }
 
 /// Converts the rest of a collected record in place to the ANSI code page. Returns its new length, which is above the

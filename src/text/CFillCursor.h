@@ -37,6 +37,10 @@ public:
         ++m_pNext;
         return true;
     }
+    /// Of the bytes that stay inside quotes when line ends do, whatever line end is set.
+    [[gnu::always_inline]] static bool IsLineEndByte(unsigned char byte) {
+        return byte == SCDataAccessDefine::CR_CODE || byte == SCDataAccessDefine::LF_CODE;
+    }
     [[gnu::always_inline]] bool IsPreDelimiter(unsigned char byte) const { return m_reader.IsPreDelimiter(byte); }
 
     [[gnu::always_inline]] unsigned char Get() const { return *m_pNext; }
@@ -44,6 +48,10 @@ public:
     /// The bytes of the fill from the next one on.
     [[gnu::always_inline]] const unsigned char* Bytes() const { return m_pNext; }
     [[gnu::always_inline]] DWORD CountBytes() const { return static_cast<DWORD>(m_pEnd - m_pNext); }
+    /// The next byte's offset in the file.
+    [[gnu::always_inline]] LONGLONG GetOffset() const {
+        return m_reader.m_llReadOffset + (m_pNext - m_reader.m_pReadBuff.get());
+    }
     [[gnu::always_inline]] void Leave() const { m_reader.SetReadPosition(m_pNext); }
 
 private:

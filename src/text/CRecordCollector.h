@@ -60,6 +60,9 @@ public:
 
     [[gnu::always_inline]] DWORD GetSize() const { return static_cast<DWORD>(m_pOut - m_pBuff); }
 
+    /// Whether the record went on inside quotes where the collecting stopped.
+    [[gnu::always_inline]] bool IsQuoteOpen() const { return m_bQuoted && !m_bDone; }
+
     /// How many bytes at the beginning are in the ANSI code page.
     [[gnu::always_inline]] DWORD CountConverted() const {
         return m_pUnconverted == nullptr ? GetSize() : static_cast<DWORD>(m_pUnconverted - m_pBuff);
@@ -144,12 +147,16 @@ private:
         const unsigned char byte = m_cursor.Get();
         m_cursor.Consume();
         if (m_cursor.IsPreDelimiter(byte) && m_cursor.TakePostDelimiter()) {
+            if (m_bQuoted && m_reader.m_bKeepLineEnds)
+                return CollectLineEnd();
             m_bDone = !(m_bQuoted && m_reader.m_bQuoteNewLine);
             return true;
         }
         if (!m_bQuoted && byte == static_cast<unsigned char>(m_reader.m_cSeparator))
             return CollectByte(SCDataAccessDefine::NULL_CODE);
         if (byte < SPACE) {
+            if (m_bQuoted && m_reader.m_bKeepLineEnds && CFillCursor::IsLineEndByte(byte))
+                return CollectByte(byte);
             m_bDone = byte == SCDataAccessDefine::SUB_CODE && m_pOut != m_pBuff;
             return true;
         }
@@ -160,6 +167,13 @@ private:
             return true;
         }
         return (byte == SPACE && !m_bQuoted) || CollectByte(byte);
+    }
+
+    [[gnu::always_inline]] bool CollectLineEnd() {
+        for (const char c : {m_reader.m_cPreDelimiter, m_reader.m_cPostDelimiter})
+            if (c != SCDataAccessDefine::NULL_CODE && !CollectByte(static_cast<unsigned char>(c)))
+                return false;
+        return true;
     }
 
     [[gnu::always_inline]] bool CollectByte(unsigned char byte) {

@@ -17,7 +17,8 @@ public:
         : m_reader(reader), m_cursor(reader), m_pField(reader.m_pLineBuff.get()),
           m_ppFieldData(reader.m_ppFieldData.get()), m_pFieldLen(reader.m_pFieldLen.get()),
           m_dwFieldCntLimit(reader.m_dwFieldCntLimit), m_dwFieldSizeLimit(reader.m_dwFieldSizeLimit),
-          m_dwLimit(reader.m_dwLineSizeLimit), m_cSeparator(reader.m_cSeparator) {
+          m_dwLimit(reader.m_dwLineSizeLimit), m_cSeparator(reader.m_cSeparator),
+          m_bKeepLineEnds(reader.m_bKeepLineEnds) {
         const auto pre = static_cast<unsigned char>(reader.m_cPreDelimiter);
         const auto post = static_cast<unsigned char>(reader.m_cPostDelimiter);
         const Scan::SKernel& kernel = Scan::GetKernel();
@@ -68,8 +69,11 @@ public:
             m_cursor.HasNext();
             return false;
         }
-        if (m_cursor.TakeIf(SCDataAccessDefine::DOUBLE_QUOTATION))
-            ReadQuotedPart();
+        if (m_cursor.TakeIf(SCDataAccessDefine::DOUBLE_QUOTATION)) {
+            const LONGLONG quote = m_cursor.GetOffset() - 1;
+            if (!ReadQuotedPart())
+                m_reader.m_llOpenQuote = quote;
+        }
         if (!m_bEnded)
             ReadUnquotedPart();
         return true;
@@ -113,33 +117,57 @@ private:
     }
 
     /// Behind an opening quote, up to its closing quote, the record's line end, the end of the data or the limit.
-    [[gnu::always_inline]] void ReadQuotedPart() {
+    /// False at the last two, which leave the quote open.
+    [[gnu::always_inline]] bool ReadQuotedPart() {
+        const bool stopsAtAll = m_bKeepLineEnds && m_reader.m_cPreDelimiter > SPACE;
         bool atStart = true;
         while (m_cursor.HasNext() && m_dwCounter < m_dwLimit) {
             const unsigned char byte = m_cursor.Get();
-            if (byte > SPACE && byte != QUOTE) {
+            if (byte > SPACE && byte != QUOTE && !stopsAtAll) {
                 StoreRun(QUOTE);
                 atStart = false;
                 continue;
             }
             m_cursor.Consume();
+            if (m_bKeepLineEnds && KeepLineEnd(byte)) {
+                atStart = false;
+                continue;
+            }
             if (byte == SPACE) {
                 if (!atStart)
                     *m_pEnd++ = SPACE;
             } else if (byte == QUOTE) {
                 if (!m_cursor.TakeIf(QUOTE))
-                    return;
+                    return true;
                 Store(QUOTE);
                 atStart = false;
-            } else if (byte == TAB) {
-                Store(SPACE);
+            } else if (byte == TAB || byte > SPACE) {
+                Store(byte == TAB ? SPACE : static_cast<char>(byte));
                 atStart = false;
             } else if (!m_reader.m_bQuoteNewLine && m_cursor.IsPreDelimiter(byte) && m_cursor.TakePostDelimiter()) {
                 m_bEnded = true;
-                return;
+                return true;
             }
             ++m_dwCounter;
         }
+        return false;
+    }
+
+    /// Inside quotes: stores the line end or the byte of one that `byte`, taken already, is or begins. False when it
+    /// is neither. A line end that goes past the limit fails the read, so that none is ever cut.
+    [[gnu::always_inline]] bool KeepLineEnd(unsigned char byte) {
+        if (m_cursor.IsPreDelimiter(byte) && m_cursor.TakePostDelimiter()) {
+            m_dwCounter += m_reader.m_cPostDelimiter == 0 ? 1 : 2;
+            for (const char c : {m_reader.m_cPreDelimiter, m_reader.m_cPostDelimiter})
+                if (c != SCDataAccessDefine::NULL_CODE && !IsOverLimit())
+                    Store(c);
+            return true;
+        }
+        if (!CFillCursor::IsLineEndByte(byte))
+            return false;
+        Store(static_cast<char>(byte));
+        ++m_dwCounter;
+        return true;
     }
 
     /// A field without an opening quote, or what follows a closing one.
@@ -212,6 +240,7 @@ private:
     const DWORD m_dwLimit;
     DWORD m_dwCounter = 0; ///< bytes taken and field ends, held against the line limit
     const char m_cSeparator;
+    const bool m_bKeepLineEnds;
     bool m_bEnded = false;
     const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or where bytes play unusual parts
 };

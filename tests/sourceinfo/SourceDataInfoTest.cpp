@@ -134,6 +134,7 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
     info.SetDelimiter('\n', '\0');
     info.SetReadCharSet(CSourceDataInfo::RCS_UTF8);
     info.SetStartReadRowCnt(7);
+    info.SetKeepLineEnds(true);
     const char* own = nullptr;
     ASSERT_TRUE(info.GetFilePath(own));
     EXPECT_TRUE(info.SetCommonInfo(own, UNKNOWN));
@@ -148,6 +149,7 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
         EXPECT_EQ(std::string({pre, post}), std::string("\n\0", 2));
         EXPECT_EQ(one->GetReadCharSet(), CSourceDataInfo::RCS_UTF8);
         EXPECT_EQ(one->GetStartReadRowCnt(), 7U);
+        EXPECT_TRUE(one->GetKeepLineEnds());
         FILETIME time{};
         EXPECT_TRUE(one->GetUpDateDateTime(time));
         EXPECT_EQ(time.dwHighDateTime, written.dwHighDateTime);

@@ -24,6 +24,7 @@ public:
           m_settings(settings) {
         SetSeparator(settings.separator);
         SetDelimiter(settings.pre, settings.post);
+        m_info.SetKeepLineEnds(settings.keepLineEnds);
     }
 
     /// Describes the file at the first call only, so that later ones make just the reader's own system calls.
@@ -87,6 +88,7 @@ private:
         record.hasNext = HasNextLineData();
         record.position = GetReadPosition();
         record.failedRead = GetErrorCode() != 0;
+        record.openQuote = GetOpenQuotePosition();
     }
 
     CSettings m_settings;
@@ -108,14 +110,16 @@ inline std::string Show(const CRecord& record) {
 
 inline std::string ShowAll(const CRecord& record) {
     return Escape(Show(record)) + " raw " + Escape(record.raw) + " next " + std::to_string(record.hasNext) +
-           " position " + std::to_string(record.position) + " failed read " + std::to_string(record.failedRead);
+           " position " + std::to_string(record.position) + " failed read " + std::to_string(record.failedRead) +
+           (record.openQuote < 0 ? "" : " open quote " + std::to_string(record.openQuote));
 }
 
 inline bool AreEqual(const CRecord& expected, const CRecord& actual) {
     return expected.result == actual.result && expected.assigned == actual.assigned &&
            expected.count == actual.count && expected.hasNext == actual.hasNext &&
            expected.position == actual.position && expected.failedRead == actual.failedRead &&
-           expected.fields == actual.fields && (!expected.rawFits || expected.raw == actual.raw);
+           expected.openQuote == actual.openQuote && expected.fields == actual.fields &&
+           (!expected.rawFits || expected.raw == actual.raw);
 }
 
 /// Reads both to the end and once more, at most `maxReads` times. False, with a message, at the first difference.
@@ -142,7 +146,7 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
 
 /// The variations that every input is read with.
 inline std::vector<CSettings> Variations(bool utf8) {
-    std::vector<CSettings> all(12);
+    std::vector<CSettings> all(18);
     all[1] = {.title = "raw", .raw = true};
     all[2] = {.title = "quote-newline, raw", .quoteNewLine = true, .raw = true};
     all[3] = {.title = "LF only", .pre = '\n', .post = 0};
@@ -155,6 +159,13 @@ inline std::vector<CSettings> Variations(bool utf8) {
     // Limits that come within reach in the middle of what a kernel would take.
     all[10] = {.title = "limits of a few blocks", .maxFields = 4, .maxLine = 270, .maxField = 66};
     all[11] = {.title = "high separator and line end", .separator = '\x81', .pre = '\n', .post = '\x81'};
+    all[12] = {.title = "line ends kept, raw", .raw = true, .keepLineEnds = true};
+    all[13] = {.title = "LF only, kept, tiny limits", .pre = '\n', .post = 0, .maxLine = 5, .keepLineEnds = true};
+    all[14] = {.title = "line end NUL SUB, kept", .pre = '\0', .post = 0x1A, .keepLineEnds = true};
+    all[15] = {.title = "line end space TAB, kept", .pre = ' ', .post = '\t', .maxField = 3, .keepLineEnds = true};
+    all[16] = {.title = "line end a CR, kept, short lines", .pre = 'a', .post = '\r', .maxLine = 4};
+    all[17] = {.title = "kept, limits of a few blocks", .quoteNewLine = true, .maxLine = 270, .maxField = 66};
+    all[16].keepLineEnds = all[17].keepLineEnds = true;
     for (CSettings& settings : all)
         settings.utf8 = utf8;
     return all;

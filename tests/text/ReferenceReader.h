@@ -27,6 +27,7 @@ struct CSettings {
     std::uint32_t maxLine = 4096;
     std::uint32_t maxField = 255;
     bool utf8 = false;
+    bool keepLineEnds = false;
 };
 
 /// What one read gives. Before the read `count` holds what the caller's variable holds.
@@ -37,6 +38,7 @@ struct CRecord {
     bool hasNext = false;
     bool failedRead = false; ///< the error code is the system's
     int position = 0;
+    std::int64_t openQuote = -1;
     std::uint32_t count = 0;
     std::vector<std::string> fields;
     std::string raw;
@@ -62,6 +64,7 @@ public:
 
     void Read(CRecord& record) {
         m_exhausted = m_failedRead = false;
+        m_openQuote = -1;
         const std::size_t start = m_pos;
         record.assigned = record.rawFits = true;
         record.fields.clear();
@@ -99,11 +102,29 @@ public:
 private:
     static constexpr int tab = 0x09, sub = 0x1A, space = 0x20, quote = 0x22;
 
-    /// A field keeps a TAB until its end, so that trimming tells the space that it becomes from a real one.
-    static std::string Finish(std::string field) {
-        field.resize(field.find_last_not_of(' ') + 1);
-        std::replace(field.begin(), field.end(), '\t', ' ');
-        return field;
+    /// A field keeps a TAB until its end, so that trimming tells the space that it becomes from a real one; the bytes
+    /// of a line end that stays are marked.
+    static constexpr char16_t kept = 0x100;
+    static std::string Finish(const std::u16string& field) {
+        std::string text;
+        for (const char16_t byte : field.substr(0, field.find_last_not_of(u' ') + 1))
+            text += static_cast<char>(byte == tab ? space : byte);
+        return text;
+    }
+
+    /// Inside quotes, behind `byte`: whether it is or begins a line end that stays.
+    template <class TString>
+    bool KeepLineEnd(int byte, TString& text, char16_t mark) {
+        if (!m_settings.keepLineEnds)
+            return false;
+        const bool isWhole = IsPre(byte) && TakePost();
+        if (!isWhole && byte != '\r' && byte != '\n')
+            return false;
+        for (const int part : {byte, isWhole ? m_settings.post : 0})
+            if (part != 0)
+                text += static_cast<typename TString::value_type>(part | mark);
+        m_counter += isWhole && m_settings.post != 0;
+        return true;
     }
 
     static bool IsUtf8Page() { return Platform::GetAnsiCodePage() == Platform::CP_UTF8; }
@@ -138,6 +159,7 @@ private:
         record.hasNext = HasNext();
         record.position = m_file.empty() ? 0 : static_cast<int>(m_fillStart * 1000 / m_file.size());
         record.failedRead = m_failedRead;
+        record.openQuote = m_openQuote;
     }
 
     bool Available() {
@@ -166,7 +188,7 @@ private:
         m_counter = 0;
         m_end = false;
         while (!m_end) {
-            std::string field;
+            std::u16string field;
             if (!Available() || !ReadOneField(field)) {
                 m_end = !HasNext();
                 return m_end;
@@ -176,7 +198,7 @@ private:
                 return false;
             }
             if (record.count < m_settings.maxFields)
-                record.fields.push_back(Cut(Finish(std::move(field))));
+                record.fields.push_back(Cut(Finish(field)));
             if (!m_end && IsSeparator(Next()))
                 ++m_pos;
             ++record.count;
@@ -186,7 +208,7 @@ private:
     }
 
     /// False when SUB stands where the field would begin.
-    bool ReadOneField(std::string& field) {
+    bool ReadOneField(std::u16string& field) {
         SkipBlanks();
         if (m_end)
             return true;
@@ -216,44 +238,52 @@ private:
     }
 
     /// True when a line end has ended the record; otherwise the field goes on.
-    bool ReadQuoted(std::string& field) {
-        ++m_pos;
+    bool ReadQuoted(std::u16string& field) {
+        m_openQuote = static_cast<std::int64_t>(m_pos++);
         bool isStart = true;
         for (; m_counter < m_settings.maxLine && Available(); ++m_counter) {
             const int byte = Next();
             ++m_pos;
+            if (KeepLineEnd(byte, field, kept)) {
+                isStart = false;
+                continue;
+            }
             if (byte == quote) {
-                if (Next() != quote)
+                if (Next() != quote) {
+                    m_openQuote = -1;
                     return false;
+                }
                 ++m_pos;
             } else if (byte != tab && byte < space) {
-                if (!m_settings.quoteNewLine && IsPre(byte) && TakePost())
+                if (!m_settings.quoteNewLine && IsPre(byte) && TakePost()) {
+                    m_openQuote = -1;
                     return m_end = true;
+                }
                 continue;
             } else if (byte == space && isStart) {
                 continue;
             }
             isStart = false;
-            field += static_cast<char>(byte);
+            field += static_cast<char16_t>(byte);
         }
         return false;
     }
 
-    void ReadUnquoted(std::string& field) {
+    void ReadUnquoted(std::u16string& field) {
         while (Available()) {
             const int byte = Next();
             if (IsSeparator(byte) || m_counter >= m_settings.maxLine)
                 return;
             ++m_pos;
             if (byte > space) {
-                field += static_cast<char>(byte);
+                field += static_cast<char16_t>(byte);
             } else if (IsPre(byte)) {
                 if (TakePost()) {
                     m_end = true;
                     return;
                 }
             } else if (byte == space || byte == tab) {
-                field += static_cast<char>(byte);
+                field += static_cast<char16_t>(byte);
             } else if (byte == sub) {
                 Available();
                 m_end = true;
@@ -300,18 +330,22 @@ private:
 
     /// False when the record has more than maxLine bytes.
     bool Collect(std::string& text) {
-        bool quoted = false, done = false;
+        bool quoted = false, done = false, fits = true;
+        std::int64_t opening = -1;
         // The file is asked for the next byte even after the record's end.
-        while (Available() && !done) {
+        while (fits && Available() && !done) {
             const int byte = Next();
+            opening = quoted ? opening : static_cast<std::int64_t>(m_pos);
             ++m_pos;
-            if (!CollectByte(byte, text, quoted, done))
-                return false;
+            fits = CollectByte(byte, text, quoted, done) && text.size() <= m_settings.maxLine;
         }
-        return true;
+        m_openQuote = quoted && !done ? opening : -1;
+        return fits;
     }
 
     bool CollectByte(int byte, std::string& text, bool& quoted, bool& done) {
+        if (quoted && KeepLineEnd(byte, text, 0))
+            return true;
         if (IsPre(byte) && TakePost()) {
             done = !(quoted && m_settings.quoteNewLine);
             return true;
@@ -345,6 +379,7 @@ private:
     std::size_t m_fillEnd = 0;
     bool m_exhausted = false; ///< a read has failed or given nothing: this record gets no more bytes
     bool m_failedRead = false;
+    std::int64_t m_openQuote = -1;
     std::uint32_t m_counter = 0; ///< bytes and field ends of the record so far
     bool m_end = false;          ///< the record's end has been met
 };

@@ -61,6 +61,7 @@ protected:
 
 constexpr CSettings quoteNewLine{.quoteNewLine = true};
 constexpr CSettings lineOf4{.maxLine = 4};
+constexpr CSettings keepLineEnds{.keepLineEnds = true};
 
 TEST_F(CTables, RecordsInTheCodePage) {
     Check(
@@ -74,6 +75,7 @@ TEST_F(CTables, RecordsInTheCodePage) {
             {"a TAB inside quotes", "\" \ta \t\"\r\n", {"+1: a  ", "+0:"}},
             {"a line end inside quotes ends the record", "\"a\r\nb\",c\r\n", {"+1:a", "+2:b\"|c", "+0:"}},
             {"a line end inside quotes, dropped", "\"a\r\nb\",c\r\n", {"+2:ab|c", "+0:"}, quoteNewLine},
+            {"kept", "\"a\r\n b\rc\n\",\"\t\r\n\",d\re\r\n", {"+3:a\r\n b\rc\n| \r\n|de", "+0:"}, keepLineEnds},
             {"SUB at a field's start",
              "a,\x1A"
              "b\r\n",
@@ -112,6 +114,7 @@ TEST_F(CTables, RecordsThatAreConverted) {
              "b",
              {"+1:a", "+2:|", "+1:b"}},
             {"a line end inside quotes, dropped", "\"a\r\nb\",c\r\n", {"+2:ab|c"}, quoteNewLine},
+            {"kept", "\"a\r\nb\rc\n\",\"\t\r\n\",d\re\r\n", {"+3:a\r\nb\rc\n|\r\n|de"}, keepLineEnds},
             {"Japanese", "\xE3\x81\x82\xE3\x82\xBD,\xEF\xBD\xB1\r\n", {"+2:\x82\xA0\x83\x5C|\xB1"}},
             {"no form in the page, and invalid",
              "\xC3\xA9\xE3\x80\x9C\xF0\x9F\x98\x80,\xE3\x81,\xFF",
