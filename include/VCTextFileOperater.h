@@ -48,7 +48,8 @@ public:
     /// False, with nothing changed, for more than 64000 bytes.
     bool SetStream(int iDescriptor, const char* pHead, DWORD dwHeadSize);
 
-    /// True until a refill has been tried at the end of the file. Reads nothing.
+    /// True until a refill has been tried at the end of the file. Reads nothing. A file that has become shorter since
+    /// FileOpen ends where it does now; the read that meets that end sets the error code 38.
     bool HasNextLineData() override;
 
     /// Goes back to the first byte; a byte-order mark is then data. On failure returns false, nothing moved.

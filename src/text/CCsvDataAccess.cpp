@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "platform/codepage/Transcode.h"
+#include "platform/files/Files.h"
 #include "scan/Kernel.h"
 #include "text/CRecordCollector.h"
 #include "text/CRecordScan.h"
@@ -95,7 +96,8 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
     }
     scan.Leave();
     dwCount = fields;
-    return _FinishRecord(complete || !HasNextLineData(), ppData, pLen, pRecord, dwRecordSize);
+    const bool isAtEnd = !HasNextLineData() && m_dwErrorCode != Platform::ERROR_HANDLE_EOF;
+    return _FinishRecord(complete || isAtEnd, ppData, pLen, pRecord, dwRecordSize);
 }
 
 void CCsvDataAccess::_StartRecord(bool bKeepRecord) {

@@ -126,6 +126,11 @@ bool VCTextFileOperater::HasNextSrcData() {
         SetCsvDataAccessErrorCode();
         return false;
     }
+    // Others may have made the file shorter: what it was to bring would be waited for again and again.
+    if (m_dwReadSize == 0 && m_llReadOffset < m_llFileSize) {
+        m_llFileSize = m_llReadOffset;
+        m_dwErrorCode = ERROR_HANDLE_EOF;
+    }
     return m_dwReadSize != 0;
 }
 

@@ -1,9 +1,11 @@
 // The text readers when the system fails them.
 #include "support/Faults.h"
+#include "CFixDataAccess.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
 #include <cerrno>
+#include <filesystem>
 
 namespace NSTQ::Tests {
 namespace {
@@ -48,6 +50,29 @@ TEST_P(CTextFaults, FailedReads) {
         });
         EXPECT_GE(failures, 4U) << settings.title;
         EXPECT_EQ(Faults::OpenDescriptors(), open) << "one file, however often it was opened";
+    }
+}
+
+TEST_P(CTextFaults, AFileThatBecomesShorterEnds) {
+    NSTQCore::CSourceDataInfo info;
+    info.SetCommonInfo(m_path.c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
+    info.SetReadCharSet(GetParam() ? NSTQCore::CSourceDataInfo::RCS_UTF8 : NSTQCore::CSourceDataInfo::RCS_ANSI);
+    info.SetFixColLen({9});
+    NSTQCore::CCsvDataAccess delimited(9, 4096, 255);
+    NSTQCore::CFixDataAccess fixed(9, 4096, 255, &info);
+    for (NSTQCore::IDataAccess* reader : std::initializer_list<NSTQCore::IDataAccess*>{&delimited, &fixed}) {
+        m_folder.WriteFile("fault.csv", m_text);
+        ASSERT_TRUE(reader->FileOpen(&info));
+        std::filesystem::resize_file(m_path, 100000);
+        const char** fields = nullptr;
+        const NSTQ::WORD* lengths = nullptr;
+        NSTQ::DWORD count = 0, rows = 0;
+        for (; reader->HasNextLineData() && rows < 50000; ++rows) {
+            EXPECT_EQ(reader->GetErrorCode(), 0U) << rows;
+            reader->GetLineData(fields, lengths, count);
+        }
+        EXPECT_LT(rows, 50000U);
+        EXPECT_EQ(reader->GetErrorCode(), 38U);
     }
 }
 

@@ -70,11 +70,8 @@ bool CRowPump::WriteFirstRowAsNames() {
 CRowPump::EOutcome CRowPump::ReadRow() {
     m_llRowStart = m_reader.GetPosition();
     const bool complete = ReadRecord();
-    if (m_llRecordSize == 0) {
-        if (m_rows.HasNextLineData())
-            throw CFailure(ES_UNSUPPORTED, m_options.strFile, "the file became shorter while it was read; try again");
+    if (m_llRecordSize == 0)
         return RO_END;
-    }
     if (m_ppFields == nullptr) {
         SkipRestOfRow();
         return RO_TOO_LONG;

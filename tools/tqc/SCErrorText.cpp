@@ -17,6 +17,7 @@ constexpr SErrorText ERROR_TEXTS[] = {
     {6, "it is not open"},
     {19, "the file system is read-only"},
     {32, "another program holds it"},
+    {38, "the file became shorter while it was read; try again"},
     {50, "not a file that can be read"},
     {SCErrorText::CODE_BROKEN_PIPE, "its reader went away"},
     {112, "no space left on the device"},
