@@ -2,6 +2,7 @@
 
 #include "AdoObjects.h"
 #include "CSourceDataInfo.h"
+#include "FieldText.h"
 #include "platform/codepage/Transcode.h"
 
 #include <algorithm>
@@ -47,50 +48,6 @@ std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwF
     return BstrView(converted.Value().bstrVal);
 }
 
-unsigned char FindLowest(const char* text, std::size_t length) {
-    unsigned char lowest = 0xFF;
-    for (std::size_t i = 0; i < length; ++i)
-        lowest = std::min(lowest, static_cast<unsigned char>(text[i]));
-    return lowest;
-}
-
-/// Cleans a text without control bytes, which has only spaces at its ends to lose.
-std::size_t TrimText(char* text, std::size_t length, bool bSkipLeading) {
-    while (length > 0 && text[length - 1] == SCDataAccessDefine::SPACE_CODE)
-        --length;
-    const char* const from =
-        bSkipLeading ? std::find_if(text, text + length, [](char c) { return c != SCDataAccessDefine::SPACE_CODE; })
-                     : text;
-    const auto kept = static_cast<std::size_t>(text + length - from);
-    if (from != text)
-        std::memmove(text, from, kept);
-    return kept;
-}
-
-/// Cleans a text where it stands and returns its new length.
-std::size_t CleanText(char* text, std::size_t length, bool bSkipLeading) {
-    const unsigned char lowest = FindLowest(text, length);
-    if (lowest > static_cast<unsigned char>(SCDataAccessDefine::SPACE_CODE))
-        return length;
-    if (lowest == static_cast<unsigned char>(SCDataAccessDefine::SPACE_CODE))
-        return TrimText(text, length, bSkipLeading);
-    const auto isAbove = [](char c) { return static_cast<unsigned char>(c) > 0x20; };
-    const char* from = bSkipLeading ? std::find_if(text, text + length, isAbove) : text;
-    char* to = text;
-    std::size_t spaces = 0;
-    for (const char* const end = text + length; from != end; ++from) {
-        if (*from == SCDataAccessDefine::SPACE_CODE) {
-            ++spaces;
-        } else if (isAbove(*from) || *from == SCDataAccessDefine::TAB_CODE) {
-            spaces = 0;
-        } else {
-            continue;
-        }
-        *to++ = *from == SCDataAccessDefine::TAB_CODE ? SCDataAccessDefine::SPACE_CODE : *from;
-    }
-    return static_cast<std::size_t>(to - text) - spaces;
-}
-
 [[noreturn]] void FailWithOverflow(const char* what, DWORD dwField) {
     throw _com_error(DB_E_DATAOVERFLOW,
                      std::string(what) + " does not fit its buffer, at column " + std::to_string(dwField + 1));
@@ -132,6 +89,8 @@ CADOOperater::~CADOOperater() {
 
 bool CADOOperater::FileOpen(const CSourceDataInfo* pInfo) {
     InitialErrorRet();
+    m_lCutColumn = -1;
+    m_bKeepLineEnds = pInfo != nullptr && pInfo->GetKeepLineEnds();
     try {
         return pInfo != nullptr && _OpenConnection(*pInfo) && _OpenRecordset(*pInfo);
     } catch (const _com_error& error) {
@@ -198,6 +157,7 @@ bool CADOOperater::HasNextLineData() {
 
 bool CADOOperater::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
     InitialErrorCode();
+    m_lCutColumn = -1;
     if (!HasNextLineData())
         return false;
     _Recordset& recordset = *m_pAdo->pRecordset.Get();
@@ -207,9 +167,11 @@ bool CADOOperater::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& d
     std::size_t offset = 0;
     for (DWORD i = 0; i < m_dwFieldCnt && !isNull; ++i) {
         const VARIANT& value = GetColumn(recordset, i).GetValue();
-        const auto text =
-            ConvertWideToAnsi(GetText(value, m_pAdo->converted, i), m_pFieldBuff.get(), m_dwMaxFieldSize);
-        offset = _StoreField(i, offset, CleanText(m_pFieldBuff.get(), text.length, true), 0);
+        const SFieldText text = MakeFieldText(GetText(value, m_pAdo->converted, i), m_pFieldBuff.get(),
+                                              m_dwMaxFieldSize, m_bKeepLineEnds);
+        if (text.isCut && m_lCutColumn < 0)
+            m_lCutColumn = static_cast<LONG>(i);
+        offset = _StoreField(i, offset, text.length, 0);
     }
     recordset.MoveNext();
     ++m_dwReadRowCnt;
@@ -226,7 +188,7 @@ bool CADOOperater::GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD&
                                             std::size_t{m_dwMaxFieldSize} + 1);
         if (!name.isComplete)
             FailWithOverflow("a column name", i);
-        offset = _StoreField(i, offset, CleanText(m_pFieldBuff.get(), name.length, false), 1);
+        offset = _StoreField(i, offset, CleanName(m_pFieldBuff.get(), name.length), 1);
     }
     dwCount = m_dwFieldCnt;
     ppData = m_ppFieldData.get();
@@ -284,6 +246,10 @@ LONG CADOOperater::GetErrorRet() {
 
 const char* CADOOperater::GetErrorDescription() {
     return m_pAdo->failure ? m_pAdo->failure->Description() : "";
+}
+
+LONG CADOOperater::GetCutColumn() const {
+    return m_lCutColumn;
 }
 
 int CADOOperater::GetReadPosition() {

@@ -48,7 +48,9 @@ struct Opened {
     CADOOperater reader;
     Handed row, names;
 
-    explicit Opened(DWORD columns = 2, DWORD line = 99, DWORD field = 20) : reader(columns, line, field) {
+    explicit Opened(DWORD columns = 2, DWORD line = 99, DWORD field = 20, bool keepLineEnds = false)
+        : reader(columns, line, field) {
+        info->SetKeepLineEnds(keepLineEnds);
         EXPECT_TRUE(reader.FileOpen(info.get()));
     }
     HRESULT Read() {
@@ -238,6 +240,9 @@ TEST_F(Reader, ValuesBecomeCutAndCleanedTexts) {
         DWORD limit;
         std::string text;
         unsigned page = 932;
+        bool isCut = false;
+        std::string kept = text; ///< with line ends kept
+        bool isKeptCut = isCut;
     } cases[] = {
         {Null{}, 10, ""},
         {12.5, 10, "12.5"},
@@ -245,35 +250,46 @@ TEST_F(Reader, ValuesBecomeCutAndCleanedTexts) {
         {u"", 10, ""},
         {u"  ab  ", 10, "ab"},
         {u"a\tb", 10, "a b"},
-        {u"ab\r\ncd", 10, "abcd"},
+        {u"ab\r\ncd", 10, "abcd", 932, false, "ab\r\ncd"},
         {u"ab  \t", 10, "ab   "},
-        {u"ab \r ", 10, "ab"},
+        {u"ab \r ", 10, "ab", 932, false, "ab \r"},
         {u"   ", 10, ""},
         {u"\u0001\u001F", 10, ""},
-        {u"\t\n x\t", 10, "x "},
+        {u"\t\n x\t", 10, "x ", 932, false, "\n x "},
+        {u" \u0001\t      x\u0001y", 10, "x", 932, true, "xy", false},
+        {u" \t                    x", 10, "", 932, true, "x", false},
+        {u"x\u0001                    ", 10, "x"},
+        {u"x                     \n", 10, "x", 932, false, "x", true},
+        {u"12345678\r\n", 9, "12345678", 932, false, "12345678\r", true},
+        {u"123456789abc\tdefghijk\rl        ", 99, "123456789abc defghijkl", 932, false, "123456789abc defghijk\rl"},
+        {u"\u3042\u3042\n\u3042\u3042", 10, "\x82\xA0\x82\xA0\x82\xA0\x82\xA0", 932, false,
+         "\x82\xA0\x82\xA0\n\x82\xA0\x82\xA0"},
         {std::u16string(u"a\0b", 3), 10, "ab"},
-        {u"123456789012345", 10, "1234567890"},
-        {u"12345678  345", 10, "12345678"},
-        {u"  345678901234", 10, "34567890"},
-        {u"123456789\u3042", 10, "123456789"},
+        {u"123456789012345", 10, "1234567890", 932, true},
+        {u"12345678  345", 10, "12345678", 932, true},
+        {u"  345678901234", 10, "34567890", 932, true, "3456789012"},
+        {u"123456789\u3042", 10, "123456789", 932, true},
         {u"12345678\u3042", 10, "12345678\x82\xA0"},
-        {u"12345678\u3042x", 10, "12345678\x82\xA0"},
-        {u"\u3042\u3042", 1, ""},
-        {u"\u3042", 0, ""},
+        {u"12345678\u3042x", 10, "12345678\x82\xA0", 932, true},
+        {u"\u3042\u3042", 1, "", 932, true},
+        {u"\u3042", 0, "", 932, true},
         {u"\uFF3C\u8868", 10, "\x81\x5F\x95\x5C"},
         {u"a\u00E9\U0001F600", 10, "ae??"},
         {u"\u00E9\u0E01", 10, "\xE9?", 1252},
-        {u"ab\u00E9", 3, "ab", 65001},
-        {u"a\U0001F600", 4, "a", 65001},
+        {u"ab\u00E9", 3, "ab", 65001, true},
+        {u"a\U0001F600", 4, "a", 65001, true},
         {u"a\U0001F600", 5, "a\xF0\x9F\x98\x80", 65001},
-        {-1234567.25, 4, "-123"},
+        {-1234567.25, 4, "-123", 932, true},
     };
     for (const auto& c : cases) {
         SetAnsiCodePage(c.page);
-        script.table = {{u"A", u"B"}, {{c.value, u"next"}}};
-        Opened opened(2, 99, c.limit);
-        ASSERT_EQ(opened.Read(), 0);
-        EXPECT_EQ(opened.row.Texts(), (Row{c.text, "next"s.substr(0, c.limit)}));
+        script.table = {{u"A", u"B"}, {{u"", c.value}}};
+        for (const bool keep : {false, true}) {
+            Opened opened(2, 99, c.limit, keep);
+            ASSERT_EQ(opened.Read(), 0);
+            EXPECT_EQ(opened.row.Texts(), (Row{"", keep ? c.kept : c.text}));
+            EXPECT_EQ(opened.reader.GetCutColumn(), (keep ? c.isKeptCut : c.isCut) ? 1 : -1) << c.text;
+        }
     }
     script.table.rows = {{1.0, ErrorValue{}}};
     Opened opened;
