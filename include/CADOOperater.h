@@ -6,8 +6,8 @@
 // TAB becomes a space, other control bytes vanish, and trailing spaces go, except those that a TAB became or that
 // stand before one. All texts of a row stand in one line buffer; reading allocates nothing for a row or a cell.
 //
-// With CSourceDataInfo::SetKeepLineEnds the bytes CR and LF are content and stay as they are, anywhere in a value, and
-// a text is cleaned before it is cut, so that only what is handed out takes room. Names are not concerned.
+// With CSourceDataInfo::SetKeepLineEnds the bytes CR and LF are content and stay as they are, anywhere in a value,
+// and a text is cleaned before it is cut, so that only what is handed out takes room. Names are not concerned.
 //
 // Failures: FileOpen and FileClose report them as false; after FileOpen GetErrorRet gives the HRESULT and
 // GetErrorDescription the reason in words, and GetErrorCode is always 0. HasNextLineData, GetLineData and
@@ -60,8 +60,8 @@ public:
     /// the number of columns, which is never above dwMaxFieldCnt.
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
 
-    /// Which column of the last row read, counted from 0, is the first whose value was cut so that more than blanks and
-    /// control bytes is missing; -1 when none is. The values behind it may be cut as well.
+    /// Which column of the last row read, counted from 0, is the first whose value was cut so that more than blanks
+    /// and control bytes is missing; -1 when none is. The values behind it may be cut as well.
     LONG GetCutColumn() const;
 
     /// The column names, in the form and the buffers of a row, but each length counts the NUL too, and leading blanks

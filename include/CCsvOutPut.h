@@ -1,9 +1,10 @@
 // CCsvOutPut: writes rows as CSV.
 //
 // Rows come in the shape in which the readers hand them out. Texts are bytes in the ANSI code page and are written
-// as they are: a field that holds the separator or a quote is enclosed in quotes and its quotes are doubled;
-// nothing else (blanks, line ends, control bytes) causes quoting. Output is held back in a buffer of 64000 bytes and
-// written when the next piece would not fit, and at FileClose. The writer owns its buffer and file; one thread.
+// as they are: a field that holds the separator or a quote is enclosed in quotes and its quotes are doubled; with
+// SetQuoteLineEnds one that holds a line end is, too. Nothing else (blanks, control bytes) causes quoting. Output is
+// held back in a buffer of 64000 bytes and written when the next piece would not fit, and at FileClose. The writer
+// owns its buffer and file; one thread.
 //
 // A failed write loses the bytes that were waiting; the row in hand then returns false and GetErrorCode tells why.
 // Where an operation cannot report it (the line end, FileClose), only the error code does, so look at it after
@@ -53,6 +54,9 @@ public:
     void SetSeparator(char cSeparator);
     /// The line end; CR and LF at first. 0 as the second byte makes a line end of one byte.
     void SetDelimiter(char cPre, char cPost);
+    /// Whether a field with a CR, an LF or the first byte of the line end is enclosed in quotes; off at first, when
+    /// such a field splits its row for whoever reads it. Kept across files.
+    void SetQuoteLineEnds(bool bQuote);
     DWORD GetErrorCode();
 
 protected:
@@ -75,6 +79,7 @@ private:
     char m_cSeparator = SCDataAccessDefine::CAMMA_CODE;
     char m_cPreDelimiter = SCDataAccessDefine::CR_CODE;
     char m_cPostDelimiter = SCDataAccessDefine::LF_CODE;
+    bool m_bQuoteLineEnds = false;
     HANDLE m_hFile = nullptr;
     DWORD m_dwErrorCode = 0;
 };

@@ -80,7 +80,8 @@ bool CCsvOutPut::WriteLineData(const char* const* ppData, const WORD* pLen, DWOR
 /// Writes the fields from number `dwField` on that a kernel can place in the buffer; returns the number of the next.
 DWORD CCsvOutPut::WriteFields(const char* const* ppData, const WORD* pLen, DWORD dwField, DWORD dwCount) {
     const Scan::SKernel& kernel = Scan::GetKernel();
-    if (kernel.pWriteFields == nullptr)
+    const auto pre = static_cast<unsigned char>(m_cPreDelimiter);
+    if (kernel.pWriteFields == nullptr || (m_bQuoteLineEnds && pre >= SCDataAccessDefine::SPACE_CODE))
         return dwField;
     char* const buffer = m_pWriteBuff.get();
     Scan::SRow row{.ppData = ppData,
@@ -89,7 +90,9 @@ DWORD CCsvOutPut::WriteFields(const char* const* ppData, const WORD* pLen, DWORD
                    .dwField = dwField,
                    .pOut = buffer + m_dwWriteSize,
                    .pEnd = buffer + SCDataAccessDefine::WRITE_BUFF_SIZE,
-                   .cSeparator = static_cast<unsigned char>(m_cSeparator)};
+                   .cSeparator = static_cast<unsigned char>(m_cSeparator),
+                   .bQuoteLineEnds = m_bQuoteLineEnds,
+                   .cPre = pre};
     kernel.pWriteFields(row);
     m_dwWriteSize = static_cast<DWORD>(row.pOut - buffer);
     return row.dwField;
@@ -98,9 +101,10 @@ DWORD CCsvOutPut::WriteFields(const char* const* ppData, const WORD* pLen, DWORD
 bool CCsvOutPut::WriteField(const char* pField, WORD wLength) {
     constexpr char quote = SCDataAccessDefine::DOUBLE_QUOTATION;
     const auto has = [=](char c) { return wLength > 0 && std::memchr(pField, c, wLength) != nullptr; };
-    const bool hasSeparator = has(m_cSeparator);
     const bool hasQuote = has(quote);
-    if (!hasSeparator && !hasQuote)
+    const bool hasLineEnd = m_bQuoteLineEnds && (has(SCDataAccessDefine::CR_CODE) ||
+                                                 has(SCDataAccessDefine::LF_CODE) || has(m_cPreDelimiter));
+    if (!hasQuote && !hasLineEnd && !has(m_cSeparator))
         return CopyWriteBuff(pField, wLength);
     return CopyWriteBuff(&quote, 1) && (hasQuote ? WriteDoubled(pField, wLength) : CopyWriteBuff(pField, wLength)) &&
            CopyWriteBuff(&quote, 1);
@@ -192,6 +196,10 @@ void CCsvOutPut::SetSeparator(char cSeparator) {
 void CCsvOutPut::SetDelimiter(char cPre, char cPost) {
     m_cPreDelimiter = cPre;
     m_cPostDelimiter = cPost;
+}
+
+void CCsvOutPut::SetQuoteLineEnds(bool bQuote) {
+    m_bQuoteLineEnds = bQuote;
 }
 
 DWORD CCsvOutPut::GetErrorCode() {

@@ -104,6 +104,7 @@ public:
     }
     [[gnu::always_inline]] void Store(char* to) const { _mm512_storeu_si512(to, m_bytes); }
     [[gnu::always_inline]] Mask Find(Bytes byte) const { return _mm512_cmpeq_epi8_mask(m_bytes, byte); }
+    [[gnu::always_inline]] Mask FindControls() const { return _mm512_cmplt_epu8_mask(m_bytes, Repeat(' ')); }
 
 private:
     __m512i m_bytes;

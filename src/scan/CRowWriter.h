@@ -1,6 +1,6 @@
 // Fields of CSV rows copied and looked through in the same pass.
 //
-// A field is copied in chunks as if it were bare. Where a chunk holds the separator or a quote, the field begins
+// A field is copied in chunks as if it were bare. Where a chunk holds a byte for which it needs quotes, it begins
 // again in quotes; a quote inside is doubled by copying the rest of the chunk once more from it on, one byte further.
 //
 // Invariant: from the start of the row's bytes to m_pOut stands what the plain writer would have written.
@@ -15,9 +15,24 @@ template <class TChunk>
 class CRowWriter {
 public:
     [[gnu::always_inline]] explicit CRowWriter(const SRow& row)
-        : m_separators(TChunk::Repeat(row.cSeparator)), m_quotes(TChunk::Repeat(QUOTE)), m_pOut(row.pOut) {}
+        : m_separators(TChunk::Repeat(row.cSeparator)), m_quotes(TChunk::Repeat(QUOTE)), m_cPre(row.cPre),
+          m_pOut(row.pOut) {}
 
     [[gnu::always_inline]] void Write(SRow& row) {
+        if (row.bQuoteLineEnds)
+            WriteFields<true>(row);
+        else
+            WriteFields<false>(row);
+    }
+
+private:
+    static constexpr unsigned char QUOTE = '"';
+    static constexpr std::ptrdiff_t CHUNK = TChunk::SIZE;
+    /// What a field may need besides its bytes: separator, quotes and the rest of two chunks.
+    static constexpr std::ptrdiff_t SLACK = 3 + 2 * CHUNK;
+
+    template <bool quoteLineEnds>
+    [[gnu::always_inline]] void WriteFields(SRow& row) {
         for (; row.dwField < row.dwFields; ++row.dwField) {
             const std::ptrdiff_t size = row.pLen[row.dwField];
             const std::ptrdiff_t room = row.pEnd - m_pOut - SLACK;
@@ -28,7 +43,7 @@ public:
             char* const start = m_pOut;
             *m_pOut = static_cast<char>(row.cSeparator);
             m_pOut += row.dwField > 0 ? 1 : 0;
-            if (CopyBare(field, size))
+            if (CopyBare<quoteLineEnds>(field, size))
                 continue;
             m_pOut = start + (row.dwField > 0 ? 1 : 0);
             if (2 * size > room) {
@@ -40,30 +55,37 @@ public:
         row.pOut = m_pOut;
     }
 
-private:
-    static constexpr unsigned char QUOTE = '"';
-    static constexpr std::ptrdiff_t CHUNK = TChunk::SIZE;
-    /// What a field may need besides its bytes: separator, quotes and the rest of two chunks.
-    static constexpr std::ptrdiff_t SLACK = 3 + 2 * CHUNK;
-
     /// Whether the bytes behind a field's end are in memory for sure, as far as the loads go.
     [[gnu::always_inline]] static bool IsReadablePast(const char* end) {
         constexpr std::uintptr_t page = 4096;
         return (reinterpret_cast<std::uintptr_t>(end) - 1) % page < page - 2 * CHUNK;
     }
 
+    /// Whether there are bytes among the first `count` for which a field needs quotes.
+    template <bool quoteLineEnds>
+    [[gnu::always_inline]] bool NeedsQuotes(const TChunk& chunk, std::ptrdiff_t count) const {
+        Mask special = chunk.Find(m_separators) | chunk.Find(m_quotes);
+        if constexpr (quoteLineEnds) {
+            if ((chunk.FindControls() & UpTo(count)) != 0) [[unlikely]]
+                special |= chunk.Find(TChunk::Repeat('\r')) | chunk.Find(TChunk::Repeat('\n')) |
+                           chunk.Find(TChunk::Repeat(m_cPre));
+        }
+        return (special & UpTo(count)) != 0;
+    }
+
     /// False, somewhere inside the field, when it needs quotes.
+    template <bool quoteLineEnds>
     [[gnu::always_inline]] bool CopyBare(const char* from, std::ptrdiff_t left) {
         for (; left > CHUNK; from += CHUNK, left -= CHUNK, m_pOut += CHUNK) {
             const TChunk chunk = TChunk::Load(from, CHUNK);
             chunk.Store(m_pOut);
-            if ((chunk.Find(m_separators) | chunk.Find(m_quotes)) != 0)
+            if (NeedsQuotes<quoteLineEnds>(chunk, CHUNK))
                 return false;
         }
         const TChunk chunk = TChunk::Load(from, left);
         chunk.Store(m_pOut);
         m_pOut += left;
-        return ((chunk.Find(m_separators) | chunk.Find(m_quotes)) & UpTo(left)) == 0;
+        return !NeedsQuotes<quoteLineEnds>(chunk, left);
     }
 
     [[gnu::always_inline]] void CopyQuoted(const char* from, std::ptrdiff_t left) {
@@ -89,6 +111,7 @@ private:
 
     const typename TChunk::Bytes m_separators;
     const typename TChunk::Bytes m_quotes;
+    const unsigned char m_cPre;
     char* m_pOut;
 };
 

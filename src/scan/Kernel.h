@@ -98,6 +98,8 @@ struct SRow {
     char* pOut;    ///< where it goes; afterwards behind what was written
     char* pEnd;    ///< the end of the buffer; all bytes up to it may be overwritten
     unsigned char cSeparator;
+    bool bQuoteLineEnds; ///< whether CR, LF and cPre need quotes
+    unsigned char cPre;  ///< below the space, when they do
 };
 
 /// The functions are null in the scalar kernel.

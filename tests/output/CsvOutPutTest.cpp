@@ -5,6 +5,7 @@
 #include "support/TempFolder.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <random>
@@ -29,8 +30,8 @@ bool WriteRow(CCsvOutPut& writer, const std::vector<std::string>& fields) {
 }
 
 /// What the writer should make of a field, written down the plain way.
-std::string Expected(const std::string& field, char separator) {
-    if (field.find_first_of(std::string{'"', separator}) == std::string::npos)
+std::string Expected(const std::string& field, char separator, const std::string& lineEnds = "") {
+    if (field.find_first_of(std::string{'"', separator} + lineEnds) == std::string::npos)
         return field;
     std::string text = "\"";
     for (const char c : field)
@@ -83,11 +84,15 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
         for (const char separator : {',', '\t', '"', '\0', '\x81', 'a'}) {
             ASSERT_TRUE(m_writer.FileOpen(m_folder.Path("out.csv").c_str()));
             m_writer.SetSeparator(separator);
-            const std::string bytes = std::string("aab,\"\t \x81\r", 9) + separator + '\0';
+            const char pre = std::array{'\r', '\x1F', 'b'}[random() % 3];
+            m_writer.SetDelimiter(pre, '\n');
+            const std::string lineEnds = random() % 3 == 0 ? "" : std::string("\r\n") + pre;
+            m_writer.SetQuoteLineEnds(!lineEnds.empty());
+            const std::string bytes = std::string("aab,\"\t \x81\r\n\x1F", 11) + separator + '\0';
             std::string expected;
             while (expected.size() < 300000) {
                 std::vector<std::string> fields(random() % 9);
-                const unsigned specials = random() % 3 == 0 ? 11 : 2;
+                const unsigned specials = random() % 3 == 0 ? 13 : 2;
                 for (std::string& field : fields)
                     for (std::size_t left = random() % (random() % 999 == 0  ? 65536
                                                         : random() % 16 == 0 ? 600
@@ -97,13 +102,14 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
                 std::vector<const char*> data;
                 std::vector<WORD> lengths;
                 for (const std::string& field : fields) {
-                    expected += (data.empty() ? "" : std::string(1, separator)) + Expected(field, separator);
+                    expected +=
+                        (data.empty() ? "" : std::string(1, separator)) + Expected(field, separator, lineEnds);
                     data.push_back(field.empty()              ? nullptr
                                    : &field == &fields.back() ? last.Put(field)
                                                               : field.data());
                     lengths.push_back(static_cast<WORD>(field.size()));
                 }
-                expected += "\r\n";
+                expected += {pre, '\n'};
                 ASSERT_TRUE(m_writer.WriteLineData(data.data(), lengths.data(), static_cast<DWORD>(data.size())));
             }
             ASSERT_TRUE(Written() == expected) << NSTQ::Scan::GetKernel().pName << ' ' << static_cast<int>(separator);
