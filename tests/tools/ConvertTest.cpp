@@ -225,6 +225,8 @@ TEST_F(Convert, WorkbooksListAndConvert) {
          "not a worksheet but a styleSheet; the others are listed", 5},
         {"list wide.xlsx", "", "name\trows\tcolumns\nSheet1\t1\t16384\n"},
         {"wide.xlsx", "", "x" + std::string(16'383, ',') + "x\r\n"},
+        {"lines.xlsx", "", "\"l1\nl2\"\r\nx\r\n\"" + std::string(65'533, 'x') + "\n\n\"\r\n",
+         "row 3: field 1 has more than 65535 bytes, cut", 1},
     };
     parts.strWorkbookPart =
         "<workbook xmlns:r='" + std::string(officeNamespace) +
@@ -240,6 +242,10 @@ TEST_F(Convert, WorkbooksListAndConvert) {
     m_folder.WriteFile("long.xlsx", other.File());
     other.strRows = "<row><c r='A1' t='str'><v>x</v></c><c r='XFD1' t='str'><v>x</v></c></row>";
     m_folder.WriteFile("wide.xlsx", other.File());
+    const std::string cell = "<row><c t='str'><v>", end = "</v></c></row>";
+    other.strRows = cell + " l1\nl2 " + end + cell + Repeat(" ", 70'000) + "x" + end + cell + Repeat("x", 65'533) +
+                    "\n\n\nx" + end;
+    m_folder.WriteFile("lines.xlsx", other.File());
     Check(cases);
 }
 

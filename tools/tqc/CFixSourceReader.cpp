@@ -46,10 +46,10 @@ void CFixSourceReader::TakeRestOfLine(const WORD* pLen) {
         SkipPastLineEnd();
 }
 
-const SRowFault* CFixSourceReader::GetFault() const {
-    static constexpr SRowFault fault{ES_UNSUPPORTED, "text behind the last column", "left out",
-                                     "; try greater or more --widths"};
-    return m_bTextLeftOut ? &fault : nullptr;
+std::optional<SRowFault> CFixSourceReader::GetFault() const {
+    if (!m_bTextLeftOut)
+        return std::nullopt;
+    return SRowFault{ES_UNSUPPORTED, "text behind the last column", "left out", "; try greater or more --widths"};
 }
 
 /// The byte before the next one to be read.

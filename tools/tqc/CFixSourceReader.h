@@ -26,7 +26,7 @@ public:
     /// As the base's, but false with the row's fields, or none, when an end-of-file mark ended it before the file's
     /// end, and true without fields for a mark that stands alone at the end.
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
-    const SRowFault* GetFault() const override;
+    std::optional<SRowFault> GetFault() const override;
 
 private:
     bool OnReread() override;

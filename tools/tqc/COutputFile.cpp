@@ -8,6 +8,7 @@ namespace NSTQ::Tool {
 COutputFile::COutputFile(const SOptions& options, const std::string& name) : m_target(name) {
     m_writer.SetSeparator(options.cOutputSeparator);
     m_writer.SetDelimiter(options.outputLineEnd.cPre, options.outputLineEnd.cPost);
+    m_writer.SetQuoteLineEnds(true);
     // Before the writer opens the same descriptor, which then stands behind the mark.
     if (options.bAddMark)
         m_target.Write(reinterpret_cast<const char*>(SCDataAccessDefine::BOM_UTF8),

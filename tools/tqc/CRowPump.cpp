@@ -8,6 +8,11 @@
 #include <algorithm>
 
 namespace NSTQ::Tool {
+namespace {
+
+constexpr const char* OPEN_QUOTE_HINT = "; try --no-quote-newline";
+
+} // namespace
 
 CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter)
     : m_options(options), m_reader(reader), m_rows(reader.Rows()),
@@ -59,7 +64,8 @@ bool CRowPump::WriteFirstRowAsNames() {
     if (outcome == RO_TOO_LONG)
         throw CFailure(ES_LIMIT, m_options.strFile,
                        "its first row, which --header takes for names, has " +
-                           std::to_string(m_options.dwMaxLineSize) + " bytes or more");
+                           std::to_string(m_options.dwMaxLineSize) + " bytes or more" +
+                           (m_llOpenQuote >= 0 ? ": " + DescribeOpenQuote() + OPEN_QUOTE_HINT : ""));
     m_ullRow = m_ullHeaderRows = 1;
     std::vector<std::string> names;
     for (DWORD i = 0; i < std::min(m_dwCount, m_options.dwMaxFields + 1); ++i)
@@ -70,6 +76,7 @@ bool CRowPump::WriteFirstRowAsNames() {
 CRowPump::EOutcome CRowPump::ReadRow() {
     m_llRowStart = m_reader.GetPosition();
     const bool complete = ReadRecord();
+    m_llOpenQuote = m_reader.GetOpenQuote();
     if (m_llRecordSize == 0)
         return RO_END;
     if (m_ppFields == nullptr) {
@@ -122,9 +129,7 @@ bool CRowPump::TakeRow(EOutcome outcome) {
     bool goOn = true;
     if (m_ullRow - m_ullHeaderRows > m_options.ullSkip) {
         if (outcome == RO_TOO_LONG)
-            AddFault(ES_LIMIT, std::to_string(m_options.dwMaxLineSize) + " bytes or more", "left out",
-                     m_options.dwMaxLineSize < LIMIT_MAX ? "; try a greater --max-line-size"
-                                                         : ", the most there can be");
+            AddTooLong();
         else if (outcome == RO_EOF_MARK)
             NoteMark();
         goOn = outcome == RO_TOO_LONG || isEmptyMark || WriteRow();
@@ -136,6 +141,19 @@ bool CRowPump::TakeRow(EOutcome outcome) {
     // A mark alone is no row: what follows it is the one that it stands before.
     m_ullRow -= isEmptyMark ? 1 : 0;
     return goOn;
+}
+
+void CRowPump::AddTooLong() {
+    const std::string size = std::to_string(m_options.dwMaxLineSize) + " bytes";
+    if (m_llOpenQuote >= 0)
+        AddFault(ES_LIMIT, DescribeOpenQuote() + " before the row has " + size, "left out", OPEN_QUOTE_HINT);
+    else
+        AddFault(ES_LIMIT, size + " or more", "left out",
+                 m_options.dwMaxLineSize < LIMIT_MAX ? "; try a greater --max-line-size" : ", the most there can be");
+}
+
+std::string CRowPump::DescribeOpenQuote() const {
+    return "the quote at byte " + std::to_string(m_llOpenQuote) + " of the file does not close";
 }
 
 /// Whether an end-of-file mark ended a row; otherwise it stands before one.
@@ -165,7 +183,9 @@ bool CRowPump::WriteRow() {
 
 /// Makes of the fields what is to be written.
 void CRowPump::PrepareRow() {
-    if (const SRowFault* fault = m_reader.GetFault())
+    if (m_llOpenQuote >= 0)
+        AddFault(ES_UNSUPPORTED, DescribeOpenQuote(), "so that its field goes on to the end", OPEN_QUOTE_HINT);
+    if (const auto fault = m_reader.GetFault())
         AddFault(fault->eStatus, fault->what, fault->done, fault->hint);
     m_dwWriteCount = std::min(m_dwCount, m_options.dwMaxFields);
     if (m_dwCount > m_dwWriteCount)

@@ -8,8 +8,8 @@
 // fault, too. Nothing but the end of the source is passed over without a word.
 //
 // A row over the line limit is left out: its reader stops inside it, so what is left of it is read and thrown away.
-// That reader has forgotten whether it stood inside quotes; with line ends allowed in quotes the rest of such a row
-// may therefore be taken for more or fewer rows than it is.
+// Where it stood inside quotes, reading goes on behind the line in which it stopped: a quote that was forgotten, or
+// is data, would otherwise take in the rest of the file.
 #pragma once
 
 #include "CColumns.h"
@@ -62,6 +62,8 @@ private:
     bool GetLineData();
     void SkipRestOfRow();
     bool TakeRow(EOutcome outcome);
+    void AddTooLong();
+    std::string DescribeOpenQuote() const;
     bool NoteMark();
     void PrepareRow();
     bool WriteRow();
@@ -86,6 +88,7 @@ private:
     const WORD* m_pLengths = nullptr;
     DWORD m_dwCount = 0;
     LONGLONG m_llRecordSize = 0; ///< bytes of the file that the last record read took
+    LONGLONG m_llOpenQuote = -1; ///< where the row's quote opens that does not close
 
     LONGLONG m_llRowStart = 0;
     DWORD m_dwWriteCount = 0; ///< of the fields, how many are written

@@ -313,6 +313,7 @@ std::string CSource::SelectTable(const std::vector<std::string>& names) {
 std::unique_ptr<CTableReader> CSource::OpenTable() {
     const std::vector<std::string> names = TableNames();
     const std::string table = SelectTable(names);
+    m_info.SetKeepLineEnds(true);
     // As many columns as any sheet has; the program cuts them itself and says so.
     constexpr DWORD columnsMax = 16384;
     auto reader =
@@ -447,9 +448,8 @@ std::unique_ptr<ISourceReader> CSource::OpenDelimited() {
     // choice skips its mark; a file too short for it holds nothing that has to be converted.
     const bool isChosenAnsi = m_options.eCharSet == CSourceDataInfo::RCS_ANSI;
     m_info.SetReadCharSet(isChosenAnsi || IsStream() ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
-    // One field more than wanted shows that there are more; fields are cut by the program, which then knows of it.
-    auto reader = std::make_unique<CCsvSourceReader>(m_options.dwMaxFields + 1, m_options.dwMaxLineSize, LIMIT_MAX,
-                                                     m_options.bQuoteNewLine);
+    m_info.SetKeepLineEnds(m_options.bQuoteNewLine);
+    auto reader = std::make_unique<CCsvSourceReader>(m_options);
     const char separator =
         m_eType == SCDeclareConstant::SFT_TXT ? SCDataAccessDefine::TAB_CODE : SCDataAccessDefine::CAMMA_CODE;
     reader->SetSeparator(m_options.separator.value_or(separator));

@@ -6,17 +6,19 @@
 #include "CADOOperater.h"
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
+#include "SOptions.h"
 
-#include <algorithm>
+#include <optional>
+#include <string>
 
 namespace NSTQ::Tool {
 
 /// What keeps a row from being taken whole.
 struct SRowFault {
     EExitStatus eStatus; ///< of a conversion that stops at it
-    const char* what;
-    const char* done; ///< what happens to a row that is taken all the same
-    const char* hint; ///< may be empty
+    std::string what;
+    std::string done; ///< what happens to a row that is taken all the same
+    std::string hint; ///< may be empty
 };
 
 class ISourceReader {
@@ -30,8 +32,11 @@ public:
     virtual bool CountsBytes() const { return true; }
     /// Whether the last row needs no look at its bytes to know that its fields are UTF-8.
     virtual bool IsKnownUtf8() const { return false; }
-    /// What the last row lost; null when nothing.
-    virtual const SRowFault* GetFault() const { return nullptr; }
+    /// What the last row lost; none when nothing.
+    virtual std::optional<SRowFault> GetFault() const { return std::nullopt; }
+    /// The file offset of the quote that the last row left open although line ends do not close it; -1 when there is
+    /// none.
+    virtual LONGLONG GetOpenQuote() const { return -1; }
 };
 
 template <class TReader>
@@ -52,22 +57,23 @@ public:
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override {
         const bool read = CADOOperater::GetLineData(ppData, pLen, dwCount);
         m_llRows += read ? 1 : 0;
-        // The reader cuts such a text, whose last character may have taken less than the limit's last bytes.
-        constexpr WORD longest = 65535 - 3;
-        m_bMaybeCut = read && std::any_of(pLen, pLen + dwCount, [](WORD length) { return length >= longest; });
         return read;
     }
     bool CountsBytes() const override { return false; }
     /// It is the library that makes the texts.
     bool IsKnownUtf8() const override { return true; }
-    const SRowFault* GetFault() const override {
-        static constexpr SRowFault fault{ES_LIMIT, "a text of 65532 bytes or more", "cut when it has over 65535", ""};
-        return m_bMaybeCut ? &fault : nullptr;
+    std::optional<SRowFault> GetFault() const override {
+        const LONG column = GetCutColumn();
+        if (column < 0)
+            return std::nullopt;
+        return SRowFault{ES_LIMIT,
+                         "field " + std::to_string(column + 1) + " has more than " + std::to_string(LIMIT_MAX) +
+                             " bytes",
+                         "cut", ", the most there can be"};
     }
 
 private:
     LONGLONG m_llRows = 0;
-    bool m_bMaybeCut = false;
 };
 
 } // namespace NSTQ::Tool

@@ -196,7 +196,11 @@ private:
             [this](const char* name, const auto& value) {
                 m_options.iPassWordDescriptor = ParseNumber<int>(name, value, 0, 1'000'000);
             });
-        m_app.add_flag("--quote-newline", m_options.bQuoteNewLine, "a line end inside quotes does not end the row");
+        m_app.add_flag_callback(
+            "--no-quote-newline", [this] { m_options.bQuoteNewLine = false; },
+            "a line end inside quotes of delimited text ends the row");
+        // Scripts may still ask for what is the default now.
+        m_app.add_flag_callback("--quote-newline", [] {})->group("");
     }
 
     static unsigned ParsePage(const char* name, const std::string& value) {

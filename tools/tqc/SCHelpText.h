@@ -36,6 +36,8 @@ What is found out when it is not told:
 UTF-8 is read as it stands, other text in the code page. --encoding is for the input alone: the output is in the code
 page unless --output-encoding is given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
 
+Line ends within quotes and cells stay in their fields, which are written in quotes.
+
 A row of --max-line-size bytes or more is left out, a field over --max-field-size, fields over --max-fields and text
 behind the last of --widths are cut off; each such row is reported with its number, counted from 1 in the source. With
 --on-error stop the first of them ends the conversion; with --on-error skip they are all left out, as are with --strict

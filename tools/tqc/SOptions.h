@@ -55,7 +55,7 @@ struct SOptions {
     bool bHeader = false;
     std::string strPassWordFile;
     int iPassWordDescriptor = -1;
-    bool bQuoteNewLine = false;
+    bool bQuoteNewLine = true;
 
     DWORD dwMaxFields = LIMIT_MAX;
     DWORD dwMaxLineSize = LIMIT_MAX;
