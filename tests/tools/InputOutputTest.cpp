@@ -112,9 +112,25 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
 
 TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
     const std::pair<std::string, std::string> cases[] = {
-        {"=1+2", "'=1+2"},     {"@x", "'@x"},          {"+81-3", "'+81-3"}, {"-", "'-"},    {"-1e", "'-1e"},
-        {"-12.5", "-12.5"},    {"+1,5e-7", "+1,5e-7"}, {"-.5E3", "-.5E3"},  {"a=b", "a=b"}, {"", ""},
-        {"-1-2", "'-1-2"},     {"'=x", "'=x"},         {"\"\t=\"", "' ="},  {"-,", "'-,"},  {"1=", "1="},
+        {"=1+2", "'=1+2"},
+        {"@x", "'@x"},
+        {"+81-3", "'+81-3"},
+        {"-", "'-"},
+        {"-1e", "'-1e"},
+        {"-12.5", "-12.5"},
+        {"+1,5e-7", "+1,5e-7"},
+        {"-.5E3", "-.5E3"},
+        {"a=b", "a=b"},
+        {"", ""},
+        {"-1-2", "'-1-2"},
+        {"'=x", "'=x"},
+        {"\"\t=\"", "' ="},
+        {"-,", "'-,"},
+        {"1=", "1="},
+        {"a,=1", "a,'=1"},
+        {"a, -b,c", "a,' -b,c"},
+        {"a,-1,5", "a,-1,5"},
+        {"a, b", "a, b"},
         {"\xEF\xBC\x9D", "'="}}; // a fullwidth sign that the page has in its plain form only
     for (const auto& [field, guarded] : cases) {
         m_folder.WriteFile("f.dat", field + ";x\n" + field + ";x\n");
@@ -122,8 +138,16 @@ TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
                                    "--output-encoding 1252 --quiet");
         EXPECT_EQ(result.output, guarded + "|x\r\n" + guarded + "|x\r\n") << field;
     }
-    m_folder.WriteFile("f.csv", "=" + std::string(65'533, 'x') + "\n");
-    EXPECT_EQ(Run("f.csv --formula-guard").output.size(), 65'537U);
+    const SCase others[] = {
+        {"f.csv --formula-guard", MARK + MARK + "=1,a;=1\n", "'" + MARK + "=1,a;'=1\r\n"},
+        {"f.csv --formula-guard --output-separator ; --skip 1", "x\n\"a;=1,\"\"@b\"\n", "\"a;=1,'\"\"@b\"\r\n"},
+        {"=f.csv --formula-guard --max-fields 1 --rejects r", "=1;+b,-2\n", "", "row 1: rejected", 1,
+         "r{row,offset,cause,record,file\r\n1,0,\"more than 1 fields\",\"'=1;'+b,-2\",\"'=f.csv\"\r\n}"},
+        {"f.csv --formula-guard", "=" + std::string(65'533, 'x') + "\n", "'=" + std::string(65'533, 'x') + "\r\n"},
+        {"f.csv --formula-guard", Repeat("x;=", 21'844) + "\n", Repeat("x;'=", 16'383) + "x\r\n",
+         "more than 65535 bytes, cut", 1},
+    };
+    Check(others);
 }
 
 TEST_F(InputOutput, TellsProgramsInJson) {

@@ -6,34 +6,81 @@ namespace NSTQ::Tool {
 namespace {
 
 constexpr std::string_view DIGITS = "0123456789";
+constexpr std::string_view MARK = "\xEF\xBB\xBF";
+constexpr std::size_t LENGTH_MAX = 65535;
 
 } // namespace
 
-void CFormulaGuard::Guard(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
+CFormulaGuard::CFormulaGuard(char cSeparator) {
+    // None of these is part of a character in any code page.
+    for (const char c : {',', ';', '\t', '\r', '\n'})
+        if (c != cSeparator)
+            m_strSeparators += c;
+}
+
+bool CFormulaGuard::Guard(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
     std::size_t guarded = 0;
+    bool fits = true;
+    // Texts that move when the list grows would leave the fields behind.
+    m_vecGuarded.resize(std::max<std::size_t>(m_vecGuarded.size(), dwCount));
     for (DWORD i = 0; i < dwCount; ++i) {
         const std::string_view field(ppFields[i], pLengths[i]);
-        if (!IsFormula(field))
+        std::string& text = m_vecGuarded[guarded];
+        bool atStart = true;
+        text.clear();
+        Append(text, field, atStart);
+        if (text.size() == field.size())
             continue;
-        if (guarded == 0) {
+        // Each apostrophe but the first stands behind a separator.
+        if (text.size() > LENGTH_MAX) {
+            text.resize(text.find_last_of(m_strSeparators, LENGTH_MAX));
+            fits = false;
+        }
+        if (guarded++ == 0) {
             m_vecFields.assign(ppFields, ppFields + dwCount);
             m_vecLengths.assign(pLengths, pLengths + dwCount);
-            // Texts that move when the list grows would leave the fields behind.
-            m_vecGuarded.resize(std::max<std::size_t>(m_vecGuarded.size(), dwCount));
         }
-        std::string& text = m_vecGuarded[guarded++];
-        text.assign(1, '\'').append(field);
         m_vecFields[i] = text.data();
         m_vecLengths[i] = static_cast<WORD>(text.size());
     }
-    if (guarded == 0)
-        return;
-    ppFields = m_vecFields.data();
-    pLengths = m_vecLengths.data();
+    if (guarded > 0) {
+        ppFields = m_vecFields.data();
+        pLengths = m_vecLengths.data();
+    }
+    return fits;
+}
+
+void CFormulaGuard::Append(std::string& target, std::string_view text, bool& bAtStart) const {
+    if (bAtStart && IsFormula(text))
+        target += '\'';
+    for (;;) {
+        const std::size_t separator = text.find_first_of(m_strSeparators);
+        if (separator == std::string_view::npos)
+            break;
+        target += text.substr(0, separator + 1);
+        text.remove_prefix(separator + 1);
+        if (BeginsFormula(text))
+            target += '\'';
+        bAtStart = text.empty();
+        if (bAtStart)
+            return;
+    }
+    target += text;
+    bAtStart = bAtStart && text.empty();
+}
+
+/// Whether a program that splits in front of the text would take it for a formula. Many texts have a space behind a
+/// comma, which is none.
+bool CFormulaGuard::BeginsFormula(std::string_view text) const {
+    text.remove_prefix(std::min(text.find_first_not_of(" \""), text.size()));
+    const std::string_view part = text.substr(0, text.find_first_of(m_strSeparators));
+    return IsFormula(part.substr(0, part.find_last_not_of(" \"") + 1));
 }
 
 bool CFormulaGuard::IsFormula(std::string_view field) {
     constexpr std::string_view starters = "=+-@\t\r ";
+    while (field.starts_with(MARK))
+        field.remove_prefix(MARK.size());
     if (field.empty() || starters.find(field[0]) == std::string_view::npos)
         return false;
     return (field[0] != '+' && field[0] != '-') || !IsNumber(field.substr(1));

@@ -16,7 +16,8 @@ constexpr std::size_t PIECE_SIZE = 65536;
 
 } // namespace
 
-CRejectFile::CRejectFile(const std::string& name) : m_target(name), m_strBuffer("row,offset,cause,record,file\r\n") {}
+CRejectFile::CRejectFile(const std::string& name, bool bFormulaGuard)
+    : m_target(name), m_bGuarded(bFormulaGuard), m_strBuffer("row,offset,cause,record,file\r\n") {}
 
 void CRejectFile::SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd) {
     m_strFile = file;
@@ -39,17 +40,19 @@ void CRejectFile::AddFields(std::uint64_t ullRow, const char* const* ppFields, c
                             std::string_view cause) {
     m_strBuffer += std::to_string(ullRow) + ",,";
     AddQuoted(cause);
-    m_strBuffer += ",\"";
+    m_strBuffer += ',';
+    std::string record;
     for (DWORD i = 0; i < dwCount; ++i) {
-        m_strBuffer += i == 0 ? "" : ",";
+        record += i == 0 ? "" : ",";
         const std::string_view field(ppFields[i], pLengths[i]);
         const bool isQuoted = field.find_first_of(",\"\r\n") != std::string_view::npos;
-        m_strBuffer += isQuoted ? "\"\"" : "";
+        record += isQuoted ? "\"" : "";
         for (const char c : field)
-            m_strBuffer.append(c == '"' ? 4 : 1, c);
-        m_strBuffer += isQuoted ? "\"\"" : "";
+            record.append(c == '"' ? 2 : 1, c);
+        record += isQuoted ? "\"" : "";
     }
-    m_strBuffer += "\",";
+    AddQuoted(record);
+    m_strBuffer += ',';
     EndRow();
 }
 
@@ -58,9 +61,10 @@ void CRejectFile::CopyRecord(LONGLONG llOffset, LONGLONG llSize) {
     const auto endSize = static_cast<LONGLONG>(m_strLineEnd.size());
     if (llSize >= endSize && ReadAt(llOffset + llSize - endSize, endSize) == m_strLineEnd)
         llSize -= endSize;
+    bool atStart = true;
     while (llSize > 0) {
         const std::string_view piece = ReadAt(llOffset, llSize);
-        AddDoubled(piece);
+        AddGuarded(piece, atStart);
         llOffset += static_cast<LONGLONG>(piece.size());
         llSize -= static_cast<LONGLONG>(piece.size());
         if (m_strBuffer.size() >= PIECE_SIZE)
@@ -78,9 +82,17 @@ std::string_view CRejectFile::ReadAt(LONGLONG llOffset, LONGLONG llSize) {
 }
 
 void CRejectFile::AddQuoted(std::string_view text) {
+    bool atStart = true;
     m_strBuffer += '"';
-    AddDoubled(text);
+    AddGuarded(text, atStart);
     m_strBuffer += '"';
+}
+
+void CRejectFile::AddGuarded(std::string_view text, bool& bAtStart) {
+    m_strGuarded.clear();
+    if (m_bGuarded)
+        m_guard.Append(m_strGuarded, text, bAtStart);
+    AddDoubled(m_bGuarded ? m_strGuarded : text);
 }
 
 void CRejectFile::AddDoubled(std::string_view text) {

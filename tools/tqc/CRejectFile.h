@@ -3,10 +3,11 @@
 // `row` counts the rows of the source from 1. `offset` is the position of the row's first byte in text, counted from
 // 0; in a package it counts in the data file; workbooks and databases have none. `record` is the row as it stands in
 // text, its bytes untouched, without its line end; of workbooks and databases the fields as a row of CSV in UTF-8.
-// Lines end with CR LF.
+// Lines end with CR LF. With --formula-guard apostrophes stand in it all the same.
 #pragma once
 
 #include "CDescriptor.h"
+#include "CFormulaGuard.h"
 #include "COutputTarget.h"
 #include "SOptions.h"
 
@@ -18,8 +19,8 @@ namespace NSTQ::Tool {
 
 class CRejectFile {
 public:
-    /// Opens the target `name`. Throws CFailure.
-    explicit CRejectFile(const std::string& name);
+    /// Opens the target `name`. `bFormulaGuard` guards what comes from the source. Throws CFailure.
+    CRejectFile(const std::string& name, bool bFormulaGuard);
 
     /// The input that the next rows come from; `dataPath` is the file with the bytes of text. Throws CFailure.
     void SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd);
@@ -35,6 +36,7 @@ public:
 
 private:
     void AddQuoted(std::string_view text);
+    void AddGuarded(std::string_view text, bool& bAtStart);
     void AddDoubled(std::string_view text);
     void CopyRecord(LONGLONG llOffset, LONGLONG llSize);
     std::string_view ReadAt(LONGLONG llOffset, LONGLONG llSize);
@@ -42,6 +44,9 @@ private:
     void Flush();
 
     COutputTarget m_target;
+    CFormulaGuard m_guard{','};
+    bool m_bGuarded;
+    std::string m_strGuarded;
     std::string m_strBuffer;
     std::string m_strFile;
     std::string m_strLineEnd;

@@ -17,7 +17,7 @@ constexpr const char* OPEN_QUOTE_HINT = "; try --no-quote-newline";
 CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter)
     : m_options(options), m_reader(reader), m_rows(reader.Rows()),
       m_encoder(options.uOutputCodePage, options.bFormulaGuard ? CFormulaGuard::FIELD_LENGTH_MAX : LIMIT_MAX),
-      m_targets(targets), m_reporter(reporter) {}
+      m_guard(options.cOutputSeparator), m_targets(targets), m_reporter(reporter) {}
 
 bool CRowPump::Run() {
     while (m_ullWritten < m_options.ullLimit && m_rows.HasNextLineData()) {
@@ -195,8 +195,8 @@ void CRowPump::PrepareRow() {
         CutLengths();
     EncodeRow();
     // In the output's encoding: a character may become one that begins a formula only there.
-    if (m_options.bFormulaGuard)
-        m_guard.Guard(m_ppFields, m_pLengths, m_dwWriteCount);
+    if (m_options.bFormulaGuard && !m_guard.Guard(m_ppFields, m_pLengths, m_dwWriteCount))
+        AddFault(ES_LIMIT, "a field with its apostrophes has more than 65535 bytes", "cut", "");
 }
 
 void CRowPump::RejectRow() {

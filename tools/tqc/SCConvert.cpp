@@ -147,7 +147,7 @@ EExitStatus SCConvert::Run(const SOptions& options) {
         MakeFolder(options.strOutputFolder);
     std::unique_ptr<CRejectFile> rejects;
     if (!options.strRejects.empty())
-        rejects = std::make_unique<CRejectFile>(options.strRejects);
+        rejects = std::make_unique<CRejectFile>(options.strRejects, options.bFormulaGuard);
     CProgressBar bar(IsProgressWanted(options), options.files);
     const SShared shared{rejects.get(), bar};
     return isFolder ? IntoFolder(options, targets, shared) : IntoOne(options, shared);
