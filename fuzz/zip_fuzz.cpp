@@ -1,7 +1,7 @@
 // Unpacking: the input is the archive. Whatever it holds, nothing appears outside the folder, and in it only files
 // and folders that are the user's own.
 #include "FuzzSupport.h"
-#include "platform/common/CUnZip.h"
+#include "common/CUnZip.h"
 #include "support/TempFolder.h"
 
 #include <map>

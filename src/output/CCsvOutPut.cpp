@@ -1,6 +1,6 @@
 #include "CCsvOutPut.h"
 
-#include "platform/common/SCFilePath.h"
+#include "common/SCFilePath.h"
 #include "platform/files/Files.h"
 #include "scan/Kernel.h"
 

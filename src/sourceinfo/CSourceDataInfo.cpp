@@ -1,10 +1,10 @@
 #include "CSourceDataInfo.h"
 
+#include "common/CUnZip.h"
+#include "common/SCFilePath.h"
+#include "common/SCFolderTree.h"
+#include "common/SCTmpDirPath.h"
 #include "platform/CodePage.h"
-#include "platform/common/CUnZip.h"
-#include "platform/common/SCFilePath.h"
-#include "platform/common/SCFolderTree.h"
-#include "platform/common/SCTmpDirPath.h"
 #include "platform/files/Files.h"
 
 #include <algorithm>

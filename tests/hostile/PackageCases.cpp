@@ -1,7 +1,7 @@
 // Packages: each is refused before anything is written.
 #include "hostile/Hostile.h"
 
-#include "platform/common/CUnZip.h"
+#include "common/CUnZip.h"
 #include "support/ZipWriter.h"
 
 #include <sys/stat.h>

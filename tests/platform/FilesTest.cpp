@@ -1,8 +1,8 @@
 #include "platform/files/Files.h"
 
+#include "common/SCFilePath.h"
+#include "common/SCFolderTree.h"
 #include "platform/CodePage.h"
-#include "platform/common/SCFilePath.h"
-#include "platform/common/SCFolderTree.h"
 #include "platform/files/ErrorTable.h"
 #include "platform/files/FileHandle.h"
 #include "platform/files/Path.h"

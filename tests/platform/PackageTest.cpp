@@ -1,7 +1,7 @@
-#include "platform/common/CUnZip.h"
+#include "common/CUnZip.h"
 
+#include "common/SCTmpDirPath.h"
 #include "platform/CodePage.h"
-#include "platform/common/SCTmpDirPath.h"
 #include "platform/files/Files.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"

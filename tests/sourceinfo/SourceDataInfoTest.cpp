@@ -1,6 +1,6 @@
 #include "CSourceDataInfo.h"
+#include "common/SCFilePath.h"
 #include "platform/CodePage.h"
-#include "platform/common/SCFilePath.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 

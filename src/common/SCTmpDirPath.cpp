@@ -1,4 +1,4 @@
-#include "platform/common/SCTmpDirPath.h"
+#include "common/SCTmpDirPath.h"
 
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"

@@ -1,5 +1,5 @@
 // What stands in for the zip provider in a build without it.
-#include "platform/common/CUnZip.h"
+#include "common/CUnZip.h"
 
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"

@@ -1,4 +1,4 @@
-#include "platform/common/SCFolderTree.h"
+#include "common/SCFolderTree.h"
 
 #include "platform/files/Descriptor.h"
 #include "platform/files/ErrorTable.h"

@@ -1,4 +1,4 @@
-#include "platform/common/SCFilePath.h"
+#include "common/SCFilePath.h"
 
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"

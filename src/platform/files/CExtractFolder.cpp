@@ -1,4 +1,4 @@
-#include "platform/common/CExtractFolder.h"
+#include "platform/files/CExtractFolder.h"
 
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Path.h"

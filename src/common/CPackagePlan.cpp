@@ -1,18 +1,19 @@
-#include "providers/zip/CPackagePlan.h"
+#include "common/CPackagePlan.h"
 
+#include "common/CUnZip.h"
 #include "platform/CodePage.h"
-#include "platform/common/CUnZip.h"
 #include "platform/files/Files.h"
 #include "platform/files/Path.h"
 
 #include <algorithm>
 #include <string_view>
 
-namespace NSTQ::Providers {
+namespace NSTQ::NSTQCore {
 
 namespace {
 
-using NSTQCore::CUnZip;
+using Providers::CZipDirectory;
+using Providers::SZipEntry;
 
 /// Among the control characters is the mark with which the files layer begins an escape; a package has no need of it.
 bool HasControlCharacters(std::string_view name) {
@@ -119,4 +120,4 @@ bool CPackagePlan::Make(const CZipDirectory& directory) {
     return !HasConflicts();
 }
 
-} // namespace NSTQ::Providers
+} // namespace NSTQ::NSTQCore

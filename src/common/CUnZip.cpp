@@ -1,11 +1,11 @@
-#include "platform/common/CUnZip.h"
+#include "common/CUnZip.h"
 
-#include "platform/common/CExtractFolder.h"
+#include "common/CPackagePlan.h"
+#include "platform/files/CExtractFolder.h"
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"
 #include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
-#include "providers/zip/CPackagePlan.h"
 #include "providers/zip/CZipReader.h"
 
 #include <array>

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace NSTQ::Providers {
+namespace NSTQ::NSTQCore {
 
 /// One step of a plan; steps and the directory's entries have the same order.
 struct SPlannedEntry {
@@ -21,7 +21,7 @@ struct SPlannedEntry {
 class CPackagePlan {
 public:
     /// False when a rule or cap forbids unpacking the archive. Call it once.
-    bool Make(const CZipDirectory& directory);
+    bool Make(const Providers::CZipDirectory& directory);
 
     const std::vector<SPlannedEntry>& Entries() const { return m_vecEntries; }
 
@@ -31,4 +31,4 @@ private:
     std::vector<SPlannedEntry> m_vecEntries;
 };
 
-} // namespace NSTQ::Providers
+} // namespace NSTQ::NSTQCore
