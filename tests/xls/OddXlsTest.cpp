@@ -76,7 +76,7 @@ const SCellsCase cellsCases[] = {
     {"dates by format, the leap day that never was, no date of any year",
      Number(0, 0, 45000.75, 1) + Number(0, 1, 59, 1) + Number(0, 2, 1.5, 2) + Number(0, 3, 45000, 3) +
          Number(0, 4, 1e9, 1) + Number(0, 5, 1, 999) + Number(0, 6, 45000, 4),
-     "d45000.75 d60 d1.5 45000 1000000000 1 45000;"},
+     "d45000.75 d60 '36:00:00' 45000 1000000000 1 45000;"},
     {"cells of Excel 2.x in a later sheet",
      Record(ERecord::Integer2, Int(0) + Int(0) + "\1\0\0"s + Int(60000)) +
          Record(ERecord::Number2, Int(0) + Int(1) + "\0\0\0"s + Double(0.5)) +
@@ -113,7 +113,7 @@ TEST(XlsRows, OddSheetsGiveTheirCells) {
 TEST(XlsRows, SystemOf1904MovesDatesButNoTimes) {
     SXlsParts parts = FormatsOf(true);
     parts.strGlobals += Record(ERecord::DateMode, Int(1));
-    EXPECT_EQ(XlsText(Number(0, 0, 0.5, 1) + Number(0, 1, 1.5, 2), parts), "d1462.5 d1.5;");
+    EXPECT_EQ(XlsText(Number(0, 0, 0.5, 1) + Number(0, 1, 1.5, 2), parts), "d1462.5 '36:00:00';");
 }
 
 TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {

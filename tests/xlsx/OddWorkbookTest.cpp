@@ -1,6 +1,6 @@
 // Workbooks that are unusual but right: what each gives, in the quick and in the general way through a sheet.
 #include "providers/common/CSourceError.h"
-#include "providers/workbook/CNumberFormats.h"
+#include "providers/workbook/CFormatCode.h"
 #include "providers/workbook/CTextPool.h"
 #include "providers/workbook/SCCellReference.h"
 #include "xlsx/XlsxBuilder.h"
@@ -101,7 +101,15 @@ const SRowsCase rowsCases[] = {
      R"(<row r="1"><c r="A1" s="1"><v>45000.75</v></c><c r="B1" s="2"><v>45000</v></c>)"
      R"(<c r="C1" s="3"><v>1.5</v></c><c r="D1" s="4"><v>45000</v></c>)"
      R"(<c r="E1" s="99"><v>45000</v></c></row>)",
-     "d45000.75 d45000 d1.5 45000 45000;"},
+     "d45000.75 d45000 '36:00:00' 45000 45000;"},
+    {"spans by format and in words",
+     R"(<row r="1"><c r="A1" s="3"><v>10.6320601851852</v></c><c r="B1" s="3"><v>-0.0208333</v></c>)"
+     R"(<c r="C1" s="3"><v>-1e-9</v></c><c r="D1" s="3"><v>1e10</v></c><c r="E1" t="d"><v>PT0H11M0.000S</v></c>)"
+     R"(<c r="F1" t="d"><v>-P1DT12.5H</v></c><c r="G1" t="d"><v>P2W</v></c><c r="H1" t="d"><v>P1M</v></c>)"
+     R"(<c r="I1" t="d"><v>P1DT</v></c><c r="J1" t="d"><v>PT1M1H</v></c><c r="K1" s="5"><v>0</v></c>)"
+     R"(<c r="L1" s="5"><v>1</v></c><c r="M1" s="5"><v>-2</v></c></row>)",
+     "'255:10:10' '-0:30:00' '0:00:00' 10000000000 '0:11:00' '-36:30:00' '336:00:00' 'P1M' 'P1DT' 'PT1M1H' 0 "
+     "'24:00:00' d-2;"},
     {"days before the leap day that never was",
      R"(<row r="1"><c r="A1" s="1"><v>0.5</v></c><c r="B1" s="1"><v>1</v></c><c r="C1" s="1"><v>59</v></c>)"
      R"(<c r="D1" s="1"><v>61</v></c><c r="E1" s="1"><v>-1.25</v></c></row>)",
@@ -139,9 +147,10 @@ SXlsxParts CommonParts(std::string_view rows) {
         "<si><t>a_x000D_b</t></si>";
     parts.strFormats =
         "<numFmts><numFmt formatCode='yy'/><numFmt numFmtId='164' formatCode='[h]:mm'/><numFmt numFmtId='165' "
-        "formatCode='0.00&quot;d&quot;'/></numFmts><cellStyleXfs><xf numFmtId='14'/></cellStyleXfs>"
+        "formatCode='0.00&quot;d&quot;'/><numFmt numFmtId='166' formatCode='[=0]?;[&lt;0]m/d;[hh]:mm'/>"
+        "</numFmts><cellStyleXfs><xf numFmtId='14'/></cellStyleXfs>"
         "<cellXfs><xf numFmtId='0'/><xf numFmtId='22'/><xf numFmtId='14'/><xf numFmtId='164'/>"
-        "<xf numFmtId='165'/></cellXfs>";
+        "<xf numFmtId='165'/><xf numFmtId='166'/></cellXfs>";
     return parts;
 }
 
@@ -175,11 +184,11 @@ TEST(XlsxRows, HugeRowNumbersCostNothingButTheirRows) {
 }
 
 TEST(XlsxRows, SystemOf1904MovesDatesButNoTimes) {
-    SXlsxParts parts = CommonParts("<row r='1'><c r='A1' s='1'><v>0.5</v></c><c r='B1' s='5'><v>0.5</v></c>"
+    SXlsxParts parts = CommonParts("<row r='1'><c r='A1' s='1'><v>0.5</v></c><c r='B1' s='6'><v>0.5</v></c>"
                                    "<c r='C1' s='3'><v>1.5</v></c><c r='D1' t='d'><v>2023-03-15</v></c></row>");
     parts.strFormats.insert(parts.strFormats.rfind("</cellXfs>"), "<xf numFmtId='20'/>");
     parts.strBookProperties = "<workbookPr date1904='true'/>";
-    EXPECT_EQ(TableText(parts.File()), "d1462.5 d0.5 d1.5 d45000;");
+    EXPECT_EQ(TableText(parts.File()), "d1462.5 d0.5 '36:00:00' d45000;");
 }
 
 TEST(XlsxRows, FirstRowNamesTheColumns) {
@@ -301,15 +310,35 @@ TEST(XlsxFormats, CodesTellDatesFromNumbers) {
     const std::pair<EDateKind, std::vector<const char*>> cases[] = {
         {EDateKind::None,
          {"General", "0.00E+00", "#,##0\\ \"days\";[Red]-0", "_(* #,##0.00_);_(* (#,##0.00)", "[$-411]#,##0_d",
-          "0.0 kg", "@", "", "\"open", "[open", "\\", "[>=100]0;[Yellow]0", "0;d"}},
+          "0.0 kg", "@", "", "\"open", "[open", "\\", "[>=100]0;[Yellow]0", "0;;;d"}},
         {EDateKind::Date,
-         {"yyyy-mm-dd", "[$-409]d\\-mmm;@", "[$-411]ge.m.d", "ggge\"年\"", "aaaa", "mmm", ";;d", "m/d/yy h:mm"}},
+         {"yyyy-mm-dd", "[$-409]d\\-mmm;@", "[$-411]ge.m.d", "ggge\"年\"", "aaaa", "mmm", ";;d", "m/d/yy h:mm",
+          "yy;;;", "yy;@"}},
         {EDateKind::Time, {"h:mm AM/PM", "mm:ss.0", "h\"時\"mm\"分\""}},
-        {EDateKind::Elapsed, {"[h]:mm", "[mm]:ss", "[SS].00"}},
+        {EDateKind::Elapsed, {"[h]:mm", "[mm]:ss", "[SS].00", "[h]:mm;-[h]:mm"}},
     };
     for (const auto& [kind, codes] : cases)
         for (const char* code : codes)
-            EXPECT_EQ(Providers::CNumberFormats::KindOfCode(code), kind) << code;
+            EXPECT_EQ(Providers::CFormatCode(code).CommonKind(), kind) << code;
+    const struct {
+        const char* code;
+        EDateKind kinds[4]; ///< of 200, 1, 0 and -1
+    } varying[] = {
+        {"yy;0", {EDateKind::Date, EDateKind::Date, EDateKind::Date, EDateKind::None}},
+        {"0;h:mm;yy;@", {EDateKind::None, EDateKind::None, EDateKind::Date, EDateKind::Time}},
+        {"[=0]?;-[h]:mm;[hh]:mm", {EDateKind::Elapsed, EDateKind::Elapsed, EDateKind::None, EDateKind::Elapsed}},
+        {"[Red][>=100]0;yy", {EDateKind::None, EDateKind::Date, EDateKind::Date, EDateKind::Date}},
+        {"[<=0]0;[>1.5E+2]yy;h", {EDateKind::Date, EDateKind::Time, EDateKind::None, EDateKind::None}},
+        {"[<0]0;h;yy", {EDateKind::Time, EDateKind::Time, EDateKind::Date, EDateKind::None}},
+        {"[<>1]yy", {EDateKind::Date, EDateKind::None, EDateKind::Date, EDateKind::Date}},
+        {"0;;yy", {EDateKind::None, EDateKind::None, EDateKind::Date, EDateKind::None}},
+    };
+    for (const auto& known : varying) {
+        const Providers::CFormatCode code(known.code);
+        EXPECT_EQ(code.CommonKind(), std::nullopt) << known.code;
+        for (std::size_t i = 0; i < 4; ++i)
+            EXPECT_EQ(code.KindOf(std::array{200.0, 1.0, 0.0, -1.0}[i]), known.kinds[i]) << known.code << i;
+    }
 }
 
 TEST(XlsxReferences, CellsAreInsideTheGridOrRefused) {

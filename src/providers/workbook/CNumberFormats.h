@@ -1,39 +1,45 @@
 // Which cell formats show a number as a date or a time.
 #pragma once
 
-#include <cstddef>
+#include "providers/workbook/CFormatCode.h"
+
 #include <cstdint>
 #include <map>
-#include <string_view>
 #include <vector>
 
 namespace NSTQ::Providers {
 
-enum class EDateKind : unsigned char {
-    None,
-    Date,    ///< with or without a time
-    Time,    ///< the time of a day alone
-    Elapsed, ///< hours, minutes or seconds that go on past a day
-};
-
 class CNumberFormats {
 public:
     static constexpr std::size_t maxFormats = 1U << 20;
+    /// Of those that make different things of different numbers.
+    static constexpr std::size_t maxVarying = 1U << 16;
 
-    /// A format that the workbook defines itself. Throws CSourceError beyond `maxFormats` of them.
+    /// A format that the workbook defines itself. Throws CSourceError beyond `maxFormats` or `maxVarying` of them.
     void AddCode(std::uint32_t id, std::string_view code);
     /// The next style: it uses the format of that number, which has been added before unless it is a fixed one.
     /// Throws CSourceError beyond `maxFormats` styles.
     void AddStyle(std::uint32_t formatId);
 
-    /// For the style number of a cell; None beyond the list.
-    EDateKind GetKind(std::uint32_t style) const { return style < m_kinds.size() ? m_kinds[style] : EDateKind::None; }
-    static EDateKind KindOfCode(std::string_view code);
+    /// What a number in a cell of that style is; None for a style beyond the list.
+    EDateKind GetKind(std::uint32_t style, double number) const {
+        if (style >= m_styles.size())
+            return EDateKind::None;
+        const SFormat& format = m_styles[style];
+        return format.isVarying ? m_varying[format.index].KindOf(number) : format.kind;
+    }
     static EDateKind KindOfBuiltIn(std::uint32_t id);
 
 private:
-    std::map<std::uint32_t, EDateKind> m_codes; ///< no table of hashes, for which a file could choose colliding ids
-    std::vector<EDateKind> m_kinds;
+    struct SFormat {
+        EDateKind kind = EDateKind::None;
+        bool isVarying = false; ///< `index` tells which of m_varying it is, in place of `kind`
+        std::uint32_t index = 0;
+    };
+
+    std::map<std::uint32_t, SFormat> m_codes; ///< not hashed: whoever writes a file could make all of them meet
+    std::vector<SFormat> m_styles;
+    std::vector<CFormatCode> m_varying;
 };
 
 } // namespace NSTQ::Providers

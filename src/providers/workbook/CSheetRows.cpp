@@ -111,10 +111,7 @@ void CSheetRows::Convert(const SColumn& column) {
         ConvertBoolean(text);
         break;
     case ECellKind::IsoDate:
-        if (const std::optional<double> date = SCCellValue::ParseIsoDate(text))
-            SetDate(*date);
-        else
-            ConvertDigits(text, column.style);
+        ConvertIsoDate(text, column.style);
         break;
     case ECellKind::WideText:
         SetWide(text);
@@ -138,6 +135,17 @@ void CSheetRows::ConvertBoolean(std::string_view text) {
     m_value.boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
+/// A date in words is one whatever its format says, and a duration is a span.
+void CSheetRows::ConvertIsoDate(std::string_view text, std::uint32_t style) {
+    if (const std::optional<double> date = SCCellValue::ParseIsoDate(text)) {
+        SetDate(*date);
+        return;
+    }
+    const std::optional<double> span = SCCellValue::ParseIsoDuration(text);
+    if (!span || !SetSpan(*span))
+        ConvertDigits(text, style);
+}
+
 void CSheetRows::ConvertDigits(std::string_view text, std::uint32_t style) {
     if (const std::optional<double> number = SCCellValue::ParseNumber(text))
         SetNumber(*number, style);
@@ -159,8 +167,11 @@ void CSheetRows::FailWithShared(const std::string& index) const {
 }
 
 void CSheetRows::SetNumber(double number, std::uint32_t style) {
-    const EDateKind kind = m_pBook->GetDateKind(style);
-    if (kind != EDateKind::None) {
+    const EDateKind kind = m_pBook->GetDateKind(style, number);
+    if (kind == EDateKind::Elapsed) {
+        if (SetSpan(number))
+            return;
+    } else if (kind != EDateKind::None) {
         if (const std::optional<double> date = SCCellValue::DateOfNumber(number, kind, m_pBook->IsDate1904())) {
             SetDate(*date);
             return;
@@ -185,6 +196,14 @@ void CSheetRows::SetShared(std::size_t index) {
 void CSheetRows::SetDate(double date) {
     m_value.vt = VT_DATE;
     m_value.date = date;
+}
+
+/// False when it is too long for one.
+bool CSheetRows::SetSpan(double days) {
+    const std::optional<std::string> text = SCCellValue::SpanText(days);
+    if (text)
+        SetUtf8(*text);
+    return text.has_value();
 }
 
 void CSheetRows::SetWide(std::string_view bytes) {

@@ -1,8 +1,11 @@
 // The rows of a sheet or of a range of it, streamed.
 //
-// Types: numbers VT_R8, dates VT_DATE, booleans VT_BOOL, texts and error values (by their text) VT_BSTR; a cell
-// without a value is VT_NULL. Each cell keeps its own type; none is guessed from other rows. A number that is none
-// and a date outside the years 100 to 9999 come as they stand in the file, as text or number.
+// Types: numbers VT_R8, dates and times of a day VT_DATE, booleans VT_BOOL, texts, error values (by their text) and
+// spans of time VT_BSTR; a cell without a value is VT_NULL. A span is a number in a format that shows elapsed hours,
+// minutes or seconds, or a duration in words. It has no type of its own, since a VT_DATE would lead to a day, and is
+// written as hours that go on counting, whatever its format shows: "255:10:10", "-0:30:00". Each cell keeps its own
+// type; none is guessed from other rows. A number that is none and a date outside the years 100 to 9999 come as they
+// stand in the file, as text or number.
 #pragma once
 
 #include "platform/ado/Provider.h"
@@ -48,11 +51,13 @@ private:
     std::u16string HeaderText(std::size_t column);
     void Convert(const SColumn& column);
     void ConvertBoolean(std::string_view text);
+    void ConvertIsoDate(std::string_view text, std::uint32_t style);
     void ConvertDigits(std::string_view text, std::uint32_t style);
     void ConvertSharedDigits(std::string_view text);
     void SetNumber(double number, std::uint32_t style);
     void SetShared(std::size_t index);
     void SetDate(double date);
+    bool SetSpan(double days);
     void SetWide(std::string_view bytes);
     void SetUtf8(std::string_view text);
     void SetEscaped(std::string_view text);

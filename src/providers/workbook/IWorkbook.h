@@ -36,7 +36,7 @@ public:
     /// not been done yet; listing the sheets needs it not. Throws CSourceError.
     virtual std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) = 0;
     /// These are for a workbook of which a sheet has been opened. The style number of a cell may be any.
-    virtual EDateKind GetDateKind(std::uint32_t style) const = 0;
+    virtual EDateKind GetDateKind(std::uint32_t style, double number) const = 0;
     virtual std::size_t GetSharedTextCount() const = 0;
     /// The text of an index below the count, in UTF-8; valid as long as the workbook.
     virtual std::string_view GetSharedText(std::size_t index) const = 0;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 
 namespace NSTQ::Providers {
 
@@ -70,6 +71,21 @@ std::optional<double> TakeTime(std::string_view text) {
     return (hour * 3600 + minute * 60 + second + fraction) / secondsOfDay;
 }
 
+double SecondsOf(char unit) {
+    switch (unit) {
+    case 'W':
+        return 7.0 * secondsOfDay;
+    case 'D':
+        return secondsOfDay;
+    case 'H':
+        return 3600;
+    case 'M':
+        return 60;
+    default:
+        return 1;
+    }
+}
+
 } // namespace
 
 std::optional<double> SCCellValue::ParseNumber(std::string_view text) {
@@ -94,15 +110,66 @@ std::optional<double> SCCellValue::ParseIsoDate(std::string_view text) {
     return time ? std::optional(*day < 0 ? *day - *time : *day + *time) : std::nullopt;
 }
 
+std::optional<double> SCCellValue::ParseIsoDuration(std::string_view text) {
+    const bool isNegative = text.starts_with('-');
+    text.remove_prefix(isNegative ? 1 : 0);
+    if (!text.starts_with('P'))
+        return std::nullopt;
+    text.remove_prefix(1);
+    double seconds = 0;
+    bool hasAny = false;
+    bool isOfDay = false;
+    std::string_view units = "WD"; // those that may follow, in their order
+    while (!text.empty()) {
+        if (text.front() == 'T' && !isOfDay) {
+            text.remove_prefix(1);
+            units = "HMS";
+            isOfDay = true;
+            hasAny = false;
+            continue;
+        }
+        double count = 0;
+        const char* const end = text.data() + text.size();
+        const auto parsed = std::from_chars(text.data(), end, count, std::chars_format::fixed);
+        if (parsed.ec != std::errc() || parsed.ptr == end || text.front() < '0' || text.front() > '9')
+            return std::nullopt;
+        const std::size_t unit = units.find(*parsed.ptr);
+        if (unit == std::string_view::npos)
+            return std::nullopt;
+        seconds += count * SecondsOf(*parsed.ptr);
+        hasAny = true;
+        units.remove_prefix(unit + 1);
+        text.remove_prefix(static_cast<std::size_t>(parsed.ptr - text.data()) + 1);
+    }
+    if (!hasAny)
+        return std::nullopt;
+    return (isNegative ? -seconds : seconds) / secondsOfDay;
+}
+
+std::optional<std::string> SCCellValue::SpanText(double days) {
+    constexpr double endOfSpans = 1e10;
+    if (!(std::fabs(days) < endOfSpans))
+        return std::nullopt;
+    const std::int64_t seconds = std::llround(std::fabs(days) * secondsOfDay);
+    const auto append = [](std::string& text, std::int64_t number) {
+        text += {':', static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
+    };
+    std::string text = days < 0 && seconds > 0 ? "-" : "";
+    text += std::to_string(seconds / 3600);
+    append(text, seconds / 60 % 60);
+    append(text, seconds % 60);
+    return text;
+}
+
 std::optional<double> SCCellValue::DateOfNumber(double number, EDateKind kind, bool isDate1904) {
     double date = number;
-    const bool isTimeAlone = kind == EDateKind::Elapsed || (kind == EDateKind::Time && number >= 0 && number < 1);
+    const bool isTimeAlone = kind == EDateKind::Time && number >= 0 && number < 1;
     if (!isTimeAlone && isDate1904)
         date += days1904;
     else if (!isTimeAlone && number >= 1 && number < firstRealDate1900)
         date += 1;
     // Between the two systems of negative dates lies a fraction that counts the other way.
-    if (date < 0 && date != std::floor(date) && kind != EDateKind::Elapsed)
+    if (date < 0 && date != std::floor(date))
         date = std::floor(date) - (date - std::floor(date));
     return date >= firstDate && date < dateEnd ? std::optional(date) : std::nullopt;
 }

@@ -4,6 +4,7 @@
 #include "providers/workbook/CNumberFormats.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace NSTQ::Providers {
@@ -16,8 +17,15 @@ public:
     static std::optional<double> ParseNumber(std::string_view text);
     /// "2023-03-15", "2023-03-15T18:00:00", "18:00", with a fraction of a second and a Z, as days since 1899-12-30.
     static std::optional<double> ParseIsoDate(std::string_view text);
-    /// The number that a workbook stores for a date, as days since 1899-12-30; nothing when no date of the years 100
-    /// to 9999 comes out. Days 1 to 59 of the 1900 system are moved, because it counts a 29 February 1900.
+    /// "PT0H11M0.000S", "-P1DT12H", "P2W" as days. Nothing for other texts and for years and months, whose length
+    /// differs.
+    static std::optional<double> ParseIsoDuration(std::string_view text);
+    /// A span of time as hours that go on past a day, minutes and seconds, rounded to the second: "255:10:10", behind
+    /// a '-' below zero. Nothing for ten billion days and more.
+    static std::optional<std::string> SpanText(double days);
+    /// The number that a workbook stores for a date or time of a day, as days since 1899-12-30; nothing when no date
+    /// of the years 100 to 9999 comes out. Days 1 to 59 of the 1900 system are moved, because it counts a 29 February
+    /// 1900.
     static std::optional<double> DateOfNumber(double number, EDateKind kind, bool isDate1904);
 };
 

@@ -19,7 +19,9 @@ public:
     bool IsDate1904() const override { return m_workbook.IsDate1904(); }
 
     std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) override;
-    EDateKind GetDateKind(std::uint32_t style) const override { return m_formats.GetKind(style); }
+    EDateKind GetDateKind(std::uint32_t style, double number) const override {
+        return m_formats.GetKind(style, number);
+    }
     std::size_t GetSharedTextCount() const override { return m_sharedTexts.GetCount(); }
     std::string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
 
