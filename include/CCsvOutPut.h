@@ -57,6 +57,7 @@ public:
     /// Whether a field with a CR, an LF or the first byte of the line end is enclosed in quotes; off at first, when
     /// such a field splits its row for whoever reads it. Kept across files.
     void SetQuoteLineEnds(bool bQuote);
+    /// Why the last failed operation failed, as a system error code; 0 while none has. Success does not reset it.
     DWORD GetErrorCode();
 
 protected:

@@ -34,6 +34,7 @@ public:
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount);
     /// As the reader's; a false result leaves the error code as it was.
     bool MoveFileBegin();
+    /// As the reader's; a false result leaves the error code as it was.
     bool MoveFileEnd();
     /// As the reader's.
     bool GetSpecificLineData(DWORD dwLine, const char**& ppData, const WORD*& pLen, DWORD& dwCount);

@@ -96,8 +96,11 @@ public:
 
     /// The line end of a text source; CR and LF at first. 0 as the second byte makes a line end of one byte.
     void SetDelimiter(char pre, char post);
+    /// As set. Both must be given; they are not checked.
     void GetDelimiter(char* pre, char* post) const;
+    /// How the bytes of a text source are taken; RCS_AUTO at first.
     void SetReadCharSet(EReadCharSet charSet);
+    /// As set; what RCS_AUTO has found is not told here.
     EReadCharSet GetReadCharSet() const;
     /// Whether the readers keep the line ends within fields; off at first, when they drop them. It concerns text in
     /// quotes of delimited text and the values of workbooks and databases. See CCsvDataAccess and CADOOperater.
@@ -105,6 +108,7 @@ public:
     bool GetKeepLineEnds() const;
     /// Kept for the host; the library does not use it.
     void SetStartReadRowCnt(DWORD rows);
+    /// As set; 0 at first.
     DWORD GetStartReadRowCnt() const;
 
     /// The preview of a prepared fixed-length file: the first three rows with their line ends, or the first 12288
@@ -113,6 +117,7 @@ public:
     bool GetFixFileData(const char*& data, DWORD& length) const;
     /// The column widths in bytes of fixed-length text, in column order; always true.
     bool SetFixColLen(std::vector<WORD> widths);
+    /// As set; empty at first.
     const std::vector<WORD> GetFixColLen() const;
     /// Whether the preview found a line end.
     bool GetIsExistFixCRLF() const;

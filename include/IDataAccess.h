@@ -21,7 +21,7 @@ class CSourceDataInfo;
 
 class TQCACCESS_API IDataAccess {
 public:
-    /// A reader that can be copied says so itself; those of the library cannot.
+    // A reader that can be copied says so itself; those of the library cannot.
     IDataAccess() = default;
     IDataAccess(const IDataAccess&) = default;
     IDataAccess& operator=(const IDataAccess&) = default;

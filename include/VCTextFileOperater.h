@@ -90,9 +90,8 @@ protected:
     class CFillCursor;
     /// Bytes of the read buffer that are still to be examined: from `pNext` up to `pEnd`.
     struct SFill {
-        /// The next byte, and the end of the current fill.
-        const unsigned char* pNext;
-        const unsigned char* pEnd;
+        const unsigned char* pNext; ///< the next byte
+        const unsigned char* pEnd;  ///< the end of the current fill
     };
     /// What is left of the current fill; valid until the next refill.
     SFill GetFill() const { return {m_pReadBuff.get() + m_dwReadBuffPos, m_pReadBuff.get() + m_dwReadSize}; }
@@ -139,10 +138,11 @@ protected:
     bool IsPostDelimiter(unsigned char cByte) const {
         return cByte < 0x80 && static_cast<char>(cByte) == m_cPostDelimiter;
     }
-    /// What SetDelimiter or SetSeparator has set.
+    // What SetDelimiter or SetSeparator has set.
     char GetPreDelimiter();
     char GetPostDelimiter();
     char GetSeparator();
+
     /// Passes over one byte.
     void AddReadBuffPos();
     /// The offset in the read buffer of the next byte.
@@ -166,23 +166,21 @@ protected:
     std::unique_ptr<char[]> m_pLineBuff;          ///< dwMaxLineSize + 1 bytes: the record's fields, each with a NUL
     std::unique_ptr<const char*[]> m_ppFieldData; ///< dwMaxFieldCnt pointers into the line buffer
     std::unique_ptr<WORD[]> m_pFieldLen;          ///< dwMaxFieldCnt lengths in bytes
-    /// The sizing limits as they were given.
-    DWORD m_dwMaxFieldSize;
-    DWORD m_dwMaxLineSize;
-    DWORD m_dwMaxFieldCnt;
+    DWORD m_dwMaxFieldSize;                       ///< a sizing limit as it was given, like the next two
+    DWORD m_dwMaxLineSize;                        ///< in bytes
+    DWORD m_dwMaxFieldCnt;                        ///< a number of fields
     std::unique_ptr<unsigned char[]> m_pReadBuff; ///< READ_BUFF_SIZE + 1 bytes; the last one stays 0
     DWORD m_dwReadBuffPos = 0;                    ///< next byte to examine
     DWORD m_dwReadSize = 0;                       ///< bytes of the current fill
-    /// What the setters have set.
-    char m_cSeparator = SCDataAccessDefine::CAMMA_CODE;
-    char m_cPreDelimiter = SCDataAccessDefine::CR_CODE;
-    char m_cPostDelimiter = SCDataAccessDefine::LF_CODE;
-    CSourceDataInfo::EReadCharSet m_eCharSet = CSourceDataInfo::RCS_AUTO;
-    /// The open file, null while there is none, and its size in bytes.
-    HANDLE m_hFile = nullptr;
-    LONGLONG m_llFileSize = 0;
-    LONGLONG m_llReadOffset = 0; ///< file offset of the first byte of the current fill
-    DWORD m_dwErrorCode = 0;     ///< of the last failure; 0 for none
+    char m_cSeparator = SCDataAccessDefine::CAMMA_CODE;  ///< as SetSeparator has set it
+    char m_cPreDelimiter = SCDataAccessDefine::CR_CODE;  ///< as SetDelimiter has set it
+    char m_cPostDelimiter = SCDataAccessDefine::LF_CODE; ///< as SetDelimiter has set it; 0 when there is none
+    CSourceDataInfo::EReadCharSet m_eCharSet =
+        CSourceDataInfo::RCS_AUTO; ///< as set; for RCS_AUTO as FileOpen has found
+    HANDLE m_hFile = nullptr;      ///< the open file; null while there is none
+    LONGLONG m_llFileSize = 0;     ///< of the open file, in bytes
+    LONGLONG m_llReadOffset = 0;   ///< file offset of the first byte of the current fill
+    DWORD m_dwErrorCode = 0;       ///< of the last failure; 0 for none
 
 private:
     struct SStream {

@@ -15,9 +15,8 @@
 
 namespace NSTQ::Platform {
 
-/// Stands for the ANSI code page that is set.
-inline constexpr unsigned CP_ACP = 0;
-inline constexpr unsigned CP_UTF8 = 65001;
+inline constexpr unsigned CP_ACP = 0;      ///< stands for the ANSI code page that is set
+inline constexpr unsigned CP_UTF8 = 65001; ///< UTF-8
 
 /// Makes `codePage` the ANSI code page. An unsupported one is refused: the setting stays and GetLastError gives
 /// 87 (invalid parameter). CP_ACP is the page that is set already and changes nothing.

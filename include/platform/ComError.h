@@ -13,31 +13,27 @@ namespace NSTQ::Platform {
 /// A result code; negative means failure.
 using HRESULT = LONG;
 
-/// The codes that the library gives.
-inline constexpr HRESULT S_OK = 0;
-inline constexpr HRESULT S_FALSE = 1;
+inline constexpr HRESULT S_OK = 0;    ///< success
+inline constexpr HRESULT S_FALSE = 1; ///< success with nothing done
 /// A result from its usual hexadecimal form, which has the highest bit set for failures.
 inline constexpr HRESULT MakeHresult(DWORD code) {
     return static_cast<HRESULT>(code);
 }
-/// A parameter or object that is null, an unspecified failure, an argument that is none, and no memory.
-inline constexpr HRESULT E_POINTER = MakeHresult(0x80004003);
-inline constexpr HRESULT E_FAIL = MakeHresult(0x80004005);
-inline constexpr HRESULT E_INVALIDARG = MakeHresult(0x80070057);
-inline constexpr HRESULT E_OUTOFMEMORY = MakeHresult(0x8007000E);
-/// A value that has no form in the type asked for, or is too large for it.
-inline constexpr HRESULT DISP_E_TYPEMISMATCH = MakeHresult(0x80020005);
-inline constexpr HRESULT DISP_E_OVERFLOW = MakeHresult(0x8002000A);
-inline constexpr HRESULT CO_E_CLASSSTRING = MakeHresult(0x800401F3);     ///< unknown ProgID
-inline constexpr HRESULT DB_E_NOTABLE = MakeHresult(0x80040E37);         ///< no such sheet or table
-inline constexpr HRESULT DB_SEC_E_AUTH_FAILED = MakeHresult(0x80040E4D); ///< wrong or missing database password
-inline constexpr HRESULT DB_E_DATAOVERFLOW = MakeHresult(0x80040E57);    ///< a row or name does not fit the buffers
-/// No provider for a source of this kind; an object that is closed, or open already; no such field; no row at hand.
-inline constexpr HRESULT adErrProviderNotFound = MakeHresult(0x800A0E7A);
-inline constexpr HRESULT adErrObjectClosed = MakeHresult(0x800A0E78);
-inline constexpr HRESULT adErrObjectOpen = MakeHresult(0x800A0E79);
-inline constexpr HRESULT adErrItemNotFound = MakeHresult(0x800A0CC1);
-inline constexpr HRESULT adErrNoCurrentRecord = MakeHresult(0x800A0BCD);
+inline constexpr HRESULT E_POINTER = MakeHresult(0x80004003);             ///< a null parameter or object
+inline constexpr HRESULT E_FAIL = MakeHresult(0x80004005);                ///< an unspecified failure
+inline constexpr HRESULT E_INVALIDARG = MakeHresult(0x80070057);          ///< an invalid argument
+inline constexpr HRESULT E_OUTOFMEMORY = MakeHresult(0x8007000E);         ///< not enough memory
+inline constexpr HRESULT DISP_E_TYPEMISMATCH = MakeHresult(0x80020005);   ///< a value without a form in a type
+inline constexpr HRESULT DISP_E_OVERFLOW = MakeHresult(0x8002000A);       ///< a value that is too large for a type
+inline constexpr HRESULT CO_E_CLASSSTRING = MakeHresult(0x800401F3);      ///< unknown ProgID
+inline constexpr HRESULT DB_E_NOTABLE = MakeHresult(0x80040E37);          ///< no such sheet or table
+inline constexpr HRESULT DB_SEC_E_AUTH_FAILED = MakeHresult(0x80040E4D);  ///< wrong or missing database password
+inline constexpr HRESULT DB_E_DATAOVERFLOW = MakeHresult(0x80040E57);     ///< a row or name does not fit the buffers
+inline constexpr HRESULT adErrProviderNotFound = MakeHresult(0x800A0E7A); ///< no provider for such a source
+inline constexpr HRESULT adErrObjectClosed = MakeHresult(0x800A0E78);     ///< the object is closed
+inline constexpr HRESULT adErrObjectOpen = MakeHresult(0x800A0E79);       ///< the object is open already
+inline constexpr HRESULT adErrItemNotFound = MakeHresult(0x800A0CC1);     ///< no such field
+inline constexpr HRESULT adErrNoCurrentRecord = MakeHresult(0x800A0BCD);  ///< no current row
 
 /// Tells whether a result means failure.
 inline constexpr bool Failed(HRESULT result) {
@@ -51,6 +47,7 @@ public:
     explicit _com_error(HRESULT hr, std::string description = {});
     /// Shares the description.
     _com_error(const _com_error&) noexcept;
+    /// Shares the description.
     _com_error& operator=(const _com_error&) noexcept;
     ~_com_error() override;
 

@@ -20,11 +20,10 @@ using WCHAR = ::WCHAR;
 using HANDLE = ::HANDLE;
 using FILETIME = ::FILETIME;
 #else
-/// 32 bits without and with a sign, 16 bits, and 64 bits with a sign.
-using DWORD = std::uint32_t;
-using LONG = std::int32_t;
-using WORD = std::uint16_t;
-using LONGLONG = std::int64_t;
+using DWORD = std::uint32_t;   ///< 32 bits, unsigned
+using LONG = std::int32_t;     ///< 32 bits, signed
+using WORD = std::uint16_t;    ///< 16 bits, unsigned
+using LONGLONG = std::int64_t; ///< 64 bits, signed
 /// One UTF-16 unit.
 using WCHAR = char16_t;
 /// An open file or search; null means none.
