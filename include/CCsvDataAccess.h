@@ -20,9 +20,9 @@
 // bytes vanish as before. GetSpecificLineData counts line ends inside quotes all the same.
 //
 // A failed read of the file ends the record in hand: its fields are handed out, the result is false and the error
-// code the system's; in UTF-8 the result is true and only the code tells. So it is with a file that has become shorter
-// since it was opened (38). A SUB at a field's start before the end of the file gives false as well, with error code 0.
-// After the last record of a file that ends with a line end one more read succeeds with 0 fields.
+// code the system's; in UTF-8 the result is true and only the code tells. So it is with a file that has become
+// shorter since it was opened (38). A SUB at a field's start before the end of the file gives false as well, with
+// error code 0. After the last record of a file that ends with a line end one more read succeeds with 0 fields.
 //
 // Sources in UTF-8, and those of fewer than 4 bytes whose character set was left to the reader, follow another
 // grammar: every space outside quotes is dropped, also inside a field; a quote opens a quoted part anywhere; TABs are

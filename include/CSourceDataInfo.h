@@ -63,8 +63,8 @@ public:
     /// False when no type can be found; the path is kept then. A null path gives false and changes nothing. A path
     /// of more than 260 bytes gives false and leaves the record reset: without path, type and strings, so that an
     /// earlier source is not read in its place.
-    /// Delimiters, character set, the keeping of line ends, start row, widths, selection and GetIsNeedPassWord survive.
-    /// Throws nothing.
+    /// Delimiters, character set, the keeping of line ends, start row, widths, selection and GetIsNeedPassWord
+    /// survive. Throws nothing.
     bool SetCommonInfo(const char* path, SCDeclareConstant::ESourceFileType type);
 
     /// Does what the kind of source needs before it can be read. Throws nothing.
@@ -105,6 +105,7 @@ public:
     /// Whether the readers keep the line ends within fields; off at first, when they drop them. It concerns text in
     /// quotes of delimited text and the values of workbooks and databases. See CCsvDataAccess and CADOOperater.
     void SetKeepLineEnds(bool bKeep);
+    /// As set; false at first.
     bool GetKeepLineEnds() const;
     /// Kept for the host; the library does not use it.
     void SetStartReadRowCnt(DWORD rows);
