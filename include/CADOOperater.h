@@ -49,6 +49,12 @@ public:
     /// has no connection or no record-set string. Raises nothing.
     bool FileOpen(const CSourceDataInfo* pInfo) override;
 
+    /// Opens another sheet or table of the source that FileOpen has opened, or whose chosen one it could not open:
+    /// the one that is chosen now. The source itself is not opened again, so that the sheets of one that takes long
+    /// to open, because it is encrypted for example, can be gone through. What was open before is closed; rows,
+    /// counters and failures are those of the new one, as after FileOpen. False also when the source is not open.
+    bool OpenTable(const CSourceDataInfo* pInfo);
+
     /// Closes record set and connection. False when one of them is not open or does not close; a record set that does
     /// not close leaves the connection open. Counters and codes stay as they are. Raises nothing.
     bool FileClose();
@@ -109,6 +115,8 @@ private:
 
     void InitialErrorCode();
     void InitialErrorRet();
+    template <class TOpen>
+    bool _TryOpen(const CSourceDataInfo* pInfo, TOpen open);
     bool _OpenConnection(const CSourceDataInfo& info);
     bool _OpenRecordset(const CSourceDataInfo& info);
     void _StoreNullRow();

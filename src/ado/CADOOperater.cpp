@@ -88,11 +88,27 @@ CADOOperater::~CADOOperater() {
 }
 
 bool CADOOperater::FileOpen(const CSourceDataInfo* pInfo) {
+    return _TryOpen(pInfo,
+                    [this](const CSourceDataInfo& info) { return _OpenConnection(info) && _OpenRecordset(info); });
+}
+
+bool CADOOperater::OpenTable(const CSourceDataInfo* pInfo) {
+    m_dwFieldCnt = m_dwMaxRowNum = m_dwReadRowCnt = 0;
+    try {
+        m_pAdo->pRecordset->Close();
+    } catch (...) {
+        // None is open when the one before could not be.
+    }
+    return _TryOpen(pInfo, [this](const CSourceDataInfo& info) { return _OpenRecordset(info); });
+}
+
+template <class TOpen>
+bool CADOOperater::_TryOpen(const CSourceDataInfo* pInfo, TOpen open) {
     InitialErrorRet();
     m_lCutColumn = -1;
     m_bKeepLineEnds = pInfo != nullptr && pInfo->GetKeepLineEnds();
     try {
-        return pInfo != nullptr && _OpenConnection(*pInfo) && _OpenRecordset(*pInfo);
+        return pInfo != nullptr && open(*pInfo);
     } catch (const _com_error& error) {
         m_pAdo->failure = error;
         return false;

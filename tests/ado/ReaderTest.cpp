@@ -330,6 +330,21 @@ TEST_F(Reader, MoreColumnsThanTheArraysHoldAreRefused) {
     }
 }
 
+TEST_F(Reader, GoesThroughTheTablesOfASourceThatIsOpenedOnce) {
+    const auto info = Prepare();
+    const int opened = script.calls["ConnectionOpen"];
+    CADOOperater reader(2, 99, 20);
+    script.FailAt("RecordsetOpen", E_FAIL);
+    EXPECT_FALSE(reader.FileOpen(info.get()));
+    for (const std::size_t rows : {2U, 0U, 3U}) {
+        script.table.rows.assign(rows, {1.0, 2.0});
+        EXPECT_TRUE(reader.OpenTable(info.get()));
+        EXPECT_EQ(reader.GetErrorRet(), 0);
+        EXPECT_EQ(reader.GetMaxRowNum(), rows);
+    }
+    EXPECT_EQ(script.calls["ConnectionOpen"], opened + 1);
+}
+
 TEST_F(Reader, AllocatesNothingForRows) {
     script.table.rows = {{1.5, u"some text"}, {Date{45000.5}, u"another text"}, {100.25, u"third text"}};
     Opened opened;

@@ -357,10 +357,10 @@ std::vector<CSource::STable> CSource::ListTables() {
     PrepareDatabase(true);
     const std::vector<std::string> names = TableNames();
     std::vector<STable> tables;
+    CTableReader reader(LIMIT_MAX, LIMIT_MAX, LIMIT_MAX);
     for (std::size_t i = 0; i < names.size(); ++i) {
         m_info.SetSelectSchemaIndx(static_cast<DWORD>(i));
-        CTableReader reader(LIMIT_MAX, LIMIT_MAX, LIMIT_MAX);
-        const bool isOpen = reader.FileOpen(&m_info);
+        const bool isOpen = i == 0 ? reader.FileOpen(&m_info) : reader.OpenTable(&m_info);
         tables.push_back(Look(names[i], reader));
         if (isOpen)
             tables.back().size = {reader.GetMaxRowNum(), reader.GetFieldCnt()};

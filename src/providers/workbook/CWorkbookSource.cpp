@@ -39,8 +39,10 @@ std::vector<STableSchema> CWorkbookSource::ListTables() {
 
 std::unique_ptr<IRowSource> CWorkbookSource::OpenTable(std::u16string_view name) {
     return RaiseAsComError(m_pBook->GetPath(), [&]() {
-        if (const std::optional<std::size_t> sheet = SCTableNames::FindSheet(*m_pBook, name))
-            return OpenSheet(*sheet, nullptr);
+        if (m_sheets.empty())
+            m_sheets = SCTableNames::IndexSheets(*m_pBook);
+        if (const auto sheet = m_sheets.find(name); sheet != m_sheets.end())
+            return OpenSheet(sheet->second, nullptr);
         const std::optional<std::size_t> found = SCTableNames::FindRange(*m_pBook, name);
         if (!found)
             throw CSourceError("it has no sheet or range " + AnsiFromWide(name), DB_E_NOTABLE);

@@ -4,6 +4,9 @@
 #include "platform/ado/Provider.h"
 #include "providers/workbook/IWorkbook.h"
 
+#include <map>
+#include <string>
+
 namespace NSTQ::Providers {
 
 class CWorkbookSource : public Platform::IDataSource {
@@ -19,6 +22,7 @@ private:
     std::unique_ptr<Platform::IRowSource> OpenSheet(std::size_t sheet, const SCellRange* pRange);
 
     std::shared_ptr<IWorkbook> m_pBook;
+    std::map<std::u16string, std::size_t, std::less<>> m_sheets; ///< by what OpenTable takes; empty before it is used
     bool m_hasHeader;
 };
 

@@ -36,12 +36,6 @@ std::u16string DoubleQuotes(std::u16string_view text) {
     return doubled;
 }
 
-template <class TList, class TPredicate>
-std::optional<std::size_t> FindIndex(const TList& list, TPredicate fits) {
-    const auto found = std::find_if(list.begin(), list.end(), fits);
-    return found == list.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - list.begin()));
-}
-
 } // namespace
 
 std::u16string SCTableNames::NameOfSheet(std::u16string_view sheet) {
@@ -56,22 +50,24 @@ std::u16string SCTableNames::NameOfRange(const IWorkbook& workbook, const SNamed
     return NameOfSheet(workbook.GetSheetNames()[range.sheet]) + range.strName;
 }
 
-std::optional<std::size_t> SCTableNames::FindSheet(const IWorkbook& workbook, std::u16string_view table) {
+std::map<std::u16string, std::size_t, std::less<>> SCTableNames::IndexSheets(const IWorkbook& workbook) {
+    std::map<std::u16string, std::size_t, std::less<>> index;
     const auto& sheets = workbook.GetSheetNames();
-    std::optional<std::size_t> found =
-        FindIndex(sheets, [&](std::u16string_view sheet) { return NameOfSheet(sheet) == table; });
-    if (!found && table.ends_with(u'$')) {
-        table.remove_suffix(1);
-        found = FindIndex(sheets, [&](std::u16string_view sheet) { return DoubleQuotes(sheet) == table; });
-        if (!found)
-            found = FindIndex(sheets, [&](std::u16string_view sheet) { return sheet == table; });
-    }
-    return found;
+    // What is there already stays.
+    for (std::size_t i = 0; i < sheets.size(); ++i)
+        index.emplace(NameOfSheet(sheets[i]), i);
+    for (std::size_t i = 0; i < sheets.size(); ++i)
+        index.emplace(DoubleQuotes(sheets[i]) + u"$", i);
+    for (std::size_t i = 0; i < sheets.size(); ++i)
+        index.emplace(sheets[i] + u"$", i);
+    return index;
 }
 
 std::optional<std::size_t> SCTableNames::FindRange(const IWorkbook& workbook, std::u16string_view table) {
-    return FindIndex(workbook.GetNames(),
-                     [&](const SNamedRange& range) { return NameOfRange(workbook, range) == table; });
+    const auto& names = workbook.GetNames();
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const SNamedRange& range) { return NameOfRange(workbook, range) == table; });
+    return found == names.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - names.begin()));
 }
 
 } // namespace NSTQ::Providers

@@ -3,7 +3,9 @@
 
 #include "providers/workbook/IWorkbook.h"
 
+#include <map>
 #include <optional>
+#include <string>
 
 namespace NSTQ::Providers {
 
@@ -17,9 +19,10 @@ public:
     /// The name itself, or behind the name of its sheet, "Sheet1$Print_Area", when it belongs to one.
     static std::u16string NameOfRange(const IWorkbook& workbook, const SNamedRange& range);
 
-    /// The sheet that `table` means: a listed name, a listed name without its outer quotes ("It''s$": inner ones stay
-    /// doubled), or the sheet's name as it is with '$' behind it; the earlier form counts when several would fit.
-    static std::optional<std::size_t> FindSheet(const IWorkbook& workbook, std::u16string_view table);
+    /// What names of tables mean which sheet: a listed name, a listed name without its outer quotes ("It''s$": inner
+    /// ones stay doubled), or the sheet's name as it is with '$' behind it; the earlier form counts when several
+    /// would fit.
+    static std::map<std::u16string, std::size_t, std::less<>> IndexSheets(const IWorkbook& workbook);
     static std::optional<std::size_t> FindRange(const IWorkbook& workbook, std::u16string_view table);
 };
 
