@@ -225,8 +225,9 @@ TEST_F(Convert, WorkbooksListAndConvert) {
          "not a worksheet but a styleSheet; the others are listed", 5},
         {"list wide.xlsx", "", "name\trows\tcolumns\nSheet1\t1\t16384\n"},
         {"wide.xlsx", "", "x" + std::string(16'383, ',') + "x\r\n"},
-        {"lines.xlsx", "", "\"l1\nl2\"\r\nx\r\n\"" + std::string(65'533, 'x') + "\n\n\"\r\n",
-         "row 3: field 1 has more than 65535 bytes, cut", 1},
+        {"lines.xlsx", "", "\"l1\nl2\"\r\nx\r\n\"" + std::string(65'533, 'x') + "\n\n\"\r\na\r\ny\r\n",
+         "row 3: field 1 has more than 65535 bytes, cut, the most there can be\ntqc: lines.xlsx: row 4: field 1 has",
+         1},
     };
     parts.strWorkbookPart =
         "<workbook xmlns:r='" + std::string(officeNamespace) +
@@ -244,7 +245,8 @@ TEST_F(Convert, WorkbooksListAndConvert) {
     m_folder.WriteFile("wide.xlsx", other.File());
     const std::string cell = "<row><c t='str'><v>", end = "</v></c></row>";
     other.strRows = cell + " l1\nl2 " + end + cell + Repeat(" ", 70'000) + "x" + end + cell + Repeat("x", 65'533) +
-                    "\n\n\nx" + end;
+                    "\n\n\nx" + end + cell + "a" + Repeat(" ", 65'600) + "b" + end + cell + Repeat("\t", 70'000) +
+                    "y" + end;
     m_folder.WriteFile("lines.xlsx", other.File());
     Check(cases);
 }

@@ -67,14 +67,21 @@ std::string_view CutForField(std::string_view text) {
     constexpr std::size_t longest = 65536;
     if (text.size() <= longest)
         return text;
-    const std::size_t spaces = std::min(text.find_first_not_of(' '), text.size());
-    text.remove_prefix(spaces - std::min(spaces, longest));
-    std::size_t room = longest + std::min(spaces, longest);
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!IsUtf8Trail(static_cast<unsigned char>(text[at])) && room-- == 0)
-            return text.substr(0, at);
-    }
-    return text;
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    const auto isContent = [&](char c) { return c != ' ' && (!isControl(c) || c == '\t' || c == '\r' || c == '\n'); };
+    // A TAB is content only behind other content.
+    const auto first = std::find_if(text.begin(), text.end(), [&](char c) { return c != '\t' && isContent(c); });
+    const auto blanks = static_cast<std::size_t>(first - text.begin());
+    text.remove_prefix(blanks - std::min(blanks, longest));
+    std::size_t room = longest;
+    auto at = text.begin() + static_cast<std::ptrdiff_t>(std::min(blanks, longest));
+    for (; at != text.end() && room > 0; ++at)
+        room -= !IsUtf8Trail(static_cast<unsigned char>(*at)) && (isContent(*at) || *at == ' ') ? 1 : 0;
+    // Blanks alone at the cut would look like the end of a shorter text.
+    at = std::find_if(at, text.end(), isContent);
+    while (at != text.end() && IsUtf8Trail(static_cast<unsigned char>(*at)))
+        ++at;
+    return {text.begin(), at == text.end() ? at : at + 1};
 }
 
 std::size_t ConvertToUtf16(std::string_view text, char16_t* target) {

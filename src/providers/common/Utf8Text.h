@@ -12,8 +12,9 @@ inline constexpr std::size_t longestUtf8Character = 4;
 /// Writes a character (up to 0x10FFFF) and returns how many bytes it took.
 std::size_t EncodeUtf8(char32_t character, unsigned char* target);
 
-/// The part of a text that the largest field of a reader, 65535 bytes, can show in any code page: its first 65536
-/// characters, not counting as many spaces before them. A shorter text comes back whole.
+/// The part of a text that the largest field of a reader, 65535 bytes, can show in any code page, and a little more,
+/// which tells the reader that it is cut: its first 65536 characters, not counting control bytes and the blanks
+/// before them, up to one that is more than a blank. A shorter text comes back whole.
 std::string_view CutForField(std::string_view text);
 
 /// Writes the text to `target`, which has room for as many units as there are bytes; each invalid part of a sequence

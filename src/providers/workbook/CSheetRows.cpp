@@ -117,7 +117,8 @@ void CSheetRows::Convert(const SColumn& column) {
         SetWide(text);
         break;
     case ECellKind::Text:
-        SetEscaped(CutForField(text));
+        // Escapes take more room than what they stand for.
+        SetEscaped(MayHaveEscapes(text) ? text : CutForField(text));
         break;
     case ECellKind::Error:
         SetUtf8(text);
