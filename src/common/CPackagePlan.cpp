@@ -109,6 +109,10 @@ bool CPackagePlan::HasConflicts() const {
 
 bool CPackagePlan::Make(const CZipDirectory& directory) {
     std::uint64_t total = 0;
+    const auto isAes = [](const SZipEntry& entry) { return entry.aesVersion != 0; };
+    if (std::count_if(directory.Entries().begin(), directory.Entries().end(), isAes) >
+        static_cast<std::ptrdiff_t>(CUnZip::MAX_AES_ENTRIES))
+        return false;
     m_vecEntries.reserve(directory.Entries().size());
     for (const SZipEntry& entry : directory.Entries()) {
         SPlannedEntry planned{};

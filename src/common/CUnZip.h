@@ -6,8 +6,9 @@
 //   structure    it is cut short, has more than one disk, a comment that does not end with the file, a directory that
 //                is damaged or larger than MAX_DIRECTORY_SIZE, a local header that names another entry than the
 //                directory does, or entries that overlap each other or the directory
-//   count, size  it has more than MAX_ENTRIES entries, claims more than MAX_TOTAL_SIZE bytes in all, or has an entry
-//                of more than RATIO_FREE_SIZE bytes that claims more than MAX_RATIO times its packed size
+//   count, size  it has more than MAX_ENTRIES entries, more than MAX_AES_ENTRIES of them with AES,
+//                claims more than MAX_TOTAL_SIZE bytes in all, or has an entry of more than RATIO_FREE_SIZE bytes
+//                that claims more than MAX_RATIO times its packed size
 //   names        an entry's name is empty or has an empty part, ".", "..", a drive letter ("C:"), a separator at its
 //                start, a control character, more than MAX_DEPTH parts or MAX_PATH_SIZE bytes, a part of more than
 //                255 bytes, bytes that are not UTF-8 where it claims to be, or characters that the ANSI code page
@@ -41,6 +42,8 @@ namespace NSTQ::NSTQCore {
 class CUnZip {
 public:
     static constexpr std::size_t MAX_ENTRIES = 10'000;
+    /// Encrypted with AES: each has a key of its own, which takes about two thousandths of a second.
+    static constexpr std::size_t MAX_AES_ENTRIES = 1'000;
     static constexpr std::size_t MAX_DIRECTORY_SIZE = std::size_t{16} << 20;
     static constexpr std::uint64_t MAX_TOTAL_SIZE = std::uint64_t{4} << 30;
     /// Deflate reaches 1032 at most; small entries are let off, because their size harms nobody.

@@ -251,6 +251,19 @@ TEST(Package, TakesWhatReachesTheCaps) {
     for (std::size_t i = 0; i < CUnZip::MAX_ENTRIES; ++i)
         entries.push_back({.name = std::to_string(i) + '/'});
     EXPECT_TRUE(CPackage(MakeZip(entries)).Uncompress());
+    entries.clear();
+    for (std::size_t i = 0; i <= CUnZip::MAX_AES_ENTRIES; ++i) {
+        const bool isTooMany = i == CUnZip::MAX_AES_ENTRIES;
+        entries.push_back({.name = std::to_string(i),
+                           .content = std::string(28, 'a'),
+                           .flags = 1,
+                           .method = 99,
+                           .extra = std::string("\x01\x99\x07\0\x02\0AE\x01\0\0", 11)});
+        if (i + 1 < CUnZip::MAX_AES_ENTRIES)
+            continue;
+        EXPECT_FALSE(CPackage(MakeZip(entries)).Uncompress("x"));
+        EXPECT_EQ(Platform::GetLastError() == Platform::ERROR_INVALID_DATA, isTooMany);
+    }
 }
 
 TEST(Package, TakesOnlyANewFolderAndARegularFile) {
