@@ -26,11 +26,12 @@ public:
     CDataAccess(const CDataAccess&) = delete;
     CDataAccess& operator=(const CDataAccess&) = delete;
 
-    /// Opens the source of the description.
+    /// Opens the source of the description. The facade keeps no HRESULT: why a workbook or database does not open is
+    /// told by a CADOOperater of the caller's own.
     bool FileOpen();
     /// As the reader's; a false result leaves the error code as it was.
     bool HasNextLineData();
-    /// As the reader's. False also at the normal end of the data.
+    /// As the reader's, also at the end of the source (see IDataAccess).
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount);
     /// As the reader's; a false result leaves the error code as it was.
     bool MoveFileBegin();

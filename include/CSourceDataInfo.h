@@ -36,9 +36,11 @@ public:
         SDO_DATABASE = 3,           ///< workbook or database; its names were listed
         SDO_PACKAGE = 4,            ///< package; it was unpacked
         SDO_FILE_NOT_FOUND = 5,     ///< the preview failed: no such file
-        SDO_EXCEPTION = 6,          ///< an exception ended preparation, such as a failed allocation
-        SDO_PASSWORD_ERROR = 7,     ///< password missing or wrong, or a package that cannot be unpacked
-        SDO_ACCESS_DENIED = 8,      ///< the preview failed: access denied
+        SDO_EXCEPTION = 6,          ///< an exception other than _com_error ended preparation, such as std::bad_alloc
+        SDO_PASSWORD_ERROR = 7,     ///< a database wants another password, or a workbook or package did not open at
+                                    ///< all, for whatever cause: also when it is missing or damaged
+        SDO_ACCESS_DENIED = 8,      ///< the preview failed: access denied; or the names of a workbook or database
+                                    ///< could not be listed for another cause, such as a missing database
         SDO_SHARING_VIOLATION = 9,  ///< the preview failed: another program holds the file
         SDO_DISK_FULL = 10,         ///< the preview failed: disk full
         SDO_FILENAME_TOO_LONG = 11, ///< the preview failed: name too long
@@ -64,7 +66,8 @@ public:
     /// of more than 260 bytes gives false and leaves the record reset: without path, type and strings, so that an
     /// earlier source is not read in its place.
     /// Delimiters, character set, the keeping of line ends, start row, widths, selection and GetIsNeedPassWord
-    /// survive. Throws nothing.
+    /// survive. The folder that a package was unpacked into is forgotten and stays on disk: destroy the record
+    /// instead to have it removed. Throws nothing.
     bool SetCommonInfo(const char* path, SCDeclareConstant::ESourceFileType type);
 
     /// Does what the kind of source needs before it can be read. Throws nothing.
@@ -87,7 +90,8 @@ public:
     DWORD GetErrorCode() const;
 
     /// The path that a text reader opens: a package's data file, else the source's path. False, with `path`
-    /// untouched, while there is none.
+    /// untouched, while there is none. It is text in the ANSI code page and may have '\' between names;
+    /// Platform::ConvertToSystemPath makes one of it that std::fopen takes.
     bool GetFilePath(const char*& path) const;
     /// False, with `type` untouched, when no type is known.
     bool GetSourceFileType(SCDeclareConstant::ESourceFileType& type) const;
@@ -128,7 +132,9 @@ public:
     bool SetPassWordString(const char* password);
     /// Never null; empty when none was set.
     const char* GetPassWordString() const;
-    /// True once a preparation has asked for a password; nothing clears it.
+    /// True once the names of a database could not be listed, or those of a workbook with SDO_ACCESS_DENIED. The
+    /// password is one possible cause, a missing file another; a package or workbook that wants a password does not
+    /// set it. Nothing clears it.
     bool GetIsNeedPassWord();
     /// Sets the data file of a package. Null changes nothing; a path of 261 bytes or more leaves it empty.
     void SetXtqfSourceFilePath(const char* path);
@@ -144,7 +150,7 @@ public:
 
     /// Lists the names anew over the connection string, which is preparation's work. A workbook offers its
     /// worksheets, without the '$' that ends them and without the quotes around; a database all its tables and views.
-    /// Always true, also with no name to offer; failures raise Platform::_com_error.
+    /// Always true, also with no name to offer; failures raise Platform::_com_error (platform/ComError.h).
     bool SetSchemaName(SCDeclareConstant::ESourceFileType type);
     /// Copies the chosen name with its NUL to `pName`, which has room for the longest one. False, with nothing
     /// written, while the selection does not point into the list.

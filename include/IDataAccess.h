@@ -28,16 +28,22 @@ public:
     virtual ~IDataAccess();
 
     /// Opens the source that `pInfo` describes (CSourceDataInfo::PrepareReadSourceData has run on it) and stands
-    /// before its first row. On failure returns false; the cause is in GetErrorCode.
+    /// before its first row. On failure returns false; the cause is in GetErrorCode, for workbooks and databases in
+    /// CADOOperater::GetErrorRet. A null `pInfo` gives false.
     virtual bool FileOpen(const CSourceDataInfo* pInfo) = 0;
 
-    /// True while another row can be read.
+    /// True while another row may follow. It ends a loop over the rows; what GetLineData returns does not.
     virtual bool HasNextLineData() = 0;
 
     /// Reads the next row. On success `ppData` is the reader's array of NUL-terminated field texts in the ANSI code
     /// page, `pLen` the reader's array of their lengths in bytes, `dwCount` the number of fields of the row, which
     /// may exceed dwMaxFieldCnt: read no more entries than the smaller of the two. Arrays and texts stay the
-    /// reader's and are valid until its next operation that reads or moves. Returns false when no row could be read.
+    /// reader's and are valid until its next operation that reads or moves.
+    ///
+    /// At the end of the source a text reader returns true again and again, delimited text with 0 fields and
+    /// fixed-length text with empty columns; workbooks and databases return false. The last row of delimited text may
+    /// be followed by one of 0 fields, which no row of a source has: pass over it. Returns false when a row could not
+    /// be read. The parameters are references and need no value before.
     virtual bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) = 0;
 
     /// Goes back to the beginning of the source.

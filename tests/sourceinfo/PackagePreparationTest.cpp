@@ -1,5 +1,6 @@
 // From a package to its data file, and the removal of the folder that it was unpacked into.
 #include "CSourceDataInfo.h"
+#include "platform/SystemPath.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
@@ -49,6 +50,10 @@ TEST_F(Package, ItsDataFileIsNamedAndItsFolderGoesWithTheRecord) {
     const char* path = nullptr;
     ASSERT_TRUE(m_info->GetFilePath(path));
     EXPECT_EQ(path, unpacked + "\\TqData\\SourceFile.csv");
+    std::string systemPath;
+    EXPECT_EQ(Platform::ConvertToSystemPath(path, systemPath), 0U);
+    EXPECT_EQ(systemPath, unpacked + "/TqData/SourceFile.csv");
+    EXPECT_TRUE(fs::exists(systemPath));
 
     m_info.reset();
     EXPECT_FALSE(fs::exists(unpacked));

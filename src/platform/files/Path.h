@@ -5,19 +5,14 @@
 // back: an escape must not smuggle in a separator, a NUL or a "..", which callers check for in the text they see.
 #pragma once
 
-#include "platform/Types.h"
+#include "platform/SystemPath.h"
 
 #include <string>
 #include <string_view>
 
 namespace NSTQ::Platform {
 
-/// Turns the NUL-terminated `path` into the system's path in `systemPath`. Returns 0, or the Windows code and leaves
-/// `systemPath` unspecified: 3 for a null or empty path, 123 for one with characters that the code page does not
-/// have or with a false escape, 206 for one that is longer than any path of the system.
-DWORD ConvertToSystemPath(const char* path, std::string& systemPath);
-
-/// As above; the code becomes the last error and the result false.
+/// As ConvertToSystemPath; the code becomes the last error and the result false.
 bool MakeSystemPath(const char* path, std::string& systemPath);
 
 /// The form of one name of a folder in the ANSI code page that ConvertToSystemPath leads back to the same name.
