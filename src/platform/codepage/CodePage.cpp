@@ -2,7 +2,7 @@
 
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Utf8.h"
-#include "platform/files/Files.h"
+#include "platform/errors/LastError.h"
 
 #include <atomic>
 #include <cstring>

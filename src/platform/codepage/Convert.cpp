@@ -5,7 +5,7 @@
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Transcode.h"
 #include "platform/codepage/Utf8.h"
-#include "platform/files/Files.h"
+#include "platform/errors/LastError.h"
 
 #include <algorithm>
 #include <climits>

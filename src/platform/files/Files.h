@@ -19,41 +19,13 @@
 #pragma once
 
 #include "platform/Types.h"
+#include "platform/errors/LastError.h"
 
 #if defined(_WIN32)
 #include <windows.h>
 #else
 
 namespace NSTQ::Platform {
-
-inline constexpr DWORD ERROR_SUCCESS = 0;
-inline constexpr DWORD ERROR_INVALID_FUNCTION = 1;
-inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
-inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
-inline constexpr DWORD ERROR_TOO_MANY_OPEN_FILES = 4;
-inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
-inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
-inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
-inline constexpr DWORD ERROR_INVALID_DATA = 13;
-inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
-inline constexpr DWORD ERROR_CRC = 23;
-inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
-inline constexpr DWORD ERROR_LOCK_VIOLATION = 33;
-inline constexpr DWORD ERROR_HANDLE_EOF = 38;
-inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
-inline constexpr DWORD ERROR_FILE_EXISTS = 80;
-inline constexpr DWORD ERROR_INVALID_PASSWORD = 86;
-inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
-inline constexpr DWORD ERROR_BROKEN_PIPE = 109;
-inline constexpr DWORD ERROR_BUFFER_OVERFLOW = 111;
-inline constexpr DWORD ERROR_DISK_FULL = 112;
-inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
-inline constexpr DWORD ERROR_INVALID_NAME = 123;
-inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
-inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
-inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
-inline constexpr DWORD ERROR_IO_DEVICE = 1117;
-inline constexpr DWORD ERROR_FILE_CORRUPT = 1392;
 
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
@@ -74,10 +46,6 @@ inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintpt
 union LARGE_INTEGER {
     LONGLONG QuadPart;
 };
-
-/// The calling thread's error code of its last failed call here.
-DWORD GetLastError();
-void SetLastError(DWORD code);
 
 /// Opens a file (OPEN_EXISTING), creates a new one (CREATE_NEW; 80 when there is one already, be it a link) or
 /// replaces what is there (CREATE_ALWAYS; on success GetLastError gives 183 when there was a file, else 0).

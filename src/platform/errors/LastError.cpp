@@ -1,4 +1,4 @@
-#include "platform/files/Files.h"
+#include "platform/errors/LastError.h"
 
 namespace NSTQ::Platform {
 
