@@ -56,7 +56,6 @@ const struct {
     {"more extern sheets than there are", SetGlobals, Record(ERecord::ExternSheet, "\xFF\xFF"), "too early"},
     {"a name cut short", SetGlobals, Record(ERecord::Name, Int(0) + Int(0x900, 2) + Int(11) + Int(0, 8) + "a"),
      "too early"},
-    {"a format cut short", SetGlobals, Record(ERecord::Format, "\1\0\xFF\0"s), "too early"},
 };
 
 const struct {
