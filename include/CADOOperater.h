@@ -104,10 +104,10 @@ public:
     static bool GetSchemaNameSize(DWORD& dwSize, DWORD& dwCount, const char* pConnectString);
 
     /// Lists them again: the names go into `pNameBuff` one after another, each with its NUL, in the provider's order;
-    /// `ppName` and `pLen` get each name's start and its length in bytes without the NUL; `dwCount`, written last, is
-    /// their number. The caller provides what GetSchemaNameSize told. When this thread's last GetSchemaNameSize was
-    /// for the same connection string, the room that it told is kept to: a source that has grown since raises
-    /// DB_E_DATAOVERFLOW, with nothing written past it.
+    /// `ppName` and `pLen` get each name's start and its length in bytes without the NUL; `dwCount` is
+    /// their number, written once all names are, before the source is closed. The caller provides what
+    /// GetSchemaNameSize told. When this thread's last GetSchemaNameSize was for the same connection string, the room
+    /// that it told is kept to: a source that has grown since raises DB_E_DATAOVERFLOW, with nothing written past it.
     static bool GetSchemaName(char** ppName, WORD* pLen, char* pNameBuff, DWORD& dwCount, const char* pConnectString);
 
 private:

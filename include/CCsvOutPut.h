@@ -15,6 +15,7 @@
 
 #include "SCDataAccessDefine.h"
 
+#include <concepts>
 #include <memory>
 
 namespace NSTQ::NSTQCore {
@@ -40,8 +41,11 @@ public:
     /// Writes a row of `dwCount` fields with their lengths in bytes; the fields need no NUL and are not changed.
     /// False as soon as a write fails; the rest of the row is not written then.
     bool WriteLineData(char** ppData, const WORD* pLen, DWORD dwCount);
-    /// The same for the arrays that a reader hands out.
-    bool WriteLineData(const char* const* ppData, const WORD* pLen, DWORD dwCount);
+    /// The same for the arrays that a reader hands out. A template, so that a null pointer means the other one.
+    template <std::same_as<const char> TChar>
+    bool WriteLineData(TChar* const* ppData, const WORD* pLen, DWORD dwCount) {
+        return WriteRow(ppData, pLen, dwCount);
+    }
 
     /// Writes a ready-made line and the line end. False when a write fails, and for a header whose bytes and line end
     /// together exceed 64000 bytes (it is written all the same).
@@ -68,6 +72,7 @@ private:
     void GetArea();
     void FreeArea();
     bool CopyWriteBuff(const char* pData, WORD wLength);
+    bool WriteRow(const char* const* ppData, const WORD* pLen, DWORD dwCount);
     DWORD WriteFields(const char* const* ppData, const WORD* pLen, DWORD dwField, DWORD dwCount);
     bool WriteField(const char* pField, WORD wLength);
     bool WriteDoubled(const char* pField, WORD wLength);

@@ -50,7 +50,7 @@ public:
 
     /// `dwFirstLineScanLimit`: the most bytes that type detection examines to find the end of the first line.
     /// Throws std::bad_alloc.
-    explicit CSourceDataInfo(WORD wReserved = 256, DWORD dwFirstLineScanLimit = 4096);
+    CSourceDataInfo(WORD wReserved = 256, DWORD dwFirstLineScanLimit = 4096);
     ~CSourceDataInfo();
     CSourceDataInfo(const CSourceDataInfo&) = delete;
     CSourceDataInfo& operator=(const CSourceDataInfo&) = delete;
@@ -63,8 +63,8 @@ public:
     /// and for text from the first line. `type` is the caller's expectation, which decides for "txt" files between
     /// tab-separated and fixed-length text.
     /// False when no type can be found; the path is kept then. A null path gives false and changes nothing. A path
-    /// of more than 260 bytes gives false and leaves the record reset: without path, type and strings, so that an
-    /// earlier source is not read in its place.
+    /// of more than 260 bytes gives false and leaves the record reset: without path, type, update time and strings,
+    /// so that an earlier source is not read in its place.
     /// Delimiters, character set, the keeping of line ends, start row, widths, selection and GetIsNeedPassWord
     /// survive. The folder that a package was unpacked into is forgotten and stays on disk: destroy the record
     /// instead to have it removed. Throws nothing.

@@ -51,9 +51,10 @@ std::string GetColumnText(_Recordset& schema, const char* column) {
     return AnsiFromWide(BstrView(converted.Value().bstrVal));
 }
 
-/// Opens the source, tells `start` that the schema is there and gives `take` each name in turn.
-template <class TStart, class TTake>
-void ListNames(const char* pConnectString, TStart start, TTake take) {
+/// Opens the source, tells `start` that the schema is there, gives `take` each name in turn and tells `end`, before
+/// the source is closed, that there are no more.
+template <class TStart, class TTake, class TEnd>
+void ListNames(const char* pConnectString, TStart start, TTake take, TEnd end) {
     const CComApartment apartment;
     const auto connection = CreateAdoObject<_Connection>(SCDataAccessDefine::ADODB_CONNECTION);
     OpenConnection(Require(connection.Get()), pConnectString);
@@ -65,6 +66,7 @@ void ListNames(const char* pConnectString, TStart start, TTake take) {
             take(GetColumnText(*schema.Get(), SCDataAccessDefine::TABLE_NAME));
         schema->MoveNext();
     }
+    end();
     schema->Close();
     connection->Close();
 }
@@ -78,7 +80,8 @@ bool CADOOperater::GetSchemaNameSize(DWORD& dwSize, DWORD& dwCount, const char* 
         [&](const std::string& name) {
             dwSize += static_cast<DWORD>(name.size() + 1);
             ++dwCount;
-        });
+        },
+        [] {});
     toldRoom = {true, GetHash(pConnectString), dwSize, dwCount};
     return true;
 }
@@ -102,8 +105,8 @@ bool CADOOperater::GetSchemaName(char** ppName, WORD* pLen, char* pNameBuff, DWO
             std::memcpy(pNameBuff + offset, name.c_str(), name.size() + 1);
             offset += name.size() + 1;
             ++dwWritten;
-        });
-    dwCount = dwWritten;
+        },
+        [&] { dwCount = dwWritten; });
     return true;
 }
 

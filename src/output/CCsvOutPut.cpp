@@ -64,10 +64,10 @@ bool CCsvOutPut::FileClose() {
 }
 
 bool CCsvOutPut::WriteLineData(char** ppData, const WORD* pLen, DWORD dwCount) {
-    return WriteLineData(static_cast<const char* const*>(ppData), pLen, dwCount);
+    return WriteRow(ppData, pLen, dwCount);
 }
 
-bool CCsvOutPut::WriteLineData(const char* const* ppData, const WORD* pLen, DWORD dwCount) {
+bool CCsvOutPut::WriteRow(const char* const* ppData, const WORD* pLen, DWORD dwCount) {
     for (DWORD field = 0; (field = WriteFields(ppData, pLen, field, dwCount)) < dwCount; ++field) {
         if (field > 0 && !CopyWriteBuff(&m_cSeparator, 1))
             return false;

@@ -117,6 +117,7 @@ bool CSourceDataInfo::SetCommonInfo(const char* path, SCDeclareConstant::ESource
         Initialize();
         if (length >= ownPath.size()) {
             m_eSourceFileType = SCDeclareConstant::SFT_UNKNOWN;
+            m_ftUpDateDateTime = {};
             return false;
         }
         std::memcpy(m_pFilePath.get(), ownPath.data(), ownPath.size());
@@ -189,6 +190,8 @@ bool CSourceDataInfo::ReadFixFile(const char* path) {
     DWORD size = 0;
     if (!file.IsOpen() || !ReadFileWhole(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size)) {
         SetDataAccessErrorCode();
+        // Of several reads the first may have brought something.
+        std::memset(m_pFixFileData.get(), 0, size);
         return false;
     }
     ScanFixRows(size);

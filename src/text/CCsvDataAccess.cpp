@@ -104,10 +104,8 @@ void CCsvDataAccess::_StartRecord(bool bKeepRecord) {
     InitialErrorCode();
     m_llOpenQuote = -1;
     m_bKeepRecord = bKeepRecord;
-    if (bKeepRecord) {
-        m_dwRecordStartPos = m_dwReadBuffPos;
-        m_dwRecordSize = 0;
-    }
+    m_dwRecordStartPos = m_dwReadBuffPos;
+    m_dwRecordSize = 0;
 }
 
 bool CCsvDataAccess::_FinishRecord(bool bResult, const char**& ppData, const WORD*& pLen, const char*& pRecord,

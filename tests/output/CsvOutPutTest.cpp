@@ -54,7 +54,7 @@ protected:
 TEST_F(CsvOutPut, QuotesOnlyWhereTheSeparatorOrAQuoteStands) {
     EXPECT_TRUE(WriteRow(m_writer, {"ab", "c,d", "say \"hi\"", ""}));
     EXPECT_TRUE(WriteRow(m_writer, {" a ", "b\tc", "d\r\ne", "\x83\x2C"}));
-    EXPECT_TRUE(WriteRow(m_writer, {}));
+    EXPECT_TRUE(m_writer.WriteLineData(nullptr, nullptr, 0));
     EXPECT_EQ(Written(), "ab,\"c,d\",\"say \"\"hi\"\"\",\r\n a ,b\tc,d\r\ne,\"\x83\x2C\"\r\n\r\n");
 }
 

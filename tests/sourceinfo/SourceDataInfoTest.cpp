@@ -109,9 +109,13 @@ TEST(SourceDataInfo, TheScanLimitIsTheRecords) {
 }
 
 TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
-    const std::string longest = "/" + std::string(255, 'd') + ".csv";
-    CSourceDataInfo info;
+    const CTempFolder folder;
+    std::string longest = folder.WriteFile("a.csv", "");
+    longest.insert(0, 260 - longest.size(), '/');
+    CSourceDataInfo info = {};
     ASSERT_TRUE(info.SetCommonInfo(longest.c_str(), UNKNOWN));
+    FILETIME time{};
+    EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime != 0);
     EXPECT_EQ(PathOf(info), longest);
 
     EXPECT_FALSE(info.SetCommonInfo(nullptr, FIX));
@@ -121,6 +125,7 @@ TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
     EXPECT_FALSE(info.SetCommonInfo(("/" + longest).c_str(), CSV));
     EXPECT_EQ(PathOf(info), "");
     EXPECT_EQ(TypeOf(info), UNKNOWN);
+    EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime == 0 && time.dwLowDateTime == 0);
 
     EXPECT_FALSE(info.SetCommonInfo("/no/file", CSV));
     EXPECT_EQ(PathOf(info), "/no/file") << "an undetermined source keeps its path";

@@ -201,9 +201,11 @@ TEST(FixPreview, AFailureSaysWhy) {
         {EIO, CSourceDataInfo::SDO_READ_ERROR},
         {ENAMETOOLONG, CSourceDataInfo::SDO_FILENAME_TOO_LONG},
     };
-    for (const auto call : {Faults::Call::Open, Faults::Call::Read})
+    const std::pair<Faults::Call, std::size_t> calls[] = {
+        {Faults::Call::Open, 1}, {Faults::Call::Read, 1}, {Faults::Call::Read, 2}};
+    for (const auto& [call, nth] : calls)
         for (const auto& [error, expected] : cases) {
-            const Faults::Scope fault(call, 1, error);
+            const Faults::Scope fault(call, nth, error);
             EXPECT_EQ(info.PrepareReadSourceData(false), expected) << error;
             const char* data = nullptr;
             DWORD length = 77;

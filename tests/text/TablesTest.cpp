@@ -146,17 +146,18 @@ TEST_F(CTables, ByteOrderMark) {
          "+1:" + mark + "a"},
         {"other bytes, UTF-8", "ab c", CSourceDataInfo::RCS_UTF8, CSourceDataInfo::RCS_UTF8, "+1:abc", "+1:abc"},
     };
+    CTestedReader reader(CSettings{.raw = true});
     for (const auto& test : cases) {
         SCOPED_TRACE(test.title);
         CSourceDataInfo info;
         ASSERT_TRUE(info.SetCommonInfo(Write(test.input).c_str(), NSTQCore::SCDeclareConstant::SFT_CSV));
         info.SetReadCharSet(test.asked);
-        CTestedReader reader(CSettings{});
         ASSERT_TRUE(reader.FileOpen(&info));
         EXPECT_EQ(reader.GetCharSet(), test.settled);
         CRecord record;
         reader.Read(record);
         EXPECT_EQ(Show(record), test.first);
+        EXPECT_EQ(record.raw, test.settled == CSourceDataInfo::RCS_ANSI ? test.input : "");
         ASSERT_TRUE(reader.MoveFileBegin());
         EXPECT_EQ(reader.GetReadPosition(), 0);
         reader.Read(record);
