@@ -1,6 +1,7 @@
 #include "AdoObjects.h"
 
 #include "platform/codepage/Transcode.h"
+#include "platform/files/WipeMemory.h"
 
 namespace NSTQ::NSTQCore {
 
@@ -11,6 +12,7 @@ void OpenConnection(_Connection& connection, const char* pConnectString) {
     if (!IsDefinedInAnsi(text))
         throw _com_error(E_FAIL, "the connection string holds bytes that the code page does not define");
     const CBstr source = BstrFromAnsi(text);
+    const CWipedMemory wiped(source.Get(), SysStringLen(source.Get()) * sizeof(WCHAR)); // it may hold a password
     const CBstr empty = BstrFromAnsi({});
     connection.Open(source.Get(), empty.Get(), empty.Get(), adConnectUnspecified);
 }

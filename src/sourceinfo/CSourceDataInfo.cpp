@@ -6,6 +6,7 @@
 #include "common/SCTmpDirPath.h"
 #include "platform/CodePage.h"
 #include "platform/files/Files.h"
+#include "platform/files/WipeMemory.h"
 
 #include <algorithm>
 #include <array>
@@ -132,11 +133,11 @@ bool CSourceDataInfo::SetCommonInfo(const char* path, SCDeclareConstant::ESource
 void CSourceDataInfo::Initialize() {
     m_vecSchemaName.clear();
     m_pSchemaNameBuff.reset();
-    m_pConnectString.reset();
+    WipeAndFree(m_pConnectString, CONNECT_STRING_BUFFSIZE);
     m_pRecordSetString.reset();
     m_pFixFileData.reset();
     ClearBuffer(m_pFilePath);
-    ClearBuffer(m_pPassWordString);
+    WipeMemory(m_pPassWordString.get(), PATH_BUFFSIZE);
     ClearBuffer(m_pXtqfSourceFilePath);
     ClearBuffer(m_pUncompressFolderPath);
 }

@@ -4,6 +4,7 @@
 #include "CSourceDataInfo.h"
 #include "platform/ComError.h"
 #include "platform/ado/ConnectionString.h"
+#include "platform/files/WipeMemory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -48,7 +49,7 @@ char* GetSheetName(char* name, std::size_t length) {
 
 CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareDatabase(bool bUseOffice2007Provider) {
     try {
-        m_pConnectString.reset();
+        WipeAndFree(m_pConnectString, CONNECT_STRING_BUFFSIZE);
         m_pConnectString = std::make_unique<char[]>(CONNECT_STRING_BUFFSIZE + 1);
         m_pRecordSetString.reset();
         m_pRecordSetString = std::make_unique<char[]>(RECORDSET_STRING_BUFFSIZE + 1);

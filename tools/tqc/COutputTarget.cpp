@@ -39,6 +39,18 @@ void CheckReplaceable(const std::string& path, const struct stat& status) {
         throw CFailure(ES_OUTPUT_FAILED, path, "the file is there and may not be written; try another name");
 }
 
+/// Whether the link may have been planted: the system follows none of another user in a folder that everybody may
+/// write to, such as the temporary one, but it does not see that a link is followed here.
+bool IsPlanted(const std::string& link) {
+    constexpr mode_t shared = S_ISVTX | S_IWOTH;
+    struct stat own {};
+    struct stat folder {};
+    const std::size_t nameAt = link.find_last_of('/') + 1;
+    return ::lstat(link.c_str(), &own) == 0 && own.st_uid != ::geteuid() &&
+           ::stat(nameAt == 0 ? "." : link.substr(0, nameAt).c_str(), &folder) == 0 &&
+           (folder.st_mode & shared) == shared && own.st_uid != folder.st_uid;
+}
+
 } // namespace
 
 bool COutputTarget::IsStandardOutputName(const std::string& name) {
@@ -52,6 +64,9 @@ std::string COutputTarget::FollowLinks(std::string path) {
         const ssize_t length = ::readlink(path.c_str(), link.data(), link.size());
         if (length < 0)
             return path;
+        if (IsPlanted(path))
+            throw CFailure(ES_OUTPUT_FAILED, path,
+                           "a link of another user in a folder that everybody may write to; give the file itself");
         const std::string next(link.data(), static_cast<std::size_t>(length));
         if (next.starts_with('/'))
             path = next;
@@ -84,7 +99,9 @@ COutputTarget::~COutputTarget() {
 }
 
 void COutputTarget::OpenDevice(const std::string& path) {
-    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    // With O_CREAT the system refuses a pipe that another user has planted.
+    constexpr mode_t owner = S_IRUSR | S_IWUSR;
+    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, owner);
     if (m_iDescriptor < 0)
         throw CFailure(ES_OUTPUT_FAILED, m_strName, SCErrorText::OfSystem(errno));
     m_bOwned = true;

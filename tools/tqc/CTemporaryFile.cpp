@@ -16,7 +16,13 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr mode_t ANYBODY_LESS_UMASK = 0666;
+constexpr mode_t OWNER_ALONE = 0600;
+
+mode_t ModeOfNewFiles() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return 0666 & ~mask;
+}
 
 /// A hidden name beside the target that says what it belongs to.
 std::string MakeName(const std::string& target, std::random_device& random) {
@@ -50,7 +56,7 @@ CTemporaryFile::CTemporaryFile(const std::string& target) : m_strTarget(target) 
 bool CTemporaryFile::CreateNameless() {
     const std::size_t folder = m_strTarget.find_last_of('/');
     const std::string path = folder == std::string::npos ? "." : m_strTarget.substr(0, folder + 1);
-    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, ANYBODY_LESS_UMASK);
+    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, OWNER_ALONE);
     if (m_iDescriptor >= 0 && ::access(NameOfDescriptor(m_iDescriptor).c_str(), F_OK) != 0) {
         ::close(m_iDescriptor);
         m_iDescriptor = -1;
@@ -82,7 +88,7 @@ bool CTemporaryFile::TryNames(bool (CTemporaryFile::*create)()) {
 }
 
 bool CTemporaryFile::CreateAtPath() {
-    m_iDescriptor = ::open(m_strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ANYBODY_LESS_UMASK);
+    m_iDescriptor = ::open(m_strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OWNER_ALONE);
     return m_iDescriptor >= 0;
 }
 
@@ -94,11 +100,12 @@ bool CTemporaryFile::LinkToPath() {
 /// the new one.
 void CTemporaryFile::TakeOverTarget() {
     struct stat status {};
+    m_uMode = ModeOfNewFiles();
     if (::stat(m_strTarget.c_str(), &status) != 0)
         return;
     constexpr mode_t permissions = 07777;
     const bool owned = ::fchown(m_iDescriptor, status.st_uid, status.st_gid) == 0;
-    ::fchmod(m_iDescriptor, status.st_mode & (owned ? permissions : mode_t{0777}));
+    m_uMode = status.st_mode & (owned ? permissions : mode_t{0777});
 }
 
 void CTemporaryFile::Replace() {
@@ -108,6 +115,8 @@ void CTemporaryFile::Replace() {
     if (m_bPlaced)
         return;
     const SCSignals::CHeld held;
+    if (::fchmod(m_iDescriptor, m_uMode) != 0)
+        Fail(errno);
     if (m_strPath.empty() && Link(m_iDescriptor, m_strTarget)) {
         m_bPlaced = true;
         return;

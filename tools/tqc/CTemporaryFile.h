@@ -38,6 +38,7 @@ private:
     std::string m_strPath; ///< the hidden name; empty while there is none
     int m_iDescriptor = -1;
     bool m_bPlaced = false;
+    unsigned m_uMode = 0; ///< that the file gets with its place; only the owner may read it before
 };
 
 } // namespace NSTQ::Tool

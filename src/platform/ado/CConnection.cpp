@@ -3,6 +3,7 @@
 #include "platform/ado/CRecordset.h"
 #include "platform/ado/ConnectionString.h"
 #include "platform/ado/DataSource.h"
+#include "platform/files/WipeMemory.h"
 
 #include <array>
 
@@ -63,7 +64,11 @@ void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG o
         throw _com_error(adErrObjectOpen, "the connection is open already");
     if (SysStringLen(userId) != 0 || SysStringLen(password) != 0 || options != adConnectUnspecified)
         throw _com_error(adErrInvalidArgument, "a connection is described by its connection string alone");
-    m_pSource = OpenDataSource(ParseConnectionString(AnsiFromWide(BstrView(connectionString))));
+    std::string text = AnsiFromWide(BstrView(connectionString));
+    const CWipedMemory wipedText(text.data(), text.size());
+    SConnectionString parsed = ParseConnectionString(text);
+    const CWipedMemory wipedPassWord(parsed.strPassWord.data(), parsed.strPassWord.size());
+    m_pSource = OpenDataSource(parsed);
 }
 
 CComPtr<_Recordset> CConnection::OpenSchema(LONG schema) {

@@ -1,0 +1,35 @@
+// Secrets are wiped before their memory is given back, which a compiler may not leave out as it may a plain memset.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+namespace NSTQ::Platform {
+
+inline void WipeMemory(void* pMemory, std::size_t size) {
+    volatile unsigned char* at = static_cast<volatile unsigned char*>(pMemory);
+    for (const volatile unsigned char* const end = at + size; at != end; ++at)
+        *at = 0;
+}
+
+/// Wipes and frees `size` bytes, if there are any.
+inline void WipeAndFree(std::unique_ptr<char[]>& buffer, std::size_t size) {
+    if (buffer)
+        WipeMemory(buffer.get(), size);
+    buffer.reset();
+}
+
+/// Wipes memory that others own when it goes out of scope.
+class CWipedMemory {
+public:
+    CWipedMemory(void* pMemory, std::size_t size) : m_pMemory(pMemory), m_size(size) {}
+    CWipedMemory(const CWipedMemory&) = delete;
+    CWipedMemory& operator=(const CWipedMemory&) = delete;
+    ~CWipedMemory() { WipeMemory(m_pMemory, m_size); }
+
+private:
+    void* m_pMemory;
+    std::size_t m_size;
+};
+
+} // namespace NSTQ::Platform
