@@ -1,7 +1,7 @@
 #include "AdoObjects.h"
 
+#include "platform/automation/WipeMemory.h"
 #include "platform/codepage/Transcode.h"
-#include "platform/files/WipeMemory.h"
 
 namespace NSTQ::NSTQCore {
 

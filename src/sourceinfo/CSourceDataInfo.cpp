@@ -5,8 +5,8 @@
 #include "common/SCFolderTree.h"
 #include "common/SCTmpDirPath.h"
 #include "platform/CodePage.h"
+#include "platform/automation/WipeMemory.h"
 #include "platform/files/Files.h"
-#include "platform/files/WipeMemory.h"
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 #include "CSourceDataInfo.h"
 #include "platform/ComError.h"
 #include "platform/ado/ConnectionString.h"
-#include "platform/files/WipeMemory.h"
+#include "platform/automation/WipeMemory.h"
 
 #include <algorithm>
 #include <cstring>

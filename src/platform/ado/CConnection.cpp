@@ -3,7 +3,7 @@
 #include "platform/ado/CRecordset.h"
 #include "platform/ado/ConnectionString.h"
 #include "platform/ado/DataSource.h"
-#include "platform/files/WipeMemory.h"
+#include "platform/automation/WipeMemory.h"
 
 #include <array>
 
