@@ -29,7 +29,7 @@ void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
     for (; end - from >= block; from += block, to += block) {
         // A copy that no store below can change, so that the compiler turns the units all at once.
         TFrom units[block];
-        std::uint64_t words[sizeof units / sizeof(std::uint64_t)];
+        std::uint64_t words[block * sizeof(TFrom) / sizeof(std::uint64_t)];
         std::memcpy(units, from, sizeof units);
         std::memcpy(words, from, sizeof words);
         std::uint64_t all = 0;
