@@ -1,6 +1,6 @@
 #include "NaiveReader.h"
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -7,8 +7,8 @@
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "NaiveReader.h"
-#include "platform/CodePage.h"
 #include "scan/Kernel.h"
+#include "tqcAccess/CodePage.h"
 
 #include <benchmark/benchmark.h>
 

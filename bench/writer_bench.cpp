@@ -3,8 +3,8 @@
 #include "CCsvOutPut.h"
 #include "NaiveReader.h"
 #include "NaiveWriter.h"
-#include "platform/CodePage.h"
 #include "scan/Kernel.h"
+#include "tqcAccess/CodePage.h"
 
 #include <benchmark/benchmark.h>
 

@@ -8,8 +8,10 @@ install(TARGETS tqcAccess EXPORT tqcAccessTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS tqcAccess_static EXPORT tqcAccess_staticTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+# Programs have this folder on their include path: apart from the classes everything is in tqcAccess/ below it.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tqcAccess COMPONENT development FILES_MATCHING PATTERN *.h)
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tqcAccess COMPONENT development
+  FILES_MATCHING PATTERN *.h PATTERN platform EXCLUDE)
 
 # Two export sets: only the static library needs other packages, and only who links it has to have them.
 foreach(set tqcAccessTargets tqcAccess_staticTargets)

@@ -5,8 +5,8 @@
 #include "CADOOperater.h"
 #include "CCsvOutPut.h"
 #include "CSourceDataInfo.h"
-#include "platform/CodePage.h"
-#include "platform/ComError.h"
+#include "tqcAccess/CodePage.h"
+#include "tqcAccess/ComError.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -36,7 +36,7 @@ namespace NSTQ::NSTQCore {
 
 class TQCACCESS_API CADOOperater : public IDataAccess {
 public:
-    /// Throws _com_error of platform/ComError.h (E_POINTER when there is no record set object) or std::bad_alloc.
+    /// Throws _com_error of tqcAccess/ComError.h (E_POINTER when there is no record set object) or std::bad_alloc.
     CADOOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
     /// Closes what is open, whatever that gives.
     ~CADOOperater() override;

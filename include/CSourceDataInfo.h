@@ -150,7 +150,7 @@ public:
 
     /// Lists the names anew over the connection string, which is preparation's work. A workbook offers its
     /// worksheets, without the '$' that ends them and without the quotes around; a database all its tables and views.
-    /// Always true, also with no name to offer; failures raise Platform::_com_error (platform/ComError.h).
+    /// Always true, also with no name to offer; failures raise Platform::_com_error (tqcAccess/ComError.h).
     bool SetSchemaName(SCDeclareConstant::ESourceFileType type);
     /// Copies the chosen name with its NUL to `pName`, which has room for the longest one. False, with nothing
     /// written, while the selection does not point into the list.

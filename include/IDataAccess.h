@@ -12,8 +12,8 @@
 // The headers of the readers tell what each does at its limits.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "tqcAccess/Export.h"
+#include "tqcAccess/Types.h"
 
 namespace NSTQ::NSTQCore {
 

@@ -1,8 +1,8 @@
 // The constants that the library shares with its host, and the kinds of sources.
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/Types.h"
+#include "tqcAccess/Export.h"
+#include "tqcAccess/Types.h"
 
 namespace NSTQ::NSTQCore {
 

@@ -13,7 +13,7 @@
 
 #include "CSourceDataInfo.h"
 #include "IDataAccess.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cstddef>
 #include <limits>

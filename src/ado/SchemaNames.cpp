@@ -3,7 +3,7 @@
 
 #include "AdoObjects.h"
 #include "SCDataAccessDefine.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cstring>
 #include <functional>

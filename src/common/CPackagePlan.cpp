@@ -1,9 +1,9 @@
 #include "common/CPackagePlan.h"
 
 #include "common/CUnZip.h"
-#include "platform/CodePage.h"
 #include "platform/files/Files.h"
 #include "platform/files/Path.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <string_view>

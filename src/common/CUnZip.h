@@ -31,7 +31,7 @@
 // A build without the zip provider refuses every archive.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Questions about file paths. Paths are NUL-terminated texts in the ANSI code page.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 namespace NSTQ::NSTQCore {
 

@@ -11,7 +11,7 @@
 // over, and one with a random ending is made.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 namespace NSTQ::NSTQCore {
 

@@ -8,7 +8,7 @@
 // The kernel is chosen when the library is loaded: the best one that the processor and its system can run.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <cstddef>
 

@@ -4,9 +4,9 @@
 #include "common/SCFilePath.h"
 #include "common/SCFolderTree.h"
 #include "common/SCTmpDirPath.h"
-#include "platform/CodePage.h"
 #include "platform/automation/WipeMemory.h"
 #include "platform/files/Files.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <array>

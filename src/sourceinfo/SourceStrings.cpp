@@ -2,9 +2,9 @@
 // of sheets or tables between them.
 #include "CADOOperater.h"
 #include "CSourceDataInfo.h"
-#include "platform/ComError.h"
 #include "platform/ado/ConnectionString.h"
 #include "platform/automation/WipeMemory.h"
+#include "tqcAccess/ComError.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,11 +1,11 @@
 #include "CCsvDataAccess.h"
 
-#include "platform/CodePage.h"
 #include "platform/codepage/Transcode.h"
 #include "platform/files/Files.h"
 #include "scan/Kernel.h"
 #include "text/CRecordCollector.h"
 #include "text/CRecordScan.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,9 +1,9 @@
 #include "access/AccessHarness.h"
 
 #include "CADOOperater.h"
-#include "platform/ComError.h"
 #include "providers/access/Access.h"
 #include "support/MemoryAccess.h"
+#include "tqcAccess/ComError.h"
 
 #include <algorithm>
 

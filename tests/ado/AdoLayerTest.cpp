@@ -2,11 +2,11 @@
 #include "CDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "ado/ScriptedAdo.h"
-#include "platform/CodePage.h"
 #include "platform/ado/DataSource.h"
 #include "providers/ProviderRegistry.h"
 #include "support/CompoundBuilder.h"
 #include "support/TempFolder.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "platform/ado/ConnectionString.h"
 #include "SCDataAccessDefine.h"
-#include "platform/CodePage.h"
 #include "platform/ado/Statement.h"
 #include "platform/codepage/Transcode.h"
+#include "tqcAccess/CodePage.h"
 
 #include "ado/ScriptedAdo.h"
 

@@ -2,8 +2,8 @@
 #include "CDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "ado/ScriptedAdo.h"
-#include "platform/CodePage.h"
 #include "support/Faults.h"
+#include "tqcAccess/CodePage.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "CADOOperater.h"
 #include "CSourceDataInfo.h"
 #include "ado/ScriptedAdo.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "automation/Values.h"
-#include "platform/UserLocale.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <gtest/gtest.h>
 

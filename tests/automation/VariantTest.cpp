@@ -1,6 +1,6 @@
 #include "automation/Values.h"
-#include "platform/CodePage.h"
 #include "platform/automation/Com.h"
+#include "tqcAccess/CodePage.h"
 
 #include <gtest/gtest.h>
 

@@ -3,11 +3,15 @@
 #include "CCsvOutPut.h"
 #include "CDataAccess.h"
 #include "CSourceDataInfo.h"
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+
+#if __has_include("platform/Types.h")
+#error "a common file name on the include path could hide a header of the program's own"
+#endif
 
 using namespace NSTQ;
 using namespace NSTQ::NSTQCore;

@@ -1,6 +1,5 @@
 // Encrypted workbooks: each scheme opens with its password and says what is wrong without it or with damage.
 #include "CSourceDataInfo.h"
-#include "platform/CodePage.h"
 #include "providers/encryption/CRecordCipher.h"
 #include "providers/encryption/EncryptedPackage.h"
 #include "support/AnsiPage.h"
@@ -9,6 +8,7 @@
 #include "support/MemoryAccess.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
+#include "tqcAccess/CodePage.h"
 #include "xlsx/XlsxBuilder.h"
 
 #include <gmock/gmock.h>

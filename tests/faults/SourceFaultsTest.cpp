@@ -5,11 +5,11 @@
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
-#include "platform/ComError.h"
 #include "support/Encryptor.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
+#include "tqcAccess/ComError.h"
 #if defined(TQC_TEST_XLSX)
 #include "xlsx/XlsxBuilder.h"
 #endif

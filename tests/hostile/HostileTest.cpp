@@ -3,10 +3,10 @@
 #include "CADOOperater.h"
 #include "CCsvDataAccess.h"
 #include "CSourceDataInfo.h"
-#include "platform/ComError.h"
 #include "platform/ado/DataSource.h"
 #include "support/Sanitized.h"
 #include "support/TempFolder.h"
+#include "tqcAccess/ComError.h"
 
 #include <gtest/gtest.h>
 

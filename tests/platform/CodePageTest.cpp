@@ -1,4 +1,4 @@
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include "platform/codepage/Transcode.h"
 #include "platform/files/Files.h"

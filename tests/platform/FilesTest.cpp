@@ -2,13 +2,13 @@
 
 #include "common/SCFilePath.h"
 #include "common/SCFolderTree.h"
-#include "platform/CodePage.h"
 #include "platform/files/ErrorTable.h"
 #include "platform/files/FileHandle.h"
 #include "platform/files/Path.h"
 #include "support/AnsiPage.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
+#include "tqcAccess/CodePage.h"
 
 #include <gmock/gmock.h>
 

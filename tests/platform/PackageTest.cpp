@@ -1,11 +1,11 @@
 #include "common/CUnZip.h"
 
 #include "common/SCTmpDirPath.h"
-#include "platform/CodePage.h"
 #include "platform/files/Files.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
+#include "tqcAccess/CodePage.h"
 
 #include <gmock/gmock.h>
 #include <zip.h>

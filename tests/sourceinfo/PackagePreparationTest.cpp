@@ -1,9 +1,9 @@
 // From a package to its data file, and the removal of the folder that it was unpacked into.
 #include "CSourceDataInfo.h"
-#include "platform/SystemPath.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
+#include "tqcAccess/SystemPath.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>

@@ -1,8 +1,8 @@
 #include "CSourceDataInfo.h"
 #include "common/SCFilePath.h"
-#include "platform/CodePage.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
+#include "tqcAccess/CodePage.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "support/AccessValues.h"
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <array>
 #include <bit>

@@ -1,7 +1,7 @@
 // An ANSI code page for one test or input; the one before comes back.
 #pragma once
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 namespace NSTQ::Tests {
 

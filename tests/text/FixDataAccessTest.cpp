@@ -1,10 +1,10 @@
 // The preview and the reader of fixed-length text, against a plain reader of the same grammar.
 #include "CFixDataAccess.h"
-#include "platform/CodePage.h"
 #include "support/Faults.h"
 #include "support/Kernels.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>

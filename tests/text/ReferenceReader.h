@@ -3,8 +3,8 @@
 // the read buffer make of HasNextLineData and GetReadPosition.
 #pragma once
 
-#include "platform/CodePage.h"
 #include "platform/automation/Bstr.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstddef>

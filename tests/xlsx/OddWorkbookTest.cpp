@@ -5,7 +5,7 @@
 #include "providers/workbook/SCCellReference.h"
 #include "xlsx/XlsxBuilder.h"
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Holds the inputs of one output to the same columns.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <optional>
 #include <string>

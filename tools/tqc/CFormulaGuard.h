@@ -10,7 +10,7 @@
 // the apostrophe also stands where a formula begins behind another separator or a line end inside a field.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <string>
 #include <string_view>

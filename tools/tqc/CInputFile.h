@@ -11,7 +11,7 @@
 
 #include "CDescriptor.h"
 #include "CFailure.h"
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 
 #include "SCPathText.h"
 #include "SCTerminal.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,7 +3,7 @@
 // Rows of ASCII alone pass as they are. The memory is used again from row to row.
 #pragma once
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <string>
 #include <string_view>

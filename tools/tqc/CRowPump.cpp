@@ -2,8 +2,8 @@
 
 #include "CFailure.h"
 #include "SCErrorText.h"
-#include "platform/CodePage.h"
-#include "platform/ComError.h"
+#include "tqcAccess/CodePage.h"
+#include "tqcAccess/ComError.h"
 
 #include <algorithm>
 

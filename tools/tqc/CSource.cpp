@@ -14,7 +14,7 @@
 #include "SCSignals.h"
 #include "SCTextProbe.h"
 #include "SCTypeNames.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <fcntl.h>
 #include <unistd.h>

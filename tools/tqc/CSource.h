@@ -5,7 +5,7 @@
 #include "CSourceReader.h"
 #include "CUnpackFolder.h"
 #include "SOptions.h"
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <sys/stat.h>
 

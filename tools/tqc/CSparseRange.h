@@ -1,7 +1,7 @@
 // Notices that nearly all of a table is empty: two cells in far corners make gigabytes of a workbook of some bytes.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "SCCodePageNames.h"
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cstdlib>
 

@@ -8,7 +8,7 @@
 #include "SCErrorText.h"
 #include "SCHelpText.h"
 #include "SCTypeNames.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <CLI/CLI.hpp>
 

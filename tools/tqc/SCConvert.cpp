@@ -10,7 +10,7 @@
 #include "CSource.h"
 #include "SCTargets.h"
 #include "SCTerminal.h"
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -2,7 +2,7 @@
 
 #include "CRowEncoder.h"
 #include "SCCodePageNames.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <span>

@@ -1,7 +1,7 @@
 // Words for the error codes that the library hands out and for those of the system.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "SCNameMatch.h"
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <iterator>

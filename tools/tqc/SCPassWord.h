@@ -4,7 +4,7 @@
 
 #include "SOptions.h"
 
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // Paths between the command line and the library.
 #pragma once
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <span>
 #include <string>

@@ -6,7 +6,7 @@
 #include "CSource.h"
 #include "SCErrorText.h"
 #include "SCTerminal.h"
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // What may be shown to a person at a terminal and to nobody else.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <string>
 #include <string_view>

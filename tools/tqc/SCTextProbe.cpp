@@ -1,6 +1,6 @@
 #include "SCTextProbe.h"
 
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 namespace NSTQ::Tool {
 namespace {

@@ -9,8 +9,8 @@
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
-#include "platform/ComError.h"
-#include "platform/UserLocale.h"
+#include "tqcAccess/ComError.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #include "platform/automation/Bstr.h"
 
-#include "platform/CodePage.h"
-#include "platform/ComError.h"
+#include "tqcAccess/CodePage.h"
+#include "tqcAccess/ComError.h"
 
 #include <climits>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // BSTR: a UTF-16 text with its length before it and a NUL behind it, which may hold NULs.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <string>
 #include <string_view>

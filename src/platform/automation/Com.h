@@ -13,7 +13,7 @@
 // Objects belong to the thread that created them; their counts are not atomic.
 #pragma once
 
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <concepts>
 #include <cstddef>

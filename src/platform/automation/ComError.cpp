@@ -1,4 +1,4 @@
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <new>
 #include <utility>

@@ -1,5 +1,5 @@
-#include "platform/UserLocale.h"
 #include "platform/automation/ValueText.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <bit>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "platform/UserLocale.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <algorithm>
 #include <array>

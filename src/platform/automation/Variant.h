@@ -1,8 +1,8 @@
 // VARIANT: a value with its type, and the conversion of values to text.
 #pragma once
 
-#include "platform/ComError.h"
 #include "platform/automation/Bstr.h"
+#include "tqcAccess/ComError.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Utf8.h"

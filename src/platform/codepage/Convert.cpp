@@ -1,6 +1,6 @@
 // The two conversions. Each is one loop, compiled for every kind of page and for both things that may become of the
 // result: counted, or stored in the caller's room.
-#include "platform/CodePage.h"
+#include "tqcAccess/CodePage.h"
 
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Transcode.h"

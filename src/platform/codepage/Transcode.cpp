@@ -1,9 +1,9 @@
 #include "platform/codepage/Transcode.h"
 
-#include "platform/CodePage.h"
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Utf8.h"
 #include "scan/Kernel.h"
+#include "tqcAccess/CodePage.h"
 
 #include <cstring>
 

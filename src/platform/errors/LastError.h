@@ -1,7 +1,7 @@
 // The operating system's error codes under their Windows names, and the one of the calling thread.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #if defined(_WIN32)
 #include <windows.h>

@@ -1,7 +1,7 @@
 // From the system's error numbers to the Windows codes that callers look for: the one place where they meet.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 #include <string>
 

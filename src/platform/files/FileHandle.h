@@ -1,7 +1,7 @@
 // A file's HANDLE is its descriptor in disguise, so that opening a file allocates nothing.
 #pragma once
 
-#include "platform/Types.h"
+#include "tqcAccess/Types.h"
 
 namespace NSTQ::Platform {
 

@@ -18,8 +18,8 @@
 // Different handles may be used from different threads at the same time.
 #pragma once
 
-#include "platform/Types.h"
 #include "platform/errors/LastError.h"
+#include "tqcAccess/Types.h"
 
 #if defined(_WIN32)
 #include <windows.h>

@@ -1,8 +1,8 @@
 #include "platform/files/Path.h"
 
-#include "platform/CodePage.h"
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <climits>

@@ -5,7 +5,7 @@
 // back: an escape must not smuggle in a separator, a NUL or a "..", which callers check for in the text they see.
 #pragma once
 
-#include "platform/SystemPath.h"
+#include "tqcAccess/SystemPath.h"
 
 #include <string>
 #include <string_view>

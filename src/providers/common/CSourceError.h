@@ -2,7 +2,7 @@
 // entry from outside, RaiseAsComError makes it the _com_error that callers know, with the file's name before it.
 #pragma once
 
-#include "platform/ComError.h"
+#include "tqcAccess/ComError.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,8 +1,8 @@
 #include "providers/common/CodePageText.h"
 
-#include "platform/CodePage.h"
 #include "platform/codepage/SingleBytePages.h"
 #include "providers/common/CSourceError.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 

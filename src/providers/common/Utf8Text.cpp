@@ -1,7 +1,7 @@
 #include "providers/common/Utf8Text.h"
 
-#include "platform/CodePage.h"
 #include "platform/codepage/Utf8.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "providers/encryption/CPassWord.h"
 
-#include "platform/CodePage.h"
 #include "providers/common/CSourceError.h"
 #include "providers/encryption/CSecretBytes.h"
+#include "tqcAccess/CodePage.h"
 
 namespace NSTQ::Providers {
 

@@ -1,10 +1,10 @@
 #include "providers/xls/CXlsBook.h"
 
-#include "platform/CodePage.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/CodePageText.h"
 #include "providers/common/Utf8Text.h"
 #include "providers/xls/CRecordCells.h"
+#include "tqcAccess/CodePage.h"
 
 #include <array>
 
