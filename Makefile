@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
-.PHONY: demo test bench check fuzz asan coverage docs install package clean
+.PHONY: demo test bench check fuzz asan coverage docs install uninstall package clean
 
 demo:
 	scripts/install_packages build
@@ -62,12 +62,18 @@ install:
 	cmake --build --preset install --parallel $(JOBS)
 	cmake --install build/install
 
+# What `make install` has installed, wherever that was; DESTDIR as it was then.
+uninstall:
+	scripts/uninstall build/install/install_manifest.txt
+
 # Debian packages of the library, of what programs are built with, and of tqc, to build/package.
 package:
 	scripts/install_packages build package
 	cmake --preset package
 	cmake --build --preset package --parallel $(JOBS)
+	rm -f build/package/*.deb
 	cd build/package && cpack -G DEB
+	scripts/check_packages build/package/*.deb
 
 clean:
 	rm -rf build

@@ -2,7 +2,7 @@
 set(TQC_PACKAGE_CONTACT "tqcAccess developers <developers@tqcaccess.invalid>" CACHE STRING
   "The maintainer that packages name")
 
-# Their first line is the description of the project; these are the lines below it.
+# The first line of each package description is that of the project; the texts below follow it.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT ${TQC_PACKAGE_CONTACT})
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -18,16 +18,20 @@ endif()
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_TQC_SOURCE_DIR ${PROJECT_SOURCE_DIR})
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DebianFiles.cmake)
 
 set(tqc_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtqcaccess${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-"The shared library. It reads comma- and tab-separated text, fixed-length text, packages, workbooks
-and databases one row at a time, converts between UTF-8 and the usual
-double-byte code pages, and writes CSV.")
+"The shared library. It reads comma- and tab-separated text, fixed-length text,
+packages, workbooks and databases one row at a time, converts between UTF-8 and
+the usual double-byte code pages, and writes CSV.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtqcaccess-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -54,6 +58,6 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tqc)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} ${tqc_version}")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION
-"The program. It shows and converts comma- and tab-separated text, fixed-length text, packages,
-workbooks and databases on the command line.")
+"The program. It shows and converts comma- and tab-separated text, fixed-length
+text, packages, workbooks and databases on the command line.")
 include(CPack)

@@ -15,6 +15,12 @@ add_test(NAME consumer_install
     "rm -rf $1; for part in runtime development tool; do $0 --install $2 --prefix $1 --component $part; done"
     ${CMAKE_COMMAND} ${consumers}/prefix ${PROJECT_BINARY_DIR})
 set_tests_properties(consumer_install PROPERTIES FIXTURES_SETUP installed_library)
+set(manifest ${PROJECT_BINARY_DIR}/install_manifest)
+add_test(NAME consumer_uninstall
+  COMMAND ${CMAKE_COMMAND} -E env --unset=DESTDIR sh -e -c
+    "$0 $2_runtime.txt $2_development.txt $2_tool.txt; test -z \"$(find $1 -not -type d -o -name tqcAccess)\""
+    ${PROJECT_SOURCE_DIR}/scripts/uninstall ${consumers}/prefix ${manifest})
+set_tests_properties(consumer_uninstall PROPERTIES FIXTURES_CLEANUP installed_library)
 
 if(TARGET tqc)
   set(installed_program ${consumers}/prefix/${CMAKE_INSTALL_BINDIR}/tqc)
