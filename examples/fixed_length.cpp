@@ -4,6 +4,7 @@
 //     fixed_length ledger.txt 6 20 10                  the rows
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -14,10 +15,11 @@ using namespace NSTQ::NSTQCore;
 
 int main(int argc, char** argv) {
     constexpr DWORD maxFields = 64;
+    Platform::SetAnsiCodePage(Platform::CP_UTF8); // of the path, as the shell gives it
     CSourceDataInfo info;
     if (argc < 2 || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_FIX) ||
         info.PrepareReadSourceData(true) != CSourceDataInfo::SDO_FIX_FILE) {
-        std::fprintf(stderr, "no fixed-length text\n");
+        std::fprintf(stderr, "not fixed-length text\n");
         return 1;
     }
     if (argc == 2) {
@@ -32,7 +34,7 @@ int main(int argc, char** argv) {
     for (int i = 2; i < argc; ++i)
         widths.push_back(static_cast<WORD>(std::atoi(argv[i])));
     info.SetFixColLen(widths);
-    CFixDataAccess reader(maxFields, 65535, 65535, &info); // takes the widths: set them before
+    CFixDataAccess reader(maxFields, 65535, 65535, &info); // copies the widths: set them before
     if (!reader.FileOpen(&info)) {
         std::fprintf(stderr, "%s: error %u\n", argv[1], static_cast<unsigned>(reader.GetErrorCode()));
         return 1;

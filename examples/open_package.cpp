@@ -3,17 +3,36 @@
 //     open_package prices-locked.xtqf secret
 #include "CCsvDataAccess.h"
 #include "CSourceDataInfo.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <string>
 
 using namespace NSTQ;
 using namespace NSTQ::NSTQCore;
 
+namespace {
+
+/// The data file is Shift_JIS, so the ANSI code page stays 932, and a path, which the shell gives in UTF-8, has to be
+/// converted to it. Where the data are UTF-8, SetAnsiCodePage(CP_UTF8) is simpler.
+std::string ToAnsi(const char* text) {
+    std::u16string wide(std::strlen(text) + 1, u'\0');
+    const int units =
+        Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text, -1, wide.data(), static_cast<int>(wide.size()));
+    std::string ansi(2 * wide.size(), '\0');
+    Platform::WideCharToMultiByte(Platform::CP_ACP, 0, wide.data(), units, ansi.data(), static_cast<int>(ansi.size()),
+                                  nullptr, nullptr);
+    return ansi.c_str();
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     constexpr DWORD maxFields = 256;
-    CSourceDataInfo info; // its end removes what was unpacked
-    if (argc < 2 || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_UNKNOWN))
+    CSourceDataInfo info; // its destructor removes the unpacked files
+    if (argc < 2 || !info.SetCommonInfo(ToAnsi(argv[1]).c_str(), SCDeclareConstant::SFT_UNKNOWN))
         return 2;
     if (argc > 2)
         info.SetPassWordString(argv[2]); // after SetCommonInfo, which clears it
@@ -21,14 +40,14 @@ int main(int argc, char** argv) {
     case CSourceDataInfo::SDO_PACKAGE:
         break;
     case CSourceDataInfo::SDO_PASSWORD_ERROR:
-        std::fprintf(stderr, "%s: a password is missing or wrong, or this is no package\n", argv[1]);
+        std::fprintf(stderr, "%s: the password is missing or wrong, or this is not a package\n", argv[1]);
         return 1;
     default:
-        std::fprintf(stderr, "%s: not unpacked\n", argv[1]);
+        std::fprintf(stderr, "%s: could not be unpacked\n", argv[1]);
         return 1;
     }
 
-    CCsvDataAccess reader(maxFields, 65535, 65535); // the facade has none for packages
+    CCsvDataAccess reader(maxFields, 65535, 65535); // the facade has no reader for packages
     if (!reader.FileOpen(&info)) {
         std::fprintf(stderr, "%s: error %u\n", argv[1], static_cast<unsigned>(reader.GetErrorCode()));
         return 1;
@@ -37,7 +56,7 @@ int main(int argc, char** argv) {
     const WORD* lengths = nullptr;
     DWORD count = 0;
     while (reader.HasNextLineData() && reader.GetLineData(fields, lengths, count)) {
-        if (count == 0) // behind the last line end
+        if (count == 0) // after the last line end
             continue;
         for (DWORD i = 0; i < std::min(count, maxFields); ++i)
             std::printf("[%s]", fields[i]);

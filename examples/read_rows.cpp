@@ -1,6 +1,9 @@
-// Reads a delimited text file row by row and prints its fields, one row a line.
+// Reads a delimited text file row by row and prints its fields, one row a line, in UTF-8.
+//
+//     read_rows 価格.csv
 #include "CDataAccess.h"
 #include "CSourceDataInfo.h"
+#include "tqcAccess/CodePage.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,6 +13,7 @@ using namespace NSTQ::NSTQCore;
 
 int main(int argc, char** argv) {
     constexpr DWORD maxFields = 256;
+    Platform::SetAnsiCodePage(Platform::CP_UTF8); // of the path as the shell gives it, and of the fields
     CSourceDataInfo info;
     if (argc != 2 || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_UNKNOWN))
         return 2;
@@ -24,7 +28,7 @@ int main(int argc, char** argv) {
     const WORD* lengths = nullptr;
     DWORD count = 0;
     while (access.HasNextLineData() && access.GetLineData(fields, lengths, count)) {
-        if (count == 0) // behind the last line end
+        if (count == 0) // after the last line end
             continue;
         for (DWORD i = 0; i < std::min(count, maxFields); ++i)
             std::printf("[%s]", fields[i]);

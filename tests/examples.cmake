@@ -1,4 +1,4 @@
-# The examples on the samples; what they print stands in tests/examples.
+# The examples read the samples; tests/examples has the expected output.
 # tqc_add_example_test(NAME ENCODING PROGRAM [ARGUMENT...])
 function(tqc_add_example_test name encoding program)
   add_test(NAME example_${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/examples/compare
@@ -7,11 +7,15 @@ function(tqc_add_example_test name encoding program)
 endfunction()
 
 if(TARGET read_rows)
-  tqc_add_example_test(rows CP932 read_rows prices-utf8.csv)
+  # File names as people have them.
+  set(named ${CMAKE_CURRENT_BINARY_DIR}/価格)
+  configure_file(${PROJECT_SOURCE_DIR}/examples/data/prices-utf8.csv ${named}.csv COPYONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/examples/data/prices-locked.xtqf ${named}.xtqf COPYONLY)
+  tqc_add_example_test(rows UTF-8 read_rows ${named}.csv)
   tqc_add_example_test(preview ASCII fixed_length ledger.txt)
   tqc_add_example_test(fixed_rows ASCII fixed_length ledger.txt 6 20 10)
   if(TQC_WITH_ZIP)
-    tqc_add_example_test(package CP932 open_package prices-locked.xtqf secret)
+    tqc_add_example_test(package CP932 open_package ${named}.xtqf secret)
   endif()
   if(TQC_WITH_XLSX)
     tqc_add_example_test(sheets UTF-8 list_and_convert prices.xlsx)
