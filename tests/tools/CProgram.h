@@ -69,6 +69,7 @@ public:
         const ssize_t got = ::read(m_iOutput, bytes, sizeof bytes);
         return {bytes, got < 0 ? 0 : static_cast<std::size_t>(got)};
     }
+    pid_t Id() const { return m_iChild; }
     void Signal(int signal) const { ::kill(m_iChild, signal); }
 
     SResult Finish() {

@@ -204,6 +204,46 @@ TEST_F(Tool, ReplacesTheTargetInOneStep) {
     EXPECT_EQ(status.st_mode & 07777, 0640U);
 }
 
+/// Of another user's link in a folder that is shared nothing is made; in one that is not, it is followed.
+TEST_F(Tool, FollowsNoPlantedLinks) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root makes links that are another user's";
+    m_folder.WriteFile("a.csv", "a\n");
+    m_folder.WriteFile("there.csv", "old");
+    for (const auto& [folder, mode] : {std::pair<std::string, mode_t>("shared", 01777), {"own", 0755}})
+        for (const std::string target : {"there.csv", "new.csv"}) {
+            const std::string link = folder + "/" + target;
+            std::filesystem::create_symlink("../" + target, m_folder.MakeFolder(folder) + '/' + target);
+            ASSERT_EQ(::lchown(m_folder.Path(link).c_str(), 1, 1) + ::chmod(m_folder.Path(folder).c_str(), mode), 0);
+            EXPECT_EQ(Run("a.csv -o " + link).status, folder == "own" ? 0 : 7) << link;
+            EXPECT_EQ(m_folder.Exists("new.csv"), folder == "own" && target == "new.csv") << link;
+        }
+}
+
+/// While it writes, and whatever the file that it replaces allows.
+TEST_F(Tool, WhatIsNotFinishedIsItsOwnersAlone) {
+    m_folder.WriteFile("old.csv", "old");
+    ::chmod(m_folder.Path("old.csv").c_str(), 0644);
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    CProgram program({"-", "--type", "csv", "-o", "old.csv"}, {.folder = m_folder.Path(), .input = ends[0]});
+    ::close(ends[0]);
+    const std::string rows = Repeat("12345,abcdef\n", 20'000);
+    ASSERT_EQ(::write(ends[1], rows.data(), rows.size()), static_cast<ssize_t>(rows.size()));
+    unsigned seen = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/" + std::to_string(program.Id()) + "/fd")) {
+        struct stat status {};
+        const bool isInFolder = std::filesystem::read_symlink(entry).string().starts_with(m_folder.Path());
+        if (isInFolder && ::stat(entry.path().c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+            EXPECT_EQ(status.st_mode & 0777, 0600U);
+            ++seen;
+        }
+    }
+    EXPECT_GT(seen, 0U);
+    ::close(ends[1]);
+    EXPECT_EQ(program.Finish().status, 0);
+}
+
 TEST_F(Tool, AppendsToStandardOutputAndRefusesItsOwnSource) {
     m_folder.WriteFile("a.csv", "a\n");
     m_folder.WriteFile("log.csv", "kept\n");
