@@ -96,8 +96,9 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
     }
     scan.Leave();
     dwCount = fields;
-    const bool isAtEnd = !HasNextLineData() && m_dwErrorCode != Platform::ERROR_HANDLE_EOF;
-    return _FinishRecord(complete || isAtEnd, ppData, pLen, pRecord, dwRecordSize);
+    // Only a record that is not whole needs to know whether the file ends with it.
+    const bool isWhole = complete || (!HasNextLineData() && m_dwErrorCode != Platform::ERROR_HANDLE_EOF);
+    return _FinishRecord(isWhole, ppData, pLen, pRecord, dwRecordSize);
 }
 
 void CCsvDataAccess::_StartRecord(bool bKeepRecord) {
@@ -187,7 +188,11 @@ void CCsvDataAccess::_FollowQuotes() {
     const unsigned char* const fill = m_pReadBuff.get();
     const unsigned char* const end = fill + m_dwReadBuffPos;
     constexpr unsigned char quote = SCDataAccessDefine::DOUBLE_QUOTATION;
-    for (const unsigned char* at = fill + m_dwFollowed; (at = std::find(at, end, quote)) != end; ++at) {
+    const auto find = [&](const unsigned char* from) {
+        const auto size = static_cast<std::size_t>(end - from);
+        return size == 0 ? nullptr : static_cast<const unsigned char*>(std::memchr(from, quote, size));
+    };
+    for (const unsigned char* at = find(fill + m_dwFollowed); at != nullptr; at = find(at + 1)) {
         const LONGLONG offset = m_llReadOffset + (at - fill);
         if (m_bInQuotes)
             m_llClosingQuote = offset;

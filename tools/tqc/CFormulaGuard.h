@@ -3,8 +3,7 @@
 // A field that begins with '=', '+', '-', '@', TAB, CR or a space gets an apostrophe in front. The readers drop
 // blanks there and make a space of a TAB, so a space was one. U+FEFF in front does not count, because programs drop
 // it at the beginning of a file. Left alone is what is a number and nothing else: after '+' or '-' only digits, '.'
-// and
-// ',', at least one digit, and perhaps an exponent.
+// and ',', at least one digit, and perhaps an exponent.
 //
 // A program that splits rows elsewhere, at ';' for instance, does not know the quotes of a field that it splits. So
 // the apostrophe also stands where a formula begins behind another separator or a line end inside a field.
