@@ -4,6 +4,7 @@
 #include "platform/codepage/Transcode.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -118,6 +119,20 @@ std::size_t GetPieceLength(std::u16string_view text, std::size_t room) {
     return units > 1 ? units - 1 : 2;
 }
 
+std::u16string_view TrimSpaces(std::u16string_view text) {
+    constexpr std::size_t units = 64;
+    static constexpr auto spaces = [] {
+        std::array<char16_t, units> result{};
+        result.fill(u' ');
+        return result;
+    }();
+    while (text.size() >= units && std::memcmp(text.data() + text.size() - units, spaces.data(), sizeof spaces) == 0)
+        text.remove_suffix(units);
+    while (text.ends_with(u' '))
+        text.remove_suffix(1);
+    return text;
+}
+
 bool HasContent(std::u16string_view text, bool bKeepsLineEnds) {
     return std::any_of(text.begin(), text.end(), [=](char16_t unit) {
         return unit > u' ' || unit == u'\t' || (bKeepsLineEnds && IsLineEnd(unit));
@@ -127,6 +142,7 @@ bool HasContent(std::u16string_view text, bool bKeepsLineEnds) {
 } // namespace
 
 SFieldText MakeFieldText(std::u16string_view value, char* buffer, std::size_t size, bool bKeepLineEnds) {
+    value = TrimSpaces(value); // cells of nothing but spaces would be converted only to be dropped
     CTextCleaner cleaner(buffer, true, bKeepLineEnds);
     char* end = buffer;
     while (!value.empty()) {

@@ -160,8 +160,8 @@ std::vector<SHostileCase> XlsxCases() {
         "blanks shared by 300 cells of a row",
         [=](SXlsxParts& p) { ShareBlanks(p, "<row>" + Repeat(blankCell, 300) + "</row>"); }, "1 rows");
     add(
-        "blanks shared by 2000 rows",
-        [=](SXlsxParts& p) { ShareBlanks(p, Repeat("<row>" + blankCell + "</row>", 2000)); }, "2000 rows");
+        "blanks shared by 100,000 rows",
+        [=](SXlsxParts& p) { ShareBlanks(p, Repeat("<row>" + blankCell + "</row>", 100'000)); }, "100000 rows");
     add(
         "blanks on a diagonal", [](SXlsxParts& p) { p.isDeflated = true, p.strRows = BlanksOnADiagonal(60); },
         "60 rows");
