@@ -2,8 +2,7 @@
 // its size in two bytes) and the package, or the description of the encryption of records. What opens with the
 // password of the seeds is decrypted through and through; all else is refused.
 #include "FuzzSupport.h"
-#include "providers/encryption/CRecordCipher.h"
-#include "providers/encryption/EncryptedPackage.h"
+#include "providers/encryption/Encryption.h"
 #include "support/CompoundBuilder.h"
 #include "support/MemoryAccess.h"
 

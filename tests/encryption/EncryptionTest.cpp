@@ -1,7 +1,6 @@
 // Encrypted workbooks: each scheme opens with its password and says what is wrong without it or with damage.
+#include "providers/encryption/Encryption.h"
 #include "CSourceDataInfo.h"
-#include "providers/encryption/CRecordCipher.h"
-#include "providers/encryption/EncryptedPackage.h"
 #include "support/AnsiPage.h"
 #include "support/CompoundBuilder.h"
 #include "support/Encryptor.h"
@@ -145,10 +144,10 @@ TEST(EncryptedPackage, RefusesForgedFrames) {
         {"a description of a megabyte", {agile.info + std::string(1 << 20, ' '), agile.package}, "too large"},
         {"a header of another size", {patched(standard.info, 8, 0xFFFFFFF0, 4), standard.package}, "damaged"},
         {"a salt of another size", {patched(standard.info, 62, 8, 4), standard.package}, "damaged"},
-        {"RC4", {patched(standard.info, 20, 0x6801, 4), standard.package}, "unknown way"},
-        {"MD5", {patched(standard.info, 24, 0x8003, 4), standard.package}, "unknown digest"},
+        {"RC4", {patched(standard.info, 20, 0x6801, 4), standard.package}, "algorithm 26625"},
+        {"MD5", {patched(standard.info, 24, 0x8003, 4), standard.package}, "digest 32771"},
         {"a key of 2^31 bits", {patched(standard.info, 28, 1U << 31, 4), standard.package}, "damaged"},
-        {"a key that is not the cipher's", {patched(standard.info, 28, 256, 4), standard.package}, "unknown way"},
+        {"a key that is not the cipher's", {patched(standard.info, 28, 256, 4), standard.package}, "key of 32 bytes"},
     };
     for (const auto& c : cases)
         EXPECT_THAT(Open(c.forged, passWord), HasSubstr(c.error)) << c.title;

@@ -1,6 +1,7 @@
 #include "providers/access/CDatabase.h"
 
 #include "providers/access/SCJetText.h"
+#include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
 
 #include <algorithm>
@@ -32,11 +33,17 @@ CDatabase::CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, cons
     : m_pFile(std::move(file)), m_strPath(std::move(path)), m_header(ReadHeader(*m_pFile)) {
     if (m_header.IsJet())
         CheckPassWord(m_header, passWord);
-    if (m_header.GetKey() != 0) {
-        std::vector<unsigned char> page(GetFormat().pageSize);
-        ReadPages(0, page);
-        m_pDecoder = MakePageDecoder(m_header, page, passWord);
-    }
+    if (m_header.GetKey() != 0)
+        m_decode = m_header.IsJet() ? MakeJetPageDecoder(m_header.GetKey()) : MakeAceDecoder(passWord);
+}
+
+/// The description of the encryption stands in the header page, behind its own size.
+FDecryptBlock CDatabase::MakeAceDecoder(const std::string& passWord) const {
+    constexpr std::size_t descriptionAt = 0x299;
+    std::vector<unsigned char> page(GetFormat().pageSize);
+    ReadPages(0, page);
+    CByteReader reader(std::span<const unsigned char>(page).subspan(descriptionAt));
+    return MakePageDecoder(m_header.GetKey(), reader.TakeBytes(reader.Take<std::uint16_t>()), passWord);
 }
 
 std::uint32_t CDatabase::GetPageCount() const {
@@ -49,8 +56,8 @@ void CDatabase::ReadPages(std::uint32_t first, std::span<unsigned char> target) 
 }
 
 void CDatabase::DecodePage(std::uint32_t page, std::span<unsigned char> bytes) const {
-    if (m_pDecoder != nullptr && page != 0)
-        m_pDecoder->Decode(page, bytes);
+    if (m_decode && page != 0)
+        m_decode(page, bytes);
 }
 
 void CDatabase::DecodeText(std::span<const unsigned char> bytes, CBstr& text) const {

@@ -5,8 +5,8 @@
 
 #include "platform/automation/Bstr.h"
 #include "providers/access/CHeaderPage.h"
-#include "providers/access/IPageDecoder.h"
 #include "providers/common/IRandomAccess.h"
+#include "providers/encryption/Encryption.h"
 
 #include <cstdint>
 #include <memory>
@@ -35,10 +35,12 @@ public:
     void DecodeText(std::span<const unsigned char> bytes, Platform::CBstr& text) const;
 
 private:
+    FDecryptBlock MakeAceDecoder(const std::string& passWord) const;
+
     std::shared_ptr<IRandomAccess> m_pFile;
     std::string m_strPath;
     CHeaderPage m_header;
-    std::unique_ptr<IPageDecoder> m_pDecoder; ///< null when pages stand in the file as they are
+    FDecryptBlock m_decode; ///< empty when pages stand in the file as they are
 };
 
 } // namespace NSTQ::Providers

@@ -149,9 +149,9 @@ CAgileEncryption::SLock CAgileEncryption::ReadLock(CXmlScanner& xml) {
     return lock;
 }
 
-bool CAgileEncryption::Unlock(std::span<const unsigned char> passWord) {
+void CAgileEncryption::Unlock(const CPassWord& passWord) {
     CHash hash(m_lock.eHash);
-    const CSecretBytes spun = hash.Spin(m_lock.salt, passWord, m_lock.spinCount);
+    const CSecretBytes spun = hash.Spin(m_lock.salt, passWord.Wide(), m_lock.spinCount);
     TBytes start = m_lock.salt;
     start.resize(CAesCipher::blockSize, padding);
     const auto unlock = [&](const TBytes& bytes, const TPurpose& purpose) {
@@ -162,16 +162,16 @@ bool CAgileEncryption::Unlock(std::span<const unsigned char> passWord) {
     const CSecretBytes digest = hash.Of({std::span(verifier).first(m_lock.salt.size())});
     const TBytes wanted = unlock(m_lock.verifierHash, verifierHashPurpose);
     if (!std::ranges::equal(digest.Bytes(), std::span(wanted).first(digest.Size())))
-        return false;
+        passWord.Refuse();
     TBytes key = unlock(m_lock.key, keyPurpose);
     m_cipher.emplace(std::span(key).first(m_data.keySize), EChaining::Cbc);
     m_dataHash.emplace(m_data.eHash);
     Wipe(key);
-    return true;
 }
 
-void CAgileEncryption::DecryptBlock(std::span<const unsigned char> blockKey, std::span<unsigned char> bytes) {
-    const CSecretBytes start = m_dataHash->Of({m_data.salt, blockKey}).Resized(CAesCipher::blockSize, padding);
+void CAgileEncryption::DecryptBlock(std::uint32_t number, std::span<unsigned char> bytes) {
+    const CSecretBytes start =
+        m_dataHash->Of({m_data.salt, LittleEndian32(number)}).Resized(CAesCipher::blockSize, padding);
     m_cipher->Decrypt(start.Bytes(), bytes);
 }
 

@@ -2,15 +2,15 @@
 // locked up under the password, and the key opens blocks of data that each have a start vector of their own.
 //
 //     CAgileEncryption encryption(descriptor);
-//     if (!encryption.Unlock(passWord.Wide()))
-//         passWord.Refuse();
-//     encryption.DecryptBlock(LittleEndian32(index), bytes);
+//     encryption.Unlock(passWord);
+//     encryption.DecryptBlock(number, bytes);
 //
 // That the data as a whole are unchanged is not checked: it would mean to read all of a file before its first row.
 #pragma once
 
 #include "providers/encryption/CAesCipher.h"
 #include "providers/encryption/CHash.h"
+#include "providers/encryption/CPassWord.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,13 +31,13 @@ public:
     /// not known, or has a lock for certificates only.
     explicit CAgileEncryption(std::span<const unsigned char> descriptor);
 
-    /// Finds the key. False when the password (UTF-16, the lower byte first) is wrong. Takes as long as the
-    /// descriptor's spin count wants.
-    bool Unlock(std::span<const unsigned char> passWord);
+    /// Finds the key, which takes as long as the descriptor's spin count wants. Throws CPassWordRefused when the
+    /// password is not the right one.
+    void Unlock(const CPassWord& passWord);
 
-    /// Decrypts in place a block of data, whose size is a multiple of 16. `blockKey` tells the block: the number of a
-    /// package's segment as four bytes, for instance. To be called after Unlock has returned true.
-    void DecryptBlock(std::span<const unsigned char> blockKey, std::span<unsigned char> bytes);
+    /// Decrypts in place the block of data that has this number; its size is a multiple of 16. To be called after
+    /// Unlock.
+    void DecryptBlock(std::uint32_t number, std::span<unsigned char> bytes);
 
 private:
     using TBytes = std::vector<unsigned char>;

@@ -18,7 +18,7 @@ std::uint64_t RoundUp(std::uint64_t size) {
 
 } // namespace
 
-CDecryptedPackage::CDecryptedPackage(std::shared_ptr<IRandomAccess> stream, FDecryptSegment decrypt)
+CDecryptedPackage::CDecryptedPackage(std::shared_ptr<IRandomAccess> stream, FDecryptBlock decrypt)
     : m_pStream(std::move(stream)), m_decrypt(std::move(decrypt)) {
     std::array<unsigned char, sizeFieldSize> size = {};
     m_pStream->ReadAt(0, size);

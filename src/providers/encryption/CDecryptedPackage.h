@@ -1,23 +1,20 @@
 // An encrypted package as if it were not: decrypted where it is read, a window of some segments at a time.
 #pragma once
 
-#include "providers/common/IRandomAccess.h"
+#include "providers/encryption/Encryption.h"
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <vector>
 
 namespace NSTQ::Providers {
 
-/// Decrypts in place a segment of 4096 bytes (the last one has fewer, in multiples of 16).
-using FDecryptSegment = std::function<void(std::uint32_t index, std::span<unsigned char> bytes)>;
-
 class CDecryptedPackage : public IRandomAccess {
 public:
-    /// `stream` holds the package's size and the segments. Throws CSourceError when the size does not fit it.
-    CDecryptedPackage(std::shared_ptr<IRandomAccess> stream, FDecryptSegment decrypt);
+    /// `stream` holds the package's size and the segments: 4096 bytes each, the last one fewer, in multiples of 16.
+    /// Throws CSourceError when the size does not fit it.
+    CDecryptedPackage(std::shared_ptr<IRandomAccess> stream, FDecryptBlock decrypt);
 
     std::uint64_t Size() const override { return m_size; }
     void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override;
@@ -39,7 +36,7 @@ private:
     void Fill(SWindow& window, std::uint64_t index);
 
     std::shared_ptr<IRandomAccess> m_pStream;
-    FDecryptSegment m_decrypt;
+    FDecryptBlock m_decrypt;
     std::uint64_t m_size = 0;
     std::array<SWindow, windowCount> m_windows;
     std::uint64_t m_useCount = 0;

@@ -14,7 +14,8 @@ constexpr std::string_view defaultPassWord = "VelvetSweatshop";
 
 } // namespace
 
-CPassWord::CPassWord(const std::string& passWord) : m_isGiven(!passWord.empty()) {
+CPassWord::CPassWord(const std::string& passWord, HRESULT refusal)
+    : m_isGiven(!passWord.empty()), m_refusal(refusal) {
     const std::string_view text = m_isGiven ? std::string_view(passWord) : defaultPassWord;
     m_ansi.assign(text.begin(), text.end());
     const int size = static_cast<int>(text.size());
@@ -35,7 +36,7 @@ CPassWord::~CPassWord() {
 }
 
 void CPassWord::Refuse() const {
-    throw CPassWordRefused(m_isGiven ? "the password is wrong" : "encrypted; it needs a password");
+    throw CPassWordRefused(m_isGiven ? "the password is wrong" : "encrypted; it needs a password", m_refusal);
 }
 
 } // namespace NSTQ::Providers

@@ -1,6 +1,8 @@
 // The password for one file, in the forms that the schemes need. Wiped when it is done with.
 #pragma once
 
+#include "tqcAccess/ComError.h"
+
 #include <span>
 #include <string>
 #include <vector>
@@ -10,8 +12,8 @@ namespace NSTQ::Providers {
 class CPassWord {
 public:
     /// `passWord` is in the ANSI code page; an empty one stands for none, and then for the one that programs use to
-    /// encrypt a workbook for which nobody gave a password.
-    explicit CPassWord(const std::string& passWord);
+    /// encrypt a workbook for which nobody gave a password. A password that does not fit is refused with `refusal`.
+    explicit CPassWord(const std::string& passWord, Platform::HRESULT refusal = Platform::E_FAIL);
     CPassWord(const CPassWord&) = delete;
     CPassWord& operator=(const CPassWord&) = delete;
     ~CPassWord();
@@ -21,12 +23,13 @@ public:
     /// In the ANSI code page.
     std::span<const unsigned char> Ansi() const { return m_ansi; }
 
-    /// Throws CPassWordRefused (E_FAIL) for a password that does not fit: that one is needed, when none was given,
+    /// Throws CPassWordRefused for a password that does not fit: that one is needed, when none was given,
     /// else that it is wrong.
     [[noreturn]] void Refuse() const;
 
 private:
     bool m_isGiven;
+    Platform::HRESULT m_refusal;
     std::vector<unsigned char> m_ansi;
     std::vector<unsigned char> m_wide;
 };

@@ -1,8 +1,8 @@
 #include "providers/encryption/CRc4Keys.h"
 
 #include "providers/common/CByteReader.h"
-#include "providers/common/CSourceError.h"
 #include "providers/encryption/CRc4.h"
+#include "providers/encryption/SEncryptionInfo.h"
 
 #include <algorithm>
 
@@ -22,7 +22,7 @@ CRc4Keys CRc4Keys::Make40Bit(std::span<const unsigned char> description, const C
     const auto verifier = reader.TakeBytes(16);
     const auto verifierHash = reader.TakeBytes(16);
     if (!reader.IsGood())
-        throw CSourceError("the description of its encryption is damaged");
+        FailWithDamagedEncryption();
     CHash hash(EHash::Md5);
     const CSecretBytes begin = hash.Of({passWord.Wide()}).Resized(shortKeySize, 0);
     std::vector<unsigned char> repeated;
@@ -32,17 +32,19 @@ CRc4Keys CRc4Keys::Make40Bit(std::span<const unsigned char> description, const C
     }
     CRc4Keys keys(EHash::Md5, hash.Of({repeated}).Resized(shortKeySize, 0), fullKeySize);
     Wipe(repeated);
-    keys.Verify(verifier, verifierHash);
+    if (!keys.Opens(verifier, verifierHash))
+        passWord.Refuse();
     return keys;
 }
 
 CRc4Keys CRc4Keys::MakeCryptoApi(const SCryptoApi& description, const CPassWord& passWord) {
     if (description.algorithm != SCryptoApi::rc4 || description.keySize < shortKeySize ||
         description.keySize > fullKeySize)
-        throw CSourceError("encrypted in an unknown way");
+        FailWithUnknownAlgorithm(description);
     CHash hash(EHash::Sha1);
     CRc4Keys keys(EHash::Sha1, hash.Of({description.salt, passWord.Wide()}), description.keySize);
-    keys.Verify(description.verifier, description.verifierHash);
+    if (!keys.Opens(description.verifier, description.verifierHash))
+        passWord.Refuse();
     return keys;
 }
 
@@ -52,7 +54,8 @@ CSecretBytes CRc4Keys::BlockKey(std::uint32_t block) {
     return m_keySize == shortKeySize ? key.Resized(fullKeySize, 0) : key;
 }
 
-void CRc4Keys::Verify(std::span<const unsigned char> verifier, std::span<const unsigned char> verifierHash) {
+/// Whether the keys are those with which the verifier was encrypted.
+bool CRc4Keys::Opens(std::span<const unsigned char> verifier, std::span<const unsigned char> verifierHash) {
     const CSecretBytes key = BlockKey(0);
     CRc4 cipher(key.Bytes());
     CSecretBytes plain(verifier.size());
@@ -61,7 +64,7 @@ void CRc4Keys::Verify(std::span<const unsigned char> verifier, std::span<const u
     CSecretBytes digest(m_hash.Size());
     std::ranges::copy(verifierHash.first(m_hash.Size()), digest.Bytes().begin());
     cipher.Apply(digest.Bytes());
-    m_isRight = std::ranges::equal(digest.Bytes(), m_hash.Of({plain.Bytes()}).Bytes());
+    return std::ranges::equal(digest.Bytes(), m_hash.Of({plain.Bytes()}).Bytes());
 }
 
 } // namespace NSTQ::Providers

@@ -15,25 +15,24 @@ namespace NSTQ::Providers {
 class CRc4Keys {
 public:
     /// The 40-bit scheme (MD5). `description` is what stands behind the version: salt, verifier and its digest, 16
-    /// bytes each. Throws CSourceError when it is shorter.
+    /// bytes each. Throws CSourceError when it is shorter, CPassWordRefused for a password that
+    /// is not the right one.
     static CRc4Keys Make40Bit(std::span<const unsigned char> description, const CPassWord& passWord);
-    /// The scheme of the system's cryptography (SHA-1, 40 to 128 bits). Throws CSourceError for another algorithm.
+    /// The scheme of the system's cryptography (SHA-1, 40 to 128 bits). Throws CSourceError for another algorithm,
+    /// CPassWordRefused as above.
     static CRc4Keys MakeCryptoApi(const SCryptoApi& description, const CPassWord& passWord);
 
-    /// Whether the password was the right one.
-    bool IsRight() const { return m_isRight; }
     /// The key of a block, ready for CRc4.
     CSecretBytes BlockKey(std::uint32_t block);
 
 private:
     CRc4Keys(EHash hash, const CSecretBytes& passWordHash, std::size_t keySize)
         : m_hash(hash), m_passWordHash(passWordHash), m_keySize(keySize) {}
-    void Verify(std::span<const unsigned char> verifier, std::span<const unsigned char> verifierHash);
+    bool Opens(std::span<const unsigned char> verifier, std::span<const unsigned char> verifierHash);
 
     CHash m_hash;
     CSecretBytes m_passWordHash;
     std::size_t m_keySize; ///< bytes of the digest that the key takes; the rest of it is 0
-    bool m_isRight = false;
 };
 
 } // namespace NSTQ::Providers

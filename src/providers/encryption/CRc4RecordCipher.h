@@ -4,7 +4,7 @@
 
 #include "providers/encryption/CRc4.h"
 #include "providers/encryption/CRc4Keys.h"
-#include "providers/encryption/CRecordCipher.h"
+#include "providers/encryption/IRecordCipher.h"
 
 #include <optional>
 

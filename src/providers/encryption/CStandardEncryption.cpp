@@ -1,7 +1,5 @@
 #include "providers/encryption/CStandardEncryption.h"
 
-#include "providers/common/CSourceError.h"
-
 #include <algorithm>
 
 namespace NSTQ::Providers {
@@ -38,17 +36,18 @@ CStandardEncryption::CStandardEncryption(const SCryptoApi& description, std::uin
         return cipher.algorithm == description.algorithm && cipher.keySize == description.keySize;
     });
     if (!isKnown)
-        throw CSourceError("encrypted in an unknown way");
+        FailWithUnknownAlgorithm(description);
 }
 
-bool CStandardEncryption::Unlock(std::span<const unsigned char> passWord) {
-    m_passWordHash = m_hash.Spin(m_description.salt, passWord, m_spinCount);
+void CStandardEncryption::Unlock(const CPassWord& passWord) {
+    m_passWordHash = m_hash.Spin(m_description.salt, passWord.Wide(), m_spinCount);
     SelectBlock(0);
     auto verifier = m_description.verifier;
     auto verifierHash = m_description.verifierHash;
     Decrypt(verifier);
     Decrypt(verifierHash);
-    return std::ranges::equal(m_hash.Of({verifier}).Bytes(), std::span(verifierHash).first(m_hash.Size()));
+    if (!std::ranges::equal(m_hash.Of({verifier}).Bytes(), std::span(verifierHash).first(m_hash.Size())))
+        passWord.Refuse();
 }
 
 void CStandardEncryption::SelectBlock(std::uint32_t block) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "providers/encryption/CAesCipher.h"
+#include "providers/encryption/CPassWord.h"
 #include "providers/encryption/CryptoApi.h"
 
 #include <optional>
@@ -17,13 +18,13 @@ public:
     /// Throws CSourceError for another cipher.
     explicit CStandardEncryption(const SCryptoApi& description, std::uint32_t spinCount = packageSpinCount);
 
-    /// Makes the key. False when the password (UTF-16, the lower byte first) is wrong.
-    bool Unlock(std::span<const unsigned char> passWord);
+    /// Makes the key. Throws CPassWordRefused when the password is not the right one.
+    void Unlock(const CPassWord& passWord);
 
-    /// Goes over to the key of a block, 0 being that of a package. To be called after Unlock has returned true.
+    /// Goes over to the key of a block, 0 being that of a package. To be called after Unlock.
     void SelectBlock(std::uint32_t block);
 
-    /// Decrypts in place whole blocks of 16 bytes. To be called after Unlock has returned true.
+    /// Decrypts in place whole blocks of 16 bytes. To be called after Unlock.
     void Decrypt(std::span<unsigned char> bytes) { m_cipher->Decrypt({}, bytes); }
 
 private:

@@ -1,8 +1,8 @@
 // Records that are obfuscated: every byte rotated and combined with one of 16 bytes that the password gives.
 #pragma once
 
-#include "providers/encryption/CRecordCipher.h"
 #include "providers/encryption/CSecretBytes.h"
+#include "providers/encryption/IRecordCipher.h"
 
 namespace NSTQ::Providers {
 

@@ -1,7 +1,7 @@
 #include "providers/encryption/CryptoApi.h"
 
 #include "providers/common/CByteReader.h"
-#include "providers/common/CSourceError.h"
+#include "providers/encryption/SEncryptionInfo.h"
 
 #include <algorithm>
 
@@ -31,11 +31,16 @@ SCryptoApi ReadCryptoApi(std::span<const unsigned char> bytes) {
     std::ranges::copy(reader.TakeBytes(hashRoom), info.verifierHash.begin());
     if (!isHeaderGood || !reader.IsGood() || saltSize != info.salt.size() || hashSize != 20 || keyBits > 256 ||
         keyBits % 8 != 0)
-        throw CSourceError("the description of its encryption is damaged");
+        FailWithDamagedEncryption();
     if (hashAlgorithm != sha1 && hashAlgorithm != 0)
-        throw CSourceError("encrypted with an unknown digest");
+        FailWithUnknownEncryption("digest " + std::to_string(hashAlgorithm));
     info.keySize = keyBits == 0 ? 5 : keyBits / 8;
     return info;
+}
+
+void FailWithUnknownAlgorithm(const SCryptoApi& description) {
+    FailWithUnknownEncryption("algorithm " + std::to_string(description.algorithm) + " with a key of " +
+                              std::to_string(description.keySize) + " bytes");
 }
 
 CSecretBytes HashBlock(CHash& hash, const CSecretBytes& passWordHash, std::uint32_t block) {

@@ -24,6 +24,9 @@ struct SCryptoApi {
 /// other than SHA-1.
 SCryptoApi ReadCryptoApi(std::span<const unsigned char> bytes);
 
+/// Throws CSourceError for a cipher or a size of key that this kind of file does not have.
+[[noreturn]] void FailWithUnknownAlgorithm(const SCryptoApi& description);
+
 /// Digest of a password's digest and a block's number, from which the block's key is made.
 CSecretBytes HashBlock(CHash& hash, const CSecretBytes& passWordHash, std::uint32_t block);
 

@@ -1,11 +1,8 @@
-#include "providers/encryption/EncryptedPackage.h"
-
-#include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
 #include "providers/encryption/CAgileEncryption.h"
 #include "providers/encryption/CDecryptedPackage.h"
-#include "providers/encryption/CPassWord.h"
 #include "providers/encryption/CStandardEncryption.h"
+#include "providers/encryption/SEncryptionInfo.h"
 
 namespace NSTQ::Providers {
 
@@ -13,35 +10,17 @@ namespace {
 
 constexpr std::uint64_t maxDescriptionSize = 1U << 20;
 
-FDecryptSegment UnlockAgile(std::span<const unsigned char> description, const CPassWord& passWord) {
-    // A number without meaning stands before the descriptor.
-    const auto encryption =
-        std::make_shared<CAgileEncryption>(description.subspan(std::min<std::size_t>(4, description.size())));
-    if (!encryption->Unlock(passWord.Wide()))
-        passWord.Refuse();
-    return [encryption](std::uint32_t index, std::span<unsigned char> bytes) {
-        encryption->DecryptBlock(LittleEndian32(index), bytes);
-    };
-}
-
-FDecryptSegment UnlockStandard(std::span<const unsigned char> description, const CPassWord& passWord) {
-    const auto encryption = std::make_shared<CStandardEncryption>(ReadCryptoApi(description));
-    if (!encryption->Unlock(passWord.Wide()))
-        passWord.Refuse();
-    return [encryption](std::uint32_t, std::span<unsigned char> bytes) { encryption->Decrypt(bytes); };
-}
-
-FDecryptSegment Unlock(std::span<const unsigned char> description, const CPassWord& passWord) {
-    CByteReader reader(description);
-    const auto major = reader.Take<std::uint16_t>();
-    const auto minor = reader.Take<std::uint16_t>();
-    const auto rest = reader.TakeBytes(reader.Left());
-    if (major == 4 && minor == 4)
-        return UnlockAgile(rest, passWord);
-    if (major >= 2 && major <= 4 && minor == 2)
-        return UnlockStandard(rest, passWord);
-    throw CSourceError("encrypted in an unknown way (version " + std::to_string(major) + '.' + std::to_string(minor) +
-                       ")");
+FDecryptBlock Unlock(std::span<const unsigned char> description, const CPassWord& passWord) {
+    using enum SEncryptionInfo::EScheme;
+    const SEncryptionInfo info = ReadEncryptionInfo(description, {CryptoApi, Agile});
+    if (info.scheme == Agile) {
+        const auto agile = std::make_shared<CAgileEncryption>(info.description);
+        agile->Unlock(passWord);
+        return [agile](std::uint32_t number, std::span<unsigned char> bytes) { agile->DecryptBlock(number, bytes); };
+    }
+    const auto aes = std::make_shared<CStandardEncryption>(ReadCryptoApi(info.description));
+    aes->Unlock(passWord);
+    return [aes](std::uint32_t, std::span<unsigned char> bytes) { aes->Decrypt(bytes); };
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include "providers/common/IRandomAccess.h"
 #include "providers/common/LittleEndian.h"
-#include "providers/encryption/CRecordCipher.h"
+#include "providers/encryption/IRecordCipher.h"
 #include "providers/xls/RecordTypes.h"
 
 #include <memory>

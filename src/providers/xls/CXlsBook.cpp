@@ -3,6 +3,7 @@
 #include "providers/common/CSourceError.h"
 #include "providers/common/CodePageText.h"
 #include "providers/common/Utf8Text.h"
+#include "providers/encryption/Encryption.h"
 #include "providers/xls/CRecordCells.h"
 #include "tqcAccess/CodePage.h"
 
@@ -31,16 +32,6 @@ std::string NarrowCode(std::u16string_view code) {
     for (const char16_t unit : code)
         narrow += unit < 0x80 ? static_cast<char>(unit) : '\x80';
     return narrow;
-}
-
-std::unique_ptr<IRecordCipher> OpenCipher([[maybe_unused]] std::span<const unsigned char> filePass,
-                                          [[maybe_unused]] EBiff version,
-                                          [[maybe_unused]] const std::string& passWord) {
-#if defined(TQC_WITH_ENCRYPTION)
-    return MakeRecordCipher(filePass, version == EBiff::Biff8, passWord);
-#else
-    throw CSourceError("encrypted; this build opens no encrypted workbooks");
-#endif
 }
 
 [[noreturn]] void FailWithOldVersion(const char* version) {
@@ -89,7 +80,7 @@ void CXlsBook::ReadBegin(CRecordReader& records) {
 void CXlsBook::ReadRecord(CRecordReader& records, SGlobals& globals, const std::string& passWord) {
     switch (records.GetType()) {
     case ERecord::FilePass:
-        m_pCipher = OpenCipher(records.GetBody(), m_form.eVersion, passWord);
+        m_pCipher = MakeRecordCipher(records.GetBody(), m_form.eVersion == EBiff::Biff8, passWord);
         records.SetCipher(m_pCipher);
         break;
     case ERecord::CodePage:

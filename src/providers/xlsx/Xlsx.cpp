@@ -1,9 +1,7 @@
 #include "providers/xlsx/Xlsx.h"
 
 #include "providers/common/CSourceError.h"
-#if defined(TQC_WITH_ENCRYPTION)
-#include "providers/encryption/EncryptedPackage.h"
-#endif
+#include "providers/encryption/Encryption.h"
 #include "providers/workbook/CWorkbookSource.h"
 #include "providers/xlsx/CXlsxBook.h"
 
@@ -16,14 +14,7 @@ namespace {
 /// The package itself: the file, or what an encrypted package holds.
 std::shared_ptr<IRandomAccess> OpenPackage(CSourceInput& input, const std::string& passWord) {
     CCompoundFile* const compound = input.GetCompound();
-    if (compound == nullptr)
-        return input.GetFile();
-#if defined(TQC_WITH_ENCRYPTION)
-    return OpenEncryptedPackage(*compound, passWord);
-#else
-    static_cast<void>(passWord);
-    throw CSourceError("encrypted; this build opens no encrypted workbooks");
-#endif
+    return compound == nullptr ? input.GetFile() : OpenEncryptedPackage(*compound, passWord);
 }
 
 } // namespace

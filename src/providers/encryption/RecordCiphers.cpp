@@ -1,9 +1,8 @@
-#include "providers/encryption/CRecordCipher.h"
-
 #include "providers/common/CByteReader.h"
-#include "providers/common/CSourceError.h"
 #include "providers/encryption/CRc4RecordCipher.h"
 #include "providers/encryption/CXorRecordCipher.h"
+#include "providers/encryption/Encryption.h"
+#include "providers/encryption/SEncryptionInfo.h"
 
 namespace NSTQ::Providers {
 
@@ -13,25 +12,19 @@ std::unique_ptr<IRecordCipher> MakeXorCipher(CByteReader& reader, const CPassWor
     const auto key = reader.Take<std::uint16_t>();
     const auto verifier = reader.Take<std::uint16_t>();
     if (!reader.IsGood())
-        throw CSourceError("the description of its encryption is damaged");
+        FailWithDamagedEncryption();
     auto cipher = std::make_unique<CXorRecordCipher>(passWord.Ansi());
     if (!cipher->IsRight(key, verifier))
         passWord.Refuse();
     return cipher;
 }
 
-std::unique_ptr<IRecordCipher> MakeRc4Cipher(CByteReader& reader, const CPassWord& passWord) {
-    const auto major = reader.Take<std::uint16_t>();
-    const auto minor = reader.Take<std::uint16_t>();
-    const auto description = reader.TakeBytes(reader.Left());
-    const bool isCryptoApi = major >= 2 && major <= 4 && minor == 2;
-    if (!isCryptoApi && (major != 1 || minor != 1))
-        throw CSourceError("encrypted in an unknown way");
-    CRc4Keys keys = isCryptoApi ? CRc4Keys::MakeCryptoApi(ReadCryptoApi(description), passWord)
-                                : CRc4Keys::Make40Bit(description, passWord);
-    if (!keys.IsRight())
-        passWord.Refuse();
-    return std::make_unique<CRc4RecordCipher>(std::move(keys));
+std::unique_ptr<IRecordCipher> MakeRc4Cipher(std::span<const unsigned char> bytes, const CPassWord& passWord) {
+    using enum SEncryptionInfo::EScheme;
+    const SEncryptionInfo info = ReadEncryptionInfo(bytes, {Rc4Of40Bits, CryptoApi});
+    return std::make_unique<CRc4RecordCipher>(info.scheme == CryptoApi
+                                                  ? CRc4Keys::MakeCryptoApi(ReadCryptoApi(info.description), passWord)
+                                                  : CRc4Keys::Make40Bit(info.description, passWord));
 }
 
 } // namespace
@@ -46,8 +39,8 @@ std::unique_ptr<IRecordCipher> MakeRecordCipher(std::span<const unsigned char> f
     if (kind == Xor)
         return MakeXorCipher(reader, secret);
     if (kind == Rc4)
-        return MakeRc4Cipher(reader, secret);
-    throw CSourceError("encrypted in an unknown way");
+        return MakeRc4Cipher(reader.TakeBytes(reader.Left()), secret);
+    FailWithUnknownEncryption("kind " + std::to_string(kind));
 }
 
 } // namespace NSTQ::Providers

@@ -6,9 +6,7 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
-#include <string>
 
 namespace NSTQ::Providers {
 
@@ -19,11 +17,5 @@ public:
     /// `recordSize` is the size of the whole body. Any order of positions is right, going forward costs least.
     virtual void Decrypt(std::span<unsigned char> bytes, std::uint64_t streamPosition, std::uint16_t recordSize) = 0;
 };
-
-/// The cipher that the record FILEPASS describes; `filePassRecord` is its body. `passWord` is in the ANSI code page,
-/// empty for none. Throws CSourceError: the password is missing or wrong (E_FAIL, the text says which), the record is
-/// damaged, or the encryption is of an unknown kind.
-std::unique_ptr<IRecordCipher> MakeRecordCipher(std::span<const unsigned char> filePassRecord, bool isBiff8,
-                                                const std::string& passWord);
 
 } // namespace NSTQ::Providers

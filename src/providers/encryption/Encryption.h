@@ -1,0 +1,41 @@
+// The way into encrypted files: all that the other providers need of this folder. A build without libcrypto has the
+// stand-ins of EncryptionAbsent.cpp instead, each of which throws CSourceError.
+//
+// Passwords are in the ANSI code page. Each function throws CSourceError when the description of the encryption is
+// damaged or the encryption is of an unknown kind, and CPassWordRefused, whose text says which, when the password is
+// missing or wrong.
+#pragma once
+
+#include "providers/common/IRandomAccess.h"
+#include "providers/compound/CCompoundFile.h"
+#include "providers/encryption/IRecordCipher.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace NSTQ::Providers {
+
+/// Decrypts in place one of the numbered blocks that a file is encrypted in: a package's segment or a database's
+/// page.
+using FDecryptBlock = std::function<void(std::uint32_t number, std::span<unsigned char> bytes)>;
+
+/// The package (an xlsx workbook) that a compound file holds, decrypted where it is read; it may be read after `file`
+/// is gone. Without a password the one is tried that programs use when nobody gave one.
+std::shared_ptr<IRandomAccess> OpenEncryptedPackage(CCompoundFile& file, const std::string& passWord);
+
+/// The cipher that the record FILEPASS of an xls workbook describes; `filePassRecord` is its body. Without a password
+/// as above.
+std::unique_ptr<IRecordCipher> MakeRecordCipher(std::span<const unsigned char> filePassRecord, bool isBiff8,
+                                                const std::string& passWord);
+
+/// Decrypts the pages of an ACE database. `key` and `description` are those of its header page. Refuses with
+/// DB_SEC_E_AUTH_FAILED.
+FDecryptBlock MakePageDecoder(std::uint32_t key, std::span<const unsigned char> description,
+                              const std::string& passWord);
+/// Decodes the pages of a Jet database, which takes no password.
+FDecryptBlock MakeJetPageDecoder(std::uint32_t key);
+
+} // namespace NSTQ::Providers

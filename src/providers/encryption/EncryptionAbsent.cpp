@@ -1,0 +1,31 @@
+// Stands in for this folder when the build has left encryption out.
+#include "providers/common/CSourceError.h"
+#include "providers/encryption/Encryption.h"
+
+namespace NSTQ::Providers {
+
+namespace {
+
+[[noreturn]] void Fail() {
+    throw CSourceError("encrypted, and this build opens no encrypted files");
+}
+
+} // namespace
+
+std::shared_ptr<IRandomAccess> OpenEncryptedPackage(CCompoundFile&, const std::string&) {
+    Fail();
+}
+
+std::unique_ptr<IRecordCipher> MakeRecordCipher(std::span<const unsigned char>, bool, const std::string&) {
+    Fail();
+}
+
+FDecryptBlock MakePageDecoder(std::uint32_t, std::span<const unsigned char>, const std::string&) {
+    Fail();
+}
+
+FDecryptBlock MakeJetPageDecoder(std::uint32_t) {
+    Fail();
+}
+
+} // namespace NSTQ::Providers
