@@ -21,13 +21,18 @@ namespace {
 
 bool HasExtension(const std::string& name, const std::string& extension) {
     const auto isEqual = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
-    return name.size() >= extension.size() && std::equal(name.end() - static_cast<std::ptrdiff_t>(extension.size()),
-                                                         name.end(), extension.begin(), extension.end(), isEqual);
+    return name.size() > extension.size() && std::equal(name.end() - static_cast<std::ptrdiff_t>(extension.size()),
+                                                        name.end(), extension.begin(), extension.end(), isEqual);
 }
 
 std::string TemporaryFolder() {
     const char* const folder = std::getenv("TMPDIR");
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
+/// A template for a name in the temporary folder.
+std::string PrivateName(const std::string& extension) {
+    return TemporaryFolder() + "/tqc-XXXXXX" + extension;
 }
 
 bool IsStream(const std::string& name) {
@@ -37,56 +42,59 @@ bool IsStream(const std::string& name) {
 
 } // namespace
 
-CInputFile::CInputFile(const SOptions& options, const std::string& name) : m_options(options) {
-    m_options.strFile = m_options.strPath = name;
+CInputFile::CInputFile(const SOptions& options, const std::string& name)
+    : m_options(options), m_name(name), m_path(name), m_type(options.type) {
     if (IsStandardInput(name)) {
         TakeStream(STDIN_FILENO);
-        return;
-    }
-    if (IsStream(name)) {
-        m_stream.Reset(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-        if (m_stream.Get() < 0)
+    } else if (IsStream(name)) {
+        m_opened.Reset(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        if (m_opened.Get() < 0)
             throw CFailure(ES_NOT_FOUND, name, SCErrorText::OfSystem(errno));
-        TakeStream(m_stream.Get());
-        return;
+        TakeStream(m_opened.Get());
+    } else {
+        TakeFile();
     }
-    if (!options.type)
-        FindContent();
-    const std::string extension = m_options.type ? '.' + SCTypeNames::Of(*m_options.type) : "";
-    if (m_options.type && !SCTypeNames::IsText(*m_options.type) && !HasExtension(name, extension))
-        LinkUnderExtension(extension);
 }
 
 CInputFile::~CInputFile() {
-    if (m_strRemove.empty())
+    if (m_temporary.empty())
         return;
     const SCSignals::CHeld held;
-    ::unlink(m_strRemove.c_str());
-    SCSignals::ForgetFile(m_strRemove.c_str());
+    ::unlink(m_temporary.c_str());
+    SCSignals::ForgetFile(m_temporary.c_str());
 }
 
-/// A template for a name in the temporary folder.
-std::string CInputFile::PrivateName(const std::string& extension) const {
-    return TemporaryFolder() + "/tqc-XXXXXX" + extension;
+void CInputFile::TakeFile() {
+    m_isFile = true;
+    const CDescriptor file = CFileHead::Open(m_path, m_name);
+    m_head = CFileHead(file.Get(), m_name);
+    if (!m_type)
+        m_type = SCContentProbe::FindType(file.Get(), m_head);
+    const std::string extension = m_type ? '.' + SCTypeNames::Of(*m_type) : "";
+    if (m_type && !SCTypeNames::IsText(*m_type) && !HasExtension(m_name, extension))
+        LinkUnderExtension(extension);
 }
 
 void CInputFile::TakeStream(int descriptor) {
-    if (!m_options.type && !m_options.separator && IsStandardInput(m_options.strFile))
+    if (!m_type && !m_options.separator && IsStandardInput(m_name))
         throw CFailure(ES_USAGE, "-",
                        "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
-    const auto type = m_options.type.value_or(SCTypeNames::OfFile(m_options.strFile));
+    const auto type = m_type.value_or(SCTypeNames::OfFile(m_name));
     const bool isText = type == SCDeclareConstant::SFT_UNKNOWN || SCTypeNames::IsText(type);
     if (isText && MayStream()) {
-        m_options.iStream = descriptor;
+        m_stream = descriptor;
+        m_head = CFileHead(descriptor, m_name);
         return;
     }
-    if (type != SCDeclareConstant::SFT_UNKNOWN)
-        m_options.type = type; // the copy's name does not tell
-    if (isText)
+    if (isText) {
         CreateNameless();
-    else
+    } else {
+        m_type = type; // the copy goes by it
         CreateNamed('.' + SCTypeNames::Of(type));
+    }
     CopyStream(descriptor);
+    ::lseek(m_copy.Get(), 0, SEEK_SET);
+    m_head = CFileHead(m_copy.Get(), m_name);
 }
 
 bool CInputFile::MayStream() const {
@@ -99,7 +107,7 @@ void CInputFile::CopyStream(int descriptor) {
     for (;;) {
         const ssize_t got = CDescriptor::Read(descriptor, bytes.data(), bytes.size());
         if (got < 0)
-            throw CFailure(ES_NOT_FOUND, m_options.strFile, "cannot be read: " + SCErrorText::OfSystem(errno));
+            throw CFailure(ES_NOT_FOUND, m_name, "cannot be read: " + SCErrorText::OfSystem(errno));
         if (got == 0)
             return;
         for (ssize_t done = 0; done < got;) {
@@ -113,7 +121,7 @@ void CInputFile::CopyStream(int descriptor) {
 
 /// For the reason that the system gives.
 void CInputFile::FailToStore(const std::string& hint) const {
-    const std::string input = IsStandardInput(m_options.strFile) ? "standard input" : m_options.strFile;
+    const std::string input = IsStandardInput(m_name) ? "standard input" : m_name;
     throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
                    input + " cannot be stored there: " + SCErrorText::OfSystem(errno) + hint);
 }
@@ -124,11 +132,11 @@ void CInputFile::CreateNameless() {
     if (m_copy.Get() < 0) {
         const SCSignals::CHeld held;
         CreateNamed("");
-        ::unlink(m_strRemove.c_str());
-        SCSignals::ForgetFile(m_strRemove.c_str());
-        m_strRemove.clear();
+        ::unlink(m_temporary.c_str());
+        SCSignals::ForgetFile(m_temporary.c_str());
+        m_temporary.clear();
     }
-    m_options.strPath = "/proc/self/fd/" + std::to_string(m_copy.Get());
+    m_path = "/proc/self/fd/" + std::to_string(m_copy.Get());
 }
 
 void CInputFile::CreateNamed(const std::string& extension) {
@@ -137,41 +145,31 @@ void CInputFile::CreateNamed(const std::string& extension) {
     m_copy.Reset(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
     if (m_copy.Get() < 0)
         FailToStore("");
-    m_options.strPath = m_strRemove = path;
-    SCSignals::RemoveFile(m_strRemove.c_str());
-}
-
-/// What cannot be opened is left to what opens it in earnest.
-void CInputFile::FindContent() {
-    const CDescriptor file(::open(m_options.strPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return;
-    if (const auto type = SCContentProbe::FindType(file.Get()); type != SCDeclareConstant::SFT_UNKNOWN)
-        m_options.type = type;
+    m_path = m_temporary = path;
+    SCSignals::RemoveFile(m_temporary.c_str());
 }
 
 void CInputFile::LinkUnderExtension(const std::string& extension) {
     std::array<char, PATH_MAX> real{};
-    if (::realpath(m_options.strFile.c_str(), real.data()) == nullptr)
-        throw CFailure(ES_NOT_FOUND, m_options.strFile, SCErrorText::OfSystem(errno));
+    if (::realpath(m_name.c_str(), real.data()) == nullptr)
+        throw CFailure(ES_NOT_FOUND, m_name, SCErrorText::OfSystem(errno));
     std::string path = PrivateName(extension);
     const SCSignals::CHeld held;
     const CDescriptor file(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
     // The name is this program's own: the folder lets nobody else take it in between.
     if (file.Get() < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
         throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(), SCErrorText::OfSystem(errno));
-    m_options.strPath = m_strRemove = path;
-    SCSignals::RemoveFile(m_strRemove.c_str());
+    m_path = m_temporary = path;
+    SCSignals::RemoveFile(m_temporary.c_str());
 }
 
 CFailure CInputFile::Explain(const Platform::_com_error& error) const {
     std::string text = error.what();
-    const std::size_t at = text.find(m_options.strPath);
+    const std::size_t at = text.find(m_path);
     if (at != std::string::npos)
-        text.replace(at, m_options.strPath.size(), m_options.strFile);
+        text.replace(at, m_path.size(), m_name);
     else
-        text = m_options.strFile + ": " + text;
+        text = m_name + ": " + text;
     if (SCPassWord::IsRefusal(error))
         return {ES_PASSWORD,
                 text + (SCPassWord::IsGiven(m_options) ? "" : "; give it with --password-file or --password-fd")};

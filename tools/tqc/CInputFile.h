@@ -7,19 +7,21 @@
 // that does, because the library goes by the name.
 #pragma once
 
-#include "SOptions.h"
-
 #include "CDescriptor.h"
 #include "CFailure.h"
+#include "CFileHead.h"
+#include "SOptions.h"
 #include "tqcAccess/ComError.h"
 
+#include <optional>
 #include <string>
 
 namespace NSTQ::Tool {
 
 class CInputFile {
 public:
-    /// Opens a pipe, which waits for its writer; copies what cannot be read where it is. Throws CFailure.
+    /// Opens a pipe, which waits for its writer; copies what cannot be read where it is; looks at the beginning. The
+    /// options must outlive it. Throws CFailure.
     CInputFile(const SOptions& options, const std::string& name);
     ~CInputFile();
     CInputFile(const CInputFile&) = delete;
@@ -27,27 +29,41 @@ public:
 
     static bool IsStandardInput(const std::string& name) { return name == "-"; }
 
-    /// The options for this input alone; they live as long as it does.
-    const SOptions& Options() const { return m_options; }
+    /// As given, for messages.
+    const std::string& Name() const { return m_name; }
+    /// Where it is read from, unless that is a stream.
+    const std::string& Path() const { return m_path; }
+    /// The descriptor, if it is read from one and only once; else negative.
+    int Stream() const { return m_stream; }
+    /// Whether it is a file under the name that was given, all of whose bytes could be looked at.
+    bool IsFile() const { return m_isFile; }
+    /// As the options or the bytes tell; none when these do not.
+    const std::optional<SCDeclareConstant::ESourceFileType>& Type() const { return m_type; }
+    const CFileHead& Head() const { return m_head; }
 
     /// The failure of a workbook or database in the program's terms.
     CFailure Explain(const Platform::_com_error& error) const;
 
 private:
+    void TakeFile();
     void TakeStream(int descriptor);
     bool MayStream() const;
     void CopyStream(int descriptor);
     [[noreturn]] void FailToStore(const std::string& hint) const;
     void CreateNameless();
     void CreateNamed(const std::string& extension);
-    void FindContent();
     void LinkUnderExtension(const std::string& extension);
-    std::string PrivateName(const std::string& extension) const;
 
-    SOptions m_options;
-    CDescriptor m_stream;    ///< a pipe or device that is read
+    const SOptions& m_options;
+    std::string m_name;
+    std::string m_path;
+    int m_stream = -1;
+    bool m_isFile = false;
+    std::optional<SCDeclareConstant::ESourceFileType> m_type;
+    CFileHead m_head;
+    CDescriptor m_opened;    ///< a pipe or device that is read
     CDescriptor m_copy;      ///< of a stream
-    std::string m_strRemove; ///< what is to be removed in the end
+    std::string m_temporary; ///< what is to be removed in the end
 };
 
 } // namespace NSTQ::Tool

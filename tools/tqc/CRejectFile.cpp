@@ -19,11 +19,14 @@ constexpr std::size_t PIECE_SIZE = 65536;
 CRejectFile::CRejectFile(const std::string& name, bool bFormulaGuard)
     : m_target(name), m_bGuarded(bFormulaGuard), m_strBuffer("row,offset,cause,record,file\r\n") {}
 
-void CRejectFile::SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd) {
+void CRejectFile::SetSource(const std::string& file, const CTextFile* text) {
     m_strFile = file;
-    m_strLineEnd = lineEnd.Bytes();
-    m_source.Reset(dataPath.empty() ? -1 : ::open(dataPath.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!dataPath.empty() && m_source.Get() < 0)
+    m_source.Reset(-1);
+    if (text == nullptr)
+        return;
+    m_strLineEnd = text->LineEnd().Bytes();
+    m_source.Reset(::open(text->Path().c_str(), O_RDONLY | O_CLOEXEC));
+    if (m_source.Get() < 0)
         throw CFailure(ES_NOT_FOUND, file, SCErrorText::OfSystem(errno));
 }
 

@@ -9,7 +9,7 @@
 #include "CDescriptor.h"
 #include "CFormulaGuard.h"
 #include "COutputTarget.h"
-#include "SOptions.h"
+#include "CTextFile.h"
 
 #include <cstdint>
 #include <string>
@@ -22,8 +22,9 @@ public:
     /// Opens the target `name`. `bFormulaGuard` guards what comes from the source. Throws CFailure.
     CRejectFile(const std::string& name, bool bFormulaGuard);
 
-    /// The input that the next rows come from; `dataPath` is the file with the bytes of text. Throws CFailure.
-    void SetSource(const std::string& file, const std::string& dataPath, const SLineEnd& lineEnd);
+    /// The input that the next rows come from; `text` is null when they come from a workbook or database. Throws
+    /// CFailure.
+    void SetSource(const std::string& file, const CTextFile* text);
 
     /// A row of text: `llSize` bytes from `llOffset` on. Throws CFailure.
     void AddText(std::uint64_t ullRow, LONGLONG llOffset, LONGLONG llSize, std::string_view cause);

@@ -22,6 +22,7 @@ public:
     void Finish();
     bool HasLostRows() const { return m_ullReports > 0; }
 
+    const std::string& File() const { return m_strFile; }
     CProgressBar& Progress() { return m_bar; }
 
     /// Writes "tqc: MESSAGE". Control bytes, which a file name may have, become '?'.

@@ -48,7 +48,7 @@ bool CRowPump::WriteNames(const std::vector<std::string>& names) {
         written.emplace_back(m_ppFields[i], m_pLengths[i]);
     if (!m_strNote.empty())
         m_reporter.ReportRow(DescribeRow(), m_strNote);
-    const bool goOn = !m_targets.columns.TakeNames(m_options.strFile, written) ||
+    const bool goOn = !m_targets.columns.TakeNames(m_reporter.File(), written) ||
                       m_targets.output.WriteRow(m_ppFields, m_pLengths, m_dwWriteCount);
     m_bNames = false;
     return goOn;
@@ -62,7 +62,7 @@ bool CRowPump::WriteFirstRowAsNames() {
     if (outcome == RO_END)
         return true;
     if (outcome == RO_TOO_LONG)
-        throw CFailure(ES_LIMIT, m_options.strFile,
+        throw CFailure(ES_LIMIT, m_reporter.File(),
                        "its first row, which --header takes for names, has " +
                            std::to_string(m_options.dwMaxLineSize) + " bytes or more" +
                            (m_llOpenQuote >= 0 ? ": " + DescribeOpenQuote() + OPEN_QUOTE_HINT : ""));
@@ -94,7 +94,7 @@ bool CRowPump::ReadRecord() {
     const LONGLONG start = m_reader.GetPosition();
     const bool complete = GetLineData();
     if (const DWORD code = m_rows.GetErrorCode(); code != 0)
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
+        throw CFailure(ES_UNSUPPORTED, m_reporter.File(),
                        "cannot be read further after row " + std::to_string(m_ullRow) + ": " +
                            SCErrorText::OfLibrary(code));
     m_llRecordSize = m_reader.GetPosition() - start;
@@ -113,7 +113,7 @@ bool CRowPump::GetLineData() {
     } catch (const Platform::_com_error& error) {
         if (error.Error() != Platform::DB_E_DATAOVERFLOW)
             throw;
-        throw CFailure(ES_LIMIT, m_options.strFile,
+        throw CFailure(ES_LIMIT, m_reporter.File(),
                        "row " + std::to_string(m_ullRow + 1) +
                            ": its texts together have more than 65535 bytes, the most there can be");
     }
@@ -174,7 +174,7 @@ bool CRowPump::WriteRow() {
         return true;
     }
     if (m_ullWritten == 0 && !m_options.bHeader)
-        m_targets.columns.TakeCount(m_options.strFile, m_dwCount);
+        m_targets.columns.TakeCount(m_reporter.File(), m_dwCount);
     ++m_ullWritten;
     if (!m_reader.CountsBytes() && m_sparse.Count(m_pLengths, m_dwWriteCount))
         m_reporter.Note(m_sparse.Describe());
@@ -229,7 +229,7 @@ void CRowPump::EncodeRow() {
 /// Ends a conversion that is strict and says nothing else of its faults.
 void CRowPump::CheckStrictly(const std::string& loss) const {
     if (m_options.bStrict && m_options.eOnError == SOptions::OE_KEEP)
-        throw CFailure(ES_UNSUPPORTED, m_options.strFile,
+        throw CFailure(ES_UNSUPPORTED, m_reporter.File(),
                        DescribeRow() + ": " + loss + "; without --strict they are replaced");
 }
 
@@ -259,7 +259,7 @@ void CRowPump::AddFault(EExitStatus eStatus, const std::string& what, const std:
                         const std::string& hint) {
     const bool isKept = m_options.eOnError == SOptions::OE_KEEP;
     if (m_options.eOnError == SOptions::OE_STOP || (m_bNames && !isKept))
-        throw CFailure(eStatus, m_options.strFile, DescribeRow() + ": " + what + hint);
+        throw CFailure(eStatus, m_reporter.File(), DescribeRow() + ": " + what + hint);
     m_strFaults += (m_strFaults.empty() ? "" : "; ") + what;
     AddNote(what + (isKept ? ", " + done : "") + hint);
 }

@@ -1,9 +1,9 @@
 #include "SCContentProbe.h"
 
+#include "CFailure.h"
 #include "SCTextProbe.h"
 #include "SCTypeNames.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -50,15 +50,11 @@ struct SExtent {
 };
 
 /// Of the directory at the end of a zip archive; empty when it cannot be found.
-SExtent FindZipDirectory(int descriptor) {
+SExtent FindZipDirectory(int descriptor, std::uint64_t fileSize) {
     constexpr std::size_t endSize = 22;
     constexpr std::size_t locatorSize = 20;
     constexpr std::size_t end64Size = 56;
     constexpr std::uint64_t tailMax = locatorSize + endSize + 65535;
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0)
-        return {};
-    const auto fileSize = static_cast<std::uint64_t>(status.st_size);
     const std::string tail = ReadAt(descriptor, fileSize - std::min(fileSize, tailMax), tailMax);
     const std::size_t end = tail.rfind("PK\x05\x06"sv);
     if (end == std::string::npos || tail.size() - end < endSize)
@@ -90,11 +86,11 @@ EType FindTypeByName(std::string_view name) {
     return SCDeclareConstant::SFT_UNKNOWN;
 }
 
-EType FindTypeOfZip(int descriptor) {
+EType FindTypeOfZip(int descriptor, std::uint64_t fileSize) {
     constexpr std::size_t headerSize = 46;
     // The first names of a directory that is longer than any in use tell as well.
     constexpr std::uint64_t directoryMax = 16 << 20;
-    const SExtent extent = FindZipDirectory(descriptor);
+    const SExtent extent = FindZipDirectory(descriptor, fileSize);
     const std::string bytes =
         ReadAt(descriptor, extent.offset, static_cast<std::size_t>(std::min(extent.size, directoryMax)));
     std::string_view directory = bytes;
@@ -179,17 +175,24 @@ std::string FindByteOrder(std::string_view head) {
 
 } // namespace
 
-EType SCContentProbe::FindType(int descriptor) {
-    constexpr std::size_t headSize = 512;
-    const std::string head = ReadAt(descriptor, 0, headSize);
-    if (head.starts_with(ZIP_MARK))
-        return FindTypeOfZip(descriptor);
-    if (head.size() == headSize && head.starts_with(COMPOUND_MARK))
-        return FindTypeOfCompoundFile(descriptor, head);
-    return FindTypeByMark(head);
+std::optional<EType> SCContentProbe::FindType(int descriptor, const CFileHead& head) {
+    constexpr std::size_t compoundHeaderSize = 512;
+    const std::string_view bytes = head.Bytes();
+    EType type = SCDeclareConstant::SFT_UNKNOWN;
+    if (bytes.starts_with(ZIP_MARK))
+        type = FindTypeOfZip(descriptor, static_cast<std::uint64_t>(head.Size()));
+    else if (bytes.size() >= compoundHeaderSize && bytes.starts_with(COMPOUND_MARK))
+        type = FindTypeOfCompoundFile(descriptor, bytes);
+    else
+        type = FindTypeByMark(bytes);
+    return type == SCDeclareConstant::SFT_UNKNOWN ? std::nullopt : std::optional(type);
 }
 
-std::string SCContentProbe::DescribeOther(std::string_view file, std::string_view head) {
+std::string SCContentProbe::DescribeOther(std::string_view file, std::string_view head, bool isSearched) {
+    if (!isSearched && head.starts_with(ZIP_MARK))
+        return "seems to be a zip archive, such as a workbook or package; give --type xlsx or --type xtqf";
+    if (!isSearched && head.starts_with(COMPOUND_MARK))
+        return "seems to be a workbook; give --type xls, or --type xlsx for an encrypted one";
     const std::string byForce = "; give --type csv (or tsv, fix) to read it as text";
     if (const EType type = FindTypeByMark(head); type != SCDeclareConstant::SFT_UNKNOWN)
         return "seems to be a workbook or database; give --type " + SCTypeNames::Of(type);
@@ -203,6 +206,11 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
     if (const std::string order = FindByteOrder(head); !order.empty())
         return "seems to be UTF-16 text without a BOM; convert it with: iconv -f UTF-16" + order + " -t UTF-8";
     return "is not text, since it has NUL bytes" + byForce;
+}
+
+void SCContentProbe::RefuseUtf16(const std::string& name, std::string_view head) {
+    if (SCTextProbe::HasUtf16Mark(head))
+        throw CFailure(ES_UNSUPPORTED, name, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
 }
 
 } // namespace NSTQ::Tool

@@ -1,8 +1,10 @@
 // What a file is by its bytes, whatever its name says.
 #pragma once
 
+#include "CFileHead.h"
 #include "SOptions.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,13 +12,16 @@ namespace NSTQ::Tool {
 
 class SCContentProbe {
 public:
-    /// Of a workbook, database or package; SFT_UNKNOWN for anything else and for what cannot be read. The position
-    /// in the file stays where it is.
-    static SCDeclareConstant::ESourceFileType FindType(int descriptor);
+    /// Of a workbook, database or package, whose beginning is `head`; none for anything else and for what cannot be
+    /// read. The position in the file stays where it is.
+    static std::optional<SCDeclareConstant::ESourceFileType> FindType(int descriptor, const CFileHead& head);
 
     /// What a file of this name and with these first bytes seems to be, unless it is text, and what can be done with
-    /// it. Empty for text, also for UTF-16 text with its mark.
-    static std::string DescribeOther(std::string_view file, std::string_view head);
+    /// it. Empty for text, also for UTF-16 text with its mark. `isSearched`: FindType has found nothing in it.
+    static std::string DescribeOther(std::string_view file, std::string_view head, bool isSearched);
+
+    /// Throws CFailure about `name` when the mark of UTF-16 begins the file.
+    static void RefuseUtf16(const std::string& name, std::string_view head);
 };
 
 } // namespace NSTQ::Tool

@@ -7,7 +7,8 @@
 #include "CRejectFile.h"
 #include "CReporter.h"
 #include "CRowPump.h"
-#include "CSource.h"
+#include "CTextFile.h"
+#include "SCSources.h"
 #include "SCTargets.h"
 #include "SCTerminal.h"
 #include "tqcAccess/ComError.h"
@@ -47,7 +48,7 @@ public:
         m_bar.Begin(file);
         const CInputFile input(m_options, file);
         try {
-            return AppendInput(input.Options());
+            return AppendInput(input);
         } catch (const Platform::_com_error& error) {
             throw input.Explain(error);
         }
@@ -66,26 +67,32 @@ public:
     bool HasLostRows() const { return m_bLostRows; }
 
 private:
-    bool AppendInput(const SOptions& options) {
-        CSource source(options);
-        const auto reader = source.OpenReader();
+    bool AppendInput(const CInputFile& input) {
+        const auto source = SCSources::Open(m_options, input);
+        const auto reader = source->OpenReader();
         // Only now, so that a file that cannot be read leaves a device or pipe alone.
         if (!m_output)
             m_output.emplace(m_options, m_strName);
-        if (m_output->IsStandardOutput() && source.IsFileOf(STDOUT_FILENO))
-            throw CFailure(ES_USAGE, options.strFile, "standard output is this very file; use -o");
+        if (m_output->IsStandardOutput() && input.Head().IsFileOf(STDOUT_FILENO))
+            throw CFailure(ES_USAGE, input.Name(), "standard output is this very file; use -o");
         if (m_pRejects != nullptr)
-            m_pRejects->SetSource(options.strFile, reader->CountsBytes() ? source.DataPath() : "", source.LineEnd());
-        CReporter reporter(options.strFile, options.bQuiet, m_bar);
-        reporter.Note(source.DescribeInvalidText());
-        CRowPump pump(options, *reader, {*m_output, m_pRejects, m_columns}, reporter);
-        bool goOn = true;
-        if (options.bHeader)
-            goOn = source.NamesItsColumns() ? pump.WriteNames(source.ColumnNames()) : pump.WriteFirstRowAsNames();
-        goOn = goOn && pump.Run();
+            m_pRejects->SetSource(input.Name(), source->Text());
+        CReporter reporter(input.Name(), m_options.bQuiet, m_bar);
+        if (source->Text() != nullptr)
+            reporter.Note(source->Text()->DescribeInvalidText());
+        CRowPump pump(m_options, *reader, {*m_output, m_pRejects, m_columns}, reporter);
+        const bool goOn = WriteNames(*source, pump) && pump.Run();
         reporter.Finish();
         m_bLostRows = m_bLostRows || reporter.HasLostRows();
         return goOn;
+    }
+
+    /// False when nobody reads the output any more.
+    bool WriteNames(const ISource& source, CRowPump& pump) const {
+        if (!m_options.bHeader)
+            return true;
+        const auto* const names = source.ColumnNames();
+        return names != nullptr ? pump.WriteNames(*names) : pump.WriteFirstRowAsNames();
     }
 
     const SOptions& m_options;

@@ -4,7 +4,9 @@
 #include "CJsonWriter.h"
 #include "CReporter.h"
 #include "CRowEncoder.h"
-#include "CSource.h"
+#include "CTableSource.h"
+#include "CTextFile.h"
+#include "SCSources.h"
 #include "SCTerminal.h"
 #include "SCTypeNames.h"
 
@@ -16,16 +18,10 @@
 namespace NSTQ::Tool {
 namespace {
 
-std::string DescribeTime(const FILETIME& time, const char* form) {
-    constexpr LONGLONG stepsPerSecond = 10'000'000;
-    constexpr LONGLONG secondsFrom1601To1970 = 11'644'473'600;
-    const auto steps = static_cast<LONGLONG>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
-    if (steps == 0)
-        return "";
-    const auto seconds = static_cast<std::time_t>(steps / stepsPerSecond - secondsFrom1601To1970);
+std::string DescribeTime(std::time_t time, const char* form) {
     std::tm local{};
     char text[64] = "";
-    if (::localtime_r(&seconds, &local) != nullptr)
+    if (::localtime_r(&time, &local) != nullptr)
         std::strftime(text, sizeof text, form, &local);
     return text;
 }
@@ -41,35 +37,31 @@ SLineEndName NameLineEnd(const SLineEnd& lineEnd) {
     return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? SLineEndName{"lf", "LF"} : SLineEndName{"cr", "CR"};
 }
 
-bool MayBeText(SCDeclareConstant::ESourceFileType type) {
-    return SCTypeNames::IsText(type) || type == SCDeclareConstant::SFT_UNKNOWN;
-}
-
 /// The listings can be long, and a name may hold anything.
 void PutText(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-void PrintTables(const std::vector<CSource::STable>& tables, CRowEncoder& encoder) {
+void PrintTables(const std::vector<CTableSource::STable>& tables, CRowEncoder& encoder) {
     PutText("name\trows\tcolumns\n");
-    for (const CSource::STable& table : tables) {
-        const std::string shown = SCTerminal::OnOneLine(table.strName);
+    for (const CTableSource::STable& table : tables) {
+        const std::string shown = SCTerminal::OnOneLine(table.name);
         const char* name = shown.data();
         const char** names = &name;
         const auto length = static_cast<WORD>(shown.size());
         const WORD* lengths = &length;
         encoder.Encode(names, lengths, 1);
         PutText(std::string(names[0], lengths[0]) + '\t');
-        PutText(table.size ? std::to_string(table.size->dwRows) + '\t' + std::to_string(table.size->dwColumns) + '\n'
+        PutText(table.size ? std::to_string(table.size->rows) + '\t' + std::to_string(table.size->columns) + '\n'
                            : "\t\n");
     }
 }
 
 /// Throws CFailure for the last one that could not be opened.
-void ReportUnopened(const CSource& source, const std::vector<CSource::STable>& tables) {
+void ReportUnopened(const CTableSource& source, const std::vector<CTableSource::STable>& tables) {
     const bool isAnyOpen = std::ranges::any_of(tables, [](const auto& table) { return table.size.has_value(); });
     std::optional<CFailure> last;
-    for (const CSource::STable& table : tables) {
+    for (const CTableSource::STable& table : tables) {
         if (table.size)
             continue;
         if (last)
@@ -80,24 +72,25 @@ void ReportUnopened(const CSource& source, const std::vector<CSource::STable>& t
         throw *last;
 }
 
-void AddNumber(CJsonWriter& json, const char* key, std::optional<DWORD> number) {
+void AddNumber(CJsonWriter& json, const char* key, std::optional<std::int64_t> number) {
     if (number)
-        json.Add(key, std::int64_t{*number});
+        json.Add(key, *number);
     else
         json.AddNull(key);
 }
 
-void PrintTablesAsJson(const SOptions& options, const CSource& source, const std::vector<CSource::STable>& tables) {
+void PrintTablesAsJson(const std::string& name, const CTableSource& source,
+                       const std::vector<CTableSource::STable>& tables) {
     CJsonWriter json;
     json.BeginObject();
-    json.Add("file", options.strFile);
+    json.Add("file", name);
     json.Add("type", SCTypeNames::Of(source.Type()));
     json.BeginList("tables");
-    for (const CSource::STable& table : tables) {
+    for (const CTableSource::STable& table : tables) {
         json.BeginObject();
-        json.Add("name", table.strName);
-        AddNumber(json, "rows", table.size ? std::optional(table.size->dwRows) : std::nullopt);
-        AddNumber(json, "columns", table.size ? std::optional(table.size->dwColumns) : std::nullopt);
+        json.Add("name", table.name);
+        AddNumber(json, "rows", table.size ? std::optional<std::int64_t>(table.size->rows) : std::nullopt);
+        AddNumber(json, "columns", table.size ? std::optional<std::int64_t>(table.size->columns) : std::nullopt);
         json.EndObject();
     }
     json.EndList();
@@ -112,77 +105,77 @@ void AddText(CJsonWriter& json, const char* key, const std::string& value) {
         json.Add(key, value);
 }
 
-void AddTextFacts(CJsonWriter& json, const CSource& source) {
-    const CSource::SCharacterSet set = source.CharacterSet();
-    AddText(json, "characterSet", set.strName);
-    json.Add("mark", set.bMark);
-    json.Add("lineEnd", NameLineEnd(source.LineEnd()).code);
+void AddTextFacts(CJsonWriter& json, const CTextFile& text) {
+    const CTextFile::SCharacterSet set = text.CharacterSet();
+    AddText(json, "characterSet", set.name);
+    json.Add("mark", set.hasMark);
+    json.Add("lineEnd", NameLineEnd(text.LineEnd()).code);
 }
 
-void ShowAsJson(const SOptions& options) {
-    CSource source(options);
-    const bool isPackage = source.Type() == SCDeclareConstant::SFT_XTQF;
+void ShowAsJson(ISource& source, const CInputFile& input) {
     CJsonWriter json;
     json.BeginObject();
-    json.Add("file", options.strFile);
+    json.Add("file", input.Name());
     AddText(json, "type", SCTypeNames::Of(source.Type()));
-    json.Add("description", CSource::DescribeType(source.Type()));
-    json.Add("size", std::int64_t{source.Size()});
-    AddText(json, "updated", DescribeTime(source.UpdateTime(), "%Y-%m-%dT%H:%M:%S%z"));
-    const bool isOpen = isPackage && source.LookIntoPackage();
-    if (isOpen)
-        json.Add("dataFileSize", std::int64_t{source.Size()});
-    else if (isPackage)
-        json.AddNull("dataFileSize");
-    if (isOpen || MayBeText(source.Type()))
-        AddTextFacts(json, source);
+    json.Add("description", SCTypeNames::Describe(source.Type()));
+    json.Add("size", std::int64_t{input.Head().Size()});
+    AddText(json, "updated", DescribeTime(input.Head().UpdateTime(), "%Y-%m-%dT%H:%M:%S%z"));
+    source.LookInside();
+    const CTextFile* const text = source.Text();
+    if (source.Type() == SCDeclareConstant::SFT_XTQF)
+        AddNumber(json, "dataFileSize", text == nullptr ? std::nullopt : std::optional(text->Size()));
+    if (text != nullptr)
+        AddTextFacts(json, *text);
     json.EndObject();
     PutText(json.Finish());
 }
 
-void ShowInWords(const SOptions& options) {
-    CSource source(options);
-    const std::string time = DescribeTime(source.UpdateTime(), "%Y-%m-%d %H:%M:%S %z");
-    std::printf("Type:          %s\n", CSource::DescribeType(source.Type()).c_str());
-    std::printf("Size:          %lld bytes\n", static_cast<long long>(source.Size()));
+void ShowInWords(ISource& source, const CInputFile& input) {
+    const std::string time = DescribeTime(input.Head().UpdateTime(), "%Y-%m-%d %H:%M:%S %z");
+    std::printf("Type:          %s\n", SCTypeNames::Describe(source.Type()).c_str());
+    std::printf("Size:          %lld bytes\n", static_cast<long long>(input.Head().Size()));
     std::printf("Updated:       %s\n", time.empty() ? "unknown" : time.c_str());
-    const bool isPackage = source.Type() == SCDeclareConstant::SFT_XTQF;
-    const bool isOpen = isPackage && source.LookIntoPackage();
-    if (isOpen)
-        std::printf("Data file:     %lld bytes\n", static_cast<long long>(source.Size()));
-    else if (isPackage)
-        std::printf("Data file:     needs a password\n");
-    if (isOpen || MayBeText(source.Type())) {
-        std::printf("Character set: %s\n", source.DescribeCharacterSet().c_str());
-        std::printf("Line end:      %s\n", NameLineEnd(source.LineEnd()).words);
+    source.LookInside();
+    const CTextFile* const text = source.Text();
+    if (source.Type() == SCDeclareConstant::SFT_XTQF)
+        std::printf("Data file:     %s\n",
+                    text != nullptr ? (std::to_string(text->Size()) + " bytes").c_str() : "needs a password");
+    if (text != nullptr) {
+        std::printf("Character set: %s\n", text->DescribeCharacterSet().c_str());
+        std::printf("Line end:      %s\n", NameLineEnd(text->LineEnd()).words);
     }
 }
 
 } // namespace
 
-void SCInfo::List(const SOptions& options) {
-    CSource source(options);
+void SCInfo::List(const SOptions& options, const CInputFile& input) {
+    const auto opened = SCSources::Open(options, input);
+    CTableSource* const source = opened->Tables();
+    if (source == nullptr)
+        throw CFailure(ES_USAGE, input.Name(),
+                       "list is for workbooks and databases; " + SCTypeNames::DescribeThis(opened->Type()));
     if (options.bNamesOnly) {
-        for (const std::string& name : source.ListNames())
+        for (const std::string& name : source->ListNames())
             PutText(SCTerminal::OnOneLine(name) + '\n');
         return;
     }
-    const std::vector<CSource::STable> tables = source.ListTables();
+    const std::vector<CTableSource::STable> tables = source->ListTables();
     if (options.bJson) {
-        PrintTablesAsJson(options, source, tables);
+        PrintTablesAsJson(input.Name(), *source, tables);
     } else {
         CRowEncoder encoder(options.uOutputCodePage);
         PrintTables(tables, encoder);
     }
     // Only now, so that the damage of one does not hide the others.
-    ReportUnopened(source, tables);
+    ReportUnopened(*source, tables);
 }
 
-void SCInfo::Show(const SOptions& options) {
+void SCInfo::Show(const SOptions& options, const CInputFile& input) {
+    const auto source = SCSources::Open(options, input);
     if (options.bJson)
-        ShowAsJson(options);
+        ShowAsJson(*source, input);
     else
-        ShowInWords(options);
+        ShowInWords(*source, input);
 }
 
 } // namespace NSTQ::Tool

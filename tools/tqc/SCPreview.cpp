@@ -3,8 +3,9 @@
 #include "CFailure.h"
 #include "CReporter.h"
 #include "CRowEncoder.h"
-#include "CSource.h"
+#include "CTextFile.h"
 #include "SCErrorText.h"
+#include "SCSources.h"
 #include "SCTerminal.h"
 #include "tqcAccess/CodePage.h"
 
@@ -63,10 +64,17 @@ void PrintRuler(std::size_t width) {
     std::printf("%s\n", units.c_str());
 }
 
-void ShowFixedLength(const SOptions& options, const CSource& source) {
+/// Whether fixed-length text is to be shown without knowing its widths.
+bool NeedsRuler(const SOptions& options, const ISource& source) {
+    const auto type = source.Type();
+    const bool isFixed = type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
+    return isFixed && options.widths.empty() && !source.Text()->IsUtf16();
+}
+
+void ShowFixedLength(const SOptions& options, const CTextFile& text) {
     constexpr std::size_t widthShown = 1000;
-    const std::string_view head = source.Head();
-    const std::string lineEnd = source.LineEnd().Bytes();
+    const std::string_view head = text.Head();
+    const std::string lineEnd = text.LineEnd().Bytes();
     std::vector<std::string_view> rows;
     std::size_t width = 0;
     for (std::size_t start = 0; start < head.size() && rows.size() < ROWS_SHOWN;) {
@@ -83,7 +91,7 @@ void ShowFixedLength(const SOptions& options, const CSource& source) {
     }
 }
 
-void ShowFields(const SOptions& options, ISourceReader& reader) {
+void ShowFields(const SOptions& options, const std::string& name, ISourceReader& reader) {
     CRowEncoder encoder(options.uOutputCodePage);
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
@@ -93,10 +101,9 @@ void ShowFields(const SOptions& options, ISourceReader& reader) {
         const bool complete = reader.Rows().GetLineData(fields, lengths, count);
         const std::string found = "row " + std::to_string(row + 1);
         if (const DWORD code = reader.Rows().GetErrorCode(); code != 0)
-            throw CFailure(ES_UNSUPPORTED, options.strFile,
-                           found + " cannot be read: " + SCErrorText::OfLibrary(code));
+            throw CFailure(ES_UNSUPPORTED, name, found + " cannot be read: " + SCErrorText::OfLibrary(code));
         if (fields == nullptr)
-            throw CFailure(ES_LIMIT, options.strFile,
+            throw CFailure(ES_LIMIT, name,
                            found + " has " + std::to_string(options.dwMaxLineSize) +
                                " bytes or more; only convert goes on behind it");
         if (count == 0 && complete)
@@ -112,15 +119,18 @@ void ShowFields(const SOptions& options, ISourceReader& reader) {
 
 } // namespace
 
-void SCPreview::Show(const SOptions& options) {
-    CSource source(options);
-    const auto reader = source.NeedsRuler() ? nullptr : source.OpenReader();
-    if (const std::string doubt = source.DescribeInvalidText(); !doubt.empty() && !options.bQuiet)
-        CReporter::Print(options.strFile + ": " + doubt);
-    if (reader)
-        ShowFields(options, *reader);
+void SCPreview::Show(const SOptions& options, const CInputFile& input) {
+    const auto source = SCSources::Open(options, input);
+    const bool isRuled = NeedsRuler(options, *source);
+    const auto reader = isRuled ? nullptr : source->OpenReader();
+    const CTextFile* const text = source->Text();
+    const std::string doubt = text != nullptr ? text->DescribeInvalidText() : "";
+    if (!doubt.empty() && !options.bQuiet)
+        CReporter::Print(input.Name() + ": " + doubt);
+    if (isRuled)
+        ShowFixedLength(options, *text);
     else
-        ShowFixedLength(options, source);
+        ShowFields(options, input.Name(), *reader);
 }
 
 } // namespace NSTQ::Tool

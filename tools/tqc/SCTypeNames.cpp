@@ -8,12 +8,22 @@ namespace {
 struct STypeName {
     const char* name;
     SCDeclareConstant::ESourceFileType type;
+    const char* description;
 };
 
-constexpr STypeName TYPES[] = {{"csv", SCDeclareConstant::SFT_CSV},     {"tsv", SCDeclareConstant::SFT_TXT},
-                               {"fix", SCDeclareConstant::SFT_FIX},     {"xls", SCDeclareConstant::SFT_XLS},
-                               {"xlsx", SCDeclareConstant::SFT_XLSX},   {"mdb", SCDeclareConstant::SFT_MDB},
-                               {"accdb", SCDeclareConstant::SFT_ACCDB}, {"xtqf", SCDeclareConstant::SFT_XTQF}};
+constexpr STypeName TYPES[] = {{"csv", SCDeclareConstant::SFT_CSV, "comma-separated text"},
+                               {"tsv", SCDeclareConstant::SFT_TXT, "tab-separated text"},
+                               {"fix", SCDeclareConstant::SFT_FIX, "fixed-length text"},
+                               {"xls", SCDeclareConstant::SFT_XLS, "Excel 2003 workbook"},
+                               {"xlsx", SCDeclareConstant::SFT_XLSX, "Excel 2007 workbook"},
+                               {"mdb", SCDeclareConstant::SFT_MDB, "Access 2003 database"},
+                               {"accdb", SCDeclareConstant::SFT_ACCDB, "Access 2007 database"},
+                               {"xtqf", SCDeclareConstant::SFT_XTQF, "package"}};
+
+const STypeName* FindEntry(SCDeclareConstant::ESourceFileType type) {
+    const auto* const found = std::ranges::find(TYPES, type, &STypeName::type);
+    return found == std::end(TYPES) ? nullptr : found;
+}
 
 } // namespace
 
@@ -25,18 +35,20 @@ std::optional<SCDeclareConstant::ESourceFileType> SCTypeNames::Find(std::string_
 }
 
 std::string SCTypeNames::Of(SCDeclareConstant::ESourceFileType type) {
-    for (const STypeName& entry : TYPES)
-        if (entry.type == type)
-            return entry.name;
-    return "";
+    const STypeName* const entry = FindEntry(type);
+    return entry == nullptr ? "" : entry->name;
 }
 
 /// Of text, "csv" alone is an extension that tells.
 SCDeclareConstant::ESourceFileType SCTypeNames::OfFile(std::string_view file) {
-    std::string extension(file.substr(file.find_last_of("./") + 1));
+    // As the library has it, a name that is nothing but an extension has none.
+    const std::size_t dot = file.rfind('.');
+    if (dot == std::string_view::npos || dot == 0)
+        return SCDeclareConstant::SFT_UNKNOWN;
+    std::string extension(file.substr(dot + 1));
     std::ranges::transform(extension, extension.begin(),
                            [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    const auto type = extension.size() < file.size() ? Find(extension) : std::nullopt;
+    const auto type = Find(extension);
     const bool isTelling = type && (!IsText(*type) || *type == SCDeclareConstant::SFT_CSV);
     return isTelling ? *type : SCDeclareConstant::SFT_UNKNOWN;
 }
@@ -44,6 +56,21 @@ SCDeclareConstant::ESourceFileType SCTypeNames::OfFile(std::string_view file) {
 bool SCTypeNames::IsText(SCDeclareConstant::ESourceFileType type) {
     return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
            type == SCDeclareConstant::SFT_FIX;
+}
+
+bool SCTypeNames::HasTables(SCDeclareConstant::ESourceFileType type) {
+    return type >= SCDeclareConstant::SFT_XLS && type <= SCDeclareConstant::SFT_ACCDB;
+}
+
+std::string SCTypeNames::Describe(SCDeclareConstant::ESourceFileType type) {
+    const STypeName* const entry = FindEntry(type);
+    return entry == nullptr ? "unknown" : entry->description;
+}
+
+std::string SCTypeNames::DescribeThis(SCDeclareConstant::ESourceFileType type) {
+    if (type == SCDeclareConstant::SFT_UNKNOWN)
+        return "the type of this is unknown";
+    return (type == SCDeclareConstant::SFT_XTQF ? "this is a " : "this is ") + Describe(type);
 }
 
 std::string SCTypeNames::All() {

@@ -1,4 +1,4 @@
-// The words of --type for the kinds of sources.
+// The kinds of sources: the words of --type for them, and those of messages.
 #pragma once
 
 #include "SOptions.h"
@@ -17,6 +17,12 @@ public:
     /// By the extension of a file's name; SFT_UNKNOWN when that does not tell.
     static SCDeclareConstant::ESourceFileType OfFile(std::string_view file);
     static bool IsText(SCDeclareConstant::ESourceFileType type);
+    /// A workbook or database.
+    static bool HasTables(SCDeclareConstant::ESourceFileType type);
+    /// "comma-separated text" and the like; "unknown" for the unknown type.
+    static std::string Describe(SCDeclareConstant::ESourceFileType type);
+    /// "this is comma-separated text" and the like.
+    static std::string DescribeThis(SCDeclareConstant::ESourceFileType type);
     /// All of them, for a message.
     static std::string All();
 };

@@ -38,9 +38,6 @@ struct SOptions {
 
     ECommand eCommand = CMD_CONVERT;
     std::vector<std::string> files; ///< as given; "-" is standard input
-    std::string strFile;            ///< of them, the one in hand
-    std::string strPath;            ///< where it is read from
-    int iStream = -1;               ///< the descriptor, if it is read from one and only once
     std::string strOutput;          ///< empty for standard output
     std::string strOutputFolder;    ///< for one output for each input; else empty
 

@@ -32,10 +32,10 @@ void FillStandardStreams() {
             ::open("/dev/null", modes[stream]);
 }
 
-void ShowOne(const SOptions& all, void (*show)(const SOptions&)) {
-    const CInputFile input(all, all.files[0]);
+void ShowOne(const SOptions& options, void (*show)(const SOptions&, const CInputFile&)) {
+    const CInputFile input(options, options.files[0]);
     try {
-        show(input.Options());
+        show(options, input);
         if (std::fflush(stdout) != 0 && errno != EPIPE)
             throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
     } catch (const Platform::_com_error& error) {

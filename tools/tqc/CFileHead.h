@@ -1,0 +1,39 @@
+// The beginning of a file, which tells what the file is, and what the system says about it.
+#pragma once
+
+#include "CDescriptor.h"
+#include "tqcAccess/Types.h"
+
+#include <sys/stat.h>
+
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace NSTQ::Tool {
+
+class CFileHead {
+public:
+    CFileHead() = default;
+    /// Reads from where the descriptor stands. `name` is what failures call the file. Throws CFailure, also for a
+    /// folder.
+    CFileHead(int descriptor, const std::string& name);
+
+    /// Opens a file for it, without waiting for anything. Throws CFailure.
+    static CDescriptor Open(const std::string& path, const std::string& name);
+
+    /// As many as a reader takes at a time, or all that there are.
+    std::string_view Bytes() const { return m_bytes; }
+    bool IsWholeFile() const { return m_isWholeFile; }
+    LONGLONG Size() const { return m_status.st_size; }
+    std::time_t UpdateTime() const { return m_status.st_mtime; }
+    /// Whether the descriptor has the same file open.
+    bool IsFileOf(int descriptor) const;
+
+private:
+    std::string m_bytes;
+    bool m_isWholeFile = false;
+    struct stat m_status {};
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,32 @@
+#include "CLockableSource.h"
+
+#include "CFailure.h"
+#include "SCPassWord.h"
+#include "SCPathText.h"
+
+namespace NSTQ::Tool {
+
+void CLockableSource::Describe(CSourceDataInfo& info, SCDeclareConstant::ESourceFileType type) const {
+    info.SetCommonInfo(SCPathText::ToLibrary(m_input.Path()).c_str(), type);
+}
+
+CSourceDataInfo::ESourceDataOpen CLockableSource::Prepare(CSourceDataInfo& info, bool mayAsk) {
+    constexpr int attemptsMax = 3;
+    auto password = SCPassWord::FromOptions(m_options);
+    const bool isGiven = password.has_value();
+    auto result = CSourceDataInfo::SDO_PASSWORD_ERROR;
+    for (int attempt = 0; result == CSourceDataInfo::SDO_PASSWORD_ERROR && attempt <= attemptsMax; ++attempt) {
+        if (attempt > 0 && !IsLocked())
+            break;
+        if (attempt > 0 && mayAsk && !isGiven)
+            password = SCPassWord::Ask(m_input.Name(), attempt > 1 ? DescribeRefusal() : "");
+        if (attempt > 0 && (isGiven || !password))
+            break;
+        if (password && !info.SetPassWordString(password->c_str()))
+            throw CFailure(ES_USAGE, m_input.Name(), "a password has at most 259 bytes");
+        result = TryToPrepare();
+    }
+    return result;
+}
+
+} // namespace NSTQ::Tool

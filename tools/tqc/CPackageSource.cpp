@@ -1,0 +1,111 @@
+#include "CPackageSource.h"
+
+#include "CFailure.h"
+#include "SCErrorText.h"
+#include "SCPassWord.h"
+#include "SCPathText.h"
+#include "SCSignals.h"
+#include "SCTypeNames.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace NSTQ::Tool {
+namespace {
+
+/// What keeps a package from being unpacked; without a text what the system fails with.
+struct SFault {
+    DWORD code;
+    EExitStatus status;
+    const char* text;
+};
+
+/// The traditional encryption cannot tell which of both it is.
+constexpr DWORD unclearFault = 23;
+
+constexpr SFault faults[] = {
+    {13, ES_UNSUPPORTED, "it holds names, links or sizes that are never unpacked"},
+    {unclearFault, ES_PASSWORD, "the password is wrong, or the package is damaged"},
+    {50, ES_UNSUPPORTED, "its compression or encryption is of an unknown kind"},
+    {86, ES_PASSWORD, "the password is wrong"},
+    {1392, ES_UNSUPPORTED, "the package is damaged"},
+    {0, ES_OUTPUT_FAILED, nullptr},
+};
+
+const SFault& FindFault(DWORD code) {
+    return *std::find_if(std::begin(faults), std::end(faults) - 1,
+                         [code](const SFault& fault) { return fault.code == code; });
+}
+
+} // namespace
+
+CPackageSource::CPackageSource(const SOptions& options, const CInputFile& input)
+    : CLockableSource(options, input, CTextFile::CodePageOf(options, input.Head().Bytes())) {
+    Describe(m_info, SCDeclareConstant::SFT_XTQF);
+}
+
+std::unique_ptr<ISourceReader> CPackageSource::OpenReader() {
+    if (!m_options.strSheet.empty())
+        throw CFailure(ES_USAGE, m_input.Name(),
+                       "--sheet is for workbooks and databases; " + SCTypeNames::DescribeThis(Type()));
+    Unpack(true);
+    auto reader = m_text->OpenDelimited(m_info, SCDataAccessDefine::CAMMA_CODE);
+    m_dataPage.emplace(m_text->CodePage());
+    return reader;
+}
+
+void CPackageSource::LookInside() {
+    if (Unpack(false))
+        m_dataPage.emplace(m_text->CodePage());
+}
+
+/// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.
+bool CPackageSource::Unpack(bool mayAsk) {
+    const auto result = Prepare(m_info, mayAsk);
+    if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && IsLocked() && !mayAsk && !SCPassWord::IsGiven(m_options))
+        return false;
+    const char* path = nullptr;
+    if (result != CSourceDataInfo::SDO_PACKAGE || !m_info.GetFilePath(path))
+        Explain();
+    const std::string dataPath = SCPathText::ToSystem(path);
+    if (::access(dataPath.c_str(), F_OK) != 0)
+        throw CFailure(ES_UNSUPPORTED, m_input.Name(), "package without TqData/SourceFile.csv");
+    const CDescriptor file = CFileHead::Open(dataPath, m_input.Name());
+    m_text.emplace(m_options, CTextFile::SPlace{m_input.Name(), dataPath, -1}, CFileHead(file.Get(), m_input.Name()));
+    return true;
+}
+
+CSourceDataInfo::ESourceDataOpen CPackageSource::TryToPrepare() {
+    // A clone takes the folder with it that the attempt before may have left; the record only knows the last one.
+    delete m_info.CreateClone();
+    // The folder must not be there without being known.
+    const SCSignals::CHeld held;
+    const auto result = m_info.PrepareReadSourceData(true);
+    m_folder.Set(m_info.GetUncompressFolderPath());
+    return result;
+}
+
+bool CPackageSource::IsLocked() const {
+    return FindFault(m_info.GetErrorCode()).status == ES_PASSWORD;
+}
+
+std::string CPackageSource::DescribeRefusal() const {
+    return m_info.GetErrorCode() == unclearFault ? "Wrong password, or a damaged package.\n"
+                                                 : CLockableSource::DescribeRefusal();
+}
+
+/// Raises what kept the package from being unpacked.
+void CPackageSource::Explain() const {
+    if (!m_input.Head().Bytes().starts_with("PK"))
+        throw CFailure(ES_UNSUPPORTED, m_input.Name(), "not a package: it does not begin as a zip archive does");
+    const SFault& fault = FindFault(m_info.GetErrorCode());
+    const bool needsPassWord = fault.status == ES_PASSWORD && *m_info.GetPassWordString() == '\0';
+    throw CFailure(fault.status, m_input.Name(),
+                   needsPassWord           ? "needs a password; give it with --password-file or --password-fd"
+                   : fault.text != nullptr ? std::string("cannot be unpacked: ") + fault.text
+                                           : "cannot be unpacked into the temporary folder: " +
+                                                 SCErrorText::OfLibrary(m_info.GetErrorCode()));
+}
+
+} // namespace NSTQ::Tool

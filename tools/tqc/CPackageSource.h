@@ -1,0 +1,39 @@
+// A package: a zip archive with a data file of delimited text, which is unpacked to be read.
+#pragma once
+
+#include "CCodePage.h"
+#include "CLockableSource.h"
+#include "CTextFile.h"
+#include "CUnpackFolder.h"
+
+#include <optional>
+#include <string>
+
+namespace NSTQ::Tool {
+
+/// It removes in the end what it was unpacked to.
+class CPackageSource final : public CLockableSource {
+public:
+    /// See SCSources::Open.
+    CPackageSource(const SOptions& options, const CInputFile& input);
+
+    SCDeclareConstant::ESourceFileType Type() const override { return SCDeclareConstant::SFT_XTQF; }
+    std::unique_ptr<ISourceReader> OpenReader() override;
+    const CTextFile* Text() const override { return m_text ? &*m_text : nullptr; }
+    void LookInside() override;
+
+private:
+    CSourceDataInfo::ESourceDataOpen TryToPrepare() override;
+    bool IsLocked() const override;
+    std::string DescribeRefusal() const override;
+    bool Unpack(bool mayAsk);
+    [[noreturn]] void Explain() const;
+
+    CUnpackFolder m_folder; ///< before the record, which removes the folder, so that it outlives it
+    CSourceDataInfo m_info;
+    std::optional<CTextFile> m_text;
+    /// That of the data file, which may be another one than that of the paths; these need theirs again afterwards.
+    std::optional<CCodePage> m_dataPage;
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,64 @@
+// A workbook or database: its sheets or tables, and the reader over one of them.
+#pragma once
+
+#include "CFailure.h"
+#include "CLockableSource.h"
+#include "tqcAccess/ComError.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+class CTableSource final : public CLockableSource {
+public:
+    /// A sheet or table.
+    struct STable {
+        struct SSize {
+            DWORD rows;
+            DWORD columns;
+        };
+        std::string name;
+        Platform::HRESULT error;   ///< why it cannot be opened
+        std::string reason;        ///< the same in the provider's words
+        std::optional<SSize> size; ///< none when it cannot be opened
+    };
+
+    /// See SCSources::Open.
+    CTableSource(const SOptions& options, const CInputFile& input, SCDeclareConstant::ESourceFileType type);
+
+    SCDeclareConstant::ESourceFileType Type() const override { return m_type; }
+    std::unique_ptr<ISourceReader> OpenReader() override;
+    CTableSource* Tables() override { return this; }
+    const std::vector<std::string>* ColumnNames() const override {
+        return NamesItsColumns() ? &m_columnNames : nullptr;
+    }
+
+    /// All sheets or tables. Throws CFailure.
+    std::vector<STable> ListTables();
+    /// Their names alone; nobody is asked for a password. Throws CFailure.
+    std::vector<std::string> ListNames();
+    /// The failure of a sheet or table that cannot be opened.
+    CFailure DescribeUnopened(const STable& table, const std::string& hint) const;
+
+private:
+    CSourceDataInfo::ESourceDataOpen TryToPrepare() override { return m_info.PrepareReadSourceData(true); }
+    bool IsLocked() const override;
+    void PrepareTables(bool mayAsk);
+    [[noreturn]] void ExplainListing() const;
+    bool NamesItsColumns() const;
+    std::string TableKind() const { return NamesItsColumns() ? "table" : "sheet"; }
+    std::vector<std::string> TableNames() const;
+    std::optional<std::size_t> FindTable(const std::vector<std::string>& names) const;
+    std::string SelectTable(const std::vector<std::string>& names);
+    void TakeColumnNames(CTableReader& reader);
+    static STable Look(const std::string& name, CTableReader& reader);
+
+    SCDeclareConstant::ESourceFileType m_type;
+    CSourceDataInfo m_info;
+    std::vector<std::string> m_columnNames;
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,64 @@
+// A file of text: what its beginning tells about it, and the readers over it.
+#pragma once
+
+#include "CFileHead.h"
+#include "CSourceReader.h"
+#include "SOptions.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace NSTQ::Tool {
+
+class CTextFile {
+public:
+    /// Where the text is read from.
+    struct SPlace {
+        std::string name; ///< what failures call it
+        std::string path;
+        int stream; ///< a descriptor that is read from and only once; negative for a file
+    };
+    /// A character set: its name ("utf-8"), or none when it is not clear, and whether a mark tells it.
+    struct SCharacterSet {
+        std::string name;
+        bool hasMark;
+    };
+
+    /// The options must outlive it.
+    CTextFile(const SOptions& options, SPlace place, CFileHead head);
+
+    const std::string& Path() const { return m_place.path; }
+    LONGLONG Size() const { return m_head.Size(); }
+    /// The first bytes, without the mark.
+    std::string_view Head() const;
+    bool IsUtf16() const;
+    const SLineEnd& LineEnd() const { return m_lineEnd; }
+
+    /// The one in which a file that begins like this is read.
+    static unsigned CodePageOf(const SOptions& options, std::string_view head);
+    unsigned CodePage() const { return m_codePage; }
+    SCharacterSet CharacterSet() const;
+    /// The same in words.
+    std::string DescribeCharacterSet() const;
+    /// What text probably is that is taken for UTF-8, is none within its first bytes, and of which the options do not
+    /// tell anything; else empty.
+    std::string DescribeInvalidText() const;
+
+    // The text must outlive the readers; `info` describes the file and takes what the options and the text tell. Both
+    // throw CFailure.
+    std::unique_ptr<ISourceReader> OpenDelimited(CSourceDataInfo& info, char separator) const;
+    std::unique_ptr<ISourceReader> OpenFixedLength(CSourceDataInfo& info) const;
+
+private:
+    bool IsStream() const { return m_place.stream >= 0; }
+    void OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& info) const;
+
+    const SOptions& m_options;
+    SPlace m_place;
+    CFileHead m_head;
+    SLineEnd m_lineEnd;
+    unsigned m_codePage;
+};
+
+} // namespace NSTQ::Tool

@@ -1,0 +1,71 @@
+#include "CTextSource.h"
+
+#include "CFailure.h"
+#include "SCContentProbe.h"
+#include "SCPathText.h"
+#include "SCTextProbe.h"
+#include "SCTypeNames.h"
+
+namespace NSTQ::Tool {
+
+CTextSource::CTextSource(const SOptions& options, const CInputFile& input)
+    : m_options(options), m_input(input), m_text(options, {input.Name(), input.Path(), input.Stream()}, input.Head()),
+      m_page(m_text.CodePage()), m_type(FindType()) {
+    if (m_input.Type())
+        return;
+    const std::string other = SCContentProbe::DescribeOther(m_input.Name(), m_input.Head().Bytes(), m_input.IsFile());
+    if (!other.empty())
+        throw CFailure(ES_UNSUPPORTED, m_input.Name(), other);
+}
+
+/// The library decides by the extension and by a first line that ends in CR LF; other line ends are looked at here.
+SCDeclareConstant::ESourceFileType CTextSource::FindType() {
+    const auto described = Describe();
+    if (m_input.Type())
+        return *m_input.Type();
+    if (described != SCDeclareConstant::SFT_UNKNOWN && described != SCDeclareConstant::SFT_FIX)
+        return described;
+    const std::string_view head = m_input.Head().Bytes();
+    const auto sniffed = SCTextProbe::FindType(head, m_text.LineEnd());
+    if (sniffed != SCDeclareConstant::SFT_UNKNOWN)
+        return sniffed;
+    return m_options.separator || head.empty() ? SCDeclareConstant::SFT_CSV : described;
+}
+
+SCDeclareConstant::ESourceFileType CTextSource::Describe() {
+    auto type = SCDeclareConstant::SFT_UNKNOWN;
+    if (m_input.Stream() < 0) {
+        const std::string path = SCPathText::ToLibrary(m_input.Path());
+        m_info.SetCommonInfo(path.c_str(), m_input.Type().value_or(SCDeclareConstant::SFT_UNKNOWN));
+        m_info.GetSourceFileType(type);
+        // A package's reader would ask for its unpacked data file; under another type it is read as it stands.
+        if (type == SCDeclareConstant::SFT_XTQF)
+            m_info.SetXtqfSourceFilePath(path.c_str());
+    }
+    return m_input.IsFile() ? type : SCTypeNames::OfFile(m_input.Name());
+}
+
+void CTextSource::CheckReadable() const {
+    const std::string& name = m_input.Name();
+    if (m_type == SCDeclareConstant::SFT_UNKNOWN)
+        throw CFailure(ES_UNSUPPORTED, name,
+                       "unknown type: neither TAB nor comma in its first line; give --type, "
+                       "--separator or --widths; see its columns with: tqc preview " +
+                           name);
+    if (m_type == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
+        throw CFailure(ES_UNSUPPORTED, name,
+                       "fixed-length text needs --widths; see its columns with: tqc preview " + name);
+    if (!m_options.strSheet.empty())
+        throw CFailure(ES_USAGE, name,
+                       "--sheet is for workbooks and databases; " + SCTypeNames::DescribeThis(m_type));
+}
+
+std::unique_ptr<ISourceReader> CTextSource::OpenReader() {
+    CheckReadable();
+    if (m_type == SCDeclareConstant::SFT_FIX)
+        return m_text.OpenFixedLength(m_info);
+    const bool isTabbed = m_type == SCDeclareConstant::SFT_TXT;
+    return m_text.OpenDelimited(m_info, isTabbed ? SCDataAccessDefine::TAB_CODE : SCDataAccessDefine::CAMMA_CODE);
+}
+
+} // namespace NSTQ::Tool
