@@ -4,6 +4,7 @@
 #include "common/SCFilePath.h"
 #include "common/SCFolderTree.h"
 #include "common/SCTmpDirPath.h"
+#include "platform/ado/Provider.h"
 #include "platform/automation/WipeMemory.h"
 #include "platform/files/Files.h"
 #include "tqcAccess/CodePage.h"
@@ -137,6 +138,8 @@ void CSourceDataInfo::Initialize() {
     m_pRecordSetString.reset();
     m_pFixFileData.reset();
     ClearBuffer(m_pFilePath);
+    if (m_pPassWordString[0] != '\0')
+        ForgetPassWords();
     WipeMemory(m_pPassWordString.get(), PATH_BUFFSIZE);
     ClearBuffer(m_pXtqfSourceFilePath);
     ClearBuffer(m_pUncompressFolderPath);
@@ -406,6 +409,8 @@ bool CSourceDataInfo::SetPassWordString(const char* password) {
     const std::size_t length = std::strlen(password);
     if (length >= MAX_PATH)
         return false;
+    if (std::strcmp(password, m_pPassWordString.get()) != 0)
+        ForgetPassWords();
     // The password may be the record's own.
     std::memmove(m_pPassWordString.get(), password, length + 1);
     return true;

@@ -1,5 +1,6 @@
 // Encrypted workbooks: each scheme opens with its password and says what is wrong without it or with damage.
 #include "providers/encryption/Encryption.h"
+#include "CADOOperater.h"
 #include "CSourceDataInfo.h"
 #include "support/AnsiPage.h"
 #include "support/CompoundBuilder.h"
@@ -12,8 +13,27 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
 
 #include <functional>
+
+namespace {
+
+int digestCount = 0;
+
+} // namespace
+
+extern "C" {
+
+// The library's calls come here.
+int __real_EVP_DigestFinal_ex(EVP_MD_CTX* context, unsigned char* digest, unsigned* size);
+
+int __wrap_EVP_DigestFinal_ex(EVP_MD_CTX* context, unsigned char* digest, unsigned* size) {
+    ++digestCount;
+    return __real_EVP_DigestFinal_ex(context, digest, size);
+}
+
+} // extern "C"
 
 namespace NSTQ::Tests {
 namespace {
@@ -207,24 +227,40 @@ TEST(RecordCipher, TakesObfuscationBack) {
     }
 }
 
-TEST(EncryptedWorkbook, PreparesOnceItsPasswordIsSet) {
-    using NSTQCore::CSourceDataInfo;
+/// What an encrypted source costs is its rounds of hashing: once for each password, however often it is opened, until
+/// the description that has the password is gone.
+TEST(EncryptedWorkbook, PreparesWithItsPasswordAndHashesEachPasswordOnce) {
+    using namespace NSTQCore;
     const CAnsiPage page(932);
     const CTempFolder folder;
     SXlsxParts parts;
     parts.strRows = "<row><c><v>1</v></c></row>";
-    for (const SEncryptedPackage& encrypted :
-         {EncryptAgile(parts.File(), passWord, "SHA512", 256), EncryptStandard(parts.File(), passWord, 128)}) {
-        CSourceDataInfo info;
-        ASSERT_TRUE(info.SetCommonInfo(folder.WriteFile("a.xlsx", encrypted.File()).c_str(),
-                                       NSTQCore::SCDeclareConstant::SFT_UNKNOWN));
-        for (const auto& [given, prepared] : {std::pair("", CSourceDataInfo::SDO_PASSWORD_ERROR),
-                                              {"wrong", CSourceDataInfo::SDO_PASSWORD_ERROR},
+    for (const auto& [encrypted, rounds] : {std::pair(EncryptAgile(parts.File(), passWord, "SHA512", 256), 1000),
+                                            {EncryptStandard(parts.File(), passWord, 128), 50'000}}) {
+        const auto roundsOf = [rounds = rounds](const auto& work) {
+            const int before = digestCount;
+            work();
+            return (digestCount - before) / rounds;
+        };
+        std::optional<CSourceDataInfo> info(std::in_place);
+        ASSERT_TRUE(info->SetCommonInfo(folder.WriteFile("a.xlsx", encrypted.File()).c_str(),
+                                        SCDeclareConstant::SFT_UNKNOWN));
+        for (const auto& [given, prepared] : {std::pair("wrong", CSourceDataInfo::SDO_PASSWORD_ERROR),
+                                              {"", CSourceDataInfo::SDO_PASSWORD_ERROR},
                                               {passWord, CSourceDataInfo::SDO_DATABASE}}) {
-            ASSERT_TRUE(info.SetPassWordString(given));
-            EXPECT_EQ(info.PrepareReadSourceData(true), prepared) << given;
+            const auto prepare = [&, wanted = prepared] { EXPECT_EQ(info->PrepareReadSourceData(true), wanted); };
+            ASSERT_TRUE(info->SetPassWordString(given));
+            EXPECT_EQ(roundsOf(prepare), 1) << given;
+            EXPECT_EQ(roundsOf(prepare), 0) << given;
         }
-        EXPECT_TRUE(info.SetSelectSchemaIndx(0));
+        EXPECT_TRUE(info->SetSelectSchemaIndx(0));
+        EXPECT_EQ(roundsOf([&] { EXPECT_TRUE(CADOOperater(9, 99, 99).FileOpen(&*info)); }), 0);
+        const char* connection = nullptr;
+        ASSERT_TRUE(info->GetConnectString(connection));
+        const std::string kept = connection;
+        info.reset();
+        DWORD size = 0, count = 0;
+        EXPECT_EQ(roundsOf([&] { CADOOperater::GetSchemaNameSize(size, count, kept.c_str()); }), 1);
     }
 }
 

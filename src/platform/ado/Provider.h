@@ -66,4 +66,8 @@ struct SSourceOptions {
 /// does not read.
 std::unique_ptr<IDataSource> OpenSource(const SSourceOptions& options);
 
+/// Wipes what was computed from passwords and is kept so that the same source opens faster the next time. Any thread
+/// may call it at any time. src/providers defines it.
+void ForgetPassWords() noexcept;
+
 } // namespace NSTQ::Platform

@@ -24,7 +24,7 @@ class CXmlScanner;
 class CAgileEncryption {
 public:
     /// Rounds of hashing between a password and its key. Programs that encrypt use 100,000. These take about half a
-    /// second, and a conversion goes through them for each of its few opens.
+    /// second, once for each password tried (CSpunDigests).
     static constexpr std::uint32_t maxSpinCount = 2'000'000;
 
     /// `descriptor` is the XML document. Throws CSourceError when it is damaged, asks for ciphers or digests that are

@@ -1,5 +1,7 @@
 #include "providers/encryption/CHash.h"
 
+#include "providers/encryption/CSpunDigests.h"
+
 #include <openssl/evp.h>
 
 namespace NSTQ::Providers {
@@ -17,7 +19,7 @@ constexpr SHashKind kinds[] = {{"MD5", 16}, {"SHA1", 20}, {"SHA256", 32}, {"SHA3
 } // namespace
 
 CHash::CHash(EHash hash)
-    : m_pDigest(EVP_MD_fetch(nullptr, kinds[static_cast<std::size_t>(hash)].pName, nullptr)),
+    : m_kind(hash), m_pDigest(EVP_MD_fetch(nullptr, kinds[static_cast<std::size_t>(hash)].pName, nullptr)),
       m_pContext(EVP_MD_CTX_new()), m_size(kinds[static_cast<std::size_t>(hash)].size) {
     CheckLibCrypto(m_pDigest != nullptr && m_pContext != nullptr, kinds[static_cast<std::size_t>(hash)].pName);
 }
@@ -36,9 +38,13 @@ void CHash::Into(std::span<unsigned char> target, std::initializer_list<TBytes> 
 }
 
 CSecretBytes CHash::Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount) {
-    CSecretBytes digest = Of({salt, passWord});
+    const CSecretBytes first = Of({salt, passWord});
+    if (const auto known = CSpunDigests::Get().Find(m_kind, spinCount, first))
+        return *known;
+    CSecretBytes digest = first;
     for (std::uint32_t round = 0; round < spinCount; ++round)
         Into(digest.Bytes(), {LittleEndian32(round), digest.Bytes()});
+    CSpunDigests::Get().Keep(m_kind, spinCount, first, digest);
     return digest;
 }
 

@@ -25,10 +25,11 @@ public:
     void Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts);
 
     /// The digest of salt and password, hashed `spinCount` times more behind the number of the round: what makes
-    /// guessing passwords slow.
+    /// guessing passwords slow. CSpunDigests keeps it for the next time.
     CSecretBytes Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount);
 
 private:
+    EHash m_kind;
     TLibCryptoPtr<evp_md_st> m_pDigest;
     TLibCryptoPtr<evp_md_ctx_st> m_pContext;
     std::size_t m_size;

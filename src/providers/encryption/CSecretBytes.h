@@ -15,7 +15,7 @@ public:
     static constexpr std::size_t maxSize = 64;
 
     /// `size` bytes (at most maxSize), each of them `fill`.
-    explicit CSecretBytes(std::size_t size, unsigned char fill = 0) : m_size(size) { m_bytes.fill(fill); }
+    constexpr explicit CSecretBytes(std::size_t size, unsigned char fill = 0) : m_size(size) { m_bytes.fill(fill); }
     CSecretBytes(const CSecretBytes&) = default;
     CSecretBytes& operator=(const CSecretBytes&) = default;
     ~CSecretBytes() { Wipe(m_bytes); }

@@ -1,4 +1,5 @@
 // Stands in for this folder when the build has left encryption out.
+#include "platform/ado/Provider.h"
 #include "providers/common/CSourceError.h"
 #include "providers/encryption/Encryption.h"
 
@@ -29,3 +30,9 @@ FDecryptBlock MakeJetPageDecoder(std::uint32_t) {
 }
 
 } // namespace NSTQ::Providers
+
+namespace NSTQ::Platform {
+
+void ForgetPassWords() noexcept {}
+
+} // namespace NSTQ::Platform
