@@ -3,10 +3,12 @@
 #include "tools/CToolTest.h"
 #include "xlsx/XlsxBuilder.h"
 
+#include <sys/inotify.h>
 #include <termios.h>
 
 #include <array>
 #include <pty.h>
+#include <tuple>
 
 namespace NSTQ::Tests {
 namespace {
@@ -17,6 +19,27 @@ const std::string UTF8 = "\xE8\xA1\xA8,\"a b\",1\r\n"; // 表, whose second byte
 const std::string SJIS = "\x95\x5C,\"a b\",1\r\n";
 const std::string UTF8_OUT = "\xE8\xA1\xA8,a b,1\r\n";
 const std::string SJIS_OUT = "\x95\x5C,a b,1\r\n";
+
+/// Counts how often a file is opened by anybody. Looks into it keep the reports of two openings apart.
+class COpenCount {
+public:
+    explicit COpenCount(const std::string& path) : m_watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        ::inotify_add_watch(m_watch, path.c_str(), IN_OPEN | IN_ACCESS);
+    }
+    COpenCount(const COpenCount&) = delete;
+    COpenCount& operator=(const COpenCount&) = delete;
+    ~COpenCount() { ::close(m_watch); }
+
+    int Get() const {
+        int count = 0;
+        for (inotify_event event{}; ::read(m_watch, &event, sizeof event) > 0;)
+            count += (event.mask & IN_OPEN) != 0 ? 1 : 0;
+        return count;
+    }
+
+private:
+    int m_watch;
+};
 
 class Convert : public CToolTest {
 protected:
@@ -87,22 +110,23 @@ TEST_F(Convert, BetweenEncodings) {
 TEST_F(Convert, EverySampleToUtf8AndBack) {
     const std::string samples = TQC_SAMPLES "/";
     m_folder.WriteFile("key", "secret\n");
-    const std::pair<const char*, bool> cases[] = {
-        {"prices-sjis.csv --encoding 932", true},
-        {"prices-utf8.csv", true},
-        {"prices-locked.xtqf --password-file key --encoding 932", true},
-        {"stock.tsv", false},
-        {"prices.xlsx", true},
-        {"prices.xls", true},
+    // The program looks at a file once; the library opens it to unpack or read it, or for each of three connections.
+    const std::tuple<const char*, bool, int> cases[] = {
+        {"prices-sjis.csv --encoding 932", true, 2},
+        {"prices-utf8.csv", true, 2},
+        {"prices-locked.xtqf --password-file key --encoding 932", true, 2},
+        {"stock.tsv", false, 2},
+        {"prices.xlsx", true, 4},
+        {"prices.xls", true, 4},
 #if defined(TQC_WITH_ACCESS)
-        {"stock.mdb", false},
-        {"stock.accdb", false},
+        {"stock.mdb", false, 4},
+        {"stock.accdb", false, 4},
 #endif
-        {"ledger.txt --widths 6,20,10", false},
+        {"ledger.txt --widths 6,20,10", false, 2},
     };
     std::ifstream file(samples + "prices-sjis.csv", std::ios::binary);
     const std::string prices(std::istreambuf_iterator<char>(file), {});
-    for (const auto& [line, isPrices] : cases) {
+    for (const auto& [line, isPrices, opens] : cases) {
         ASSERT_EQ(Run(samples + line + " --output-encoding utf-8 --add-bom -o utf8.csv").errors, "") << line;
         const SResult back = Run("utf8.csv --output-encoding shift_jis");
         EXPECT_EQ(back.errors, "") << line;
@@ -114,8 +138,10 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
                               std::filesystem::copy_options::overwrite_existing);
         const std::string options =
             (name == "stock.tsv" ? " --type tsv " : " ") + std::string(line).substr(name.size());
+        const COpenCount count(m_folder.Path("other.csv"));
         EXPECT_EQ(Run("other.csv --output-encoding utf-8 --add-bom" + options).output, m_folder.ReadFile("utf8.csv"))
             << line;
+        EXPECT_EQ(count.Get(), opens) << line;
     }
 }
 

@@ -19,12 +19,6 @@
 namespace NSTQ::Tool {
 namespace {
 
-bool HasExtension(const std::string& name, const std::string& extension) {
-    const auto isEqual = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
-    return name.size() > extension.size() && std::equal(name.end() - static_cast<std::ptrdiff_t>(extension.size()),
-                                                        name.end(), extension.begin(), extension.end(), isEqual);
-}
-
 std::string TemporaryFolder() {
     const char* const folder = std::getenv("TMPDIR");
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
@@ -70,9 +64,9 @@ void CInputFile::TakeFile() {
     m_head = CFileHead(file.Get(), m_name);
     if (!m_type)
         m_type = SCContentProbe::FindType(file.Get(), m_head);
-    const std::string extension = m_type ? '.' + SCTypeNames::Of(*m_type) : "";
-    if (m_type && !SCTypeNames::IsText(*m_type) && !HasExtension(m_name, extension))
-        LinkUnderExtension(extension);
+    const bool needsName = m_type && !SCTypeNames::IsText(*m_type) && SCTypeNames::OfFile(m_name) != *m_type;
+    if (needsName)
+        LinkUnderExtension('.' + SCTypeNames::Of(*m_type));
 }
 
 void CInputFile::TakeStream(int descriptor) {

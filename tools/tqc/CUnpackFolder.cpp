@@ -11,8 +11,8 @@ CUnpackFolder::~CUnpackFolder() {
 
 void CUnpackFolder::Set(const char* path) {
     SCSignals::RemoveFolder(nullptr);
-    m_strPath = SCPathText::ToSystem(path);
-    SCSignals::RemoveFolder(m_strPath.empty() ? nullptr : m_strPath.c_str());
+    m_path = *path == '\0' ? "" : SCPathText::ToSystem(path);
+    SCSignals::RemoveFolder(m_path.empty() ? nullptr : m_path.c_str());
 }
 
 } // namespace NSTQ::Tool

@@ -16,7 +16,7 @@ public:
     void Set(const char* path);
 
 private:
-    std::string m_strPath;
+    std::string m_path;
 };
 
 } // namespace NSTQ::Tool

@@ -2,10 +2,11 @@
 
 #include "CFailure.h"
 #include "SCCodePageNames.h"
+#include "SCErrorText.h"
 #include "tqcAccess/CodePage.h"
+#include "tqcAccess/SystemPath.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace NSTQ::Tool {
 
@@ -15,20 +16,6 @@ namespace {
 
 /// The longest path that a description takes.
 constexpr std::size_t PATH_LENGTH_MAX = 260;
-
-/// The library writes bytes of a name that its code page cannot carry as 01 and two hexadecimal digits.
-std::string Unescape(const std::string& text) {
-    std::string path;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned byte = 0;
-        const char* const digits = text.data() + std::min(i + 1, text.size());
-        const bool isEscape = text[i] == '\x01' && text.size() - i > 2 &&
-                              std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
-        path += isEscape ? static_cast<char>(byte) : text[i];
-        i += isEscape ? 2 : 0;
-    }
-    return path;
-}
 
 } // namespace
 
@@ -79,10 +66,11 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
     return ansi;
 }
 
-std::string SCPathText::ToSystem(const std::string& path) {
-    std::string text = GetAnsiCodePage() == CP_UTF8 ? path : Convert(path, GetAnsiCodePage(), CP_UTF8);
-    std::replace(text.begin(), text.end(), '\\', '/');
-    return Unescape(text);
+std::string SCPathText::ToSystem(const char* path) {
+    std::string systemPath;
+    if (const DWORD code = ConvertToSystemPath(path, systemPath); code != 0)
+        throw CFailure(ES_UNSUPPORTED, path, SCErrorText::OfLibrary(code));
+    return systemPath;
 }
 
 } // namespace NSTQ::Tool

@@ -25,8 +25,8 @@ public:
     /// all characters of `what`.
     static std::string ToAnsi(const std::string& text, const std::string& subject, const std::string& what);
 
-    /// A path of the library as the system has it.
-    static std::string ToSystem(const std::string& path);
+    /// A path of the library as the system has it. Throws CFailure when there is none.
+    static std::string ToSystem(const char* path);
 };
 
 } // namespace NSTQ::Tool
