@@ -10,7 +10,6 @@ target_link_libraries(access_writer PRIVATE tqcAccess_static tqc_options)
 tqc_add_test(access_test
   access/AccessHarness.cpp
   access/LayoutTest.cpp
-  access/PiecesTest.cpp
   access/ListingTest.cpp
   access/ValuesTest.cpp)
 target_link_libraries(access_test PRIVATE access_writer)
@@ -20,7 +19,7 @@ if(TQC_WITH_ENCRYPTION)
   target_link_libraries(access_test PRIVATE OpenSSL::Crypto)
 
   # Writes the databases of examples/data; scripts/make_samples runs it.
-  add_executable(make_access_samples EXCLUDE_FROM_ALL access/make_access_samples.cpp support/CompoundBuilder.cpp
-                                                          support/Encryptor.cpp)
+  add_executable(make_access_samples EXCLUDE_FROM_ALL ${PROJECT_SOURCE_DIR}/scripts/make_access_samples.cpp
+    support/CompoundBuilder.cpp support/Encryptor.cpp)
   target_link_libraries(make_access_samples PRIVATE access_writer tqc_options OpenSSL::Crypto)
 endif()

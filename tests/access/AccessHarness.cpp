@@ -21,20 +21,22 @@ CSourceDataInfo::ESourceDataOpen CAccessFile::Prepare(const char* passWord) {
     return m_info.PrepareReadSourceData(false);
 }
 
-std::string CAccessFile::Names() {
+std::vector<char*> CAccessFile::Schemas() {
     std::vector<char*> names;
     if (Prepare(m_info.GetPassWordString()) == CSourceDataInfo::SDO_DATABASE)
         m_info.GetSchemaName(names);
+    return names;
+}
+
+std::string CAccessFile::Names() {
     std::string text;
-    for (const char* name : names)
+    for (const char* name : Schemas())
         text += (text.empty() ? "" : "|") + std::string(name);
     return text;
 }
 
 std::string CAccessFile::Read(std::string_view table, bool areNames) {
-    std::vector<char*> names;
-    if (Prepare(m_info.GetPassWordString()) == CSourceDataInfo::SDO_DATABASE)
-        m_info.GetSchemaName(names);
+    const std::vector<char*> names = Schemas();
     const auto found = std::ranges::find(names, table);
     if (found == names.end())
         return "missing";

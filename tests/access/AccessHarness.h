@@ -24,6 +24,7 @@ public:
     std::string Rows(std::string_view table) { return Read(table, false); }
 
 private:
+    std::vector<char*> Schemas();
     std::string Read(std::string_view table, bool areNames);
 
     CTempFolder m_folder;

@@ -1,5 +1,6 @@
 // What a database offers: which tables and saved queries, in which order, and what the queries give.
 #include "access/AccessHarness.h"
+#include "providers/access/SCNameOrder.h"
 #include "support/AnsiPage.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +41,15 @@ TEST(AccessListing, OffersTablesAndQueriesInTheOrderOfNames) {
         EXPECT_EQ(file.Rows("beta"), "1\n") << int(version);
         EXPECT_EQ(file.Rows("Delta") + file.Rows("Hidden"), "1\n2\n") << int(version);
     }
+}
+
+TEST(AccessListing, OrderOfNamesLeavesCaseOutOfAccount) {
+    EXPECT_EQ(Providers::SCNameOrder::Compare(u"ORDERS \u00C9\u0394\u0416\u0139\u0178\uFF21",
+                                              u"orders \u00E9\u03B4\u0436\u013A\u0178\uFF41"),
+              0);
+    EXPECT_NE(Providers::SCNameOrder::Compare(u"\u00D7", u"\u00F7"), 0);
+    EXPECT_LT(Providers::SCNameOrder::Compare(u"a", u"B"), 0);
+    EXPECT_LT(Providers::SCNameOrder::Compare(u"a", u"ab"), 0);
 }
 
 struct SQueryCase {

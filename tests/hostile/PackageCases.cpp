@@ -2,6 +2,7 @@
 #include "hostile/Hostile.h"
 
 #include "common/CUnZip.h"
+#include "support/Repeat.h"
 #include "support/ZipWriter.h"
 
 #include <sys/stat.h>
@@ -23,12 +24,6 @@ std::function<std::string()> Bytes(std::string archive) {
 
 /// Beside each bad name stands a good one that comes first: nothing of it may be unpacked either.
 void AddNames(std::vector<SHostileCase>& cases) {
-    const std::string deep = [] {
-        std::string path;
-        for (std::size_t i = 0; i < CUnZip::MAX_DEPTH; ++i)
-            path += "a/";
-        return path + 'a';
-    }();
     const auto add = [&](const char* title, std::vector<SZipEntryText> names) {
         names.insert(names.begin(), Named("good"));
         cases.push_back({title, Bytes(MakeZip(names))});
@@ -50,13 +45,8 @@ void AddNames(std::vector<SHostileCase>& cases) {
     add("an overlong '.'", {Named("\xC0\xAE\xC0\xAE/x", utf8Flag)});
     add("not in the code page", {Named("\x81")});
     add("a part that is too long", {Named(std::string(256, 'a'))});
-    add("too deep", {Named(deep)});
-    add("too long", {Named([] {
-            std::string path = std::string(200, 'a');
-            for (int i = 0; i < 5; ++i)
-                path += '/' + std::string(200, 'a');
-            return path;
-        }())});
+    add("too deep", {Named(Repeat("a/", CUnZip::MAX_DEPTH) + 'a')});
+    add("too long", {Named(Repeat(std::string(200, 'a') + '/', 6) + 'a')});
     add("twice the same file", {Named("a/x"), Named("a\\x")});
     add("twice the same folder", {{.name = "a/"}, {.name = "a\\"}});
     add("the same name in both encodings", {Named("\x95\x5C"), Named("表", utf8Flag)});

@@ -1,18 +1,11 @@
 // Workbooks made to do harm, or broken.
 #include "hostile/Hostile.h"
 
+#include "support/Repeat.h"
 #include "xlsx/XlsxBuilder.h"
 
 namespace NSTQ::Tests {
 namespace {
-
-std::string Repeat(std::string_view text, std::size_t count) {
-    std::string repeated;
-    repeated.reserve(text.size() * count);
-    while (count-- > 0)
-        repeated += text;
-    return repeated;
-}
 
 const struct {
     const char* title;

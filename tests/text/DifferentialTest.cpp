@@ -5,6 +5,7 @@
 #include "text/Harness.h"
 
 #include <array>
+#include <cerrno>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -172,7 +173,7 @@ TEST_P(CDifferential, RandomTextsInBlocks) {
     }
 }
 
-// Fills that end anywhere, in blocks and out of them.
+// Fills that end anywhere, in blocks and out of them, and fills that fail.
 TEST_P(CDifferential, RandomLongTexts) {
     constexpr std::uint32_t limits[] = {0,   1,   2,   3,    5,     20,    64,    65,   190,
                                         193, 255, 300, 4096, 63999, 64000, 65535, 70000};
@@ -188,10 +189,13 @@ TEST_P(CDifferential, RandomLongTexts) {
         }
         const std::string text = RandomText(random, random() % (round % 4 == 0 ? 200000 : 4000));
         CTestedReader tested(settings);
-        const std::size_t size = std::array{7U, 130U, 1000U, 64000U}[random() % 4];
-        const auto reads = Faults::Reads(size);
+        CReads reads{.size = std::array{7U, 130U, 1000U, 64000U}[random() % 4]};
+        // Whole reads fail once, the last time where the file has ended: later a record may ask more than once.
+        reads.failing = reads.size == 64000 ? 2 + random() % (text.size() / 64000 + 1) : 0;
+        const auto fault =
+            reads.failing > 0 ? Faults::Scope(Faults::Call::Read, reads.failing, EIO) : Faults::Reads(reads.size);
         ASSERT_TRUE(tested.Open(m_folder.WriteFile("random.csv", text)));
-        CReferenceReader plain(settings, text, {.size = size});
+        CReferenceReader plain(settings, text, reads);
         ASSERT_TRUE(Agree(settings, text, tested, plain, 5000)) << "round " << round;
         for (const std::uint32_t line : {0U, static_cast<unsigned>(random() % 40), ~0U}) {
             CRecord expected, actual;

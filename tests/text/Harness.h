@@ -100,7 +100,7 @@ inline std::string Escape(std::string_view text) {
     return testing::PrintToString(std::string(text.substr(0, 400)));
 }
 
-/// "true" or "false" and its count, then the fields, e.g. `+2:a|b`; an unassigned output shows as `(none)`.
+/// TablesTest.cpp tells how to read it.
 inline std::string Show(const CRecord& record) {
     std::string text = (record.result ? "+" : "-") + std::to_string(record.count) + ':';
     for (std::size_t i = 0; i < record.fields.size(); ++i)

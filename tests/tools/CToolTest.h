@@ -1,6 +1,7 @@
 // Runs of the program in a folder of their own, with what each of them should come to.
 #pragma once
 
+#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "tools/CProgram.h"
 
@@ -39,12 +40,6 @@ protected:
                 << entry.path();
     }
 
-    static std::string Repeat(const std::string& text, int count) {
-        std::string result;
-        for (int i = 0; i < count; ++i)
-            result += text;
-        return result;
-    }
     static std::vector<std::string> Words(const std::string& line) {
         std::vector<std::string> words;
         std::istringstream stream(line);

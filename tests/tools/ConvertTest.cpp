@@ -55,10 +55,7 @@ TEST_F(Convert, BetweenEncodings) {
     const SCase cases[] = {
         {"a.csv --encoding shift_jis", SJIS, UTF8_OUT},
         {"a.csv --output-encoding 932", MARK + UTF8, SJIS_OUT},
-        {"a.csv --encoding utf-8 --output-encoding sjis", UTF8, SJIS_OUT},
         {"a.csv --encoding 932 --code-page 1252 --add-bom --output-encoding utf-8", SJIS, MARK + UTF8_OUT},
-        {"a.csv --encoding 1252", "\xE8,\xFF\n", "\xC3\xA8,\xC3\xBF\r\n"},
-        {"a.csv --add-bom", "a\n", MARK + "a\r\n"},
         // Characters that the output has not, or in another form only, and bytes that are none in the source.
         {"a.csv --output-encoding 932", "a,\xC3\xA9\xE2\x82\xAC\nb\n", "a,e?\r\nb\r\n", "row 1: replaced", 1},
         {"a.csv --output-encoding 932", "\xC2\xA5\n", "\\\r\n", "row 1: replaced", 1},
@@ -73,22 +70,15 @@ TEST_F(Convert, BetweenEncodings) {
         {"a.csv --on-error skip", "a\n\xE8\xA1,\xF4\x8F\xBFz\n", "a\r\n", "row 2: rejected: bytes that", 1},
         {"a.txt --widths 2,1", "\xE8\xA1\xA8\n", "\xEF\xBF\xBD,\xEF\xBF\xBD\r\n", "row 1: bytes that", 1},
         {"preview a.csv", "\xC8\xAD\xC8\xAD\xC1\n", "\xC8\xAD\xC8\xAD\xEF\xBF\xBD\n", "a.csv: mostly UTF-8"},
-        {"a.csv --limit 0",
-         "\x83"
-         "f\x81[\x83^,\x96\xBC\x8C\xC3\x89\xAE\x82\xCC\x95\x5C\n",
-         "", "not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis"}, // データ,名古屋の表
-        {"a.csv --limit 0", "\xC3\xDE\xB0\xC0 \xCC\xDE\xC2,1\n", "",
-         "not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis"}, // ﾃﾞｰﾀ ﾌﾞﾂ,1
-        {"a.csv --limit 0", "\xBC\xAD\xBF\xEF \xC0\xCC\xB8\xA7\n", "",
-         "not UTF-8, probably 949 (cp949); if so, give --encoding cp949"}, // 서울 이름
-        {"a.csv --limit 0", "\xCE\xD2\xC3\xC7\xCA\xC7\xD4\xDA\xD6\xD0\xB9\xFA\xB5\xC4\xC8\xCB\n", "",
-         "not UTF-8, probably 936 (gbk); if so, give --encoding gbk"}, // 我们是在中国的人
+        {"a.csv --limit 0", "\x83\x66\x81[\x83^,\x96\xBC\x8C\xC3\x89\xAE\x82\xCC\x95\x5C\n", "",
+         "not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis"},       // データ,名古屋の表
+        {"a.csv --limit 0", "\xC3\xDE\xB0\xC0 \xCC\xDE\xC2,1\n", "", "932 (shift_jis)"}, // ﾃﾞｰﾀ ﾌﾞﾂ,1
+        {"a.csv --limit 0", "\xBC\xAD\xBF\xEF \xC0\xCC\xB8\xA7\n", "", "949 (cp949)"},   // 서울 이름
+        // 我们是在中国的人
+        {"a.csv --limit 0", "\xCE\xD2\xC3\xC7\xCA\xC7\xD4\xDA\xD6\xD0\xB9\xFA\xB5\xC4\xC8\xCB\n", "", "936 (gbk)"},
         {"a.csv --limit 0", "\xBBO\xA5_\xA4\xD1\xAE\xF0,\xA7\xDA\xAD\xCC\xACO\n", "",
-         "not UTF-8, probably 950 (big5); if so, give --encoding big5"}, // 臺北天氣,我們是
-        {"a.csv --limit 0",
-         "Gr\xF6\xDF"
-         "e,\xE9t\xE9\n",
-         "", "not UTF-8, probably 1252 (cp1252); if so, give --encoding cp1252"}, // Größe,été
+         "950 (big5)"},                                                         // 臺北天氣,我們是
+        {"a.csv --limit 0", "Gr\xF6\xDF\x65,\xE9t\xE9\n", "", "1252 (cp1252)"}, // Größe,été
         {"a.csv --limit 0", "\xA4\xEA\xA4\xF3\xA4\xB4\xA4\xAF\xA4\xC0\xA4\xB5\xA4\xA4\xC9\xBD\n", "",
          "a.csv: not UTF-8; give its encoding with --encoding: 932"}, // りんごください表 in EUC
         {"a.csv --limit 0", UTF8 + UTF8 + "\xFF\n", "", "a.csv: mostly UTF-8"},
@@ -96,8 +86,7 @@ TEST_F(Convert, BetweenEncodings) {
         {"a.csv", std::string(63'999, 'x') + "\xE8\xA1\xA8\n", std::string(63'999, 'x') + "\xE8\xA1\xA8\r\n"},
         {"a.csv", fill + "\xE8\xA1z\n", fillOut + "\xEF\xBF\xBDz\r\n", "a.csv: row 64: bytes that", 1},
         // Another code of a character, and a character that stands in for undefined ones, are no loss.
-        {"a.csv --encoding 932", "\x87\x90?,1\n", "\xE2\x89\x92?,1\r\n"},
-        {"a.csv --encoding 932", "\x81\x45,1\n", "\xE3\x83\xBB,1\r\n"},
+        {"a.csv --encoding 932", "\x87\x90?,\x81\x45\n", "\xE2\x89\x92?,\xE3\x83\xBB\r\n"},
         // A field that is too long in the output ends with a whole character.
         {"a.csv --encoding 1252 --output-encoding 932", std::string(40'001, '\xD7') + "\n",
          Repeat("\x81\x7E", 32'767) + "\r\n", "more than 65535 bytes", 1},
@@ -148,7 +137,6 @@ TEST_F(Convert, EverySampleToUtf8AndBack) {
 TEST_F(Convert, FixedLengthText) {
     const std::string wide = std::string(13'000, 'x');
     const SCase cases[] = {
-        {"a.txt --widths 2,2", "ab1\r\n c 2  \r\n", "ab,1\r\nc,2\r\n"},
         {"a.txt --widths 2,1", MARK + "ab1\ncd2\n", "ab,1\r\ncd,2\r\n"},
         {"a.txt --widths 2,1", "ab1cd2", "ab,1\r\ncd,2\r\n"},
         {"a.dat --widths 2,2", "ab1,\ncd2\t\n", "ab,\"1,\"\r\ncd,2 \r\n"},
@@ -166,7 +154,6 @@ TEST_F(Convert, FixedLengthText) {
         {"a.txt", "abc1\n", "", "tqc preview a.txt", 5},
         {"a.csv --widths 1 --type csv", "a\n", "", "--type fix", 2},
         {"a.csv --widths 3,0", "a\n", "", "1 to 65535", 2},
-        {"a.csv --widths 3,", "a\n", "", "1 to 65535", 2},
         {"a.csv --widths 65000,600", "a\n", "", "at most 65534; these come to 65602", 2},
         {"preview a.txt", "0123456789ab\r\nc\td\r\n\r\nnot shown\r\n",
          "        10\n123456789012\n0123456789ab\nc.d\n\n"},
@@ -225,17 +212,13 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"a.xlsx", "", rows},
         {"a.xlsx --sheet It's~a.b!c", "", rows},
         {"a.xlsx --header --sheet gR\xC3\xB6~\xCF\x82~\xD1\x91~\xEF\xBD\x91", "", rows},
-        {"a.xlsx --header --skip 1 --sheet aB", "", "1,\xE8\xA1\xA8\r\n"},
         {"a.xlsx --sheet Ab", "", "", "several sheets are called \"Ab\" without regard to case: ab, aB", 3},
         {"a.xlsx --sheet \"\"", "", "", "a name, or a number from 1", 2},
         {"a.xlsx --sheet 3 --skip 1", "", "0.3,\r\n"},
         {"a.xlsx --skip 1 --numbers full", "", "0.30000000000000004,\r\n"},
 #if defined(TQC_WITH_ACCESS)
         {TQC_SAMPLES "/stock.accdb --header --sheet PLACES --skip 1", "", "Place,Locked\r\nB-02,-1\r\n"},
-        {TQC_SAMPLES "/stock.accdb --sheet 4", "", "", "no table \"4\"; tables: Parts, Places, Running low", 3},
 #endif
-        {"a.xlsx --code-page 932 --limit 1", "", "1,\x95\x5C\r\n"},
-        {"a.xlsx --max-fields 1", "", "1\r\n0.3\r\n", "row 1: more than 1 fields", 1},
         {"preview a.xlsx", "", "1 | \xE8\xA1\xA8\n0.3 | \n"},
         {"a.xlsx --sheet Q5", "", "", "a.xlsx: no sheet \"Q5\"; sheets: It's a.b!c, ", 3},
         {"list a.csv", "a,b\n", "", "list is for workbooks and databases", 2},

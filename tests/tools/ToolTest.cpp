@@ -37,15 +37,12 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
     const SCase cases[] = {
         {"a.csv", "a,b\r\n1,\"x,y\"\r\n", "a,b\r\n1,\"x,y\"\r\n"},
         {"a.csv", "a,b\r1,2\r", "a,b\r\n1,2\r\n"},
-        {"a.csv", "a b", "a b\r\n"},
         {"a.csv", "a\n\n\nb\n\n", "a\r\n\r\n\r\nb\r\n\r\n"},
-        {"a.csv", "\"a\"\"\nb\",c\r\nd\r\n", "\"a\"\"\nb\",c\r\nd\r\n"},
         {"a.csv", "x\"y,\"a\nb\"\r\nd\r\n", "\"x\"\"y\",\"a\nb\"\r\nd\r\n"},
         {"a.csv --quote-newline --output-eol cr", "\"a\nb\",\"\rc\"\n", "\"a\nb\",\"\rc\"\r"},
         {"a.csv --no-quote-newline", "\"a\nb\",c\n", "a\r\n\"b\"\"\",c\r\n"},
         {"a.csv --eol cr", "a\rb\nc\n", "a\r\nbc\r\n"},
         {"a.txt", "a,b\tc\n", "\"a,b\",c\r\n"},
-        {"a.txt", "a,b\tc\r\n", "\"a,b\",c\r\n"},
         {"a.txt", "abc  1\r\n", "", "fixed-length", 5},
         {"a.dat", "a,b\n", "a,b\r\n"},
         {"./plain", "a\tb\n", "a,b\r\n"},
@@ -54,7 +51,6 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.dat --type csv", "abc\n", "abc\r\n"},
         {"a.xtqf --type tsv", "a\tb\n", "a,b\r\n"},
         {"a.dat --separator ;", "a;b\n", "a,b\r\n"},
-        {"a.csv --separator \\t", "a\tb\n", "a,b\r\n"},
         {"a.xls", "x", "", "a.xls: ", 5},
         {"a.csv", "\xFF\xFE"s + "a\0,\0"s, "", "UTF-16", 5},
         // The bytes tell more than the name.
@@ -70,9 +66,7 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.csv --type csv", "a,b\n\0,c\n"s, "a,b\r\n,c\r\n"},
         {"a.csv", "a\0,\0b\0"s, "", "UTF-16LE", 5},
         {"a.txt", "\0a\0,\0\x8B"s, "", "UTF-16BE", 5},
-        {"a.csv --output-separator ; --output-eol lf", "a,\"b;c\"\n", "a;\"b;c\"\n"},
         // The mark, and the code page of the rows and of the path.
-        {"a.csv", MARK + "\"New, York\",a b\n", "\"New, York\",a b\r\n"},
         {"a.csv", MARK, ""},
         {"a.csv --encoding ansi", MARK + "a\n", MARK + "a\r\n"},
         {"a.csv --code-page sjis", JAPANESE_SJIS, JAPANESE_SJIS + "\r\n"},
@@ -81,7 +75,6 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.csv --code-page 932 --encoding utf-8", JAPANESE_UTF8 + "\n", JAPANESE_SJIS + "\r\n"},
         {JAPANESE_UTF8 + ".csv", "a\n", "a\r\n"},
         {JAPANESE_UTF8 + ".csv --code-page 932", "a\n", "a\r\n"},
-        {"\xC3\xA9.csv --code-page 932", "a\n", "", "try --code-page 65001", 2},
         {"\xC2\xA5.csv --code-page 932", "a\n", "", "try --code-page 65001", 2},
         {"a\\b.csv", "a\n", "", "taken for '/'", 2},
     };
@@ -94,7 +87,6 @@ TEST_F(Tool, ReportsEachRowThatItCannotTakeWhole) {
         {"a.csv --max-fields 2", "1,2\n1,2,3\n1\n", "1,2\r\n1,2\r\n1\r\n", "a.csv: row 2: more than 2 fields", 1},
         {"a.csv --max-field-size 5", "abcd\nabc" + JAPANESE_UTF8 + ",z\n", "abcd\r\nabc,z\r\n",
          "row 2: field 1 has 6 bytes", 1},
-        {"a.csv --max-line-size 4", "abc\nabcdefghijklm,n\nxyz\n", "abc\r\nxyz\r\n", leftOut, 1},
         {"a.csv --max-line-size 4", "abc\nabcdefghijkl", "abc\r\n", leftOut, 1},
         {"a.csv --max-line-size 4 --code-page 932", MARK + "abc\nabcd\n\nxyz\n", "abc\r\n\r\nxyz\r\n", leftOut, 1},
         {"a.csv", "a\n" + std::string(70'000, 'x') + "\nb\n", "a\r\nb\r\n", "row 2: 65535 bytes or more, left out",
@@ -111,9 +103,6 @@ TEST_F(Tool, ReportsEachRowThatItCannotTakeWhole) {
         {"a.csv --code-page 932", MARK + "a\n\x1A", "a\r\n"},
         {"a.csv --max-fields 2 --quiet", "1,2,3\n", "1,2\r\n", "", 1},
         {"a.csv --skip 1 --limit 2", "1\n2\n3\n4\n", "2\r\n3\r\n"},
-        {"a.csv --skip 9", "1\n2\n", ""},
-        {"a.csv --limit 0", "1\n2\n", ""},
-        {"a.csv --skip 1 --max-fields 1", "1,2\n1\n", "1\r\n"},
     };
     Check(cases);
     m_folder.WriteFile("many.csv", Repeat("1,2\n", 12));
@@ -127,9 +116,6 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
     m_folder.WriteFile("readonly.csv", "old");
     m_folder.MakeFolder("folder.csv");
     ::chmod(m_folder.Path("readonly.csv").c_str(), 0444);
-    std::string deep = "./";
-    while (deep.size() < 260)
-        deep += "./";
     const SCase cases[] = {
         {"", "", "", "no file given", 2},
         {"a.csv --bogus", "", "", "--bogus", 2},
@@ -137,16 +123,13 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
         {"a.csv --eol x", "", "", "crlf, lf, cr", 2},
         {"a.csv --encoding utf-16", "", "", "auto, ansi, 932 (shift_jis)", 2},
         {"a.csv --code-page 1251", "", "", "932 (shift_jis)", 2},
-        {"a.csv --separator ab", "", "", "one ASCII character", 2},
         {"a.csv --separator \"", "", "", "one ASCII character", 2},
         {"a.csv --max-fields 0", "", "", "1 to 65535", 2},
-        {"a.csv --max-line-size 65536", "", "", "1 to 65535", 2},
         {"a.csv --max-field-size 12x", "", "", "1 to 65535", 2},
         {"a.csv --skip -1", "", "", "0 to 18446744073709551615", 2},
         {"missing.csv", "", "", "missing.csv: No such file", 3},
-        {"info missing.csv", "", "", "missing.csv: No such file", 3},
         {"folder.csv", "", "", "a folder", 3},
-        {deep + "a.csv", "", "", "260 bytes", 6},
+        {Repeat("./", 130) + "a.csv", "", "", "260 bytes", 6},
         {"a.csv --output=", "", "", "--output", 2},
         {"a.csv -o folder.csv", "", "", "a folder", 7},
         {"a.csv -o nowhere/b.csv", "", "", "nowhere/b.csv", 7},
@@ -267,16 +250,6 @@ TEST_F(Tool, SaysWhenTheDeviceIsFull) {
     ::close(full);
 }
 
-TEST_F(Tool, EndsQuietlyWhenTheReaderGoesAway) {
-    MakeBigFile();
-    CProgram program({"big.csv"}, {.folder = m_folder.Path()});
-    EXPECT_THAT(program.ReadSome(), testing::StartsWith("12345,abcdef"));
-    program.CloseOutput();
-    const SResult result = program.Finish();
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors, "");
-}
-
 TEST_F(Tool, ReadsAndWritesNamedPipes) {
     for (const char* name : {"in.csv", "in", "out"})
         ASSERT_EQ(::mkfifo(m_folder.Path(name).c_str(), 0600), 0);
@@ -296,7 +269,7 @@ TEST_F(Tool, ReadsAndWritesNamedPipes) {
     }
 }
 
-TEST_F(Tool, ConvertsTextBeforeItHasAllCome) {
+TEST_F(Tool, ConvertsTextBeforeItHasAllComeAndForAsLongAsItIsRead) {
     int ends[2];
     ::signal(SIGPIPE, SIG_IGN);
     ASSERT_EQ(::pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
@@ -310,7 +283,9 @@ TEST_F(Tool, ConvertsTextBeforeItHasAllCome) {
     });
     EXPECT_THAT(program.ReadSome(), testing::StartsWith("12345,abcdef\r\n12345"));
     program.CloseOutput();
-    EXPECT_EQ(program.Finish().status, 0);
+    const SResult result = program.Finish();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "") << "it ends quietly when its reader goes away";
     writer.join();
     ::close(ends[1]);
 }
