@@ -161,21 +161,5 @@ TEST(AccessLayout, OffsetsAcrossEach256Bytes) {
     }
 }
 
-TEST(AccessLayout, ACutFileGivesItsFirstRowsAndThenAnError) {
-    for (const EJet version : someVersions) {
-        CAccessWriter writer(version);
-        CAccessTable& table = writer.AddTable("T", threeColumns);
-        for (std::int64_t i = 0; i < 200; ++i)
-            table.Add({i, Letters(40), Letters(static_cast<std::size_t>(i) * 20)}, {i % 10 == 9 ? Moved : Plain});
-        const std::string bytes = writer.Finish().Bytes(), whole = CAccessFile(bytes).Rows("T");
-        for (std::size_t size = 0; size < bytes.size(); size += writer.Pages().Size() * 3 / 2) {
-            const std::string rest = CAccessFile(bytes.substr(0, size)).Rows("T");
-            const std::size_t end = rest.rfind('\n') + 1;
-            EXPECT_EQ(rest.substr(0, end), whole.substr(0, end)) << size;
-            EXPECT_GT(rest.size(), end) << size;
-        }
-    }
-}
-
 } // namespace
 } // namespace NSTQ::Tests

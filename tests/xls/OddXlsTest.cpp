@@ -27,7 +27,7 @@ std::string Error(unsigned column, unsigned code) {
 struct SCellsCase {
     const char* title;
     std::string cells;
-    const char* expected;
+    const char* expected; ///< rows end with ;, - is nothing, texts stand in quotes, dates behind a d
     bool isBiff8 = true;
 };
 

@@ -39,7 +39,7 @@ std::string ToUtf16Bytes(std::string_view xml, bool isBig, bool hasMark) {
 struct SRowsCase {
     const char* title;
     const char* rows;
-    const char* expected;
+    const char* expected; ///< rows end with ;, - is nothing, texts stand in quotes, dates behind a d
 };
 
 // Shared texts 0 to 6 and the formats of `commonParts` belong to these.
