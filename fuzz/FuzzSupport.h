@@ -33,6 +33,26 @@ public:
         return byte;
     }
 
+    /// The next two bytes, the lower one first.
+    std::size_t Number() {
+        const std::size_t low = Byte();
+        return low | std::size_t{Byte()} << 8;
+    }
+
+    /// The next bytes, or those that are left.
+    std::string_view Text(std::size_t length) {
+        const std::string_view text = m_rest.substr(0, length);
+        m_rest.remove_prefix(text.size());
+        return text;
+    }
+
+    /// What stands before the next NUL, which is taken too.
+    std::string_view Text() {
+        const std::string_view text = Text(m_rest.find('\0'));
+        m_rest.remove_prefix(m_rest.empty() ? 0 : 1);
+        return text;
+    }
+
     bool Flag() { return (Byte() & 1) != 0; }
 
     /// A flag and, from the bits above it, the kernel to use.

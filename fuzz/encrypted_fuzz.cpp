@@ -28,8 +28,7 @@ bool TakesLong(std::string_view description) {
 }
 
 void OpenPackage(Fuzz::CFuzzInput& input) {
-    const std::size_t low = input.Byte();
-    const std::size_t claimed = low | std::size_t{input.Byte()} << 8;
+    const std::size_t claimed = input.Number();
     const std::string_view rest = input.Rest();
     const std::size_t split = std::min(claimed, rest.size());
     if (TakesLong(rest))

@@ -11,27 +11,20 @@ void ReadBytes(std::string bytes) {
     Fuzz::ReadWorkbook([&] { return Tests::OpenBytes(std::move(bytes)); });
 }
 
-std::string TakePart(std::string_view& text) {
-    const std::size_t end = std::min(text.find('\0'), text.size());
-    std::string part(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return part;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string_view text(reinterpret_cast<const char*>(data), size);
-    if (text.starts_with("PK")) {
-        ReadBytes(std::string(text));
+    Fuzz::CFuzzInput input(data, size);
+    if (input.Rest().starts_with("PK")) {
+        ReadBytes(std::string(input.Rest()));
         return 0;
     }
     Tests::SXlsxParts parts;
-    parts.strRows = TakePart(text);
-    parts.strStrings = TakePart(text);
-    parts.strFormats = TakePart(text);
-    parts.strBookProperties = TakePart(text);
-    parts.strNames = TakePart(text);
+    parts.strRows = input.Text();
+    parts.strStrings = input.Text();
+    parts.strFormats = input.Text();
+    parts.strBookProperties = input.Text();
+    parts.strNames = input.Text();
     ReadBytes(parts.File());
     return 0;
 }

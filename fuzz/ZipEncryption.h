@@ -1,0 +1,14 @@
+// Encrypts the contents of zip entries, with constant salts, so that the same input gives the same archive.
+#pragma once
+
+#include "support/ZipWriter.h"
+
+namespace NSTQ::Fuzz {
+
+enum class EZipEncryption { None, Traditional, Aes128, Aes192, Aes256 };
+
+/// The entry with its packed bytes encrypted. `isSecondVersion`: AES entries have no checksum.
+Tests::SZipEntryText Encrypted(Tests::SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
+                               std::string_view passWord);
+
+} // namespace NSTQ::Fuzz
