@@ -8,29 +8,29 @@ namespace NSTQ::Tool {
 
 bool CColumns::TakeNames(const std::string& file, const std::vector<std::string>& names) {
     if (!m_names) {
-        m_strFile = file;
+        m_file = file;
         m_names = names;
         return true;
     }
     TakeCount(file, static_cast<DWORD>(names.size()));
     const auto [mine, other] = std::mismatch(names.begin(), names.end(), m_names->begin(), m_names->end());
     if (mine != names.end())
-        throw CFailure(ES_UNSUPPORTED, file,
+        throw CFailure(EExitStatus::Unsupported, file,
                        "its column " + std::to_string(mine - names.begin() + 1) + " is \"" + *mine + "\", that of " +
-                           m_strFile + " \"" + *other + "\"; one output takes the same columns; try --out-dir");
+                           m_file + " \"" + *other + "\"; one output takes the same columns; try --out-dir");
     return false;
 }
 
-void CColumns::TakeCount(const std::string& file, DWORD dwCount) {
+void CColumns::TakeCount(const std::string& file, DWORD count) {
     if (m_names)
         m_count = static_cast<DWORD>(m_names->size());
     if (!m_count) {
-        m_strFile = file;
-        m_count = dwCount;
+        m_file = file;
+        m_count = count;
     }
-    if (dwCount != *m_count)
-        throw CFailure(ES_UNSUPPORTED, file,
-                       "its first row has " + std::to_string(dwCount) + " fields, that of " + m_strFile + " " +
+    if (count != *m_count)
+        throw CFailure(EExitStatus::Unsupported, file,
+                       "its first row has " + std::to_string(count) + " fields, that of " + m_file + " " +
                            std::to_string(*m_count) + "; one output takes the same columns; try --out-dir");
 }
 

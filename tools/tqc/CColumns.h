@@ -16,10 +16,10 @@ public:
     bool TakeNames(const std::string& file, const std::vector<std::string>& names);
 
     /// The number of fields in an input's first row. Throws CFailure about `file` when it differs.
-    void TakeCount(const std::string& file, DWORD dwCount);
+    void TakeCount(const std::string& file, DWORD count);
 
 private:
-    std::string m_strFile; ///< the first input
+    std::string m_file; ///< the first input
     std::optional<std::vector<std::string>> m_names;
     std::optional<DWORD> m_count;
 };

@@ -11,20 +11,20 @@ class CCsvSourceReader final : public CSourceReader<NSTQCore::CCsvDataAccess> {
 public:
     /// One field more than wanted shows that there are more; fields are cut by the program, which then knows of it.
     explicit CCsvSourceReader(const SOptions& options)
-        : CSourceReader(options.dwMaxFields + 1, options.dwMaxLineSize, LIMIT_MAX),
-          m_bQuoteNewLine(options.bQuoteNewLine) {}
+        : CSourceReader(options.maxFields + 1, options.maxLineSize, maxLength), m_quoteNewLine(options.quoteNewLine) {
+    }
 
-    bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
-    bool IsKnownUtf8() const override { return m_bKnownUtf8; }
-    LONGLONG GetOpenQuote() const override { return m_bQuoteNewLine ? GetOpenQuotePosition() : -1; }
+    bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override;
+    bool IsKnownUtf8() const override { return m_isKnownUtf8; }
+    LONGLONG GetOpenQuote() const override { return m_quoteNewLine ? GetOpenQuotePosition() : -1; }
 
 private:
     bool IsFillUtf8();
 
-    bool m_bQuoteNewLine;
-    bool m_bKnownUtf8 = false;     ///< the last row
-    bool m_bFillUtf8 = false;      ///< the fill that was looked at last
-    LONGLONG m_llCheckedFill = -1; ///< its offset in the file
+    bool m_quoteNewLine;
+    bool m_isKnownUtf8 = false;  ///< the last row
+    bool m_isFillUtf8 = false;   ///< the fill that was looked at last
+    LONGLONG m_checkedFill = -1; ///< its offset in the file
 };
 
 } // namespace NSTQ::Tool

@@ -7,9 +7,9 @@
 
 namespace NSTQ::Tool {
 
-ssize_t CDescriptor::Read(int descriptor, char* pBytes, std::size_t size) {
+ssize_t CDescriptor::Read(int descriptor, char* bytes, std::size_t size) {
     for (;;) {
-        const ssize_t got = ::read(descriptor, pBytes, size);
+        const ssize_t got = ::read(descriptor, bytes, size);
         if (got >= 0 || (errno != EINTR && errno != EAGAIN))
             return got;
         pollfd waiting{descriptor, POLLIN, 0};
@@ -19,9 +19,9 @@ ssize_t CDescriptor::Read(int descriptor, char* pBytes, std::size_t size) {
 }
 
 void CDescriptor::Reset(int descriptor) {
-    if (m_iDescriptor >= 0)
-        ::close(m_iDescriptor);
-    m_iDescriptor = descriptor;
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+    m_descriptor = descriptor;
 }
 
 } // namespace NSTQ::Tool

@@ -9,21 +9,21 @@ namespace NSTQ::Tool {
 class CDescriptor {
 public:
     /// Negative for none.
-    explicit CDescriptor(int descriptor = -1) : m_iDescriptor(descriptor) {}
+    explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
     CDescriptor(const CDescriptor&) = delete;
     CDescriptor& operator=(const CDescriptor&) = delete;
     ~CDescriptor() { Reset(-1); }
 
     /// Reads what the system has at hand, at least a byte; 0 at the end, negative on an error. Waits for an empty
     /// pipe, also for a non-blocking one, which standard input may be.
-    static ssize_t Read(int descriptor, char* pBytes, std::size_t size);
+    static ssize_t Read(int descriptor, char* bytes, std::size_t size);
 
-    int Get() const { return m_iDescriptor; }
+    int Get() const { return m_descriptor; }
     /// Closes the one in hand and takes another.
     void Reset(int descriptor);
 
 private:
-    int m_iDescriptor;
+    int m_descriptor;
 };
 
 } // namespace NSTQ::Tool

@@ -32,19 +32,19 @@ bool Fill(std::string& text, int descriptor) {
 CFileHead::CFileHead(int descriptor, const std::string& name) {
     constexpr std::size_t sizeMax = NSTQCore::SCDataAccessDefine::READ_BUFF_SIZE;
     if (::fstat(descriptor, &m_status) != 0)
-        throw CFailure(ES_NOT_FOUND, name, SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
     if (S_ISDIR(m_status.st_mode))
-        throw CFailure(ES_NOT_FOUND, name, "a folder; give a file in it");
+        throw CFailure(EExitStatus::NotFound, name, "a folder; give a file in it");
     m_bytes.resize(sizeMax);
     if (!Fill(m_bytes, descriptor))
-        throw CFailure(ES_UNSUPPORTED, name, "cannot be read: " + SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::Unsupported, name, "cannot be read: " + SCErrorText::OfSystem(errno));
     m_isWholeFile = m_bytes.size() < sizeMax;
 }
 
 CDescriptor CFileHead::Open(const std::string& path, const std::string& name) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0)
-        throw CFailure(ES_NOT_FOUND, name, SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
     return CDescriptor(descriptor);
 }
 

@@ -8,58 +8,59 @@ std::uint64_t CFixSourceReader::LayoutSize(const std::vector<WORD>& widths) {
     return std::accumulate(widths.begin(), widths.end(), std::uint64_t{widths.size()});
 }
 
-std::vector<WORD> CFixSourceReader::LayOut(std::vector<WORD> widths, bool bHasLineEnds) {
-    if (bHasLineEnds)
-        widths.push_back(static_cast<WORD>(LIMIT_MAX - LayoutSize(widths)));
+std::vector<WORD> CFixSourceReader::LayOut(std::vector<WORD> widths, bool hasLineEnds) {
+    if (hasLineEnds)
+        widths.push_back(static_cast<WORD>(maxLength - LayoutSize(widths)));
     return widths;
 }
 
-CFixSourceReader::CFixSourceReader(DWORD dwColumns, const CSourceDataInfo& info, const SLineEnd& lineEnd)
-    : CSourceReader(dwColumns + 1, LIMIT_MAX, LIMIT_MAX, &info), m_dwColumns(dwColumns),
-      m_cLastOfLineEnd(lineEnd.cPost != 0 ? lineEnd.cPost : lineEnd.cPre) {
-    SetDelimiter(lineEnd.cPre, lineEnd.cPost);
+CFixSourceReader::CFixSourceReader(DWORD columns, const CSourceDataInfo& info, const SLineEnd& lineEnd)
+    : CSourceReader(columns + 1, maxLength, maxLength, &info), m_columns(columns),
+      m_lastOfLineEnd(lineEnd.second != 0 ? lineEnd.second : lineEnd.first) {
+    SetDelimiter(lineEnd.first, lineEnd.second);
 }
 
-bool CFixSourceReader::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {
-    m_bTextLeftOut = false;
+bool CFixSourceReader::GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) {
+    m_isTextLeftOut = false;
     const LONGLONG start = GetPosition();
-    const bool result = CSourceReader::GetLineData(ppData, pLen, dwCount);
+    const bool result = CSourceReader::GetLineData(fields, lengths, count);
     const LONGLONG size = GetPosition() - start;
     if (GetErrorCode() != 0 || !result || size == 0)
         return result;
     const bool isMarked = LastByte() == SCDataAccessDefine::SUB_CODE;
-    if (dwCount > m_dwColumns) {
-        dwCount = m_dwColumns;
-        TakeRestOfLine(pLen);
+    if (count > m_columns) {
+        count = m_columns;
+        TakeRestOfLine(lengths);
     }
     if (isMarked && size == 1)
-        dwCount = 0;
+        count = 0;
     return !isMarked || !HasNextLineData();
 }
 
 /// A line may be longer than the column that looks at its end; then the rest is passed over.
-void CFixSourceReader::TakeRestOfLine(const WORD* pLen) {
+void CFixSourceReader::TakeRestOfLine(const WORD* lengths) {
     const char last = LastByte();
-    const bool isInsideLine = HasNextLineData() && last != m_cLastOfLineEnd && last != SCDataAccessDefine::SUB_CODE;
-    m_bTextLeftOut = pLen[m_dwColumns] > 0 || isInsideLine;
+    const bool isInsideLine = HasNextLineData() && last != m_lastOfLineEnd && last != SCDataAccessDefine::SUB_CODE;
+    m_isTextLeftOut = lengths[m_columns] > 0 || isInsideLine;
     if (isInsideLine)
         SkipPastLineEnd();
 }
 
 std::optional<SRowFault> CFixSourceReader::GetFault() const {
-    if (!m_bTextLeftOut)
+    if (!m_isTextLeftOut)
         return std::nullopt;
-    return SRowFault{ES_UNSUPPORTED, "text behind the last column", "left out", "; try greater or more --widths"};
+    return SRowFault{EExitStatus::Unsupported, "text behind the last column", "left out",
+                     "; try greater or more --widths"};
 }
 
 /// The byte before the next one to be read.
 char CFixSourceReader::LastByte() const {
-    return m_dwReadBuffPos > 0 ? static_cast<char>(m_pReadBuff[m_dwReadBuffPos - 1]) : m_cLastOfFill;
+    return m_dwReadBuffPos > 0 ? static_cast<char>(m_pReadBuff[m_dwReadBuffPos - 1]) : m_lastOfFill;
 }
 
 bool CFixSourceReader::OnReread() {
     if (m_dwReadSize > 0)
-        m_cLastOfFill = static_cast<char>(m_pReadBuff[m_dwReadSize - 1]);
+        m_lastOfFill = static_cast<char>(m_pReadBuff[m_dwReadSize - 1]);
     return CSourceReader::OnReread();
 }
 

@@ -1,86 +1,87 @@
 #include "CFormulaGuard.h"
 
+#include "SOptions.h"
+
 #include <algorithm>
 
 namespace NSTQ::Tool {
 namespace {
 
-constexpr std::string_view DIGITS = "0123456789";
-constexpr std::string_view MARK = "\xEF\xBB\xBF";
-constexpr std::size_t LENGTH_MAX = 65535;
+constexpr std::string_view decimalDigits = "0123456789";
+constexpr std::string_view mark = "\xEF\xBB\xBF";
 
 } // namespace
 
-CFormulaGuard::CFormulaGuard(char cSeparator) {
+CFormulaGuard::CFormulaGuard(char separator) {
     // None of these is part of a character in any code page.
     for (const char c : {',', ';', '\t', '\r', '\n'})
-        if (c != cSeparator)
-            m_strSeparators += c;
+        if (c != separator)
+            m_separators += c;
 }
 
-bool CFormulaGuard::Guard(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
+bool CFormulaGuard::Guard(const char**& fields, const WORD*& lengths, DWORD count) {
     std::size_t guarded = 0;
     bool fits = true;
     // Texts that move when the list grows would leave the fields behind.
-    m_vecGuarded.resize(std::max<std::size_t>(m_vecGuarded.size(), dwCount));
-    for (DWORD i = 0; i < dwCount; ++i) {
-        const std::string_view field(ppFields[i], pLengths[i]);
-        std::string& text = m_vecGuarded[guarded];
+    m_guarded.resize(std::max<std::size_t>(m_guarded.size(), count));
+    for (DWORD i = 0; i < count; ++i) {
+        const std::string_view field(fields[i], lengths[i]);
+        std::string& text = m_guarded[guarded];
         bool atStart = true;
         text.clear();
         Append(text, field, atStart);
         if (text.size() == field.size())
             continue;
         // Each apostrophe but the first stands behind a separator.
-        if (text.size() > LENGTH_MAX) {
-            text.resize(text.find_last_of(m_strSeparators, LENGTH_MAX));
+        if (text.size() > maxLength) {
+            text.resize(text.find_last_of(m_separators, maxLength));
             fits = false;
         }
         if (guarded++ == 0) {
-            m_vecFields.assign(ppFields, ppFields + dwCount);
-            m_vecLengths.assign(pLengths, pLengths + dwCount);
+            m_fields.assign(fields, fields + count);
+            m_lengths.assign(lengths, lengths + count);
         }
-        m_vecFields[i] = text.data();
-        m_vecLengths[i] = static_cast<WORD>(text.size());
+        m_fields[i] = text.data();
+        m_lengths[i] = static_cast<WORD>(text.size());
     }
     if (guarded > 0) {
-        ppFields = m_vecFields.data();
-        pLengths = m_vecLengths.data();
+        fields = m_fields.data();
+        lengths = m_lengths.data();
     }
     return fits;
 }
 
-void CFormulaGuard::Append(std::string& target, std::string_view text, bool& bAtStart) const {
-    if (bAtStart && IsFormula(text))
+void CFormulaGuard::Append(std::string& target, std::string_view text, bool& isAtStart) const {
+    if (isAtStart && IsFormula(text))
         target += '\'';
     for (;;) {
-        const std::size_t separator = text.find_first_of(m_strSeparators);
+        const std::size_t separator = text.find_first_of(m_separators);
         if (separator == std::string_view::npos)
             break;
         target += text.substr(0, separator + 1);
         text.remove_prefix(separator + 1);
         if (BeginsFormula(text))
             target += '\'';
-        bAtStart = text.empty();
-        if (bAtStart)
+        isAtStart = text.empty();
+        if (isAtStart)
             return;
     }
     target += text;
-    bAtStart = bAtStart && text.empty();
+    isAtStart = isAtStart && text.empty();
 }
 
 /// Whether a program that splits in front of the text would take it for a formula. Many texts have a space behind a
 /// comma, which is none.
 bool CFormulaGuard::BeginsFormula(std::string_view text) const {
     text.remove_prefix(std::min(text.find_first_not_of(" \""), text.size()));
-    const std::string_view part = text.substr(0, text.find_first_of(m_strSeparators));
+    const std::string_view part = text.substr(0, text.find_first_of(m_separators));
     return IsFormula(part.substr(0, part.find_last_not_of(" \"") + 1));
 }
 
 bool CFormulaGuard::IsFormula(std::string_view field) {
     constexpr std::string_view starters = "=+-@\t\r ";
-    while (field.starts_with(MARK))
-        field.remove_prefix(MARK.size());
+    while (field.starts_with(mark))
+        field.remove_prefix(mark.size());
     if (field.empty() || starters.find(field[0]) == std::string_view::npos)
         return false;
     return (field[0] != '+' && field[0] != '-') || !IsNumber(field.substr(1));
@@ -90,14 +91,14 @@ bool CFormulaGuard::IsNumber(std::string_view digits) {
     const std::size_t exponent = std::min(digits.find_first_of("eE"), digits.size());
     const std::string_view mantissa = digits.substr(0, exponent);
     if (mantissa.find_first_not_of("0123456789.,") != std::string_view::npos ||
-        mantissa.find_first_of(DIGITS) == std::string_view::npos)
+        mantissa.find_first_of(decimalDigits) == std::string_view::npos)
         return false;
     if (exponent == digits.size())
         return true;
     std::string_view power = digits.substr(exponent + 1);
     if (power.starts_with('+') || power.starts_with('-'))
         power.remove_prefix(1);
-    return !power.empty() && power.find_first_not_of(DIGITS) == std::string_view::npos;
+    return !power.empty() && power.find_first_not_of(decimalDigits) == std::string_view::npos;
 }
 
 } // namespace NSTQ::Tool

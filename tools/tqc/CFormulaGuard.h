@@ -20,28 +20,28 @@ namespace NSTQ::Tool {
 class CFormulaGuard {
 public:
     /// The most bytes of a field that leave room for the first apostrophe.
-    static constexpr DWORD FIELD_LENGTH_MAX = 65534;
+    static constexpr DWORD maxFieldLength = 65534;
 
-    /// `cSeparator` is the one that the fields are written with.
-    explicit CFormulaGuard(char cSeparator);
+    /// `separator` is the one that the fields are written with.
+    explicit CFormulaGuard(char separator);
 
-    /// Puts guarded fields in place of those given, where one needs it; none may be longer than FIELD_LENGTH_MAX.
+    /// Puts guarded fields in place of those given, where one needs it; none may be longer than maxFieldLength.
     /// They stay valid until the next row. False when one has become too long and is cut.
-    bool Guard(const char**& ppFields, const WORD*& pLengths, DWORD dwCount);
+    bool Guard(const char**& fields, const WORD*& lengths, DWORD count);
 
-    /// Appends the text, guarded. `bAtStart` tells whether a field, or a part of one, begins with it; afterwards,
+    /// Appends the text, guarded. `isAtStart` tells whether a field, or a part of one, begins with it; afterwards,
     /// whether one would begin with what follows.
-    void Append(std::string& target, std::string_view text, bool& bAtStart) const;
+    void Append(std::string& target, std::string_view text, bool& isAtStart) const;
 
 private:
     bool BeginsFormula(std::string_view text) const;
     static bool IsFormula(std::string_view field);
     static bool IsNumber(std::string_view digits);
 
-    std::string m_strSeparators;           ///< the other ones
-    std::vector<std::string> m_vecGuarded; ///< used again from row to row
-    std::vector<const char*> m_vecFields;
-    std::vector<WORD> m_vecLengths;
+    std::string m_separators;           ///< the other ones
+    std::vector<std::string> m_guarded; ///< used again from row to row
+    std::vector<const char*> m_fields;
+    std::vector<WORD> m_lengths;
 };
 
 } // namespace NSTQ::Tool

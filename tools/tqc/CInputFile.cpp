@@ -43,7 +43,7 @@ CInputFile::CInputFile(const SOptions& options, const std::string& name)
     } else if (IsStream(name)) {
         m_opened.Reset(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
         if (m_opened.Get() < 0)
-            throw CFailure(ES_NOT_FOUND, name, SCErrorText::OfSystem(errno));
+            throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
         TakeStream(m_opened.Get());
     } else {
         TakeFile();
@@ -71,7 +71,7 @@ void CInputFile::TakeFile() {
 
 void CInputFile::TakeStream(int descriptor) {
     if (!m_type && !m_options.separator && IsStandardInput(m_name))
-        throw CFailure(ES_USAGE, "-",
+        throw CFailure(EExitStatus::Usage, "-",
                        "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
     const auto type = m_type.value_or(SCTypeNames::OfFile(m_name));
     const bool isText = type == SCDeclareConstant::SFT_UNKNOWN || SCTypeNames::IsText(type);
@@ -92,7 +92,7 @@ void CInputFile::TakeStream(int descriptor) {
 }
 
 bool CInputFile::MayStream() const {
-    return m_options.eCommand != SOptions::CMD_INFO && m_options.strRejects.empty();
+    return m_options.command != SOptions::ECommand::Info && m_options.rejects.empty();
 }
 
 /// Copies until the end of the stream.
@@ -101,7 +101,7 @@ void CInputFile::CopyStream(int descriptor) {
     for (;;) {
         const ssize_t got = CDescriptor::Read(descriptor, bytes.data(), bytes.size());
         if (got < 0)
-            throw CFailure(ES_NOT_FOUND, m_name, "cannot be read: " + SCErrorText::OfSystem(errno));
+            throw CFailure(EExitStatus::NotFound, m_name, "cannot be read: " + SCErrorText::OfSystem(errno));
         if (got == 0)
             return;
         for (ssize_t done = 0; done < got;) {
@@ -116,7 +116,7 @@ void CInputFile::CopyStream(int descriptor) {
 /// For the reason that the system gives.
 void CInputFile::FailToStore(const std::string& hint) const {
     const std::string input = IsStandardInput(m_name) ? "standard input" : m_name;
-    throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(),
+    throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(),
                    input + " cannot be stored there: " + SCErrorText::OfSystem(errno) + hint);
 }
 
@@ -146,13 +146,13 @@ void CInputFile::CreateNamed(const std::string& extension) {
 void CInputFile::LinkUnderExtension(const std::string& extension) {
     std::array<char, PATH_MAX> real{};
     if (::realpath(m_name.c_str(), real.data()) == nullptr)
-        throw CFailure(ES_NOT_FOUND, m_name, SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::NotFound, m_name, SCErrorText::OfSystem(errno));
     std::string path = PrivateName(extension);
     const SCSignals::CHeld held;
     const CDescriptor file(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
     // The name is this program's own: the folder lets nobody else take it in between.
     if (file.Get() < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
-        throw CFailure(ES_OUTPUT_FAILED, TemporaryFolder(), SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(), SCErrorText::OfSystem(errno));
     m_path = m_temporary = path;
     SCSignals::RemoveFile(m_temporary.c_str());
 }
@@ -165,14 +165,14 @@ CFailure CInputFile::Explain(const Platform::_com_error& error) const {
     else
         text = m_name + ": " + text;
     if (SCPassWord::IsRefusal(error))
-        return {ES_PASSWORD,
+        return {EExitStatus::Password,
                 text + (SCPassWord::IsGiven(m_options) ? "" : "; give it with --password-file or --password-fd")};
     switch (error.Error()) {
     case Platform::DB_E_DATAOVERFLOW:
     case Platform::E_OUTOFMEMORY:
-        return {ES_LIMIT, text};
+        return {EExitStatus::Limit, text};
     default:
-        return {ES_UNSUPPORTED, text};
+        return {EExitStatus::Unsupported, text};
     }
 }
 

@@ -13,32 +13,32 @@ namespace NSTQ::Tool {
 using namespace NSTQ::Platform;
 
 void CJsonWriter::Begin(std::string_view key) {
-    if (m_iDepth > 0) {
-        m_strText += m_bFirst ? "\n" : ",\n";
-        m_strText.append(static_cast<std::size_t>(m_iDepth) * 2, ' ');
+    if (m_depth > 0) {
+        m_text += m_isFirst ? "\n" : ",\n";
+        m_text.append(static_cast<std::size_t>(m_depth) * 2, ' ');
     }
-    m_bFirst = false;
+    m_isFirst = false;
     if (key.empty())
         return;
     AppendText(key);
-    m_strText += ": ";
+    m_text += ": ";
 }
 
 void CJsonWriter::End(char bracket) {
-    --m_iDepth;
-    if (!m_bFirst) {
-        m_strText += '\n';
-        m_strText.append(static_cast<std::size_t>(m_iDepth) * 2, ' ');
+    --m_depth;
+    if (!m_isFirst) {
+        m_text += '\n';
+        m_text.append(static_cast<std::size_t>(m_depth) * 2, ' ');
     }
-    m_strText += bracket;
-    m_bFirst = false;
+    m_text += bracket;
+    m_isFirst = false;
 }
 
 void CJsonWriter::BeginObject(std::string_view key) {
     Begin(key);
-    m_strText += '{';
-    ++m_iDepth;
-    m_bFirst = true;
+    m_text += '{';
+    ++m_depth;
+    m_isFirst = true;
 }
 
 void CJsonWriter::EndObject() {
@@ -47,9 +47,9 @@ void CJsonWriter::EndObject() {
 
 void CJsonWriter::BeginList(std::string_view key) {
     Begin(key);
-    m_strText += '[';
-    ++m_iDepth;
-    m_bFirst = true;
+    m_text += '[';
+    ++m_depth;
+    m_isFirst = true;
 }
 
 void CJsonWriter::EndList() {
@@ -63,41 +63,41 @@ void CJsonWriter::Add(std::string_view key, std::string_view value) {
 
 void CJsonWriter::Add(std::string_view key, std::int64_t value) {
     Begin(key);
-    m_strText += std::to_string(value);
+    m_text += std::to_string(value);
 }
 
 void CJsonWriter::Add(std::string_view key, bool value) {
     Begin(key);
-    m_strText += value ? "true" : "false";
+    m_text += value ? "true" : "false";
 }
 
 void CJsonWriter::AddNull(std::string_view key) {
     Begin(key);
-    m_strText += "null";
+    m_text += "null";
 }
 
 std::string CJsonWriter::Finish() {
-    return m_strText + '\n';
+    return m_text + '\n';
 }
 
 /// To Unicode and back, which leaves UTF-8 alone. A terminal may show it.
 void CJsonWriter::AppendText(std::string_view text) {
-    m_strText += '"';
+    m_text += '"';
     const std::vector<WCHAR> units = SCPathText::ToWide(text, CP_UTF8);
     const auto isSpecial = [](WCHAR unit) { return unit == '"' || unit == '\\' || SCTerminal::IsDisturbing(unit); };
     for (auto at = units.begin(); at != units.end();) {
         const auto special = std::find_if(at, units.end(), isSpecial);
-        m_strText += SCPathText::FromWide({at, special}, CP_UTF8);
+        m_text += SCPathText::FromWide({at, special}, CP_UTF8);
         at = special;
         if (at == units.end())
             break;
         char escape[8] = "";
         const bool isDisturbing = SCTerminal::IsDisturbing(*at);
         std::snprintf(escape, sizeof escape, isDisturbing ? "\\u%04X" : "\\%c", static_cast<unsigned>(*at));
-        m_strText += escape;
+        m_text += escape;
         ++at;
     }
-    m_strText += '"';
+    m_text += '"';
 }
 
 } // namespace NSTQ::Tool

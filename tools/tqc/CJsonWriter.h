@@ -30,9 +30,9 @@ private:
     void End(char bracket);
     void AppendText(std::string_view text);
 
-    std::string m_strText;
-    int m_iDepth = 0;
-    bool m_bFirst = true; ///< nothing stands in the object or list yet
+    std::string m_text;
+    int m_depth = 0;
+    bool m_isFirst = true; ///< nothing stands in the object or list yet
 };
 
 } // namespace NSTQ::Tool

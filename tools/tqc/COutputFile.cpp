@@ -6,11 +6,11 @@
 namespace NSTQ::Tool {
 
 COutputFile::COutputFile(const SOptions& options, const std::string& name) : m_target(name) {
-    m_writer.SetSeparator(options.cOutputSeparator);
-    m_writer.SetDelimiter(options.outputLineEnd.cPre, options.outputLineEnd.cPost);
+    m_writer.SetSeparator(options.outputSeparator);
+    m_writer.SetDelimiter(options.outputLineEnd.first, options.outputLineEnd.second);
     m_writer.SetQuoteLineEnds(true);
     // Before the writer opens the same descriptor, which then stands behind the mark.
-    if (options.bAddMark)
+    if (options.addMark)
         m_target.Write(reinterpret_cast<const char*>(SCDataAccessDefine::BOM_UTF8),
                        sizeof SCDataAccessDefine::BOM_UTF8);
     if (!m_writer.FileOpen(m_target.DescriptorPath().c_str()))
@@ -24,15 +24,15 @@ COutputFile::~COutputFile() {
 /// False when the reader of a pipe has gone, which is how it says that it has enough.
 bool COutputFile::CheckWriter() {
     const DWORD code = m_writer.GetErrorCode();
-    if (code == SCErrorText::CODE_BROKEN_PIPE)
+    if (code == SCErrorText::brokenPipe)
         return false;
     if (code != 0)
-        throw CFailure(ES_OUTPUT_FAILED, m_target.Describe(), SCErrorText::OfLibrary(code));
+        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), SCErrorText::OfLibrary(code));
     return true;
 }
 
-bool COutputFile::WriteRow(const char* const* ppFields, const WORD* pLengths, DWORD dwCount) {
-    m_writer.WriteLineData(ppFields, pLengths, dwCount);
+bool COutputFile::WriteRow(const char* const* fields, const WORD* lengths, DWORD count) {
+    m_writer.WriteLineData(fields, lengths, count);
     return CheckWriter();
 }
 

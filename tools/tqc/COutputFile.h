@@ -17,7 +17,7 @@ public:
     COutputFile& operator=(const COutputFile&) = delete;
 
     /// False when nobody reads the pipe any more. Throws CFailure when the row cannot be written.
-    bool WriteRow(const char* const* ppFields, const WORD* pLengths, DWORD dwCount);
+    bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count);
     /// Writes what is held back. Throws CFailure.
     void Close();
     /// Puts the closed file into its place. Throws CFailure.

@@ -16,7 +16,7 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr std::string_view DESCRIPTORS = "/dev/fd/";
+constexpr std::string_view descriptors = "/dev/fd/";
 
 /// The number in names that stand for a descriptor which is open already; -1 for others.
 int DescriptorOfName(std::string_view name) {
@@ -25,8 +25,8 @@ int DescriptorOfName(std::string_view name) {
     if (name == "/dev/stderr")
         return STDERR_FILENO;
     int descriptor = -1;
-    if (name.starts_with(DESCRIPTORS))
-        std::from_chars(name.data() + DESCRIPTORS.size(), name.data() + name.size(), descriptor);
+    if (name.starts_with(descriptors))
+        std::from_chars(name.data() + descriptors.size(), name.data() + name.size(), descriptor);
     return descriptor;
 }
 
@@ -34,9 +34,9 @@ int DescriptorOfName(std::string_view name) {
 void CheckReplaceable(const std::string& path, const struct stat& status) {
     constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if (S_ISDIR(status.st_mode))
-        throw CFailure(ES_OUTPUT_FAILED, path, "a folder; give a file name in it");
+        throw CFailure(EExitStatus::OutputFailed, path, "a folder; give a file name in it");
     if ((status.st_mode & anyWrite) == 0 || ::access(path.c_str(), W_OK) != 0)
-        throw CFailure(ES_OUTPUT_FAILED, path, "the file is there and may not be written; try another name");
+        throw CFailure(EExitStatus::OutputFailed, path, "the file is there and may not be written; try another name");
 }
 
 /// Whether the link may have been planted: the system follows none of another user in a folder that everybody may
@@ -65,7 +65,7 @@ std::string COutputTarget::FollowLinks(std::string path) {
         if (length < 0)
             return path;
         if (IsPlanted(path))
-            throw CFailure(ES_OUTPUT_FAILED, path,
+            throw CFailure(EExitStatus::OutputFailed, path,
                            "a link of another user in a folder that everybody may write to; give the file itself");
         const std::string next(link.data(), static_cast<std::size_t>(length));
         if (next.starts_with('/'))
@@ -73,14 +73,14 @@ std::string COutputTarget::FollowLinks(std::string path) {
         else
             path.replace(path.find_last_of('/') + 1, std::string::npos, next);
     }
-    throw CFailure(ES_OUTPUT_FAILED, path, SCErrorText::OfSystem(ELOOP));
+    throw CFailure(EExitStatus::OutputFailed, path, SCErrorText::OfSystem(ELOOP));
 }
 
 COutputTarget::COutputTarget(const std::string& name)
-    : m_strName(IsStandardOutputName(name) ? "" : name), m_iDescriptor(DescriptorOfName(m_strName)) {
-    if (m_iDescriptor >= 0)
+    : m_name(IsStandardOutputName(name) ? "" : name), m_descriptor(DescriptorOfName(m_name)) {
+    if (m_descriptor >= 0)
         return;
-    const std::string path = FollowLinks(m_strName);
+    const std::string path = FollowLinks(m_name);
     struct stat status {};
     const bool exists = ::stat(path.c_str(), &status) == 0;
     if (exists && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode))) {
@@ -89,49 +89,49 @@ COutputTarget::COutputTarget(const std::string& name)
     }
     if (exists)
         CheckReplaceable(path, status);
-    m_pTemporary = std::make_unique<CTemporaryFile>(path);
-    m_iDescriptor = m_pTemporary->Descriptor();
+    m_temporary = std::make_unique<CTemporaryFile>(path);
+    m_descriptor = m_temporary->Descriptor();
 }
 
 COutputTarget::~COutputTarget() {
-    if (m_bOwned)
-        ::close(m_iDescriptor);
+    if (m_isOwned)
+        ::close(m_descriptor);
 }
 
 void COutputTarget::OpenDevice(const std::string& path) {
     // With O_CREAT the system refuses a pipe that another user has planted.
     constexpr mode_t owner = S_IRUSR | S_IWUSR;
-    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, owner);
-    if (m_iDescriptor < 0)
-        throw CFailure(ES_OUTPUT_FAILED, m_strName, SCErrorText::OfSystem(errno));
-    m_bOwned = true;
+    m_descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, owner);
+    if (m_descriptor < 0)
+        throw CFailure(EExitStatus::OutputFailed, m_name, SCErrorText::OfSystem(errno));
+    m_isOwned = true;
 }
 
 std::string COutputTarget::DescriptorPath() const {
-    return std::string(DESCRIPTORS) + std::to_string(m_iDescriptor);
+    return std::string(descriptors) + std::to_string(m_descriptor);
 }
 
 std::string COutputTarget::Describe() const {
-    return IsStandardOutput() ? "standard output" : m_strName;
+    return IsStandardOutput() ? "standard output" : m_name;
 }
 
-bool COutputTarget::Write(const char* pBytes, std::size_t size) {
+bool COutputTarget::Write(const char* bytes, std::size_t size) {
     while (size > 0) {
-        const ssize_t written = ::write(m_iDescriptor, pBytes, size);
+        const ssize_t written = ::write(m_descriptor, bytes, size);
         if (written < 0 && errno == EPIPE)
             return false;
         if (written < 0 && errno != EINTR)
-            throw CFailure(ES_OUTPUT_FAILED, Describe(), SCErrorText::OfSystem(errno));
+            throw CFailure(EExitStatus::OutputFailed, Describe(), SCErrorText::OfSystem(errno));
         const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
-        pBytes += done;
+        bytes += done;
         size -= done;
     }
     return true;
 }
 
 void COutputTarget::Replace() {
-    if (m_pTemporary)
-        m_pTemporary->Replace();
+    if (m_temporary)
+        m_temporary->Replace();
 }
 
 } // namespace NSTQ::Tool

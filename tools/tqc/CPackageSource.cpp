@@ -25,12 +25,12 @@ struct SFault {
 constexpr DWORD unclearFault = 23;
 
 constexpr SFault faults[] = {
-    {13, ES_UNSUPPORTED, "it holds names, links or sizes that are never unpacked"},
-    {unclearFault, ES_PASSWORD, "the password is wrong, or the package is damaged"},
-    {50, ES_UNSUPPORTED, "its compression or encryption is of an unknown kind"},
-    {86, ES_PASSWORD, "the password is wrong"},
-    {1392, ES_UNSUPPORTED, "the package is damaged"},
-    {0, ES_OUTPUT_FAILED, nullptr},
+    {13, EExitStatus::Unsupported, "it holds names, links or sizes that are never unpacked"},
+    {unclearFault, EExitStatus::Password, "the password is wrong, or the package is damaged"},
+    {50, EExitStatus::Unsupported, "its compression or encryption is of an unknown kind"},
+    {86, EExitStatus::Password, "the password is wrong"},
+    {1392, EExitStatus::Unsupported, "the package is damaged"},
+    {0, EExitStatus::OutputFailed, nullptr},
 };
 
 const SFault& FindFault(DWORD code) {
@@ -46,8 +46,8 @@ CPackageSource::CPackageSource(const SOptions& options, const CInputFile& input)
 }
 
 std::unique_ptr<ISourceReader> CPackageSource::OpenReader() {
-    if (!m_options.strSheet.empty())
-        throw CFailure(ES_USAGE, m_input.Name(),
+    if (!m_options.sheet.empty())
+        throw CFailure(EExitStatus::Usage, m_input.Name(),
                        "--sheet is for workbooks and databases; " + SCTypeNames::DescribeThis(Type()));
     Unpack(true);
     auto reader = m_text->OpenDelimited(m_info, SCDataAccessDefine::CAMMA_CODE);
@@ -70,7 +70,7 @@ bool CPackageSource::Unpack(bool mayAsk) {
         Explain();
     const std::string dataPath = SCPathText::ToSystem(path);
     if (::access(dataPath.c_str(), F_OK) != 0)
-        throw CFailure(ES_UNSUPPORTED, m_input.Name(), "package without TqData/SourceFile.csv");
+        throw CFailure(EExitStatus::Unsupported, m_input.Name(), "package without TqData/SourceFile.csv");
     const CDescriptor file = CFileHead::Open(dataPath, m_input.Name());
     m_text.emplace(m_options, CTextFile::SPlace{m_input.Name(), dataPath, -1}, CFileHead(file.Get(), m_input.Name()));
     return true;
@@ -87,7 +87,7 @@ CSourceDataInfo::ESourceDataOpen CPackageSource::TryToPrepare() {
 }
 
 bool CPackageSource::IsLocked() const {
-    return FindFault(m_info.GetErrorCode()).status == ES_PASSWORD;
+    return FindFault(m_info.GetErrorCode()).status == EExitStatus::Password;
 }
 
 std::string CPackageSource::DescribeRefusal() const {
@@ -98,11 +98,12 @@ std::string CPackageSource::DescribeRefusal() const {
 /// Raises what kept the package from being unpacked.
 void CPackageSource::Explain() const {
     if (!m_input.Head().Bytes().starts_with("PK"))
-        throw CFailure(ES_UNSUPPORTED, m_input.Name(), "not a package: it does not begin as a zip archive does");
+        throw CFailure(EExitStatus::Unsupported, m_input.Name(),
+                       "not a package: it does not begin as a zip archive does");
     const SFault& fault = FindFault(m_info.GetErrorCode());
-    const bool needsPassWord = fault.status == ES_PASSWORD && *m_info.GetPassWordString() == '\0';
+    const bool needsPassword = fault.status == EExitStatus::Password && *m_info.GetPassWordString() == '\0';
     throw CFailure(fault.status, m_input.Name(),
-                   needsPassWord           ? "needs a password; give it with --password-file or --password-fd"
+                   needsPassword           ? "needs a password; give it with --password-file or --password-fd"
                    : fault.text != nullptr ? std::string("cannot be unpacked: ") + fault.text
                                            : "cannot be unpacked into the temporary folder: " +
                                                  SCErrorText::OfLibrary(m_info.GetErrorCode()));

@@ -11,8 +11,8 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr int BAR_WIDTH = 40;
-constexpr int BAR_COLUMNS = BAR_WIDTH + 8; ///< with the brackets and the number
+constexpr int barWidth = 40;
+constexpr int barColumns = barWidth + 8; ///< with the brackets and the number
 
 double SizeOf(const std::string& file) {
     struct stat status {};
@@ -21,10 +21,10 @@ double SizeOf(const std::string& file) {
 
 } // namespace
 
-CProgressBar::CProgressBar(bool bWanted, const std::vector<std::string>& files)
-    : m_bWanted(bWanted), m_bNamed(files.size() > 1) {
+CProgressBar::CProgressBar(bool isWanted, const std::vector<std::string>& files)
+    : m_isWanted(isWanted), m_isNamed(files.size() > 1) {
     for (const std::string& file : files)
-        m_dTotal += SizeOf(file);
+        m_total += SizeOf(file);
 }
 
 CProgressBar::~CProgressBar() {
@@ -32,40 +32,40 @@ CProgressBar::~CProgressBar() {
 }
 
 void CProgressBar::Begin(const std::string& file) {
-    m_dBefore += m_dSize;
-    m_dSize = SizeOf(file);
-    m_iThousandths = -1;
-    m_strName = m_bNamed ? file.substr(file.find_last_of('/') + 1) : "";
+    m_before += m_size;
+    m_size = SizeOf(file);
+    m_thousandths = -1;
+    m_name = m_isNamed ? file.substr(file.find_last_of('/') + 1) : "";
 }
 
-void CProgressBar::Show(int iThousandths) {
+void CProgressBar::Show(int thousandths) {
     constexpr auto interval = std::chrono::milliseconds(100);
-    if (!m_bWanted || iThousandths == m_iThousandths)
+    if (!m_isWanted || thousandths == m_thousandths)
         return;
     const auto now = std::chrono::steady_clock::now();
     if (now - m_lastDrawn < interval)
         return;
     m_lastDrawn = now;
-    m_iThousandths = iThousandths;
-    const double done = m_dBefore * 1000 + m_dSize * iThousandths;
-    Draw(m_dTotal > 0 ? std::clamp(static_cast<int>(done / m_dTotal), 0, 1000) : 0);
-    m_bShown = true;
+    m_thousandths = thousandths;
+    const double done = m_before * 1000 + m_size * thousandths;
+    Draw(m_total > 0 ? std::clamp(static_cast<int>(done / m_total), 0, 1000) : 0);
+    m_isShown = true;
 }
 
-void CProgressBar::Draw(int iThousandths) const {
-    const std::string bar(static_cast<std::size_t>(iThousandths * BAR_WIDTH / 1000), '#');
+void CProgressBar::Draw(int thousandths) const {
+    const std::string bar(static_cast<std::size_t>(thousandths * barWidth / 1000), '#');
     // A line that is too long would take two, of which only one could be written over.
-    const int room = SCTerminal::CountColumns(STDERR_FILENO) - BAR_COLUMNS - 2;
-    const std::string name = SCTerminal::CutToColumns(SCTerminal::OnOneLine(m_strName), room);
-    std::fprintf(stderr, "\r[%-*s] %3d %% %s\033[K", BAR_WIDTH, bar.c_str(), iThousandths / 10, name.c_str());
+    const int room = SCTerminal::CountColumns(STDERR_FILENO) - barColumns - 2;
+    const std::string name = SCTerminal::CutToColumns(SCTerminal::OnOneLine(m_name), room);
+    std::fprintf(stderr, "\r[%-*s] %3d %% %s\033[K", barWidth, bar.c_str(), thousandths / 10, name.c_str());
 }
 
 void CProgressBar::Clear() {
-    if (!m_bShown)
+    if (!m_isShown)
         return;
     std::fputs("\r\033[K", stderr);
-    m_bShown = false;
-    m_iThousandths = -1;
+    m_isShown = false;
+    m_thousandths = -1;
 }
 
 } // namespace NSTQ::Tool

@@ -14,7 +14,7 @@ namespace NSTQ::Tool {
 class CProgressBar {
 public:
     /// A bar that is not wanted draws nothing. `files` are all inputs.
-    CProgressBar(bool bWanted, const std::vector<std::string>& files);
+    CProgressBar(bool isWanted, const std::vector<std::string>& files);
     ~CProgressBar();
     CProgressBar(const CProgressBar&) = delete;
     CProgressBar& operator=(const CProgressBar&) = delete;
@@ -22,21 +22,21 @@ public:
     /// From now on this input is read.
     void Begin(const std::string& file);
     /// How far the input in hand has been read, from 0 to 1000. Draws at most ten times a second.
-    void Show(int iThousandths);
+    void Show(int thousandths);
     /// Makes room for a message; the next Show draws again.
     void Clear();
 
 private:
-    void Draw(int iThousandths) const;
+    void Draw(int thousandths) const;
 
-    bool m_bWanted;
-    bool m_bNamed;
-    bool m_bShown = false;
-    double m_dTotal = 0;  ///< the bytes of all inputs
-    double m_dBefore = 0; ///< those of the inputs before this one
-    double m_dSize = 0;   ///< those of this one
-    std::string m_strName;
-    int m_iThousandths = -1; ///< of the input, as last drawn
+    bool m_isWanted;
+    bool m_isNamed;
+    bool m_isShown = false;
+    double m_total = 0;  ///< the bytes of all inputs
+    double m_before = 0; ///< those of the inputs before this one
+    double m_size = 0;   ///< those of this one
+    std::string m_name;
+    int m_thousandths = -1; ///< of the input, as last drawn
     std::chrono::steady_clock::time_point m_lastDrawn{};
 };
 

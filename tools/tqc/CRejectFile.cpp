@@ -12,42 +12,42 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr std::size_t PIECE_SIZE = 65536;
+constexpr std::size_t pieceSize = 65536;
 
 } // namespace
 
-CRejectFile::CRejectFile(const std::string& name, bool bFormulaGuard)
-    : m_target(name), m_bGuarded(bFormulaGuard), m_strBuffer("row,offset,cause,record,file\r\n") {}
+CRejectFile::CRejectFile(const std::string& name, bool isGuarded)
+    : m_target(name), m_isGuarded(isGuarded), m_buffer("row,offset,cause,record,file\r\n") {}
 
 void CRejectFile::SetSource(const std::string& file, const CTextFile* text) {
-    m_strFile = file;
+    m_file = file;
     m_source.Reset(-1);
     if (text == nullptr)
         return;
-    m_strLineEnd = text->LineEnd().Bytes();
+    m_lineEnd = text->LineEnd().Bytes();
     m_source.Reset(::open(text->Path().c_str(), O_RDONLY | O_CLOEXEC));
     if (m_source.Get() < 0)
-        throw CFailure(ES_NOT_FOUND, file, SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::NotFound, file, SCErrorText::OfSystem(errno));
 }
 
-void CRejectFile::AddText(std::uint64_t ullRow, LONGLONG llOffset, LONGLONG llSize, std::string_view cause) {
-    m_strBuffer += std::to_string(ullRow) + ',' + std::to_string(llOffset) + ',';
+void CRejectFile::AddText(std::uint64_t row, LONGLONG offset, LONGLONG size, std::string_view cause) {
+    m_buffer += std::to_string(row) + ',' + std::to_string(offset) + ',';
     AddQuoted(cause);
-    m_strBuffer += ",\"";
-    CopyRecord(llOffset, llSize);
-    m_strBuffer += "\",";
+    m_buffer += ",\"";
+    CopyRecord(offset, size);
+    m_buffer += "\",";
     EndRow();
 }
 
-void CRejectFile::AddFields(std::uint64_t ullRow, const char* const* ppFields, const WORD* pLengths, DWORD dwCount,
+void CRejectFile::AddFields(std::uint64_t row, const char* const* fields, const WORD* lengths, DWORD count,
                             std::string_view cause) {
-    m_strBuffer += std::to_string(ullRow) + ",,";
+    m_buffer += std::to_string(row) + ",,";
     AddQuoted(cause);
-    m_strBuffer += ',';
+    m_buffer += ',';
     std::string record;
-    for (DWORD i = 0; i < dwCount; ++i) {
+    for (DWORD i = 0; i < count; ++i) {
         record += i == 0 ? "" : ",";
-        const std::string_view field(ppFields[i], pLengths[i]);
+        const std::string_view field(fields[i], lengths[i]);
         const bool isQuoted = field.find_first_of(",\"\r\n") != std::string_view::npos;
         record += isQuoted ? "\"" : "";
         for (const char c : field)
@@ -55,65 +55,65 @@ void CRejectFile::AddFields(std::uint64_t ullRow, const char* const* ppFields, c
         record += isQuoted ? "\"" : "";
     }
     AddQuoted(record);
-    m_strBuffer += ',';
+    m_buffer += ',';
     EndRow();
 }
 
 /// A record may be longer than any memory: it is copied in pieces.
-void CRejectFile::CopyRecord(LONGLONG llOffset, LONGLONG llSize) {
-    const auto endSize = static_cast<LONGLONG>(m_strLineEnd.size());
-    if (llSize >= endSize && ReadAt(llOffset + llSize - endSize, endSize) == m_strLineEnd)
-        llSize -= endSize;
+void CRejectFile::CopyRecord(LONGLONG offset, LONGLONG size) {
+    const auto endSize = static_cast<LONGLONG>(m_lineEnd.size());
+    if (size >= endSize && ReadAt(offset + size - endSize, endSize) == m_lineEnd)
+        size -= endSize;
     bool atStart = true;
-    while (llSize > 0) {
-        const std::string_view piece = ReadAt(llOffset, llSize);
+    while (size > 0) {
+        const std::string_view piece = ReadAt(offset, size);
         AddGuarded(piece, atStart);
-        llOffset += static_cast<LONGLONG>(piece.size());
-        llSize -= static_cast<LONGLONG>(piece.size());
-        if (m_strBuffer.size() >= PIECE_SIZE)
+        offset += static_cast<LONGLONG>(piece.size());
+        size -= static_cast<LONGLONG>(piece.size());
+        if (m_buffer.size() >= pieceSize)
             Flush();
     }
 }
 
 /// The bytes there, or as many of them as a piece holds. Throws CFailure when there are none.
-std::string_view CRejectFile::ReadAt(LONGLONG llOffset, LONGLONG llSize) {
-    m_strPiece.resize(std::min(PIECE_SIZE, static_cast<std::size_t>(llSize)));
-    const ssize_t got = ::pread(m_source.Get(), m_strPiece.data(), m_strPiece.size(), llOffset);
+std::string_view CRejectFile::ReadAt(LONGLONG offset, LONGLONG size) {
+    m_piece.resize(std::min(pieceSize, static_cast<std::size_t>(size)));
+    const ssize_t got = ::pread(m_source.Get(), m_piece.data(), m_piece.size(), offset);
     if (got <= 0)
-        throw CFailure(ES_UNSUPPORTED, m_strFile, "a rejected row cannot be read again; the file has changed");
-    return std::string_view(m_strPiece).substr(0, static_cast<std::size_t>(got));
+        throw CFailure(EExitStatus::Unsupported, m_file, "a rejected row cannot be read again; the file has changed");
+    return std::string_view(m_piece).substr(0, static_cast<std::size_t>(got));
 }
 
 void CRejectFile::AddQuoted(std::string_view text) {
     bool atStart = true;
-    m_strBuffer += '"';
+    m_buffer += '"';
     AddGuarded(text, atStart);
-    m_strBuffer += '"';
+    m_buffer += '"';
 }
 
-void CRejectFile::AddGuarded(std::string_view text, bool& bAtStart) {
-    m_strGuarded.clear();
-    if (m_bGuarded)
-        m_guard.Append(m_strGuarded, text, bAtStart);
-    AddDoubled(m_bGuarded ? m_strGuarded : text);
+void CRejectFile::AddGuarded(std::string_view text, bool& isAtStart) {
+    m_guarded.clear();
+    if (m_isGuarded)
+        m_guard.Append(m_guarded, text, isAtStart);
+    AddDoubled(m_isGuarded ? m_guarded : text);
 }
 
 void CRejectFile::AddDoubled(std::string_view text) {
     for (const char c : text)
-        m_strBuffer.append(c == '"' ? 2 : 1, c);
+        m_buffer.append(c == '"' ? 2 : 1, c);
 }
 
 void CRejectFile::EndRow() {
-    AddQuoted(m_strFile);
-    m_strBuffer += "\r\n";
-    if (m_strBuffer.size() >= PIECE_SIZE)
+    AddQuoted(m_file);
+    m_buffer += "\r\n";
+    if (m_buffer.size() >= pieceSize)
         Flush();
 }
 
 void CRejectFile::Flush() {
-    if (!m_target.Write(m_strBuffer.data(), m_strBuffer.size()))
-        throw CFailure(ES_OUTPUT_FAILED, m_target.Describe(), "nobody reads the rejected rows any more");
-    m_strBuffer.clear();
+    if (!m_target.Write(m_buffer.data(), m_buffer.size()))
+        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), "nobody reads the rejected rows any more");
+    m_buffer.clear();
 }
 
 void CRejectFile::Place() {

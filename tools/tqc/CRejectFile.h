@@ -19,17 +19,17 @@ namespace NSTQ::Tool {
 
 class CRejectFile {
 public:
-    /// Opens the target `name`. `bFormulaGuard` guards what comes from the source. Throws CFailure.
-    CRejectFile(const std::string& name, bool bFormulaGuard);
+    /// Opens the target `name`. `isGuarded` guards what comes from the source. Throws CFailure.
+    CRejectFile(const std::string& name, bool isGuarded);
 
     /// The input that the next rows come from; `text` is null when they come from a workbook or database. Throws
     /// CFailure.
     void SetSource(const std::string& file, const CTextFile* text);
 
-    /// A row of text: `llSize` bytes from `llOffset` on. Throws CFailure.
-    void AddText(std::uint64_t ullRow, LONGLONG llOffset, LONGLONG llSize, std::string_view cause);
+    /// A row of text: `size` bytes from `offset` on. Throws CFailure.
+    void AddText(std::uint64_t row, LONGLONG offset, LONGLONG size, std::string_view cause);
     /// A row of a workbook or database. Throws CFailure.
-    void AddFields(std::uint64_t ullRow, const char* const* ppFields, const WORD* pLengths, DWORD dwCount,
+    void AddFields(std::uint64_t row, const char* const* fields, const WORD* lengths, DWORD count,
                    std::string_view cause);
 
     /// Writes what is held back and puts the file into its place, where it may grow further. Throws CFailure.
@@ -37,22 +37,22 @@ public:
 
 private:
     void AddQuoted(std::string_view text);
-    void AddGuarded(std::string_view text, bool& bAtStart);
+    void AddGuarded(std::string_view text, bool& isAtStart);
     void AddDoubled(std::string_view text);
-    void CopyRecord(LONGLONG llOffset, LONGLONG llSize);
-    std::string_view ReadAt(LONGLONG llOffset, LONGLONG llSize);
+    void CopyRecord(LONGLONG offset, LONGLONG size);
+    std::string_view ReadAt(LONGLONG offset, LONGLONG size);
     void EndRow();
     void Flush();
 
     COutputTarget m_target;
     CFormulaGuard m_guard{','};
-    bool m_bGuarded;
-    std::string m_strGuarded;
-    std::string m_strBuffer;
-    std::string m_strFile;
-    std::string m_strLineEnd;
-    std::string m_strPiece; ///< of a record that is copied
-    CDescriptor m_source;   ///< of text: the file that the rows are read from again
+    bool m_isGuarded;
+    std::string m_guarded;
+    std::string m_buffer;
+    std::string m_file;
+    std::string m_lineEnd;
+    std::string m_piece;  ///< of a record that is copied
+    CDescriptor m_source; ///< of text: the file that the rows are read from again
 };
 
 } // namespace NSTQ::Tool

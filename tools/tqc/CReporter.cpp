@@ -9,31 +9,31 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr std::uint64_t REPORTS_MAX = 10;
+constexpr std::uint64_t maxReports = 10;
 
 } // namespace
 
-CReporter::CReporter(std::string strFile, bool bQuiet, CProgressBar& bar)
-    : m_strFile(std::move(strFile)), m_bQuiet(bQuiet), m_bar(bar) {}
+CReporter::CReporter(std::string file, bool isQuiet, CProgressBar& bar)
+    : m_file(std::move(file)), m_isQuiet(isQuiet), m_bar(bar) {}
 
 void CReporter::Note(const std::string& what) {
-    if (what.empty() || m_bQuiet)
+    if (what.empty() || m_isQuiet)
         return;
     m_bar.Clear();
-    Print(m_strFile + ": " + what);
+    Print(m_file + ": " + what);
 }
 
-void CReporter::ReportRow(const std::string& strRow, const std::string& what) {
-    if (++m_ullReports > REPORTS_MAX || m_bQuiet)
+void CReporter::ReportRow(const std::string& row, const std::string& what) {
+    if (++m_reports > maxReports || m_isQuiet)
         return;
     m_bar.Clear();
-    Print(m_strFile + ": " + strRow + ": " + what);
+    Print(m_file + ": " + row + ": " + what);
 }
 
 void CReporter::Finish() {
     m_bar.Clear();
-    if (m_ullReports > REPORTS_MAX && !m_bQuiet)
-        Print(m_strFile + ": " + std::to_string(m_ullReports - REPORTS_MAX) +
+    if (m_reports > maxReports && !m_isQuiet)
+        Print(m_file + ": " + std::to_string(m_reports - maxReports) +
               " more rows were cut, left out or changed; the first ones are reported above");
 }
 

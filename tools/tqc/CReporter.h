@@ -11,28 +11,28 @@ namespace NSTQ::Tool {
 
 class CReporter {
 public:
-    /// `bQuiet` leaves out everything here; failures are not reported here. `bar` must outlive the reporter.
-    CReporter(std::string strFile, bool bQuiet, CProgressBar& bar);
+    /// `isQuiet` leaves out everything here; failures are not reported here. `bar` must outlive the reporter.
+    CReporter(std::string file, bool isQuiet, CProgressBar& bar);
 
     /// Something about the whole file; nothing when empty.
     void Note(const std::string& what);
     /// A row, such as "row 3", that was cut, left out or changed. After the first ten only their number is kept.
-    void ReportRow(const std::string& strRow, const std::string& what);
+    void ReportRow(const std::string& row, const std::string& what);
     /// Says how many reports were kept back.
     void Finish();
-    bool HasLostRows() const { return m_ullReports > 0; }
+    bool HasLostRows() const { return m_reports > 0; }
 
-    const std::string& File() const { return m_strFile; }
+    const std::string& File() const { return m_file; }
     CProgressBar& Progress() { return m_bar; }
 
     /// Writes "tqc: MESSAGE". Control bytes, which a file name may have, become '?'.
     static void Print(std::string_view message);
 
 private:
-    std::string m_strFile;
-    bool m_bQuiet;
+    std::string m_file;
+    bool m_isQuiet;
     CProgressBar& m_bar;
-    std::uint64_t m_ullReports = 0;
+    std::uint64_t m_reports = 0;
 };
 
 } // namespace NSTQ::Tool

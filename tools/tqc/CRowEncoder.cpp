@@ -15,33 +15,33 @@ using namespace NSTQ::Platform;
 namespace {
 
 /// What undefined bytes become, by the page.
-constexpr std::u16string_view STAND_INS = u"?\u30FB\uFFFD";
+constexpr std::u16string_view standIns = u"?\u30FB\uFFFD";
 
 } // namespace
 
 CRowEncoder::CRowEncoder(unsigned codePage, std::size_t fieldLengthMax)
-    : m_uSourcePage(GetAnsiCodePage()), m_uCodePage(codePage), m_fieldLengthMax(fieldLengthMax),
-      m_strName(SCCodePageNames::Describe(codePage)) {}
+    : m_sourcePage(GetAnsiCodePage()), m_codePage(codePage), m_maxFieldLength(fieldLengthMax),
+      m_name(SCCodePageNames::Describe(codePage)) {}
 
-bool CRowEncoder::IsAscii(const char* pText, std::size_t length) {
+bool CRowEncoder::IsAscii(const char* text, std::size_t length) {
     std::uint64_t high = 0;
-    for (; length >= sizeof high; pText += sizeof high, length -= sizeof high) {
+    for (; length >= sizeof high; text += sizeof high, length -= sizeof high) {
         std::uint64_t word = 0;
-        std::memcpy(&word, pText, sizeof word);
+        std::memcpy(&word, text, sizeof word);
         high |= word;
     }
-    for (; length > 0; ++pText, --length)
-        high |= static_cast<std::uint64_t>(static_cast<unsigned char>(*pText));
+    for (; length > 0; ++text, --length)
+        high |= static_cast<std::uint64_t>(static_cast<unsigned char>(*text));
     return (high & 0x8080808080808080U) == 0;
 }
 
 /// Fields that a reader has put one behind the other, with a NUL between, are looked at in one go.
-bool CRowEncoder::AreUtf8(const char* const* ppFields, const WORD* pLengths, DWORD dwCount) {
-    for (DWORD i = 0; i < dwCount;) {
-        const char* const begin = ppFields[i];
-        const char* end = begin + pLengths[i];
-        while (++i < dwCount && ppFields[i] == end + 1)
-            end = ppFields[i] + pLengths[i];
+bool CRowEncoder::AreUtf8(const char* const* fields, const WORD* lengths, DWORD count) {
+    for (DWORD i = 0; i < count;) {
+        const char* const begin = fields[i];
+        const char* end = begin + lengths[i];
+        while (++i < count && fields[i] == end + 1)
+            end = fields[i] + lengths[i];
         const auto size = static_cast<std::size_t>(end - begin);
         if (CountValidUtf8(begin, size) != size)
             return false;
@@ -49,79 +49,79 @@ bool CRowEncoder::AreUtf8(const char* const* ppFields, const WORD* pLengths, DWO
     return true;
 }
 
-bool CRowEncoder::StayAsTheyAre(const char* const* ppFields, const WORD* pLengths, DWORD dwCount) const {
-    if (m_uCodePage == m_uSourcePage)
-        return m_uCodePage != CP_UTF8 || AreUtf8(ppFields, pLengths, dwCount);
+bool CRowEncoder::StayAsTheyAre(const char* const* fields, const WORD* lengths, DWORD count) const {
+    if (m_codePage == m_sourcePage)
+        return m_codePage != CP_UTF8 || AreUtf8(fields, lengths, count);
     bool isAscii = true;
-    for (DWORD i = 0; i < dwCount && isAscii; ++i)
-        isAscii = IsAscii(ppFields[i], pLengths[i]);
+    for (DWORD i = 0; i < count && isAscii; ++i)
+        isAscii = IsAscii(fields[i], lengths[i]);
     return isAscii;
 }
 
-void CRowEncoder::Encode(const char**& ppFields, const WORD*& pLengths, DWORD dwCount) {
-    m_strSourceLoss.clear();
-    m_strLoss.clear();
-    if (StayAsTheyAre(ppFields, pLengths, dwCount))
+void CRowEncoder::Encode(const char**& fields, const WORD*& lengths, DWORD count) {
+    m_sourceLoss.clear();
+    m_loss.clear();
+    if (StayAsTheyAre(fields, lengths, count))
         return;
-    m_strText.clear();
-    m_vecStarts.clear();
-    m_vecLengths.clear();
-    for (DWORD i = 0; i < dwCount; ++i)
-        EncodeField(ppFields[i], pLengths[i]);
-    m_vecFields.clear();
-    for (const std::size_t start : m_vecStarts)
-        m_vecFields.push_back(m_strText.data() + start);
-    ppFields = m_vecFields.data();
-    pLengths = m_vecLengths.data();
+    m_text.clear();
+    m_starts.clear();
+    m_lengths.clear();
+    for (DWORD i = 0; i < count; ++i)
+        EncodeField(fields[i], lengths[i]);
+    m_fields.clear();
+    for (const std::size_t start : m_starts)
+        m_fields.push_back(m_text.data() + start);
+    fields = m_fields.data();
+    lengths = m_lengths.data();
 }
 
-void CRowEncoder::EncodeField(const char* pText, WORD wLength) {
-    const std::size_t start = m_strText.size();
-    m_vecStarts.push_back(start);
-    m_vecWide.resize(std::max<std::size_t>(m_vecWide.size(), wLength));
-    const int units = MultiByteToWideChar(CP_ACP, 0, pText, wLength, m_vecWide.data(), wLength);
+void CRowEncoder::EncodeField(const char* text, WORD length) {
+    const std::size_t start = m_text.size();
+    m_starts.push_back(start);
+    m_wide.resize(std::max<std::size_t>(m_wide.size(), length));
+    const int units = MultiByteToWideChar(CP_ACP, 0, text, length, m_wide.data(), length);
     // No page takes more than three bytes a unit.
-    m_strText.resize(start + static_cast<std::size_t>(units) * 3);
+    m_text.resize(start + static_cast<std::size_t>(units) * 3);
     const int size = units == 0 ? 0
-                                : WideCharToMultiByte(m_uCodePage, 0, m_vecWide.data(), units, &m_strText[start],
-                                                      units * 3, nullptr, nullptr);
-    m_strText.resize(start + static_cast<std::size_t>(size));
-    if (!AreDefined({pText, wLength}, units))
-        m_strSourceLoss = "bytes that are not valid " + SCCodePageNames::NameOf(m_uSourcePage);
-    if (m_uCodePage != CP_UTF8 && !IsKept(start, units))
-        AddLoss("characters that " + m_strName + " does not have");
-    if (m_strText.size() - start > m_fieldLengthMax) {
-        m_strText.resize(start + FittingLength(units));
-        AddLoss("a field, cut, of more than " + std::to_string(m_fieldLengthMax) + " bytes in " + m_strName);
+                                : WideCharToMultiByte(m_codePage, 0, m_wide.data(), units, &m_text[start], units * 3,
+                                                      nullptr, nullptr);
+    m_text.resize(start + static_cast<std::size_t>(size));
+    if (!AreDefined({text, length}, units))
+        m_sourceLoss = "bytes that are not valid " + SCCodePageNames::NameOf(m_sourcePage);
+    if (m_codePage != CP_UTF8 && !IsKept(start, units))
+        AddLoss("characters that " + m_name + " does not have");
+    if (m_text.size() - start > m_maxFieldLength) {
+        m_text.resize(start + FittingLength(units));
+        AddLoss("a field, cut, of more than " + std::to_string(m_maxFieldLength) + " bytes in " + m_name);
     }
-    m_vecLengths.push_back(static_cast<WORD>(m_strText.size() - start));
+    m_lengths.push_back(static_cast<WORD>(m_text.size() - start));
 }
 
-/// The length of as many whole characters of the field as m_fieldLengthMax allows.
+/// The length of as many whole characters of the field as m_maxFieldLength allows.
 std::size_t CRowEncoder::FittingLength(int units) const {
     const auto length = [this](int count) {
-        const bool splits = (m_vecWide[static_cast<std::size_t>(count) - 1] & 0xFC00) == 0xD800;
+        const bool splits = (m_wide[static_cast<std::size_t>(count) - 1] & 0xFC00) == 0xD800;
         const int whole = splits ? count - 1 : count;
         return whole == 0 ? std::size_t{0}
-                          : static_cast<std::size_t>(WideCharToMultiByte(m_uCodePage, 0, m_vecWide.data(), whole,
-                                                                         nullptr, 0, nullptr, nullptr));
+                          : static_cast<std::size_t>(WideCharToMultiByte(m_codePage, 0, m_wide.data(), whole, nullptr,
+                                                                         0, nullptr, nullptr));
     };
     int fits = 1;
     for (int tooMany = units; tooMany - fits > 1;) {
         const int middle = fits + (tooMany - fits) / 2;
-        (length(middle) <= m_fieldLengthMax ? fits : tooMany) = middle;
+        (length(middle) <= m_maxFieldLength ? fits : tooMany) = middle;
     }
     return length(fits);
 }
 
 /// Whether the source's bytes mean something.
 bool CRowEncoder::AreDefined(std::string_view text, int units) const {
-    const std::u16string_view wide(m_vecWide.data(), static_cast<std::size_t>(units));
-    if (wide.find_first_of(STAND_INS) == std::u16string_view::npos)
+    const std::u16string_view wide(m_wide.data(), static_cast<std::size_t>(units));
+    if (wide.find_first_of(standIns) == std::u16string_view::npos)
         return true;
     while (!text.empty()) {
         const std::string_view character = FirstCharacter(text);
-        if (!IsDefined(m_uSourcePage, character))
+        if (!IsDefined(m_sourcePage, character))
             return false;
         text.remove_prefix(character.size());
     }
@@ -135,7 +135,7 @@ bool CRowEncoder::IsDefined(unsigned codePage, std::string_view character) {
     std::array<char, 4> back{};
     MultiByteToWideChar(codePage, 0, character.data(), static_cast<int>(character.size()), decoded.data(), 4);
     const int size = WideCharToMultiByte(codePage, 0, decoded.data(), 1, back.data(), 4, nullptr, nullptr);
-    return STAND_INS.find(decoded[0]) == std::u16string_view::npos ||
+    return standIns.find(decoded[0]) == std::u16string_view::npos ||
            character == std::string_view(back.data(), static_cast<std::size_t>(size));
 }
 
@@ -149,16 +149,15 @@ std::string_view CRowEncoder::FirstCharacter(std::string_view text) {
 
 /// Whether the encoded field leads back to its characters; a best fit does not.
 bool CRowEncoder::IsKept(std::size_t start, int units) {
-    const int size = static_cast<int>(m_strText.size() - start);
-    m_vecBack.resize(std::max<std::size_t>(m_vecBack.size(), static_cast<std::size_t>(size)));
-    const int back =
-        size == 0 ? 0 : MultiByteToWideChar(m_uCodePage, 0, &m_strText[start], size, m_vecBack.data(), size);
-    return back == units && std::equal(m_vecBack.begin(), m_vecBack.begin() + back, m_vecWide.begin());
+    const int size = static_cast<int>(m_text.size() - start);
+    m_back.resize(std::max<std::size_t>(m_back.size(), static_cast<std::size_t>(size)));
+    const int back = size == 0 ? 0 : MultiByteToWideChar(m_codePage, 0, &m_text[start], size, m_back.data(), size);
+    return back == units && std::equal(m_back.begin(), m_back.begin() + back, m_wide.begin());
 }
 
 void CRowEncoder::AddLoss(const std::string& what) {
-    if (m_strLoss.find(what) == std::string::npos)
-        m_strLoss += (m_strLoss.empty() ? "" : ", ") + what;
+    if (m_loss.find(what) == std::string::npos)
+        m_loss += (m_loss.empty() ? "" : ", ") + what;
 }
 
 } // namespace NSTQ::Tool

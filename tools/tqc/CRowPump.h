@@ -31,7 +31,7 @@ namespace NSTQ::Tool {
 /// What the pumps of all inputs of one output share.
 struct SPumpTargets {
     COutputFile& output;
-    CRejectFile* pRejects; ///< may be null
+    CRejectFile* rejects; ///< may be null
     CColumns& columns;
 };
 
@@ -50,11 +50,11 @@ public:
     bool Run();
 
 private:
-    enum EOutcome {
-        RO_ROW,
-        RO_EOF_MARK, ///< a row, or none, that an end-of-file mark ended before the file's end
-        RO_TOO_LONG,
-        RO_END
+    enum class EOutcome {
+        Row,
+        EofMark, ///< a row, or none, that an end-of-file mark ended before the file's end
+        TooLong,
+        End
     };
 
     EOutcome ReadRow();
@@ -73,7 +73,7 @@ private:
     void CutLengths();
     std::string DescribeRow() const;
     void AddNote(const std::string& note);
-    void AddFault(EExitStatus eStatus, const std::string& what, const std::string& done, const std::string& hint);
+    void AddFault(EExitStatus status, const std::string& what, const std::string& done, const std::string& hint);
 
     const SOptions& m_options;
     ISourceReader& m_reader;
@@ -84,22 +84,22 @@ private:
     SPumpTargets m_targets;
     CReporter& m_reporter;
 
-    const char** m_ppFields = nullptr;
-    const WORD* m_pLengths = nullptr;
-    DWORD m_dwCount = 0;
-    LONGLONG m_llRecordSize = 0; ///< bytes of the file that the last record read took
-    LONGLONG m_llOpenQuote = -1; ///< where the row's quote opens that does not close
+    const char** m_fields = nullptr;
+    const WORD* m_lengths = nullptr;
+    DWORD m_count = 0;
+    LONGLONG m_recordSize = 0; ///< bytes of the file that the last record read took
+    LONGLONG m_openQuote = -1; ///< where the row's quote opens that does not close
 
-    LONGLONG m_llRowStart = 0;
-    DWORD m_dwWriteCount = 0; ///< of the fields, how many are written
+    LONGLONG m_rowStart = 0;
+    DWORD m_writeCount = 0; ///< of the fields, how many are written
 
-    std::uint64_t m_ullRow = 0;        ///< the row in hand
-    std::uint64_t m_ullHeaderRows = 0; ///< rows of the source that are names
-    std::uint64_t m_ullWritten = 0;
-    std::vector<WORD> m_vecCutLengths;
-    bool m_bNames = false;   ///< the row in hand is names
-    std::string m_strNote;   ///< what is to be reported about the row in hand
-    std::string m_strFaults; ///< why it cannot be taken whole; empty when it can
+    std::uint64_t m_row = 0;        ///< the row in hand
+    std::uint64_t m_headerRows = 0; ///< rows of the source that are names
+    std::uint64_t m_written = 0;
+    std::vector<WORD> m_cutLengths;
+    bool m_isHeader = false; ///< the row in hand is names
+    std::string m_note;      ///< what is to be reported about the row in hand
+    std::string m_faults;    ///< why it cannot be taken whole; empty when it can
 };
 
 } // namespace NSTQ::Tool

@@ -15,7 +15,7 @@ namespace NSTQ::Tool {
 
 /// What keeps a row from being taken whole.
 struct SRowFault {
-    EExitStatus eStatus; ///< of a conversion that stops at it
+    EExitStatus status; ///< of a conversion that stops at it
     std::string what;
     std::string done; ///< what happens to a row that is taken all the same
     std::string hint; ///< may be empty
@@ -53,10 +53,10 @@ public:
     using CADOOperater::CADOOperater;
 
     NSTQCore::IDataAccess& Rows() override { return *this; }
-    LONGLONG GetPosition() const override { return m_llRows; }
-    bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override {
-        const bool read = CADOOperater::GetLineData(ppData, pLen, dwCount);
-        m_llRows += read ? 1 : 0;
+    LONGLONG GetPosition() const override { return m_rowsRead; }
+    bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override {
+        const bool read = CADOOperater::GetLineData(fields, lengths, count);
+        m_rowsRead += read ? 1 : 0;
         return read;
     }
     bool CountsBytes() const override { return false; }
@@ -66,14 +66,14 @@ public:
         const LONG column = GetCutColumn();
         if (column < 0)
             return std::nullopt;
-        return SRowFault{ES_LIMIT,
-                         "field " + std::to_string(column + 1) + " has more than " + std::to_string(LIMIT_MAX) +
+        return SRowFault{EExitStatus::Limit,
+                         "field " + std::to_string(column + 1) + " has more than " + std::to_string(maxLength) +
                              " bytes",
                          "cut", ", the most there can be"};
     }
 
 private:
-    LONGLONG m_llRows = 0;
+    LONGLONG m_rowsRead = 0;
 };
 
 } // namespace NSTQ::Tool

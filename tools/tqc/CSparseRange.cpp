@@ -4,21 +4,21 @@
 
 namespace NSTQ::Tool {
 
-bool CSparseRange::Count(const WORD* pLengths, DWORD dwCount) {
+bool CSparseRange::Count(const WORD* lengths, DWORD count) {
     constexpr std::uint64_t manyFields = 100'000'000;
     constexpr std::uint64_t sparseRatio = 1'000;
-    ++m_ullRows;
-    m_ullFields += dwCount;
-    m_ullBytes = std::accumulate(pLengths, pLengths + dwCount, m_ullBytes);
-    if (m_bNoticed || m_ullFields < manyFields || m_ullFields / sparseRatio < m_ullBytes)
+    ++m_rows;
+    m_fields += count;
+    m_bytes = std::accumulate(lengths, lengths + count, m_bytes);
+    if (m_isNoticed || m_fields < manyFields || m_fields / sparseRatio < m_bytes)
         return false;
-    m_bNoticed = true;
+    m_isNoticed = true;
     return true;
 }
 
 std::string CSparseRange::Describe() const {
-    return "nearly all of it is empty: its first " + std::to_string(m_ullRows) + " rows have " +
-           std::to_string(m_ullFields) + " fields and " + std::to_string(m_ullBytes) +
+    return "nearly all of it is empty: its first " + std::to_string(m_rows) + " rows have " +
+           std::to_string(m_fields) + " fields and " + std::to_string(m_bytes) +
            " bytes in them; --limit writes fewer rows";
 }
 

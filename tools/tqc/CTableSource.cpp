@@ -45,13 +45,12 @@ std::unique_ptr<ISourceReader> CTableSource::OpenReader() {
     m_info.SetKeepLineEnds(true);
     // As many columns as any sheet has; the program cuts them itself and says so.
     constexpr DWORD columnsMax = 16384;
-    auto reader =
-        std::make_unique<CTableReader>(std::max(columnsMax, m_options.dwMaxFields) + 1, LIMIT_MAX, LIMIT_MAX);
+    auto reader = std::make_unique<CTableReader>(std::max(columnsMax, m_options.maxFields) + 1, maxLength, maxLength);
     if (!reader->FileOpen(&m_info))
         throw DescribeUnopened(Look(table, *reader),
                                names.size() > 1 ? "; see the others with: tqc list " + m_input.Name() : "");
     // Those of a wide sheet, which nobody asks for, need not fit a row.
-    if (m_options.bHeader && NamesItsColumns())
+    if (m_options.header && NamesItsColumns())
         TakeColumnNames(*reader);
     return reader;
 }
@@ -78,7 +77,7 @@ void CTableSource::ExplainListing() const {
     DWORD count = 0;
     if (m_info.GetConnectString(connection))
         NSTQCore::CADOOperater::GetSchemaNameSize(size, count, connection);
-    throw CFailure(ES_UNSUPPORTED, m_input.Name(), "cannot be read");
+    throw CFailure(EExitStatus::Unsupported, m_input.Name(), "cannot be read");
 }
 
 /// The names as people know them. In those of sheets the library leaves the doubled quotes of the listing.
@@ -96,7 +95,7 @@ std::vector<std::string> CTableSource::TableNames() const {
 /// The place of the sheet or table that the options name, by its name or else by its number; none when there is no
 /// such one. Throws CFailure when several could be meant.
 std::optional<std::size_t> CTableSource::FindTable(const std::vector<std::string>& names) const {
-    const std::string& wanted = m_options.strSheet;
+    const std::string& wanted = m_options.sheet;
     if (wanted.empty())
         return names.empty() ? std::nullopt : std::optional<std::size_t>(0);
     const std::vector<std::size_t> found = SCNameMatch::Find(names, wanted);
@@ -105,7 +104,7 @@ std::optional<std::size_t> CTableSource::FindTable(const std::vector<std::string
         meant.reserve(found.size());
         for (const std::size_t at : found)
             meant.push_back(names[at]);
-        throw CFailure(ES_NOT_FOUND, m_input.Name(),
+        throw CFailure(EExitStatus::NotFound, m_input.Name(),
                        "several " + TableKind() + "s are called \"" + wanted +
                            "\" without regard to case: " + Join(meant) + "; give the name as it is written");
     }
@@ -122,10 +121,11 @@ std::string CTableSource::SelectTable(const std::vector<std::string>& names) {
         return names[*found];
     const std::string kind = TableKind();
     if (names.empty())
-        throw CFailure(ES_NOT_FOUND, m_input.Name(), NamesItsColumns() ? "no table in it" : "no worksheet in it");
-    throw CFailure(ES_NOT_FOUND, m_input.Name(),
-                   "no " + kind + " \"" + m_options.strSheet + "\"; " + kind + "s: " + Join(names) +
-                       " (see: tqc list " + m_input.Name() + ")");
+        throw CFailure(EExitStatus::NotFound, m_input.Name(),
+                       NamesItsColumns() ? "no table in it" : "no worksheet in it");
+    throw CFailure(EExitStatus::NotFound, m_input.Name(),
+                   "no " + kind + " \"" + m_options.sheet + "\"; " + kind + "s: " + Join(names) + " (see: tqc list " +
+                       m_input.Name() + ")");
 }
 
 void CTableSource::TakeColumnNames(CTableReader& reader) {
@@ -147,7 +147,7 @@ std::vector<CTableSource::STable> CTableSource::ListTables() {
     PrepareTables(true);
     const std::vector<std::string> names = TableNames();
     std::vector<STable> tables;
-    CTableReader reader(LIMIT_MAX, LIMIT_MAX, LIMIT_MAX);
+    CTableReader reader(maxLength, maxLength, maxLength);
     for (std::size_t i = 0; i < names.size(); ++i) {
         m_info.SetSelectSchemaIndx(static_cast<DWORD>(i));
         const bool isOpen = i == 0 ? reader.FileOpen(&m_info) : reader.OpenTable(&m_info);
@@ -170,7 +170,7 @@ CFailure CTableSource::DescribeUnopened(const STable& table, const std::string& 
     std::string reason = table.reason.empty() ? "not enough memory" : table.reason;
     if (const std::string prefix = m_input.Path() + ": "; reason.starts_with(prefix))
         reason.erase(0, prefix.size());
-    return {isTooLarge ? ES_LIMIT : ES_UNSUPPORTED, m_input.Name(),
+    return {isTooLarge ? EExitStatus::Limit : EExitStatus::Unsupported, m_input.Name(),
             "its " + TableKind() + " \"" + table.name + "\" cannot be opened: " + reason + hint};
 }
 

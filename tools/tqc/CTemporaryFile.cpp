@@ -16,7 +16,7 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr mode_t OWNER_ALONE = 0600;
+constexpr mode_t ownerAlone = 0600;
 
 mode_t ModeOfNewFiles() {
     const mode_t mask = ::umask(0);
@@ -46,7 +46,7 @@ bool Link(int descriptor, const std::string& path) {
 
 } // namespace
 
-CTemporaryFile::CTemporaryFile(const std::string& target) : m_strTarget(target) {
+CTemporaryFile::CTemporaryFile(const std::string& target) : m_target(target) {
     if (!CreateNameless())
         CreateNamed();
     TakeOverTarget();
@@ -54,14 +54,14 @@ CTemporaryFile::CTemporaryFile(const std::string& target) : m_strTarget(target) 
 
 /// False where the file system has no such files, or nothing that could give them a name later.
 bool CTemporaryFile::CreateNameless() {
-    const std::size_t folder = m_strTarget.find_last_of('/');
-    const std::string path = folder == std::string::npos ? "." : m_strTarget.substr(0, folder + 1);
-    m_iDescriptor = ::open(path.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, OWNER_ALONE);
-    if (m_iDescriptor >= 0 && ::access(NameOfDescriptor(m_iDescriptor).c_str(), F_OK) != 0) {
-        ::close(m_iDescriptor);
-        m_iDescriptor = -1;
+    const std::size_t folder = m_target.find_last_of('/');
+    const std::string path = folder == std::string::npos ? "." : m_target.substr(0, folder + 1);
+    m_descriptor = ::open(path.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, ownerAlone);
+    if (m_descriptor >= 0 && ::access(NameOfDescriptor(m_descriptor).c_str(), F_OK) != 0) {
+        ::close(m_descriptor);
+        m_descriptor = -1;
     }
-    return m_iDescriptor >= 0;
+    return m_descriptor >= 0;
 }
 
 void CTemporaryFile::CreateNamed() {
@@ -75,76 +75,76 @@ bool CTemporaryFile::TryNames(bool (CTemporaryFile::*create)()) {
     constexpr int attempts = 100;
     std::random_device random;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        m_strPath = MakeName(m_strTarget, random);
+        m_path = MakeName(m_target, random);
         if ((this->*create)()) {
-            SCSignals::RemoveFile(m_strPath.c_str());
+            SCSignals::RemoveFile(m_path.c_str());
             return true;
         }
         if (errno != EEXIST)
             break;
     }
-    m_strPath.clear();
+    m_path.clear();
     return false;
 }
 
 bool CTemporaryFile::CreateAtPath() {
-    m_iDescriptor = ::open(m_strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OWNER_ALONE);
-    return m_iDescriptor >= 0;
+    m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ownerAlone);
+    return m_descriptor >= 0;
 }
 
 bool CTemporaryFile::LinkToPath() {
-    return Link(m_iDescriptor, m_strPath);
+    return Link(m_descriptor, m_path);
 }
 
 /// The owner goes first, because a change of owner may take bits from the mode. Who may not give files away keeps
 /// the new one.
 void CTemporaryFile::TakeOverTarget() {
     struct stat status {};
-    m_uMode = ModeOfNewFiles();
-    if (::stat(m_strTarget.c_str(), &status) != 0)
+    m_mode = ModeOfNewFiles();
+    if (::stat(m_target.c_str(), &status) != 0)
         return;
     constexpr mode_t permissions = 07777;
-    const bool owned = ::fchown(m_iDescriptor, status.st_uid, status.st_gid) == 0;
-    m_uMode = status.st_mode & (owned ? permissions : mode_t{0777});
+    const bool owned = ::fchown(m_descriptor, status.st_uid, status.st_gid) == 0;
+    m_mode = status.st_mode & (owned ? permissions : mode_t{0777});
 }
 
 void CTemporaryFile::Replace() {
     // Some file systems have no such call; what they do at the end of a program has to do there.
-    if (::fsync(m_iDescriptor) != 0 && errno != EINVAL && errno != ENOTSUP)
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != ENOTSUP)
         Fail(errno);
-    if (m_bPlaced)
+    if (m_isPlaced)
         return;
     const SCSignals::CHeld held;
-    if (::fchmod(m_iDescriptor, m_uMode) != 0)
+    if (::fchmod(m_descriptor, m_mode) != 0)
         Fail(errno);
-    if (m_strPath.empty() && Link(m_iDescriptor, m_strTarget)) {
-        m_bPlaced = true;
+    if (m_path.empty() && Link(m_descriptor, m_target)) {
+        m_isPlaced = true;
         return;
     }
-    if (m_strPath.empty() && (errno != EEXIST || !TryNames(&CTemporaryFile::LinkToPath)))
+    if (m_path.empty() && (errno != EEXIST || !TryNames(&CTemporaryFile::LinkToPath)))
         Fail(errno);
-    if (::rename(m_strPath.c_str(), m_strTarget.c_str()) != 0)
+    if (::rename(m_path.c_str(), m_target.c_str()) != 0)
         Fail(errno);
     Forget();
-    m_bPlaced = true;
+    m_isPlaced = true;
 }
 
 void CTemporaryFile::Forget() {
-    SCSignals::ForgetFile(m_strPath.c_str());
-    m_strPath.clear();
+    SCSignals::ForgetFile(m_path.c_str());
+    m_path.clear();
 }
 
 void CTemporaryFile::Fail(int error, const char* hint) const {
-    throw CFailure(ES_OUTPUT_FAILED, m_strTarget, SCErrorText::OfSystem(error) + hint);
+    throw CFailure(EExitStatus::OutputFailed, m_target, SCErrorText::OfSystem(error) + hint);
 }
 
 CTemporaryFile::~CTemporaryFile() {
-    if (m_iDescriptor >= 0)
-        ::close(m_iDescriptor);
-    if (m_strPath.empty())
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+    if (m_path.empty())
         return;
     const SCSignals::CHeld held;
-    ::unlink(m_strPath.c_str());
+    ::unlink(m_path.c_str());
     Forget();
 }
 

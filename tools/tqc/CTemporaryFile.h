@@ -18,7 +18,7 @@ public:
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
 
-    int Descriptor() const { return m_iDescriptor; }
+    int Descriptor() const { return m_descriptor; }
 
     /// Has the data stored and gives the file the target's name. What is written later is then seen at once, and a
     /// second call only has it stored. Throws CFailure; the target is then as it was.
@@ -34,11 +34,11 @@ private:
     void Forget();
     [[noreturn]] void Fail(int error, const char* hint = "") const;
 
-    std::string m_strTarget;
-    std::string m_strPath; ///< the hidden name; empty while there is none
-    int m_iDescriptor = -1;
-    bool m_bPlaced = false;
-    unsigned m_uMode = 0; ///< that the file gets with its place; only the owner may read it before
+    std::string m_target;
+    std::string m_path; ///< the hidden name; empty while there is none
+    int m_descriptor = -1;
+    bool m_isPlaced = false;
+    unsigned m_mode = 0; ///< that the file gets with its place; only the owner may read it before
 };
 
 } // namespace NSTQ::Tool

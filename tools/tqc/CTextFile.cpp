@@ -26,7 +26,7 @@ CTextFile::CTextFile(const SOptions& options, SPlace place, CFileHead head)
       m_lineEnd(FindLineEnd(options, m_head.Bytes())), m_codePage(CodePageOf(options, m_head.Bytes())) {}
 
 std::string_view CTextFile::Head() const {
-    const bool hasMark = m_options.eCharSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_head.Bytes());
+    const bool hasMark = m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_head.Bytes());
     return m_head.Bytes().substr(hasMark ? sizeof SCDataAccessDefine::BOM_UTF8 : 0);
 }
 
@@ -35,15 +35,15 @@ bool CTextFile::IsUtf16() const {
 }
 
 unsigned CTextFile::CodePageOf(const SOptions& options, std::string_view head) {
-    const bool isUtf8 = options.eCharSet == CSourceDataInfo::RCS_UTF8 ||
-                        (options.eCharSet == CSourceDataInfo::RCS_AUTO && SCTextProbe::HasUtf8Mark(head));
-    return isUtf8 ? Platform::CP_UTF8 : options.uCodePage;
+    const bool isUtf8 = options.charSet == CSourceDataInfo::RCS_UTF8 ||
+                        (options.charSet == CSourceDataInfo::RCS_AUTO && SCTextProbe::HasUtf8Mark(head));
+    return isUtf8 ? Platform::CP_UTF8 : options.codePage;
 }
 
 CTextFile::SCharacterSet CTextFile::CharacterSet() const {
     if (IsUtf16())
         return {"utf-16", true};
-    if (m_options.eCharSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_head.Bytes()))
+    if (m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_head.Bytes()))
         return {"utf-8", true};
     if (m_codePage != Platform::CP_UTF8)
         return {SCCodePageNames::NameOf(m_codePage), false};
@@ -60,15 +60,15 @@ std::string CTextFile::DescribeCharacterSet() const {
 }
 
 std::string CTextFile::DescribeInvalidText() const {
-    return m_options.bEncodingGiven || !CharacterSet().name.empty() ? "" : DescribeCharacterSet();
+    return m_options.isEncodingGiven || !CharacterSet().name.empty() ? "" : DescribeCharacterSet();
 }
 
 std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info, char separator) const {
     // What is UTF-8 is read in code page 65001, by the grammar that keeps the spaces inside fields. The automatic
     // choice skips its mark; a file too short for it holds nothing that has to be converted.
-    const bool isChosenAnsi = m_options.eCharSet == CSourceDataInfo::RCS_ANSI;
+    const bool isChosenAnsi = m_options.charSet == CSourceDataInfo::RCS_ANSI;
     info.SetReadCharSet(isChosenAnsi || IsStream() ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
-    info.SetKeepLineEnds(m_options.bQuoteNewLine);
+    info.SetKeepLineEnds(m_options.quoteNewLine);
     auto reader = std::make_unique<CCsvSourceReader>(m_options);
     reader->SetSeparator(m_options.separator.value_or(separator));
     OpenFile(*reader, info);
@@ -80,13 +80,13 @@ std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info, c
 
 std::unique_ptr<ISourceReader> CTextFile::OpenFixedLength(CSourceDataInfo& info) const {
     const std::uint64_t size = CFixSourceReader::LayoutSize(m_options.widths);
-    if (size > std::uint64_t{m_options.dwMaxLineSize} + 1)
-        throw CFailure(ES_LIMIT, m_place.name,
+    if (size > std::uint64_t{m_options.maxLineSize} + 1)
+        throw CFailure(EExitStatus::Limit, m_place.name,
                        "the widths of --widths and the number of columns add up to " + std::to_string(size) +
                            ", above --max-line-size");
     const bool hasLineEnds = SCTextProbe::HasLineEnd(m_head.Bytes(), m_lineEnd);
     info.SetFixColLen(CFixSourceReader::LayOut(m_options.widths, hasLineEnds));
-    info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : m_options.eCharSet);
+    info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : m_options.charSet);
     auto reader = std::make_unique<CFixSourceReader>(static_cast<DWORD>(m_options.widths.size()), info, m_lineEnd);
     OpenFile(*reader, info);
     return reader;
@@ -94,13 +94,13 @@ std::unique_ptr<ISourceReader> CTextFile::OpenFixedLength(CSourceDataInfo& info)
 
 void CTextFile::OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& info) const {
     SCContentProbe::RefuseUtf16(m_place.name, m_head.Bytes());
-    info.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
-    reader.SetDelimiter(m_lineEnd.cPre, m_lineEnd.cPost);
+    info.SetDelimiter(m_lineEnd.first, m_lineEnd.second);
+    reader.SetDelimiter(m_lineEnd.first, m_lineEnd.second);
     if (IsStream())
         reader.SetStream(m_head.IsWholeFile() ? -1 : m_place.stream, Head().data(),
                          static_cast<DWORD>(Head().size()));
     if (!reader.FileOpen(&info))
-        throw CFailure(ES_NOT_FOUND, m_place.name, SCErrorText::OfLibrary(reader.GetErrorCode()));
+        throw CFailure(EExitStatus::NotFound, m_place.name, SCErrorText::OfLibrary(reader.GetErrorCode()));
 }
 
 } // namespace NSTQ::Tool

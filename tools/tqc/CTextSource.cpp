@@ -15,7 +15,7 @@ CTextSource::CTextSource(const SOptions& options, const CInputFile& input)
         return;
     const std::string other = SCContentProbe::DescribeOther(m_input.Name(), m_input.Head().Bytes(), m_input.IsFile());
     if (!other.empty())
-        throw CFailure(ES_UNSUPPORTED, m_input.Name(), other);
+        throw CFailure(EExitStatus::Unsupported, m_input.Name(), other);
 }
 
 /// The library decides by the extension and by a first line that ends in CR LF; other line ends are looked at here.
@@ -48,15 +48,15 @@ SCDeclareConstant::ESourceFileType CTextSource::Describe() {
 void CTextSource::CheckReadable() const {
     const std::string& name = m_input.Name();
     if (m_type == SCDeclareConstant::SFT_UNKNOWN)
-        throw CFailure(ES_UNSUPPORTED, name,
+        throw CFailure(EExitStatus::Unsupported, name,
                        "unknown type: neither TAB nor comma in its first line; give --type, "
                        "--separator or --widths; see its columns with: tqc preview " +
                            name);
     if (m_type == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
-        throw CFailure(ES_UNSUPPORTED, name,
+        throw CFailure(EExitStatus::Unsupported, name,
                        "fixed-length text needs --widths; see its columns with: tqc preview " + name);
-    if (!m_options.strSheet.empty())
-        throw CFailure(ES_USAGE, name,
+    if (!m_options.sheet.empty())
+        throw CFailure(EExitStatus::Usage, name,
                        "--sheet is for workbooks and databases; " + SCTypeNames::DescribeThis(m_type));
 }
 

@@ -13,7 +13,7 @@ struct SPageName {
 };
 
 /// The first name of a page is the one that is shown. Sets that are part of a page (EUC-KR, GB2312) stand for it.
-constexpr SPageName PAGE_NAMES[] = {
+constexpr SPageName pageNames[] = {
     {932, "shift_jis"}, {932, "sjis"},  {932, "cp932"},   {932, "932"},         {932, "windows-31j"},
     {1252, "cp1252"},   {1252, "1252"}, {1252, "latin1"}, {1252, "iso-8859-1"}, {1252, "windows-1252"},
     {936, "gbk"},       {936, "cp936"}, {936, "936"},     {936, "gb2312"},      {936, "euc-cn"},
@@ -42,7 +42,7 @@ std::string_view CharacterSetOf(std::string_view locale) {
 
 std::optional<unsigned> SCCodePageNames::Find(std::string_view name) {
     const std::string simple = Simplify(name);
-    for (const SPageName& page : PAGE_NAMES)
+    for (const SPageName& page : pageNames)
         if (simple == Simplify(page.name))
             return page.codePage;
     return std::nullopt;
@@ -58,7 +58,7 @@ unsigned SCCodePageNames::OfLocale() {
 }
 
 std::string SCCodePageNames::NameOf(unsigned codePage) {
-    for (const SPageName& page : PAGE_NAMES)
+    for (const SPageName& page : pageNames)
         if (page.codePage == codePage)
             return page.name;
     return std::to_string(codePage);
@@ -71,7 +71,7 @@ std::string SCCodePageNames::Describe(unsigned codePage) {
 std::string SCCodePageNames::Allowed() {
     std::string allowed;
     unsigned last = 0;
-    for (const SPageName& page : PAGE_NAMES) {
+    for (const SPageName& page : pageNames) {
         if (page.codePage != last)
             allowed += (allowed.empty() ? "" : ", ") + Describe(page.codePage);
         last = page.codePage;

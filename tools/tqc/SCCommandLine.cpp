@@ -28,11 +28,12 @@ struct SChoice {
     T value;
 };
 
-constexpr SChoice<SOptions::EOnError> ON_ERROR[] = {{"stop", SOptions::OE_STOP}, {"skip", SOptions::OE_SKIP}};
-constexpr SChoice<SLineEnd> LINE_ENDS[] = {{"crlf", {SCDataAccessDefine::CR_CODE, SCDataAccessDefine::LF_CODE}},
-                                           {"lf", {SCDataAccessDefine::LF_CODE, 0}},
-                                           {"cr", {SCDataAccessDefine::CR_CODE, 0}}};
-constexpr SChoice<bool> NUMBERS[] = {{"15", false}, {"full", true}};
+constexpr SChoice<SOptions::EOnError> onErrors[] = {{"stop", SOptions::EOnError::Stop},
+                                                    {"skip", SOptions::EOnError::Skip}};
+constexpr SChoice<SLineEnd> lineEnds[] = {{"crlf", {SCDataAccessDefine::CR_CODE, SCDataAccessDefine::LF_CODE}},
+                                          {"lf", {SCDataAccessDefine::LF_CODE, 0}},
+                                          {"cr", {SCDataAccessDefine::CR_CODE, 0}}};
+constexpr SChoice<bool> numbers[] = {{"15", false}, {"full", true}};
 /// The parser puts the option's name before the message.
 [[noreturn]] void Refuse(const char* option, const std::string& value, const std::string& allowed) {
     throw CLI::ValidationError(option, "\"" + value + "\" cannot be used; allowed: " + allowed);
@@ -82,26 +83,26 @@ public:
         m_app.set_version_flag("--version", "tqc " TQC_VERSION);
         m_app.get_formatter()->column_width(33);
         m_app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-        m_app.footer(SCHelpText::EXAMPLES);
+        m_app.footer(SCHelpText::examples);
         m_app.require_subcommand(0, 1);
-        m_pFiles = AddFiles(m_app, "the files to read; - is standard input, which needs --type");
+        m_files = AddFiles(m_app, "the files to read; - is standard input, which needs --type");
         AddSourceOptions();
         AddRowOptions();
         AddOutputOptions();
         AddConvertOptions();
         m_app.option_defaults()->group("Options");
-        AddCommand(SOptions::CMD_CONVERT, "convert", "Writes files as CSV.", SCHelpText::CONVERT);
+        AddCommand(SOptions::ECommand::Convert, "convert", "Writes files as CSV.", SCHelpText::convert);
         CLI::App* const info =
-            AddCommand(SOptions::CMD_INFO, "info", "Shows a file's type, size, update time and character set.",
-                       SCHelpText::INFO);
-        AddCommand(SOptions::CMD_PREVIEW, "preview", "Shows a file's first rows; fixed-length text under a ruler.",
-                   SCHelpText::PREVIEW);
+            AddCommand(SOptions::ECommand::Info, "info", "Shows a file's type, size, update time and character set.",
+                       SCHelpText::info);
+        AddCommand(SOptions::ECommand::Preview, "preview",
+                   "Shows a file's first rows; fixed-length text under a ruler.", SCHelpText::preview);
         CLI::App* const list =
-            AddCommand(SOptions::CMD_LIST, "list",
-                       "Lists a workbook's sheets or a database's tables: name, rows, columns.", SCHelpText::LIST);
+            AddCommand(SOptions::ECommand::List, "list",
+                       "Lists a workbook's sheets or a database's tables: name, rows, columns.", SCHelpText::list);
         for (CLI::App* const command : {info, list})
-            command->add_flag("--json", m_options.bJson, "as JSON in UTF-8");
-        list->add_flag("--names", m_options.bNamesOnly, "the names alone, for completion")->group("");
+            command->add_flag("--json", m_options.json, "as JSON in UTF-8");
+        list->add_flag("--names", m_options.namesOnly, "the names alone, for completion")->group("");
     }
 
     bool Parse(int argc, const char* const* argv) {
@@ -111,13 +112,13 @@ public:
             if (error.get_exit_code() == 0) {
                 m_app.exit(error);
                 if (!std::cout.flush())
-                    throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
+                    throw CFailure(EExitStatus::OutputFailed, "standard output", SCErrorText::OfSystem(errno));
                 return false;
             }
-            throw CFailure(ES_USAGE, std::string(error.what()) + "; see: tqc --help");
+            throw CFailure(EExitStatus::Usage, std::string(error.what()) + "; see: tqc --help");
         }
         if (m_options.files.empty())
-            throw CFailure(ES_USAGE, "no file given; see: tqc --help");
+            throw CFailure(EExitStatus::Usage, "no file given; see: tqc --help");
         CheckFiles();
         CheckOutputs();
         CheckTogether();
@@ -129,14 +130,14 @@ private:
         return app.add_option("FILE", m_options.files, help)->type_name("");
     }
 
-    CLI::App* AddCommand(SOptions::ECommand eCommand, const char* name, const char* description, const char* footer) {
-        CLI::App* const command = m_app.add_subcommand(name, description);
-        AddFiles(*command, eCommand == SOptions::CMD_CONVERT ? "the files to read" : "the file to look at");
-        command->parse_complete_callback([this, eCommand] { m_options.eCommand = eCommand; });
-        command->group("Commands (convert when none is given)");
-        command->footer(footer);
-        command->fallthrough();
-        return command;
+    CLI::App* AddCommand(SOptions::ECommand command, const char* name, const char* description, const char* footer) {
+        CLI::App* const app = m_app.add_subcommand(name, description);
+        AddFiles(*app, command == SOptions::ECommand::Convert ? "the files to read" : "the file to look at");
+        app->parse_complete_callback([this, command] { m_options.command = command; });
+        app->group("Commands (convert when none is given)");
+        app->footer(footer);
+        app->fallthrough();
+        return app;
     }
 
     /// `take(option, value)` checks the value and stores it.
@@ -149,9 +150,9 @@ private:
     }
 
     void AddNumber(const char* option, DWORD& target, const std::string& help) {
-        Add(option, "N", help + ", 1 to " + std::to_string(LIMIT_MAX),
+        Add(option, "N", help + ", 1 to " + std::to_string(maxLength),
             [&target](const char* name, const auto& value) {
-                target = ParseNumber<DWORD>(name, value, 1, LIMIT_MAX);
+                target = ParseNumber<DWORD>(name, value, 1, maxLength);
             });
     }
 
@@ -171,14 +172,14 @@ private:
         Add("--separator", "CHAR", "the field separator: one character, \\t or tab",
             [this](const char* name, const auto& value) { m_options.separator = ParseSeparator(name, value); });
         Add("--eol", "EOL", "the line end of the file: crlf, lf or cr", [this](const char* name, const auto& value) {
-            m_options.lineEnd = Choose<SLineEnd>(name, value, LINE_ENDS);
+            m_options.lineEnd = Choose<SLineEnd>(name, value, lineEnds);
         });
         Add("--encoding", "SET", "of the text read: auto, ansi (the code page), utf-8 or a page such as shift_jis",
             [this](const char* name, const auto& value) { TakeEncoding(name, value); });
         Add("--code-page", "PAGE", "the code page of input and output, instead of the locale's, such as 932 or utf-8",
             [this](const char* name, const auto& value) {
-                m_options.uCodePage = ParsePage(name, value);
-                m_options.bEncodingGiven = true;
+                m_options.codePage = ParsePage(name, value);
+                m_options.isEncodingGiven = true;
             });
         Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
@@ -186,18 +187,18 @@ private:
             [this](const char* name, const auto& value) {
                 if (value.empty())
                     Refuse(name, value, "a name, or a number from 1");
-                m_options.strSheet = value;
+                m_options.sheet = value;
             });
-        m_app.add_flag("--header", m_options.bHeader,
+        m_app.add_flag("--header", m_options.header,
                        "write the column names first: the first row, or those of a database's table");
-        m_app.add_option("--password-file", m_options.strPassWordFile, "the password is the first line of FILE")
+        m_app.add_option("--password-file", m_options.passwordFile, "the password is the first line of FILE")
             ->type_name("FILE");
         Add("--password-fd", "N", "the password is the first line read from descriptor N",
             [this](const char* name, const auto& value) {
-                m_options.iPassWordDescriptor = ParseNumber<int>(name, value, 0, 1'000'000);
+                m_options.passwordDescriptor = ParseNumber<int>(name, value, 0, 1'000'000);
             });
         m_app.add_flag_callback(
-            "--no-quote-newline", [this] { m_options.bQuoteNewLine = false; },
+            "--no-quote-newline", [this] { m_options.quoteNewLine = false; },
             "a line end inside quotes of delimited text ends the row");
         // Scripts may still ask for what is the default now.
         m_app.add_flag_callback("--quote-newline", [] {})->group("");
@@ -213,15 +214,15 @@ private:
     void TakeEncoding(const char* name, const std::string& value) {
         if (value == "auto")
             return;
-        m_options.bEncodingGiven = true;
-        m_options.eCharSet = CSourceDataInfo::RCS_ANSI;
+        m_options.isEncodingGiven = true;
+        m_options.charSet = CSourceDataInfo::RCS_ANSI;
         if (value == "ansi")
             return;
         const auto page = SCCodePageNames::Find(value);
         if (!page)
             Refuse(name, value, "auto, ansi, " + SCCodePageNames::Allowed());
         if (*page == Platform::CP_UTF8) {
-            m_options.eCharSet = CSourceDataInfo::RCS_UTF8;
+            m_options.charSet = CSourceDataInfo::RCS_UTF8;
             return;
         }
         m_encodingPage = page;
@@ -235,70 +236,71 @@ private:
             start = comma + 1;
         }
         const std::uint64_t size = CFixSourceReader::LayoutSize(m_options.widths);
-        if (size > CFixSourceReader::LAYOUT_MAX)
+        if (size > CFixSourceReader::maxLayout)
             Refuse(name, value.size() > shownMax ? value.substr(0, shownMax) + "..." : value,
                    "widths that come, with 1 more for each column, to at most " +
-                       std::to_string(CFixSourceReader::LAYOUT_MAX) + "; these come to " + std::to_string(size));
+                       std::to_string(CFixSourceReader::maxLayout) + "; these come to " + std::to_string(size));
     }
 
     /// What only the options together tell. Throws CFailure.
     void CheckTogether() {
-        if (m_options.bFormulaGuard)
-            m_options.dwMaxFieldSize = std::min(m_options.dwMaxFieldSize, CFormulaGuard::FIELD_LENGTH_MAX);
-        m_options.uOutputCodePage = m_outputPage.value_or(m_options.uCodePage);
-        m_options.uCodePage = m_encodingPage.value_or(m_options.uCodePage);
-        if (m_options.bAddMark && m_options.uOutputCodePage != Platform::CP_UTF8)
-            throw CFailure(ES_USAGE, "--add-bom is for UTF-8 output; add --output-encoding utf-8");
-        if (m_options.bStrict && m_bReplace)
-            throw CFailure(ES_USAGE, "--strict and --replace exclude each other");
+        if (m_options.formulaGuard)
+            m_options.maxFieldSize = std::min(m_options.maxFieldSize, CFormulaGuard::maxFieldLength);
+        m_options.outputCodePage = m_outputPage.value_or(m_options.codePage);
+        m_options.codePage = m_encodingPage.value_or(m_options.codePage);
+        if (m_options.addMark && m_options.outputCodePage != Platform::CP_UTF8)
+            throw CFailure(EExitStatus::Usage, "--add-bom is for UTF-8 output; add --output-encoding utf-8");
+        if (m_options.strict && m_isReplaceGiven)
+            throw CFailure(EExitStatus::Usage, "--strict and --replace exclude each other");
         if (m_options.widths.empty())
             return;
         if (m_options.type && m_options.type != SCDeclareConstant::SFT_FIX)
-            throw CFailure(ES_USAGE, "--widths is for fixed-length text; leave out --type or give --type fix");
+            throw CFailure(EExitStatus::Usage,
+                           "--widths is for fixed-length text; leave out --type or give --type fix");
         m_options.type = SCDeclareConstant::SFT_FIX;
     }
 
     void AddRowOptions() {
         m_app.option_defaults()->group("Rows");
-        AddNumber("--max-fields", m_options.dwMaxFields, "the most fields kept of a row");
-        AddNumber("--max-line-size", m_options.dwMaxLineSize, "rows of that many bytes are left out");
-        AddNumber("--max-field-size", m_options.dwMaxFieldSize, "the most bytes kept of a field");
-        AddCount("--skip", m_options.ullSkip, "leave out the first N rows");
-        AddCount("--limit", m_options.ullLimit, "stop after N rows");
+        AddNumber("--max-fields", m_options.maxFields, "the most fields kept of a row");
+        AddNumber("--max-line-size", m_options.maxLineSize, "rows of that many bytes are left out");
+        AddNumber("--max-field-size", m_options.maxFieldSize, "the most bytes kept of a field");
+        AddCount("--skip", m_options.skip, "leave out the first N rows");
+        AddCount("--limit", m_options.limit, "stop after N rows");
     }
 
     void AddOutputOptions() {
         m_app.option_defaults()->group("Output");
-        Add("--output-separator", "CHAR", "the separator to write (,)", [this](const char* name, const auto& value) {
-            m_options.cOutputSeparator = ParseSeparator(name, value);
-        });
+        Add("--output-separator", "CHAR", "the separator to write (,)",
+            [this](const char* name, const auto& value) { m_options.outputSeparator = ParseSeparator(name, value); });
         Add("--output-eol", "EOL", "the line end to write (crlf)", [this](const char* name, const auto& value) {
-            m_options.outputLineEnd = Choose<SLineEnd>(name, value, LINE_ENDS);
+            m_options.outputLineEnd = Choose<SLineEnd>(name, value, lineEnds);
         });
         Add("--output-encoding", "PAGE", "the encoding to write, such as utf-8 or shift_jis (the code page)",
             [this](const char* name, const auto& value) { m_outputPage = ParsePage(name, value); });
-        m_app.add_flag("--add-bom", m_options.bAddMark, "write the mark EF BB BF before UTF-8 output");
-        m_app.add_flag("--formula-guard", m_options.bFormulaGuard,
+        m_app.add_flag("--add-bom", m_options.addMark, "write the mark EF BB BF before UTF-8 output");
+        m_app.add_flag("--formula-guard", m_options.formulaGuard,
                        "write ' before fields that a spreadsheet takes for formulas; numbers stay; changes the data");
         Add("--numbers", "DIGITS", "of workbooks and databases: 15 digits (the default), or full: all that they have",
             [this](const char* name, const auto& value) {
-                m_options.bFullNumbers = Choose<bool>(name, value, NUMBERS);
+                m_options.fullNumbers = Choose<bool>(name, value, numbers);
             });
-        m_app.add_flag("--quiet", m_options.bQuiet, "only errors: no progress and no reports of rows");
+        m_app.add_flag("--quiet", m_options.quiet, "only errors: no progress and no reports of rows");
     }
 
     void AddConvertOptions() {
         m_app.option_defaults()->group("Output");
-        AddPath("-o,--output", "OUT.csv", m_options.strOutput, "the file to write; standard output without it");
-        AddPath("--out-dir", "DIR", m_options.strOutputFolder, "write each FILE to its own file in DIR, with .csv");
+        AddPath("-o,--output", "OUT.csv", m_options.output, "the file to write; standard output without it");
+        AddPath("--out-dir", "DIR", m_options.outputFolder, "write each FILE to its own file in DIR, with .csv");
         m_app.option_defaults()->group("Rows that cannot be taken whole");
         Add("--on-error", "HOW", "stop at the first of them, or skip them; without it they are cut and written",
             [this](const char* name, const auto& value) {
-                m_options.eOnError = Choose<SOptions::EOnError>(name, value, ON_ERROR);
+                m_options.onError = Choose<SOptions::EOnError>(name, value, onErrors);
             });
-        AddPath("--rejects", "FILE", m_options.strRejects, "keep skipped rows in FILE; implies --on-error skip");
-        m_app.add_flag("--strict", m_options.bStrict, "rows with a character that the output does not have as well");
-        m_app.add_flag("--replace", m_bReplace, "replace such characters and report their rows (as without it)");
+        AddPath("--rejects", "FILE", m_options.rejects, "keep skipped rows in FILE; implies --on-error skip");
+        m_app.add_flag("--strict", m_options.strict, "rows with a character that the output does not have as well");
+        m_app.add_flag("--replace", m_isReplaceGiven,
+                       "replace such characters and report their rows (as without it)");
     }
 
     void AddPath(const char* option, const char* type, std::string& target, const std::string& help) {
@@ -311,51 +313,52 @@ private:
 
     /// Throws CFailure.
     void CheckFiles() const {
-        if (!m_app.get_subcommands().empty() && m_pFiles->count() > 0)
-            throw CFailure(ES_USAGE, "a command stands before the files: tqc " +
-                                         m_app.get_subcommands()[0]->get_name() + " " + m_options.files[0]);
-        if (m_options.eCommand != SOptions::CMD_CONVERT && m_options.files.size() > 1)
-            throw CFailure(ES_USAGE, m_options.files[1], "one file at a time, please");
+        if (!m_app.get_subcommands().empty() && m_files->count() > 0)
+            throw CFailure(EExitStatus::Usage, "a command stands before the files: tqc " +
+                                                   m_app.get_subcommands()[0]->get_name() + " " + m_options.files[0]);
+        if (m_options.command != SOptions::ECommand::Convert && m_options.files.size() > 1)
+            throw CFailure(EExitStatus::Usage, m_options.files[1], "one file at a time, please");
         const auto inputs = std::count(m_options.files.begin(), m_options.files.end(), "-");
         if (inputs > 1)
-            throw CFailure(ES_USAGE, "-", "standard input can be read only once");
-        if (inputs > 0 && m_options.iPassWordDescriptor == 0)
-            throw CFailure(ES_USAGE, "-", "standard input cannot hold the password as well; use --password-file");
+            throw CFailure(EExitStatus::Usage, "-", "standard input can be read only once");
+        if (inputs > 0 && m_options.passwordDescriptor == 0)
+            throw CFailure(EExitStatus::Usage, "-",
+                           "standard input cannot hold the password as well; use --password-file");
     }
 
     /// Throws CFailure.
     void CheckOutputs() {
-        if (m_options.eCommand != SOptions::CMD_CONVERT &&
-            !(m_options.strOutput + m_options.strOutputFolder + m_options.strRejects).empty())
-            throw CFailure(ES_USAGE,
+        if (m_options.command != SOptions::ECommand::Convert &&
+            !(m_options.output + m_options.outputFolder + m_options.rejects).empty())
+            throw CFailure(EExitStatus::Usage,
                            m_app.get_subcommands()[0]->get_name() +
                                " shows on standard output; --output, --out-dir and --rejects are for convert");
-        if (!m_options.strOutput.empty() && !m_options.strOutputFolder.empty())
-            throw CFailure(ES_USAGE, "--output and --out-dir exclude each other");
-        if (m_options.strRejects.empty())
+        if (!m_options.output.empty() && !m_options.outputFolder.empty())
+            throw CFailure(EExitStatus::Usage, "--output and --out-dir exclude each other");
+        if (m_options.rejects.empty())
             return;
-        if (m_options.eOnError == SOptions::OE_STOP)
-            throw CFailure(ES_USAGE, "--rejects is for --on-error skip");
-        if (COutputTarget::IsStandardOutputName(m_options.strRejects) &&
-            COutputTarget::IsStandardOutputName(m_options.strOutput) && m_options.strOutputFolder.empty())
-            throw CFailure(ES_USAGE, "--rejects and the output cannot both be standard output");
-        m_options.eOnError = SOptions::OE_SKIP;
+        if (m_options.onError == SOptions::EOnError::Stop)
+            throw CFailure(EExitStatus::Usage, "--rejects is for --on-error skip");
+        if (COutputTarget::IsStandardOutputName(m_options.rejects) &&
+            COutputTarget::IsStandardOutputName(m_options.output) && m_options.outputFolder.empty())
+            throw CFailure(EExitStatus::Usage, "--rejects and the output cannot both be standard output");
+        m_options.onError = SOptions::EOnError::Skip;
     }
 
     SOptions& m_options;
-    CLI::App m_app{SCHelpText::DESCRIPTION};
-    CLI::Option* m_pFiles = nullptr; ///< given without a command
+    CLI::App m_app{SCHelpText::description};
+    CLI::Option* m_files = nullptr; ///< given without a command
     // Where one of these is not given, --code-page or the locale tells.
     std::optional<unsigned> m_encodingPage;
     std::optional<unsigned> m_outputPage;
-    bool m_bReplace = false;
+    bool m_isReplaceGiven = false;
 };
 
 } // namespace
 
 std::optional<SOptions> SCCommandLine::Parse(int argc, const char* const* argv) {
     SOptions options;
-    options.uCodePage = SCCodePageNames::OfLocale();
+    options.codePage = SCCodePageNames::OfLocale();
     CParser parser(options);
     if (!parser.Parse(argc, argv))
         return std::nullopt;

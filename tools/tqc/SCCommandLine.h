@@ -9,7 +9,7 @@ namespace NSTQ::Tool {
 
 class SCCommandLine {
 public:
-    /// Empty when the help or the version was asked for and has been shown. Throws CFailure with ES_USAGE.
+    /// Empty when the help or the version was asked for and has been shown. Throws CFailure with EExitStatus::Usage.
     static std::optional<SOptions> Parse(int argc, const char* const* argv);
 };
 

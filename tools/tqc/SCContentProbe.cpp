@@ -17,8 +17,8 @@ namespace {
 using namespace std::string_view_literals;
 using EType = SCDeclareConstant::ESourceFileType;
 
-constexpr std::string_view ZIP_MARK = "PK\x03\x04"sv;
-constexpr std::string_view COMPOUND_MARK = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv;
+constexpr std::string_view zipMark = "PK\x03\x04"sv;
+constexpr std::string_view compoundMark = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv;
 
 /// What there is of `size` bytes at the offset.
 std::string ReadAt(int descriptor, std::uint64_t offset, std::size_t size) {
@@ -138,29 +138,29 @@ struct SOther {
     std::string_view mark;
     const char* what;
 };
-constexpr const char* IMAGE = "an image";
-constexpr const char* COMPRESSED = "compressed data, which has to be unpacked first";
-constexpr SOther OTHERS[] = {
-    {0, ZIP_MARK, "a zip archive in which no workbook (xlsx) and no data of a package (xtqf) was found"},
+constexpr const char* image = "an image";
+constexpr const char* compressed = "compressed data, which has to be unpacked first";
+constexpr SOther others[] = {
+    {0, zipMark, "a zip archive in which no workbook (xlsx) and no data of a package (xtqf) was found"},
     {0, "PK\x05\x06"sv, "an empty zip archive"},
-    {0, COMPOUND_MARK, "a workbook (xls) or another compound file"},
+    {0, compoundMark, "a workbook (xls) or another compound file"},
     {0, "%PDF-"sv, "a PDF document"},
-    {0, "\x89PNG\r\n"sv, IMAGE},
-    {0, "\xFF\xD8\xFF"sv, IMAGE},
-    {0, "GIF87a"sv, IMAGE},
-    {0, "GIF89a"sv, IMAGE},
-    {0, "II*\0"sv, IMAGE},
-    {0, "MM\0*"sv, IMAGE},
-    {8, "WEBPVP8"sv, IMAGE},
-    {0, "\x1F\x8B"sv, COMPRESSED},
-    {4, "1AY&SY"sv, COMPRESSED},
+    {0, "\x89PNG\r\n"sv, image},
+    {0, "\xFF\xD8\xFF"sv, image},
+    {0, "GIF87a"sv, image},
+    {0, "GIF89a"sv, image},
+    {0, "II*\0"sv, image},
+    {0, "MM\0*"sv, image},
+    {8, "WEBPVP8"sv, image},
+    {0, "\x1F\x8B"sv, compressed},
+    {4, "1AY&SY"sv, compressed},
     {0,
      "\xFD"
      "7zXZ\0"sv,
-     COMPRESSED},
-    {0, "\x28\xB5\x2F\xFD"sv, COMPRESSED},
-    {0, "7z\xBC\xAF\x27\x1C"sv, COMPRESSED},
-    {0, "Rar!\x1A\x07"sv, COMPRESSED},
+     compressed},
+    {0, "\x28\xB5\x2F\xFD"sv, compressed},
+    {0, "7z\xBC\xAF\x27\x1C"sv, compressed},
+    {0, "Rar!\x1A\x07"sv, compressed},
 };
 
 /// "LE" or "BE" when the text has the NULs that ASCII has in UTF-16, else empty.
@@ -179,9 +179,9 @@ std::optional<EType> SCContentProbe::FindType(int descriptor, const CFileHead& h
     constexpr std::size_t compoundHeaderSize = 512;
     const std::string_view bytes = head.Bytes();
     EType type = SCDeclareConstant::SFT_UNKNOWN;
-    if (bytes.starts_with(ZIP_MARK))
+    if (bytes.starts_with(zipMark))
         type = FindTypeOfZip(descriptor, static_cast<std::uint64_t>(head.Size()));
-    else if (bytes.size() >= compoundHeaderSize && bytes.starts_with(COMPOUND_MARK))
+    else if (bytes.size() >= compoundHeaderSize && bytes.starts_with(compoundMark))
         type = FindTypeOfCompoundFile(descriptor, bytes);
     else
         type = FindTypeByMark(bytes);
@@ -189,16 +189,16 @@ std::optional<EType> SCContentProbe::FindType(int descriptor, const CFileHead& h
 }
 
 std::string SCContentProbe::DescribeOther(std::string_view file, std::string_view head, bool isSearched) {
-    if (!isSearched && head.starts_with(ZIP_MARK))
+    if (!isSearched && head.starts_with(zipMark))
         return "seems to be a zip archive, such as a workbook or package; give --type xlsx or --type xtqf";
-    if (!isSearched && head.starts_with(COMPOUND_MARK))
+    if (!isSearched && head.starts_with(compoundMark))
         return "seems to be a workbook; give --type xls, or --type xlsx for an encrypted one";
     const std::string byForce = "; give --type csv (or tsv, fix) to read it as text";
     if (const EType type = FindTypeByMark(head); type != SCDeclareConstant::SFT_UNKNOWN)
         return "seems to be a workbook or database; give --type " + SCTypeNames::Of(type);
-    if (head.starts_with(ZIP_MARK) && ComparableName(file).ends_with(".accdt"))
+    if (head.starts_with(zipMark) && ComparableName(file).ends_with(".accdt"))
         return "a template for databases, which has no tables; create a database from it and give that";
-    for (const SOther& other : OTHERS)
+    for (const SOther& other : others)
         if (head.substr(std::min(other.at, head.size())).starts_with(other.mark))
             return "seems to be " + std::string(other.what) + byForce;
     if (head.find('\0') == std::string_view::npos || SCTextProbe::HasUtf16Mark(head))
@@ -210,7 +210,7 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
 
 void SCContentProbe::RefuseUtf16(const std::string& name, std::string_view head) {
     if (SCTextProbe::HasUtf16Mark(head))
-        throw CFailure(ES_UNSUPPORTED, name, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
+        throw CFailure(EExitStatus::Unsupported, name, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
 }
 
 } // namespace NSTQ::Tool

@@ -26,14 +26,14 @@ namespace {
 /// Rows that a terminal shows would be mixed with it, and so would be what another program shows that reads them.
 bool IsProgressWanted(const SOptions& options) {
     struct stat status {};
-    const bool isShown = options.strOutputFolder.empty() && COutputTarget::IsStandardOutputName(options.strOutput) &&
+    const bool isShown = options.outputFolder.empty() && COutputTarget::IsStandardOutputName(options.output) &&
                          ::fstat(STDOUT_FILENO, &status) == 0 && !S_ISREG(status.st_mode);
-    return SCTerminal::IsLively(STDERR_FILENO) && !options.bQuiet && !isShown;
+    return SCTerminal::IsLively(STDERR_FILENO) && !options.quiet && !isShown;
 }
 
 /// What the outputs share.
 struct SShared {
-    CRejectFile* pRejects; ///< may be null
+    CRejectFile* rejects; ///< may be null
     CProgressBar& bar;
 };
 
@@ -41,7 +41,7 @@ struct SShared {
 class COneOutput {
 public:
     COneOutput(const SOptions& options, std::string name, const SShared& shared)
-        : m_options(options), m_strName(std::move(name)), m_pRejects(shared.pRejects), m_bar(shared.bar) {}
+        : m_options(options), m_name(std::move(name)), m_rejects(shared.rejects), m_bar(shared.bar) {}
 
     /// False when nobody reads the output any more.
     bool Append(const std::string& file) {
@@ -59,12 +59,12 @@ public:
         if (!m_output)
             return;
         m_output->Close();
-        if (m_pRejects != nullptr)
-            m_pRejects->Place();
+        if (m_rejects != nullptr)
+            m_rejects->Place();
         m_output->Replace();
     }
 
-    bool HasLostRows() const { return m_bLostRows; }
+    bool HasLostRows() const { return m_hasLostRows; }
 
 private:
     bool AppendInput(const CInputFile& input) {
@@ -72,62 +72,62 @@ private:
         const auto reader = source->OpenReader();
         // Only now, so that a file that cannot be read leaves a device or pipe alone.
         if (!m_output)
-            m_output.emplace(m_options, m_strName);
+            m_output.emplace(m_options, m_name);
         if (m_output->IsStandardOutput() && input.Head().IsFileOf(STDOUT_FILENO))
-            throw CFailure(ES_USAGE, input.Name(), "standard output is this very file; use -o");
-        if (m_pRejects != nullptr)
-            m_pRejects->SetSource(input.Name(), source->Text());
-        CReporter reporter(input.Name(), m_options.bQuiet, m_bar);
+            throw CFailure(EExitStatus::Usage, input.Name(), "standard output is this very file; use -o");
+        if (m_rejects != nullptr)
+            m_rejects->SetSource(input.Name(), source->Text());
+        CReporter reporter(input.Name(), m_options.quiet, m_bar);
         if (source->Text() != nullptr)
             reporter.Note(source->Text()->DescribeInvalidText());
-        CRowPump pump(m_options, *reader, {*m_output, m_pRejects, m_columns}, reporter);
+        CRowPump pump(m_options, *reader, {*m_output, m_rejects, m_columns}, reporter);
         const bool goOn = WriteNames(*source, pump) && pump.Run();
         reporter.Finish();
-        m_bLostRows = m_bLostRows || reporter.HasLostRows();
+        m_hasLostRows = m_hasLostRows || reporter.HasLostRows();
         return goOn;
     }
 
     /// False when nobody reads the output any more.
     bool WriteNames(const ISource& source, CRowPump& pump) const {
-        if (!m_options.bHeader)
+        if (!m_options.header)
             return true;
         const auto* const names = source.ColumnNames();
         return names != nullptr ? pump.WriteNames(*names) : pump.WriteFirstRowAsNames();
     }
 
     const SOptions& m_options;
-    std::string m_strName;
-    CRejectFile* m_pRejects;
+    std::string m_name;
+    CRejectFile* m_rejects;
     CProgressBar& m_bar;
     CColumns m_columns;
     std::optional<COutputFile> m_output;
-    bool m_bLostRows = false;
+    bool m_hasLostRows = false;
 };
 
 EExitStatus IntoOne(const SOptions& options, const SShared& shared) {
     if (options.files.size() > 1)
         SCTargets::CheckInputs(options);
-    COneOutput output(options, options.strOutput, shared);
+    COneOutput output(options, options.output, shared);
     for (const std::string& file : options.files)
         if (!output.Append(file))
             break;
     output.Finish();
-    return output.HasLostRows() ? ES_ROWS_LOST : ES_OK;
+    return output.HasLostRows() ? EExitStatus::RowsLost : EExitStatus::Ok;
 }
 
 EExitStatus IntoFolder(const SOptions& options, const std::vector<std::string>& targets, const SShared& shared) {
-    EExitStatus status = ES_OK;
+    EExitStatus status = EExitStatus::Ok;
     const auto note = [&status](EExitStatus other) {
-        status = status == ES_OK || status == ES_ROWS_LOST ? std::max(status, other) : status;
+        status = status == EExitStatus::Ok || status == EExitStatus::RowsLost ? std::max(status, other) : status;
     };
     for (std::size_t i = 0; i < targets.size(); ++i) {
         try {
             COneOutput output(options, targets[i], shared);
             output.Append(options.files[i]);
             output.Finish();
-            note(output.HasLostRows() ? ES_ROWS_LOST : ES_OK);
+            note(output.HasLostRows() ? EExitStatus::RowsLost : EExitStatus::Ok);
         } catch (const CFailure& failure) {
-            if (failure.Status() == ES_OUTPUT_FAILED)
+            if (failure.Status() == EExitStatus::OutputFailed)
                 throw;
             shared.bar.Clear();
             CReporter::Print(failure.what());
@@ -141,20 +141,20 @@ void MakeFolder(const std::string& path) {
     std::error_code error;
     std::filesystem::create_directories(path, error);
     if (error)
-        throw CFailure(ES_OUTPUT_FAILED, path, error.message());
+        throw CFailure(EExitStatus::OutputFailed, path, error.message());
 }
 
 } // namespace
 
 EExitStatus SCConvert::Run(const SOptions& options) {
-    const bool isFolder = !options.strOutputFolder.empty();
-    const auto targets = isFolder ? SCTargets::InFolder(options) : std::vector<std::string>{options.strOutput};
+    const bool isFolder = !options.outputFolder.empty();
+    const auto targets = isFolder ? SCTargets::InFolder(options) : std::vector<std::string>{options.output};
     SCTargets::Check(options, targets);
     if (isFolder)
-        MakeFolder(options.strOutputFolder);
+        MakeFolder(options.outputFolder);
     std::unique_ptr<CRejectFile> rejects;
-    if (!options.strRejects.empty())
-        rejects = std::make_unique<CRejectFile>(options.strRejects, options.bFormulaGuard);
+    if (!options.rejects.empty())
+        rejects = std::make_unique<CRejectFile>(options.rejects, options.formulaGuard);
     CProgressBar bar(IsProgressWanted(options), options.files);
     const SShared shared{rejects.get(), bar};
     return isFolder ? IntoFolder(options, targets, shared) : IntoOne(options, shared);

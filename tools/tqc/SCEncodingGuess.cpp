@@ -23,7 +23,7 @@ struct SPage {
 };
 /// Kana and kanji of level 1; hangul; hanzi of level 1; the same of Big5. Hangul have the codes of hanzi: whatever is
 /// as good by the first of two pages is in that one.
-constexpr SPage PAGES[] = {{932, 0xA0, 0xDF, {{0x829F, 0x8396, 0x40}, {0x889F, 0x9872, 0x40}}},
+constexpr SPage pages[] = {{932, 0xA0, 0xDF, {{0x829F, 0x8396, 0x40}, {0x889F, 0x9872, 0x40}}},
                            {949, 0x80, 0x80, {{0xB0A1, 0xC8FE, 0xA1}, {}}},
                            {936, 0x80, 0x80, {{0xB0A1, 0xD7F9, 0xA1}, {}}},
                            {950, 0x80, 0x80, {{0xA440, 0xC67E, 0x40}, {}}}};
@@ -61,8 +61,8 @@ std::size_t RateText(const SPage& page, std::string_view text) {
 struct SHighBytes {
     std::size_t count = 0;
     std::size_t runs = 0;
-    bool bOddRuns = false;
-    bool bKana = true; ///< all are half-width kana in page 932
+    bool hasOddRuns = false;
+    bool isKana = true; ///< all are half-width kana in page 932
 };
 
 SHighBytes CountHighBytes(std::string_view text) {
@@ -75,9 +75,9 @@ SHighBytes CountHighBytes(std::string_view text) {
         at = std::find_if_not(begin, text.end(), isHigh);
         ++bytes.runs;
         bytes.count += static_cast<std::size_t>(at - begin);
-        bytes.bOddRuns = bytes.bOddRuns || (at - begin) % 2 != 0;
-        bytes.bKana =
-            bytes.bKana && std::all_of(begin, at, [](char c) { return ByteOf(c) > 0xA0 && ByteOf(c) < 0xE0; });
+        bytes.hasOddRuns = bytes.hasOddRuns || (at - begin) % 2 != 0;
+        bytes.isKana =
+            bytes.isKana && std::all_of(begin, at, [](char c) { return ByteOf(c) > 0xA0 && ByteOf(c) < 0xE0; });
     }
 }
 
@@ -96,15 +96,15 @@ unsigned SCEncodingGuess::GuessCodePage(std::string_view text) {
     constexpr std::size_t rateLowest = 50;
     const SHighBytes bytes = CountHighBytes(text);
     // Kana of one byte need no pairs, unlike the codes of other pages that are made of the same bytes.
-    if (bytes.bKana && bytes.bOddRuns && bytes.count > bytes.runs * 2)
+    if (bytes.isKana && bytes.hasOddRuns && bytes.count > bytes.runs * 2)
         return 932;
     unsigned best = 0;
     std::size_t bestRate = rateLowest - 1;
     // In pages other than Big5 second bytes of everyday characters are above 7F, as in Japanese EUC, which is no page
     // here and looks like Big5 otherwise.
     constexpr std::size_t fewBytes = 16;
-    const bool bMayBeBig5 = bytes.bOddRuns || bytes.count < fewBytes;
-    for (const SPage& page : std::span(PAGES).first(bMayBeBig5 ? 4 : 3))
+    const bool mayBeBig5 = bytes.hasOddRuns || bytes.count < fewBytes;
+    for (const SPage& page : std::span(pages).first(mayBeBig5 ? 4 : 3))
         if (const std::size_t rate = RateText(page, text); rate > bestRate) {
             best = page.codePage;
             bestRate = rate;

@@ -10,7 +10,7 @@ struct SErrorText {
     const char* text;
 };
 
-constexpr SErrorText ERROR_TEXTS[] = {
+constexpr SErrorText errorTexts[] = {
     {2, "no such file"},
     {3, "no such folder"},
     {5, "access denied"},
@@ -19,7 +19,7 @@ constexpr SErrorText ERROR_TEXTS[] = {
     {32, "another program holds it"},
     {38, "the file became shorter while it was read; try again"},
     {50, "not a file that can be read"},
-    {SCErrorText::CODE_BROKEN_PIPE, "its reader went away"},
+    {SCErrorText::brokenPipe, "its reader went away"},
     {112, "no space left on the device"},
     {206, "the name is too long"},
     {1117, "the device failed"},
@@ -28,7 +28,7 @@ constexpr SErrorText ERROR_TEXTS[] = {
 } // namespace
 
 std::string SCErrorText::OfLibrary(DWORD code) {
-    for (const SErrorText& entry : ERROR_TEXTS)
+    for (const SErrorText& entry : errorTexts)
         if (entry.code == code)
             return entry.text;
     return "system error " + std::to_string(code);

@@ -9,7 +9,7 @@ namespace NSTQ::Tool {
 
 class SCErrorText {
 public:
-    static constexpr DWORD CODE_BROKEN_PIPE = 109;
+    static constexpr DWORD brokenPipe = 109;
 
     static std::string OfLibrary(DWORD code);
     /// `error` is an errno value.

@@ -5,9 +5,9 @@ namespace NSTQ::Tool {
 
 class SCHelpText {
 public:
-    static constexpr const char* DESCRIPTION = "Reads a table from a file and writes it as CSV.";
+    static constexpr const char* description = "Reads a table from a file and writes it as CSV.";
 
-    static constexpr const char* EXAMPLES = R"(Examples:
+    static constexpr const char* examples = R"(Examples:
   tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only when all went well
   tqc sales.txt | head               write to standard output
   tqc data.log --separator ';'       any text file whose separator you know
@@ -25,7 +25,7 @@ For more see: tqc convert --help, and of the other commands; and: man tqc
 Exit status: 0 done (also when the reader of a pipe went away), 1 some rows rejected, cut or with replaced characters,
 2 usage, 3 not found or denied, 4 password, 5 unsupported or damaged, 6 limit exceeded, 7 output failed.)";
 
-    static constexpr const char* CONVERT = R"(All options above "Commands" in "tqc --help" apply.
+    static constexpr const char* convert = R"(All options above "Commands" in "tqc --help" apply.
 
 What is found out when it is not told:
   type       from the name's extension; for .txt and unknown ones from the first line: with a TAB tsv, with a comma csv
@@ -59,14 +59,14 @@ Examples:
   tqc convert web.csv --formula-guard -o for-excel.csv   '=1+2 instead of =1+2; the data change
   tqc convert - --type tsv <in.tsv >out.csv)";
 
-    static constexpr const char* INFO = R"(--type, --separator, --eol, --encoding and --code-page have a say in it.
+    static constexpr const char* info = R"(--type, --separator, --eol, --encoding and --code-page have a say in it.
 
 Examples:
   tqc info sales.txt
   tqc info sales.txt --code-page 932
   tqc info sales.txt --json | jq -r .characterSet)";
 
-    static constexpr const char* PREVIEW =
+    static constexpr const char* preview =
         R"(The options that tell how to read a file apply: --type, --separator, --widths, --sheet and others.
 
 Examples:
@@ -74,7 +74,7 @@ Examples:
   tqc preview ledger.txt --widths 3,5,8    the same as its fields
   tqc preview sales.xlsx --sheet Q2)";
 
-    static constexpr const char* LIST = R"(Examples:
+    static constexpr const char* list = R"(Examples:
   tqc list sales.xlsx
   tqc list sales.xlsx --json | jq -r '.tables[].name'
   tqc list orders.accdb --password-file key)";

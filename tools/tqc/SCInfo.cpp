@@ -32,9 +32,9 @@ struct SLineEndName {
 };
 
 SLineEndName NameLineEnd(const SLineEnd& lineEnd) {
-    if (lineEnd.cPost != 0)
+    if (lineEnd.second != 0)
         return {"crlf", "CR LF"};
-    return lineEnd.cPre == SCDataAccessDefine::LF_CODE ? SLineEndName{"lf", "LF"} : SLineEndName{"cr", "CR"};
+    return lineEnd.first == SCDataAccessDefine::LF_CODE ? SLineEndName{"lf", "LF"} : SLineEndName{"cr", "CR"};
 }
 
 /// The listings can be long, and a name may hold anything.
@@ -152,18 +152,18 @@ void SCInfo::List(const SOptions& options, const CInputFile& input) {
     const auto opened = SCSources::Open(options, input);
     CTableSource* const source = opened->Tables();
     if (source == nullptr)
-        throw CFailure(ES_USAGE, input.Name(),
+        throw CFailure(EExitStatus::Usage, input.Name(),
                        "list is for workbooks and databases; " + SCTypeNames::DescribeThis(opened->Type()));
-    if (options.bNamesOnly) {
+    if (options.namesOnly) {
         for (const std::string& name : source->ListNames())
             PutText(SCTerminal::OnOneLine(name) + '\n');
         return;
     }
     const std::vector<CTableSource::STable> tables = source->ListTables();
-    if (options.bJson) {
+    if (options.json) {
         PrintTablesAsJson(input.Name(), *source, tables);
     } else {
-        CRowEncoder encoder(options.uOutputCodePage);
+        CRowEncoder encoder(options.outputCodePage);
         PrintTables(tables, encoder);
     }
     // Only now, so that the damage of one does not hide the others.
@@ -172,7 +172,7 @@ void SCInfo::List(const SOptions& options, const CInputFile& input) {
 
 void SCInfo::Show(const SOptions& options, const CInputFile& input) {
     const auto source = SCSources::Open(options, input);
-    if (options.bJson)
+    if (options.json)
         ShowAsJson(*source, input);
     else
         ShowInWords(*source, input);

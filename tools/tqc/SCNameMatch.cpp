@@ -17,7 +17,7 @@ struct SFolding {
 };
 
 /// Sorted by their last characters.
-constexpr SFolding FOLDINGS[] = {
+constexpr SFolding foldings[] = {
     {0x0041, 0x005A, 1, 32},   {0x00B5, 0x00B5, 1, 775},   {0x00C0, 0x00D6, 1, 32},   {0x00D8, 0x00DE, 1, 32},
     {0x0100, 0x012E, 2, 1},    {0x0132, 0x0136, 2, 1},     {0x0139, 0x0147, 2, 1},    {0x014A, 0x0176, 2, 1},
     {0x0178, 0x0178, 1, -121}, {0x0179, 0x017D, 2, 1},     {0x017F, 0x017F, 1, -268}, {0x0370, 0x0372, 2, 1},
@@ -33,10 +33,10 @@ constexpr SFolding FOLDINGS[] = {
 
 char16_t Fold(char16_t unit) {
     const auto* const found =
-        std::lower_bound(std::begin(FOLDINGS), std::end(FOLDINGS), unit,
+        std::lower_bound(std::begin(foldings), std::end(foldings), unit,
                          [](const SFolding& entry, char16_t value) { return entry.last < value; });
     const bool isFolded =
-        found != std::end(FOLDINGS) && unit >= found->first && (unit - found->first) % found->step == 0;
+        found != std::end(foldings) && unit >= found->first && (unit - found->first) % found->step == 0;
     return isFolded ? static_cast<char16_t>(unit + found->distance) : unit;
 }
 

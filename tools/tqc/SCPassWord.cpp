@@ -16,15 +16,15 @@ namespace NSTQ::Tool {
 namespace {
 
 /// More than a description takes of a password, in any code page.
-constexpr std::size_t PASSWORD_ROOM = 1024;
+constexpr std::size_t passwordRoom = 1024;
 
 /// The terminal without its echo, for as long as it lives.
 class CSilentTerminal {
 public:
-    explicit CSilentTerminal(int terminal) : m_iTerminal(terminal) {
+    explicit CSilentTerminal(int terminal) : m_terminal(terminal) {
         const SCSignals::CHeld held;
-        m_bSilent = ::tcgetattr(terminal, &m_before) == 0;
-        if (!m_bSilent)
+        m_isSilent = ::tcgetattr(terminal, &m_before) == 0;
+        if (!m_isSilent)
             return;
         termios silent = m_before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
@@ -34,23 +34,23 @@ public:
     CSilentTerminal(const CSilentTerminal&) = delete;
     CSilentTerminal& operator=(const CSilentTerminal&) = delete;
     ~CSilentTerminal() {
-        if (!m_bSilent)
+        if (!m_isSilent)
             return;
         const SCSignals::CHeld held;
-        ::tcsetattr(m_iTerminal, TCSAFLUSH, &m_before);
+        ::tcsetattr(m_terminal, TCSAFLUSH, &m_before);
         SCSignals::RestoreTerminal(-1, nullptr);
     }
 
 private:
-    int m_iTerminal;
-    bool m_bSilent = false;
+    int m_terminal;
+    bool m_isSilent = false;
     termios m_before{};
 };
 
 /// Up to the first line end, which is taken too. One byte a call, because what follows belongs to others.
 bool ReadLine(int descriptor, std::string& line) {
     line.clear();
-    for (char c = 0; line.size() < PASSWORD_ROOM;) {
+    for (char c = 0; line.size() < passwordRoom;) {
         const ssize_t got = ::read(descriptor, &c, 1);
         if (got < 0 && errno == EINTR)
             continue;
@@ -68,22 +68,23 @@ bool ReadLine(int descriptor, std::string& line) {
 std::string ReadFrom(int descriptor, const std::string& name) {
     std::string line;
     if (descriptor < 0 || !ReadLine(descriptor, line))
-        throw CFailure(ES_NOT_FOUND, name, "no password can be read from it: " + SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::NotFound, name,
+                       "no password can be read from it: " + SCErrorText::OfSystem(errno));
     return line;
 }
 
 } // namespace
 
 std::optional<std::string> SCPassWord::FromOptions(const SOptions& options) {
-    if (!options.strPassWordFile.empty()) {
-        const CDescriptor file(::open(options.strPassWordFile.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-        const std::string line = ReadFrom(file.Get(), options.strPassWordFile);
-        return SCPathText::ToAnsi(line, options.strPassWordFile, "the password");
+    if (!options.passwordFile.empty()) {
+        const CDescriptor file(::open(options.passwordFile.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        const std::string line = ReadFrom(file.Get(), options.passwordFile);
+        return SCPathText::ToAnsi(line, options.passwordFile, "the password");
     }
-    if (options.iPassWordDescriptor >= 0) {
-        const std::string name = "descriptor " + std::to_string(options.iPassWordDescriptor);
+    if (options.passwordDescriptor >= 0) {
+        const std::string name = "descriptor " + std::to_string(options.passwordDescriptor);
         // Read once: its one line serves all inputs.
-        static const std::string line = ReadFrom(options.iPassWordDescriptor, name);
+        static const std::string line = ReadFrom(options.passwordDescriptor, name);
         return SCPathText::ToAnsi(line, name, "the password");
     }
     return std::nullopt;

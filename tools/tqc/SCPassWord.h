@@ -19,7 +19,7 @@ public:
 
     /// Whether the options name one.
     static bool IsGiven(const SOptions& options) {
-        return !options.strPassWordFile.empty() || options.iPassWordDescriptor >= 0;
+        return !options.passwordFile.empty() || options.passwordDescriptor >= 0;
     }
 
     /// Whether a source was refused because its password is missing or wrong.

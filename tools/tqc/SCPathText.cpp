@@ -15,7 +15,7 @@ using namespace NSTQ::Platform;
 namespace {
 
 /// The longest path that a description takes.
-constexpr std::size_t PATH_LENGTH_MAX = 260;
+constexpr std::size_t maxPathLength = 260;
 
 } // namespace
 
@@ -45,11 +45,12 @@ std::string SCPathText::Convert(std::string_view text, unsigned from, unsigned t
 
 std::string SCPathText::ToLibrary(const std::string& path) {
     if (path.find_first_of("\\\x01") != std::string::npos)
-        throw CFailure(ES_USAGE, path,
+        throw CFailure(EExitStatus::Usage, path,
                        "the name holds a '\\', which is taken for '/'; give a link with another name");
-    std::string text = path.size() > PATH_LENGTH_MAX * 4 ? path : ToAnsi(path, path, "the name");
-    if (text.size() > PATH_LENGTH_MAX)
-        throw CFailure(ES_LIMIT, path, "the path has more than 260 bytes; try a relative path from a nearer folder");
+    std::string text = path.size() > maxPathLength * 4 ? path : ToAnsi(path, path, "the name");
+    if (text.size() > maxPathLength)
+        throw CFailure(EExitStatus::Limit, path,
+                       "the path has more than 260 bytes; try a relative path from a nearer folder");
     return text;
 }
 
@@ -60,7 +61,7 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
     const std::string hint = subject == text ? ", or a link with another name" : "";
     std::string ansi = Convert(text, CP_UTF8, codePage);
     if (Convert(ansi, codePage, CP_UTF8) != text)
-        throw CFailure(ES_USAGE, subject,
+        throw CFailure(EExitStatus::Usage, subject,
                        "code page " + SCCodePageNames::Describe(codePage) + " does not have all characters of " +
                            what + "; try --code-page 65001" + hint);
     return ansi;
@@ -69,7 +70,7 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
 std::string SCPathText::ToSystem(const char* path) {
     std::string systemPath;
     if (const DWORD code = ConvertToSystemPath(path, systemPath); code != 0)
-        throw CFailure(ES_UNSUPPORTED, path, SCErrorText::OfLibrary(code));
+        throw CFailure(EExitStatus::Unsupported, path, SCErrorText::OfLibrary(code));
     return systemPath;
 }
 

@@ -18,7 +18,7 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr std::size_t ROWS_SHOWN = 3;
+constexpr std::size_t rowsShown = 3;
 
 /// The columns that a terminal gives to a character.
 std::size_t WidthOf(WCHAR unit) {
@@ -28,9 +28,9 @@ std::size_t WidthOf(WCHAR unit) {
     return isWide ? 2 : 1;
 }
 
-/// With '.' for what SCTerminal::IsDisturbing tells of. `bAligned`: a character that is narrower than its bytes is
+/// With '.' for what SCTerminal::IsDisturbing tells of. `isAligned`: a character that is narrower than its bytes is
 /// filled up with blanks, so that a ruler counts bytes.
-void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool bAligned) {
+void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool isAligned) {
     while (!text.empty()) {
         const std::string_view character = CRowEncoder::FirstCharacter(text);
         const auto length = static_cast<WORD>(character.size());
@@ -42,7 +42,7 @@ void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool bAligned) {
         const WORD* lengths = &size;
         encoder.Encode(fields, lengths, 1);
         std::fwrite(fields[0], 1, lengths[0], stdout);
-        for (std::size_t width = WidthOf(units[0]); bAligned && width < character.size(); ++width)
+        for (std::size_t width = WidthOf(units[0]); isAligned && width < character.size(); ++width)
             std::putchar(' ');
         text.remove_prefix(character.size());
     }
@@ -77,13 +77,13 @@ void ShowFixedLength(const SOptions& options, const CTextFile& text) {
     const std::string lineEnd = text.LineEnd().Bytes();
     std::vector<std::string_view> rows;
     std::size_t width = 0;
-    for (std::size_t start = 0; start < head.size() && rows.size() < ROWS_SHOWN;) {
+    for (std::size_t start = 0; start < head.size() && rows.size() < rowsShown;) {
         const std::size_t end = std::min(head.find(lineEnd, start), head.size());
         rows.push_back(head.substr(start, std::min(end - start, widthShown)));
         width = std::max(width, rows.back().size());
         start = end + lineEnd.size();
     }
-    CRowEncoder encoder(options.uOutputCodePage);
+    CRowEncoder encoder(options.outputCodePage);
     PrintRuler(width);
     for (const std::string_view row : rows) {
         PrintVisibly(encoder, row, true);
@@ -92,23 +92,24 @@ void ShowFixedLength(const SOptions& options, const CTextFile& text) {
 }
 
 void ShowFields(const SOptions& options, const std::string& name, ISourceReader& reader) {
-    CRowEncoder encoder(options.uOutputCodePage);
+    CRowEncoder encoder(options.outputCodePage);
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
-    for (std::size_t row = 0; row < ROWS_SHOWN && reader.Rows().HasNextLineData(); ++row) {
+    for (std::size_t row = 0; row < rowsShown && reader.Rows().HasNextLineData(); ++row) {
         fields = nullptr;
         const bool complete = reader.Rows().GetLineData(fields, lengths, count);
         const std::string found = "row " + std::to_string(row + 1);
         if (const DWORD code = reader.Rows().GetErrorCode(); code != 0)
-            throw CFailure(ES_UNSUPPORTED, name, found + " cannot be read: " + SCErrorText::OfLibrary(code));
+            throw CFailure(EExitStatus::Unsupported, name,
+                           found + " cannot be read: " + SCErrorText::OfLibrary(code));
         if (fields == nullptr)
-            throw CFailure(ES_LIMIT, name,
-                           found + " has " + std::to_string(options.dwMaxLineSize) +
+            throw CFailure(EExitStatus::Limit, name,
+                           found + " has " + std::to_string(options.maxLineSize) +
                                " bytes or more; only convert goes on behind it");
         if (count == 0 && complete)
             return;
-        count = std::min(count, options.dwMaxFields);
+        count = std::min(count, options.maxFields);
         for (DWORD i = 0; i < count; ++i) {
             std::fputs(i == 0 ? "" : " | ", stdout);
             PrintVisibly(encoder, {fields[i], lengths[i]}, false);
@@ -125,7 +126,7 @@ void SCPreview::Show(const SOptions& options, const CInputFile& input) {
     const auto reader = isRuled ? nullptr : source->OpenReader();
     const CTextFile* const text = source->Text();
     const std::string doubt = text != nullptr ? text->DescribeInvalidText() : "";
-    if (!doubt.empty() && !options.bQuiet)
+    if (!doubt.empty() && !options.quiet)
         CReporter::Print(input.Name() + ": " + doubt);
     if (isRuled)
         ShowFixedLength(options, *text);

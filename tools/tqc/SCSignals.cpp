@@ -9,13 +9,13 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr int ENDING_SIGNALS[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
+constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
 
 // Atomic and lock-free, so that a handler may look at them.
 std::array<std::atomic<const char*>, 8> g_files{};
-std::atomic<const char*> g_pFolder{nullptr};
-std::atomic<const termios*> g_pTerminalSettings{nullptr};
-std::atomic<int> g_iTerminal{-1};
+std::atomic<const char*> g_folder{nullptr};
+std::atomic<const termios*> g_terminalSettings{nullptr};
+std::atomic<int> g_terminal{-1};
 static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
 /// A tree cannot be walked in a handler, but another program may be started there. It never follows a link.
@@ -37,12 +37,12 @@ void Exchange(const char* before, const char* after) {
 
 /// Only functions that may be called in a handler.
 void PutRightAndEnd(int signal) {
-    if (const termios* settings = g_pTerminalSettings.load())
-        ::tcsetattr(g_iTerminal, TCSANOW, settings);
+    if (const termios* settings = g_terminalSettings.load())
+        ::tcsetattr(g_terminal, TCSANOW, settings);
     for (const auto& file : g_files)
         if (const char* path = file.load())
             ::unlink(path);
-    if (const char* path = g_pFolder.load())
+    if (const char* path = g_folder.load())
         RemoveTree(path);
     ::signal(signal, SIG_DFL);
     ::raise(signal);
@@ -51,7 +51,7 @@ void PutRightAndEnd(int signal) {
 } // namespace
 
 void SCSignals::Handle() {
-    for (const int signal : ENDING_SIGNALS) {
+    for (const int signal : endingSignals) {
         struct sigaction action {};
         ::sigaction(signal, nullptr, &action);
         if (action.sa_handler == SIG_IGN)
@@ -71,18 +71,18 @@ void SCSignals::ForgetFile(const char* path) {
 }
 
 void SCSignals::RemoveFolder(const char* path) {
-    g_pFolder = path;
+    g_folder = path;
 }
 
 void SCSignals::RestoreTerminal(int terminal, const termios* settings) {
-    g_iTerminal = terminal;
-    g_pTerminalSettings = settings;
+    g_terminal = terminal;
+    g_terminalSettings = settings;
 }
 
 SCSignals::CHeld::CHeld() {
     sigset_t held;
     ::sigemptyset(&held);
-    for (const int signal : ENDING_SIGNALS)
+    for (const int signal : endingSignals)
         ::sigaddset(&held, signal);
     ::sigprocmask(SIG_BLOCK, &held, &m_before);
 }

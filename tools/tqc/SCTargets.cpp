@@ -44,7 +44,7 @@ std::vector<std::string> SCTargets::InFolder(const SOptions& options) {
     for (const std::string& file : options.files) {
         std::filesystem::path name =
             CInputFile::IsStandardInput(file) ? "stdin" : std::filesystem::path(file).filename();
-        targets.push_back(std::filesystem::path(options.strOutputFolder) / name.replace_extension("csv"));
+        targets.push_back(std::filesystem::path(options.outputFolder) / name.replace_extension("csv"));
     }
     return targets;
 }
@@ -55,33 +55,34 @@ void SCTargets::Check(const SOptions& options, const std::vector<std::string>& t
         if (!CInputFile::IsStandardInput(file))
             inputs.emplace(Identify(file), file);
     // One file may take its own place.
-    const bool isInPlace = options.files.size() == 1 && options.strOutputFolder.empty();
+    const bool isInPlace = options.files.size() == 1 && options.outputFolder.empty();
     std::map<CIdentity, std::string> taken;
     for (std::size_t i = 0; i < targets.size(); ++i) {
         if (!IsReplaced(targets[i]))
             continue;
         const CIdentity identity = Identify(targets[i]);
         if (const auto input = inputs.find(identity); input != inputs.end() && !isInPlace)
-            throw CFailure(ES_USAGE, targets[i],
+            throw CFailure(EExitStatus::Usage, targets[i],
                            "the output would replace the input " + input->second +
                                "; nothing was written; try another output");
         const auto [other, isNew] = taken.emplace(identity, options.files[i]);
         if (!isNew)
-            throw CFailure(ES_USAGE, targets[i],
+            throw CFailure(EExitStatus::Usage, targets[i],
                            "the output of both " + other->second + " and " + options.files[i] +
                                "; nothing was written; convert them one by one");
     }
-    if (options.strRejects.empty() || !IsReplaced(options.strRejects))
+    if (options.rejects.empty() || !IsReplaced(options.rejects))
         return;
-    const CIdentity rejects = Identify(options.strRejects);
+    const CIdentity rejects = Identify(options.rejects);
     if (inputs.contains(rejects) || taken.contains(rejects))
-        throw CFailure(ES_USAGE, options.strRejects, "the file for rejected rows is an input or the output as well");
+        throw CFailure(EExitStatus::Usage, options.rejects,
+                       "the file for rejected rows is an input or the output as well");
 }
 
 void SCTargets::CheckInputs(const SOptions& options) {
     for (const std::string& file : options.files)
         if (!CInputFile::IsStandardInput(file) && ::access(file.c_str(), R_OK) != 0)
-            throw CFailure(ES_NOT_FOUND, file, SCErrorText::OfSystem(errno));
+            throw CFailure(EExitStatus::NotFound, file, SCErrorText::OfSystem(errno));
 }
 
 } // namespace NSTQ::Tool

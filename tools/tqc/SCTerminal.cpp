@@ -30,12 +30,12 @@ int SCTerminal::CountColumns(int descriptor) {
 }
 
 /// Characters that take two columns have three bytes or more, though not all of these take two.
-std::string SCTerminal::CutToColumns(const std::string& text, int iColumns) {
+std::string SCTerminal::CutToColumns(const std::string& text, int columns) {
     std::size_t end = 0;
     for (std::size_t i = 0; i < text.size(); end = i) {
         const auto lead = static_cast<unsigned char>(text[i]);
-        iColumns -= lead < 0xE0 ? 1 : 2;
-        if (iColumns < 0)
+        columns -= lead < 0xE0 ? 1 : 2;
+        if (columns < 0)
             break;
         do
             ++i;

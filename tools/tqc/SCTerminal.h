@@ -16,8 +16,8 @@ public:
     static bool IsColoured(int descriptor);
     /// The columns of the terminal; 80 when it does not tell.
     static int CountColumns(int descriptor);
-    /// As many characters of UTF-8 as `iColumns` have room for.
-    static std::string CutToColumns(const std::string& text, int iColumns);
+    /// As many characters of UTF-8 as `columns` have room for.
+    static std::string CutToColumns(const std::string& text, int columns);
     /// A character that would move the cursor, play with the terminal, or turn the order of what stands beside it:
     /// a control character of either range, a line separator, a bidirectional embedding, override or isolate.
     static bool IsDisturbing(WCHAR unit);

@@ -5,8 +5,8 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr char CR = SCDataAccessDefine::CR_CODE;
-constexpr char LF = SCDataAccessDefine::LF_CODE;
+constexpr char cr = SCDataAccessDefine::CR_CODE;
+constexpr char lf = SCDataAccessDefine::LF_CODE;
 
 template <std::size_t size>
 std::string_view View(const unsigned char (&mark)[size]) {
@@ -14,17 +14,17 @@ std::string_view View(const unsigned char (&mark)[size]) {
 }
 
 /// The first LF outside quotes. A quote opens a quoted part only where a field begins; a doubled one opens it anew.
-std::size_t FindUnquotedLineFeed(std::string_view head, char cSeparator) {
+std::size_t FindUnquotedLineFeed(std::string_view head, char separator) {
     constexpr std::string_view starters = ",\t \r\n\"";
     bool quoted = false;
     bool atStart = true;
     for (std::size_t i = SCTextProbe::HasUtf8Mark(head) ? 3 : 0; i < head.size(); ++i) {
         const char c = head[i];
-        if (c == LF && !quoted)
+        if (c == lf && !quoted)
             return i;
         if (c == SCDataAccessDefine::DOUBLE_QUOTATION)
             quoted = !quoted && atStart;
-        atStart = c == cSeparator || starters.find(c) != std::string_view::npos;
+        atStart = c == separator || starters.find(c) != std::string_view::npos;
     }
     return std::string_view::npos;
 }
@@ -35,14 +35,14 @@ std::string_view FirstLine(std::string_view head, const SLineEnd& lineEnd) {
 
 } // namespace
 
-SLineEnd SCTextProbe::FindLineEnd(std::string_view head, char cSeparator) {
-    std::size_t lineFeed = FindUnquotedLineFeed(head, cSeparator);
+SLineEnd SCTextProbe::FindLineEnd(std::string_view head, char separator) {
+    std::size_t lineFeed = FindUnquotedLineFeed(head, separator);
     if (lineFeed == std::string_view::npos)
-        lineFeed = head.find(LF);
+        lineFeed = head.find(lf);
     if (lineFeed != std::string_view::npos)
-        return lineFeed > 0 && head[lineFeed - 1] == CR ? SLineEnd{CR, LF} : SLineEnd{LF, 0};
+        return lineFeed > 0 && head[lineFeed - 1] == cr ? SLineEnd{cr, lf} : SLineEnd{lf, 0};
     // By LF alone CR LF is read as well, since the readers drop a CR that ends nothing.
-    return head.find(CR) != std::string_view::npos ? SLineEnd{CR, 0} : SLineEnd{LF, 0};
+    return head.find(cr) != std::string_view::npos ? SLineEnd{cr, 0} : SLineEnd{lf, 0};
 }
 
 bool SCTextProbe::HasLineEnd(std::string_view head, const SLineEnd& lineEnd) {

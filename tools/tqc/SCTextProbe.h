@@ -11,7 +11,7 @@ class SCTextProbe {
 public:
     /// The line end: the first LF outside quotes tells, with a CR before it or without; without any LF a CR does.
     /// Line ends in quotes count only when there are no others. LF when there is none at all.
-    static SLineEnd FindLineEnd(std::string_view head, char cSeparator);
+    static SLineEnd FindLineEnd(std::string_view head, char separator);
 
     static bool HasLineEnd(std::string_view head, const SLineEnd& lineEnd);
 

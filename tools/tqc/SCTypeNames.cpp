@@ -11,7 +11,7 @@ struct STypeName {
     const char* description;
 };
 
-constexpr STypeName TYPES[] = {{"csv", SCDeclareConstant::SFT_CSV, "comma-separated text"},
+constexpr STypeName types[] = {{"csv", SCDeclareConstant::SFT_CSV, "comma-separated text"},
                                {"tsv", SCDeclareConstant::SFT_TXT, "tab-separated text"},
                                {"fix", SCDeclareConstant::SFT_FIX, "fixed-length text"},
                                {"xls", SCDeclareConstant::SFT_XLS, "Excel 2003 workbook"},
@@ -21,14 +21,14 @@ constexpr STypeName TYPES[] = {{"csv", SCDeclareConstant::SFT_CSV, "comma-separa
                                {"xtqf", SCDeclareConstant::SFT_XTQF, "package"}};
 
 const STypeName* FindEntry(SCDeclareConstant::ESourceFileType type) {
-    const auto* const found = std::ranges::find(TYPES, type, &STypeName::type);
-    return found == std::end(TYPES) ? nullptr : found;
+    const auto* const found = std::ranges::find(types, type, &STypeName::type);
+    return found == std::end(types) ? nullptr : found;
 }
 
 } // namespace
 
 std::optional<SCDeclareConstant::ESourceFileType> SCTypeNames::Find(std::string_view name) {
-    for (const STypeName& entry : TYPES)
+    for (const STypeName& entry : types)
         if (name == entry.name)
             return entry.type;
     return std::nullopt;
@@ -75,7 +75,7 @@ std::string SCTypeNames::DescribeThis(SCDeclareConstant::ESourceFileType type) {
 
 std::string SCTypeNames::All() {
     std::string all;
-    for (const STypeName& entry : TYPES)
+    for (const STypeName& entry : types)
         all += (all.empty() ? "" : ", ") + std::string(entry.name);
     return all;
 }

@@ -37,7 +37,7 @@ void ShowOne(const SOptions& options, void (*show)(const SOptions&, const CInput
     try {
         show(options, input);
         if (std::fflush(stdout) != 0 && errno != EPIPE)
-            throw CFailure(ES_OUTPUT_FAILED, "standard output", SCErrorText::OfSystem(errno));
+            throw CFailure(EExitStatus::OutputFailed, "standard output", SCErrorText::OfSystem(errno));
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }
@@ -46,23 +46,23 @@ void ShowOne(const SOptions& options, void (*show)(const SOptions&, const CInput
 EExitStatus Run(int argc, const char* const* argv) {
     const auto options = SCCommandLine::Parse(argc, argv);
     if (!options)
-        return ES_OK;
-    if (options->bFullNumbers)
+        return EExitStatus::Ok;
+    if (options->fullNumbers)
         Platform::SetUserLocale({.numberDigits = Platform::ENumberDigits::Full});
-    switch (options->eCommand) {
-    case SOptions::CMD_CONVERT:
+    switch (options->command) {
+    case SOptions::ECommand::Convert:
         return SCConvert::Run(*options);
-    case SOptions::CMD_PREVIEW:
+    case SOptions::ECommand::Preview:
         ShowOne(*options, SCPreview::Show);
         break;
-    case SOptions::CMD_INFO:
+    case SOptions::ECommand::Info:
         ShowOne(*options, SCInfo::Show);
         break;
-    case SOptions::CMD_LIST:
+    case SOptions::ECommand::List:
         ShowOne(*options, SCInfo::List);
         break;
     }
-    return ES_OK;
+    return EExitStatus::Ok;
 }
 
 } // namespace
@@ -76,12 +76,12 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     SCSignals::Handle();
     try {
-        return Run(argc, argv);
+        return static_cast<int>(Run(argc, argv));
     } catch (const CFailure& failure) {
         CReporter::Print(failure.what());
-        return failure.Status();
+        return static_cast<int>(failure.Status());
     } catch (const std::bad_alloc&) {
         CReporter::Print("not enough memory; try smaller limits");
-        return ES_LIMIT;
+        return static_cast<int>(EExitStatus::Limit);
     }
 }
