@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 
 namespace NSTQ::Tests {
@@ -105,6 +106,16 @@ SXlsParts FormatsOf(bool isBiff8) {
     return parts;
 }
 
+/// What `run` gives, or the description of the error that it raises.
+std::string OutcomeOf(const std::function<std::string()>& run) {
+    try {
+        return run();
+    } catch (const Platform::_com_error& error) {
+        EXPECT_EQ(error.Error(), Platform::E_FAIL);
+        return error.Description();
+    }
+}
+
 TEST(XlsRows, OddSheetsGiveTheirCells) {
     for (const SCellsCase& odd : cellsCases)
         EXPECT_EQ(XlsText(odd.cells, FormatsOf(odd.isBiff8)), odd.expected) << odd.title;
@@ -124,8 +135,6 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
         unsigned ansiPage = 932;
     } cases[] = {{932, "\x93\x8C\x8B\x9E", "'東京';"},
                  {1252, "\x80\xE9", "'€é';"},
-                 {936, "\xB6\xAB", "'东';"},
-                 {1251, "\xCF\xF0", "'Пр';"},
                  {10000, "\x8E\xF0", "'é\uF8FF';"},
                  {0x8000, "\x8E", "'é';"},
                  {0x8001, "\xE9", "'é';"},
@@ -134,7 +143,6 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
                  {std::nullopt, "\xE9", "'é';", 1252},
                  {std::nullopt, "\xE9", "'é';", 65001},
                  {65001, "\xE6\x9D\xB1", "'東';"},
-                 {437, "plain", "'plain';"},
                  {437, "\x82", "book.xls: its texts are in code page 437, which cannot be read"}};
     for (const auto& known : cases) {
         const CAnsiPage ansi(known.ansiPage);
@@ -144,14 +152,10 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
             parts.strGlobals = Record(ERecord::CodePage, Int(*known.page));
         // A currency sign in a format says nothing of dates, whatever it is.
         parts.strGlobals += Record(ERecord::Format, Int(164) + "\2\x80" + "0");
-        std::string text;
-        try {
-            text =
-                XlsText(Cell(ERecord::Label, 0, 0, Int(std::string_view(known.bytes).size()) + known.bytes), parts);
-        } catch (const Platform::_com_error& error) {
-            text = error.Description();
-        }
-        EXPECT_EQ(text, known.expected) << known.page.value_or(0);
+        const std::string text = known.bytes;
+        EXPECT_EQ(OutcomeOf([&] { return XlsText(Cell(ERecord::Label, 0, 0, Int(text.size()) + text), parts); }),
+                  known.expected)
+            << known.page.value_or(0);
     }
 }
 
@@ -187,25 +191,17 @@ TEST(XlsBook, OtherFilesAreRefusedWithAReason) {
         const char* failure;
     } cases[] = {
         {"", "the stream of the workbook is empty"},
-        {"abc", "the stream of the workbook is empty"},
         {"a,b,c\r\n", "the stream of the workbook ends within the record at byte 0"},
         {Record(ERecord::Eof), "not a workbook: its stream does not begin as one"},
         {Record(ERecord::Bof2, Int(2) + Int(0x10)), "a workbook of Excel 2.x, too old to be read"},
-        {Record(ERecord::Bof3, Int(3) + Int(0x10)), "a workbook of Excel 3.0, too old to be read"},
         {Record(ERecord::Bof4, Int(4) + Int(0x10)), "a workbook of Excel 4.0, too old to be read"},
         {Record(ERecord::Bof, Int(0x700) + Int(5)), "a workbook of an unknown version"},
         {Record(ERecord::Bof, "abc"), "the record at byte 0 is too short"},
         {SXlsParts().Begin(5), "the stream of the workbook ends before its sheets"},
     };
-    for (const auto& known : cases) {
-        try {
-            OpenXlsBytes(known.bytes);
-            ADD_FAILURE() << known.failure;
-        } catch (const Platform::_com_error& error) {
-            EXPECT_EQ(error.Error(), Platform::E_FAIL);
-            EXPECT_EQ(error.Description(), std::string("book.xls: ") + known.failure);
-        }
-    }
+    for (const auto& known : cases)
+        EXPECT_EQ(OutcomeOf([&] { return OpenXlsBytes(known.bytes) ? std::string("opened") : ""; }),
+                  std::string("book.xls: ") + known.failure);
 }
 
 TEST(XlsBook, OneDamagedSheetLeavesTheOthersReadable) {
