@@ -1,24 +1,25 @@
 // CADOOperater: the reader of workbooks and databases, and the listing of their sheets and tables.
 //
-// Rows come as IDataAccess says. Each value is turned into text in the ANSI code page: texts as they are, other types
-// as the user's locale writes them, a missing value empty; characters that the page does not have become '?'. The
-// text is cut to dwMaxFieldSize bytes, never inside a character. Then leading blanks and control bytes are dropped, a
-// TAB becomes a space, other control bytes vanish, and trailing spaces go, except those that a TAB became or that
-// stand before one. All texts of a row stand in one line buffer; reading allocates nothing for a row or a cell.
+// Rows are returned as IDataAccess says. Each value is converted to text in the ANSI code page: texts unchanged,
+// other types by the user locale, a missing value to an empty text; characters that the page cannot represent become
+// '?'. The text is truncated to dwMaxFieldSize bytes, never inside a character. Then leading spaces and control bytes
+// are removed, a TAB becomes a space, other control bytes are removed, and so are trailing spaces, except one that
+// was a TAB or precedes one. All texts of a row are in one line buffer; reading allocates no memory for a row or a
+// cell.
 //
-// With CSourceDataInfo::SetKeepLineEnds the bytes CR and LF are content and stay as they are, anywhere in a value,
-// and a text is cleaned before it is cut, so that only what is handed out takes room. Names are not concerned.
+// With CSourceDataInfo::SetKeepLineEnds the bytes CR and LF are content and stay, anywhere in a value, and a text is
+// cleaned before it is truncated, so that removed bytes take no room. It does not apply to names.
 //
-// Failures: FileOpen and FileClose report them as false; after FileOpen GetErrorRet gives the HRESULT and
-// GetErrorDescription the reason in words, and GetErrorCode is always 0. HasNextLineData, GetLineData and
-// GetFieldsName raise Platform::_com_error, and so do the constructor and the listing. A host that reads such sources
-// has to be ready for it, also through CDataAccess. No row is passed over: after a failed GetLineData the next call
-// fails in the same way as long as the cause is there.
+// Failures: FileOpen and FileClose return false; after FileOpen GetErrorRet returns the HRESULT and
+// GetErrorDescription the reason as text, and GetErrorCode is always 0. HasNextLineData, GetLineData, GetFieldsName,
+// the constructor and the listing throw Platform::_com_error. A host that reads such sources must catch it, also with
+// CDataAccess. No row is skipped: after a failed GetLineData the next call fails in the same way as long as the cause
+// persists.
 //
 // Limits, where they are not those of IDataAccess:
-//   columns  a sheet or table with more than dwMaxFieldCnt columns is refused: FileOpen gives false and GetErrorRet
-//            DB_E_DATAOVERFLOW (0x80040E57)
-//   row      texts that with their NULs need more than dwMaxLineSize + 1 bytes raise DB_E_DATAOVERFLOW, and so does
+//   columns  a sheet or table with more than dwMaxFieldCnt columns is rejected: FileOpen returns false and
+//            GetErrorRet DB_E_DATAOVERFLOW (0x80040E57)
+//   row      texts that with their NULs need more than dwMaxLineSize + 1 bytes throw DB_E_DATAOVERFLOW, and so does
 //            a column name of more than dwMaxFieldSize + 1 bytes; nothing is written past a buffer
 //   sizes    a dwMaxLineSize or dwMaxFieldSize above 65535 is taken as 65535, because lengths have 16 bits
 //
@@ -38,25 +39,25 @@ class TQCACCESS_API CADOOperater : public IDataAccess {
 public:
     /// Throws _com_error of tqcAccess/ComError.h (E_POINTER when there is no record set object) or std::bad_alloc.
     CADOOperater(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize);
-    /// Closes what is open, whatever that gives.
+    /// Closes what is open and ignores failures.
     ~CADOOperater() override;
     CADOOperater(const CADOOperater&) = delete;
     CADOOperater& operator=(const CADOOperater&) = delete;
 
     /// Opens the source and the chosen sheet or table of a description on which SetSelectSchemaIndx has succeeded;
-    /// once for each reader. The first row is the source's first; the description's start row and character set play
-    /// no part. False, with what GetErrorRet says: the HRESULT of the open that failed, or 0 when the description
-    /// has no connection or no record-set string. Raises nothing.
+    /// only once per reader. Starts at the first row of the source; ignores the start row and character set of the
+    /// description. On failure returns false; GetErrorRet is then the HRESULT of the open that failed, or 0 when the
+    /// description has no connection or no record-set string. Throws nothing.
     bool FileOpen(const CSourceDataInfo* pInfo) override;
 
-    /// Opens another sheet or table of the source that FileOpen has opened, or whose chosen one it could not open:
-    /// the one that is chosen now. The source itself is not opened again, so that the sheets of one that takes long
-    /// to open, because it is encrypted for example, can be gone through. What was open before is closed; rows,
-    /// counters and failures are those of the new one, as after FileOpen. False also when the source is not open.
+    /// Opens another sheet or table of the same source, the one that is chosen now, also after FileOpen could open
+    /// the source but not the sheet. The source itself is not opened again, so that all sheets of a source that takes
+    /// long to open, such as an encrypted one, can be read. Closes the sheet that was open; rows, counters and
+    /// failures are those of the new one, as after FileOpen. Returns false also when the source is not open.
     bool OpenTable(const CSourceDataInfo* pInfo);
 
     /// Closes record set and connection. False when one of them is not open or does not close; a record set that does
-    /// not close leaves the connection open. Counters and codes stay as they are. Raises nothing.
+    /// not close leaves the connection open. Counters and codes are unchanged. Throws nothing.
     bool FileClose();
 
     /// True until the last row has been read.
@@ -66,15 +67,15 @@ public:
     /// the number of columns, which is never above dwMaxFieldCnt.
     bool GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) override;
 
-    /// Which column of the last row read, counted from 0, is the first whose value was cut so that more than blanks
-    /// and control bytes is missing; -1 when none is. The values behind it may be cut as well.
+    /// The first column of the last row, counted from 0, whose value was truncated so that more than spaces and
+    /// control bytes is missing; -1 when there is none. The values after it may be truncated as well.
     LONG GetCutColumn() const;
 
-    /// The column names, in the form and the buffers of a row, but each length counts the NUL too, and leading blanks
-    /// stay. Moves nothing; overwrites the row that was handed out before. 0 columns before FileOpen.
+    /// The column names, in the form and the buffers of a row, but each length includes the NUL, and leading spaces
+    /// are kept. Does not move; overwrites the row that was returned last. 0 columns before FileOpen.
     bool GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD& dwCount);
 
-    /// This reader does not move: always false. GetErrorRet is 0 and GetErrorDescription empty afterwards.
+    /// Not supported: always false. GetErrorRet is 0 and GetErrorDescription empty afterwards.
     bool MoveFileBegin() override;
     bool MoveFileEnd() override;
     /// Always false; the parameters are not written.
@@ -82,32 +83,32 @@ public:
 
     /// Always 0.
     DWORD GetErrorCode() override;
-    /// The HRESULT of the last open that FileOpen made; 0 when it succeeded.
+    /// The HRESULT of the last FileOpen; 0 when it succeeded.
     LONG GetErrorRet();
-    /// Why the last FileOpen failed, as the provider says it: what is wrong and where, such as "book.xlsx:
+    /// Why the last FileOpen failed, from the provider: what is wrong and where, such as "book.xlsx:
     /// xl/worksheets/sheet1.xml: ...". Text in the ANSI code page, never null; empty when FileOpen succeeded, when
-    /// the description had no string for it, and when memory ran out. The reader owns it; it stays valid until the
-    /// next FileOpen, MoveFileBegin, MoveFileEnd or GetSpecificLineData, or the reader's end.
+    /// the description had no string for it, and when there was not enough memory. The reader owns it; it is valid
+    /// until the next FileOpen, MoveFileBegin, MoveFileEnd or GetSpecificLineData, or the reader's destruction.
     const char* GetErrorDescription();
 
     /// Rows read in thousandths of all rows; 0 when there are none.
     int GetReadPosition() override;
     /// The number of rows; 0 before FileOpen.
     DWORD GetMaxRowNum();
-    /// The number of columns; 0 before FileOpen. It needs no buffer, so it is there even for a sheet whose names or
-    /// rows do not fit one.
+    /// The number of columns; 0 before FileOpen. Available even for a sheet whose names or rows do not fit the
+    /// buffers.
     DWORD GetFieldCnt();
 
     /// Lists the sheets and tables of a source: `dwCount` is their number, `dwSize` the bytes of all their names with
-    /// one NUL after each. Always true; every failure raises _com_error. Both are untouched when the source cannot be
-    /// opened and hold what was counted so far when the listing breaks off.
+    /// one NUL after each. Always true; every failure throws _com_error. Both are unchanged when the source cannot be
+    /// opened, and partial when the listing fails later.
     static bool GetSchemaNameSize(DWORD& dwSize, DWORD& dwCount, const char* pConnectString);
 
-    /// Lists them again: the names go into `pNameBuff` one after another, each with its NUL, in the provider's order;
-    /// `ppName` and `pLen` get each name's start and its length in bytes without the NUL; `dwCount` is
-    /// their number, written once all names are, before the source is closed. The caller provides what
-    /// GetSchemaNameSize told. When this thread's last GetSchemaNameSize was for the same connection string, the room
-    /// that it told is kept to: a source that has grown since raises DB_E_DATAOVERFLOW, with nothing written past it.
+    /// Lists them again: writes the names to `pNameBuff` one after another, each with its NUL, in the provider's
+    /// order, the start and the length in bytes (without the NUL) of each to `ppName` and `pLen`, and finally their
+    /// number to `dwCount`, before it closes the source. The caller provides buffers of the sizes that
+    /// GetSchemaNameSize returned. If the last GetSchemaNameSize of this thread was for the same connection string,
+    /// they are not exceeded: a source that has grown since throws DB_E_DATAOVERFLOW.
     static bool GetSchemaName(char** ppName, WORD* pLen, char* pNameBuff, DWORD& dwCount, const char* pConnectString);
 
 private:
@@ -129,8 +130,8 @@ private:
     DWORD m_dwFieldCnt = 0;       ///< columns of the open record set
     DWORD m_dwMaxRowNum = 0;
     DWORD m_dwReadRowCnt = 0;
-    std::unique_ptr<char[]> m_pFieldBuff;         ///< dwMaxFieldSize + 1 bytes: one value while it is cut and cleaned
-    std::unique_ptr<char[]> m_pLineBuff;          ///< dwMaxLineSize + 1 bytes: the texts of a row, each with a NUL
+    std::unique_ptr<char[]> m_pFieldBuff; ///< dwMaxFieldSize + 1 bytes: one value while it is truncated and cleaned
+    std::unique_ptr<char[]> m_pLineBuff;  ///< dwMaxLineSize + 1 bytes: the texts of a row, each with a NUL
     std::unique_ptr<const char*[]> m_ppFieldData; ///< dwMaxFieldCnt pointers into the line buffer
     std::unique_ptr<WORD[]> m_pFieldLen;          ///< dwMaxFieldCnt lengths in bytes
     DWORD m_dwErrorCode = 0;

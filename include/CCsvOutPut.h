@@ -1,16 +1,16 @@
 // CCsvOutPut: writes rows as CSV.
 //
-// Rows come in the shape in which the readers hand them out. Texts are bytes in the ANSI code page and are written
-// as they are: a field that holds the separator or a quote is enclosed in quotes and its quotes are doubled; with
-// SetQuoteLineEnds one that holds a line end is, too. Nothing else (blanks, control bytes) causes quoting. Output is
-// held back in a buffer of 64000 bytes and written when the next piece would not fit, and at FileClose. The writer
+// Rows have the form in which the readers return them. Texts are bytes in the ANSI code page and are written
+// unchanged: a field that contains the separator or a quote is enclosed in quotes and its quotes are doubled; with
+// SetQuoteLineEnds this also applies to line ends. Nothing else (spaces, control bytes) causes quoting. Output is
+// collected in a buffer of 64000 bytes and written when the next piece would not fit, and at FileClose. The writer
 // owns its buffer and file; one thread.
 //
-// A failed write loses the bytes that were waiting; the row in hand then returns false and GetErrorCode tells why.
-// Where an operation cannot report it (the line end, FileClose), only the error code does, so look at it after
-// FileClose. It is never reset to 0.
+// A failed write loses the content of the buffer; writing the row returns false and GetErrorCode returns the reason.
+// Operations that always return true (the line end, FileClose) report a failure only by the error code, so check it
+// after FileClose. It is never reset to 0.
 //
-// A header or field that is longer than the buffer is written straight through after the buffer has been flushed.
+// A header or field that is longer than the buffer is written directly after the buffer has been flushed.
 #pragma once
 
 #include "SCDataAccessDefine.h"
@@ -30,42 +30,42 @@ public:
     CCsvOutPut& operator=(const CCsvOutPut&) = delete;
 
     /// Creates the file at an absolute path, replacing an existing one; nobody else may open it meanwhile. An open
-    /// file is closed first, unless the path is refused: a relative path (false, error code 3) or a name that cannot
-    /// be a new file's (false, error code unchanged) leaves everything as it was. When the file cannot be created:
-    /// false with the system's error code, and no file is open.
+    /// file is closed first, unless the path is rejected: a relative path (false, error code 3) or an invalid file
+    /// name (false, error code unchanged) changes nothing. When the file cannot be created: false with the error code
+    /// of the system, and no file is open.
     bool FileOpen(const char* pPath);
 
-    /// Writes what is held back and closes the file; always true.
+    /// Writes the buffer and closes the file; always true.
     bool FileClose();
 
     /// Writes a row of `dwCount` fields with their lengths in bytes; the fields need no NUL and are not changed.
     /// False as soon as a write fails; the rest of the row is not written then.
     bool WriteLineData(char** ppData, const WORD* pLen, DWORD dwCount);
-    /// The same for the arrays that a reader hands out. A template, so that a null pointer means the other one.
+    /// The same for the arrays of a reader. A template, so that a null pointer selects the other overload.
     template <std::same_as<const char> TChar>
     bool WriteLineData(TChar* const* ppData, const WORD* pLen, DWORD dwCount) {
         return WriteRow(ppData, pLen, dwCount);
     }
 
     /// Writes a ready-made line and the line end. False when a write fails, and for a header whose bytes and line end
-    /// together exceed 64000 bytes (it is written all the same).
+    /// together exceed 64000 bytes (it is written nevertheless).
     bool WriteHeaderData(const char* pHeader, WORD wLength);
 
     /// Writes the line end; always true.
     bool WriteCRLF();
 
-    /// The separator; ',' at first. Kept across files, like the line end.
+    /// The separator; ',' by default. Kept across files, like the line end.
     void SetSeparator(char cSeparator);
-    /// The line end; CR and LF at first. 0 as the second byte makes a line end of one byte.
+    /// The line end; CR and LF by default. 0 as the second byte makes a line end of one byte.
     void SetDelimiter(char cPre, char cPost);
-    /// Whether a field with a CR, an LF or the first byte of the line end is enclosed in quotes; off at first, when
-    /// such a field splits its row for whoever reads it. Kept across files.
+    /// Whether a field with a CR, an LF or the first byte of the line end is enclosed in quotes; off by default; a
+    /// program that reads the file then splits such a row. Kept across files.
     void SetQuoteLineEnds(bool bQuote);
     /// Why the last failed operation failed, as a system error code; 0 while none has. Success does not reset it.
     DWORD GetErrorCode();
 
 protected:
-    /// Writes what is held back; the buffer is empty afterwards, also after a failure.
+    /// Writes the buffer; it is empty afterwards, also after a failure.
     bool WriteBuffer();
 
 private:

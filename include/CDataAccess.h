@@ -1,11 +1,11 @@
-// CDataAccess: the facade that picks the reader for a source, owns it and forwards to it.
+// CDataAccess: the facade that creates the reader for a source, owns it and forwards to it.
 //
-// The description given to the constructor stays the caller's and must outlive every FileOpen. The reader's file is
-// closed when the facade is destroyed. One thread at a time. Rows are handed out as IDataAccess says, in the reader's
-// buffers.
+// The description given to the constructor belongs to the caller and must outlive every FileOpen. The reader's file
+// is closed when the facade is destroyed. One thread at a time. Rows are returned as IDataAccess says, in the
+// reader's buffers.
 //
-// No reader: a description without a type, with one outside the enumeration, or of a package (its unpacked data file
-// is read with a CCsvDataAccess of the caller's) gives a facade whose operations all return false with error code 0.
+// There is no reader for a description without a type, with a type outside the enumeration, or of a package (use a
+// CCsvDataAccess for its unpacked data file): all operations of the facade then return false with error code 0.
 #pragma once
 
 #include "IDataAccess.h"
@@ -17,17 +17,17 @@ namespace NSTQ::NSTQCore {
 class TQCACCESS_API CDataAccess {
 public:
     /// Creates the reader for the description's type and gives it the description's line end: CCsvDataAccess for
-    /// comma- and tab-separated text, CFixDataAccess for fixed-length text, which takes the column widths here,
+    /// comma- and tab-separated text, CFixDataAccess for fixed-length text, which copies the column widths here,
     /// CADOOperater, without the line end, for workbooks and databases, whose failures while reading are exceptions
     /// (Platform::_com_error). The description must not be null.
-    /// Throws std::bad_alloc, or what a reader's constructor throws; no facade results then.
+    /// Throws std::bad_alloc, or what the constructor of the reader throws.
     CDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, const CSourceDataInfo* pInfo);
     ~CDataAccess();
     CDataAccess(const CDataAccess&) = delete;
     CDataAccess& operator=(const CDataAccess&) = delete;
 
-    /// Opens the source of the description. The facade keeps no HRESULT: why a workbook or database does not open is
-    /// told by a CADOOperater of the caller's own.
+    /// Opens the source of the description. The facade keeps no HRESULT: to learn why a workbook or database does not
+    /// open, use a CADOOperater instead.
     bool FileOpen();
     /// As the reader's; a false result leaves the error code as it was.
     bool HasNextLineData();
@@ -45,7 +45,7 @@ public:
     DWORD GetErrorCode();
 
 private:
-    /// Keeps the reader's error code of a failed operation and passes the result on.
+    /// Keeps the reader's error code of a failed operation and returns the result.
     bool KeepErrorCode(bool bResult);
 
     std::unique_ptr<IDataAccess> m_pDataAccess;

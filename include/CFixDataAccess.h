@@ -2,22 +2,22 @@
 //
 // A record is a row of columns of known byte widths, without separators and quotes; the widths and whether records
 // end with a line end come from the description (SetFixColLen and GetIsExistFixCRLF) and are copied at construction.
-// Bytes are handed out as they stand in the file: no character set is converted, and a double-byte character that
-// lies across a column's end is split. A column's leading blanks and trailing spaces are dropped, TABs after content
-// become spaces that are not trimmed, other control bytes are dropped. A line end or a SUB (0x1A) inside a column
-// ends the record there; the columns behind it are not counted.
+// Bytes are returned without conversion, and a double-byte character across the end of a column is split. Leading
+// spaces and TABs and trailing spaces of a column are removed, TABs after content become spaces that are not trimmed,
+// other control bytes are removed. A line end or a SUB (0x1A) inside a column ends the record; the columns after it
+// are not counted.
 //
 // Limits:
-//   fields  The count tells all columns that were read; the arrays hold the first dwMaxFieldCnt.
-//   field   A column longer than dwMaxFieldSize is cut to it, or one byte less so that no half character remains.
+//   fields  The count includes all columns that were read; the arrays hold the first dwMaxFieldCnt.
+//   field   A longer column is truncated to dwMaxFieldSize, or one byte less so that no half character remains.
 //   record  The columns must fit the line buffer, each with its NUL: the sum of the widths plus the number of
-//           columns is at most dwMaxLineSize + 1 (which counts as 65536 at most). FileOpen refuses any other layout
-//           with false and error code 87 (invalid parameter) without touching the file. A read made all the same
-//           gives false at the first column for which there is no room, and never writes past a buffer.
+//           columns is at most dwMaxLineSize + 1 (which counts as 65536 at most). FileOpen rejects any other layout
+//           with false and error code 87 (invalid parameter) without opening the file. A read nevertheless returns
+//           false at the first column for which there is no room, and never writes beyond a buffer.
 //
-// A failed read of the file ends the column in hand and leaves the columns behind it empty. The error code tells; the
+// A failed read of the file ends the current column, leaves the columns after it empty and sets the error code; the
 // result is false when records end with a line end and data remain, else true.
-// At the end of the data further reads are true with all columns empty, so ask HasNextLineData before each.
+// At the end of the data further reads return true with all columns empty, so call HasNextLineData before each.
 #pragma once
 
 #include "VCTextFileOperater.h"
@@ -30,7 +30,7 @@ public:
     CFixDataAccess(DWORD dwMaxFieldCnt, DWORD dwMaxLineSize, DWORD dwMaxFieldSize, const CSourceDataInfo* pInfo);
     ~CFixDataAccess() override;
 
-    /// As the base's, for a layout that fits the line buffer.
+    /// As the base class, for a layout that fits the line buffer.
     bool FileOpen(const CSourceDataInfo* pInfo) override;
 
     /// Reads the next record. With no columns: false while data remain, nothing is consumed.

@@ -1,4 +1,4 @@
-// The constants that the library shares with its host, and the kinds of sources.
+// The constants that the library shares with its host, and the types of sources.
 #pragma once
 
 #include "tqcAccess/Export.h"
@@ -6,10 +6,10 @@
 
 namespace NSTQ::NSTQCore {
 
-/// Holder of the enumerations that cross the library's boundary.
+/// Contains the enumerations of the interface.
 class SCDeclareConstant {
 public:
-    /// The kind of a source. The values are fixed.
+    /// The type of a source. The values are fixed.
     enum ESourceFileType : DWORD {
         SFT_XTQF = 0,  ///< the application's package: a zip archive with a comma-separated data file
         SFT_CSV = 1,   ///< comma-separated text
@@ -32,23 +32,23 @@ public:
 class TQCACCESS_API SCDataAccessDefine {
 public:
     // Single-byte codes.
-    static const char SUB_CODE = 0x1A; ///< end-of-file mark inside text sources
+    static const char SUB_CODE = 0x1A; ///< end-of-file character inside text sources
     static const char TAB_CODE = 0x09;
     static const char NULL_CODE = 0x00;
     static const char SPACE_CODE = 0x20;
     static const char PERIOD_CODE = 0x2E;
     static const char CAMMA_CODE = 0x2C; ///< the default field separator
-    static const char $_CODE = 0x24;     ///< ends a worksheet name
+    static const char $_CODE = 0x24;     ///< the end of a worksheet name
     static const char DOUBLE_QUOTATION = 0x22;
     static const char LF_CODE = 0x0A;
     static const char CR_CODE = 0x0D;
     static const char DATAFILE_SEPARATOR = 0x2C; ///< the separator of data files
 
     // Buffer sizes in bytes.
-    static const DWORD READ_BUFF_SIZE = 64000;  ///< bytes asked for in one read of a text file
-    static const DWORD WRITE_BUFF_SIZE = 64000; ///< bytes that the CSV writer holds back
+    static const DWORD READ_BUFF_SIZE = 64000;  ///< bytes of one read of a text file
+    static const DWORD WRITE_BUFF_SIZE = 64000; ///< bytes of the CSV writer's buffer
 
-    // Byte-order marks. The UTF-16 ones are offered to the host; no operation of the library uses them.
+    // BOMs. Those of UTF-16 are for the host; no operation of the library uses them.
     static const unsigned char BOM_UTF8[3];
     static const unsigned char BOM_UTF16LE[2];
     static const unsigned char BOM_UTF16BE[2];
@@ -80,7 +80,7 @@ public:
     static const char* const EXT_MDB;
     static const char* const EXT_ACCDB;
     static const char* const EXT_XTQF;
-    static const char* const EXT_SPC; ///< offered to the host; the library does not recognise it
+    static const char* const EXT_SPC; ///< for the host; the library does not recognise it
 
     // Packages.
     static const char* const TQF_PATH_DATAFILE;            ///< the data file inside an unpacked package

@@ -1,7 +1,7 @@
-// From the paths that this library hands out to those that the system's own functions, such as std::fopen, open.
+// Converts the paths that this library returns to those of the system's own functions, such as std::fopen.
 //
-// All paths of the interface are text in the ANSI code page; those that come out may have '\' between names, and
-// the bytes of a name that the code page lacks as an escape. The path of the system is UTF-8 with '/'.
+// All paths of the interface are text in the ANSI code page; those that it returns may have '\' between names, and
+// escapes for bytes of a name that the code page cannot represent. The path of the system is UTF-8 with '/'.
 #pragma once
 
 #include "Export.h"
@@ -11,10 +11,10 @@
 
 namespace NSTQ::Platform {
 
-/// Turns the NUL-terminated `path`, such as CSourceDataInfo::GetFilePath gives, into the path of the system. Nothing
-/// is looked up: the file need not exist. Returns 0, or a Windows code with `systemPath` unspecified: 3 for a null or
-/// empty path, 123 for one with characters that the code page does not have or with a false escape, 206 for one that
-/// is longer than any path of the system. Throws std::bad_alloc.
+/// Converts the NUL-terminated `path`, such as that of CSourceDataInfo::GetFilePath, to a path of the system. The
+/// file need not exist. Returns 0, or a Windows error code with `systemPath` unspecified: 3 for a null or empty path,
+/// 123 for one with bytes that are invalid in the code page or with an invalid escape, 206 for one that is longer
+/// than any path of the system. Throws std::bad_alloc.
 TQCACCESS_API DWORD ConvertToSystemPath(const char* path, std::string& systemPath);
 
 } // namespace NSTQ::Platform

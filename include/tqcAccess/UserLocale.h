@@ -1,7 +1,7 @@
-// The user's locale: how values of workbooks and databases look as text.
+// The user's locale: how values of workbooks and databases are written as text.
 //
 // On Linux it is a setting of this layer and not of the environment: the library never calls setlocale. A host sets
-// it once, before it uses anything else of the library, and from one thread; afterwards any thread may use it.
+// it once, before it uses anything else of the library, from one thread; afterwards any thread may use it.
 #pragma once
 
 #include "Export.h"
@@ -11,29 +11,29 @@
 
 namespace NSTQ::Platform {
 
-/// Pictures are ASCII, not empty, and have at most this many characters.
+/// Format patterns are ASCII, not empty, and have at most this many characters.
 inline constexpr std::size_t maxLocalePicture = 31;
 
-/// How many digits a number of floating point shows.
+/// How many digits of a floating-point number are written.
 enum class ENumberDigits : unsigned char {
-    Default, ///< at most 15, of a Single 7: rounded, ties away from zero, as the platform does
-    Full,    ///< as many as give the same number back: at most 17, of a Single 9
+    Default, ///< at most 15, for a Single 7: rounded, ties away from zero, as on Windows
+    Full,    ///< as many as are needed to read the same number back: at most 17, for a Single 9
 };
 
-/// How dates, times and numbers are written. The texts are the caller's.
+/// How dates, times and numbers are written. The texts belong to the caller.
 struct SUserLocale {
     /// yyyy, yy: the year with four or two digits; MM, M: the month, dd, d: the day, with two digits or without a
-    /// leading zero. Every other character stands for itself; a single y and longer runs are refused.
+    /// leading zero. Every other character is written unchanged; a single y and longer runs are rejected.
     std::string_view dateFormat = "yyyy/MM/dd";
     /// HH, H: the hour from 0 to 23; hh, h: from 1 to 12; mm, m: the minute; ss, s: the second; tt: AM or PM.
     std::string_view timeFormat = "H:mm:ss";
-    /// A printable ASCII character other than a blank, a digit, a letter, '-', '+' and '#'.
+    /// A printable ASCII character other than a space, a digit, a letter, '-', '+' and '#'.
     char decimalSign = '.';
-    /// A number takes the exponent form from that many digits before the decimal sign on, for Full from 17 or 9.
+    /// Also the number of digits before the decimal sign from which the exponent form is used, for Full 17 or 9.
     ENumberDigits numberDigits = ENumberDigits::Default;
 };
 
-/// Takes a copy. False, and the setting stays, when a part of it is not as above.
+/// Copies it. False, with the setting unchanged, when a part of it is not as above.
 TQCACCESS_API bool SetUserLocale(const SUserLocale& locale);
 
 /// The setting, valid until the next SetUserLocale.
