@@ -60,13 +60,13 @@ TEST_F(Convert, BetweenEncodings) {
         {"a.csv --output-encoding 932", "a,\xC3\xA9\xE2\x82\xAC\nb\n", "a,e?\r\nb\r\n", "row 1: replaced", 1},
         {"a.csv --output-encoding 932", "\xC2\xA5\n", "\\\r\n", "row 1: replaced", 1},
         {"a.csv --encoding 932", "a,\x81\x20\xFFz\n", "a,\xE3\x83\xBB\xEF\xA3\xB3z\r\n",
-         "row 1: bytes that are not valid shift_jis", 1},
+         "row 1: bytes that are invalid in shift_jis", 1},
         {"a.csv --output-encoding 932 --strict", "a\n\xE2\x82\xAC\n", "a\r\n", "row 2: characters", 5},
         // Bytes that are not UTF-8, and what they are taken for when nobody says it.
         {"a.csv --add-bom", "a\n" + SJIS, MARK + "a\r\n\xEF\xBF\xBD\\,a b,1\r\n",
-         "row 2: bytes that are not valid utf-8, replaced; try another --encoding", 1},
+         "row 2: bytes that are invalid in utf-8, replaced; try another --encoding", 1},
         {"a.csv --output-encoding 932 --encoding utf-8", SJIS, "?\\,a b,1\r\n", "a.csv: row 1: bytes that", 1},
-        {"a.csv --quiet --strict", "a\n\xC3\n", "a\r\n", "row 2: bytes that are not valid utf-8; try another", 5},
+        {"a.csv --quiet --strict", "a\n\xC3\n", "a\r\n", "row 2: bytes that are invalid in utf-8; try another", 5},
         {"a.csv --on-error skip", "a\n\xE8\xA1,\xF4\x8F\xBFz\n", "a\r\n", "row 2: rejected: bytes that", 1},
         {"a.txt --widths 2,1", "\xE8\xA1\xA8\n", "\xEF\xBF\xBD,\xEF\xBF\xBD\r\n", "row 1: bytes that", 1},
         {"preview a.csv", "\xC8\xAD\xC8\xAD\xC1\n", "\xC8\xAD\xC8\xAD\xEF\xBF\xBD\n", "a.csv: mostly UTF-8"},
@@ -145,16 +145,16 @@ TEST_F(Convert, FixedLengthText) {
         {"a.txt --widths 2,1", "ab1\ncd22\n", "ab,1\r\ncd,2\r\n", "row 2: text", 1},
         // A line longer than any row.
         {"a.txt --widths 2,1", "ab1\ncd2" + std::string(70'000, ' ') + "x\nef3\n", "ab,1\r\ncd,2\r\nef,3\r\n",
-         "row 2: text behind", 1},
-        {"a.txt --widths 2,1", "ab\x1A\x63\x64\x32\n", "ab,\r\ncd,2\r\n", "row 1: ended by an end-of-file mark", 1},
-        {"a.txt --widths 2", "\x1A\n", "\r\n", "row 1: an end-of-file mark", 1},
+         "row 2: text after", 1},
+        {"a.txt --widths 2,1", "ab\x1A\x63\x64\x32\n", "ab,\r\ncd,2\r\n", "row 1: ended by a SUB byte", 1},
+        {"a.txt --widths 2", "\x1A\n", "\r\n", "row 1: a SUB byte", 1},
         {"a.txt --widths 2,1", "ab1\r\n\x1A", "ab,1\r\n"},
         {"a.txt --widths 3,1 --max-field-size 2", "abc1\n", "ab,1\r\n", "field 1", 1},
         {"a.txt --widths 6,5 --max-line-size 10", "abc1\n", "", "--max-line-size", 6},
         {"a.txt", "abc1\n", "", "tqc preview a.txt", 5},
         {"a.csv --widths 1 --type csv", "a\n", "", "--type fix", 2},
         {"a.csv --widths 3,0", "a\n", "", "1 to 65535", 2},
-        {"a.csv --widths 65000,600", "a\n", "", "at most 65534; these come to 65602", 2},
+        {"a.csv --widths 65000,600", "a\n", "", "at most 65534; it is 65602", 2},
         {"preview a.txt", "0123456789ab\r\nc\td\r\n\r\nnot shown\r\n",
          "        10\n123456789012\n0123456789ab\nc.d\n\n"},
         {"preview a.dat", MARK + "\xE8\xA1\xA8\x1B[\x7F\xC2\x9B|\n", "123456789\n\xE8\xA1\xA8 .[.. |\n"},
@@ -179,7 +179,7 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
     }
     ::setenv("TMPDIR", m_folder.Path("tmp").c_str(), 1);
     EXPECT_THAT(Run("info a.xtqf").output,
-                testing::AllOf(HasSubstr("Data file:     16 bytes"), HasSubstr("UTF-8 (with a mark)")));
+                testing::AllOf(HasSubstr("Data file:     16 bytes"), HasSubstr("UTF-8 (BOM)")));
     EXPECT_THAT(Run("info " TQC_SAMPLES "/prices-locked.xtqf").output, HasSubstr("needs a password"));
     m_folder.WriteFile("key", "x");
     m_folder.WriteFile("other.xtqf", MakeZip({{.name = "other", .content = "x"}}));
@@ -189,7 +189,7 @@ TEST_F(Convert, PackagesConvertLikeAnySource) {
         {TQC_SAMPLES "/prices-locked.xtqf", "", "", "needs a password; give it with --password-file", 4},
         {TQC_SAMPLES "/prices-locked.xtqf --password-file key", "", "", "unpacked: the password is wrong\n", 4},
         {"a.xtqf --password-file missing", "", "", "missing", 3},
-        {"other.xtqf", "", "", "other.xtqf: package without TqData/SourceFile.csv", 5},
+        {"other.xtqf", "", "", "other.xtqf: the package does not contain TqData/SourceFile.csv", 5},
         {"list a.xtqf", "", "", "this is a package", 2},
     };
     Check(refused);
@@ -212,7 +212,7 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"a.xlsx", "", rows},
         {"a.xlsx --sheet It's~a.b!c", "", rows},
         {"a.xlsx --header --sheet gR\xC3\xB6~\xCF\x82~\xD1\x91~\xEF\xBD\x91", "", rows},
-        {"a.xlsx --sheet Ab", "", "", "several sheets are called \"Ab\" without regard to case: ab, aB", 3},
+        {"a.xlsx --sheet Ab", "", "", "several sheets match \"Ab\" if case is ignored: ab, aB", 3},
         {"a.xlsx --sheet \"\"", "", "", "a name, or a number from 1", 2},
         {"a.xlsx --sheet 3 --skip 1", "", "0.3,\r\n"},
         {"a.xlsx --skip 1 --numbers full", "", "0.30000000000000004,\r\n"},
@@ -225,7 +225,7 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"a.csv --sheet 1", "a,b\n", "", "--sheet is for workbooks and databases", 2},
         {"b.xlsx", "no workbook", "", "b.xlsx: ", 5},
         {"vast.xlsx --max-fields 16384 -o /dev/null", "", "",
-         "nearly all of it is empty: its first 6104 rows have 100007936 fields and 1 bytes in them", 0},
+         "nearly all cells are empty: the first 6104 rows have 100007936 fields and 1 bytes", 0},
         {"damaged.xlsx", "", "",
          "its sheet \"It's a.b!c\" cannot be opened: xl/worksheets/sheet1.xml: it has a DOCTYPE\n", 5},
         {"long.xlsx --header", "", "", "long.xlsx: its sheet \"Sheet1\" cannot be opened: row 1 holds more than", 6},
@@ -235,7 +235,8 @@ TEST_F(Convert, WorkbooksListAndConvert) {
         {"list wide.xlsx", "", "name\trows\tcolumns\nSheet1\t1\t16384\n"},
         {"wide.xlsx", "", "x" + std::string(16'383, ',') + "x\r\n"},
         {"lines.xlsx", "", "\"l1\nl2\"\r\nx\r\n\"" + std::string(65'533, 'x') + "\n\n\"\r\na\r\ny\r\n",
-         "row 3: field 1 has more than 65535 bytes, cut, the most there can be\ntqc: lines.xlsx: row 4: field 1 has",
+         "row 3: field 1 has more than 65535 bytes, truncated; that is the maximum\ntqc: lines.xlsx: row 4: field 1 "
+         "has",
          1},
     };
     parts.strWorkbookPart =

@@ -46,18 +46,18 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         // Several inputs into one output.
         {"convert a.csv b.csv --header --skip 1 -o o", "", "", "", 0, "o{n,v\r\n2,-12.5\r\n}"},
         {"book.xlsx book.xlsx --header", "", book},
-        {"book.xlsx a.csv --header -o o", "", "", "a.csv: its column 1 is \"n\", that of book.xlsx \"say", 5},
-        {"a.csv wide.csv -o o", "", "", "wide.csv: its first row has 3 fields, that of a.csv 2", 5},
+        {"book.xlsx a.csv --header -o o", "", "", "a.csv: column 1 is named \"n\", but in book.xlsx \"say", 5},
+        {"a.csv wide.csv -o o", "", "", "wide.csv: the first row has 3 fields, that of a.csv has 2", 5},
         {"a.csv b.csv -o ./b.csv", "", "", "would replace the input b.csv", 2},
         // One output each.
         {"b.csv a.tsv --out-dir x/y", "", "", "", 0, "x/y/a.csv{t,u\r\n}x/y/b.csv{n,v\r\n3,x\r\n}"},
         {"b.csv no.csv wide.csv --out-dir x", "", "", "no.csv: No such file", 3,
          "x/b.csv{n,v\r\n3,x\r\n}x/wide.csv{p,q,r\r\n}"},
-        {"b.csv a.csv a.tsv --out-dir x", "", "", "x/a.csv: the output of both a.csv and a.tsv", 2},
+        {"b.csv a.csv a.tsv --out-dir x", "", "", "x/a.csv: would be the output of both a.csv and a.tsv", 2},
         {"a.tsv a.csv --out-dir .", "", "", "would replace the input a.csv", 2},
         // Standard input.
         {"- --type csv <b.csv", "", "n,v\r\n3,x\r\n"},
-        {"- --widths 2,1 <fix.txt", "", "ab,1\r\ncd,2\r\nef,3\r\n", "-: row 2: text behind the last column, left out",
+        {"- --widths 2,1 <fix.txt", "", "ab,1\r\ncd,2\r\nef,3\r\n", "-: row 2: text after the last column, left out",
          1},
         {"b.csv - --type csv --out-dir x <a.tsv", "", "", "", 0, "x/b.csv{n,v\r\n3,x\r\n}x/stdin.csv{t u\r\n}"},
         {"- --type xlsx --sheet It's <book.xlsx", "", book},
@@ -77,7 +77,7 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         {"bad.csv --max-fields 2 --on-error stop -o o", "", "", "row 2: more than 2 fields", 6},
         {"fix.txt b.csv --widths 2,1 --out-dir x --rejects r", "", "", "fix.txt: row 2: rejected: text", 1,
          "r{" + head +
-             "2,4,\"text behind the last column\",\"cd2!\",\"fix.txt\"\r\n}"
+             "2,4,\"text after the last column\",\"cd2!\",\"fix.txt\"\r\n}"
              "x/b.csv{\"n,\",v\r\n\"3,\",x\r\n}x/fix.csv{ab,1\r\nef,3\r\n}"},
         {"long.csv --rejects r", "", "a\r\nb\r\n", "row 2: rejected: 65535 bytes or more", 1,
          "r{" + head + "2,2,\"65535 bytes or more\",\"" + std::string(70'000, 'x') + "\",\"long.csv\"\r\n}"},
@@ -86,19 +86,20 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         {"book.xlsx --max-field-size 3 --rejects r", "", "", "row 1: rejected: field 1 has 10 bytes", 1,
          "r{" + head + "1,,\"field 1 has 10 bytes\",\"\"\"say \"\"\"\"x, y\"\"\"\"\"\",-1\",\"book.xlsx\"\r\n}"},
         {"euro.csv --output-encoding 932 --strict --rejects r", "", "b,c\r\n", "row 1: rejected: characters", 1,
-         "r{" + head + "1,0,\"characters that 932 (shift_jis) does not have\",\"a,\xE2\x82\xAC\",\"euro.csv\"\r\n}"},
+         "r{" + head +
+             "1,0,\"characters that 932 (shift_jis) cannot represent\",\"a,\xE2\x82\xAC\",\"euro.csv\"\r\n}"},
         {"euro.csv --header --output-encoding 932 --strict --on-error skip", "", "", "row 1: characters", 5},
         {"b.csv sjis.csv -o o --add-bom --rejects r", "", "", "sjis.csv: row 1: rejected: bytes", 1,
          "o{" + MARK + "n,v\r\n3,x\r\n}r{" + head +
-             "1,0,\"bytes that are not valid utf-8\",\"\x95\x5C,1\",\"sjis.csv\"\r\n}"},
+             "1,0,\"bytes that are invalid in utf-8\",\"\x95\x5C,1\",\"sjis.csv\"\r\n}"},
         {"b.csv --rejects r", "", "n,v\r\n3,x\r\n", "", 0, "r{" + head + "}"},
-        {"b.csv --rejects b.csv", "", "", "is an input or the output as well", 2},
+        {"b.csv --rejects b.csv", "", "", "is also an input or the output", 2},
         {"b.csv --rejects r --on-error stop", "", "", "--on-error skip", 2},
         {"b.csv --rejects -", "", "", "both be standard output", 2},
         // What is asked in the wrong place.
-        {"list a.csv b.csv", "", "", "one file at a time", 2},
+        {"list a.csv b.csv", "", "", "this command takes one file", 2},
         {"a.csv info", "", "", "tqc info a.csv", 2},
-        {"info a.csv -o o", "", "", "--output, --out-dir and --rejects are for convert", 2},
+        {"info a.csv -o o", "", "", "--output, --out-dir and --rejects are options of convert", 2},
         {"a.csv --json", "", "", "--json", 2},
     };
     Check(cases);
@@ -139,7 +140,7 @@ TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
          "r{row,offset,cause,record,file\r\n1,0,\"more than 1 fields\",\"'=1;'+b,-2\",\"'=f.csv\"\r\n}"},
         {"f.csv --formula-guard", "=" + std::string(65'533, 'x') + "\n", "'=" + std::string(65'533, 'x') + "\r\n"},
         {"f.csv --formula-guard", Repeat("x;=", 21'844) + "\n", Repeat("x;'=", 16'383) + "x\r\n",
-         "more than 65535 bytes, cut", 1},
+         "more than 65535 bytes, truncated", 1},
     };
     Check(others);
 }

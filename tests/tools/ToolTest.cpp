@@ -57,7 +57,7 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.csv", package, "k,l\r\n"},
         {"a.csv", MakeZip({{.name = "a.csv", .content = "k,l\n"}}), "", "a.csv: seems to be a zip archive", 5},
         {"a.csv --type tsv --limit 1", "PK\x03\x04\nb\n", "PK\r\n"},
-        {"a.accdt", "PK\x03\x04", "", "a template for databases", 5},
+        {"a.accdt", "PK\x03\x04", "", "a database template", 5},
         {"info a.txt", "%PDF-1.4\n,", "", "a PDF document; give --type csv", 5},
         {"preview a.csv", "\x89PNG\r\n\x1A\n", "", "an image", 5},
         {"a.dat --separator ;", "RIFF....WEBPVP8;\n", "", "an image", 5},
@@ -71,12 +71,12 @@ TEST_F(Tool, FindsOutTypeLineEndAndCodePage) {
         {"a.csv --encoding ansi", MARK + "a\n", MARK + "a\r\n"},
         {"a.csv --code-page sjis", JAPANESE_SJIS, JAPANESE_SJIS + "\r\n"},
         {"a.csv --code-page 932", MARK + JAPANESE_UTF8 + ",\xE2\x82\xAC\n", JAPANESE_SJIS + ",?\r\n",
-         "row 1: replaced: characters that 932 (shift_jis) does not have", 1},
+         "row 1: replaced: characters that 932 (shift_jis) cannot represent", 1},
         {"a.csv --code-page 932 --encoding utf-8", JAPANESE_UTF8 + "\n", JAPANESE_SJIS + "\r\n"},
         {JAPANESE_UTF8 + ".csv", "a\n", "a\r\n"},
         {JAPANESE_UTF8 + ".csv --code-page 932", "a\n", "a\r\n"},
         {"\xC2\xA5.csv --code-page 932", "a\n", "", "try --code-page 65001", 2},
-        {"a\\b.csv", "a\n", "", "taken for '/'", 2},
+        {"a\\b.csv", "a\n", "", "read as '/'", 2},
     };
     Check(cases);
 }
@@ -92,14 +92,14 @@ TEST_F(Tool, ReportsEachRowThatItCannotTakeWhole) {
         {"a.csv", "a\n" + std::string(70'000, 'x') + "\nb\n", "a\r\nb\r\n", "row 2: 65535 bytes or more, left out",
          1},
         {"a.csv --max-line-size 5", "a\n1,\"b\nc\nd\n", "a\r\nd\r\n",
-         "row 2: the quote at byte 4 of the file does not close before the row has 5 bytes, left out; try --no-q", 1},
+         "row 2: the quote at byte 4 of the file is not closed before the row has 5 bytes, left out; try --no-q", 1},
         {"a.csv", "a\n1,\"b\nc\n", "a\r\n1,\"b\nc\n\"\r\n",
-         "row 2: the quote at byte 4 of the file does not close, so", 1},
+         "row 2: the quote at byte 4 of the file is not closed, so", 1},
         {"a.csv --on-error stop", "a\n1,\"b\nc\n", "a\r\n",
-         "row 2: the quote at byte 4 of the file does not close; try", 5},
+         "row 2: the quote at byte 4 of the file is not closed; try", 5},
         {"a.csv", std::string(65'534, 'x') + "\nb\n", std::string(65'534, 'x') + "\r\nb\r\n"},
-        {"a.csv", "a,b,\x1A\x63\nd\n", "a,b\r\nc\r\nd\r\n", "row 1: ended by an end-of-file mark", 1},
-        {"a.csv", "a\n\x1A\x62\n", "a\r\nb\r\n", "row 2: an end-of-file mark", 1},
+        {"a.csv", "a,b,\x1A\x63\nd\n", "a,b\r\nc\r\nd\r\n", "row 1: ended by a SUB byte", 1},
+        {"a.csv", "a\n\x1A\x62\n", "a\r\nb\r\n", "row 2: a SUB byte", 1},
         {"a.csv --code-page 932", MARK + "a\n\x1A", "a\r\n"},
         {"a.csv --max-fields 2 --quiet", "1,2,3\n", "1,2\r\n", "", 1},
         {"a.csv --skip 1 --limit 2", "1\n2\n3\n4\n", "2\r\n3\r\n"},
@@ -133,7 +133,7 @@ TEST_F(Tool, RefusesWhatItCannotUse) {
         {"a.csv --output=", "", "", "--output", 2},
         {"a.csv -o folder.csv", "", "", "a folder", 7},
         {"a.csv -o nowhere/b.csv", "", "", "nowhere/b.csv", 7},
-        {"a.csv -o readonly.csv", "", "", "may not be written", 7},
+        {"a.csv -o readonly.csv", "", "", "is not writable", 7},
     };
     Check(cases);
     EXPECT_EQ(m_folder.ReadFile("readonly.csv"), "old");
@@ -144,7 +144,7 @@ TEST_F(Tool, InfoTellsWhatTheSamplesAre) {
         {"prices-sjis.csv",
          "comma-separated text,not UTF-8, probably 932 (shift_jis); if so, give --encoding shift_jis,CR LF"},
         {"prices-sjis.csv --code-page 932", "comma-separated text,code page 932 (shift_jis),CR LF"},
-        {"prices-utf8.csv --code-page 932", "comma-separated text,UTF-8 (with a mark),CR LF"},
+        {"prices-utf8.csv --code-page 932", "comma-separated text,UTF-8 (BOM),CR LF"},
         {"stock.tsv", "tab-separated text,UTF-8,LF"},
         {"ledger.txt", "fixed-length text,UTF-8,CR LF"},
     };

@@ -16,8 +16,9 @@ bool CColumns::TakeNames(const std::string& file, const std::vector<std::string>
     const auto [mine, other] = std::mismatch(names.begin(), names.end(), m_names->begin(), m_names->end());
     if (mine != names.end())
         throw CFailure(EExitStatus::Unsupported, file,
-                       "its column " + std::to_string(mine - names.begin() + 1) + " is \"" + *mine + "\", that of " +
-                           m_file + " \"" + *other + "\"; one output takes the same columns; try --out-dir");
+                       "column " + std::to_string(mine - names.begin() + 1) + " is named \"" + *mine + "\", but in " +
+                           m_file + " \"" + *other +
+                           "\"; the inputs of one output need the same columns; try --out-dir");
     return false;
 }
 
@@ -30,8 +31,9 @@ void CColumns::TakeCount(const std::string& file, DWORD count) {
     }
     if (count != *m_count)
         throw CFailure(EExitStatus::Unsupported, file,
-                       "its first row has " + std::to_string(count) + " fields, that of " + m_file + " " +
-                           std::to_string(*m_count) + "; one output takes the same columns; try --out-dir");
+                       "the first row has " + std::to_string(count) + " fields, that of " + m_file + " has " +
+                           std::to_string(*m_count) +
+                           "; the inputs of one output need the same columns; try --out-dir");
 }
 
 } // namespace NSTQ::Tool

@@ -34,7 +34,7 @@ CFileHead::CFileHead(int descriptor, const std::string& name) {
     if (::fstat(descriptor, &m_status) != 0)
         throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
     if (S_ISDIR(m_status.st_mode))
-        throw CFailure(EExitStatus::NotFound, name, "a folder; give a file in it");
+        throw CFailure(EExitStatus::NotFound, name, "is a folder; give a file in it");
     m_bytes.resize(sizeMax);
     if (!Fill(m_bytes, descriptor))
         throw CFailure(EExitStatus::Unsupported, name, "cannot be read: " + SCErrorText::OfSystem(errno));

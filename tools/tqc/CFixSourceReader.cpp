@@ -49,8 +49,8 @@ void CFixSourceReader::TakeRestOfLine(const WORD* lengths) {
 std::optional<SRowFault> CFixSourceReader::GetFault() const {
     if (!m_isTextLeftOut)
         return std::nullopt;
-    return SRowFault{EExitStatus::Unsupported, "text behind the last column", "left out",
-                     "; try greater or more --widths"};
+    return SRowFault{EExitStatus::Unsupported, "text after the last column", "left out",
+                     "; try larger or more --widths"};
 }
 
 /// The byte before the next one to be read.

@@ -72,7 +72,7 @@ void CInputFile::TakeFile() {
 void CInputFile::TakeStream(int descriptor) {
     if (!m_type && !m_options.separator && IsStandardInput(m_name))
         throw CFailure(EExitStatus::Usage, "-",
-                       "standard input has no name that tells what it is; give --type: " + SCTypeNames::All());
+                       "the type of standard input is unknown; give --type: " + SCTypeNames::All());
     const auto type = m_type.value_or(SCTypeNames::OfFile(m_name));
     const bool isText = type == SCDeclareConstant::SFT_UNKNOWN || SCTypeNames::IsText(type);
     if (isText && MayStream()) {

@@ -23,7 +23,7 @@ CSourceDataInfo::ESourceDataOpen CLockableSource::Prepare(CSourceDataInfo& info,
         if (attempt > 0 && (isGiven || !password))
             break;
         if (password && !info.SetPassWordString(password->c_str()))
-            throw CFailure(EExitStatus::Usage, m_input.Name(), "a password has at most 259 bytes");
+            throw CFailure(EExitStatus::Usage, m_input.Name(), "a password can have at most 259 bytes");
         result = TryToPrepare();
     }
     return result;

@@ -34,9 +34,9 @@ int DescriptorOfName(std::string_view name) {
 void CheckReplaceable(const std::string& path, const struct stat& status) {
     constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if (S_ISDIR(status.st_mode))
-        throw CFailure(EExitStatus::OutputFailed, path, "a folder; give a file name in it");
+        throw CFailure(EExitStatus::OutputFailed, path, "is a folder; give the name of a file in it");
     if ((status.st_mode & anyWrite) == 0 || ::access(path.c_str(), W_OK) != 0)
-        throw CFailure(EExitStatus::OutputFailed, path, "the file is there and may not be written; try another name");
+        throw CFailure(EExitStatus::OutputFailed, path, "the file exists and is not writable; try another name");
 }
 
 /// Whether the link may have been planted: the system follows none of another user in a folder that everybody may
@@ -65,8 +65,9 @@ std::string COutputTarget::FollowLinks(std::string path) {
         if (length < 0)
             return path;
         if (IsPlanted(path))
-            throw CFailure(EExitStatus::OutputFailed, path,
-                           "a link of another user in a folder that everybody may write to; give the file itself");
+            throw CFailure(
+                EExitStatus::OutputFailed, path,
+                "a link that belongs to another user, in a folder that everybody can write to; give the file itself");
         const std::string next(link.data(), static_cast<std::size_t>(length));
         if (next.starts_with('/'))
             path = next;

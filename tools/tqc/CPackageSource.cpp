@@ -25,9 +25,9 @@ struct SFault {
 constexpr DWORD unclearFault = 23;
 
 constexpr SFault faults[] = {
-    {13, EExitStatus::Unsupported, "it holds names, links or sizes that are never unpacked"},
+    {13, EExitStatus::Unsupported, "it contains names, links or sizes that are not allowed"},
     {unclearFault, EExitStatus::Password, "the password is wrong, or the package is damaged"},
-    {50, EExitStatus::Unsupported, "its compression or encryption is of an unknown kind"},
+    {50, EExitStatus::Unsupported, "its compression or encryption method is unknown"},
     {86, EExitStatus::Password, "the password is wrong"},
     {1392, EExitStatus::Unsupported, "the package is damaged"},
     {0, EExitStatus::OutputFailed, nullptr},
@@ -70,7 +70,8 @@ bool CPackageSource::Unpack(bool mayAsk) {
         Explain();
     const std::string dataPath = SCPathText::ToSystem(path);
     if (::access(dataPath.c_str(), F_OK) != 0)
-        throw CFailure(EExitStatus::Unsupported, m_input.Name(), "package without TqData/SourceFile.csv");
+        throw CFailure(EExitStatus::Unsupported, m_input.Name(),
+                       "the package does not contain TqData/SourceFile.csv");
     const CDescriptor file = CFileHead::Open(dataPath, m_input.Name());
     m_text.emplace(m_options, CTextFile::SPlace{m_input.Name(), dataPath, -1}, CFileHead(file.Get(), m_input.Name()));
     return true;
@@ -98,8 +99,7 @@ std::string CPackageSource::DescribeRefusal() const {
 /// Raises what kept the package from being unpacked.
 void CPackageSource::Explain() const {
     if (!m_input.Head().Bytes().starts_with("PK"))
-        throw CFailure(EExitStatus::Unsupported, m_input.Name(),
-                       "not a package: it does not begin as a zip archive does");
+        throw CFailure(EExitStatus::Unsupported, m_input.Name(), "not a package: it is not a zip archive");
     const SFault& fault = FindFault(m_info.GetErrorCode());
     const bool needsPassword = fault.status == EExitStatus::Password && *m_info.GetPassWordString() == '\0';
     throw CFailure(fault.status, m_input.Name(),

@@ -112,7 +112,8 @@ void CRejectFile::EndRow() {
 
 void CRejectFile::Flush() {
     if (!m_target.Write(m_buffer.data(), m_buffer.size()))
-        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), "nobody reads the rejected rows any more");
+        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(),
+                       "the reader of the rejected rows has closed the pipe");
     m_buffer.clear();
 }
 

@@ -34,7 +34,7 @@ void CReporter::Finish() {
     m_bar.Clear();
     if (m_reports > maxReports && !m_isQuiet)
         Print(m_file + ": " + std::to_string(m_reports - maxReports) +
-              " more rows were cut, left out or changed; the first ones are reported above");
+              " more rows were truncated, left out or changed; only the first ones are reported above");
 }
 
 void CReporter::Print(std::string_view message) {

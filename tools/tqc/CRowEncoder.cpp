@@ -87,12 +87,12 @@ void CRowEncoder::EncodeField(const char* text, WORD length) {
                                                       nullptr, nullptr);
     m_text.resize(start + static_cast<std::size_t>(size));
     if (!AreDefined({text, length}, units))
-        m_sourceLoss = "bytes that are not valid " + SCCodePageNames::NameOf(m_sourcePage);
+        m_sourceLoss = "bytes that are invalid in " + SCCodePageNames::NameOf(m_sourcePage);
     if (m_codePage != CP_UTF8 && !IsKept(start, units))
-        AddLoss("characters that " + m_name + " does not have");
+        AddLoss("characters that " + m_name + " cannot represent");
     if (m_text.size() - start > m_maxFieldLength) {
         m_text.resize(start + FittingLength(units));
-        AddLoss("a field, cut, of more than " + std::to_string(m_maxFieldLength) + " bytes in " + m_name);
+        AddLoss("a field, truncated, of more than " + std::to_string(m_maxFieldLength) + " bytes in " + m_name);
     }
     m_lengths.push_back(static_cast<WORD>(m_text.size() - start));
 }

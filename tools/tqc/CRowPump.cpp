@@ -63,8 +63,8 @@ bool CRowPump::WriteFirstRowAsNames() {
         return true;
     if (outcome == EOutcome::TooLong)
         throw CFailure(EExitStatus::Limit, m_reporter.File(),
-                       "its first row, which --header takes for names, has " + std::to_string(m_options.maxLineSize) +
-                           " bytes or more" + (m_openQuote >= 0 ? ": " + DescribeOpenQuote() + openQuoteHint : ""));
+                       "the header row has " + std::to_string(m_options.maxLineSize) + " bytes or more" +
+                           (m_openQuote >= 0 ? ": " + DescribeOpenQuote() + openQuoteHint : ""));
     m_row = m_headerRows = 1;
     std::vector<std::string> names;
     for (DWORD i = 0; i < std::min(m_count, m_options.maxFields + 1); ++i)
@@ -94,8 +94,7 @@ bool CRowPump::ReadRecord() {
     const bool complete = GetLineData();
     if (const DWORD code = m_rows.GetErrorCode(); code != 0)
         throw CFailure(EExitStatus::Unsupported, m_reporter.File(),
-                       "cannot be read further after row " + std::to_string(m_row) + ": " +
-                           SCErrorText::OfLibrary(code));
+                       "reading failed after row " + std::to_string(m_row) + ": " + SCErrorText::OfLibrary(code));
     m_recordSize = m_reader.GetPosition() - start;
     return complete;
 }
@@ -114,7 +113,7 @@ bool CRowPump::GetLineData() {
             throw;
         throw CFailure(EExitStatus::Limit, m_reporter.File(),
                        "row " + std::to_string(m_row + 1) +
-                           ": its texts together have more than 65535 bytes, the most there can be");
+                           ": its fields together have more than 65535 bytes, which is the maximum");
     }
 }
 
@@ -148,18 +147,18 @@ void CRowPump::AddTooLong() {
         AddFault(EExitStatus::Limit, DescribeOpenQuote() + " before the row has " + size, "left out", openQuoteHint);
     else
         AddFault(EExitStatus::Limit, size + " or more", "left out",
-                 m_options.maxLineSize < maxLength ? "; try a greater --max-line-size" : ", the most there can be");
+                 m_options.maxLineSize < maxLength ? "; try a larger --max-line-size" : "; that is the maximum");
 }
 
 std::string CRowPump::DescribeOpenQuote() const {
-    return "the quote at byte " + std::to_string(m_openQuote) + " of the file does not close";
+    return "the quote at byte " + std::to_string(m_openQuote) + " of the file is not closed";
 }
 
 /// Whether an end-of-file mark ended a row; otherwise it stands before one.
 bool CRowPump::NoteMark() {
     const bool isRow = m_count > 0;
-    AddNote(isRow ? "ended by an end-of-file mark (1A); what follows is the next row"
-                  : "an end-of-file mark (1A) stands before it; dropped");
+    AddNote(isRow ? "ended by a SUB byte (1A); the next row begins after it"
+                  : "a SUB byte (1A) before it was dropped");
     return isRow;
 }
 
@@ -183,20 +182,19 @@ bool CRowPump::WriteRow() {
 /// Makes of the fields what is to be written.
 void CRowPump::PrepareRow() {
     if (m_openQuote >= 0)
-        AddFault(EExitStatus::Unsupported, DescribeOpenQuote(), "so that its field goes on to the end",
-                 openQuoteHint);
+        AddFault(EExitStatus::Unsupported, DescribeOpenQuote(), "so its field extends to the end", openQuoteHint);
     if (const auto fault = m_reader.GetFault())
         AddFault(fault->status, fault->what, fault->done, fault->hint);
     m_writeCount = std::min(m_count, m_options.maxFields);
     if (m_count > m_writeCount)
-        AddFault(EExitStatus::Limit, "more than " + std::to_string(m_writeCount) + " fields", "the others cut off",
-                 "; try a greater --max-fields");
+        AddFault(EExitStatus::Limit, "more than " + std::to_string(m_writeCount) + " fields", "the others left out",
+                 "; try a larger --max-fields");
     if (m_options.maxFieldSize < maxLength)
         CutLengths();
     EncodeRow();
     // In the output's encoding: a character may become one that begins a formula only there.
     if (m_options.formulaGuard && !m_guard.Guard(m_fields, m_lengths, m_writeCount))
-        AddFault(EExitStatus::Limit, "a field with its apostrophes has more than 65535 bytes", "cut", "");
+        AddFault(EExitStatus::Limit, "a field with its apostrophes has more than 65535 bytes", "truncated", "");
 }
 
 void CRowPump::RejectRow() {
@@ -241,8 +239,8 @@ void CRowPump::CutLengths() {
     if (first == end)
         return;
     AddFault(EExitStatus::Limit,
-             "field " + std::to_string(first - m_lengths + 1) + " has " + std::to_string(*first) + " bytes", "cut",
-             "; try a greater --max-field-size");
+             "field " + std::to_string(first - m_lengths + 1) + " has " + std::to_string(*first) + " bytes",
+             "truncated", "; try a larger --max-field-size");
     m_cutLengths.assign(m_lengths, end);
     for (DWORD i = 0; i < m_writeCount; ++i)
         m_cutLengths[i] =
@@ -251,7 +249,7 @@ void CRowPump::CutLengths() {
 }
 
 std::string CRowPump::DescribeRow() const {
-    return m_isHeader && m_row == 0 ? "the names of the columns" : "row " + std::to_string(m_row);
+    return m_isHeader && m_row == 0 ? "the column names" : "row " + std::to_string(m_row);
 }
 
 /// A fault stops the conversion when the options say so; names, without which the rows mean nothing, are not skipped.

@@ -40,7 +40,7 @@ public:
     /// All must outlive the pump.
     CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter);
 
-    /// Writes the names of the columns, in the ANSI code page, unless an earlier input has brought them. False as
+    /// Writes the column names, in the ANSI code page, unless an earlier input has brought them. False as
     /// from Run.
     bool WriteNames(const std::vector<std::string>& names);
     /// The same with the first row; the next row is then the first for what the options skip.

@@ -69,7 +69,7 @@ public:
         return SRowFault{EExitStatus::Limit,
                          "field " + std::to_string(column + 1) + " has more than " + std::to_string(maxLength) +
                              " bytes",
-                         "cut", ", the most there can be"};
+                         "truncated", "; that is the maximum"};
     }
 
 private:

@@ -17,9 +17,9 @@ bool CSparseRange::Count(const WORD* lengths, DWORD count) {
 }
 
 std::string CSparseRange::Describe() const {
-    return "nearly all of it is empty: its first " + std::to_string(m_rows) + " rows have " +
+    return "nearly all cells are empty: the first " + std::to_string(m_rows) + " rows have " +
            std::to_string(m_fields) + " fields and " + std::to_string(m_bytes) +
-           " bytes in them; --limit writes fewer rows";
+           " bytes; use --limit to write fewer rows";
 }
 
 } // namespace NSTQ::Tool

@@ -105,8 +105,8 @@ std::optional<std::size_t> CTableSource::FindTable(const std::vector<std::string
         for (const std::size_t at : found)
             meant.push_back(names[at]);
         throw CFailure(EExitStatus::NotFound, m_input.Name(),
-                       "several " + TableKind() + "s are called \"" + wanted +
-                           "\" without regard to case: " + Join(meant) + "; give the name as it is written");
+                       "several " + TableKind() + "s match \"" + wanted + "\" if case is ignored: " + Join(meant) +
+                           "; give the exact name");
     }
     if (!found.empty())
         return found[0];
@@ -171,7 +171,7 @@ CFailure CTableSource::DescribeUnopened(const STable& table, const std::string& 
     if (const std::string prefix = m_input.Path() + ": "; reason.starts_with(prefix))
         reason.erase(0, prefix.size());
     return {isTooLarge ? EExitStatus::Limit : EExitStatus::Unsupported, m_input.Name(),
-            "its " + TableKind() + " \"" + table.name + "\" cannot be opened: " + reason + hint};
+            TableKind() + " \"" + table.name + "\" cannot be opened: " + reason + hint};
 }
 
 } // namespace NSTQ::Tool

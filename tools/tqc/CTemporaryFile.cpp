@@ -67,7 +67,7 @@ bool CTemporaryFile::CreateNameless() {
 void CTemporaryFile::CreateNamed() {
     const SCSignals::CHeld held;
     if (!TryNames(&CTemporaryFile::CreateAtPath))
-        Fail(errno, "; its folder must exist and take new files");
+        Fail(errno, "; its folder must exist and be writable");
 }
 
 /// Gives `create` one hidden name after another until one is free; the handler of signals then knows of the file.

@@ -56,7 +56,7 @@ std::string CTextFile::DescribeCharacterSet() const {
         return SCEncodingGuess::Describe(SCTextProbe::WholeLines(m_head.Bytes()));
     if (!set.name.starts_with("utf"))
         return "code page " + SCCodePageNames::Describe(m_codePage);
-    return (set.name == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.hasMark ? " (with a mark)" : "");
+    return (set.name == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.hasMark ? " (BOM)" : "");
 }
 
 std::string CTextFile::DescribeInvalidText() const {
@@ -82,8 +82,8 @@ std::unique_ptr<ISourceReader> CTextFile::OpenFixedLength(CSourceDataInfo& info)
     const std::uint64_t size = CFixSourceReader::LayoutSize(m_options.widths);
     if (size > std::uint64_t{m_options.maxLineSize} + 1)
         throw CFailure(EExitStatus::Limit, m_place.name,
-                       "the widths of --widths and the number of columns add up to " + std::to_string(size) +
-                           ", above --max-line-size");
+                       "the sum of --widths and the number of columns is " + std::to_string(size) +
+                           ", more than --max-line-size");
     const bool hasLineEnds = SCTextProbe::HasLineEnd(m_head.Bytes(), m_lineEnd);
     info.SetFixColLen(CFixSourceReader::LayOut(m_options.widths, hasLineEnds));
     info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : m_options.charSet);

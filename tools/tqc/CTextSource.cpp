@@ -49,7 +49,7 @@ void CTextSource::CheckReadable() const {
     const std::string& name = m_input.Name();
     if (m_type == SCDeclareConstant::SFT_UNKNOWN)
         throw CFailure(EExitStatus::Unsupported, name,
-                       "unknown type: neither TAB nor comma in its first line; give --type, "
+                       "unknown type: the first line contains neither a TAB nor a comma; give --type, "
                        "--separator or --widths; see its columns with: tqc preview " +
                            name);
     if (m_type == SCDeclareConstant::SFT_FIX && m_options.widths.empty())

@@ -36,7 +36,7 @@ constexpr SChoice<SLineEnd> lineEnds[] = {{"crlf", {SCDataAccessDefine::CR_CODE,
 constexpr SChoice<bool> numbers[] = {{"15", false}, {"full", true}};
 /// The parser puts the option's name before the message.
 [[noreturn]] void Refuse(const char* option, const std::string& value, const std::string& allowed) {
-    throw CLI::ValidationError(option, "\"" + value + "\" cannot be used; allowed: " + allowed);
+    throw CLI::ValidationError(option, "\"" + value + "\" is invalid; allowed: " + allowed);
 }
 
 template <class T>
@@ -61,7 +61,7 @@ char ParseSeparator(const char* option, const std::string& value) {
     constexpr std::string_view refused = "\"\r\n\x1A";
     if (value.size() != 1 || static_cast<unsigned char>(value[0]) >= 0x80 ||
         refused.find(value[0]) != std::string_view::npos)
-        Refuse(option, value, "one ASCII character that is no quote and no line end, \\t or tab");
+        Refuse(option, value, "one ASCII character other than a quote or line end, or \\t, or tab");
     return value[0];
 }
 
@@ -85,7 +85,7 @@ public:
         m_app.get_formatter()->label("SUBCOMMAND", "COMMAND");
         m_app.footer(SCHelpText::examples);
         m_app.require_subcommand(0, 1);
-        m_files = AddFiles(m_app, "the files to read; - is standard input, which needs --type");
+        m_files = AddFiles(m_app, "files to read; - is standard input and needs --type");
         AddSourceOptions();
         AddRowOptions();
         AddOutputOptions();
@@ -101,8 +101,8 @@ public:
             AddCommand(SOptions::ECommand::List, "list",
                        "Lists a workbook's sheets or a database's tables: name, rows, columns.", SCHelpText::list);
         for (CLI::App* const command : {info, list})
-            command->add_flag("--json", m_options.json, "as JSON in UTF-8");
-        list->add_flag("--names", m_options.namesOnly, "the names alone, for completion")->group("");
+            command->add_flag("--json", m_options.json, "write JSON in UTF-8");
+        list->add_flag("--names", m_options.namesOnly, "names only, for completion")->group("");
     }
 
     bool Parse(int argc, const char* const* argv) {
@@ -132,7 +132,7 @@ private:
 
     CLI::App* AddCommand(SOptions::ECommand command, const char* name, const char* description, const char* footer) {
         CLI::App* const app = m_app.add_subcommand(name, description);
-        AddFiles(*app, command == SOptions::ECommand::Convert ? "the files to read" : "the file to look at");
+        AddFiles(*app, command == SOptions::ECommand::Convert ? "files to read" : "file to examine");
         app->parse_complete_callback([this, command] { m_options.command = command; });
         app->group("Commands (convert when none is given)");
         app->footer(footer);
@@ -164,42 +164,45 @@ private:
 
     void AddSourceOptions() {
         m_app.option_defaults()->group("Source");
-        Add("--type", "TYPE", "what the file is: " + SCTypeNames::All(), [this](const char* name, const auto& value) {
-            m_options.type = SCTypeNames::Find(value);
-            if (!m_options.type)
-                Refuse(name, value, SCTypeNames::All());
-        });
-        Add("--separator", "CHAR", "the field separator: one character, \\t or tab",
+        Add("--type", "TYPE", "type of the file (default: detected): " + SCTypeNames::All(),
+            [this](const char* name, const auto& value) {
+                m_options.type = SCTypeNames::Find(value);
+                if (!m_options.type)
+                    Refuse(name, value, SCTypeNames::All());
+            });
+        Add("--separator", "CHAR", "field separator: one character, \\t or tab",
             [this](const char* name, const auto& value) { m_options.separator = ParseSeparator(name, value); });
-        Add("--eol", "EOL", "the line end of the file: crlf, lf or cr", [this](const char* name, const auto& value) {
-            m_options.lineEnd = Choose<SLineEnd>(name, value, lineEnds);
-        });
-        Add("--encoding", "SET", "of the text read: auto, ansi (the code page), utf-8 or a page such as shift_jis",
+        Add("--eol", "EOL", "line end of the file (default: detected): crlf | lf | cr",
+            [this](const char* name, const auto& value) {
+                m_options.lineEnd = Choose<SLineEnd>(name, value, lineEnds);
+            });
+        Add("--encoding", "SET",
+            "encoding of the input: auto (default), ansi (the code page), utf-8, or a code page such as shift_jis",
             [this](const char* name, const auto& value) { TakeEncoding(name, value); });
-        Add("--code-page", "PAGE", "the code page of input and output, instead of the locale's, such as 932 or utf-8",
+        Add("--code-page", "PAGE", "code page of input and output, such as 932 or utf-8 (default: the locale's)",
             [this](const char* name, const auto& value) {
                 m_options.codePage = ParsePage(name, value);
                 m_options.isEncodingGiven = true;
             });
-        Add("--widths", "N,N,...", "the bytes of each column of fixed-length text",
+        Add("--widths", "N,N,...", "width in bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
-        Add("--sheet", "NAME|N", "the sheet or table: its name, or its number from 1 (default: the first)",
+        Add("--sheet", "NAME|N", "sheet or table: its name, or its number counted from 1 (default: 1)",
             [this](const char* name, const auto& value) {
                 if (value.empty())
                     Refuse(name, value, "a name, or a number from 1");
                 m_options.sheet = value;
             });
         m_app.add_flag("--header", m_options.header,
-                       "write the column names first: the first row, or those of a database's table");
-        m_app.add_option("--password-file", m_options.passwordFile, "the password is the first line of FILE")
+                       "write the column names first; for text and workbooks the first row is the header row");
+        m_app.add_option("--password-file", m_options.passwordFile, "read the password from the first line of FILE")
             ->type_name("FILE");
-        Add("--password-fd", "N", "the password is the first line read from descriptor N",
+        Add("--password-fd", "N", "read the password from the first line of file descriptor N",
             [this](const char* name, const auto& value) {
                 m_options.passwordDescriptor = ParseNumber<int>(name, value, 0, 1'000'000);
             });
         m_app.add_flag_callback(
             "--no-quote-newline", [this] { m_options.quoteNewLine = false; },
-            "a line end inside quotes of delimited text ends the row");
+            "a line end inside quotes ends the row");
         // Scripts may still ask for what is the default now.
         m_app.add_flag_callback("--quote-newline", [] {})->group("");
     }
@@ -238,8 +241,8 @@ private:
         const std::uint64_t size = CFixSourceReader::LayoutSize(m_options.widths);
         if (size > CFixSourceReader::maxLayout)
             Refuse(name, value.size() > shownMax ? value.substr(0, shownMax) + "..." : value,
-                   "widths that come, with 1 more for each column, to at most " +
-                       std::to_string(CFixSourceReader::maxLayout) + "; these come to " + std::to_string(size));
+                   "widths whose sum, plus 1 for each column, is at most " +
+                       std::to_string(CFixSourceReader::maxLayout) + "; it is " + std::to_string(size));
     }
 
     /// What only the options together tell. Throws CFailure.
@@ -262,45 +265,49 @@ private:
 
     void AddRowOptions() {
         m_app.option_defaults()->group("Rows");
-        AddNumber("--max-fields", m_options.maxFields, "the most fields kept of a row");
-        AddNumber("--max-line-size", m_options.maxLineSize, "rows of that many bytes are left out");
-        AddNumber("--max-field-size", m_options.maxFieldSize, "the most bytes kept of a field");
+        AddNumber("--max-fields", m_options.maxFields, "maximum number of fields of a row");
+        AddNumber("--max-line-size", m_options.maxLineSize, "rows of N bytes or more are left out");
+        AddNumber("--max-field-size", m_options.maxFieldSize, "maximum size of a field in bytes");
         AddCount("--skip", m_options.skip, "leave out the first N rows");
         AddCount("--limit", m_options.limit, "stop after N rows");
     }
 
     void AddOutputOptions() {
         m_app.option_defaults()->group("Output");
-        Add("--output-separator", "CHAR", "the separator to write (,)",
+        Add("--output-separator", "CHAR", "separator of the output (default: ,)",
             [this](const char* name, const auto& value) { m_options.outputSeparator = ParseSeparator(name, value); });
-        Add("--output-eol", "EOL", "the line end to write (crlf)", [this](const char* name, const auto& value) {
-            m_options.outputLineEnd = Choose<SLineEnd>(name, value, lineEnds);
-        });
-        Add("--output-encoding", "PAGE", "the encoding to write, such as utf-8 or shift_jis (the code page)",
+        Add("--output-eol", "EOL", "line end of the output: crlf | lf | cr (default: crlf)",
+            [this](const char* name, const auto& value) {
+                m_options.outputLineEnd = Choose<SLineEnd>(name, value, lineEnds);
+            });
+        Add("--output-encoding", "PAGE",
+            "encoding of the output, such as utf-8 or shift_jis (default: the code page)",
             [this](const char* name, const auto& value) { m_outputPage = ParsePage(name, value); });
-        m_app.add_flag("--add-bom", m_options.addMark, "write the mark EF BB BF before UTF-8 output");
-        m_app.add_flag("--formula-guard", m_options.formulaGuard,
-                       "write ' before fields that a spreadsheet takes for formulas; numbers stay; changes the data");
-        Add("--numbers", "DIGITS", "of workbooks and databases: 15 digits (the default), or full: all that they have",
+        m_app.add_flag("--add-bom", m_options.addMark, "write a BOM at the beginning of UTF-8 output");
+        m_app.add_flag(
+            "--formula-guard", m_options.formulaGuard,
+            "write ' before fields that spreadsheets treat as formulas, except numbers; this changes the data");
+        Add("--numbers", "DIGITS", "digits of numbers in workbooks and databases: 15 | full (default: 15)",
             [this](const char* name, const auto& value) {
                 m_options.fullNumbers = Choose<bool>(name, value, numbers);
             });
-        m_app.add_flag("--quiet", m_options.quiet, "only errors: no progress and no reports of rows");
+        m_app.add_flag("--quiet", m_options.quiet, "report errors only: no progress, no reports about rows");
     }
 
     void AddConvertOptions() {
         m_app.option_defaults()->group("Output");
-        AddPath("-o,--output", "OUT.csv", m_options.output, "the file to write; standard output without it");
-        AddPath("--out-dir", "DIR", m_options.outputFolder, "write each FILE to its own file in DIR, with .csv");
-        m_app.option_defaults()->group("Rows that cannot be taken whole");
-        Add("--on-error", "HOW", "stop at the first of them, or skip them; without it they are cut and written",
+        AddPath("-o,--output", "OUT.csv", m_options.output, "output file (default: standard output)");
+        AddPath("--out-dir", "DIR", m_options.outputFolder,
+                "write each FILE to a file of its own in DIR, with the extension .csv");
+        m_app.option_defaults()->group("Invalid rows");
+        Add("--on-error", "HOW", "stop | skip (default: truncate the row and write it)",
             [this](const char* name, const auto& value) {
                 m_options.onError = Choose<SOptions::EOnError>(name, value, onErrors);
             });
-        AddPath("--rejects", "FILE", m_options.rejects, "keep skipped rows in FILE; implies --on-error skip");
-        m_app.add_flag("--strict", m_options.strict, "rows with a character that the output does not have as well");
-        m_app.add_flag("--replace", m_isReplaceGiven,
-                       "replace such characters and report their rows (as without it)");
+        AddPath("--rejects", "FILE", m_options.rejects, "write skipped rows to FILE; implies --on-error skip");
+        m_app.add_flag("--strict", m_options.strict,
+                       "treat rows with characters the output encoding cannot represent as invalid, too");
+        m_app.add_flag("--replace", m_isReplaceGiven, "replace such characters and report their rows (default)");
     }
 
     void AddPath(const char* option, const char* type, std::string& target, const std::string& help) {
@@ -314,31 +321,32 @@ private:
     /// Throws CFailure.
     void CheckFiles() const {
         if (!m_app.get_subcommands().empty() && m_files->count() > 0)
-            throw CFailure(EExitStatus::Usage, "a command stands before the files: tqc " +
+            throw CFailure(EExitStatus::Usage, "the command must come before the files: tqc " +
                                                    m_app.get_subcommands()[0]->get_name() + " " + m_options.files[0]);
         if (m_options.command != SOptions::ECommand::Convert && m_options.files.size() > 1)
-            throw CFailure(EExitStatus::Usage, m_options.files[1], "one file at a time, please");
+            throw CFailure(EExitStatus::Usage, m_options.files[1], "this command takes one file");
         const auto inputs = std::count(m_options.files.begin(), m_options.files.end(), "-");
         if (inputs > 1)
             throw CFailure(EExitStatus::Usage, "-", "standard input can be read only once");
         if (inputs > 0 && m_options.passwordDescriptor == 0)
             throw CFailure(EExitStatus::Usage, "-",
-                           "standard input cannot hold the password as well; use --password-file");
+                           "standard input cannot be both the file and the password; use --password-file");
     }
 
     /// Throws CFailure.
     void CheckOutputs() {
         if (m_options.command != SOptions::ECommand::Convert &&
             !(m_options.output + m_options.outputFolder + m_options.rejects).empty())
-            throw CFailure(EExitStatus::Usage,
-                           m_app.get_subcommands()[0]->get_name() +
-                               " shows on standard output; --output, --out-dir and --rejects are for convert");
+            throw CFailure(
+                EExitStatus::Usage,
+                m_app.get_subcommands()[0]->get_name() +
+                    " writes to standard output; --output, --out-dir and --rejects are options of convert");
         if (!m_options.output.empty() && !m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--output and --out-dir exclude each other");
         if (m_options.rejects.empty())
             return;
         if (m_options.onError == SOptions::EOnError::Stop)
-            throw CFailure(EExitStatus::Usage, "--rejects is for --on-error skip");
+            throw CFailure(EExitStatus::Usage, "--rejects needs --on-error skip");
         if (COutputTarget::IsStandardOutputName(m_options.rejects) &&
             COutputTarget::IsStandardOutputName(m_options.output) && m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--rejects and the output cannot both be standard output");

@@ -139,9 +139,9 @@ struct SOther {
     const char* what;
 };
 constexpr const char* image = "an image";
-constexpr const char* compressed = "compressed data, which has to be unpacked first";
+constexpr const char* compressed = "compressed data, which must be decompressed first";
 constexpr SOther others[] = {
-    {0, zipMark, "a zip archive in which no workbook (xlsx) and no data of a package (xtqf) was found"},
+    {0, zipMark, "a zip archive that contains neither a workbook (xlsx) nor the data of a package (xtqf)"},
     {0, "PK\x05\x06"sv, "an empty zip archive"},
     {0, compoundMark, "a workbook (xls) or another compound file"},
     {0, "%PDF-"sv, "a PDF document"},
@@ -197,7 +197,7 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
     if (const EType type = FindTypeByMark(head); type != SCDeclareConstant::SFT_UNKNOWN)
         return "seems to be a workbook or database; give --type " + SCTypeNames::Of(type);
     if (head.starts_with(zipMark) && ComparableName(file).ends_with(".accdt"))
-        return "a template for databases, which has no tables; create a database from it and give that";
+        return "a database template, which has no tables; create a database from it first";
     for (const SOther& other : others)
         if (head.substr(std::min(other.at, head.size())).starts_with(other.mark))
             return "seems to be " + std::string(other.what) + byForce;
@@ -205,7 +205,7 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
         return "";
     if (const std::string order = FindByteOrder(head); !order.empty())
         return "seems to be UTF-16 text without a BOM; convert it with: iconv -f UTF-16" + order + " -t UTF-8";
-    return "is not text, since it has NUL bytes" + byForce;
+    return "is not text: it contains NUL bytes" + byForce;
 }
 
 void SCContentProbe::RefuseUtf16(const std::string& name, std::string_view head) {

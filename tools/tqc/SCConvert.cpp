@@ -74,7 +74,7 @@ private:
         if (!m_output)
             m_output.emplace(m_options, m_name);
         if (m_output->IsStandardOutput() && input.Head().IsFileOf(STDOUT_FILENO))
-            throw CFailure(EExitStatus::Usage, input.Name(), "standard output is this very file; use -o");
+            throw CFailure(EExitStatus::Usage, input.Name(), "standard output is the input file; use -o");
         if (m_rejects != nullptr)
             m_rejects->SetSource(input.Name(), source->Text());
         CReporter reporter(input.Name(), m_options.quiet, m_bar);

@@ -114,7 +114,7 @@ unsigned SCEncodingGuess::GuessCodePage(std::string_view text) {
 
 std::string SCEncodingGuess::Describe(std::string_view text) {
     if (IsMostlyUtf8(text))
-        return "mostly UTF-8, with bytes that are not valid in it";
+        return "mostly UTF-8, with some invalid bytes";
     const unsigned page = GuessCodePage(text);
     if (page == 0)
         return "not UTF-8; give its encoding with --encoding: " + SCCodePageNames::Allowed();

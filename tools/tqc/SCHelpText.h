@@ -1,4 +1,4 @@
-// What "tqc --help" and the help of each command say besides the options.
+// The text of "tqc --help" and of the help of each command, apart from the options.
 #pragma once
 
 namespace NSTQ::Tool {
@@ -8,58 +8,60 @@ public:
     static constexpr const char* description = "Reads a table from a file and writes it as CSV.";
 
     static constexpr const char* examples = R"(Examples:
-  tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only when all went well
+  tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only after everything has been written
   tqc sales.txt | head               write to standard output
   tqc data.log --separator ';'       any text file whose separator you know
-  tqc old.csv --encoding shift_jis   text in another encoding than the locale's, which the output has
-  tqc ledger.txt --widths 3,5,8      fixed-length columns of 3, 5 and 8 bytes; see them with: tqc preview ledger.txt
-  tqc sales.xlsx --sheet Q2          a sheet; the first without --sheet; see them with: tqc list sales.xlsx
+  tqc old.csv --encoding shift_jis   input that is not in the locale's encoding; the output is
+  tqc ledger.txt --widths 3,5,8      fixed-length columns of 3, 5 and 8 bytes; to see them: tqc preview ledger.txt
+  tqc sales.xlsx --sheet Q2          one sheet (default: the first); to see their names: tqc list sales.xlsx
   tqc data.xtqf --password-file key  a package with a password
-  tqc q1.csv q2.csv -o year.csv      several files into one
-  tqc *.xlsx --out-dir csv           several files, each into its own
+  tqc q1.csv q2.csv -o year.csv      several files into one output
+  tqc *.xlsx --out-dir csv           one output for each file
   curl URL | tqc - --type xlsx       standard input
   tqc in.csv -o out.csv --rejects bad.csv
 
-For more see: tqc convert --help, and of the other commands; and: man tqc
+For more see: tqc convert --help, the help of the other commands, and: man tqc
 
-Exit status: 0 done (also when the reader of a pipe went away), 1 some rows rejected, cut or with replaced characters,
-2 usage, 3 not found or denied, 4 password, 5 unsupported or damaged, 6 limit exceeded, 7 output failed.)";
+Exit status: 0 success (also when the reader of a pipe closes it), 1 some rows were rejected, truncated or had
+characters replaced, 2 usage, 3 not found or access denied, 4 password, 5 unsupported or damaged file, 6 limit
+exceeded, 7 writing the output failed.)";
 
     static constexpr const char* convert = R"(All options above "Commands" in "tqc --help" apply.
 
-What is found out when it is not told:
-  type       from the name's extension; for .txt and unknown ones from the first line: with a TAB tsv, with a comma csv
-  line end   the first one outside quotes in the first 64000 bytes: CR LF or LF, CR when there is no LF
-  encoding   UTF-8 when the file begins with its mark, else the code page
-  code page  from LC_ALL, LC_CTYPE or LANG, utf-8 when these do not tell
+Detected automatically, unless an option is given:
+  type       by the bytes of workbooks, databases and packages; of text by the extension, for .txt and unknown ones
+             by the first line: tsv if it contains a TAB, csv if it contains a comma
+  line end   the first one outside quotes in the first 64000 bytes: CR LF or LF, CR if there is no LF
+  encoding   UTF-8 if the file begins with a BOM, else the code page
+  code page  of LC_ALL, LC_CTYPE or LANG; utf-8 if these do not name one
 
-UTF-8 is read as it stands, other text in the code page. --encoding is for the input alone: the output is in the code
-page unless --output-encoding is given. Characters that it does not have are replaced, with their rows reported, or with --strict end the conversion.
+--encoding applies to the input only. The output is in the code page unless --output-encoding is given. Characters that
+it cannot represent are replaced and their rows reported; with --strict they end the conversion.
 
-Line ends within quotes and cells stay in their fields, which are written in quotes.
+Line ends inside quotes and cells stay in their fields, which are written in quotes.
 
-A row of --max-line-size bytes or more is left out, a field over --max-field-size, fields over --max-fields and text
-behind the last of --widths are cut off; each such row is reported with its number, counted from 1 in the source. With
---on-error stop the first of them ends the conversion; with --on-error skip they are all left out, as are with --strict
-those with characters that the output does not have. --rejects FILE keeps what was left out as CSV: row, offset in
-bytes, cause, record, file.
+Invalid rows: a row of --max-line-size bytes or more is left out; a field longer than --max-field-size, fields beyond
+--max-fields and text after the last of --widths are truncated. Each such row is reported with its number, counted from
+1 in the source. --on-error stop ends the conversion at the first one; --on-error skip leaves all of them out, with
+--strict also rows with characters that the output encoding cannot represent. --rejects FILE writes the rows that were
+left out to a CSV file with the columns row, offset (in bytes), cause, record and file.
 
-Several inputs into one output must have the same columns; when one of them fails, the output stays as it was. With
---out-dir each output stands for itself: those that fail stay as they were, and the others are converted.
+Several inputs of one output must have the same columns; if one of them fails, the output stays unchanged. With
+--out-dir each output is independent: those that fail stay unchanged, the others are converted.
 
 Numbers of workbooks and databases have 15 digits (Single: 7), as spreadsheets show them; --numbers full writes as many
-as it takes to read the same number back.
+as are needed to read the same number back.
 
-The password of a package, workbook or database comes from --password-file, --password-fd or the terminal, never from
-the command line.
+The password of a package, workbook or database is read from --password-file, --password-fd or the terminal; it cannot
+be given on the command line.
 
 Examples:
   tqc convert sales.csv -o out.csv --on-error skip --rejects bad.csv
-  tqc convert q1.csv q2.csv --header -o year.csv         the first row of each is its names, written once
-  tqc convert web.csv --formula-guard -o for-excel.csv   '=1+2 instead of =1+2; the data change
+  tqc convert q1.csv q2.csv --header -o year.csv         the first row of each is its header row, written once
+  tqc convert web.csv --formula-guard -o for-excel.csv   '=1+2 instead of =1+2; this changes the data
   tqc convert - --type tsv <in.tsv >out.csv)";
 
-    static constexpr const char* info = R"(--type, --separator, --eol, --encoding and --code-page have a say in it.
+    static constexpr const char* info = R"(--type, --separator, --eol, --encoding and --code-page also apply.
 
 Examples:
   tqc info sales.txt
@@ -67,11 +69,11 @@ Examples:
   tqc info sales.txt --json | jq -r .characterSet)";
 
     static constexpr const char* preview =
-        R"(The options that tell how to read a file apply: --type, --separator, --widths, --sheet and others.
+        R"(The options of the source also apply: --type, --separator, --widths, --sheet and others.
 
 Examples:
   tqc preview ledger.txt                   fixed-length text under a ruler that counts bytes
-  tqc preview ledger.txt --widths 3,5,8    the same as its fields
+  tqc preview ledger.txt --widths 3,5,8    the same as fields
   tqc preview sales.xlsx --sheet Q2)";
 
     static constexpr const char* list = R"(Examples:

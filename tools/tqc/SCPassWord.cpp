@@ -68,8 +68,7 @@ bool ReadLine(int descriptor, std::string& line) {
 std::string ReadFrom(int descriptor, const std::string& name) {
     std::string line;
     if (descriptor < 0 || !ReadLine(descriptor, line))
-        throw CFailure(EExitStatus::NotFound, name,
-                       "no password can be read from it: " + SCErrorText::OfSystem(errno));
+        throw CFailure(EExitStatus::NotFound, name, "the password cannot be read: " + SCErrorText::OfSystem(errno));
     return line;
 }
 

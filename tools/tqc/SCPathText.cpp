@@ -46,11 +46,10 @@ std::string SCPathText::Convert(std::string_view text, unsigned from, unsigned t
 std::string SCPathText::ToLibrary(const std::string& path) {
     if (path.find_first_of("\\\x01") != std::string::npos)
         throw CFailure(EExitStatus::Usage, path,
-                       "the name holds a '\\', which is taken for '/'; give a link with another name");
+                       "the name holds a '\\', which would be read as '/'; use a link with another name");
     std::string text = path.size() > maxPathLength * 4 ? path : ToAnsi(path, path, "the name");
     if (text.size() > maxPathLength)
-        throw CFailure(EExitStatus::Limit, path,
-                       "the path has more than 260 bytes; try a relative path from a nearer folder");
+        throw CFailure(EExitStatus::Limit, path, "the path has more than 260 bytes; try a relative path");
     return text;
 }
 
@@ -62,7 +61,7 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
     std::string ansi = Convert(text, CP_UTF8, codePage);
     if (Convert(ansi, codePage, CP_UTF8) != text)
         throw CFailure(EExitStatus::Usage, subject,
-                       "code page " + SCCodePageNames::Describe(codePage) + " does not have all characters of " +
+                       "code page " + SCCodePageNames::Describe(codePage) + " cannot represent all characters of " +
                            what + "; try --code-page 65001" + hint);
     return ansi;
 }

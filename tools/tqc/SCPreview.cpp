@@ -106,7 +106,7 @@ void ShowFields(const SOptions& options, const std::string& name, ISourceReader&
         if (fields == nullptr)
             throw CFailure(EExitStatus::Limit, name,
                            found + " has " + std::to_string(options.maxLineSize) +
-                               " bytes or more; only convert goes on behind it");
+                               " bytes or more; convert can skip it");
         if (count == 0 && complete)
             return;
         count = std::min(count, options.maxFields);

@@ -68,15 +68,15 @@ void SCTargets::Check(const SOptions& options, const std::vector<std::string>& t
         const auto [other, isNew] = taken.emplace(identity, options.files[i]);
         if (!isNew)
             throw CFailure(EExitStatus::Usage, targets[i],
-                           "the output of both " + other->second + " and " + options.files[i] +
-                               "; nothing was written; convert them one by one");
+                           "would be the output of both " + other->second + " and " + options.files[i] +
+                               "; nothing was written; convert them separately");
     }
     if (options.rejects.empty() || !IsReplaced(options.rejects))
         return;
     const CIdentity rejects = Identify(options.rejects);
     if (inputs.contains(rejects) || taken.contains(rejects))
         throw CFailure(EExitStatus::Usage, options.rejects,
-                       "the file for rejected rows is an input or the output as well");
+                       "the file for rejected rows is also an input or the output");
 }
 
 void SCTargets::CheckInputs(const SOptions& options) {

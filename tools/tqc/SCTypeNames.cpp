@@ -69,7 +69,7 @@ std::string SCTypeNames::Describe(SCDeclareConstant::ESourceFileType type) {
 
 std::string SCTypeNames::DescribeThis(SCDeclareConstant::ESourceFileType type) {
     if (type == SCDeclareConstant::SFT_UNKNOWN)
-        return "the type of this is unknown";
+        return "the type of this file is unknown";
     return (type == SCDeclareConstant::SFT_XTQF ? "this is a " : "this is ") + Describe(type);
 }
 

@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
         CReporter::Print(failure.what());
         return static_cast<int>(failure.Status());
     } catch (const std::bad_alloc&) {
-        CReporter::Print("not enough memory; try smaller limits");
+        CReporter::Print("not enough memory; try lower limits");
         return static_cast<int>(EExitStatus::Limit);
     }
 }
