@@ -44,7 +44,8 @@ std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwF
         return BstrView(value.bstrVal);
     const HRESULT result = VariantChangeType(converted.Get(), &value, 0, VT_BSTR);
     if (Failed(result))
-        throw _com_error(result, "the value in column " + std::to_string(dwField + 1) + " has no text form");
+        throw _com_error(result,
+                         "the value in column " + std::to_string(dwField + 1) + " cannot be converted to text");
     return BstrView(converted.Value().bstrVal);
 }
 
@@ -151,7 +152,7 @@ bool CADOOperater::_OpenRecordset(const CSourceDataInfo& info) {
         m_hrErrorRet = DB_E_DATAOVERFLOW;
         recordset.Close();
         throw _com_error(m_hrErrorRet, std::to_string(columns) + " columns, more than the " +
-                                           std::to_string(m_dwMaxFieldCnt) + " that fields were to be kept for");
+                                           std::to_string(m_dwMaxFieldCnt) + " that the reader was constructed for");
     }
     m_dwFieldCnt = static_cast<DWORD>(columns);
     return true;

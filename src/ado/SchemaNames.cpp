@@ -47,7 +47,7 @@ std::string GetColumnText(_Recordset& schema, const char* column) {
     CVariant converted;
     const HRESULT result = VariantChangeType(converted.Get(), &value, 0, VT_BSTR);
     if (Failed(result))
-        throw _com_error(result, std::string(column) + " of the table schema has no text form");
+        throw _com_error(result, std::string(column) + " of the table schema cannot be converted to text");
     return AnsiFromWide(BstrView(converted.Value().bstrVal));
 }
 
@@ -99,7 +99,7 @@ bool CADOOperater::GetSchemaName(char** ppName, WORD* pLen, char* pNameBuff, DWO
         [&](const std::string& name) {
             if (dwWritten == dwMaxCount || name.size() >= dwRoom - offset ||
                 name.size() > std::numeric_limits<WORD>::max())
-                throw _com_error(DB_E_DATAOVERFLOW, "the names need more room than they did: " + name);
+                throw _com_error(DB_E_DATAOVERFLOW, "the names need more memory than before: " + name);
             ppName[dwWritten] = pNameBuff + offset;
             pLen[dwWritten] = static_cast<WORD>(name.size());
             std::memcpy(pNameBuff + offset, name.c_str(), name.size() + 1);

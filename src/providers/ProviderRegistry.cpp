@@ -68,7 +68,7 @@ std::unique_ptr<IDataSource> OpenSource(const SSourceOptions& options) {
     const FOpenProvider open = providers[static_cast<std::size_t>(format)];
     if (open == nullptr)
         throw _com_error(adErrProviderNotFound,
-                         options.strPath + ": this build reads no " + GetFormatName(format) + " files");
+                         options.strPath + ": this build does not read " + GetFormatName(format) + " files");
     return open(std::move(input), options);
 }
 

@@ -210,8 +210,8 @@ TEST(AccessListing, WhatDoesNotOpenSaysWhy) {
     writer.AddObject("Query", 5, 0);
     const std::pair<std::u16string_view, std::string_view> cases[] = {
         {u"None", "DB_E_NOTABLE: it has no table or query None"},
-        {u"far", ": the table Far lies in another database"},
-        {u"Query", ": the query Query cannot be run here"},
+        {u"far", ": the table Far is in another database"},
+        {u"Query", ": the query Query uses features that are not supported"},
     };
     for (const auto& [name, cause] : cases)
         EXPECT_EQ(CauseOf(writer, name), cause);

@@ -155,10 +155,10 @@ const struct {
     EJet version = EJet::Jet4;
 } wrongCases[] = {
     {Raw(Long), "\1\2\3", "too short"},
-    {Raw(Numeric), "\1\2\3\4", "a size that there is not"},
-    {Raw(Numeric), std::string(21, '1'), "a size that there is not"},
-    {{.type = Numeric, .scale = 29}, "1", "more digits"},
-    {{.type = Numeric}, std::string(30, '9'), "more digits"},
+    {Raw(Numeric), "\1\2\3\4", "an invalid size"},
+    {Raw(Numeric), std::string(21, '1'), "an invalid size"},
+    {{.type = Numeric, .scale = 29}, "1", "too many digits"},
+    {{.type = Numeric}, std::string(30, '9'), "too many digits"},
     {Raw(Numeric, true), "\1\2\3\4\5", "too short"},
     {Raw(Memo), "\1\2\3", "no header"},
     {Raw(Memo), "\5\0\0\x80"s + std::string(8, '\0') + "abcd", "too early"},
@@ -185,7 +185,7 @@ TEST(AccessValues, LongValuesInOnePlaceAreNotReadForEver) {
     for (int i = 0; i < 1000; ++i)
         table.Add(
             {LittleEndian(0x40000BB8, 4) + SRecordPlace{other.LongPages()[0], 0}.Pointer() + std::string(4, '\0')});
-    EXPECT_THAT(CauseOf(writer), testing::HasSubstr("over one another"));
+    EXPECT_THAT(CauseOf(writer), testing::HasSubstr("overlap or form a cycle"));
 }
 
 TEST(AccessValues, TextsGoThroughTheCodePages) {

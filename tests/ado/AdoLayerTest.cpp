@@ -268,7 +268,7 @@ TEST_F(AdoLayer, SourcesThatCannotBeOpenedSayWhatAndWhere) {
         {ace, "", E_FAIL, "no file"},
         {ace, "/no/such", E_FAIL, "/no/such: the file cannot be opened (error 3)"},
         {ace, folder.Path(), E_FAIL, "cannot be opened"},
-        {ace, compound, adErrProviderNotFound, "no xls files"},
+        {ace, compound, adErrProviderNotFound, "not read xls files"},
     };
     const auto xls = SetProvider(ESourceFormat::Xls, nullptr);
     for (const auto& c : cases) {

@@ -118,18 +118,18 @@ TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
         std::string with;
         const char* error;
     } cases[] = {
-        {"years of work", "spinCount='1000'", "spinCount='2000001'", "no sensible spinCount"},
-        {"no number", "spinCount='1000'", "spinCount='1x'", "no sensible spinCount"},
-        {"another digest", "'SHA512'", "'RIPEMD-160'", "the digest \"RIPEMD-160\" is not known"},
-        {"another cipher", "'AES'", "'DES'", "the cipherAlgorithm \"DES\" is not known"},
-        {"another chaining", "CBC", "CFB", "the cipherChaining \"ChainingModeCFB\" is not known"},
-        {"a short key", "keyBits='256'", "keyBits='64'", "no sensible keyBits"},
-        {"a key of odd size", "keyBits='256'", "keyBits='136'", "no sensible keyBits"},
-        {"a salt of another size", "saltSize='16'", "saltSize='17'", "no sensible saltSize"},
-        {"salts that are no bytes", "saltValue='", "saltValue='*", "no sensible saltValue"},
-        {"a verifier cut off", "HashInput='", "HashInput='AAAA", "values are cut off"},
-        {"a verifier too short", "HashInput='", "HashInput='*' x='", "no sensible encryptedVerifierHashInput"},
-        {"a key too short", "KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='", "no sensible encryptedKeyValue"},
+        {"years of work", "spinCount='1000'", "spinCount='2000001'", "invalid spinCount"},
+        {"no number", "spinCount='1000'", "spinCount='1x'", "invalid spinCount"},
+        {"another digest", "'SHA512'", "'RIPEMD-160'", "the digest \"RIPEMD-160\" is unknown"},
+        {"another cipher", "'AES'", "'DES'", "the cipherAlgorithm \"DES\" is unknown"},
+        {"another chaining", "CBC", "CFB", "the cipherChaining \"ChainingModeCFB\" is unknown"},
+        {"a short key", "keyBits='256'", "keyBits='64'", "invalid keyBits"},
+        {"a key of odd size", "keyBits='256'", "keyBits='136'", "invalid keyBits"},
+        {"a salt of another size", "saltSize='16'", "saltSize='17'", "invalid saltSize"},
+        {"salts that are no bytes", "saltValue='", "saltValue='*", "invalid saltValue"},
+        {"a verifier cut off", "HashInput='", "HashInput='AAAA", "value is truncated"},
+        {"a verifier too short", "HashInput='", "HashInput='*' x='", "invalid encryptedVerifierHashInput"},
+        {"a key too short", "KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='", "invalid encryptedKeyValue"},
         {"certificates only", "keyEncryptor/password", "x", "certificate only"},
         {"no data key", "keyData", "keyDatum", "how the data are encrypted"},
         {"entities", "<encryption", "<!DOCTYPE x><encryption", "EncryptionInfo: "},
@@ -156,8 +156,10 @@ TEST(EncryptedPackage, RefusesForgedFrames) {
         SEncryptedPackage forged;
         const char* error;
     } cases[] = {
-        {"extensible", {patched(agile.info, 0, 0x00030004, 4), agile.package}, "unknown way (version 4.3)"},
-        {"nothing described", {"", agile.package}, "unknown way"},
+        {"extensible",
+         {patched(agile.info, 0, 0x00030004, 4), agile.package},
+         "unknown encryption method (version 4.3)"},
+        {"nothing described", {"", agile.package}, "unknown encryption method"},
         {"no segments", {agile.info, ""}, "ends too early"},
         {"a size beyond the segments", {agile.info, patched(agile.package, 0, 5009, 8)}, "package ends too early"},
         {"a size near 2^64", {agile.info, patched(agile.package, 0, ~7ULL, 8)}, "package ends too early"},

@@ -11,7 +11,7 @@ using TFile = SCompoundBytes;
 
 constexpr char16_t book[] = u"Workbook", other[] = u"Other";
 
-/// The book's sectors follow those of the other stream. A small book lies in the stream of small sectors.
+/// The book's sectors follow those of the other stream. A small book lies in the mini stream.
 TFile MakeFile(bool isSmall) {
     SXlsParts parts;
     for (unsigned row = 0; row < (isSmall ? 10U : 700U); ++row)
@@ -28,7 +28,7 @@ void SetNext(TFile& file, std::uint32_t sector, std::uint32_t next) {
     file.Set(file.TableOffset(Start(file) + sector), next);
 }
 
-/// What the table of small sectors says of a sector of the book.
+/// What the mini FAT says of a sector of the book.
 void SetNextSmall(TFile& file, std::uint32_t sector, std::uint32_t next) {
     file.Set((file.Get(60) + 1) * file.sectorSize + (Start(file) + sector) * 4, next);
 }
@@ -46,7 +46,7 @@ const SForged forged[] = {
     {"sectors of 2^40 bytes", [](TFile& f) { f.bytes[30] = 40; }, "header"},
     {"small sectors of another size", [](TFile& f) { f.bytes[32] = 7; }, "header"},
     {"a table that lists itself twice", [](TFile& f) { f.Set(44, 2), f.Set(80, f.Get(76)); }, "used twice"},
-    {"a table behind the file", [](TFile& f) { f.Set(76, 0x7FFFFFFF); }, "behind the end"},
+    {"a table behind the file", [](TFile& f) { f.Set(76, 0x7FFFFFFF); }, "beyond the end"},
     {"a table whose list lies in itself",
      [](TFile& f) {
          for (std::uint32_t i = 1; i < 109; ++i)
@@ -56,13 +56,13 @@ const SForged forged[] = {
      "used twice"},
     {"a cyclic directory", [](TFile& f) { f.Set(f.TableOffset(f.Get(48)), f.Get(48)); }, "directory: sector"},
     {"no root", [](TFile& f) { f.bytes[f.entries[u""] + TFile::type] = 1; }, "no root"},
-    {"a name that is not there", [](TFile& f) { f.bytes[f.entries[book]] = 'x'; }, "holds none"},
-    {"a storage of that name", [](TFile& f) { f.bytes[f.entries[book] + TFile::type] = 1; }, "holds none"},
+    {"a name that is not there", [](TFile& f) { f.bytes[f.entries[book]] = 'x'; }, "does not contain one"},
+    {"a storage of that name", [](TFile& f) { f.bytes[f.entries[book] + TFile::type] = 1; }, "does not contain one"},
     {"a child beyond the directory", [](TFile& f) { f.SetEntry(u"", TFile::child, 99); }, "directory is damaged"},
     {"entries in a ring", [](TFile& f) { f.SetEntry(other, TFile::right, 1); }, "directory is damaged"},
     {"a size beyond the chain", [](TFile& f) { f.SetEntry(book, TFile::size, 20'000); }, "ends too early"},
     {"a size that cuts a record", [](TFile& f) { f.SetEntry(book, TFile::size, 5'000); }, "within the record"},
-    {"a chain into nothing", [](TFile& f) { SetNext(f, 0, 0xFFFFFFFF); }, "to none"},
+    {"a chain into nothing", [](TFile& f) { SetNext(f, 0, 0xFFFFFFFF); }, "an invalid sector"},
     {"a sector that is its own next", [](TFile& f) { SetNext(f, 3, Start(f) + 3); }, "used twice"},
     {"a chain into the directory", [](TFile& f) { SetNext(f, 0, f.Get(48)); }, "used twice"},
     {"a chain into the allocation table", [](TFile& f) { SetNext(f, 0, f.Get(76)); }, "used twice"},
@@ -71,9 +71,9 @@ const SForged forged[] = {
 
 const SForged forgedSmall[] = {
     {"a stream of small sectors that is cyclic", [](TFile& f) { f.Set(f.TableOffset(Start(f, u"")), Start(f, u"")); },
-     "the stream of small sectors: sector"},
+     "the mini stream: sector"},
     {"a cyclic table of small sectors", [](TFile& f) { f.Set(f.TableOffset(f.Get(60)), f.Get(60)); },
-     "the table of small sectors: sector"},
+     "the mini FAT: sector"},
     {"no table of small sectors", [](TFile& f) { f.Set(60, 0xFFFFFFFE); }, "table ends before"},
     {"a cyclic chain of small sectors", [](TFile& f) { SetNextSmall(f, 1, Start(f)); }, "used twice"},
     {"a chain of small sectors that ends too early", [](TFile& f) { SetNextSmall(f, 0, 0xFFFFFFFE); },

@@ -46,7 +46,7 @@ const struct {
     {"half a character", SetCells, Cell(ERecord::Label, 0, 0, Int(2) + "\1ab\0"s), "within a char"},
     {"a chart that does not end", SetCells, SXlsParts().Begin(0x20) + SXlsParts().Begin(0x20), "within a chart"},
     {"a shared text that there is not", SetCells, Cell(ERecord::LabelSst, 0, 0, Int(1, 4)),
-     "index 1 of a shared string"},
+     "shared string index 1 is out of range"},
     {"4 billion shared texts claimed", SetShared, Shared(Int(1) + Narrow("a")), nullptr},
     {"no shared texts claimed", SetShared, Shared(Int(1) + Narrow("a"), 0), "index 0 of a shared string"},
     {"4 billion merged cells", SetCells, Number(0, 0, 1) + Record(mergedCells, Int(~0U, 4)), nullptr},
@@ -65,8 +65,9 @@ const struct {
     void (*spoil)(SXlsParts&);
     const char* word; ///< as above
 } spoiled[] = {
-    {"a sheet behind the end", [](SXlsParts& p) { p.sheets[0].position = 0xFFFFFFFF; }, "behind the stream's end"},
-    {"a sheet that is the workbook", [](SXlsParts& p) { p.sheets[0].position = 0; }, "no worksheet begins"},
+    {"a sheet behind the end", [](SXlsParts& p) { p.sheets[0].position = 0xFFFFFFFF; },
+     "beyond the end of the stream"},
+    {"a sheet that is the workbook", [](SXlsParts& p) { p.sheets[0].position = 0; }, "no worksheet at the position"},
     {"a chart in a chart without end",
      [](SXlsParts& p) {
          for (int depth = 0; depth < 100'000; ++depth)

@@ -51,13 +51,13 @@ const SSpoiled spoiled[] = {
          p.isDeflated = true;
          p.strRows = Repeat("<!--" + std::string(1000000, ' ') + "-->", 100);
      },
-     "unfolds more than"},
+     "its compression ratio exceeds"},
     {"shared texts of 50 MB of blanks",
      [](SXlsxParts& p) {
          p.isDeflated = true;
          p.strStrings = Repeat("<si><t>" + std::string(1000000, ' ') + "</t></si>", 50);
      },
-     "unfolds more than"},
+     "its compression ratio exceeds"},
     {"a shared text of many pieces without end",
      [](SXlsxParts& p) {
          p.strStrings = "<si>" + Repeat("<t>0123456789012345678901234567890123456789</t>", 400000) + "</si>";
@@ -162,7 +162,7 @@ std::vector<SHostileCase> XlsxCases() {
         },
         "1 rows");
     add(
-        "three million empty shared texts",
+        "three million empty shared strings",
         [](SXlsxParts& p) { p.isDeflated = true, p.strStrings = Repeat("<si/>", 3'300'000); }, "1 rows");
     return cases;
 }

@@ -192,9 +192,9 @@ TEST(XlsBook, OtherFilesAreRefusedWithAReason) {
     } cases[] = {
         {"", "the stream of the workbook is empty"},
         {"a,b,c\r\n", "the stream of the workbook ends within the record at byte 0"},
-        {Record(ERecord::Eof), "not a workbook: its stream does not begin as one"},
-        {Record(ERecord::Bof2, Int(2) + Int(0x10)), "a workbook of Excel 2.x, too old to be read"},
-        {Record(ERecord::Bof4, Int(4) + Int(0x10)), "a workbook of Excel 4.0, too old to be read"},
+        {Record(ERecord::Eof), "not a workbook: its stream does not begin with a BOF record"},
+        {Record(ERecord::Bof2, Int(2) + Int(0x10)), "a workbook of Excel 2.x, which is not supported"},
+        {Record(ERecord::Bof4, Int(4) + Int(0x10)), "a workbook of Excel 4.0, which is not supported"},
         {Record(ERecord::Bof, Int(0x700) + Int(5)), "a workbook of an unknown version"},
         {Record(ERecord::Bof, "abc"), "the record at byte 0 is too short"},
         {SXlsParts().Begin(5), "the stream of the workbook ends before its sheets"},

@@ -63,7 +63,7 @@ void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG o
     if (m_pSource)
         throw _com_error(adErrObjectOpen, "the connection is open already");
     if (SysStringLen(userId) != 0 || SysStringLen(password) != 0 || options != adConnectUnspecified)
-        throw _com_error(adErrInvalidArgument, "a connection is described by its connection string alone");
+        throw _com_error(adErrInvalidArgument, "a connection takes only a connection string");
     std::string text = AnsiFromWide(BstrView(connectionString));
     const CWipedMemory wipedText(text.data(), text.size());
     SConnectionString parsed = ParseConnectionString(text);
@@ -74,7 +74,7 @@ void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG o
 CComPtr<_Recordset> CConnection::OpenSchema(LONG schema) {
     IDataSource& source = GetSource();
     if (schema != adSchemaTables)
-        throw _com_error(adErrInvalidArgument, "there is no schema but that of the tables");
+        throw _com_error(adErrInvalidArgument, "only the table schema is available");
     auto recordset = MakeComObject<CRecordset>();
     recordset->OpenRows(std::make_unique<CSchemaRows>(source.ListTables()));
     return recordset;

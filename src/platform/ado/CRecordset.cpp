@@ -30,7 +30,7 @@ void CRecordset::RequirePosition() const {
 IRowSource& CRecordset::GetCurrentRow() const {
     RequirePosition();
     if (m_bEOF)
-        throw _com_error(adErrNoCurrentRecord, "there is no current row: the last one has been passed");
+        throw _com_error(adErrNoCurrentRecord, "there is no current row: all rows have been read");
     return *m_pRows;
 }
 
@@ -54,7 +54,7 @@ void CRecordset::Open(const VARIANT& source, const VARIANT& activeConnection, LO
 
 void CRecordset::OpenRows(std::unique_ptr<IRowSource> rows) {
     if (rows == nullptr)
-        throw _com_error(E_FAIL, "the provider gave no rows");
+        throw _com_error(E_FAIL, "the provider returned no rows");
     std::vector<CField> fields;
     const std::size_t count = rows->GetColumnNames().size();
     fields.reserve(count);
@@ -106,7 +106,7 @@ Field* CRecordset::CFields::GetItem(const VARIANT& index) {
         throw _com_error(adErrItemNotFound, "there is no column " + std::to_string(index.lVal));
     }
     if (index.vt != VT_BSTR)
-        throw _com_error(adErrInvalidArgument, "a column is asked for by number or by name");
+        throw _com_error(adErrInvalidArgument, "a column is selected by its number or name");
     const std::u16string_view name = BstrView(index.bstrVal);
     for (CField& field : m_fields) {
         if (IsEqualIgnoringCase(field.GetName(), name))

@@ -30,7 +30,7 @@ SProperties ParseProperties(std::string_view text) {
         if (first && IsEqualIgnoringCase(item.substr(0, workbook.size()), workbook))
             result.bWorkbook = true;
         else if (first && !item.empty())
-            throw _com_error(E_FAIL, "no way to read sources of the kind \"" + std::string(item) + '"');
+            throw _com_error(E_FAIL, "unknown source type \"" + std::string(item) + '"');
         const auto equals = item.find('=');
         if (equals != item.npos && IsEqualIgnoringCase(Trim(item.substr(0, equals)), "HDR"))
             result.bHeaderRow = !IsEqualIgnoringCase(Trim(item.substr(equals + 1)), "NO");

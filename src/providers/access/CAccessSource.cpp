@@ -82,13 +82,13 @@ std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) 
         return std::make_unique<CTableRows>(m_pDatabase, m_catalogue.ReadTable(*object));
     case EObjectKind::LinkedTable:
     case EObjectKind::LinkedOdbcTable:
-        throw CSourceError("the table " + AnsiFromWide(object->strName) + " lies in another database");
+        throw CSourceError("the table " + AnsiFromWide(object->strName) + " is in another database");
     case EObjectKind::Query:
         break;
     }
     if (auto plan = MakePlan(*object))
         return std::make_unique<CQueryRows>(m_pDatabase, std::move(*plan));
-    throw CSourceError("the query " + AnsiFromWide(object->strName) + " cannot be run here");
+    throw CSourceError("the query " + AnsiFromWide(object->strName) + " uses features that are not supported");
 }
 
 } // namespace NSTQ::Providers

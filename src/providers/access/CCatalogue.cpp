@@ -78,8 +78,8 @@ CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_pDatabase(
     while (rows.MoveNext()) {
         const std::u16string_view stored = rows.GetName();
         if (stored.size() > maxName || m_objects.size() == maxObjects)
-            throw CSourceError("the catalogue is damaged: it has a name of more than " + std::to_string(maxName) +
-                               " characters or more than " + std::to_string(maxObjects) + " objects");
+            throw CSourceError("the catalog is damaged: it has a name of more than " + std::to_string(maxName) +
+                               " characters, or more than " + std::to_string(maxObjects) + " objects");
         const std::u16string name(stored);
         const std::uint32_t flags = rows.GetFlags();
         const auto kind = name.empty() ? std::nullopt : GetKind(rows.GetType(), flags, name);

@@ -18,7 +18,7 @@ CDataPage::CDataPage(const SJetFormat& format, std::uint32_t page, std::span<con
     : m_bytes(bytes), m_listAt(format.rowsOnPageAt + entrySize), m_page(page),
       m_rowCount(ReadU16(bytes.data() + format.rowsOnPageAt)) {
     if (m_rowCount > (bytes.size() - m_listAt) / entrySize)
-        throw CSourceError("page " + std::to_string(page) + " claims " + std::to_string(m_rowCount) + " rows");
+        throw CSourceError("page " + std::to_string(page) + " states " + std::to_string(m_rowCount) + " rows");
 }
 
 std::uint32_t CDataPage::GetOwner() const {

@@ -106,7 +106,7 @@ using CGroups = std::array<std::uint32_t, 4>;
 
 void SetDecimal(VARIANT& value, std::uint8_t scale, bool isNegative, const CGroups& groups) {
     if (groups[0] != 0 || scale > maxScale)
-        throw CSourceError("a number has more digits than there can be");
+        throw CSourceError("a decimal field has too many digits");
     value.vt = VT_DECIMAL;
     value.decVal.scale = scale;
     value.decVal.sign = isNegative ? negativeSign : 0;
@@ -120,7 +120,7 @@ void DecodeNumeric(CBytes bytes, std::uint8_t scale, VARIANT& value) {
     const std::size_t count = (bytes.size() - 1) / groupSize;
     CGroups groups = {};
     if (count == 0 || count > groups.size())
-        throw CSourceError("a number has a size that there is not");
+        throw CSourceError("a decimal field has an invalid size");
     for (std::size_t i = 0; i < count; ++i)
         groups[groups.size() - count + i] = ReadU32(bytes.data() + 1 + i * groupSize);
     SetDecimal(value, scale, bytes[0] != 0, groups);
@@ -132,7 +132,7 @@ void DecodeCalculatedNumeric(CBytes bytes, VARIANT& value) {
     CGroups groups = {};
     std::size_t count = bytes.size() < header ? 0 : (bytes.size() - header) / sizeof(CGroups::value_type);
     if (count == 0)
-        throw CSourceError("a calculated number is too short");
+        throw CSourceError("a calculated decimal field is too short");
     count = std::min(count, groups.size());
     const unsigned char* from = bytes.data() + header;
     for (std::size_t group = groups.size() - count; group < groups.size(); from += 4) {
@@ -160,7 +160,7 @@ void SetDate(VARIANT& value, double date) {
 
 void DecodePlainNumber(EColumnType type, CBytes bytes, VARIANT& value) {
     if (bytes.size() < FactsOf(type).size)
-        throw CSourceError("a number is too short");
+        throw CSourceError("a number field is too short");
     const unsigned char* const from = bytes.data();
     switch (type) {
     case EColumnType::Boolean:

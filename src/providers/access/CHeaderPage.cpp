@@ -52,7 +52,7 @@ CHeaderPage::CHeaderPage(std::span<const unsigned char, size> bytes) {
     if (!isJet && engine != "Standard ACE DB")
         throw CSourceError("not a database");
     if (GetVersion() > latestVersion || isJet != IsJet())
-        throw CSourceError("a database of a version that is not known: " + std::to_string(GetVersion()));
+        throw CSourceError("an unknown database version: " + std::to_string(GetVersion()));
     for (std::size_t i = 0; i < headerMask.size(); ++i)
         m_bytes[maskedAt + i] ^= headerMask[i];
 }

@@ -65,7 +65,7 @@ std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std
         const auto bytes = piece.subspan(linkSize, std::min(piece.size() - linkSize, size - m_value.size()));
         pointer = ReadU32(piece.data());
         if (pointer == kept)
-            throw CSourceError("a long value goes round in circles");
+            throw CSourceError("a long value has a cyclic chain");
         if (std::has_single_bit(++steps))
             kept = pointer;
         Spend(std::max(bytes.size(), leastCost));
@@ -76,7 +76,7 @@ std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std
 
 void CLongValues::Spend(std::uint64_t bytes) {
     if (bytes > m_budget)
-        throw CSourceError("its long values lie over one another or go round in circles");
+        throw CSourceError("its long values overlap or form a cycle");
     m_budget -= bytes;
 }
 

@@ -12,7 +12,7 @@ std::size_t CSystemRows::Find(std::u16string_view name) const {
     const auto& names = GetColumnNames();
     const auto found = std::ranges::find(names, name);
     if (found == names.end())
-        throw CSourceError("a table of the system has no column " + AnsiFromWide(name));
+        throw CSourceError("a system table has no column " + AnsiFromWide(name));
     return static_cast<std::size_t>(found - names.begin());
 }
 

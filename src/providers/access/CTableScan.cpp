@@ -44,7 +44,7 @@ bool CTableScan::LoadNextPage() {
     m_place.page = number.value_or(0);
     if (!number) {
         if (m_strangePage != 0 && m_rowsRead < m_table.rowCount)
-            throw CSourceError("page " + std::to_string(m_strangePage) + " should hold rows, but does not: " +
+            throw CSourceError("page " + std::to_string(m_strangePage) + " should contain rows, but does not: " +
                                std::to_string(m_table.rowCount - m_rowsRead) + " rows are lost");
         return false;
     }
@@ -67,27 +67,27 @@ void CTableScan::MoveTo(const SRowAddress& place) {
 std::span<const unsigned char> CTableScan::Follow(std::span<const unsigned char> pointer) {
     for (int i = 0; i < maxMoves; ++i) {
         if (pointer.size() < pointerSize)
-            throw CSourceError("a row has moved nowhere");
+            throw CSourceError("a moved row has an invalid pointer");
         const auto address = SRowAddress::FromPointer(ReadU32(pointer.data()));
         const CDataPage page = m_movedReader.GetDataPage(address.page);
         const CDataPage::SRow row = page.GetRow(address.row);
         if (page.GetOwner() != m_table.page)
-            throw CSourceError("a row has moved to page " + std::to_string(address.page) +
-                               ", which is not the table's");
+            throw CSourceError("a row was moved to page " + std::to_string(address.page) +
+                               ", which does not belong to the table");
         if (!row.isPointer) {
             TakeMovedRow(address);
             return row.bytes;
         }
         pointer = row.bytes;
     }
-    throw CSourceError("a row moves in circles");
+    throw CSourceError("moved rows form a cycle");
 }
 
 /// Where a row has moved to it counts as deleted, so that it is found only once: by its one pointer.
 void CTableScan::TakeMovedRow(const SRowAddress& address) {
     auto taken = m_movedRows[address.page][address.row];
     if (taken)
-        throw CSourceError("two rows have moved to row " + std::to_string(address.row) + " of page " +
+        throw CSourceError("two rows were moved to row " + std::to_string(address.row) + " of page " +
                            std::to_string(address.page));
     taken = true;
 }

@@ -25,7 +25,7 @@ CUsageMap::CUsageMap(const CDatabase& database, const SRowAddress& address)
     : m_database(database), m_reader(database, 1) {
     const auto row = m_reader.GetDataPage(address.page).GetRow(address.row).bytes;
     if (row.size() < inlineHeader || row[0] > listOfMaps)
-        throw CSourceError("the usage map in page " + std::to_string(address.page) + " is of no known kind");
+        throw CSourceError("the usage map in page " + std::to_string(address.page) + " has an unknown type");
     m_map.assign(row.begin(), row.end());
     if (m_map[0] == inlineMap) {
         m_firstPage = ReadU32(m_map.data() + 1);
@@ -59,7 +59,8 @@ std::optional<std::uint32_t> CUsageMap::Next() {
             m_bit += static_cast<std::size_t>(std::countr_zero(left));
             const std::uint64_t page = m_firstPage + m_bit++;
             if (page >= m_database.GetPageCount())
-                throw CSourceError("a usage map has page " + std::to_string(page) + ", which the file does not have");
+                throw CSourceError("a usage map has page " + std::to_string(page) +
+                                   ", which does not exist in the file");
             return static_cast<std::uint32_t>(page);
         }
     } while (LoadNextPart());

@@ -201,7 +201,7 @@ void CXmlScanner::CheckDeclaration(std::string_view declaration) const {
     for (char& character : encoding)
         character = character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
     if (std::find(std::begin(known), std::end(known), encoding) == std::end(known))
-        Fail("its encoding is not known: " + PrintableName(encoding));
+        Fail("its encoding is unknown: " + PrintableName(encoding));
 }
 
 /// Finds `wanted` in the token, which is read as far as needed, from its byte `from` on.
@@ -432,7 +432,7 @@ void CXmlScanner::AppendDecoded(std::string_view raw, bool isAttribute, std::str
 std::size_t CXmlScanner::AppendReference(std::string_view raw, std::string& target) const {
     const std::size_t end = raw.substr(0, longestReference).find(';');
     if (end == std::string_view::npos)
-        Fail("a '&' that begins no reference");
+        Fail("an '&' that does not begin a reference");
     std::string_view name = raw.substr(1, end - 1);
     for (const SEntity& entity : entities) {
         if (entity.strName == name) {
@@ -448,7 +448,7 @@ std::size_t CXmlScanner::AppendReference(std::string_view raw, std::string& targ
     const auto [stop, error] = std::from_chars(name.data(), name.data() + name.size(), value, isHex ? 16 : 10);
     const bool isSurrogate = value >= 0xD800 && value < 0xE000;
     if (error != std::errc() || stop != name.data() + name.size() || value == 0 || value > 0x10FFFF || isSurrogate)
-        Fail("a reference to no character: " + PrintableName(raw.substr(0, end + 1)));
+        Fail("an invalid character reference: " + PrintableName(raw.substr(0, end + 1)));
     unsigned char bytes[longestUtf8Character];
     const std::size_t count = EncodeUtf8(value, bytes);
     target.append(reinterpret_cast<const char*>(bytes), count);

@@ -257,8 +257,8 @@ std::shared_ptr<IRandomAccess> CCompoundFile::OpenMiniChain(const SEntry& entry,
 }
 
 void CCompoundFile::OpenMiniStream() {
-    auto entries = OpenChain(m_miniTableStart, std::nullopt, "the table of small sectors");
-    auto stream = OpenChain(m_entries.front().start, std::nullopt, "the stream of small sectors");
+    auto entries = OpenChain(m_miniTableStart, std::nullopt, "the mini FAT");
+    auto stream = OpenChain(m_entries.front().start, std::nullopt, "the mini stream");
     m_miniTable.emplace(static_cast<std::uint32_t>(DivideUp(stream->Size(), miniSectorSize)));
     m_miniTable->SetEntries(std::move(entries));
     m_pMiniStream = std::move(stream);

@@ -22,7 +22,7 @@ void AppendSector(std::vector<SSectorRun>& runs, std::uint32_t sector) {
 
 void CSectorTable::Take(std::uint32_t sector, const std::string& what) {
     if (sector >= m_isTaken.size())
-        throw CSourceError(what + ": sector " + std::to_string(sector) + " lies behind the end of the file");
+        throw CSourceError(what + ": sector " + std::to_string(sector) + " is beyond the end of the file");
     if (m_isTaken[sector])
         throw CSourceError(what + ": sector " + std::to_string(sector) + " is used twice");
     m_isTaken[sector] = true;
@@ -38,7 +38,7 @@ std::vector<SSectorRun> CSectorTable::TakeChain(std::uint32_t sector, std::optio
             break;
         if (sector >= firstMark)
             throw CSourceError(what + (sector == endOfChain ? ": its chain of sectors ends too early"
-                                                            : ": its chain of sectors leads to none"));
+                                                            : ": its chain of sectors contains an invalid sector"));
         Take(sector, what);
         AppendSector(runs, sector);
         if (!count || taken + 1 < *count)

@@ -49,7 +49,7 @@ std::uint32_t ReadNumber(CXmlScanner& xml, std::string_view name, std::uint32_t 
     std::uint32_t value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec != std::errc{} || result.ptr != text.data() + text.size() || value < lowest || value > highest)
-        xml.Fail("no sensible " + std::string(name));
+        xml.Fail("invalid " + std::string(name));
     return value;
 }
 
@@ -61,7 +61,7 @@ std::vector<unsigned char> ReadBytes(CXmlScanner& xml, std::string_view name) {
     // The count includes a 0 for each '=' at the end.
     const auto fill = static_cast<int>(text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0);
     if (size - fill < 1)
-        xml.Fail("no sensible " + std::string(name));
+        xml.Fail("invalid " + std::string(name));
     bytes.resize(static_cast<std::size_t>(size - fill));
     return bytes;
 }
@@ -72,13 +72,13 @@ EHash ReadHash(CXmlScanner& xml) {
         if (hash.strName == name)
             return hash.eHash;
     }
-    xml.Fail("the digest \"" + PrintableName(name) + "\" is not known");
+    xml.Fail("the digest \"" + PrintableName(name) + "\" is unknown");
 }
 
 void CheckWord(CXmlScanner& xml, std::string_view name, std::string_view known) {
     const std::string_view word = xml.GetAttribute(name);
     if (word != known)
-        xml.Fail("the " + std::string(name) + " \"" + PrintableName(word) + "\" is not known");
+        xml.Fail("the " + std::string(name) + " \"" + PrintableName(word) + "\" is unknown");
 }
 
 std::vector<unsigned char> Unlocked(std::vector<unsigned char> bytes, CHash& hash, const CSecretBytes& spun,
@@ -103,11 +103,11 @@ CAgileEncryption::CAgileEncryption(std::span<const unsigned char> descriptor) {
         }
     }
     if (!hasData)
-        xml.Fail("it does not say how the data are encrypted");
+        xml.Fail("it does not describe how the data are encrypted");
     if (m_lock.key.empty())
         xml.Fail("it can be opened with a certificate only");
     if (m_lock.key.size() < m_data.keySize)
-        xml.Fail("no sensible encryptedKeyValue");
+        xml.Fail("invalid encryptedKeyValue");
 }
 
 /// The first lock for a password counts; those for certificates are passed over.
@@ -130,9 +130,9 @@ CAgileEncryption::SCipher CAgileEncryption::ReadCipher(CXmlScanner& xml) {
     cipher.keySize = ReadNumber(xml, "keyBits", 128, 256) / 8;
     cipher.salt = ReadBytes(xml, "saltValue");
     if (cipher.keySize % 8 != 0)
-        xml.Fail("no sensible keyBits");
+        xml.Fail("invalid keyBits");
     if (cipher.salt.size() != ReadNumber(xml, "saltSize", 1, 1U << 16))
-        xml.Fail("no sensible saltSize");
+        xml.Fail("invalid saltSize");
     return cipher;
 }
 
@@ -142,10 +142,10 @@ CAgileEncryption::SLock CAgileEncryption::ReadLock(CXmlScanner& xml) {
                ReadBytes(xml, "encryptedKeyValue")};
     for (const TBytes* bytes : {&lock.verifier, &lock.verifierHash, &lock.key}) {
         if (bytes->size() % CAesCipher::blockSize != 0)
-            xml.Fail("encrypted values are cut off");
+            xml.Fail("an encrypted value is truncated");
     }
     if (lock.verifier.size() < lock.salt.size() || lock.verifierHash.size() < CHash(lock.eHash).Size())
-        xml.Fail("encrypted values are cut off");
+        xml.Fail("an encrypted value is truncated");
     return lock;
 }
 

@@ -8,7 +8,7 @@ namespace NSTQ::Providers {
 namespace {
 
 [[noreturn]] void Fail() {
-    throw CSourceError("encrypted, and this build opens no encrypted files");
+    throw CSourceError("encrypted, and this build does not open encrypted files");
 }
 
 } // namespace

@@ -20,7 +20,7 @@ void SLibCryptoFree::operator()(evp_md_st* digest) const {
 
 void CheckLibCrypto(bool isDone, const char* what) {
     if (!isDone)
-        throw CSourceError(std::string("the system's cryptography refuses ") + what);
+        throw CSourceError(std::string("libcrypto does not support ") + what);
 }
 
 } // namespace NSTQ::Providers

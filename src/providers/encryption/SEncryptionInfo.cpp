@@ -38,7 +38,7 @@ SEncryptionInfo ReadEncryptionInfo(std::span<const unsigned char> bytes, std::in
 }
 
 void FailWithUnknownEncryption(const std::string& which) {
-    throw CSourceError("encrypted in an unknown way (" + which + ')');
+    throw CSourceError("an unknown encryption method (" + which + ')');
 }
 
 void FailWithDamagedEncryption() {

@@ -163,7 +163,7 @@ void CSheetRows::ConvertSharedDigits(std::string_view text) {
 }
 
 void CSheetRows::FailWithShared(const std::string& index) const {
-    throw CSourceError("row " + std::to_string(m_row) + ": the index " + index + " of a shared string is invalid; " +
+    throw CSourceError("row " + std::to_string(m_row) + ": shared string index " + index + " is out of range; " +
                        "there are " + std::to_string(m_pBook->GetSharedTextCount()));
 }
 

@@ -26,7 +26,7 @@ CSortedCells::CSortedCells(ICellSource& cells) {
 
 void CSortedCells::Hold(std::size_t size) {
     if (size > maxSize - m_size)
-        throw CSourceError("the rows of the sheet are out of order and too many to be put in order",
+        throw CSourceError("the rows of the sheet are out of order, and there are too many to sort",
                            Platform::DB_E_DATAOVERFLOW);
     m_size += size;
 }

@@ -10,7 +10,7 @@ namespace NSTQ::Providers {
 void CTextPool::Add(std::string_view text) {
     const std::size_t cost = text.size() + sizeof(std::string_view);
     if (cost > m_budget)
-        throw CSourceError("its shared strings take too much memory for what they take in the file",
+        throw CSourceError("its shared strings need too much memory relative to their size in the file",
                            Platform::DB_E_DATAOVERFLOW);
     m_budget -= cost;
     char* const place = Reserve(text.size());

@@ -56,7 +56,7 @@ CRecordCells::CRecordCells(CRecordReader records, STextForm form, bool isBehindE
     m_isAhead = isThere && isBehindEnd && m_records.GetType() != ERecord::Bof;
     if (!isThere ||
         (!m_isAhead && (m_records.GetType() != ERecord::Bof || ReadU16(m_records.Require(4) + 2) != worksheet)))
-        throw CSourceError("no worksheet begins where the workbook says that one does");
+        throw CSourceError("there is no worksheet at the position that the workbook states");
 }
 
 bool CRecordCells::Next(SCell& cell) {
@@ -152,7 +152,7 @@ const unsigned char* CRecordCells::TakeOldPlace(std::size_t valueSize, SCell& ce
 /// `row` counts from 1, `column` from 0.
 void CRecordCells::SetPosition(std::uint32_t row, std::uint32_t column, SCell& cell) const {
     if (column >= columnCount)
-        Fail("holds a cell outside the grid");
+        Fail("contains a cell outside the grid");
     cell.position = {row, column + 1};
     cell.strText = {};
 }

@@ -34,8 +34,8 @@ CRecordReader::CRecordReader(std::shared_ptr<IRandomAccess> stream, std::shared_
     : m_pStream(std::move(stream)), m_pCipher(std::move(cipher)),
       m_buffer(std::make_unique_for_overwrite<unsigned char[]>(bufferSize)), m_read(position) {
     if (position > m_pStream->Size())
-        throw CSourceError("a sheet is said to lie at byte " + std::to_string(position) +
-                           ", behind the stream's end");
+        throw CSourceError("the position of a sheet, byte " + std::to_string(position) +
+                           ", is beyond the end of the stream");
 }
 
 bool CRecordReader::NextContinue() {

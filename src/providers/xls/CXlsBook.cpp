@@ -35,7 +35,7 @@ std::string NarrowCode(std::u16string_view code) {
 }
 
 [[noreturn]] void FailWithOldVersion(const char* version) {
-    throw CSourceError(std::string("a workbook of Excel ") + version + ", too old to be read");
+    throw CSourceError(std::string("a workbook of Excel ") + version + ", which is not supported");
 }
 
 } // namespace
@@ -64,7 +64,7 @@ void CXlsBook::ReadBegin(CRecordReader& records) {
     if (records.GetType() == ERecord::Bof4)
         FailWithOldVersion("4.0");
     if (records.GetType() != ERecord::Bof)
-        throw CSourceError("not a workbook: its stream does not begin as one");
+        throw CSourceError("not a workbook: its stream does not begin with a BOF record");
     const unsigned char* const body = records.Require(4);
     const std::uint16_t version = ReadU16(body);
     // Programs that write sheets by hand often leave the version out.

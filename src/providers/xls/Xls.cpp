@@ -19,7 +19,7 @@ std::shared_ptr<IRandomAccess> OpenRecords(CSourceInput& input) {
         if (compound->HasStream(name))
             return compound->OpenStream(name);
     }
-    throw CSourceError("not a workbook: the compound file holds none");
+    throw CSourceError("not a workbook: the compound file does not contain one");
 }
 
 } // namespace

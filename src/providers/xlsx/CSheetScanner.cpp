@@ -130,7 +130,7 @@ std::uint32_t CSheetScanner::ParseStyle(std::string_view text) const {
     std::uint32_t style = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), style);
     if (parsed.ec != std::errc() && !text.empty())
-        m_xml.Fail("a cell style that is no number: " + PrintableName(text));
+        m_xml.Fail("an invalid cell style: " + PrintableName(text));
     return style;
 }
 

@@ -48,7 +48,7 @@ CTextPool ReadSharedTexts(const CPackage& package, const std::string& part) {
         if (!xml.IsStart(2, "si"))
             continue;
         if (texts.GetCount() == maxTexts)
-            xml.Fail("more than " + std::to_string(maxTexts) + " shared texts");
+            xml.Fail("more than " + std::to_string(maxTexts) + " shared strings");
         text.clear();
         ReadRichText(xml, text);
         TakeBackEscapes(text);

@@ -35,7 +35,7 @@ CZipArchive::CZipArchive(std::shared_ptr<IRandomAccess> input)
               [](const SZipEntry& left, const SZipEntry& right) { return left.name < right.name; });
     const auto sameName = [](const SZipEntry& left, const SZipEntry& right) { return left.name == right.name; };
     if (std::adjacent_find(m_entries.begin(), m_entries.end(), sameName) != m_entries.end())
-        throw CSourceError("the zip directory names an entry twice");
+        throw CSourceError("the zip directory has two entries with the same name");
 }
 
 const SZipEntry* CZipArchive::Find(std::string_view name) const {

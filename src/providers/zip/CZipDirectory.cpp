@@ -63,7 +63,7 @@ struct CZipDirectory::SEnd {
 /// Without a tail only the last record that could be the end is tried: a second one inside its comment would make a
 /// second directory.
 CZipDirectory::SEnd CZipDirectory::FindEnd(IRandomAccess& input, bool isTailAllowed) {
-    constexpr const char* isNone = "not a zip package, or its end is missing";
+    constexpr const char* isNone = "not a zip archive, or its end is missing";
     std::vector<unsigned char> tail(
         static_cast<std::size_t>(std::min<std::uint64_t>(input.Size(), endSize + maxCommentSize)));
     Require(tail.size() >= endSize, isNone);
@@ -85,7 +85,7 @@ CZipDirectory::SEnd CZipDirectory::FindEnd(IRandomAccess& input, bool isTailAllo
         const auto isFirstDisk = [](std::uint16_t number) { return number == 0 || number == elsewhere16; };
         if (commentSize == reader.Left() || (isTailAllowed && commentSize < reader.Left())) {
             Require(isFirstDisk(disk) && isFirstDisk(directoryDisk) && diskCount == end.count,
-                    "the zip package is a part of a split one");
+                    "the zip archive is split into several files");
             return end;
         }
         Require(isTailAllowed, isNone);
@@ -230,7 +230,7 @@ CZipDirectory::CZipDirectory(IRandomAccess& input, const SZipCaps& caps) {
     Require(end.directoryPosition <= end.position && end.size <= end.position - end.directoryPosition,
             "the zip directory lies outside the file");
     Require(end.count <= caps.maxEntries && end.size <= caps.maxSize && end.count <= end.size / entrySize,
-            "the zip directory claims too many entries");
+            "the zip directory states too many entries");
     std::vector<unsigned char> bytes(static_cast<std::size_t>(end.size));
     input.ReadAt(end.directoryPosition, bytes);
     CByteReader reader{bytes};

@@ -24,7 +24,7 @@ CZipEntryStream::CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SZi
     if (entry.method != storedMethod && entry.method != deflatedMethod)
         Fail("its compression method is unknown: " + std::to_string(entry.method));
     if (!m_isDeflated && entry.packedSize != entry.size)
-        Fail("it is stored and yet has two sizes");
+        Fail("it is stored without compression, but has two different sizes");
     if (entry.size > m_limits.maxSize)
         Fail("it is larger than allowed: " + std::to_string(entry.size) + " bytes");
     m_input.resize(inputSize);
@@ -90,18 +90,18 @@ std::size_t CZipEntryStream::CopyStored(std::span<unsigned char> target) {
 void CZipEntryStream::Count(std::span<const unsigned char> bytes) {
     m_produced += bytes.size();
     if (m_produced > m_size)
-        Fail("it unfolds beyond its size of " + std::to_string(m_size) + " bytes");
+        Fail("it decompresses to more than its size of " + std::to_string(m_size) + " bytes");
     // Not the whole compressed size counts but what has been read of it: forged sizes buy nothing.
     if (m_produced > m_limits.freeSize && m_produced / m_limits.maxRatio > m_consumed)
-        Fail("it unfolds more than " + std::to_string(m_limits.maxRatio) + " times");
+        Fail("its compression ratio exceeds " + std::to_string(m_limits.maxRatio));
     m_crc = static_cast<std::uint32_t>(crc32_z(m_crc, bytes.data(), bytes.size()));
 }
 
 void CZipEntryStream::CheckEnd() const {
     if (m_produced != m_size)
-        Fail("it has not its size of " + std::to_string(m_size) + " bytes");
+        Fail("its decompressed size is not " + std::to_string(m_size) + " bytes");
     if (m_crc != m_wantedCrc)
-        Fail("it does not fit its checksum");
+        Fail("its checksum is wrong");
 }
 
 void CZipEntryStream::Fail(const std::string& what) const {
