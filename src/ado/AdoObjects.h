@@ -1,11 +1,11 @@
-// What the reader and the listing share: making ADO's objects, and a connection string on its way to them.
+// What the reader and the listing share: creating ADO objects and opening a connection.
 #pragma once
 
 #include "platform/ado/Ado.h"
 
 namespace NSTQ::NSTQCore {
 
-/// An object of the class of a ProgID, or null when there is none to be had.
+/// An object of the class of a ProgID, or null when it cannot be created.
 template <class T>
 Platform::CComPtr<T> CreateAdoObject(const char* progId) {
     Platform::CLSID clsid{};
@@ -15,7 +15,7 @@ Platform::CComPtr<T> CreateAdoObject(const char* progId) {
     return object;
 }
 
-/// What a pointer leads to. Raises E_POINTER for null.
+/// The object of a pointer. Throws E_POINTER for null.
 template <class T>
 T& Require(T* object) {
     if (object == nullptr)
@@ -23,9 +23,9 @@ T& Require(T* object) {
     return *object;
 }
 
-/// Opens a source by its connection string (null is an empty one), without user and password of its own. Raises
-/// E_FAIL for a string with bytes that the ANSI code page does not define: what they turn into could name another
-/// file.
+/// Opens a source by its connection string (null is an empty one), without separate user and password. Throws
+/// E_FAIL for a string with bytes that the ANSI code page does not define: they could be converted to the name of
+/// another file.
 void OpenConnection(Platform::_Connection& connection, const char* pConnectString);
 
 } // namespace NSTQ::NSTQCore

@@ -17,7 +17,7 @@ namespace {
 
 constexpr DWORD maxSize = 0xFFFF;
 
-/// Runs an open and gives its HRESULT; keeps its failure.
+/// Calls `open` and returns its HRESULT; stores its failure.
 template <class TOpen>
 HRESULT GetResult(std::optional<_com_error>& failure, TOpen open) {
     try {
@@ -36,7 +36,7 @@ Field& GetColumn(_Recordset& recordset, DWORD dwField) {
     return Require(Require(recordset.GetFields()).GetItem(index));
 }
 
-/// The text of a value; `converted` lends the memory where the value is none itself.
+/// The text of a value; `converted` provides the memory if the value is not a text.
 std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwField) {
     if (value.vt == VT_NULL)
         return {};
@@ -56,7 +56,7 @@ std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwF
 
 } // namespace
 
-/// The order matters: the objects go before the apartment does.
+/// The order matters: the objects must be destroyed before the apartment.
 struct CADOOperater::SAdo {
     CComApartment apartment;
     CComPtr<_Connection> pConnection = CreateAdoObject<_Connection>(SCDataAccessDefine::ADODB_CONNECTION);
@@ -79,7 +79,7 @@ CADOOperater::~CADOOperater() {
     try {
         m_pAdo->pRecordset->Close();
     } catch (...) {
-        // Nothing was open, or it cannot be helped.
+        // Nothing was open, or closing failed, which a destructor cannot report.
     }
     try {
         m_pAdo->pConnection->Close();
@@ -98,7 +98,7 @@ bool CADOOperater::OpenTable(const CSourceDataInfo* pInfo) {
     try {
         m_pAdo->pRecordset->Close();
     } catch (...) {
-        // None is open when the one before could not be.
+        // None is open if opening the previous one failed.
     }
     return _TryOpen(pInfo, [this](const CSourceDataInfo& info) { return _OpenRecordset(info); });
 }
@@ -213,7 +213,7 @@ bool CADOOperater::GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD&
     return true;
 }
 
-/// What _StoreField does with an empty text in every field.
+/// Same result as _StoreField with an empty text for every field, but faster.
 void CADOOperater::_StoreNullRow() {
     const DWORD dwRoom = m_dwMaxLineSize + 1;
     if (m_dwFieldCnt > dwRoom)
@@ -225,7 +225,7 @@ void CADOOperater::_StoreNullRow() {
         m_ppFieldData[i] = line + i;
 }
 
-/// Moves the field buffer's text into the line buffer and returns where the next one goes.
+/// Copies the text of the field buffer to the line buffer and returns the offset of the next one.
 std::size_t CADOOperater::_StoreField(DWORD dwField, std::size_t offset, std::size_t length, std::size_t countedNul) {
     if (length + 1 > std::size_t{m_dwMaxLineSize} + 1 - offset || length + countedNul > maxSize)
         FailWithOverflow("a row", dwField);

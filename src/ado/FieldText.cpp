@@ -14,7 +14,7 @@ namespace {
 constexpr char SPACE = SCDataAccessDefine::SPACE_CODE;
 constexpr char TAB = SCDataAccessDefine::TAB_CODE;
 
-/// Bytes looked at together.
+/// Bytes that are examined together.
 using TWord = std::uint64_t;
 constexpr TWord ALL_SPACES = 0x2020202020202020U;
 
@@ -54,13 +54,13 @@ bool IsLineEnd(TChar c) {
     return c == SCDataAccessDefine::CR_CODE || c == SCDataAccessDefine::LF_CODE;
 }
 
-/// Cleans a text that comes in pieces, each where it stands.
+/// Cleans a text that arrives in pieces, each in place.
 class CTextCleaner {
 public:
     CTextCleaner(char* text, bool bSkipsLeading, bool bKeepsLineEnds)
         : m_pTrimmedTo(text), m_bAtStart(bSkipsLeading), m_bKeepsLineEnds(bKeepsLineEnds) {}
 
-    /// Returns the end of what is left of the piece.
+    /// Returns the new end of the piece.
     char* Clean(char* from, char* const end) {
         char* to = from;
         if (m_bAtStart)
@@ -77,7 +77,7 @@ public:
         return to;
     }
 
-    /// Takes the trailing spaces off.
+    /// Removes the trailing spaces.
     char* Trim(char* end) const {
         while (HasWord(m_pTrimmedTo, end) && LoadWord(end - sizeof(TWord)) == ALL_SPACES)
             end -= sizeof(TWord);
@@ -104,13 +104,13 @@ private:
         return to;
     }
 
-    const char* m_pTrimmedTo; ///< behind the last space that a TAB became, which trimming leaves
+    const char* m_pTrimmedTo; ///< after the last space that was a TAB, which trimming keeps
     bool m_bAtStart;
     const bool m_bKeepsLineEnds;
 };
 
-/// How many units of a text to convert next, into `room` bytes: so many that they fit for sure, and at least a
-/// character. No page takes more than three bytes for a unit.
+/// How many units of a text to convert next, into `room` bytes: as many as certainly fit, and at least one
+/// character. No page needs more than three bytes for a unit.
 std::size_t GetPieceLength(std::u16string_view text, std::size_t room) {
     constexpr std::size_t bytesPerUnit = 3;
     const std::size_t units = std::max<std::size_t>(room / bytesPerUnit, 1);

@@ -16,8 +16,8 @@ using namespace NSTQ::Platform;
 
 namespace {
 
-/// The room that this thread's last size call told, and for which string. The hash stands for the string, which may
-/// hold a password.
+/// The sizes that the last GetSchemaNameSize of this thread returned, and for which string. Only a hash of the string
+/// is kept, because it may contain a password.
 struct SToldRoom {
     bool bTold = false;
     std::size_t hash = 0;
@@ -51,8 +51,8 @@ std::string GetColumnText(_Recordset& schema, const char* column) {
     return AnsiFromWide(BstrView(converted.Value().bstrVal));
 }
 
-/// Opens the source, tells `start` that the schema is there, gives `take` each name in turn and tells `end`, before
-/// the source is closed, that there are no more.
+/// Opens the source, calls `start` when the schema is open, `take` with each name, and `end` after the last one,
+/// before the source is closed.
 template <class TStart, class TTake, class TEnd>
 void ListNames(const char* pConnectString, TStart start, TTake take, TEnd end) {
     const CComApartment apartment;

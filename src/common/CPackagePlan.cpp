@@ -15,12 +15,12 @@ namespace {
 using Providers::CZipDirectory;
 using Providers::SZipEntry;
 
-/// Among the control characters is the mark with which the files layer begins an escape; a package has no need of it.
+/// One of the control characters begins an escape of the files layer; no package needs it.
 bool HasControlCharacters(std::string_view name) {
     return std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x20; });
 }
 
-/// The name as one of the system, with '/' for both separators.
+/// The name as a path of the system, with '/' for both separators.
 bool ConvertName(const SZipEntry& entry, std::string& path) {
     if (entry.name.empty() || HasControlCharacters(entry.name))
         return false;
@@ -54,8 +54,8 @@ bool IsPathAllowed(std::string_view path) {
     return false;
 }
 
-/// False for what is neither a file nor a folder, and for what says that it is both. The mode counts whatever system
-/// the entry says it comes from.
+/// False for an entry that is neither a file nor a folder, and for one that states both. The mode applies whatever
+/// system the entry states.
 bool FindKind(const SZipEntry& entry, bool isNamedFolder, bool& isFolder) {
     constexpr std::uint32_t dosFolder = 0x10;
     constexpr std::uint32_t dosDeviceOrLink = 0x40 | 0x400;
@@ -83,7 +83,7 @@ bool PlanEntry(const SZipEntry& entry, SPlannedEntry& planned) {
     return IsPathAllowed(planned.path) && FindKind(entry, isNamedFolder, planned.isFolder) && IsRatioAllowed(entry);
 }
 
-/// Orders paths so that what lies in a folder follows it at once: no allowed character sorts below this separator.
+/// Sorts paths so that the content of a folder follows it directly: no allowed character sorts below this separator.
 std::string MakeSortKey(std::string path) {
     std::replace(path.begin(), path.end(), '/', '\0');
     return path;

@@ -1,5 +1,5 @@
-// What will be unpacked where: an archive's entries with their names, kinds and claimed sizes checked. The rules and
-// caps are those of CUnZip.h.
+// Which entry of an archive is unpacked to which path. Checks names, types and stated sizes by the rules and limits
+// of CUnZip.h.
 #pragma once
 
 #include "providers/zip/CZipDirectory.h"
@@ -14,13 +14,13 @@ struct SPlannedEntry {
     /// Relative, in the system's form ("a/b/c"), without a separator at its end.
     std::string path;
     bool isFolder;
-    /// What the entry claims, and so the most that it may give.
+    /// The size that the entry states, and the maximum that is unpacked.
     std::uint64_t size;
 };
 
 class CPackagePlan {
 public:
-    /// False when a rule or cap forbids unpacking the archive. Call it once.
+    /// False when a rule or limit forbids unpacking the archive. Call it once.
     bool Make(const Providers::CZipDirectory& directory);
 
     const std::vector<SPlannedEntry>& Entries() const { return m_vecEntries; }

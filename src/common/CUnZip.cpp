@@ -17,7 +17,7 @@ namespace {
 using namespace Platform;
 using namespace Providers;
 
-/// The last read, which gives nothing, is the one that checks the checksum.
+/// The last read, which returns nothing, verifies the checksum.
 bool CopyContent(CZipReader& reader, std::uint64_t size, Platform::CExtractFolder& folder) {
     constexpr std::size_t blockSize = 65536;
     std::array<std::byte, blockSize> block;
@@ -64,7 +64,7 @@ bool CUnZip::Uncompress(const char* pFolder) {
         return (plan.Make(directory) || FailWith(ERROR_INVALID_DATA)) && reader.Open(directory) &&
                folder.Create(pFolder) && UnpackAll(plan, reader, folder);
     } catch (const CSourceError&) {
-        // Either the system has said why, or the archive is not as it should be.
+        // Either there is a system error, or the archive is damaged.
         return GetLastError() == ERROR_SUCCESS ? FailWith(ERROR_FILE_CORRUPT) : false;
     }
 }

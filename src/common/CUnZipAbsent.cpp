@@ -1,4 +1,4 @@
-// What stands in for the zip provider in a build without it.
+// Replaces unpacking in a build without the zip provider.
 #include "common/CUnZip.h"
 
 #include "platform/files/ErrorTable.h"

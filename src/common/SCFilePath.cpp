@@ -13,7 +13,7 @@ namespace NSTQ::NSTQCore {
 
 namespace {
 
-/// Times before 1601 have no form here and give 0, as an unknown time does.
+/// Times before 1601 cannot be represented and give 0, like an unknown time.
 FILETIME ToFileTime(const timespec& time) {
     constexpr LONGLONG stepsPerSecond = 10'000'000;
     constexpr LONGLONG nanosecondsPerStep = 100;

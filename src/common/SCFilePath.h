@@ -7,7 +7,7 @@ namespace NSTQ::NSTQCore {
 
 class SCFilePath {
 public:
-    /// Which of a file's times is meant.
+    /// The times of a file.
     enum EFileTimeType : DWORD { FTT_CREATE = 0, FTT_ACCESS = 1, FTT_UPDATE = 2 };
 
     /// Reads one time of the file at `path`. On failure returns false and sets `time` to 0; the cause is in
@@ -20,7 +20,7 @@ public:
 
     /// True when a new file may be created under the path's last component: the component is not empty, "." or "..",
     /// has at most 255 bytes in UTF-8, and the whole path has at most 260 bytes and only characters that the code
-    /// page has. Nothing is looked up: whether the folder is there or the file may be written is not asked.
+    /// page can represent. Does not check whether the folder exists or the file is writable.
     static bool CanUseFileName(const char* path);
 };
 

@@ -20,15 +20,15 @@ namespace {
 
 using namespace Platform;
 
-/// A folder on the way down. The two numbers tell it from every other one.
+/// A folder on the way down, identified by the two numbers.
 struct SLevel {
     std::string name;
     dev_t device = 0;
     ino_t number = 0;
-    std::vector<std::string> folders; ///< those in it that are left to remove
+    std::vector<std::string> folders; ///< those in it that are still to be removed
 };
 
-/// Only the last name of `path` counts when it is a link.
+/// Fails if the last component of `path` is a link.
 CDescriptor OpenFolder(int parent, const char* path) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
     return CDescriptor(RetryInterrupted([&] { return ::openat(parent, path, flags); }));
@@ -38,7 +38,7 @@ void RemoveFolder(int parent, const char* path) {
     RetryInterrupted([&] { return ::unlinkat(parent, path, AT_REMOVEDIR); });
 }
 
-/// All of them before one is removed, because a listing may pass over entries when the folder changes under it.
+/// Lists all of them before one is removed, because a listing may skip entries when the folder changes meanwhile.
 std::vector<std::string> ListNames(int folder) {
     std::vector<std::string> names;
     CDescriptor own = OpenFolder(folder, ".");
@@ -59,7 +59,7 @@ std::vector<std::string> ListNames(int folder) {
     }
 }
 
-/// Goes through a tree from the folder that it is given, downwards and back.
+/// Traverses a tree from the given folder, downwards and back.
 class CTreeRemoval {
 public:
     explicit CTreeRemoval(CDescriptor root) : m_oFolder(std::move(root)) { Enter({}); }
@@ -74,7 +74,7 @@ public:
     }
 
 private:
-    /// Removes what is no folder from the one that is open, and notes the folders in it.
+    /// Removes everything but folders from the open one, and notes the folders in it.
     void Enter(std::string name) {
         constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
         SLevel level{.name = std::move(name), .folders = {}};
@@ -100,7 +100,7 @@ private:
         m_vecLevels.back().folders.pop_back();
         CDescriptor folder = OpenFolder(m_oFolder.Get(), name.c_str());
         if (!folder.IsOpen()) {
-            // One that cannot be listed may still be empty.
+            // A folder that cannot be listed may still be empty.
             RemoveFolder(m_oFolder.Get(), name.c_str());
             return;
         }
@@ -108,7 +108,7 @@ private:
         Enter(std::move(name));
     }
 
-    /// False when the folder above is another one than that which was come from: somebody has moved this one.
+    /// False when the parent is not the folder that this one was reached from: somebody has moved it.
     bool GoUp() {
         const std::string name = std::move(m_vecLevels.back().name);
         m_vecLevels.pop_back();

@@ -35,7 +35,7 @@ std::uint32_t MakeRandom() {
     std::uint32_t number = 0;
     if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == sizeof number)
         return number;
-    // Early at boot there is none yet. The clock does where nobody is kept out by a secret.
+    // Early at boot there is none yet. The clock suffices, because the number need not be secret.
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
     return static_cast<std::uint32_t>(now.tv_nsec) * 0x9E3779B1U;
@@ -50,7 +50,7 @@ bool IsUsableTemporaryFolder(const char* path) {
     return !othersMayExchange && ::access(path, W_OK | X_OK) == 0;
 }
 
-/// Gives it without a separator at its end.
+/// Returns it without a separator at the end.
 bool FindTemporaryFolder(std::string& folder) {
     const std::array candidates{static_cast<const char*>(::secure_getenv("TMPDIR")), "/tmp"};
     const auto* found = std::find_if(candidates.begin(), candidates.end(), IsUsableTemporaryFolder);
@@ -61,7 +61,7 @@ bool FindTemporaryFolder(std::string& folder) {
     return true;
 }
 
-/// A folder that is there already must be one that only this user can have made and can look into.
+/// An existing folder must be one that only this user can have created and can read.
 bool MakePrivateFolder(const std::string& path) {
     constexpr mode_t userOnly = 0700;
     constexpr mode_t anybodyElse = 0077;
@@ -75,7 +75,7 @@ bool MakePrivateFolder(const std::string& path) {
     return true;
 }
 
-/// Makes every level below `userFolder` and gives the last one's path in `folder`.
+/// Creates every level below `userFolder` and returns the path of the last one in `folder`.
 bool MakeLevels(const std::string& userFolder, const std::vector<std::string>& levels, std::string& folder) {
     folder = userFolder;
     bool made = MakePrivateFolder(folder);
@@ -86,7 +86,7 @@ bool MakeLevels(const std::string& userFolder, const std::vector<std::string>& l
     return made;
 }
 
-/// Only what somebody else put in the way is worth another name; a full disk stays full.
+/// Another name helps only if somebody else occupies this one; it does not help on a full disk.
 bool MakeFolder(const std::vector<std::string>& levels, std::string& folder) {
     constexpr int maxAttempts = 16;
     std::string temporaryFolder;
@@ -99,8 +99,8 @@ bool MakeFolder(const std::vector<std::string>& levels, std::string& folder) {
     return made;
 }
 
-/// Splits a text in the ANSI code page into the names of its levels in the system's form. Returns false for one that
-/// leads anywhere but down.
+/// Splits a text in the ANSI code page into the names of its levels in the system's form. Returns false if one of
+/// them does not lead downwards.
 bool SplitLevels(const std::string& subFolder, std::vector<std::string>& levels) {
     std::string path;
     if (subFolder.empty())
@@ -126,8 +126,8 @@ bool ConvertPrefix(const char* prefix, std::string& name) {
     return name.find('/') == std::string::npos || Platform::FailWith(Platform::ERROR_INVALID_PARAMETER);
 }
 
-/// The counter keeps a process's names apart, its random start those of processes that share a folder but not the
-/// process numbers.
+/// The counter makes names unique within a process, its random start among processes that share a folder but are in
+/// different process namespaces.
 bool FindFreePath(const std::string& start, std::string& path, DWORD& number) {
     static std::atomic<std::uint32_t> counter{MakeRandom()};
     constexpr int maxAttempts = 1000;

@@ -77,7 +77,7 @@ bool CCsvOutPut::WriteRow(const char* const* ppData, const WORD* pLen, DWORD dwC
     return WriteCRLF();
 }
 
-/// Writes the fields from number `dwField` on that a kernel can place in the buffer; returns the number of the next.
+/// Writes the fields from number `dwField` that a kernel can put into the buffer; returns the number of the next one.
 DWORD CCsvOutPut::WriteFields(const char* const* ppData, const WORD* pLen, DWORD dwField, DWORD dwCount) {
     const Scan::SKernel& kernel = Scan::GetKernel();
     const auto pre = static_cast<unsigned char>(m_cPreDelimiter);
@@ -110,7 +110,7 @@ bool CCsvOutPut::WriteField(const char* pField, WORD wLength) {
            CopyWriteBuff(&quote, 1);
 }
 
-/// Copies a field with its quotes doubled. All of it is placed, also after a failed write.
+/// Copies a field with its quotes doubled. All of it is put into the buffer, also after a failed write.
 bool CCsvOutPut::WriteDoubled(const char* pField, WORD wLength) {
     constexpr char quote = SCDataAccessDefine::DOUBLE_QUOTATION;
     const char* const end = pField + wLength;
@@ -158,7 +158,7 @@ bool CCsvOutPut::WriteCRLF() {
     return true;
 }
 
-/// Appends bytes in one piece, flushing first when they would not fit. They are placed also when that fails.
+/// Appends bytes in one piece, flushing first if they would not fit. They are appended even if that fails.
 bool CCsvOutPut::CopyWriteBuff(const char* pData, WORD wLength) {
     bool written = true;
     if (m_dwWriteSize + wLength > SCDataAccessDefine::WRITE_BUFF_SIZE)

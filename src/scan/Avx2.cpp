@@ -9,8 +9,8 @@
 namespace NSTQ::Scan {
 namespace {
 
-/// By the bits of eight bytes that are dropped: the numbers of the others, in order, for the lower and for the upper
-/// half of sixteen bytes.
+/// Indexed by the mask of removed bytes among eight: the numbers of the others, in order, for the lower and for the
+/// upper half of sixteen bytes.
 struct SSqueezes {
     unsigned char lower[256][8];
     unsigned char upper[256][8];
@@ -54,7 +54,7 @@ public:
     }
     [[gnu::always_inline]] Mask FindControls() const { return Join(Controls(m_low), Controls(m_high)); }
     [[gnu::always_inline]] Mask FindHigh() const { return Join(m_low, m_high); }
-    /// The first bytes of characters of three in UTF-8.
+    /// The lead bytes of three-byte UTF-8 characters.
     [[gnu::always_inline]] Mask FindLeads() const {
         const __m256i mask = Repeat(0xF0), lead = Repeat(0xE0);
         return Join(_mm256_cmpeq_epi8(_mm256_and_si256(m_low, mask), lead),
@@ -73,7 +73,7 @@ public:
         return {_mm256_andnot_si256(_mm256_cmpeq_epi8(m_low, byte), m_low),
                 _mm256_andnot_si256(_mm256_cmpeq_epi8(m_high, byte), m_high)};
     }
-    /// Sixteen bytes at a time, each half shuffled together by a row of the table.
+    /// Sixteen bytes at a time, each half compressed by a row of the table.
     [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask mask, char* to) {
         for (unsigned group = 0; group < 64; group += 16) {
             const unsigned drop = dropped >> group & 0xFFFF;
@@ -121,7 +121,7 @@ public:
     static constexpr bool READS_PAST = true;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
-    /// Loads past the end that the compiler knows are spelled in the processor's language.
+    /// In assembly, because the compiler must not see that these loads go beyond the end of an object.
     [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
         CChunk chunk;
         asm("vmovdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));

@@ -1,4 +1,4 @@
-// One register of 64 bytes, whose comparisons give masks and which squeezes bytes out by itself. Compiled for
+// One register of 64 bytes, with comparisons that give masks and an instruction that removes bytes. Compiled for
 // processors with AVX-512 VBMI2.
 #include "scan/CBmiBits.h"
 #include "scan/KernelOf.h"
@@ -37,7 +37,7 @@ public:
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
     [[gnu::always_inline]] Mask FindControls() const { return _mm512_cmplt_epu8_mask(m_bytes, Repeat(' ')); }
     [[gnu::always_inline]] Mask FindHigh() const { return _mm512_movepi8_mask(m_bytes); }
-    /// The first bytes of characters of three in UTF-8.
+    /// The lead bytes of three-byte UTF-8 characters.
     [[gnu::always_inline]] Mask FindLeads() const {
         return _mm512_cmpeq_epi8_mask(_mm512_and_si512(m_bytes, Repeat(0xF0)), Repeat(0xE0));
     }
@@ -57,11 +57,11 @@ public:
         CBlock(_mm512_maskz_compress_epi8(~dropped, bytes)).Store(to);
         return _pext_u64(stops, ~dropped);
     }
-    /// Sixteen at a time, which is all in most blocks; the entries for no stop go where the next fields come.
+    /// Sixteen at a time, which is all in most blocks; surplus entries are overwritten by those of the next fields.
     template <bool hasNuls>
     [[gnu::always_inline]] static void PutFields(Mask stops, char* out, char* field, const char** data,
                                                  WORD* lengths) {
-        // The first field began before the block: its entry comes last.
+        // The first field began before the block: its entry is written last.
         __m512i starts = _mm512_maskz_compress_epi8(stops << 1 | 1, Numbers());
         __m512i sizes = _mm512_sub_epi8(_mm512_maskz_compress_epi8(stops, Numbers()), starts);
         const __m512i base = _mm512_set1_epi64(reinterpret_cast<long long>(out));
@@ -89,7 +89,7 @@ private:
     __m512i m_bytes;
 };
 
-/// A field's bytes and none behind them.
+/// The bytes of a field and none after them.
 class CChunk {
 public:
     using Bytes = __m512i;
@@ -110,7 +110,7 @@ private:
     __m512i m_bytes;
 };
 
-/// For columns: half a register, whose stores and loads are less often across two lines of the cache.
+/// For columns: half a register, whose loads and stores cross cache lines less often.
 class CColumnChunk {
 public:
     static constexpr std::ptrdiff_t SIZE = 32;

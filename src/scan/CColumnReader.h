@@ -1,7 +1,7 @@
-// Columns of fixed-length text in pieces of up to 64 bytes: spaces at both ends are found in a mask and left out of
-// the copy.
+// Columns of fixed-length text in pieces of up to 64 bytes: spaces at both ends are found with a mask and not
+// copied.
 //
-// A column with a control byte is left to the caller as a whole.
+// A column with a control byte is left to the caller.
 #pragma once
 
 #include "scan/Bits.h"
@@ -13,14 +13,14 @@ template <class TChunk, class TBlock>
 class CColumnReader {
 public:
     [[gnu::always_inline]] static void Read(SColumns& columns) {
-        // Copies: what is written at a field could be anything that `columns` says.
+        // Copies: for all the compiler knows, writing a field could change members of `columns`.
         const SColumns all = columns;
         const unsigned char* next = all.pNext;
         char* field = all.pField;
         DWORD column = all.dwColumn;
         for (; column < all.dwColumns; ++column) {
             const std::ptrdiff_t width = all.pWidths[column];
-            // Whole blocks are looked at and written from each byte of the column on.
+            // Whole blocks are read and written from each byte of the column.
             if (all.pEnd - next < width + BLOCK || all.pFieldEnd - field < width + BLOCK)
                 break;
             const std::ptrdiff_t length =
@@ -52,7 +52,7 @@ private:
                 return -1;
             const Mask text = ~piece.FindSpaces() & all;
             if (text == 0) {
-                // Spaces before the text go; behind it they stay until it is known that they are the last.
+                // Spaces before the text are removed; after it they stay until it is known that they are trailing.
                 if (copied > 0)
                     piece.Store(to + copied);
                 copied += copied > 0 ? size : 0;

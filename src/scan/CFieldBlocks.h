@@ -1,13 +1,13 @@
 // Fields of ANSI delimited text from blocks of 64 bytes.
 //
 // A block becomes bit masks, one bit per byte: separators, quotes, spaces, control bytes. The rest is arithmetic on
-// them: which bytes end a field (the "stops") and which are anomalies, bytes that there is no rule for here. Fields
-// that end before the first anomaly are handed out; the one that holds it is left to the caller from its first byte
-// on, and what was written of it is just bytes behind the last NUL.
+// them: which bytes end a field (the "stops") and which are anomalies, bytes without a rule here. Fields that end
+// before the first anomaly are returned; the one that contains it is left to the caller from its first byte, and what
+// was written of it are unused bytes after the last NUL.
 //
-// Invariant, at the start of a block: the bytes from m_pFieldIn to m_pBlock stand, without the quotes that the
-// grammar drops, from m_pField to m_pOut; and as many bytes as the call has written up to m_pOut, NULs included, the
-// grammar counts against the record's limit.
+// Invariant, at the start of a block: the bytes from m_pFieldIn to m_pBlock are, without the quotes that the grammar
+// removes, at m_pField to m_pOut; and the number of bytes that this call has written up to m_pOut, including NULs, is
+// what the grammar counts against the limit of the record.
 #pragma once
 
 #include "scan/Bits.h"
@@ -24,8 +24,8 @@ public:
           m_tabs(fields.cSeparator == TAB ? ~Mask{0} : 0) {}
 
     [[gnu::always_inline]] void Read(SFields& fields) {
-        // What is written is never more than what is read. The quoted way looks at a block from each byte of this one
-        // on, and writes as far behind it.
+        // Never writes more than it reads. With quotes it reads a block from each byte of this one, and writes as far
+        // beyond it.
         const std::ptrdiff_t within = fields.pEnd - fields.pNext - 1;
         const auto room = static_cast<std::ptrdiff_t>(fields.dwRoom) - BLOCK;
         const std::ptrdiff_t last = (within < room ? within : room) - 2 * BLOCK;
@@ -50,7 +50,7 @@ private:
         Mask quotes;
         Mask spaces;
         Mask controls;
-        Mask upToEnd; ///< up to and with the first control byte, which can only be a line end
+        Mask upToEnd; ///< through the first control byte, which can only be a line end
     };
 
     [[gnu::always_inline]] SMasks FindAll(const TBlock& block) const {
@@ -60,7 +60,7 @@ private:
         return masks;
     }
 
-    /// False when the record has ended or cannot be gone on with here.
+    /// False when the record has ended or cannot be continued here.
     [[gnu::always_inline]] bool ReadBlocks(SFields& fields) {
         while (m_pBlock <= m_pLastBlock) {
             const TBlock block = TBlock::Load(m_pBlock);
@@ -82,7 +82,7 @@ private:
         return false;
     }
 
-    /// Goes on behind a block without structure over others like it.
+    /// After a block without structure, handles all similar ones that follow.
     [[gnu::always_inline]] bool ReadRun() {
         for (;;) {
             m_pBlock += BLOCK;
@@ -99,8 +99,8 @@ private:
         return true;
     }
 
-    /// Blocks with quotes or inside them. A quote opens right behind a stop; inside, the next one closes or doubles.
-    /// The first one's masks are found.
+    /// Blocks with quotes or inside them. A quote directly after a stop opens; inside, the next one closes or is
+    /// doubled. The masks of the first block are computed already.
     [[gnu::always_inline]] bool ReadQuotedBlocks(SFields& fields, SMasks masks) {
         Mask inQuotes = 0; // all bits or none
         Mask afterOpeningCarry = 0;
@@ -133,7 +133,7 @@ private:
         return true;
     }
 
-    /// What the byte before each one says: whether it is a space.
+    /// Whether the byte before each byte is a space.
     [[gnu::always_inline]] Mask SpacesBefore(const SMasks& masks) const { return masks.spaces << 1 | m_spaces >> 1; }
 
     [[gnu::always_inline]] void GoOn(const SMasks& masks, Mask stops, unsigned dropped) {
@@ -143,7 +143,7 @@ private:
         m_pOut += BLOCK - static_cast<std::ptrdiff_t>(dropped);
     }
 
-    /// Hands out the fields that end at `stops`, which stand at `outStops` behind m_pOut. False when that was all.
+    /// Returns the fields that end at `stops`, at `outStops` after m_pOut. False when there are no more entries.
     template <bool hasNuls>
     [[gnu::always_inline]] bool EndFields(SFields& fields, const SMasks& masks, Mask stops, Mask outStops,
                                           Mask anomalies) {
@@ -196,11 +196,11 @@ private:
     const Bytes m_separator;
     const unsigned char* m_pBlock;
     char* m_pOut;
-    const unsigned char* m_pFieldIn; ///< where the field in hand begins, and where it goes
+    const unsigned char* m_pFieldIn; ///< where the current field begins, and where it is written
     char* m_pField;
     const char** const m_ppData;
     WORD* const m_pLen;
-    DWORD m_dwFields = 0; ///< handed out
+    DWORD m_dwFields = 0; ///< returned
     const Mask m_tabs;    ///< all bits when the separator is the TAB, else none
     const unsigned char* m_pLastBlock = nullptr;
     Mask m_afterStop = 1; ///< whether the byte before the block ends a field

@@ -1,9 +1,9 @@
-// Fields of CSV rows copied and looked through in the same pass.
+// Copies and examines the fields of CSV rows in one pass.
 //
-// A field is copied in chunks as if it were bare. Where a chunk holds a byte for which it needs quotes, it begins
-// again in quotes; a quote inside is doubled by copying the rest of the chunk once more from it on, one byte further.
+// A field is copied in chunks as if it needed no quotes. If a chunk contains a byte that requires them, it starts
+// again with quotes; a quote inside is doubled by copying the rest of the chunk again from there, one byte further.
 //
-// Invariant: from the start of the row's bytes to m_pOut stands what the plain writer would have written.
+// Invariant: the bytes from the start of the row to m_pOut are what the scalar writer would have written.
 #pragma once
 
 #include "scan/Bits.h"
@@ -28,7 +28,7 @@ public:
 private:
     static constexpr unsigned char QUOTE = '"';
     static constexpr std::ptrdiff_t CHUNK = TChunk::SIZE;
-    /// What a field may need besides its bytes: separator, quotes and the rest of two chunks.
+    /// What a field may need in addition to its bytes: separator, quotes and the rest of two chunks.
     static constexpr std::ptrdiff_t SLACK = 3 + 2 * CHUNK;
 
     template <bool quoteLineEnds>
@@ -36,7 +36,7 @@ private:
         for (; row.dwField < row.dwFields; ++row.dwField) {
             const std::ptrdiff_t size = row.pLen[row.dwField];
             const std::ptrdiff_t room = row.pEnd - m_pOut - SLACK;
-            // A field without bytes may have no address either.
+            // A field without bytes may have a null address.
             const char* const field = size == 0 ? m_pOut : row.ppData[row.dwField];
             if (size > room || (TChunk::READS_PAST && !IsReadablePast(field + size)))
                 break;
@@ -55,13 +55,13 @@ private:
         row.pOut = m_pOut;
     }
 
-    /// Whether the bytes behind a field's end are in memory for sure, as far as the loads go.
+    /// Whether the bytes after the end of a field can be read safely, as far as the loads reach.
     [[gnu::always_inline]] static bool IsReadablePast(const char* end) {
         constexpr std::uintptr_t page = 4096;
         return (reinterpret_cast<std::uintptr_t>(end) - 1) % page < page - 2 * CHUNK;
     }
 
-    /// Whether there are bytes among the first `count` for which a field needs quotes.
+    /// Whether the first `count` bytes contain one for which a field needs quotes.
     template <bool quoteLineEnds>
     [[gnu::always_inline]] bool NeedsQuotes(const TChunk& chunk, std::ptrdiff_t count) const {
         Mask special = chunk.Find(m_separators) | chunk.Find(m_quotes);

@@ -1,14 +1,14 @@
-// Records of UTF-8 delimited text from blocks of 64 bytes: the bytes that the grammar keeps, a NUL for each
+// Records of UTF-8 delimited text from blocks of 64 bytes: the bytes that the grammar keeps, with a NUL for each
 // separator.
 //
-// Here quotes switch at any place and every space outside them goes, so that no byte but the control bytes is an
-// anomaly, and any byte is a place where the plain grammar can go on. With a page to convert to, characters are
-// anomalies that have not three bytes here and two there, and the caller goes on before one. A converted block loses
-// the third byte of each character together with its quotes and spaces, and gets the codes where the others stand.
+// In this grammar a quote toggles anywhere and every space outside quotes is removed, so that only control bytes are
+// anomalies, and the scalar grammar can continue at any byte. With a page to convert to, a character is an anomaly
+// unless it has three bytes in UTF-8 and two in the page, and the caller continues before it. Converting a block
+// removes the third byte of each character with quotes and spaces, and puts the code in place of the other two.
 //
-// Invariant, at the start of a block: up to m_pOut stands what the plain grammar would have collected from the bytes
-// before the block and its caller would have converted, except that a quote right before it that may be the first of
-// a pair is still to be decided on.
+// Invariant, at the start of a block: the bytes up to m_pOut are what the scalar grammar would have collected from
+// the bytes before the block and its caller would have converted, except that a quote directly before it that may be
+// the first of a pair is still undecided.
 #pragma once
 
 #include "scan/Bits.h"
@@ -34,7 +34,7 @@ public:
         m_pLastBlock = text.pNext + last;
         while (m_pBlock <= m_pLastBlock && CollectBlock(text)) {
         }
-        // The next byte tells what a closing quote is: it is handed back.
+        // The next byte decides whether a quote closes, so this one is left to the caller.
         text.pNext = m_pBlock - m_afterClosing;
         text.bQuoted = (m_inQuotes | m_afterClosing) != 0;
         text.pOut = m_pOut;
@@ -47,7 +47,7 @@ public:
 private:
     static constexpr unsigned char TAB = 0x09;
 
-    /// False when the record has ended or the next byte is the caller's.
+    /// False when the record has ended or the next byte is left to the caller.
     [[gnu::always_inline]] bool CollectBlock(SText& text) {
         const TBlock block = TBlock::Load(m_pBlock);
         const Mask separators = block.Find(m_separator);
@@ -90,7 +90,7 @@ private:
         return true;
     }
 
-    /// Goes on over blocks of nothing but bare ASCII and spaces.
+    /// Handles blocks that consist of unquoted ASCII and spaces only.
     [[gnu::always_inline]] void CollectRun() {
         for (; m_pBlock <= m_pLastBlock; m_pBlock += BLOCK) {
             const TBlock block = TBlock::Load(m_pBlock);
@@ -106,7 +106,7 @@ private:
     }
 
     struct SCharacters {
-        Mask leads; ///< the first bytes of those to convert
+        Mask leads; ///< the lead bytes of the characters to convert
         Mask known; ///< the bytes that can be taken
     };
 
@@ -122,7 +122,7 @@ private:
         const Mask trails = block.FindHighBelow(0xC0);
         const Mask misplaced = (leads << 1 | leads << 2) ^ trails;
         Mask faulty = (high & ~(leads | trails)) | misplaced | (leads & (misplaced >> 1 | misplaced >> 2));
-        // A character that ends behind the block begins the next one.
+        // A character that ends after the block begins the next one.
         const Mask cut = leads & Mask{3} << (BLOCK - 2);
         if (converts) {
             const Mask known = BelowFirst(faulty | cut);
@@ -136,10 +136,10 @@ private:
         return {0, m_isConverted ? BelowFirst(cut) : ~Mask{0}};
     }
 
-    /// Puts the codes of the characters in place of their first two bytes. Returns what of `taken` comes before the
-    /// first one that is no character or has no code of two bytes.
+    /// Puts the codes of the characters in place of their first two bytes. Returns the part of `taken` before the
+    /// first one that is not a character or has no code of two bytes.
     [[gnu::always_inline]] Mask PutCodes(const SText& text, Mask leads, Mask dropped, Mask taken) {
-        // Where the units begin that UTF-8 writes with three bytes. Those of half a pair have no code.
+        // Where the units with three bytes in UTF-8 begin. Surrogates have no code.
         constexpr unsigned firstBlock = 0x800 >> 6, lastOfOneByte = 0xFF;
         const unsigned short* const starts = text.pBlockStarts;
         const unsigned short* const blocks = text.pBlocks;
@@ -186,7 +186,7 @@ private:
         return false;
     }
 
-    /// Before a character that the block cuts or that is the caller's.
+    /// Before a character that is split by the end of the block or left to the caller.
     [[gnu::always_inline]] bool GoOn(unsigned size, Mask inside, Mask closing) {
         if (size == 0)
             return false;

@@ -1,5 +1,5 @@
-// UTF-8 checked in blocks of 64 bytes: where trail bytes must stand follows from where lead bytes do, for all bytes
-// of a block at once.
+// Validates UTF-8 in blocks of 64 bytes: the positions of the lead bytes determine those of the trail bytes, for all
+// bytes of a block at once.
 #pragma once
 
 #include "scan/Bits.h"
@@ -15,10 +15,10 @@ public:
     /// As SKernel::pCountUtf8.
     [[gnu::always_inline]] std::size_t Count(const unsigned char* text, std::size_t size) {
         std::size_t count = 0;
-        // The byte behind a block belongs to it: the second one of a character tells what the first may not.
+        // The byte after a block belongs to it: the second byte of a character decides whether the first is valid.
         while (size - count > BLOCK && IsValid(text + count))
             count += BLOCK;
-        // Back to where the character begins that the last block leaves unfinished.
+        // Back to the beginning of the character that is incomplete at the end of the last block.
         for (bool isInside = m_due != 0; isInside; isInside = text[count] < 0xC0)
             --count;
         return count;

@@ -6,8 +6,8 @@
 
 namespace NSTQ::Scan {
 
-/// Puts the NULs of the fields that end at `stops` behind `out`, unless they stand there, and their entries, the
-/// first of which begins at `field`. The entries for no stop go where the next fields come.
+/// Writes the NULs of the fields that end at `stops` after `out`, unless they are there already, and their entries;
+/// the first field begins at `field`. Surplus entries are overwritten by those of the next fields.
 template <class TBlock, bool hasNuls>
 [[gnu::always_inline]] inline void PutInBatches(Mask stops, char* out, char* field, const char** data,
                                                 WORD* lengths) {

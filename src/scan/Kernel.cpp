@@ -40,7 +40,7 @@ const SKernel* Find(EKernel eKernel) {
 
 constinit const SKernel* chosen = &kernelScalar;
 
-/// Readers that are used before this has run take the plain way.
+/// Readers that are used before this has run use the scalar kernel.
 [[maybe_unused]] const bool isChosen = [] {
 #if defined(__x86_64__)
     __builtin_cpu_init();

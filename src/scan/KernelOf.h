@@ -1,4 +1,4 @@
-// A kernel, made from the types that stand for one kind of vector unit.
+// Makes a kernel of the types for one kind of vector unit.
 #pragma once
 
 #include "scan/CColumnReader.h"
@@ -10,7 +10,7 @@
 
 namespace NSTQ::Scan {
 
-/// The types are local to the source that is compiled for their processors, and so are the functions made from them.
+/// The types are local to the source that is compiled for its processors, and so are their functions.
 template <class TBlock, class TChunk, class TColumnChunk>
 class CKernelOf {
 public:

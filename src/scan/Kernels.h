@@ -1,4 +1,4 @@
-// The kernels, each from the source that is compiled for its processors.
+// The kernels, each in a source that is compiled for its processors.
 #pragma once
 
 #include "scan/Kernel.h"

@@ -40,7 +40,7 @@ public:
         return Join(Controls(m_a), Controls(m_b), Controls(m_c), Controls(m_d));
     }
     [[gnu::always_inline]] Mask FindHigh() const { return Join(m_a, m_b, m_c, m_d); }
-    /// The first bytes of characters of three in UTF-8.
+    /// The lead bytes of three-byte UTF-8 characters.
     [[gnu::always_inline]] Mask FindLeads() const { return Join(Leads(m_a), Leads(m_b), Leads(m_c), Leads(m_d)); }
     /// Bytes from 0x80 on and below `byte`, which is above it.
     [[gnu::always_inline]] Mask FindHighBelow(unsigned char byte) const {
@@ -62,7 +62,7 @@ public:
     [[gnu::always_inline]] static unsigned First(Mask mask) {
         return static_cast<unsigned>(__builtin_ctzll(mask | Mask{1} << 63)) + (mask == 0 ? 1U : 0U);
     }
-    /// The upper ten bits of a character of three bytes in UTF-8.
+    /// The upper ten bits of a three-byte UTF-8 character.
     [[gnu::always_inline]] static unsigned GetUpperBits(const unsigned char* from) {
         return (from[0] & 0x0FU) << 6 | (from[1] & 0x3FU);
     }
@@ -134,7 +134,7 @@ public:
     static constexpr bool READS_PAST = true;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
-    /// Loads past the end that the compiler knows are spelled in the processor's language.
+    /// In assembly, because the compiler must not see that these loads go beyond the end of an object.
     [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
         CChunk chunk;
         asm("movdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));

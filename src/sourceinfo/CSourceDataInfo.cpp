@@ -73,7 +73,7 @@ CSourceDataInfo::~CSourceDataInfo() {
     try {
         UncompressDeleteDirectory(m_pUncompressFolderPath.get());
     } catch (...) {
-        // Memory has run out: what is not removed yet stays, as after any failure of the system.
+        // Not enough memory: what is not removed yet stays, as after any failure of the system.
     }
     Initialize();
 }
@@ -102,7 +102,7 @@ CSourceDataInfo* CSourceDataInfo::CreateClone() const {
     clone->m_bIsExistFixCRLF = m_bIsExistFixCRLF;
     clone->m_dwStartReadRowCnt = m_dwStartReadRowCnt;
     clone->m_bKeepLineEnds = m_bKeepLineEnds;
-    // Last, so that a clone abandoned by a failed allocation does not take the folder with it.
+    // Last, so that a clone destroyed because of a failed allocation does not remove the folder.
     CopyBuffer(clone->m_pUncompressFolderPath, m_pUncompressFolderPath, PATH_BUFFSIZE);
     return clone.release();
 }
@@ -110,7 +110,7 @@ CSourceDataInfo* CSourceDataInfo::CreateClone() const {
 bool CSourceDataInfo::SetCommonInfo(const char* path, SCDeclareConstant::ESourceFileType type) {
     if (path == nullptr)
         return false;
-    // The path may be the record's own, which Initialize clears.
+    // The path may belong to this object, and Initialize clears it.
     std::array<char, PATH_BUFFSIZE> ownPath{};
     const std::size_t length = std::min(std::strlen(path), ownPath.size());
     std::memcpy(ownPath.data(), path, std::min(length, ownPath.size() - 1));
@@ -169,7 +169,7 @@ CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PrepareFixFile() {
     return result == SDO_FAILED ? SDO_READ_ERROR : result;
 }
 
-/// What the error of a failed preview means; SDO_FAILED for one without a meaning of its own.
+/// The result for the error of a failed preview; SDO_FAILED for an error without a result of its own.
 CSourceDataInfo::ESourceDataOpen CSourceDataInfo::GetCreateTmpFileErr() {
     switch (m_dwErrorCode) {
     case ERROR_FILE_NOT_FOUND:
@@ -194,7 +194,7 @@ bool CSourceDataInfo::ReadFixFile(const char* path) {
     DWORD size = 0;
     if (!file.IsOpen() || !ReadFileWhole(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size)) {
         SetDataAccessErrorCode();
-        // Of several reads the first may have brought something.
+        // Of several reads the first may have returned data.
         std::memset(m_pFixFileData.get(), 0, size);
         return false;
     }
@@ -233,7 +233,7 @@ CSourceDataInfo::ESourceDataOpen CSourceDataInfo::PreparePackage() {
         SetDataAccessErrorCode();
         return SDO_TMPFILE_ERROR;
     }
-    // The name may be taken by an empty file, and it is to become a folder.
+    // An empty file may have the name, which is needed for a folder.
     DeleteFileA(m_pUncompressFolderPath.get());
     const auto archive = std::make_unique<CUnZip>(m_pFilePath.get(), m_pPassWordString.get());
     if (!archive->Uncompress(m_pUncompressFolderPath.get())) {
@@ -275,7 +275,7 @@ SCDeclareConstant::ESourceFileType CSourceDataInfo::FixSourceFileType(const char
     if (extension != SCDataAccessDefine::EXT_TXT)
         return GetTextFileType(path);
 
-    // Of a "txt" file the caller may know better than its first line tells.
+    // For a "txt" file the type that the caller expects takes precedence over the first line.
     if (m_eSourceFileType == SCDeclareConstant::SFT_TXT || m_eSourceFileType == SCDeclareConstant::SFT_FIX)
         return m_eSourceFileType;
     const auto sniffed = GetTextFileType(path);
@@ -294,7 +294,7 @@ SCDeclareConstant::ESourceFileType CSourceDataInfo::GetTextFileType(const char* 
     return SniffFirstLine({bytes.get(), size});
 }
 
-/// Only CR LF ends the first line, and quotes play no part.
+/// Only CR LF ends the first line, and quotes have no meaning.
 SCDeclareConstant::ESourceFileType CSourceDataInfo::SniffFirstLine(std::string_view bytes) const {
     bool hasTab = false;
     bool hasComma = false;
@@ -411,7 +411,7 @@ bool CSourceDataInfo::SetPassWordString(const char* password) {
         return false;
     if (std::strcmp(password, m_pPassWordString.get()) != 0)
         ForgetPassWords();
-    // The password may be the record's own.
+    // The password may belong to this object.
     std::memmove(m_pPassWordString.get(), password, length + 1);
     return true;
 }
@@ -427,7 +427,7 @@ bool CSourceDataInfo::GetIsNeedPassWord() {
 void CSourceDataInfo::SetXtqfSourceFilePath(const char* path) {
     if (path == nullptr)
         return;
-    // The path may be the record's own.
+    // The path may belong to this object.
     std::array<char, PATH_BUFFSIZE> copy{};
     const std::string_view text(path);
     if (text.size() < copy.size())

@@ -1,5 +1,5 @@
-// The part of CSourceDataInfo that concerns workbooks and databases: connection and record-set strings, and the list
-// of sheets or tables between them.
+// The part of CSourceDataInfo for workbooks and databases: connection string, list of sheets or tables, and
+// record-set string.
 #include "CADOOperater.h"
 #include "CSourceDataInfo.h"
 #include "platform/ado/ConnectionString.h"
@@ -17,7 +17,7 @@ using namespace NSTQ::Platform;
 
 namespace {
 
-/// Writes the texts one after another with a NUL behind, cut off where `size` bytes end.
+/// Concatenates the texts, followed by a NUL, truncated to `size` bytes.
 void WriteTexts(char* target, std::size_t size, std::initializer_list<std::string_view> texts) {
     std::size_t length = 0;
     for (const std::string_view text : texts)
@@ -29,8 +29,7 @@ bool IsWorkbook(SCDeclareConstant::ESourceFileType type) {
     return type == SCDeclareConstant::SFT_XLS || type == SCDeclareConstant::SFT_XLSX;
 }
 
-/// The name of a worksheet as it is offered: without its '$' and the quotes around. Null for other names of a
-/// workbook.
+/// The name of a worksheet as it is listed: without '$' and quotes. Null for other names of a workbook.
 char* GetSheetName(char* name, std::size_t length) {
     const char quote = *SCDataAccessDefine::STR_SINGLE_QUOTE;
     const char dollar = *SCDataAccessDefine::STR_DOLLAR;
@@ -92,7 +91,7 @@ bool CSourceDataInfo::CreateConnectString(const char* path, SCDeclareConstant::E
 }
 
 bool CSourceDataInfo::SetSchemaName(SCDeclareConstant::ESourceFileType type) {
-    // A listing that breaks off must not change the size of the buffer that is there.
+    // A failed listing must not change the size of the existing buffer.
     DWORD dwSize = 0;
     DWORD dwCount = 0;
     if (!CADOOperater::GetSchemaNameSize(dwSize, dwCount, m_pConnectString.get()))

@@ -13,10 +13,10 @@
 namespace NSTQ::NSTQCore {
 namespace {
 
-/// As m_dwRecordStartPos: a piece of the raw record did not fit, so that the record cannot be handed out.
+/// Value of m_dwRecordStartPos: a piece of the raw record did not fit, so that the record cannot be returned.
 constexpr DWORD RAW_RECORD_LOST = 0xFFFFFFFF;
 
-/// As m_llClosingQuote: no quote stands right behind it.
+/// Value of m_llClosingQuote that no quote directly follows.
 constexpr LONGLONG NO_QUOTE = -2;
 
 } // namespace
@@ -96,7 +96,7 @@ bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD
     }
     scan.Leave();
     dwCount = fields;
-    // Only a record that is not whole needs to know whether the file ends with it.
+    // Only for an incomplete record it matters whether the file ends with it.
     const bool isWhole = complete || (!HasNextLineData() && m_dwErrorCode != Platform::ERROR_HANDLE_EOF);
     return _FinishRecord(isWhole, ppData, pLen, pRecord, dwRecordSize);
 }
@@ -122,7 +122,7 @@ bool CCsvDataAccess::_FinishRecord(bool bResult, const char**& ppData, const WOR
     return bResult;
 }
 
-/// Collects the raw record's bytes of the current fill, before a refill and at the record's end.
+/// Collects the bytes of the raw record in the current fill, before a refill and at the end of the record.
 bool CCsvDataAccess::OnReread() {
     if (m_bFollowQuotes)
         _FollowQuotes();
@@ -140,8 +140,8 @@ bool CCsvDataAccess::OnReread() {
     return true;
 }
 
-/// The record is collected where its fields will stand: the line buffer has exactly the capacity that a record may
-/// have before its conversion, and in every page but UTF-8 the converted text is never longer.
+/// The record is collected in the line buffer itself, which has exactly the capacity for a record of the maximum size
+/// before its conversion; in every page except UTF-8 the converted text is never longer.
 bool CCsvDataAccess::_GetLineDataWithConvert(const char**& ppData, const WORD*& pLen, DWORD& dwCount,
                                              bool bKeepRecord, const char*& pRecord, DWORD& dwRecordSize) {
     _StartRecord(bKeepRecord);
@@ -160,8 +160,8 @@ bool CCsvDataAccess::_GetLineDataWithConvert(const char**& ppData, const WORD*& 
     return _FinishRecord(true, ppData, pLen, pRecord, dwRecordSize);
 }
 
-/// Of the record's bytes, `dwConverted` are in the ANSI code page already. When that is all, it may be split already,
-/// into `dwFields`, which else is 0.
+/// `dwConverted` bytes of the record are in the ANSI code page already. If these are all, the record may already be
+/// split into `dwFields` fields, which is 0 otherwise.
 bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize, DWORD& dwConverted, DWORD& dwFields) {
     m_bFollowQuotes = true;
     m_bInQuotes = false;
@@ -182,8 +182,8 @@ bool CCsvDataAccess::_GetRecordData(unsigned char* pBuff, DWORD* pdwSize, DWORD&
     return true;
 }
 
-/// Goes through the record's quotes up to the read position, at the end of a fill and where one is left open: so
-/// nothing that takes the bytes has to keep in mind where the quotes stand.
+/// Follows the quotes of the record up to the read position, at the end of a fill and when one is left open, so that
+/// the code that takes the bytes need not remember their positions.
 void CCsvDataAccess::_FollowQuotes() {
     const unsigned char* const fill = m_pReadBuff.get();
     const unsigned char* const end = fill + m_dwReadBuffPos;
@@ -196,7 +196,7 @@ void CCsvDataAccess::_FollowQuotes() {
         const LONGLONG offset = m_llReadOffset + (at - fill);
         if (m_bInQuotes)
             m_llClosingQuote = offset;
-        else if (offset != m_llClosingQuote + 1) // one of a pair opens nothing
+        else if (offset != m_llClosingQuote + 1) // not the second one of a doubled quote
             m_llOpeningQuote = offset;
         m_bInQuotes = !m_bInQuotes;
     }
@@ -204,17 +204,17 @@ void CCsvDataAccess::_FollowQuotes() {
 }
 
 /// Converts the rest of a collected record in place to the ANSI code page. Returns its new length, which is above the
-/// line limit when the converted text does not fit; the line buffer then holds nothing of use.
+/// line limit when the converted text does not fit; the content of the line buffer is then undefined.
 std::size_t CCsvDataAccess::_ConvertRecord(unsigned char* pText, std::size_t size, std::size_t converted) const {
     if (Platform::GetAnsiCodePage() != Platform::CP_UTF8)
         return converted + Platform::ConvertUtf8ToAnsi(pText + converted, size - converted);
-    // Not the length tells: three bytes that are no character give the three of U+FFFD.
+    // The length does not show it: three invalid bytes can be replaced by the three of U+FFFD.
     if (Platform::CountValidUtf8(reinterpret_cast<const char*>(pText), size) == size)
         return size;
     const std::size_t mended = Platform::MendUtf8(pText, size, nullptr, 0);
     if (mended > m_dwLineSizeLimit)
         return mended;
-    // Mending only lengthens, so that it can run from the end of the buffer down to its start.
+    // Replacing only lengthens the text, so the record is moved to the end of the buffer and read from there.
     unsigned char* tail = pText + (std::size_t{m_dwLineSizeLimit} + 1 - size);
     std::memmove(tail, pText, size);
     return Platform::MendUtf8(tail, size, pText, mended);
@@ -224,7 +224,7 @@ void CCsvDataAccess::_SplitRecord(std::size_t size, DWORD& dwCount) {
     char* field = m_pLineBuff.get();
     char* const end = field + size;
     const Scan::SKernel& kernel = Scan::GetKernel();
-    // A record that is no longer than a field may be has none to be cut.
+    // A record that is not longer than the field limit has no field to truncate.
     if (kernel.pSplitTexts != nullptr && size <= m_dwFieldSizeLimit) {
         Scan::STexts texts{.pText = field,
                            .pEnd = end,

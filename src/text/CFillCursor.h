@@ -1,9 +1,9 @@
-// The read position as plain pointers, for the loops that every byte takes.
+// The read position as local pointers, for the loops over every byte.
 //
-// Members of the reader would be loaded again after every byte stored, because a char may stand for anything. A
-// cursor is a local variable whose address never leaves the function that has it, so that its pointers stay in
-// registers; that is why all of it is inlined and a refill goes by value. Leave puts the position back into the
-// reader.
+// Members of the reader would be reloaded after every stored byte, because a char may alias anything. A cursor is a
+// local variable whose address never leaves its function, so that its pointers stay in registers; therefore
+// everything is inlined and a refill is returned by value.
+// Leave stores the position in the reader.
 #pragma once
 
 #include "VCTextFileOperater.h"
@@ -37,7 +37,7 @@ public:
         ++m_pNext;
         return true;
     }
-    /// Of the bytes that stay inside quotes when line ends do, whatever line end is set.
+    /// For CR and LF, which stay inside quotes together with line ends, whatever line end is set.
     [[gnu::always_inline]] static bool IsLineEndByte(unsigned char byte) {
         return byte == SCDataAccessDefine::CR_CODE || byte == SCDataAccessDefine::LF_CODE;
     }
@@ -45,7 +45,7 @@ public:
 
     [[gnu::always_inline]] unsigned char Get() const { return *m_pNext; }
     [[gnu::always_inline]] void Consume(DWORD dwBytes = 1) { m_pNext += dwBytes; }
-    /// The bytes of the fill from the next one on.
+    /// The bytes of the fill from the next one.
     [[gnu::always_inline]] const unsigned char* Bytes() const { return m_pNext; }
     [[gnu::always_inline]] DWORD CountBytes() const { return static_cast<DWORD>(m_pEnd - m_pNext); }
     /// The next byte's offset in the file.

@@ -40,8 +40,8 @@ bool CFixDataAccess::FileOpen(const CSourceDataInfo* pInfo) {
 
 namespace {
 
-/// Reads a column of `dwWidth` bytes to `pOut`; returns the end of its text without trailing spaces. `bEnded` tells
-/// that a line end or an end-of-file mark has ended the record.
+/// Reads a column of `dwWidth` bytes to `pOut`; returns the end of its text without trailing spaces. `bEnded` is
+/// set when a line end or SUB has ended the record.
 template <class CCursor>
 [[gnu::always_inline]] inline char* ReadColumn(CCursor& cursor, DWORD dwWidth, char* pOut, bool& bEnded) {
     char* trimmed = pOut;
@@ -72,7 +72,7 @@ template <class CCursor>
 
 } // namespace
 
-/// Takes the columns from number `dwColumn` on that a kernel finds ordinary; returns where the next field goes.
+/// Takes the columns from number `dwColumn` that a kernel finds ordinary; returns where the next field is written.
 [[gnu::always_inline]] inline char* CFixDataAccess::_ReadOrdinaryColumns(CFillCursor& cursor, char* pField,
                                                                          DWORD& dwColumn) const {
     const Scan::SKernel& kernel = Scan::GetKernel();
@@ -124,7 +124,7 @@ bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
         }
         ++dwCount;
     }
-    // Mostly the line end follows at once.
+    // Usually the line end follows directly.
     if (field != m_pLineBuff.get() && m_bIsExistFixCRLF != 0 && !ended && cursor.CountBytes() >= 2 &&
         cursor.IsPreDelimiter(cursor.Get())) {
         cursor.Consume();
@@ -132,14 +132,14 @@ bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
     }
     cursor.Leave();
     const bool result = _FinishRecord(field != m_pLineBuff.get(), ended);
-    // A record that ends with the fill's last byte makes the refill now, so that HasNextLineData is exact.
+    // If a record ends with the last byte of the fill, refill now, so that HasNextLineData is exact.
     HasNextRecordByte();
     ppData = m_ppFieldData.get();
     pLen = m_pFieldLen.get();
     return result;
 }
 
-/// Passes over what is left of the line, where records have line ends, and tells whether the record is whole.
+/// Skips the rest of the line, if records have line ends, and returns whether the record is complete.
 bool CFixDataAccess::_FinishRecord(bool bStored, bool bEnded) {
     if (!bStored)
         return !HasNextLineData();

@@ -1,8 +1,8 @@
-// The grammar of delimited text in UTF-8: collects one record, its syntax resolved, as field texts each with its NUL.
+// The grammar of delimited text in UTF-8: parses one record into field texts, each with its NUL.
 //
-// Ordinary bytes may be taken many at a time by a kernel of src/scan, which leaves the others to the grammar here. It
-// may convert them as well, up to the first byte above 0x7F that is taken as it stands, and give the fields' entries
-// when it takes the whole record.
+// A kernel of src/scan may take many ordinary bytes at a time and leaves the others to this grammar. It may also
+// convert them, up to the first byte above 0x7F that is taken without conversion, and write the entries of the fields
+// if it takes the whole record.
 #pragma once
 
 #include "CCsvDataAccess.h"
@@ -16,7 +16,7 @@ namespace NSTQ::NSTQCore {
 
 class CCsvDataAccess::CRecordCollector {
 public:
-    /// `dwCapacity` counts the final NUL.
+    /// `dwCapacity` includes the final NUL.
     [[gnu::always_inline]] CRecordCollector(CCsvDataAccess& reader, unsigned char* pBuff, DWORD dwCapacity)
         : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_pOut(pBuff), m_dwRoom(dwCapacity - 1) {
         const Scan::SKernel& kernel = Scan::GetKernel();
@@ -26,7 +26,7 @@ public:
             m_pKernel = &kernel;
     }
 
-    /// False when the record does not fit; the read position then stays inside it.
+    /// False when the record does not fit; the read position is then inside it.
     [[gnu::always_inline]] bool Collect() {
         bool fits = true;
         while (fits && !m_bDone && m_cursor.HasNext()) {
@@ -36,21 +36,21 @@ public:
             CollectRun();
             fits = !m_cursor.HasNext() || CollectNext();
         }
-        // A record that ends with the fill's last byte makes the refill now, so that HasNextLineData is exact.
+        // If a record ends with the last byte of the fill, refill now, so that HasNextLineData is exact.
         if (m_bDone)
             m_cursor.HasNext();
         m_cursor.Leave();
         return fits;
     }
 
-    /// Ends the last field, where something was collected. Returns how many fields have entries that hold, 0 when the
+    /// Ends the last field, if anything was collected. Returns the number of fields with valid entries, 0 if the
     /// record is still to be split.
     [[gnu::always_inline]] DWORD Finish() {
         if (m_pOut == m_pBuff)
             return 0;
         char* const end = reinterpret_cast<char*>(m_pOut);
         *m_pOut++ = SCDataAccessDefine::NULL_CODE;
-        // A record that is no longer than a field may be has none to be cut.
+        // A record that is not longer than the field limit has no field to truncate.
         if (m_pField == nullptr || GetSize() > m_reader.m_dwFieldSizeLimit)
             return 0;
         m_reader.m_ppFieldData[m_dwFields] = m_pField;
@@ -60,7 +60,7 @@ public:
 
     [[gnu::always_inline]] DWORD GetSize() const { return static_cast<DWORD>(m_pOut - m_pBuff); }
 
-    /// Whether the record went on inside quotes where the collecting stopped.
+    /// Whether collecting stopped inside quotes.
     [[gnu::always_inline]] bool IsQuoteOpen() const { return m_bQuoted && !m_bDone; }
 
     /// How many bytes at the beginning are in the ANSI code page.
@@ -112,7 +112,7 @@ private:
         }
     }
 
-    /// From `from` on, unless it is so from further up.
+    /// Marks the text as unconverted from `from`, unless it is so from an earlier byte.
     [[gnu::always_inline]] void LeaveUnconverted(unsigned char* from) {
         if (m_pUnconverted == nullptr)
             m_pUnconverted = from;
@@ -190,14 +190,14 @@ private:
     CFillCursor m_cursor;
     const Platform::CCodePageTables* const m_pPage = &Platform::GetAnsiTables();
     unsigned char* const m_pBuff;
-    unsigned char* m_pOut;                   ///< behind the last byte collected
-    DWORD m_dwRoom;                          ///< bytes that may be collected still, counted before their conversion
-    unsigned char* m_pUnconverted = nullptr; ///< where what is in UTF-8 begins, if anything is
+    unsigned char* m_pOut;                   ///< after the last byte collected
+    DWORD m_dwRoom;                          ///< bytes that may still be collected, counted before their conversion
+    unsigned char* m_pUnconverted = nullptr; ///< where the unconverted part begins, if any
     const char* m_pField = nullptr;          ///< the last field, when those before it have their entries
     DWORD m_dwFields = 0;                    ///< how many those are
     bool m_bQuoted = false;
     bool m_bDone = false;
-    const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or where bytes play unusual parts
+    const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or with an unusual separator or line end
 };
 
 } // namespace NSTQ::NSTQCore

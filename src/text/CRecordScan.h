@@ -1,6 +1,6 @@
 // The grammar of delimited text in the ANSI code page: reads one record field by field into the line buffer.
 //
-// Ordinary fields may be taken many at a time by a kernel of src/scan, which leaves the others to the grammar here.
+// A kernel of src/scan may take many ordinary fields at a time and leaves the others to this grammar.
 #pragma once
 
 #include "CCsvDataAccess.h"
@@ -26,14 +26,14 @@ public:
             m_pKernel = &kernel;
     }
 
-    /// The record's line end has been met.
+    /// The line end of the record has been reached.
     [[gnu::always_inline]] bool IsEnded() const { return m_bEnded; }
     [[gnu::always_inline]] bool HasNext() { return m_cursor.HasNext(); }
     [[gnu::always_inline]] bool IsOverLimit() const { return m_dwCounter > m_dwLimit; }
     [[gnu::always_inline]] void Leave() const { m_cursor.Leave(); }
 
-    /// Where there is a field: hands out as many as a kernel finds ordinary, from number `dwField` on, and returns
-    /// the number behind them.
+    /// At the start of a field: takes as many fields as a kernel finds ordinary, from number `dwField`, and returns
+    /// the number of the next one.
     [[gnu::always_inline]] DWORD ReadOrdinaryFields(DWORD dwField) {
         if (m_pKernel == nullptr || dwField >= m_dwFieldCntLimit || m_dwCounter >= m_dwLimit)
             return dwField;
@@ -59,7 +59,7 @@ public:
         return dwField + fields.dwFields;
     }
 
-    /// Reads one field. False when an end-of-file mark stands in its place.
+    /// Reads one field. False if there is a SUB instead.
     [[gnu::always_inline]] bool ReadField() {
         m_pEnd = m_pTrimmed = m_pField;
         SkipLeadingBlanks();
@@ -79,7 +79,7 @@ public:
         return true;
     }
 
-    /// Hands the field out as number `dwField`, where there is an entry for it, and goes on behind its separator.
+    /// Stores the entry of field `dwField`, if there is one, and continues after its separator.
     [[gnu::always_inline]] void EndField(DWORD dwField) {
         if (dwField < m_dwFieldCntLimit) {
             const DWORD length = FinishField(m_pField, static_cast<DWORD>(m_pTrimmed - m_pField), m_dwFieldSizeLimit);
@@ -116,8 +116,8 @@ private:
         }
     }
 
-    /// Behind an opening quote, up to its closing quote, the record's line end, the end of the data or the limit.
-    /// False at the last two, which leave the quote open.
+    /// After an opening quote, up to its closing quote, the record's line end, the end of the data or the limit.
+    /// False for the last two, which leave the quote open.
     [[gnu::always_inline]] bool ReadQuotedPart() {
         const bool stopsAtAll = m_bKeepLineEnds && m_reader.m_cPreDelimiter > SPACE;
         bool atStart = true;
@@ -153,8 +153,8 @@ private:
         return false;
     }
 
-    /// Inside quotes: stores the line end or the byte of one that `byte`, taken already, is or begins. False when it
-    /// is neither. A line end that goes past the limit fails the read, so that none is ever cut.
+    /// Inside quotes, after `byte` has been taken: stores the line end that it begins, or a single CR or LF. False if
+    /// it is neither. A line end that exceeds the limit fails the read, so that none is ever truncated.
     [[gnu::always_inline]] bool KeepLineEnd(unsigned char byte) {
         if (m_cursor.IsPreDelimiter(byte) && m_cursor.TakePostDelimiter()) {
             m_dwCounter += m_reader.m_cPostDelimiter == 0 ? 1 : 2;
@@ -170,7 +170,7 @@ private:
         return true;
     }
 
-    /// A field without an opening quote, or what follows a closing one.
+    /// A field without an opening quote, or the rest after a closing one.
     [[gnu::always_inline]] void ReadUnquotedPart() {
         while (m_cursor.HasNext()) {
             const unsigned char byte = m_cursor.Get();
@@ -203,8 +203,8 @@ private:
         m_pTrimmed = m_pEnd;
     }
 
-    /// Stores the next byte, which is above the space, and those like it that follow, as far as the fill and the
-    /// limit reach and up to `cStop`. A kernel goes on from a long run, and then takes spaces as well.
+    /// Stores the next byte, which is above the space, and similar ones that follow, up to `cStop`, the end of
+    /// the fill or the limit. In a long run a kernel continues, and then also takes spaces.
     [[gnu::always_inline]] void StoreRun(char cStop) {
         constexpr DWORD longRun = 16;
         const unsigned char* const bytes = m_cursor.Bytes();
@@ -230,19 +230,19 @@ private:
 
     CCsvDataAccess& m_reader;
     CFillCursor m_cursor;
-    char* m_pField;             ///< where the field in hand begins in the line buffer
-    char* m_pEnd = nullptr;     ///< behind its last byte
-    char* m_pTrimmed = nullptr; ///< behind its last byte that is not a trailing space
+    char* m_pField;             ///< where the current field begins in the line buffer
+    char* m_pEnd = nullptr;     ///< after its last byte
+    char* m_pTrimmed = nullptr; ///< after its last byte that is not a trailing space
     const char** const m_ppFieldData;
     WORD* const m_pFieldLen;
     const DWORD m_dwFieldCntLimit;
     const DWORD m_dwFieldSizeLimit;
     const DWORD m_dwLimit;
-    DWORD m_dwCounter = 0; ///< bytes taken and field ends, held against the line limit
+    DWORD m_dwCounter = 0; ///< bytes taken plus field ends, compared with the line limit
     const char m_cSeparator;
     const bool m_bKeepLineEnds;
     bool m_bEnded = false;
-    const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or where bytes play unusual parts
+    const Scan::SKernel* m_pKernel = nullptr; ///< null without one, or with an unusual separator or line end
 };
 
 } // namespace NSTQ::NSTQCore

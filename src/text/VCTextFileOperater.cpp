@@ -91,7 +91,7 @@ bool VCTextFileOperater::ReadFirstFill(const SStream& stream) {
     std::copy_n(stream.pHead, stream.dwHeadSize, m_pReadBuff.get());
     m_dwReadSize = stream.dwHeadSize;
     bool read = m_dwReadSize > 0 || ReadFill();
-    // The character set is found in these bytes, also when the system delivers fewer at first.
+    // The character set is detected in these bytes, also if the system returns fewer at first.
     if (read && m_llFileSize > m_dwReadSize && m_dwReadSize <= markSize && m_eCharSet != CSourceDataInfo::RCS_ANSI) {
         DWORD more = 0;
         read = ReadFileWhole(m_hFile, m_pReadBuff.get() + m_dwReadSize, markSize + 1 - m_dwReadSize, &more);
@@ -126,7 +126,7 @@ bool VCTextFileOperater::HasNextSrcData() {
         SetCsvDataAccessErrorCode();
         return false;
     }
-    // Others may have made the file shorter: what it was to bring would be waited for again and again.
+    // Another program may have made the file shorter: then the missing bytes would be read again and again.
     if (m_dwReadSize == 0 && m_llReadOffset < m_llFileSize) {
         m_llFileSize = m_llReadOffset;
         m_dwErrorCode = ERROR_HANDLE_EOF;
@@ -134,8 +134,8 @@ bool VCTextFileOperater::HasNextSrcData() {
     return m_dwReadSize != 0;
 }
 
-/// At the end of a stream, or where it fails, its size is known; nothing is read behind that, which a terminal would
-/// let us.
+/// At the end of a stream, or where it fails, its size is known; nothing is read after that, which a terminal would
+/// allow.
 bool VCTextFileOperater::ReadFill() {
     m_dwReadSize = 0;
     if (m_llReadOffset == m_llFileSize && m_bStream)

@@ -1,7 +1,7 @@
-// The ANSI code page in which the library works, for as long as the object lives; then the one before it again.
+// Sets the ANSI code page of the library during its lifetime, and restores the previous one.
 //
-// A source chooses it for its path and its rows. UTF-8 and the Unicode of workbooks are read as they stand, which
-// keeps everything; their rows are encoded when they are written.
+// A source chooses it for its path and its rows. UTF-8 and workbooks are read without conversion, which
+// loses nothing; their rows are encoded when they are written.
 #pragma once
 
 namespace NSTQ::Tool {

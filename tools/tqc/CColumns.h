@@ -1,4 +1,4 @@
-// Holds the inputs of one output to the same columns.
+// Checks that the inputs of one output have the same columns.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -11,8 +11,8 @@ namespace NSTQ::Tool {
 
 class CColumns {
 public:
-    /// The names of an input's columns. True for the first input, whose names are to be written; false when they are
-    /// the same again. Throws CFailure about `file` when they differ.
+    /// The column names of an input. True for the first input, whose names are to be written; false if they are the
+    /// same. Throws CFailure about `file` if they differ.
     bool TakeNames(const std::string& file, const std::vector<std::string>& names);
 
     /// The number of fields in an input's first row. Throws CFailure about `file` when it differs.

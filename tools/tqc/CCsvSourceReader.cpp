@@ -14,7 +14,7 @@ bool CCsvSourceReader::GetLineData(const char**& fields, const WORD*& lengths, D
     return result;
 }
 
-/// A character that lies across an end of the fill is in a row that does so, too.
+/// A character across the end of a fill is in a row that also extends across it.
 bool CCsvSourceReader::IsFillUtf8() {
     if (m_checkedFill == m_llReadOffset)
         return m_isFillUtf8;

@@ -1,5 +1,5 @@
-// The reader of delimited text. It looks at each fill of its buffer once, so that no row of a fill that is UTF-8
-// throughout has to be looked at.
+// The reader of delimited text. It validates each fill of its buffer once, so that the rows of a fill that is
+// entirely UTF-8 need not be validated.
 #pragma once
 
 #include "CSourceReader.h"
@@ -9,7 +9,7 @@ namespace NSTQ::Tool {
 
 class CCsvSourceReader final : public CSourceReader<NSTQCore::CCsvDataAccess> {
 public:
-    /// One field more than wanted shows that there are more; fields are cut by the program, which then knows of it.
+    /// Reads one field more than wanted, to detect that there are more; the program truncates fields and reports it.
     explicit CCsvSourceReader(const SOptions& options)
         : CSourceReader(options.maxFields + 1, options.maxLineSize, maxLength), m_quoteNewLine(options.quoteNewLine) {
     }
@@ -23,7 +23,7 @@ private:
 
     bool m_quoteNewLine;
     bool m_isKnownUtf8 = false;  ///< the last row
-    bool m_isFillUtf8 = false;   ///< the fill that was looked at last
+    bool m_isFillUtf8 = false;   ///< the fill that was validated last
     LONGLONG m_checkedFill = -1; ///< its offset in the file
 };
 

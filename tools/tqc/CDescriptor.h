@@ -14,12 +14,12 @@ public:
     CDescriptor& operator=(const CDescriptor&) = delete;
     ~CDescriptor() { Reset(-1); }
 
-    /// Reads what the system has at hand, at least a byte; 0 at the end, negative on an error. Waits for an empty
-    /// pipe, also for a non-blocking one, which standard input may be.
+    /// Reads what the system has available, at least one byte; 0 at the end, negative on an error. Waits for an empty
+    /// pipe, also a non-blocking one, which standard input may be.
     static ssize_t Read(int descriptor, char* bytes, std::size_t size);
 
     int Get() const { return m_descriptor; }
-    /// Closes the one in hand and takes another.
+    /// Closes the current one and takes another.
     void Reset(int descriptor);
 
 private:

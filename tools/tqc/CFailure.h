@@ -1,4 +1,4 @@
-// What ends the program early: an exit status and the message that goes with it.
+// A failure that ends the program: an exit status and its message.
 #pragma once
 
 #include <stdexcept>
@@ -7,12 +7,12 @@
 namespace NSTQ::Tool {
 
 enum class EExitStatus : int {
-    Ok = 0,       ///< also when the reader of a pipe went away
-    RowsLost = 1, ///< everything was read, but rows were cut or rejected
+    Ok = 0,       ///< also when the reader of a pipe closes it
+    RowsLost = 1, ///< everything was read, but rows were truncated or rejected
     Usage = 2,
-    NotFound = 3, ///< not found, or not allowed to be read
+    NotFound = 3, ///< not found, or access denied
     Password = 4,
-    Unsupported = 5, ///< no reader for it, or it cannot be read through
+    Unsupported = 5, ///< unsupported, damaged, or a read error
     Limit = 6,
     OutputFailed = 7,
 };

@@ -11,8 +11,8 @@
 namespace NSTQ::Tool {
 namespace {
 
-/// Reads until the text is full or the file ends: what it tells must not depend on the pieces in which a pipe
-/// delivers it. False on an error.
+/// Reads until the text is full or the file ends: detection must not depend on the pieces in which a pipe delivers
+/// the data. False on an error.
 bool Fill(std::string& text, int descriptor) {
     std::size_t size = 0;
     while (size < text.size()) {

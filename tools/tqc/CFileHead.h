@@ -1,4 +1,4 @@
-// The beginning of a file, which tells what the file is, and what the system says about it.
+// The beginning of a file, by which its type is detected, and its attributes.
 #pragma once
 
 #include "CDescriptor.h"
@@ -15,19 +15,19 @@ namespace NSTQ::Tool {
 class CFileHead {
 public:
     CFileHead() = default;
-    /// Reads from where the descriptor stands. `name` is what failures call the file. Throws CFailure, also for a
-    /// folder.
+    /// Reads from the current position of the descriptor. `name` is the file name in messages. Throws CFailure, also
+    /// for a folder.
     CFileHead(int descriptor, const std::string& name);
 
     /// Opens a file for it, without waiting for anything. Throws CFailure.
     static CDescriptor Open(const std::string& path, const std::string& name);
 
-    /// As many as a reader takes at a time, or all that there are.
+    /// As many bytes as a reader reads at a time, or the whole file.
     std::string_view Bytes() const { return m_bytes; }
     bool IsWholeFile() const { return m_isWholeFile; }
     LONGLONG Size() const { return m_status.st_size; }
     std::time_t UpdateTime() const { return m_status.st_mtime; }
-    /// Whether the descriptor has the same file open.
+    /// Whether the descriptor refers to the same file.
     bool IsFileOf(int descriptor) const;
 
 private:

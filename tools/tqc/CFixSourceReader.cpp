@@ -37,7 +37,7 @@ bool CFixSourceReader::GetLineData(const char**& fields, const WORD*& lengths, D
     return !isMarked || !HasNextLineData();
 }
 
-/// A line may be longer than the column that looks at its end; then the rest is passed over.
+/// A line may be longer than the column that checks its end; then the rest is skipped.
 void CFixSourceReader::TakeRestOfLine(const WORD* lengths) {
     const char last = LastByte();
     const bool isInsideLine = HasNextLineData() && last != m_lastOfLineEnd && last != SCDataAccessDefine::SUB_CODE;

@@ -1,8 +1,8 @@
-// The reader of fixed-length text as the program needs it: nothing of a row gets lost unnoticed.
+// The reader of fixed-length text for the program: no part of a row is lost unnoticed.
 //
-// Where the text has line ends, each of them ends a row. What stands between the last column and the line end is
-// looked at with one more column, which takes all the room that is left and is not handed out. Text without line ends
-// is one run of rows.
+// If the text has line ends, each of them ends a row. An additional column, which takes all the remaining room and is
+// not returned, reads the text between the last column and the line end. Text without line ends is one sequence of
+// rows.
 #pragma once
 
 #include "CSourceReader.h"
@@ -14,17 +14,17 @@ namespace NSTQ::Tool {
 
 class CFixSourceReader : public CSourceReader<NSTQCore::CFixDataAccess> {
 public:
-    /// The most that the widths, and one more for each column, may come to, so that there is room for that column.
+    /// The maximum of the sum of the widths plus one for each column, so that there is room for that column.
     static constexpr std::uint64_t maxLayout = maxLength - 1;
     static std::uint64_t LayoutSize(const std::vector<WORD>& widths);
-    /// The widths for the description that the reader is made with.
+    /// The widths for the description that the reader is constructed with.
     static std::vector<WORD> LayOut(std::vector<WORD> widths, bool hasLineEnds);
 
-    /// `columns` is the number of the columns that are handed out.
+    /// `columns` is the number of columns that are returned.
     CFixSourceReader(DWORD columns, const CSourceDataInfo& info, const SLineEnd& lineEnd);
 
-    /// As the base's, but false with the row's fields, or none, when an end-of-file mark ended it before the file's
-    /// end, and true without fields for a mark that stands alone at the end.
+    /// As the base class, but false with the fields of the row, or none, when a SUB ended it before the end of the
+    /// file, and true without fields for a single SUB at the end.
     bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override;
     std::optional<SRowFault> GetFault() const override;
 

@@ -22,7 +22,7 @@ CFormulaGuard::CFormulaGuard(char separator) {
 bool CFormulaGuard::Guard(const char**& fields, const WORD*& lengths, DWORD count) {
     std::size_t guarded = 0;
     bool fits = true;
-    // Texts that move when the list grows would leave the fields behind.
+    // When the list grows its texts would move, and the fields would point to freed memory.
     m_guarded.resize(std::max<std::size_t>(m_guarded.size(), count));
     for (DWORD i = 0; i < count; ++i) {
         const std::string_view field(fields[i], lengths[i]);
@@ -32,7 +32,7 @@ bool CFormulaGuard::Guard(const char**& fields, const WORD*& lengths, DWORD coun
         Append(text, field, atStart);
         if (text.size() == field.size())
             continue;
-        // Each apostrophe but the first stands behind a separator.
+        // Each apostrophe except the first follows a separator.
         if (text.size() > maxLength) {
             text.resize(text.find_last_of(m_separators, maxLength));
             fits = false;
@@ -70,8 +70,8 @@ void CFormulaGuard::Append(std::string& target, std::string_view text, bool& isA
     isAtStart = isAtStart && text.empty();
 }
 
-/// Whether a program that splits in front of the text would take it for a formula. Many texts have a space behind a
-/// comma, which is none.
+/// Whether a program that splits before the text would treat it as a formula. A space after a comma is frequent in
+/// texts and does not count.
 bool CFormulaGuard::BeginsFormula(std::string_view text) const {
     text.remove_prefix(std::min(text.find_first_not_of(" \""), text.size()));
     const std::string_view part = text.substr(0, text.find_first_of(m_separators));

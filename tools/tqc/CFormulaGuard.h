@@ -1,12 +1,12 @@
-// Keeps spreadsheet programs from taking fields for formulas. It changes the data, so it is asked for.
+// Prevents spreadsheet programs from treating fields as formulas. It changes the data, so it is optional.
 //
-// A field that begins with '=', '+', '-', '@', TAB, CR or a space gets an apostrophe in front. The readers drop
-// blanks there and make a space of a TAB, so a space was one. U+FEFF in front does not count, because programs drop
-// it at the beginning of a file. Left alone is what is a number and nothing else: after '+' or '-' only digits, '.'
-// and ',', at least one digit, and perhaps an exponent.
+// A field that begins with '=', '+', '-', '@', TAB, CR or a space gets an apostrophe in front. The readers remove
+// leading spaces and convert a TAB to a space, so a leading space was a TAB. A U+FEFF in front is ignored, because
+// programs remove it at the beginning of a file. A field that is only a number is not changed: after '+' or '-' only
+// digits, '.' and ',', at least one digit, and an optional exponent.
 //
-// A program that splits rows elsewhere, at ';' for instance, does not know the quotes of a field that it splits. So
-// the apostrophe also stands where a formula begins behind another separator or a line end inside a field.
+// A program that splits rows at another separator, such as ';', ignores the quotes of the fields that it splits. So
+// an apostrophe is also written where a formula begins after another separator or a line end inside a field.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -19,14 +19,14 @@ namespace NSTQ::Tool {
 
 class CFormulaGuard {
 public:
-    /// The most bytes of a field that leave room for the first apostrophe.
+    /// The maximum size of a field in bytes that leaves room for the first apostrophe.
     static constexpr DWORD maxFieldLength = 65534;
 
     /// `separator` is the one that the fields are written with.
     explicit CFormulaGuard(char separator);
 
-    /// Puts guarded fields in place of those given, where one needs it; none may be longer than maxFieldLength.
-    /// They stay valid until the next row. False when one has become too long and is cut.
+    /// Replaces the fields by guarded ones, if one needs it; none may be longer than maxFieldLength. They are valid
+    /// until the next row. False when one has become too long and was truncated.
     bool Guard(const char**& fields, const WORD*& lengths, DWORD count);
 
     /// Appends the text, guarded. `isAtStart` tells whether a field, or a part of one, begins with it; afterwards,
@@ -38,8 +38,8 @@ private:
     static bool IsFormula(std::string_view field);
     static bool IsNumber(std::string_view digits);
 
-    std::string m_separators;           ///< the other ones
-    std::vector<std::string> m_guarded; ///< used again from row to row
+    std::string m_separators;           ///< the other separators
+    std::vector<std::string> m_guarded; ///< reused for each row
     std::vector<const char*> m_fields;
     std::vector<WORD> m_lengths;
 };

@@ -113,14 +113,14 @@ void CInputFile::CopyStream(int descriptor) {
     }
 }
 
-/// For the reason that the system gives.
+/// With the reason from the system.
 void CInputFile::FailToStore(const std::string& hint) const {
     const std::string input = IsStandardInput(m_name) ? "standard input" : m_name;
     throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(),
                    input + " cannot be stored there: " + SCErrorText::OfSystem(errno) + hint);
 }
 
-/// Where the file system has files without a name, nothing can be left behind, whatever ends the program.
+/// If the file system supports files without a name, nothing remains, whatever ends the program.
 void CInputFile::CreateNameless() {
     m_copy.Reset(::open(TemporaryFolder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (m_copy.Get() < 0) {
@@ -150,7 +150,7 @@ void CInputFile::LinkUnderExtension(const std::string& extension) {
     std::string path = PrivateName(extension);
     const SCSignals::CHeld held;
     const CDescriptor file(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
-    // The name is this program's own: the folder lets nobody else take it in between.
+    // The name belongs to this program: the permissions of the folder prevent others from using it meanwhile.
     if (file.Get() < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
         throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(), SCErrorText::OfSystem(errno));
     m_path = m_temporary = path;

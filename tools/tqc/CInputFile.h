@@ -1,10 +1,10 @@
 // One input of the command line as a file that the library can open.
 //
-// Text from standard input, a named pipe or a device is read from there, once. Where the program has to come back to
-// what it has read (workbooks, databases and packages, the size that info tells, rows to be rejected) it is copied to
-// a private file first, which is removed again, also by an interrupting signal. The copy of text has no name at all.
-// A workbook, database or package is known by its bytes; under a name that does not say so it gets a link with a name
-// that does, because the library goes by the name.
+// Text from standard input, a named pipe or a device is read from there, once. If the program has to read data twice
+// (workbooks, databases and packages, the size for info, rejected rows), the input is first copied to a private file,
+// which is removed at the end, also after a signal. The copy of text has no name. A workbook, database or package is
+// detected by its bytes; if its name has another extension, the program creates a link with the right one, because
+// the library uses the extension.
 #pragma once
 
 #include "CDescriptor.h"
@@ -20,8 +20,8 @@ namespace NSTQ::Tool {
 
 class CInputFile {
 public:
-    /// Opens a pipe, which waits for its writer; copies what cannot be read where it is; looks at the beginning. The
-    /// options must outlive it. Throws CFailure.
+    /// Opens a pipe, which waits for its writer; copies the input if necessary; examines the beginning. The options
+    /// must outlive it. Throws CFailure.
     CInputFile(const SOptions& options, const std::string& name);
     ~CInputFile();
     CInputFile(const CInputFile&) = delete;
@@ -31,17 +31,17 @@ public:
 
     /// As given, for messages.
     const std::string& Name() const { return m_name; }
-    /// Where it is read from, unless that is a stream.
+    /// The path that is read, unless the input is a stream.
     const std::string& Path() const { return m_path; }
-    /// The descriptor, if it is read from one and only once; else negative.
+    /// The descriptor of a stream, which is read once; else negative.
     int Stream() const { return m_stream; }
-    /// Whether it is a file under the name that was given, all of whose bytes could be looked at.
+    /// Whether it is the given file itself, and all of its bytes can be examined.
     bool IsFile() const { return m_isFile; }
-    /// As the options or the bytes tell; none when these do not.
+    /// By the options or the bytes; none if these do not determine it.
     const std::optional<SCDeclareConstant::ESourceFileType>& Type() const { return m_type; }
     const CFileHead& Head() const { return m_head; }
 
-    /// The failure of a workbook or database in the program's terms.
+    /// Converts the failure of a workbook or database to a CFailure.
     CFailure Explain(const Platform::_com_error& error) const;
 
 private:
@@ -63,7 +63,7 @@ private:
     CFileHead m_head;
     CDescriptor m_opened;    ///< a pipe or device that is read
     CDescriptor m_copy;      ///< of a stream
-    std::string m_temporary; ///< what is to be removed in the end
+    std::string m_temporary; ///< the file to remove at the end
 };
 
 } // namespace NSTQ::Tool

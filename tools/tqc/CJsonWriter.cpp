@@ -80,7 +80,7 @@ std::string CJsonWriter::Finish() {
     return m_text + '\n';
 }
 
-/// To Unicode and back, which leaves UTF-8 alone. A terminal may show it.
+/// Converts to UTF-16 and back, which does not change valid UTF-8. A terminal may show it.
 void CJsonWriter::AppendText(std::string_view text) {
     m_text += '"';
     const std::vector<WCHAR> units = SCPathText::ToWide(text, CP_UTF8);

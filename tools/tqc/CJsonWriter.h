@@ -9,7 +9,7 @@ namespace NSTQ::Tool {
 
 class CJsonWriter {
 public:
-    // A key is left empty in lists.
+    // In lists the key is empty.
     void BeginObject(std::string_view key = {});
     void EndObject();
     void BeginList(std::string_view key);
@@ -22,7 +22,7 @@ public:
     void Add(std::string_view key, bool value);
     void AddNull(std::string_view key);
 
-    /// All of it, with a line end.
+    /// The whole text, with a line end.
     std::string Finish();
 
 private:
@@ -32,7 +32,7 @@ private:
 
     std::string m_text;
     int m_depth = 0;
-    bool m_isFirst = true; ///< nothing stands in the object or list yet
+    bool m_isFirst = true; ///< the object or list is still empty
 };
 
 } // namespace NSTQ::Tool

@@ -16,12 +16,12 @@ protected:
     CLockableSource(const SOptions& options, const CInputFile& input, unsigned page)
         : m_options(options), m_input(input), m_page(page) {}
 
-    /// Tells `info` the path of the input. Throws CFailure.
+    /// Sets the path of the input in `info`. Throws CFailure.
     void Describe(CSourceDataInfo& info, SCDeclareConstant::ESourceFileType type) const;
-    /// Prepares the source; asks for its password, where that is allowed, when it needs one. Throws CFailure.
+    /// Prepares the source; if it needs a password, asks for it, unless that is not allowed. Throws CFailure.
     CSourceDataInfo::ESourceDataOpen Prepare(CSourceDataInfo& info, bool mayAsk);
 
-    /// What the user is told before the password is asked for again.
+    /// The message before the user is asked for the password again.
     virtual std::string DescribeRefusal() const { return "Wrong password.\n"; }
 
     const SOptions& m_options;
@@ -30,8 +30,8 @@ protected:
 private:
     /// One attempt, with the password in the description.
     virtual CSourceDataInfo::ESourceDataOpen TryToPrepare() = 0;
-    /// Whether it may be its password that keeps the source shut: preparation gives the same result for a damaged
-    /// workbook or package.
+    /// Whether the password may be the reason why the source cannot be opened: preparation returns the same result
+    /// for a damaged workbook or package.
     virtual bool IsLocked() const = 0;
 
     CCodePage m_page;

@@ -9,7 +9,7 @@ COutputFile::COutputFile(const SOptions& options, const std::string& name) : m_t
     m_writer.SetSeparator(options.outputSeparator);
     m_writer.SetDelimiter(options.outputLineEnd.first, options.outputLineEnd.second);
     m_writer.SetQuoteLineEnds(true);
-    // Before the writer opens the same descriptor, which then stands behind the mark.
+    // Before the writer opens the same descriptor, whose position is then after the BOM.
     if (options.addMark)
         m_target.Write(reinterpret_cast<const char*>(SCDataAccessDefine::BOM_UTF8),
                        sizeof SCDataAccessDefine::BOM_UTF8);
@@ -21,7 +21,7 @@ COutputFile::~COutputFile() {
     m_writer.FileClose();
 }
 
-/// False when the reader of a pipe has gone, which is how it says that it has enough.
+/// False when the reader has closed the pipe, because it needs no more data.
 bool COutputFile::CheckWriter() {
     const DWORD code = m_writer.GetErrorCode();
     if (code == SCErrorText::brokenPipe)

@@ -1,4 +1,4 @@
-// The rows as CSV, written by CCsvOutPut to a target that is open already.
+// Writes the rows as CSV with CCsvOutPut to a target that is already open.
 #pragma once
 
 #include "CCsvOutPut.h"
@@ -9,18 +9,18 @@ namespace NSTQ::Tool {
 
 class COutputFile {
 public:
-    /// Opens the target `name`; the options tell the form of the rows. Throws CFailure.
+    /// Opens the target `name`; the options determine the form of the rows. Throws CFailure.
     COutputFile(const SOptions& options, const std::string& name);
-    /// Removes what was not finished.
+    /// Removes an incomplete output.
     ~COutputFile();
     COutputFile(const COutputFile&) = delete;
     COutputFile& operator=(const COutputFile&) = delete;
 
-    /// False when nobody reads the pipe any more. Throws CFailure when the row cannot be written.
+    /// False when the reader has closed the pipe. Throws CFailure when the row cannot be written.
     bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count);
-    /// Writes what is held back. Throws CFailure.
+    /// Writes the buffer. Throws CFailure.
     void Close();
-    /// Puts the closed file into its place. Throws CFailure.
+    /// Replaces the target by the closed file. Throws CFailure.
     void Replace() { m_target.Replace(); }
 
     bool IsStandardOutput() const { return m_target.IsStandardOutput(); }

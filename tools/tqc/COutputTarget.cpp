@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view descriptors = "/dev/fd/";
 
-/// The number in names that stand for a descriptor which is open already; -1 for others.
+/// The number in names of open descriptors, such as /dev/fd/3; -1 for other names.
 int DescriptorOfName(std::string_view name) {
     if (name.empty() || name == "/dev/stdout")
         return STDOUT_FILENO;
@@ -30,7 +30,7 @@ int DescriptorOfName(std::string_view name) {
     return descriptor;
 }
 
-/// Replacing a file needs no permission to write it; who protects a file means it all the same.
+/// Replacing a file needs no write permission for it, but the protection is respected nevertheless.
 void CheckReplaceable(const std::string& path, const struct stat& status) {
     constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if (S_ISDIR(status.st_mode))
@@ -39,8 +39,8 @@ void CheckReplaceable(const std::string& path, const struct stat& status) {
         throw CFailure(EExitStatus::OutputFailed, path, "the file exists and is not writable; try another name");
 }
 
-/// Whether the link may have been planted: the system follows none of another user in a folder that everybody may
-/// write to, such as the temporary one, but it does not see that a link is followed here.
+/// Whether another user may have planted the link: in a folder that everybody can write to, such as /tmp, the system
+/// does not follow the links of other users, but it does not notice that this program does.
 bool IsPlanted(const std::string& link) {
     constexpr mode_t shared = S_ISVTX | S_IWOTH;
     struct stat own {};
@@ -100,7 +100,7 @@ COutputTarget::~COutputTarget() {
 }
 
 void COutputTarget::OpenDevice(const std::string& path) {
-    // With O_CREAT the system refuses a pipe that another user has planted.
+    // With O_CREAT the system rejects a pipe that another user has planted.
     constexpr mode_t owner = S_IRUSR | S_IWUSR;
     m_descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, owner);
     if (m_descriptor < 0)

@@ -1,5 +1,5 @@
-// Where bytes go: standard output, a descriptor, device or pipe that is there, or a file that is replaced when all is
-// written.
+// The target of an output: standard output, an existing descriptor, device or pipe, or a file that is replaced after
+// everything has been written.
 #pragma once
 
 #include "CTemporaryFile.h"
@@ -13,25 +13,25 @@ class COutputTarget {
 public:
     /// Opens the target; an empty name, "-" and "/dev/stdout" are standard output. Throws CFailure.
     explicit COutputTarget(const std::string& name);
-    /// Removes what was not put into its place.
+    /// Removes a file that has not replaced the target.
     ~COutputTarget();
     COutputTarget(const COutputTarget&) = delete;
     COutputTarget& operator=(const COutputTarget&) = delete;
 
     static bool IsStandardOutputName(const std::string& name);
-    /// The path behind a chain of links, which may end at a file that does not exist yet. Throws CFailure.
+    /// The path at the end of a chain of links, which may end at a file that does not exist yet. Throws CFailure.
     static std::string FollowLinks(std::string path);
 
     bool IsStandardOutput() const { return m_name.empty(); }
     int Descriptor() const { return m_descriptor; }
-    /// The descriptor as a path, which neither a code page nor a length can spoil.
+    /// The descriptor as a path, which no code page changes and which is never too long.
     std::string DescriptorPath() const;
     /// For messages.
     std::string Describe() const;
 
-    /// Writes all bytes past any buffer. False when nobody reads the pipe any more. Throws CFailure.
+    /// Writes all bytes without buffering. False when the reader has closed the pipe. Throws CFailure.
     bool Write(const char* bytes, std::size_t size);
-    /// Puts a file into its place; what is written later is then seen at once. Throws CFailure.
+    /// Replaces the target by the file; later writes are then visible immediately. Throws CFailure.
     void Replace();
 
 private:

@@ -14,14 +14,14 @@
 namespace NSTQ::Tool {
 namespace {
 
-/// What keeps a package from being unpacked; without a text what the system fails with.
+/// The reasons why a package cannot be unpacked; without a text the error of the system applies.
 struct SFault {
     DWORD code;
     EExitStatus status;
     const char* text;
 };
 
-/// The traditional encryption cannot tell which of both it is.
+/// Traditional encryption cannot distinguish the two.
 constexpr DWORD unclearFault = 23;
 
 constexpr SFault faults[] = {
@@ -60,7 +60,7 @@ void CPackageSource::LookInside() {
         m_dataPage.emplace(m_text->CodePage());
 }
 
-/// Unpacks the package and looks at the data file in it. False when that takes a password that may not be asked for.
+/// Unpacks the package and examines its data file. False when that needs a password that must not be asked for.
 bool CPackageSource::Unpack(bool mayAsk) {
     const auto result = Prepare(m_info, mayAsk);
     if (result == CSourceDataInfo::SDO_PASSWORD_ERROR && IsLocked() && !mayAsk && !SCPassWord::IsGiven(m_options))
@@ -78,9 +78,9 @@ bool CPackageSource::Unpack(bool mayAsk) {
 }
 
 CSourceDataInfo::ESourceDataOpen CPackageSource::TryToPrepare() {
-    // A clone takes the folder with it that the attempt before may have left; the record only knows the last one.
+    // The clone removes the folder that the previous attempt may have left; the description only knows the last one.
     delete m_info.CreateClone();
-    // The folder must not be there without being known.
+    // The folder must not exist without being known.
     const SCSignals::CHeld held;
     const auto result = m_info.PrepareReadSourceData(true);
     m_folder.Set(m_info.GetUncompressFolderPath());
@@ -96,7 +96,7 @@ std::string CPackageSource::DescribeRefusal() const {
                                                  : CLockableSource::DescribeRefusal();
 }
 
-/// Raises what kept the package from being unpacked.
+/// Throws the reason why the package was not unpacked.
 void CPackageSource::Explain() const {
     if (!m_input.Head().Bytes().starts_with("PK"))
         throw CFailure(EExitStatus::Unsupported, m_input.Name(), "not a package: it is not a zip archive");

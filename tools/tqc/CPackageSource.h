@@ -11,7 +11,7 @@
 
 namespace NSTQ::Tool {
 
-/// It removes in the end what it was unpacked to.
+/// It removes the unpacked files at the end.
 class CPackageSource final : public CLockableSource {
 public:
     /// See SCSources::Open.
@@ -29,10 +29,10 @@ private:
     bool Unpack(bool mayAsk);
     [[noreturn]] void Explain() const;
 
-    CUnpackFolder m_folder; ///< before the record, which removes the folder, so that it outlives it
+    CUnpackFolder m_folder; ///< before the description, which removes the folder, so that it outlives it
     CSourceDataInfo m_info;
     std::optional<CTextFile> m_text;
-    /// That of the data file, which may be another one than that of the paths; these need theirs again afterwards.
+    /// The code page of the data file, which may differ from that of the paths, which is restored afterwards.
     std::optional<CCodePage> m_dataPage;
 };
 

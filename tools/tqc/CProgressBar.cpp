@@ -54,7 +54,7 @@ void CProgressBar::Show(int thousandths) {
 
 void CProgressBar::Draw(int thousandths) const {
     const std::string bar(static_cast<std::size_t>(thousandths * barWidth / 1000), '#');
-    // A line that is too long would take two, of which only one could be written over.
+    // A line that is too long would be wrapped, and only its last part could be overwritten.
     const int room = SCTerminal::CountColumns(STDERR_FILENO) - barColumns - 2;
     const std::string name = SCTerminal::CutToColumns(SCTerminal::OnOneLine(m_name), room);
     std::fprintf(stderr, "\r[%-*s] %3d %% %s\033[K", barWidth, bar.c_str(), thousandths / 10, name.c_str());

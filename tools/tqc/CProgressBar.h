@@ -1,7 +1,7 @@
-// A bar on standard error that shows how far reading has come. It is one line that is written over and goes away.
+// A progress bar on standard error. It is one line that is overwritten and removed at the end.
 //
-// All inputs share it: each takes a part of it that is as long as the file is large. What has no size, such as a
-// pipe, takes none. With several inputs the name of the one that is read stands beside it.
+// All inputs share it: the part of each is proportional to the size of the file. An input without a size, such as a
+// pipe, has none. With several inputs the name of the current one is shown next to it.
 #pragma once
 
 #include <chrono>
@@ -21,9 +21,9 @@ public:
 
     /// From now on this input is read.
     void Begin(const std::string& file);
-    /// How far the input in hand has been read, from 0 to 1000. Draws at most ten times a second.
+    /// The progress of the current input, from 0 to 1000. Draws at most ten times a second.
     void Show(int thousandths);
-    /// Makes room for a message; the next Show draws again.
+    /// Removes the bar before a message; the next Show draws it again.
     void Clear();
 
 private:

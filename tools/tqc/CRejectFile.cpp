@@ -59,7 +59,7 @@ void CRejectFile::AddFields(std::uint64_t row, const char* const* fields, const 
     EndRow();
 }
 
-/// A record may be longer than any memory: it is copied in pieces.
+/// A record may be longer than the memory: it is copied in pieces.
 void CRejectFile::CopyRecord(LONGLONG offset, LONGLONG size) {
     const auto endSize = static_cast<LONGLONG>(m_lineEnd.size());
     if (size >= endSize && ReadAt(offset + size - endSize, endSize) == m_lineEnd)
@@ -75,7 +75,7 @@ void CRejectFile::CopyRecord(LONGLONG offset, LONGLONG size) {
     }
 }
 
-/// The bytes there, or as many of them as a piece holds. Throws CFailure when there are none.
+/// The bytes at that position, at most one piece. Throws CFailure when there are none.
 std::string_view CRejectFile::ReadAt(LONGLONG offset, LONGLONG size) {
     m_piece.resize(std::min(pieceSize, static_cast<std::size_t>(size)));
     const ssize_t got = ::pread(m_source.Get(), m_piece.data(), m_piece.size(), offset);

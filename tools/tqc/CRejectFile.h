@@ -1,9 +1,9 @@
-// The rows that were left out, as CSV: row, offset, cause, record and file, under a line of these names.
+// The rows that were left out, as CSV with a header row: row, offset, cause, record and file.
 //
 // `row` counts the rows of the source from 1. `offset` is the position of the row's first byte in text, counted from
-// 0; in a package it counts in the data file; workbooks and databases have none. `record` is the row as it stands in
-// text, its bytes untouched, without its line end; of workbooks and databases the fields as a row of CSV in UTF-8.
-// Lines end with CR LF. With --formula-guard apostrophes stand in it all the same.
+// 0; in a package it counts in the data file; workbooks and databases have none. `record` contains the
+// unchanged bytes of the row, without its line end; for workbooks and databases the fields as a CSV row in UTF-8.
+// Lines end with CR LF. With --formula-guard it contains apostrophes as well.
 #pragma once
 
 #include "CDescriptor.h"
@@ -32,7 +32,7 @@ public:
     void AddFields(std::uint64_t row, const char* const* fields, const WORD* lengths, DWORD count,
                    std::string_view cause);
 
-    /// Writes what is held back and puts the file into its place, where it may grow further. Throws CFailure.
+    /// Writes the buffer and replaces the target by the file, which may grow further. Throws CFailure.
     void Place();
 
 private:

@@ -1,4 +1,4 @@
-// What the program says on standard error while it converts one source.
+// The messages on standard error while one source is converted.
 #pragma once
 
 #include "CProgressBar.h"
@@ -11,14 +11,14 @@ namespace NSTQ::Tool {
 
 class CReporter {
 public:
-    /// `isQuiet` leaves out everything here; failures are not reported here. `bar` must outlive the reporter.
+    /// `isQuiet` suppresses all these messages; failures are not reported here. `bar` must outlive the reporter.
     CReporter(std::string file, bool isQuiet, CProgressBar& bar);
 
-    /// Something about the whole file; nothing when empty.
+    /// A message about the whole file; nothing if it is empty.
     void Note(const std::string& what);
-    /// A row, such as "row 3", that was cut, left out or changed. After the first ten only their number is kept.
+    /// A row, such as "row 3", that was truncated, left out or changed. After the first ten they are only counted.
     void ReportRow(const std::string& row, const std::string& what);
-    /// Says how many reports were kept back.
+    /// Reports how many messages were suppressed.
     void Finish();
     bool HasLostRows() const { return m_reports > 0; }
 

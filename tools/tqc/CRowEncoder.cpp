@@ -14,7 +14,7 @@ using namespace NSTQ::Platform;
 
 namespace {
 
-/// What undefined bytes become, by the page.
+/// The default characters of undefined bytes in the pages.
 constexpr std::u16string_view standIns = u"?\u30FB\uFFFD";
 
 } // namespace
@@ -35,7 +35,7 @@ bool CRowEncoder::IsAscii(const char* text, std::size_t length) {
     return (high & 0x8080808080808080U) == 0;
 }
 
-/// Fields that a reader has put one behind the other, with a NUL between, are looked at in one go.
+/// Fields that a reader has stored one after the other, separated by NULs, are examined together.
 bool CRowEncoder::AreUtf8(const char* const* fields, const WORD* lengths, DWORD count) {
     for (DWORD i = 0; i < count;) {
         const char* const begin = fields[i];
@@ -80,7 +80,7 @@ void CRowEncoder::EncodeField(const char* text, WORD length) {
     m_starts.push_back(start);
     m_wide.resize(std::max<std::size_t>(m_wide.size(), length));
     const int units = MultiByteToWideChar(CP_ACP, 0, text, length, m_wide.data(), length);
-    // No page takes more than three bytes a unit.
+    // No page needs more than three bytes per unit.
     m_text.resize(start + static_cast<std::size_t>(units) * 3);
     const int size = units == 0 ? 0
                                 : WideCharToMultiByte(m_codePage, 0, m_wide.data(), units, &m_text[start], units * 3,
@@ -128,8 +128,8 @@ bool CRowEncoder::AreDefined(std::string_view text, int units) const {
     return true;
 }
 
-/// Several pages give one character two codes, so bytes that do not come back are no fault by themselves; they are
-/// where they become what stands in for undefined ones.
+/// Several pages have two codes for one character, so a round trip that changes bytes is not an error by itself; it
+/// is one if they become a default character for undefined bytes.
 bool CRowEncoder::IsDefined(unsigned codePage, std::string_view character) {
     std::array<WCHAR, 4> decoded{};
     std::array<char, 4> back{};
@@ -147,7 +147,7 @@ std::string_view CRowEncoder::FirstCharacter(std::string_view text) {
     return text.substr(0, length);
 }
 
-/// Whether the encoded field leads back to its characters; a best fit does not.
+/// Whether the encoded field converts back to its characters; a best fit does not.
 bool CRowEncoder::IsKept(std::size_t start, int units) {
     const int size = static_cast<int>(m_text.size() - start);
     m_back.resize(std::max<std::size_t>(m_back.size(), static_cast<std::size_t>(size)));

@@ -1,6 +1,6 @@
-// Turns the fields of a row from the ANSI code page into the encoding of the output.
+// Converts the fields of a row from the ANSI code page to the encoding of the output.
 //
-// Rows of ASCII alone pass as they are. The memory is used again from row to row.
+// Rows of ASCII only are not changed. The memory is reused for each row.
 #pragma once
 
 #include "tqcAccess/CodePage.h"
@@ -13,7 +13,7 @@ namespace NSTQ::Tool {
 
 class CRowEncoder {
 public:
-    /// A field that needs more than `fieldLengthMax` bytes, at most 65535, loses its last characters.
+    /// A field that needs more than `fieldLengthMax` bytes, at most 65535, is truncated.
     explicit CRowEncoder(unsigned codePage, std::size_t fieldLengthMax = 65535);
 
     /// Whether nothing is to be turned, nor looked at, since the output is in the source's code page. Fields that are
@@ -22,13 +22,13 @@ public:
         return m_codePage == m_sourcePage && (isKnownUtf8 || m_codePage != Platform::CP_UTF8);
     }
 
-    /// Puts the encoded fields in place of those given, where that changes them. They stay valid until the next row.
+    /// Replaces the fields by the encoded ones, if they differ. They are valid until the next row.
     void Encode(const char**& fields, const WORD*& lengths, DWORD count);
 
     /// Of the last row, in words: bytes that mean nothing in the source's code page, for which something else stands
     /// now. Empty when there were none, or when the output is in that page, unless it is UTF-8.
     const std::string& SourceLoss() const { return m_sourceLoss; }
-    /// The same of what the output cannot take.
+    /// The same for characters that the output cannot represent.
     const std::string& Loss() const { return m_loss; }
 
     /// The first character of a text that is not empty, by the ANSI code page.

@@ -104,7 +104,7 @@ void CRowPump::SkipRestOfRow() {
         ReadRecord();
 }
 
-/// A row of a workbook or database that is too long for the reader cannot be passed over.
+/// A row of a workbook or database that is too long for the reader cannot be skipped.
 bool CRowPump::GetLineData() {
     try {
         return m_rows.GetLineData(m_fields, m_lengths, m_count);
@@ -117,8 +117,8 @@ bool CRowPump::GetLineData() {
     }
 }
 
-/// Numbers the row, writes or rejects it when it is wanted, and reports it. False when nobody reads the output any
-/// more.
+/// Numbers the row, writes or rejects it unless it is skipped, and reports it. False when the reader has closed the
+/// output pipe.
 bool CRowPump::TakeRow(EOutcome outcome) {
     const bool isEmptyMark = outcome == EOutcome::EofMark && m_count == 0;
     m_note.clear();
@@ -136,7 +136,7 @@ bool CRowPump::TakeRow(EOutcome outcome) {
         if (!m_note.empty())
             m_reporter.ReportRow(DescribeRow(), m_note);
     }
-    // A mark alone is no row: what follows it is the one that it stands before.
+    // A single SUB is not a row: the row after it gets the number.
     m_row -= isEmptyMark ? 1 : 0;
     return goOn;
 }
@@ -154,7 +154,7 @@ std::string CRowPump::DescribeOpenQuote() const {
     return "the quote at byte " + std::to_string(m_openQuote) + " of the file is not closed";
 }
 
-/// Whether an end-of-file mark ended a row; otherwise it stands before one.
+/// Whether a SUB ended a row; otherwise it is before one.
 bool CRowPump::NoteMark() {
     const bool isRow = m_count > 0;
     AddNote(isRow ? "ended by a SUB byte (1A); the next row begins after it"
@@ -179,7 +179,7 @@ bool CRowPump::WriteRow() {
     return m_targets.output.WriteRow(m_fields, m_lengths, m_writeCount);
 }
 
-/// Makes of the fields what is to be written.
+/// Converts the fields to those that are written.
 void CRowPump::PrepareRow() {
     if (m_openQuote >= 0)
         AddFault(EExitStatus::Unsupported, DescribeOpenQuote(), "so its field extends to the end", openQuoteHint);
@@ -192,7 +192,7 @@ void CRowPump::PrepareRow() {
     if (m_options.maxFieldSize < maxLength)
         CutLengths();
     EncodeRow();
-    // In the output's encoding: a character may become one that begins a formula only there.
+    // After encoding: only then a character may become one that begins a formula.
     if (m_options.formulaGuard && !m_guard.Guard(m_fields, m_lengths, m_writeCount))
         AddFault(EExitStatus::Limit, "a field with its apostrophes has more than 65535 bytes", "truncated", "");
 }
@@ -224,14 +224,14 @@ void CRowPump::EncodeRow() {
     }
 }
 
-/// Ends a conversion that is strict and says nothing else of its faults.
+/// Ends a strict conversion that has no other option for invalid rows.
 void CRowPump::CheckStrictly(const std::string& loss) const {
     if (m_options.strict && m_options.onError == SOptions::EOnError::Keep)
         throw CFailure(EExitStatus::Unsupported, m_reporter.File(),
                        DescribeRow() + ": " + loss + "; without --strict they are replaced");
 }
 
-/// Puts lengths within the field limit in place of the reader's when one is above it.
+/// Replaces the lengths by ones within the field limit, if one is above it.
 void CRowPump::CutLengths() {
     const WORD* const end = m_lengths + m_writeCount;
     const WORD* const first =
@@ -252,7 +252,8 @@ std::string CRowPump::DescribeRow() const {
     return m_isHeader && m_row == 0 ? "the column names" : "row " + std::to_string(m_row);
 }
 
-/// A fault stops the conversion when the options say so; names, without which the rows mean nothing, are not skipped.
+/// A fault stops the conversion if the options require it; a header row, without which the rows have no meaning, is
+/// never skipped.
 void CRowPump::AddFault(EExitStatus status, const std::string& what, const std::string& done,
                         const std::string& hint) {
     const bool isKept = m_options.onError == SOptions::EOnError::Keep;

@@ -1,15 +1,15 @@
-// Takes the rows of a source to the output and reports those that do not get there whole.
+// Writes the rows of a source to the output and reports invalid ones.
 //
-// Row numbers count the rows of the source from 1, those left out included.
+// Row numbers count the rows of the source from 1, including those left out.
 //
-// A row that cannot be taken whole (it is too long, or has too many fields or too long a field, or text behind its
-// last column) ends the conversion, is rejected, or is written as far as possible, as the options say. A character
-// that the output's encoding does not have is replaced and its row reported; when the options are strict it is such a
-// fault, too. Nothing but the end of the source is passed over without a word.
+// An invalid row (it is too long, has too many fields or a field that is too long, or text after its last column)
+// ends the conversion, is rejected, or is truncated and written, depending on the options. A character that the
+// output encoding cannot represent is replaced and its row reported; with --strict it also makes the row invalid.
+// Nothing is skipped without a message.
 //
-// A row over the line limit is left out: its reader stops inside it, so what is left of it is read and thrown away.
-// Where it stood inside quotes, reading goes on behind the line in which it stopped: a quote that was forgotten, or
-// is data, would otherwise take in the rest of the file.
+// A row above the line limit is left out: its reader stops inside it, so the rest is read and discarded. If the
+// reader stopped inside quotes, reading continues after the current line: a missing closing quote, or a quote that is
+// data, would otherwise extend the field to the end of the file.
 #pragma once
 
 #include "CColumns.h"
@@ -28,7 +28,7 @@
 
 namespace NSTQ::Tool {
 
-/// What the pumps of all inputs of one output share.
+/// The objects that all inputs of one output share.
 struct SPumpTargets {
     COutputFile& output;
     CRejectFile* rejects; ///< may be null
@@ -40,19 +40,19 @@ public:
     /// All must outlive the pump.
     CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter);
 
-    /// Writes the column names, in the ANSI code page, unless an earlier input has brought them. False as
+    /// Writes the column names, in the ANSI code page, unless an earlier input had the same. Result as
     /// from Run.
     bool WriteNames(const std::vector<std::string>& names);
     /// The same with the first row; the next row is then the first for what the options skip.
     bool WriteFirstRowAsNames();
-    /// Runs to the end of the source, the wanted number of rows or the end of a pipe; false for the last. Throws
-    /// CFailure.
+    /// Runs to the end of the source or the wanted number of rows, or until the output pipe is closed; then it
+    /// returns false. Throws CFailure.
     bool Run();
 
 private:
     enum class EOutcome {
         Row,
-        EofMark, ///< a row, or none, that an end-of-file mark ended before the file's end
+        EofMark, ///< a row, or none, that a SUB ended before the end of the file
         TooLong,
         End
     };
@@ -88,18 +88,18 @@ private:
     const WORD* m_lengths = nullptr;
     DWORD m_count = 0;
     LONGLONG m_recordSize = 0; ///< bytes of the file that the last record read took
-    LONGLONG m_openQuote = -1; ///< where the row's quote opens that does not close
+    LONGLONG m_openQuote = -1; ///< the position of a quote that is not closed in the row
 
     LONGLONG m_rowStart = 0;
-    DWORD m_writeCount = 0; ///< of the fields, how many are written
+    DWORD m_writeCount = 0; ///< the number of fields that are written
 
-    std::uint64_t m_row = 0;        ///< the row in hand
-    std::uint64_t m_headerRows = 0; ///< rows of the source that are names
+    std::uint64_t m_row = 0;        ///< the number of the current row
+    std::uint64_t m_headerRows = 0; ///< the number of header rows of the source
     std::uint64_t m_written = 0;
     std::vector<WORD> m_cutLengths;
-    bool m_isHeader = false; ///< the row in hand is names
-    std::string m_note;      ///< what is to be reported about the row in hand
-    std::string m_faults;    ///< why it cannot be taken whole; empty when it can
+    bool m_isHeader = false; ///< the current row is the header row
+    std::string m_note;      ///< the message about the current row
+    std::string m_faults;    ///< why it is invalid; empty if it is valid
 };
 
 } // namespace NSTQ::Tool

@@ -1,4 +1,4 @@
-// The readers, with the few things more that the program needs: where they stand, and what the last row lost.
+// The readers, with additions for the program: their position, and what the last row lost.
 #pragma once
 
 #include "CFailure.h"
@@ -13,11 +13,11 @@
 
 namespace NSTQ::Tool {
 
-/// What keeps a row from being taken whole.
+/// Why a row is invalid.
 struct SRowFault {
-    EExitStatus status; ///< of a conversion that stops at it
+    EExitStatus status; ///< exit status of a conversion that stops at it
     std::string what;
-    std::string done; ///< what happens to a row that is taken all the same
+    std::string done; ///< what is done with the row if it is written nevertheless
     std::string hint; ///< may be empty
 };
 
@@ -25,16 +25,16 @@ class ISourceReader {
 public:
     virtual ~ISourceReader() = default;
     virtual NSTQCore::IDataAccess& Rows() = 0;
-    /// The file offset of the next byte to be read, or the number of rows read where there are no bytes. It tells a
-    /// read that found nothing from an empty row.
+    /// The file offset of the next byte to be read, or the number of rows read if there are no bytes. It
+    /// distinguishes the end of the source from an empty row.
     virtual LONGLONG GetPosition() const = 0;
     /// Whether the positions are offsets in a file.
     virtual bool CountsBytes() const { return true; }
-    /// Whether the last row needs no look at its bytes to know that its fields are UTF-8.
+    /// Whether the fields of the last row are known to be UTF-8 without validation.
     virtual bool IsKnownUtf8() const { return false; }
-    /// What the last row lost; none when nothing.
+    /// What the last row lost; none if nothing.
     virtual std::optional<SRowFault> GetFault() const { return std::nullopt; }
-    /// The file offset of the quote that the last row left open although line ends do not close it; -1 when there is
+    /// The file offset of a quote that is not closed in the last row, if line ends do not close it; -1 if there is
     /// none.
     virtual LONGLONG GetOpenQuote() const { return -1; }
 };
@@ -60,7 +60,7 @@ public:
         return read;
     }
     bool CountsBytes() const override { return false; }
-    /// It is the library that makes the texts.
+    /// The library creates the texts.
     bool IsKnownUtf8() const override { return true; }
     std::optional<SRowFault> GetFault() const override {
         const LONG column = GetCutColumn();

@@ -1,4 +1,4 @@
-// Notices that nearly all of a table is empty: two cells in far corners make gigabytes of a workbook of some bytes.
+// Detects that nearly all cells of a table are empty: two cells in distant corners make gigabytes of a few bytes.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -10,9 +10,9 @@ namespace NSTQ::Tool {
 
 class CSparseRange {
 public:
-    /// Counts a row. True once: when the fields are 100,000,000 so far, and more than a thousand times their bytes.
+    /// Counts a row. Returns true once: at 100,000,000 fields with fewer than one byte per thousand fields.
     bool Count(const WORD* lengths, DWORD count);
-    /// What was counted, and what to do about it.
+    /// The message with the counts and advice.
     std::string Describe() const;
 
 private:

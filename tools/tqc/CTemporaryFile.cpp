@@ -24,7 +24,7 @@ mode_t ModeOfNewFiles() {
     return 0666 & ~mask;
 }
 
-/// A hidden name beside the target that says what it belongs to.
+/// A hidden name in the folder of the target that shows what it belongs to.
 std::string MakeName(const std::string& target, std::random_device& random) {
     constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
     constexpr std::size_t nameRoom = 200;
@@ -35,7 +35,7 @@ std::string MakeName(const std::string& target, std::random_device& random) {
     return path;
 }
 
-/// A name of a descriptor that can be linked; unlike an empty path it needs no privilege.
+/// A path of the descriptor that can be linked; unlike an empty path this needs no privilege.
 std::string NameOfDescriptor(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
@@ -52,7 +52,7 @@ CTemporaryFile::CTemporaryFile(const std::string& target) : m_target(target) {
     TakeOverTarget();
 }
 
-/// False where the file system has no such files, or nothing that could give them a name later.
+/// False if the file system has no such files, or they could not be given a name later.
 bool CTemporaryFile::CreateNameless() {
     const std::size_t folder = m_target.find_last_of('/');
     const std::string path = folder == std::string::npos ? "." : m_target.substr(0, folder + 1);
@@ -70,7 +70,7 @@ void CTemporaryFile::CreateNamed() {
         Fail(errno, "; its folder must exist and be writable");
 }
 
-/// Gives `create` one hidden name after another until one is free; the handler of signals then knows of the file.
+/// Calls `create` with hidden names until one is free; then registers the file with the signal handler.
 bool CTemporaryFile::TryNames(bool (CTemporaryFile::*create)()) {
     constexpr int attempts = 100;
     std::random_device random;
@@ -96,8 +96,8 @@ bool CTemporaryFile::LinkToPath() {
     return Link(m_descriptor, m_path);
 }
 
-/// The owner goes first, because a change of owner may take bits from the mode. Who may not give files away keeps
-/// the new one.
+/// The owner first, because changing it may clear bits of the mode. Without the permission to change the owner the
+/// file belongs to this user.
 void CTemporaryFile::TakeOverTarget() {
     struct stat status {};
     m_mode = ModeOfNewFiles();
@@ -109,7 +109,7 @@ void CTemporaryFile::TakeOverTarget() {
 }
 
 void CTemporaryFile::Replace() {
-    // Some file systems have no such call; what they do at the end of a program has to do there.
+    // Some file systems do not support this call; then closing the file has to suffice.
     if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != ENOTSUP)
         Fail(errno);
     if (m_isPlaced)

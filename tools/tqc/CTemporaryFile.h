@@ -1,9 +1,9 @@
-// A file that takes another one's place when it is complete, and is gone when it never becomes so.
+// A file that replaces another one when it is complete, and is removed otherwise.
 //
-// Whoever looks sees the old file or the new one. Where the file system has files without a name, nothing can be left
-// behind, whatever ends the program; the file gets its name when it is complete. Elsewhere it stands under a hidden
-// name beside its target (".TARGET.tqc-" and eight letters), and an interrupting signal removes it; so it does for
-// the two system calls that it takes to put a nameless file in place of one that is there.
+// Other programs see the old file or the new one. If the file system supports files without a name, nothing remains,
+// whatever ends the program; the file gets its name when it is complete. On other file systems it has a hidden name
+// in the folder of the target (".TARGET.tqc-" and eight letters), and the signal handler removes it; the same applies
+// during the two system calls that replace an existing file by one without a name.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace NSTQ::Tool {
 
 class CTemporaryFile {
 public:
-    /// Creates the file, with the target's owner and mode when there is a target. Throws CFailure.
+    /// Creates the file, with the owner and mode of an existing target. Throws CFailure.
     explicit CTemporaryFile(const std::string& target);
     ~CTemporaryFile();
     CTemporaryFile(const CTemporaryFile&) = delete;
@@ -20,8 +20,8 @@ public:
 
     int Descriptor() const { return m_descriptor; }
 
-    /// Has the data stored and gives the file the target's name. What is written later is then seen at once, and a
-    /// second call only has it stored. Throws CFailure; the target is then as it was.
+    /// Writes the data to disk and replaces the target. Later writes are then visible immediately, and a second call
+    /// only writes them to disk. Throws CFailure; the target is then unchanged.
     void Replace();
 
 private:
@@ -35,10 +35,10 @@ private:
     [[noreturn]] void Fail(int error, const char* hint = "") const;
 
     std::string m_target;
-    std::string m_path; ///< the hidden name; empty while there is none
+    std::string m_path; ///< the hidden name; empty if there is none
     int m_descriptor = -1;
     bool m_isPlaced = false;
-    unsigned m_mode = 0; ///< that the file gets with its place; only the owner may read it before
+    unsigned m_mode = 0; ///< set when it replaces the target; before only the owner may read it
 };
 
 } // namespace NSTQ::Tool

@@ -64,8 +64,8 @@ std::string CTextFile::DescribeInvalidText() const {
 }
 
 std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info, char separator) const {
-    // What is UTF-8 is read in code page 65001, by the grammar that keeps the spaces inside fields. The automatic
-    // choice skips its mark; a file too short for it holds nothing that has to be converted.
+    // UTF-8 is read in code page 65001, by the ANSI grammar, which keeps spaces inside fields. RCS_AUTO skips the
+    // BOM; a file that is too short for that contains nothing to convert.
     const bool isChosenAnsi = m_options.charSet == CSourceDataInfo::RCS_ANSI;
     info.SetReadCharSet(isChosenAnsi || IsStream() ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
     info.SetKeepLineEnds(m_options.quoteNewLine);

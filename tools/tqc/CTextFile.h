@@ -1,4 +1,4 @@
-// A file of text: what its beginning tells about it, and the readers over it.
+// A text file: what is detected by its beginning, and its readers.
 #pragma once
 
 #include "CFileHead.h"
@@ -15,11 +15,11 @@ class CTextFile {
 public:
     /// Where the text is read from.
     struct SPlace {
-        std::string name; ///< what failures call it
+        std::string name; ///< its name in messages
         std::string path;
-        int stream; ///< a descriptor that is read from and only once; negative for a file
+        int stream; ///< a descriptor that is read once; negative for a file
     };
-    /// A character set: its name ("utf-8"), or none when it is not clear, and whether a mark tells it.
+    /// A character set: its name ("utf-8"), or none if it is unknown, and whether there is a BOM.
     struct SCharacterSet {
         std::string name;
         bool hasMark;
@@ -30,7 +30,7 @@ public:
 
     const std::string& Path() const { return m_place.path; }
     LONGLONG Size() const { return m_head.Size(); }
-    /// The first bytes, without the mark.
+    /// The first bytes, without the BOM.
     std::string_view Head() const;
     bool IsUtf16() const;
     const SLineEnd& LineEnd() const { return m_lineEnd; }
@@ -41,8 +41,8 @@ public:
     SCharacterSet CharacterSet() const;
     /// The same in words.
     std::string DescribeCharacterSet() const;
-    /// What text probably is that is taken for UTF-8, is none within its first bytes, and of which the options do not
-    /// tell anything; else empty.
+    /// The probable encoding of text that is read as UTF-8 by default, but has invalid bytes at the beginning; else
+    /// empty.
     std::string DescribeInvalidText() const;
 
     // The text must outlive the readers; `info` describes the file and takes what the options and the text tell. Both

@@ -18,7 +18,7 @@ CTextSource::CTextSource(const SOptions& options, const CInputFile& input)
         throw CFailure(EExitStatus::Unsupported, m_input.Name(), other);
 }
 
-/// The library decides by the extension and by a first line that ends in CR LF; other line ends are looked at here.
+/// The library uses the extension and a first line that ends in CR LF; other line ends are handled here.
 SCDeclareConstant::ESourceFileType CTextSource::FindType() {
     const auto described = Describe();
     if (m_input.Type())
@@ -38,7 +38,7 @@ SCDeclareConstant::ESourceFileType CTextSource::Describe() {
         const std::string path = SCPathText::ToLibrary(m_input.Path());
         m_info.SetCommonInfo(path.c_str(), m_input.Type().value_or(SCDeclareConstant::SFT_UNKNOWN));
         m_info.GetSourceFileType(type);
-        // A package's reader would ask for its unpacked data file; under another type it is read as it stands.
+        // The reader of a package would open its unpacked data file; with another type it reads the given file.
         if (type == SCDeclareConstant::SFT_XTQF)
             m_info.SetXtqfSourceFilePath(path.c_str());
     }

@@ -1,4 +1,4 @@
-// A source of delimited or fixed-length text, or of text whose kind is not known yet.
+// A source of delimited or fixed-length text, or of text whose type is not known yet.
 #pragma once
 
 #include "CCodePage.h"

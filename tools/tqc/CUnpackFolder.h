@@ -1,4 +1,4 @@
-// The folder of an unpacked package, made known to the handler of signals for as long as the object lives.
+// The folder of an unpacked package, registered with the signal handler during the lifetime of the object.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ public:
     CUnpackFolder& operator=(const CUnpackFolder&) = delete;
     ~CUnpackFolder();
 
-    /// `path` is the library's; empty for none.
+    /// `path` is a path of the library; empty for none.
     void Set(const char* path);
 
 private:

@@ -17,11 +17,11 @@ class ISource {
 public:
     virtual ~ISource() = default;
 
-    /// SFT_UNKNOWN when neither the options nor the name nor the first line tell.
+    /// SFT_UNKNOWN if neither the options nor the name nor the first line determine it.
     virtual SCDeclareConstant::ESourceFileType Type() const = 0;
 
-    /// Opens it for reading; a package is unpacked for that, until the source is gone. The source must outlive the
-    /// reader. Throws CFailure, also for a source without a reader.
+    /// Opens it for reading; a package is unpacked for that, until the source is destroyed. The source must outlive
+    /// the reader. Throws CFailure, also for a source without a reader.
     virtual std::unique_ptr<ISourceReader> OpenReader() = 0;
 
     /// The text that the rows are in; null for a workbook or database, and for a package that has not been unpacked.

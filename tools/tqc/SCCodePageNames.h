@@ -1,4 +1,4 @@
-// The names that people and locales have for the code pages.
+// The names of the code pages in options and locales.
 #pragma once
 
 #include <optional>
@@ -12,7 +12,7 @@ public:
     /// The page of a number or name; capitals, '-' and '_' make no difference.
     static std::optional<unsigned> Find(std::string_view name);
 
-    /// The page of the environment's locale; UTF-8 when that is not clear. The program's own locale stays as it is.
+    /// The page of the locale in the environment; UTF-8 if it is unknown. The locale of the program is not changed.
     static unsigned OfLocale();
 
     /// "shift_jis" and the like.

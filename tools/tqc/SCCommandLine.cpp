@@ -203,7 +203,7 @@ private:
         m_app.add_flag_callback(
             "--no-quote-newline", [this] { m_options.quoteNewLine = false; },
             "a line end inside quotes ends the row");
-        // Scripts may still ask for what is the default now.
+        // Accepted for scripts, although it is the default now.
         m_app.add_flag_callback("--quote-newline", [] {})->group("");
     }
 
@@ -245,7 +245,7 @@ private:
                        std::to_string(CFixSourceReader::maxLayout) + "; it is " + std::to_string(size));
     }
 
-    /// What only the options together tell. Throws CFailure.
+    /// Checks the options together. Throws CFailure.
     void CheckTogether() {
         if (m_options.formulaGuard)
             m_options.maxFieldSize = std::min(m_options.maxFieldSize, CFormulaGuard::maxFieldLength);
@@ -356,7 +356,7 @@ private:
     SOptions& m_options;
     CLI::App m_app{SCHelpText::description};
     CLI::Option* m_files = nullptr; ///< given without a command
-    // Where one of these is not given, --code-page or the locale tells.
+    // If one of these is not given, --code-page or the locale applies.
     std::optional<unsigned> m_encodingPage;
     std::optional<unsigned> m_outputPage;
     bool m_isReplaceGiven = false;

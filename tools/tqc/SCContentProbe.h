@@ -1,4 +1,4 @@
-// What a file is by its bytes, whatever its name says.
+// Detects the type of a file by its bytes, whatever its name.
 #pragma once
 
 #include "CFileHead.h"
@@ -17,10 +17,10 @@ public:
     static std::optional<SCDeclareConstant::ESourceFileType> FindType(int descriptor, const CFileHead& head);
 
     /// What a file of this name and with these first bytes seems to be, unless it is text, and what can be done with
-    /// it. Empty for text, also for UTF-16 text with its mark. `isSearched`: FindType has found nothing in it.
+    /// it. Empty for text, also for UTF-16 text with a BOM. `isSearched`: FindType has found nothing in it.
     static std::string DescribeOther(std::string_view file, std::string_view head, bool isSearched);
 
-    /// Throws CFailure about `name` when the mark of UTF-16 begins the file.
+    /// Throws CFailure about `name` if the file begins with a UTF-16 BOM.
     static void RefuseUtf16(const std::string& name, std::string_view head);
 };
 

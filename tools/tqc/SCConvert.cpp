@@ -31,7 +31,7 @@ bool IsProgressWanted(const SOptions& options) {
     return SCTerminal::IsLively(STDERR_FILENO) && !options.quiet && !isShown;
 }
 
-/// What the outputs share.
+/// The objects that the outputs share.
 struct SShared {
     CRejectFile* rejects; ///< may be null
     CProgressBar& bar;
@@ -43,7 +43,7 @@ public:
     COneOutput(const SOptions& options, std::string name, const SShared& shared)
         : m_options(options), m_name(std::move(name)), m_rejects(shared.rejects), m_bar(shared.bar) {}
 
-    /// False when nobody reads the output any more.
+    /// False when the reader has closed the output pipe.
     bool Append(const std::string& file) {
         m_bar.Begin(file);
         const CInputFile input(m_options, file);
@@ -54,7 +54,7 @@ public:
         }
     }
 
-    /// The rejected rows go into their place first: an output without them would hide what it lacks.
+    /// Replaces the file of rejected rows first: an output without it would look complete.
     void Finish() {
         if (!m_output)
             return;
@@ -70,7 +70,7 @@ private:
     bool AppendInput(const CInputFile& input) {
         const auto source = SCSources::Open(m_options, input);
         const auto reader = source->OpenReader();
-        // Only now, so that a file that cannot be read leaves a device or pipe alone.
+        // Only now, so that nothing is written to a device or pipe if the file cannot be read.
         if (!m_output)
             m_output.emplace(m_options, m_name);
         if (m_output->IsStandardOutput() && input.Head().IsFileOf(STDOUT_FILENO))
@@ -87,7 +87,7 @@ private:
         return goOn;
     }
 
-    /// False when nobody reads the output any more.
+    /// False when the reader has closed the output pipe.
     bool WriteNames(const ISource& source, CRowPump& pump) const {
         if (!m_options.header)
             return true;

@@ -1,8 +1,8 @@
 // The conversion: all inputs into one output, or each into one of its own in a folder.
 //
-// One output is put into its place when all inputs have been read; any failure leaves it as it was. In a folder each
-// output stands for itself: a failing input leaves its own as it was, the others are converted, and the status is
-// that of the first failure. Only when an output cannot be written does nothing more follow.
+// A single output is replaced after all inputs have been read; any failure leaves it unchanged. In a folder each
+// output is independent: if an input fails, its output is unchanged, the others are converted, and the exit status is
+// that of the first failure. Only an output that cannot be written ends everything.
 #pragma once
 
 #include "CFailure.h"

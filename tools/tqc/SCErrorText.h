@@ -1,4 +1,4 @@
-// Words for the error codes that the library hands out and for those of the system.
+// Texts of the error codes of the library and of the system.
 #pragma once
 
 #include "tqcAccess/Types.h"

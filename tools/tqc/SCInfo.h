@@ -1,4 +1,4 @@
-// "tqc info" and "tqc list": what a file is taken for and what is in it, on standard output.
+// "tqc info" and "tqc list": the type and content of a file, on standard output.
 #pragma once
 
 #include "CInputFile.h"

@@ -15,10 +15,10 @@
 namespace NSTQ::Tool {
 namespace {
 
-/// More than a description takes of a password, in any code page.
+/// More than the maximum of a password in a description, in any code page.
 constexpr std::size_t passwordRoom = 1024;
 
-/// The terminal without its echo, for as long as it lives.
+/// Switches off the echo of the terminal during its lifetime.
 class CSilentTerminal {
 public:
     explicit CSilentTerminal(int terminal) : m_terminal(terminal) {
@@ -47,7 +47,7 @@ private:
     termios m_before{};
 };
 
-/// Up to the first line end, which is taken too. One byte a call, because what follows belongs to others.
+/// Up to the first line end, which is read too. One byte per call, because the rest may belong to other programs.
 bool ReadLine(int descriptor, std::string& line) {
     line.clear();
     for (char c = 0; line.size() < passwordRoom;) {
@@ -82,7 +82,7 @@ std::optional<std::string> SCPassWord::FromOptions(const SOptions& options) {
     }
     if (options.passwordDescriptor >= 0) {
         const std::string name = "descriptor " + std::to_string(options.passwordDescriptor);
-        // Read once: its one line serves all inputs.
+        // Read once: the line is used for all inputs.
         static const std::string line = ReadFrom(options.passwordDescriptor, name);
         return SCPathText::ToAnsi(line, name, "the password");
     }

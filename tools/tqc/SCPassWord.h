@@ -22,14 +22,14 @@ public:
         return !options.passwordFile.empty() || options.passwordDescriptor >= 0;
     }
 
-    /// Whether a source was refused because its password is missing or wrong.
+    /// Whether a source could not be opened because its password is missing or wrong.
     static bool IsRefusal(const Platform::_com_error& error) {
         return error.Error() == Platform::DB_SEC_E_AUTH_FAILED ||
                dynamic_cast<const Platform::CPassWordError*>(&error) != nullptr;
     }
 
-    /// Asks on the terminal without showing what is typed, after `refusal`, which tells of an earlier answer. Nothing
-    /// when there is no terminal or nothing is entered.
+    /// Asks on the terminal without echo, after `refusal`, the message about an earlier answer. Nothing if there is
+    /// no terminal or nothing is entered.
     static std::optional<std::string> Ask(const std::string& file, const std::string& refusal);
 };
 

@@ -1,4 +1,4 @@
-// Paths between the command line and the library.
+// Converts paths between the command line and the library.
 #pragma once
 
 #include "tqcAccess/CodePage.h"
@@ -18,14 +18,14 @@ public:
     static std::string Convert(std::string_view text, unsigned from, unsigned to);
 
     /// The path of the command line, which is UTF-8, as the library wants it: in the ANSI code page. Throws CFailure
-    /// when the page cannot carry it, when it is too long, or when the library would take it for another path.
+    /// if the page cannot represent it, if it is too long, or if the library would read it as another path.
     static std::string ToLibrary(const std::string& path);
 
-    /// Text of the command line in the ANSI code page. Throws CFailure about `subject` when the page does not have
+    /// Text of the command line in the ANSI code page. Throws CFailure about `subject` if the page cannot represent
     /// all characters of `what`.
     static std::string ToAnsi(const std::string& text, const std::string& subject, const std::string& what);
 
-    /// A path of the library as the system has it. Throws CFailure when there is none.
+    /// The path of the system for a path of the library. Throws CFailure when there is none.
     static std::string ToSystem(const char* path);
 };
 

@@ -8,7 +8,7 @@ namespace NSTQ::Tool {
 
 class SCPreview {
 public:
-    /// Fixed-length text as it stands, under a ruler of its bytes; other sources as their fields. Throws CFailure.
+    /// Fixed-length text unchanged, under a ruler that counts bytes; other sources as their fields. Throws CFailure.
     static void Show(const SOptions& options, const CInputFile& input);
 };
 

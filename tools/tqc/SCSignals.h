@@ -1,5 +1,5 @@
-// What is put right when a signal ends the program: temporary files, the folder of an unpacked package, and the
-// terminal while a password is typed.
+// Cleans up when a signal ends the program: temporary files, the folder of an unpacked package, and the terminal
+// while a password is typed.
 #pragma once
 
 #include <csignal>
@@ -9,11 +9,11 @@ namespace NSTQ::Tool {
 
 class SCSignals {
 public:
-    /// Takes over the signals that end a program, but for those that are ignored.
+    /// Handles the signals that end a program, except those that are ignored.
     static void Handle();
 
-    /// The handler removes the file until it is forgotten; the text must stay until then. There is room for a few
-    /// files at a time, more than the program has.
+    /// The handler removes the file until it is unregistered; the text must be valid until then. There is room for
+    /// more files than the program has at a time.
     static void RemoveFile(const char* path);
     static void ForgetFile(const char* path);
 
@@ -21,7 +21,7 @@ public:
     static void RemoveFolder(const char* path);
     static void RestoreTerminal(int terminal, const termios* settings);
 
-    /// While it lives the signals wait, so that a thing and what is known of it change in one step.
+    /// Blocks the signals during its lifetime, so that a file and its registration change together.
     class CHeld {
     public:
         CHeld();

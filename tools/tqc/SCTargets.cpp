@@ -16,10 +16,10 @@
 namespace NSTQ::Tool {
 namespace {
 
-/// What tells a file from others: device and number of one that is there, else of its folder, with its name.
+/// Identifies a file: device and inode of an existing one, else those of its folder, with its name.
 using CIdentity = std::tuple<dev_t, ino_t, std::string>;
 
-/// False for pipes and devices, which take what comes.
+/// False for pipes and devices, which are not replaced.
 bool IsReplaced(const std::string& name) {
     struct stat status {};
     return !COutputTarget::IsStandardOutputName(name) &&
@@ -54,7 +54,7 @@ void SCTargets::Check(const SOptions& options, const std::vector<std::string>& t
     for (const std::string& file : options.files)
         if (!CInputFile::IsStandardInput(file))
             inputs.emplace(Identify(file), file);
-    // One file may take its own place.
+    // A single file may replace itself.
     const bool isInPlace = options.files.size() == 1 && options.outputFolder.empty();
     std::map<CIdentity, std::string> taken;
     for (std::size_t i = 0; i < targets.size(); ++i) {

@@ -17,7 +17,7 @@ public:
     /// rejected rows, or when that is an input.
     static void Check(const SOptions& options, const std::vector<std::string>& targets);
 
-    /// Throws CFailure when an input is not there or may not be read.
+    /// Throws CFailure if an input does not exist or access is denied.
     static void CheckInputs(const SOptions& options);
 };
 

@@ -1,4 +1,4 @@
-// What may be shown to a person at a terminal and to nobody else.
+// Output that only a terminal gets.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -10,18 +10,18 @@ namespace NSTQ::Tool {
 
 class SCTerminal {
 public:
-    /// Whether the descriptor is a terminal that lines can be written over on.
+    /// Whether the descriptor is a terminal on which lines can be overwritten.
     static bool IsLively(int descriptor);
-    /// Whether colours are welcome there as well: not when NO_COLOR is set and not empty.
+    /// Whether it also shows colours: not when NO_COLOR is set and not empty.
     static bool IsColoured(int descriptor);
-    /// The columns of the terminal; 80 when it does not tell.
+    /// The columns of the terminal; 80 if unknown.
     static int CountColumns(int descriptor);
-    /// As many characters of UTF-8 as `columns` have room for.
+    /// As many UTF-8 characters as fit in `columns`.
     static std::string CutToColumns(const std::string& text, int columns);
-    /// A character that would move the cursor, play with the terminal, or turn the order of what stands beside it:
+    /// A character that would move the cursor, control the terminal, or change the order of the text:
     /// a control character of either range, a line separator, a bidirectional embedding, override or isolate.
     static bool IsDisturbing(WCHAR unit);
-    /// The text with '?' for such characters. What is no character at all becomes U+FFFD.
+    /// The text with '?' for such characters. Invalid bytes become U+FFFD.
     static std::string OnOneLine(std::string_view text);
 };
 

@@ -1,4 +1,4 @@
-// Guesses about a text file from the bytes at its beginning.
+// Detects properties of a text file by the bytes at its beginning.
 #pragma once
 
 #include "SOptions.h"
@@ -9,8 +9,8 @@ namespace NSTQ::Tool {
 
 class SCTextProbe {
 public:
-    /// The line end: the first LF outside quotes tells, with a CR before it or without; without any LF a CR does.
-    /// Line ends in quotes count only when there are no others. LF when there is none at all.
+    /// The line end: the first LF outside quotes, with or without a CR before it; without any LF the first CR. Line
+    /// ends in quotes count only if there are no others. LF if there is none.
     static SLineEnd FindLineEnd(std::string_view head, char separator);
 
     static bool HasLineEnd(std::string_view head, const SLineEnd& lineEnd);
@@ -20,8 +20,8 @@ public:
 
     static bool HasUtf8Mark(std::string_view head);
     static bool HasUtf16Mark(std::string_view head);
-    /// The bytes up to the last line end, for a head may end inside a character, while a line does not; those up to
-    /// the last whole character of a head that is cut off within its first line.
+    /// The bytes up to the last line end, because the head, unlike a line, may end inside a character; if the head
+    /// ends within its first line, up to the last whole character.
     static std::string_view WholeLines(std::string_view head);
     /// Whether those are UTF-8.
     static bool IsUtf8(std::string_view head);

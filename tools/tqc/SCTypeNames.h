@@ -1,4 +1,4 @@
-// The kinds of sources: the words of --type for them, and those of messages.
+// The types of sources: their names for --type and in messages.
 #pragma once
 
 #include "SOptions.h"
@@ -14,7 +14,7 @@ public:
     static std::optional<SCDeclareConstant::ESourceFileType> Find(std::string_view name);
     /// Empty for the unknown type.
     static std::string Of(SCDeclareConstant::ESourceFileType type);
-    /// By the extension of a file's name; SFT_UNKNOWN when that does not tell.
+    /// By the extension of a file's name; SFT_UNKNOWN for other extensions.
     static SCDeclareConstant::ESourceFileType OfFile(std::string_view file);
     static bool IsText(SCDeclareConstant::ESourceFileType type);
     /// A workbook or database.

@@ -1,4 +1,4 @@
-// What the command line asks for, checked.
+// The options of the command line, validated.
 #pragma once
 
 #include "CSourceDataInfo.h"
@@ -23,15 +23,15 @@ struct SLineEnd {
     std::string Bytes() const { return second == 0 ? std::string{first} : std::string{first, second}; }
 };
 
-/// The most that lengths of 16 bits allow; also the defaults.
+/// The maximum of 16-bit lengths; also the default.
 inline constexpr DWORD maxLength = 65535;
 
 struct SOptions {
     enum class ECommand { Convert, Info, Preview, List };
 
-    /// What becomes of a row that cannot be taken whole.
+    /// How an invalid row is handled.
     enum class EOnError {
-        Keep, ///< as much of it as possible is written
+        Keep, ///< it is truncated and written
         Stop, ///< it ends the conversion
         Skip  ///< it is left out
     };
@@ -46,7 +46,7 @@ struct SOptions {
     std::optional<SLineEnd> lineEnd;
     CSourceDataInfo::EReadCharSet charSet = CSourceDataInfo::RCS_AUTO;
     unsigned codePage = 0;        ///< of the source, unless that is UTF-8
-    bool isEncodingGiven = false; ///< the options tell the encoding or the code page
+    bool isEncodingGiven = false; ///< the options give the encoding or the code page
     std::vector<WORD> widths;     ///< of the columns of fixed-length text
     std::string sheet;            ///< its name or, counted from 1, its number; the first when empty
     bool header = false;
@@ -66,13 +66,13 @@ struct SOptions {
     EOnError onError = EOnError::Keep;
     std::string rejects; ///< the file for rejected rows; empty for none
     bool formulaGuard = false;
-    bool fullNumbers = false; ///< else as the platform shows them, with 15 digits
+    bool fullNumbers = false; ///< else 15 digits
     bool strict = false;
     bool addMark = false;
     bool quiet = false;
 
     bool json = false;
-    bool namesOnly = false; ///< a listing for completion, which must not ask anything
+    bool namesOnly = false; ///< a listing for completion, which must not ask for a password
 };
 
 } // namespace NSTQ::Tool

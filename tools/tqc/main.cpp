@@ -23,8 +23,8 @@
 namespace NSTQ::Tool {
 namespace {
 
-/// A file that took the number of a closed standard stream would receive what is meant for that stream. They are
-/// filled with something that refuses what the stream is for, so that its absence is noticed.
+/// A file with the descriptor of a closed standard stream would receive the data for that stream. So closed ones are
+/// opened in a way that makes their use fail, so that the problem is noticed.
 void FillStandardStreams() {
     constexpr int modes[] = {O_WRONLY, O_RDONLY, O_RDWR};
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
@@ -71,7 +71,7 @@ EExitStatus Run(int argc, const char* const* argv) {
 int main(int argc, char** argv) {
     using namespace NSTQ::Tool;
     FillStandardStreams();
-    // Failing writes say what happened; the signals would only end the program.
+    // A failing write returns an error; the signals would only end the program.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     SCSignals::Handle();

@@ -1,14 +1,14 @@
 // ADO as far as the readers need it: connection, record set, its fields, and the table schema.
 //
-// The names and the meaning are ADO's; a call that fails raises _com_error. The classes are made by ProgID
-// ("ADODB.Connection", "ADODB.Recordset") through platform/automation/Com.h, so that a test can put scripted objects
-// in their place.
+// Names and meaning are those of ADO; a call that fails throws _com_error. The classes are created by ProgID
+// ("ADODB.Connection", "ADODB.Recordset") through platform/automation/Com.h, so that a test can replace them with
+// scripted objects.
 //
 // One thing differs from ADO, so that reading a cell copies and allocates nothing: Fields, Field and the values are
-// not handed out as counted copies. They are the record set's own: a collection or field lives until the record set
+// not returned as counted copies. They belong to the record set: a collection or field is valid until the record set
 // is closed, a value and its text until MoveNext or Close.
 //
-// HRESULTs of the calls here, beside those that platform/ado/Provider.h lists:
+// HRESULTs of these calls, in addition to those in platform/ado/Provider.h:
 //   adErrObjectClosed, adErrObjectOpen   a call in the wrong state
 //   adErrItemNotFound                    no field of that index or name
 //   adErrNoCurrentRecord                 past the last row
@@ -52,7 +52,7 @@ protected:
 class Fields {
 public:
     virtual LONG GetCount() = 0;
-    /// By position from 0 (VT_I4) or by name without regard to the case of ASCII letters (VT_BSTR).
+    /// By position from 0 (VT_I4) or by name, ignoring the case of ASCII letters (VT_BSTR).
     virtual Field* GetItem(const VARIANT& index) = 0;
 
 protected:
@@ -62,10 +62,10 @@ protected:
 /// Rows, read forward once. Its rows do not need the connection to stay open.
 class _Recordset : public IUnknown {
 public:
-    /// Of a closed record set; adUseClient or adUseServer, which differ in nothing here: the count is always known.
+    /// Of a closed record set; adUseClient or adUseServer, which are equivalent: the count is always known.
     virtual void PutCursorLocation(LONG location) = 0;
     /// `source` is a statement (VT_BSTR), `activeConnection` an open _Connection (VT_DISPATCH); the rest must be
-    /// adOpenForwardOnly, adLockReadOnly and adCmdText. Stands at the first row then.
+    /// adOpenForwardOnly, adLockReadOnly and adCmdText. Then the first row is current.
     virtual void Open(const VARIANT& source, const VARIANT& activeConnection, LONG cursorType, LONG lockType,
                       LONG options) = 0;
     virtual std::int64_t GetRecordCount() = 0;
@@ -74,8 +74,8 @@ public:
     virtual bool GetEOF() = 0;
     /// A failure is final: the position is lost, and until Close every call that needs it fails in the same way.
     virtual void MoveNext() = 0;
-    /// No call of ADO's, which has to be asked for each value: true when the current row is known to have none; false
-    /// says nothing. Where the used range of a sheet is vast, nearly all of it is empty.
+    /// Not part of ADO: true when the current row is known to have no value; false means unknown. A very large used
+    /// range of a sheet is mostly empty.
     virtual bool IsNullRow() { return false; }
     virtual void Close() = 0;
 
@@ -85,8 +85,8 @@ protected:
 
 class _Connection : public IUnknown {
 public:
-    /// Opens what the connection string (see platform/ado/ConnectionString.h) names. User and password are part of
-    /// that string here, so both arguments must be empty and `options` adConnectUnspecified.
+    /// Opens the source of the connection string (see platform/ado/ConnectionString.h). User and password are part of
+    /// that string, so both arguments must be empty and `options` adConnectUnspecified.
     virtual void Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) = 0;
     /// adSchemaTables: a record set with the columns TABLE_NAME and TABLE_TYPE, in the provider's order.
     virtual CComPtr<_Recordset> OpenSchema(LONG schema) = 0;

@@ -1,4 +1,4 @@
-// CConnection: the class behind "ADODB.Connection". It owns the open workbook or database.
+// CConnection: the class of "ADODB.Connection". It owns the open workbook or database.
 #pragma once
 
 #include "platform/ado/Ado.h"

@@ -1,4 +1,4 @@
-// CRecordset: the class behind "ADODB.Recordset", over the rows of a provider.
+// CRecordset: the class of "ADODB.Recordset", which returns the rows of a provider.
 #pragma once
 
 #include "platform/ado/Ado.h"
@@ -23,7 +23,7 @@ public:
     bool IsNullRow() override { return GetCurrentRow().IsNullRow(); }
     void Close() override;
 
-    /// Opens it on rows that are there already and stands at the first one.
+    /// Opens it on existing rows; the first one is then current.
     void OpenRows(std::unique_ptr<IRowSource> rows);
 
 private:
@@ -54,7 +54,7 @@ private:
     std::unique_ptr<IRowSource> m_pRows; ///< null while closed
     CFields m_fields;
     bool m_bEOF = false;
-    std::optional<_com_error> m_lost; ///< why there is no position any more
+    std::optional<_com_error> m_lost; ///< why the position was lost
 };
 
 } // namespace NSTQ::Platform

@@ -21,7 +21,7 @@ std::string_view Trim(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/// A shape of built strings: provider text, properties text, and the extensions of the paths that are put between.
+/// A form of built strings: provider text, properties text, and the extensions of the paths between them.
 struct SBuiltShape {
     const char* pPrefix;
     const char* pProperties;
@@ -45,7 +45,7 @@ std::array<SBuiltShape, 4> GetBuiltShapes() {
              {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, {".mdb", ".accdb"}}}};
 }
 
-/// Where one way of reading a built string parts it.
+/// Where a built string can be divided into path and password.
 struct SSeam {
     SBuiltShape shape;
     std::size_t position;
@@ -57,7 +57,7 @@ struct SSeam {
     }
 };
 
-/// The best seam in `text`, which is what stands between provider text and final ';'.
+/// The best seam in `text`, the part between the provider text and the final ';'.
 void FindSeams(std::string_view text, const SBuiltShape& shape, std::optional<SSeam>& best) {
     const std::string seam = std::string(shape.pProperties).append(databasePassWordClause);
     for (auto at = text.find(seam); at != std::string_view::npos; at = text.find(seam, at + 1)) {
@@ -95,7 +95,7 @@ std::optional<SConnectionString> ParseBuilt(std::string_view text) {
     return result;
 }
 
-/// Takes keys and values off an ordinary string.
+/// Splits an ordinary string into keys and values.
 class CPairReader {
 public:
     explicit CPairReader(std::string_view text) : m_text(text) {}

@@ -1,24 +1,24 @@
-// What a connection string says.
+// The content of a connection string.
 //
-// Ordinary strings follow the rules of OLE DB: "key=value;..." with blanks around keys and values dropped, values in
-// single or double quotes where they hold ';' or begin with a quote or blank (the quote itself doubled inside), "=="
-// for a '=' in a key, keys without regard to the case of ASCII letters, the last of two equal keys counting. Keys
-// that mean nothing here are passed over.
+// Ordinary strings follow the rules of OLE DB: "key=value;..." with spaces around keys and values removed, values in
+// single or double quotes if they contain ';' or begin with a quote or space (the quote itself doubled inside), "=="
+// for a '=' in a key, keys ignoring the case of ASCII letters; the last of two equal keys counts. Unknown keys are
+// ignored.
 //
-// The strings that CSourceDataInfo builds hold path and password exactly as they are, whatever bytes these have:
+// The strings that CSourceDataInfo builds contain path and password unchanged, whatever bytes these have:
 //
 //     Provider=<name>;Data Source=<path>;Extended Properties="<text>";Jet OLEDB:Database Password=<password>;
 //
-// Such a string is known by its beginning (one of the two exact provider texts), by its last byte, and by a seam: one
-// of the exact properties texts that go with the provider, followed by the password's key. Where it has more than one
-// seam, the true one is the last whose path ends in an extension that the library opens with those properties; when
-// no path does, the last of all, unless the path begins with a quote, in which case the ordinary rules are used.
+// Such a string is recognised by its beginning (one of the two exact provider texts), by its last byte, and by a
+// seam: one of the exact properties texts for the provider, followed by the key of the password. If it has more than
+// one seam, the last one counts whose path ends in an extension that the library opens with those properties; if no
+// path does, the last of all, unless the path begins with a quote: then the ordinary rules apply.
 //
-// Therefore a path opens its own file and no other whatever it holds, a whole seam included, as long as the
-// password holds no seam: the true seam is then the last one, and its path has a fitting extension because the
-// library takes the type of a source from it. A password may hold a seam, too, unless the text before it ends in a
-// fitting extension: two different pairs of path and password then make one and the same string, and the longer path
-// is taken. Passwords are typed by users; file names may come from anybody.
+// Therefore a path opens its own file and no other, even if it contains a whole seam, as long as the password
+// contains none: the right seam is then the last one, and its path has a matching extension because the library
+// determines the type of a source by it. A password may also contain a seam, unless the text before it ends in a
+// matching extension: two different pairs of path and password then result in the same string, and the longer path is
+// used. Passwords are typed by users; file names may come from anybody.
 #pragma once
 
 #include "platform/ado/Ado.h"
@@ -28,10 +28,10 @@
 
 namespace NSTQ::Platform {
 
-/// The key before the password in built strings, with what stands around it.
+/// The key before the password in built strings, with its delimiters.
 inline constexpr std::string_view databasePassWordClause = ";Jet OLEDB:Database Password=";
 
-/// The values that count; empty when the string does not have the key.
+/// The values; empty if the string does not have the key.
 struct SConnectionString {
     std::string strProvider;
     std::string strDataSource;

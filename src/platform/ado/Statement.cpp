@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::u16string_view blanks = u" \t\r\n";
 
-/// Takes a word and the blanks before it off `text`.
+/// Removes a word and the spaces before it from `text`.
 bool TakeWord(std::u16string_view& text, std::u16string_view word) {
     const auto start = text.find_first_not_of(blanks);
     if (start == std::u16string_view::npos || !IsEqualIgnoringCase(text.substr(start, word.size()), word))

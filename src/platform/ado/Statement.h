@@ -1,4 +1,4 @@
-// The one statement that there is: SELECT * FROM [name].
+// The only supported statement: SELECT * FROM [name].
 #pragma once
 
 #include "platform/ado/Ado.h"
@@ -8,7 +8,7 @@
 namespace NSTQ::Platform {
 
 /// The name of the sheet or table that a statement selects: the exact text between its first '[' and its last ']',
-/// which lies in `statement`. Words may be in any case and have any blanks between them. Raises
+/// as a part of `statement`. Keywords may be in any case with any number of spaces between them. Throws
 /// DB_E_ERRORSINCOMMAND for everything else.
 std::u16string_view ParseStatement(std::u16string_view statement);
 

@@ -1,4 +1,4 @@
-// Comparison of names without regard to the case of ASCII letters.
+// Comparison of names ignoring the case of ASCII letters.
 #pragma once
 
 #include <algorithm>

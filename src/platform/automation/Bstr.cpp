@@ -12,7 +12,7 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// What lies before the text. Both count units; the NUL has room besides.
+/// The header before the text. Both numbers count units; the room for the NUL is not included.
 struct SHeader {
     DWORD capacity;
     DWORD length;
@@ -20,7 +20,7 @@ struct SHeader {
 
 /// As the length in bytes has to fit 31 bits, with header and NUL.
 constexpr DWORD maxLength = (INT_MAX - sizeof(SHeader)) / sizeof(WCHAR) - 1;
-/// Blocks are multiples of this: a number or a date takes one, and a text that grows a little stays where it is.
+/// Blocks are multiples of this: a number or a date takes one, and a text that grows a little is not moved.
 constexpr std::size_t blockSize = 64;
 
 SHeader* HeaderOf(BSTR text) {
@@ -32,7 +32,7 @@ void SetLength(BSTR text, DWORD length) {
     text[length] = u'\0';
 }
 
-/// Uninitialised text of no length yet; null when memory runs out.
+/// Uninitialised text of length 0; null when there is not enough memory.
 BSTR Allocate(DWORD length) {
     if (length > maxLength)
         return nullptr;

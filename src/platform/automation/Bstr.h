@@ -1,4 +1,4 @@
-// BSTR: a UTF-16 text with its length before it and a NUL behind it, which may hold NULs.
+// BSTR: a UTF-16 text, which may contain NULs, with its length before it and a NUL after it.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -12,13 +12,13 @@ namespace NSTQ::Platform {
 /// Points at the first unit; null is an empty text. Owned by whoever holds it; freed with SysFreeString.
 using BSTR = WCHAR*;
 
-/// A copy of `text` up to its NUL. Null when memory runs out, for a null text, and, as below, for one of 2^30 units
-/// or more.
+/// A copy of `text` up to its NUL. Null when there is not enough memory, for a null text, and, as below, for one of
+/// 2^30 units or more.
 BSTR SysAllocString(const WCHAR* text);
-/// `length` units of `text`, or uninitialised ones when it is null, with a NUL behind. Null when memory runs out.
+/// `length` units of `text`, or uninitialised ones when it is null, with a NUL after them. Null as above.
 BSTR SysAllocStringLen(const WCHAR* text, DWORD length);
-/// Makes `*text` hold `length` units of `source` (not part of `*text`). Memory that is large enough is used again,
-/// so that a text rewritten over and over allocates nothing. False when memory runs out; `*text` is as before then.
+/// Assigns `length` units of `source` (not part of `*text`) to `*text`. Memory that is large enough is reused, so
+/// that repeated assignments allocate nothing. False when there is not enough memory; `*text` is then unchanged.
 bool SysReAllocStringLen(BSTR* text, const WCHAR* source, DWORD length);
 /// Null is allowed.
 void SysFreeString(BSTR text);
@@ -48,9 +48,9 @@ public:
     }
     ~CBstr() { SysFreeString(m_text); }
 
-    /// Replaces the text, using its memory again when it is large enough. Throws _com_error with E_OUTOFMEMORY.
+    /// Replaces the text, reusing its memory when it is large enough. Throws _com_error with E_OUTOFMEMORY.
     void Assign(std::u16string_view text);
-    /// Makes the text `length` units long and returns it to be filled in. Memory that is large enough is used again
+    /// Makes the text `length` units long and returns it to be filled in. Memory that is large enough is reused
     /// and keeps its units; otherwise all are uninitialised. Throws _com_error with E_OUTOFMEMORY.
     WCHAR* Resize(std::size_t length);
     BSTR Get() const { return m_text; }

@@ -38,7 +38,7 @@ DWORD GetComInitCount() {
     return comInitCount;
 }
 
-/// What lookups see of the registry: the newest registration first, the built-in classes last.
+/// The order of lookups in the registry: the newest registration first, the built-in classes last.
 struct SClassRegistry {
     static DWORD FindId(std::u16string_view progId) {
         for (const CClassRegistration* entry = newestRegistration; entry != nullptr; entry = entry->m_pOlder) {
@@ -51,7 +51,7 @@ struct SClassRegistry {
         return found == classes.end() ? 0 : static_cast<DWORD>(found - classes.begin()) + 1;
     }
 
-    /// Null from `Create` means that there is no such class; a class that gives no object raises E_FAIL.
+    /// Null from `Create` means that there is no such class; a class that returns no object throws E_FAIL.
     static CComPtr<IUnknown> Create(DWORD id) {
         const auto classes = GetBuiltinClasses();
         if (id != 0 && id <= classes.size())

@@ -7,7 +7,7 @@
 //     if (!Failed(CLSIDFromProgID(progId, &clsid)))
 //         CoCreateInstance(clsid, connection);                 // stays null on failure
 //     connection->Open(...);                                   // raises E_POINTER when it is null
-//     connection = nullptr;                                    // objects go before the apartment does
+//     connection = nullptr;                                    // before the apartment is left
 //     CoUninitialize();
 //
 // Objects belong to the thread that created them; their counts are not atomic.
@@ -27,17 +27,17 @@ namespace NSTQ::Platform {
 
 inline constexpr HRESULT E_NOINTERFACE = MakeHresult(0x80004002);
 inline constexpr HRESULT CO_E_NOTINITIALIZED = MakeHresult(0x800401F0);
-inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeHresult(0x80040154); ///< the class was taken off the registry
+inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeHresult(0x80040154); ///< the class was removed from the registry
 
 /// Enters the single-threaded apartment of the calling thread: S_OK the first time, S_FALSE when the thread is in it
-/// already. Each call that succeeds asks for one CoUninitialize. E_INVALIDARG when `reserved` is not null.
+/// already. Each successful call needs one CoUninitialize. E_INVALIDARG when `reserved` is not null.
 HRESULT CoInitialize(void* reserved);
-/// Takes back one CoInitialize of the calling thread; one too many changes nothing.
+/// Undoes one CoInitialize of the calling thread; a surplus call changes nothing.
 void CoUninitialize();
-/// How many CoInitialize calls of the calling thread are not taken back.
+/// How many CoInitialize calls of the calling thread are not undone.
 DWORD GetComInitCount();
 
-/// Keeps the calling thread in its apartment for as long as it lives. Destroyed by the thread that made it.
+/// Keeps the calling thread in its apartment during its lifetime. Must be destroyed by the thread that created it.
 class CComApartment {
 public:
     CComApartment() { CoInitialize(nullptr); }
@@ -46,7 +46,7 @@ public:
     ~CComApartment() { CoUninitialize(); }
 };
 
-/// What every object can do. Both return the count that results; at 0 the object is gone.
+/// The base of every object. Both return the new count; at 0 the object is destroyed.
 class IUnknown {
 public:
     virtual DWORD AddRef() = 0;
@@ -56,7 +56,7 @@ protected:
     ~IUnknown() = default;
 };
 
-/// A counted reference. Access through a null one raises _com_error with E_POINTER.
+/// A counted reference. Access through a null one throws _com_error with E_POINTER.
 template <class T>
 class CComPtr {
 public:
@@ -92,7 +92,7 @@ private:
     T* m_p = nullptr;
 };
 
-/// The count behind an interface: `class CField : public CComObject<Field>`. Made with MakeComObject, destroyed by
+/// The count of an interface: `class CField : public CComObject<Field>`. Made with MakeComObject, destroyed by
 /// the last Release.
 template <class TInterface>
 class CComObject : public TInterface {
@@ -125,8 +125,8 @@ CComPtr<T> MakeComObject(TArguments&&... arguments) {
 /// Makes an object of a class. May raise _com_error or std::bad_alloc.
 using FCreateObject = std::function<CComPtr<IUnknown>()>;
 
-/// Puts a class under a ProgID for as long as it lives, in front of a built-in class or an older registration of the
-/// same ProgID. Made and destroyed while no other thread is in the functions below, in the reverse order.
+/// Registers a class for a ProgID during its lifetime, with precedence over a built-in class or an older registration
+/// of the same ProgID. Create and destroy them, in reverse order, while no other thread uses the functions below.
 class CClassRegistration {
 public:
     CClassRegistration(std::u16string_view progId, FCreateObject create);
@@ -142,28 +142,28 @@ private:
     CClassRegistration* m_pOlder;
 };
 
-/// A class that the library brings along.
+/// A built-in class.
 struct SBuiltinClass {
     std::u16string_view progId;
     CComPtr<IUnknown> (*create)();
 };
 
-/// Those classes. Defined by the layer that has them (ADO), so that nothing has to run before they are found and
-/// this layer need not know that one. The same table at each call.
+/// The built-in classes. Defined by the layer that has them (ADO), so that they need no initialisation and this layer
+/// does not depend on that one. Always the same table.
 std::span<const SBuiltinClass> GetBuiltinClasses();
 
-/// Names a class of the registry; 0 names none.
+/// Identifies a class of the registry; 0 means none.
 struct CLSID {
     DWORD id;
 };
 
-/// Looks a ProgID up, without regard to the case of ASCII letters. CO_E_CLASSSTRING for an unknown one, E_INVALIDARG
+/// Looks up a ProgID, ignoring the case of ASCII letters. CO_E_CLASSSTRING for an unknown one, E_INVALIDARG
 /// for a null argument.
 HRESULT CLSIDFromProgID(const WCHAR* progId, CLSID* clsid);
 
-/// Makes an object: `*object` gets it, with a reference for the caller. `*object` is null on failure:
+/// Creates an object and stores it in `*object`, with a reference for the caller. On failure `*object` is null:
 /// CO_E_NOTINITIALIZED outside an apartment, REGDB_E_CLASSNOTREG, E_POINTER for a null argument, the HRESULT that the
-/// class raises, E_OUTOFMEMORY, E_FAIL when the class gives no object. Raises nothing.
+/// class throws, E_OUTOFMEMORY, E_FAIL when the class returns no object. Throws nothing.
 HRESULT CoCreateInstance(CLSID clsid, IUnknown** object);
 
 /// The same for one interface; E_NOINTERFACE when the object does not have it.

@@ -7,7 +7,7 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// The result code is worth more than its text: when memory runs out the error goes out without one.
+/// The code matters more than the text: when there is not enough memory the error is thrown without a text.
 std::shared_ptr<const std::string> Share(std::string&& description) {
     if (description.empty())
         return nullptr;

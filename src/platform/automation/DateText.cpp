@@ -17,7 +17,7 @@ constexpr std::string_view dateLetters = "yMd";
 constexpr std::string_view timeLetters = "Hhmst";
 constexpr int secondsPerDay = 24 * 60 * 60;
 
-/// A date and time taken apart.
+/// The parts of a date and time.
 struct SMoment {
     unsigned year;
     unsigned month;
@@ -73,7 +73,7 @@ void AppendElement(CValueText& text, std::string_view run, const SMoment& moment
     }
 }
 
-/// What is none of the letters stands for itself.
+/// Every other character is written unchanged.
 void AppendPicture(CValueText& text, std::string_view picture, std::string_view letters, const SMoment& moment) {
     for (std::size_t at = 0; at < picture.size();) {
         const std::size_t end = std::min(picture.find_first_not_of(picture[at], at), picture.size());
@@ -89,7 +89,7 @@ void AppendPicture(CValueText& text, std::string_view picture, std::string_view 
 } // namespace
 
 HRESULT AppendDate(CValueText& text, double date) {
-    // Not a number fails this, too.
+    // NaN fails this, too.
     if (!(date > firstDay - 1 && date < lastDay + 1))
         return E_INVALIDARG;
     const double whole = std::trunc(date);
@@ -105,7 +105,7 @@ HRESULT AppendDate(CValueText& text, double date) {
         return E_INVALIDARG;
     const SMoment moment = TakeApart(day, seconds);
     const SUserLocale locale = GetUserLocale();
-    // What rounding makes midnight is a time nevertheless, and a time alone gets no date by it.
+    // A value that is rounded to midnight is still a time, and a time without a date does not get one by rounding.
     const bool hasDate = day != 0 && !isTimeAlone;
     if (hasDate)
         AppendPicture(text, locale.dateFormat, dateLetters, moment);

@@ -12,7 +12,7 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// At most so many digits; to_chars finds fewer where `isShortest`.
+/// The maximum of digits; to_chars finds fewer if `isShortest`.
 struct SDigits {
     int count;
     bool isShortest;
@@ -23,7 +23,7 @@ constexpr SDigits fullDoubleDigits = {std::numeric_limits<double>::max_digits10,
 constexpr SDigits fullFloatDigits = {std::numeric_limits<float>::max_digits10, true};
 constexpr int currencyScale = 4;
 constexpr int maxDecimalScale = 28;
-/// From this exponent down a number takes the exponent form.
+/// Numbers with this or a smaller exponent are written in exponent form.
 constexpr int smallExponent = -5;
 
 std::string_view WithoutTrailingZeros(std::string_view digits) {
@@ -61,8 +61,8 @@ constexpr std::uint64_t PowerOf(std::uint64_t base, int exponent) {
     return exponent == 0 ? 1 : base * PowerOf(base, exponent - 1);
 }
 
-/// Whether `value`, which is positive and finite, lies exactly between two texts of that many digits: then it has one
-/// digit more, a 5. Such a number has few binary digits, so nearly all others are told by their lowest bit alone.
+/// Whether `value`, which is positive and finite, is exactly between two texts of that many digits: then it has one
+/// more digit, a 5. Such a number has few binary digits, so the lowest bit alone excludes nearly all others.
 template <class TFloat>
 bool IsTie(TFloat value, int significant) {
     constexpr int mantissaBits = std::numeric_limits<TFloat>::digits;
@@ -89,7 +89,7 @@ template <class TFloat>
 std::to_chars_result WriteScientific(char (&room)[32], TFloat value, SDigits digits) {
     if (digits.isShortest)
         return std::to_chars(room, std::end(room), value, std::chars_format::scientific);
-    // to_chars rounds a tie to the even digit, the platform away from zero: as any number just above the tie.
+    // to_chars rounds a tie to the even digit, Windows away from zero: like any number just above the tie.
     if (IsTie(value, digits.count))
         value = std::nextafter(value, std::numeric_limits<TFloat>::infinity());
     return std::to_chars(room, std::end(room), value, std::chars_format::scientific, digits.count - 1);
@@ -123,8 +123,8 @@ void AppendScaled(CValueText& text, std::uint64_t units, int scale) {
     AppendPlain(text, digits == "0" ? std::string_view{} : digits, static_cast<int>(digits.size()) - scale);
 }
 
-/// Integers and short decimals, which most cells hold. A decimal of at most 15 digits that the double nearest to it
-/// gives back is what rounding to 15 digits finds. `value` is not negative.
+/// Integers and short decimals, which are the most frequent. If a decimal of at most 15 digits converts to exactly
+/// this double, rounding to 15 digits would find it. `value` is not negative.
 bool AppendShort(CValueText& text, double value) {
     constexpr struct {
         double power;
@@ -207,7 +207,7 @@ void AppendCurrency(CValueText& text, std::int64_t value) {
 HRESULT AppendDecimal(CValueText& text, const DECIMAL& value) {
     if (value.scale > maxDecimalScale)
         return E_INVALIDARG;
-    // Division by ten, 32 bits at a time, gives the digits from the last one on.
+    // Division by ten, 32 bits at a time, returns the digits from the last one.
     DWORD parts[] = {value.Hi32, static_cast<DWORD>(value.Lo64 >> 32), static_cast<DWORD>(value.Lo64)};
     char buffer[32];
     char* first = std::end(buffer);

@@ -1,4 +1,4 @@
-// Texts of values, written into room on the stack: what VariantChangeType is made of.
+// Texts of values in buffers on the stack: the parts of VariantChangeType.
 #pragma once
 
 #include "platform/automation/Variant.h"
@@ -9,8 +9,8 @@
 
 namespace NSTQ::Platform {
 
-/// A text under way. The room does for every value: a number needs at most 31 units, and a date in pictures of at
-/// most 31 characters, of which each gives at most two, needs 125.
+/// A text that is being built. The buffer suffices for every value: a number needs at most 31 units, and a date in
+/// two format patterns of at most 31 characters, each of which gives at most two, needs 125.
 class CValueText {
 public:
     void Append(char c) { m_units[m_uLength++] = static_cast<unsigned char>(c); }

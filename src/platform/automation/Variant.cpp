@@ -30,7 +30,7 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
         target->bstrVal = text;
         return S_OK;
     }
-    // The new reference first: the old one may be all that keeps the object alive.
+    // The new reference first: the old one may be the only one that keeps the object alive.
     if (source->vt == VT_DISPATCH && source->pdispVal != nullptr)
         source->pdispVal->AddRef();
     VariantClear(target);

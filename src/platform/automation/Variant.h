@@ -47,8 +47,8 @@ struct DECIMAL {
     std::uint64_t Lo64;
 };
 
-/// A value; `vt` tells which member holds it. VT_BSTR owns its text, VT_DISPATCH a reference of its own; a null one
-/// is allowed for both.
+/// A value; `vt` selects the member. VT_BSTR owns its text, VT_DISPATCH a reference of its own;
+/// both may be null.
 struct VARIANT {
     VARTYPE vt;
     union {
@@ -63,7 +63,7 @@ struct VARIANT {
         float fltVal;
         double dblVal;
         std::int64_t cyVal; ///< currency: the number times 10000
-        double date;        ///< days since 1899-12-30; the fraction is the time, counted away from 0
+        double date;        ///< days since 1899-12-30; the absolute value of the fraction is the time
         VARIANT_BOOL boolVal;
         HRESULT scode;
         BSTR bstrVal;
@@ -73,27 +73,27 @@ struct VARIANT {
 };
 
 void VariantInit(VARIANT* value);
-/// Frees the text or gives back the reference that the value owns, and makes it VT_EMPTY. S_OK.
+/// Frees the text or releases the reference that the value owns, and makes it VT_EMPTY. S_OK.
 HRESULT VariantClear(VARIANT* value);
-/// Copies `source`, with its text or a reference of its own, into `target`, whose old value is cleared; a text that
-/// `target` holds already lends its memory. E_OUTOFMEMORY leaves `target` as it was.
+/// Copies `source`, with its text or a reference of its own, into `target`, whose old value is cleared; the memory of
+/// a text in `target` is reused. E_OUTOFMEMORY leaves `target` unchanged.
 HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 
-/// Converts `source` to text (`type` VT_BSTR, `flags` 0; others give E_INVALIDARG), in the user's locale of this
-/// layer. `target` may be `source`. A text that `target` holds already lends its memory, so that conversions into one
-/// and the same target allocate nothing once it is large enough. On failure `target` is as before:
+/// Converts `source` to text (`type` VT_BSTR, `flags` 0; others return E_INVALIDARG), by the user locale of this
+/// layer. `target` may be `source`. The memory of a text in `target` is reused, so that conversions into the same
+/// target allocate nothing once it is large enough. On failure `target` is unchanged:
 /// DISP_E_TYPEMISMATCH for VT_NULL, VT_ERROR, objects, arrays and unknown types, E_INVALIDARG for a date outside the
 /// years 100 to 9999 or a DECIMAL with a scale above 28, E_OUTOFMEMORY. The text is never null.
 ///   integers     decimal digits
 ///   VT_R8        15 significant digits, correctly rounded, without trailing zeros; from 1E+15 up and below 0.0001
-///                an exponent form of at least two exponent digits: 1E+15, 1.5E-05. -0 gives 0. What is no number
-///                gives 1.#INF, -1.#INF, 1.#QNAN, and -1.#IND with its sign set
+///                an exponent form of at least two exponent digits: 1E+15, 1.5E-05. -0 gives 0. Infinities and NaNs
+///                give 1.#INF, -1.#INF, 1.#QNAN, and -1.#IND with its sign set
 ///   VT_R4        the same with 7 digits: the exponent form begins at 1E+07
 ///   VT_CY, VT_DECIMAL   all digits without trailing zeros of the fraction
 ///   VT_BOOL      -1 for anything but 0, and 0
 ///   VT_EMPTY     empty
 ///   VT_BSTR      the text itself
-///   VT_DATE      the locale's date, a blank and its time, rounded to the second, which may carry into the next day.
+///   VT_DATE      date, space and time in the locale's formats, rounded to the second, maybe to the next day.
 ///                The date alone when the value has no fraction, the time alone when the day is day 0
 HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, WORD flags, VARTYPE type);
 

@@ -5,7 +5,7 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// Makes `target` hold a text, in the memory of the one that it holds.
+/// Stores a text in `target`, reusing the memory of its text.
 HRESULT StoreText(VARIANT* target, const WCHAR* units, DWORD length) {
     if (target->vt == VT_BSTR)
         return SysReAllocStringLen(&target->bstrVal, units, length) ? S_OK : E_OUTOFMEMORY;

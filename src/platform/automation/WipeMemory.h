@@ -1,4 +1,4 @@
-// Secrets are wiped before their memory is given back, which a compiler may not leave out as it may a plain memset.
+// Wipes secrets before their memory is freed, in a way that the compiler may not optimise away, unlike memset.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ inline void WipeAndFree(std::unique_ptr<char[]>& buffer, std::size_t size) {
     buffer.reset();
 }
 
-/// Wipes memory that others own when it goes out of scope.
+/// Wipes memory that it does not own when it goes out of scope.
 class CWipedMemory {
 public:
     CWipedMemory(void* pMemory, std::size_t size) : m_pMemory(pMemory), m_size(size) {}

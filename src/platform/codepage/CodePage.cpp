@@ -16,7 +16,7 @@ constinit const CCodePageTables codePageUtf8 = {
 
 constinit std::atomic<const CCodePageTables*> ansiTables{&codePage932};
 
-/// How far the upper and the lower case of a Latin letter lie apart, ASCII or full-width.
+/// The difference between the lower and the upper case of a Latin letter, ASCII or full-width.
 constexpr unsigned caseDistance = 0x20;
 constexpr char16_t fullWidthA = 0xFF21;
 constexpr char16_t fullWidthZ = 0xFF3A;
@@ -25,8 +25,9 @@ constexpr unsigned utf8FullWidthA = 0xEFBCA1;
 constexpr unsigned utf8FullWidthZ = 0xEFBCBA;
 constexpr unsigned utf8SmallFullWidthA = 0xEFBD81;
 
-/// Whether the byte at `position` of a double-byte text begins a pair. After a byte that is no lead byte a character
-/// always begins, so only the lead bytes right before `position` count, and they pair up from the left.
+/// Whether the byte at `position` of a double-byte text begins a pair. A character always
+/// begins after a byte that is not a lead byte, so only the lead bytes directly before `position` count, paired from
+/// the left.
 bool BeginsPair(const CCodePageTables& page, const unsigned char* start, const unsigned char* position) {
     if (!page.IsLead(*position))
         return false;
@@ -36,7 +37,8 @@ bool BeginsPair(const CCodePageTables& page, const unsigned char* start, const u
     return (position - run) % 2 == 0;
 }
 
-/// Takes the next character's value off `text`. A lead byte before the NUL counts as the end, as it does on Windows.
+/// Reads the value of the next character and advances `text`. A lead byte before the NUL counts as the end, as on
+/// Windows.
 unsigned TakeCharacter(const CCodePageTables& page, const unsigned char*& text) {
     const unsigned first = *text++;
     if (!page.IsLead(static_cast<unsigned char>(first)))
@@ -140,7 +142,7 @@ std::size_t KeptTextLength(const char* text, std::size_t length, std::size_t lim
         return BeginsPair(page, start, start + limit - 1) ? limit - 1 : limit;
     if (!page.IsUtf8())
         return limit;
-    // The last three bytes kept are all that an unfinished sequence can hold.
+    // An incomplete sequence has at most three bytes.
     for (std::size_t back = 1; back <= 3 && back <= limit; ++back) {
         const unsigned char byte = start[limit - back];
         if (!IsUtf8Trail(byte))

@@ -1,8 +1,8 @@
-// What is known of one code page, and which page is the ANSI code page. All tables are constants of the program, so
-// references to them stay valid for ever and may be used from every thread.
+// The tables of the code pages, and which one is the ANSI code page. All tables are constants, so references to them
+// are always valid and may be used from every thread.
 //
-// Every page here leaves the bytes below 0x80 to ASCII, both ways; the conversions take runs of them without a look
-// at the tables.
+// In every page the bytes below 0x80 are ASCII; the conversions handle runs of them without
+// the tables.
 #pragma once
 
 #include <cstddef>
@@ -11,18 +11,18 @@ namespace NSTQ::Platform {
 
 struct CCodePageTables {
     unsigned m_codePage;
-    /// What a byte or pair decodes to that the page does not define.
+    /// The character for a byte or pair that the page does not define.
     char16_t m_defaultCharacter;
     unsigned char m_firstTrail;
-    /// Trail bytes from m_firstTrail on that a row holds; any other one is undefined after every lead byte.
+    /// The number of trail bytes of a row, from m_firstTrail; any other byte is undefined after every lead byte.
     unsigned char m_trailCount;
-    /// By byte: the character of a single byte; for a lead byte, what it gives when it stands alone.
+    /// Indexed by byte: the character of a single byte; for a lead byte, the result if it is alone.
     const char16_t* m_singles;
-    /// By byte: 0 when it is no lead byte, else 1 more than its row in m_pairs. Null for a page of single bytes only.
+    /// Indexed by byte: 0 if not a lead byte, else 1 more than its row in m_pairs. Null for single-byte pages.
     const unsigned char* m_rows;
     const char16_t* m_pairs;
-    /// By the upper ten bits of a UTF-16 unit: where its block of 64 begins in m_blocks. Null for UTF-8, like the
-    /// other tables.
+    /// Indexed by the upper ten bits of a UTF-16 unit: where its block of 64 begins in m_blocks. Null for UTF-8, like
+    /// the other tables.
     const unsigned short* m_blockStarts;
     /// The bytes of a character, the first one in the upper half; 0 when it has none, below 0x100 for a single byte.
     const unsigned short* m_blocks;
@@ -39,7 +39,7 @@ struct CCodePageTables {
         return column < m_trailCount ? m_pairs[(m_rows[lead] - 1U) * m_trailCount + column] : m_defaultCharacter;
     }
 
-    /// For all pages but UTF-8. U+0000 gives 0 as well: callers deal with ASCII before.
+    /// For all pages except UTF-8. U+0000 also gives 0: callers handle ASCII before.
     unsigned Encode(char16_t unit) const { return m_blocks[m_blockStarts[unit >> 6] + (unit & 63U)]; }
 };
 

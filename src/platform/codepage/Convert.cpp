@@ -1,5 +1,5 @@
-// The two conversions. Each is one loop, compiled for every kind of page and for both things that may become of the
-// result: counted, or stored in the caller's room.
+// The two conversions. Each is one loop, compiled for every type of page and for both kinds of result: counted, or
+// stored in the caller's buffer.
 #include "tqcAccess/CodePage.h"
 
 #include "platform/codepage/CodePageTables.h"
@@ -18,16 +18,16 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// Copies ASCII units into wider or narrower ones, up to the first other one, and moves both pointers behind them.
+/// Copies ASCII units to wider or narrower ones, up to the first other one, and advances both pointers.
 template <typename TTo, typename TFrom>
 void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
     constexpr std::ptrdiff_t block = 16;
     constexpr std::uint64_t special = sizeof(TFrom) == 1 ? 0x8080808080808080U : 0xFF80FF80FF80FF80U;
-    // Local pointers: units stored through the others could change these themselves for all the compiler knows.
+    // Local pointers: for all the compiler knows, a store through the others could change these themselves.
     TTo* to = target;
     const TFrom* from = text;
     for (; end - from >= block; from += block, to += block) {
-        // A copy that no store below can change, so that the compiler turns the units all at once.
+        // A copy that no store below can change, so that the compiler can vectorise the loop.
         TFrom units[block];
         std::uint64_t words[block * sizeof(TFrom) / sizeof(std::uint64_t)];
         std::memcpy(units, from, sizeof units);
@@ -67,7 +67,7 @@ private:
     std::size_t m_count = 0;
 };
 
-/// Stores what fits, in whole characters: Put and TakeAscii fail when the room that is left does not do.
+/// Stores what fits, in whole characters: Put and TakeAscii fail when the remaining room is too small.
 template <typename TUnit>
 class CStoreSink {
 public:
@@ -94,7 +94,7 @@ private:
     TUnit* m_pEnd;
 };
 
-// Decoders: the character at `text`, whose first byte is above 0x7F, goes to the sink and `text` behind it.
+// Decoders: the character at `text`, whose first byte is above 0x7F, is put into the sink, and `text` is advanced.
 
 class CSingleByteDecoder {
 public:
@@ -185,7 +185,7 @@ private:
     static unsigned char MakeTrail(char32_t bits) { return MakeByte(0x80, bits & 0x3F); }
 };
 
-/// False when the sink's room ran out.
+/// False when the sink is full.
 template <typename TFrom, typename TConverter, typename TSink>
 bool ConvertText(const TFrom* text, const TFrom* end, TConverter&& converter, TSink& sink) {
     while (text != end) {
@@ -228,7 +228,7 @@ int Fail(DWORD error) {
     return 0;
 }
 
-/// Runs `convert` with a sink that counts when there is no room given, else with one that stores.
+/// Calls `convert` with a sink that counts if no buffer is given, else with one that stores.
 template <typename TUnit, typename TConvert>
 int RunConversion(TUnit* buffer, int room, TConvert convert) {
     if (room != 0) {
@@ -237,11 +237,11 @@ int RunConversion(TUnit* buffer, int room, TConvert convert) {
     }
     CCountSink<TUnit> sink;
     convert(sink);
-    // Only a text close to the limit itself can come out longer than an int can tell.
+    // Only a text close to the limit itself can result in more than an int can hold.
     return sink.GetCount() <= INT_MAX ? static_cast<int>(sink.GetCount()) : Fail(ERROR_INVALID_PARAMETER);
 }
 
-/// The number of characters that a length argument means, or nothing when the arguments are not acceptable.
+/// The number of characters that a length argument means, or nothing when the arguments are invalid.
 template <typename TUnit>
 std::optional<std::size_t> CheckArguments(const TUnit* text, int length, const void* buffer, int room) {
     if (text == nullptr || length == 0 || length < -1 || room < 0 || (room > 0 && buffer == nullptr) ||
@@ -302,7 +302,7 @@ bool IsDefinedInAnsi(std::string_view text) {
             unit = page.DecodePair(static_cast<unsigned char>(bytes), *at);
             bytes = bytes << 8 | *at++;
         }
-        // Several codes may stand for one character; only what undefined codes turn into is in doubt.
+        // Several codes may represent one character; only the default character of undefined codes is ambiguous.
         if (unit == page.m_defaultCharacter && page.Encode(unit) != bytes)
             return false;
     }

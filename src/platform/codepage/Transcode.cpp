@@ -11,7 +11,7 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// Moves the ASCII bytes at `text` down to `to`, which is not above it, and both pointers behind them.
+/// Copies the ASCII bytes at `text` to `to`, which is not above it, and advances both pointers.
 void MoveAscii(unsigned char*& to, const unsigned char*& text, const unsigned char* end) {
     std::uint64_t word = 0;
     while (static_cast<std::size_t>(end - text) >= sizeof word) {
@@ -24,7 +24,7 @@ void MoveAscii(unsigned char*& to, const unsigned char*& text, const unsigned ch
             continue;
         }
         const std::size_t run = CountAscii(high);
-        // The whole word may be written where it ends below what follows the run.
+        // The whole word may be written if it ends before the bytes after the run.
         if (static_cast<std::size_t>(text - to) + run < sizeof word)
             break;
         std::memcpy(to, &word, sizeof word);
@@ -36,8 +36,8 @@ void MoveAscii(unsigned char*& to, const unsigned char*& text, const unsigned ch
         *to++ = *text++;
 }
 
-/// Converts the characters of three bytes at `text` that take two in the page, most of what is not ASCII in tables,
-/// and moves both pointers behind them.
+/// Converts the characters at `text` that have three bytes and take two in the page, which are the most frequent ones
+/// after ASCII, and advances both pointers.
 void ConvertWideCharacters(unsigned char*& to, const unsigned char*& text, const unsigned char* end,
                            const CCodePageTables& page) {
     const unsigned short* const starts = page.m_blockStarts;
@@ -78,12 +78,12 @@ unsigned char* PutCharacter(unsigned char* to, const CCodePageTables& page, char
     return to;
 }
 
-/// Copies pieces while they fit and counts them all.
+/// Copies pieces as long as they fit and counts all of them.
 class CBoundedCopy {
 public:
     CBoundedCopy(unsigned char* out, std::size_t room) : m_pOut(out), m_room(room) {}
 
-    /// A piece that may be cut at the end of room, at a character of UTF-8.
+    /// A piece that may be truncated at the end of the buffer, at a UTF-8 character.
     void PutValid(const unsigned char* piece, std::size_t length) {
         if (m_needed < m_room) {
             std::size_t kept = length;
@@ -94,7 +94,7 @@ public:
             }
             std::memmove(m_pOut + m_needed, piece, kept);
         }
-        // Past the room after a cut, so no shorter piece can follow the gap.
+        // Beyond the buffer after a truncation, so that no shorter piece follows the gap.
         m_needed += length;
     }
     std::size_t GetNeeded() const { return m_needed; }
@@ -153,7 +153,7 @@ std::size_t MendUtf8(const unsigned char* text, std::size_t length, unsigned cha
         copy.PutValid(text + at, valid);
         at += valid;
         if (at < length) {
-            // Looked at before the replacement may come to stand over it.
+            // Read before the replacement may overwrite it.
             at += DecodeUtf8(text + at, length - at).m_length;
             copy.PutValid(replacement, sizeof replacement);
         }

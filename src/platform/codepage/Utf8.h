@@ -1,4 +1,4 @@
-// The UTF-8 rules, and a quick way over ASCII, for the conversions.
+// The UTF-8 rules, and fast handling of ASCII, for the conversions.
 #pragma once
 
 #include <bit>
@@ -10,15 +10,15 @@ namespace NSTQ::Platform {
 
 inline constexpr char32_t replacementCharacter = 0xFFFD;
 
-/// One character of a text, or the maximal part of an invalid sequence: `m_value` is U+FFFD then, which a valid
-/// sequence may give too.
+/// One character of a text, or the maximal subpart of an invalid sequence: then `m_value` is U+FFFD, which a valid
+/// sequence may also give.
 struct CUtf8Character {
     char32_t m_value;
     unsigned char m_length;
     bool m_isValid;
 };
 
-/// How many bytes a sequence has that begins with `byte`; 1 for ASCII and for what begins none.
+/// The number of bytes of a sequence that begins with `byte`; 1 for ASCII and for a byte that begins none.
 inline unsigned char GetUtf8Length(unsigned char byte) {
     if (byte < 0xC2 || byte > 0xF4)
         return 1;
@@ -29,22 +29,22 @@ inline bool IsUtf8Trail(unsigned char byte) {
     return (byte & 0xC0U) == 0x80;
 }
 
-/// Reads the character at `text`, of which `room` bytes (at least one) are there.
+/// Reads the character at `text`, which has `room` bytes (at least one).
 inline CUtf8Character DecodeUtf8(const unsigned char* text, std::size_t room) {
     const unsigned lead = text[0];
     const auto bits = [text](std::size_t at) { return text[at] & 0x3FU; };
-    // Most of what is not ASCII in tables: three bytes whose first one leaves the second one free.
+    // The most frequent ones after ASCII: three bytes whose first one does not restrict the second one.
     if (lead > 0xE0 && lead < 0xF0 && lead != 0xED && room >= 3 && IsUtf8Trail(text[1]) && IsUtf8Trail(text[2]))
         return {(lead & 0x0F) << 12 | bits(1) << 6 | bits(2), 3, true};
     if (lead < 0x80)
         return {lead, 1, true};
     const unsigned char length = GetUtf8Length(text[0]);
-    // The second byte alone tells overlong forms, surrogates and values above U+10FFFF.
+    // The second byte alone excludes overlong forms, surrogates and values above U+10FFFF.
     const unsigned lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     const unsigned highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     if (length == 1 || room < 2 || text[1] < lowest || text[1] > highest)
         return {replacementCharacter, 1, false};
-    // The marks of the lead byte fall off above the bits that the length leaves.
+    // Removes the length bits of the lead byte.
     char32_t value = (lead & (0x7FU >> length)) << 6 | bits(1);
     for (unsigned char at = 2; at < length; ++at) {
         if (room <= at || !IsUtf8Trail(text[at]))

@@ -1,4 +1,4 @@
-// The operating system's error codes under their Windows names, and the one of the calling thread.
+// The operating system's error codes with their Windows names, and the last one of the calling thread.
 #pragma once
 
 #include "tqcAccess/Types.h"

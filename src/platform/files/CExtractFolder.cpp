@@ -16,14 +16,14 @@ namespace {
 constexpr mode_t folderMode = 0700;
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-/// Goes down one level, which is made when it is missing.
+/// Goes down one level, which is created if it is missing.
 CDescriptor EnterFolder(int parent, const std::string& name) {
     if (RetryInterrupted([&] { return ::mkdirat(parent, name.c_str(), folderMode); }) != 0 && errno != EEXIST)
         return CDescriptor();
     return CDescriptor(RetryInterrupted([&] { return ::openat(parent, name.c_str(), folderFlags); }));
 }
 
-/// What the host prints to a standard stream that it has closed must not end up in the file.
+/// Output of the host to a standard stream that it has closed must not get into the file.
 int MoveAboveStandardStreams(int descriptor) {
     if (descriptor < 0 || descriptor > STDERR_FILENO)
         return descriptor;
@@ -50,7 +50,7 @@ bool CExtractFolder::Create(const char* folder) {
     return m_iFolder >= 0 || FailFromSystem(path);
 }
 
-/// Closed when one of the levels fails; errno tells why.
+/// Closed when one of the levels fails; errno has the reason.
 CDescriptor CExtractFolder::OpenFolder(const std::string& path) const {
     int current = ::fcntl(m_iFolder, F_DUPFD_CLOEXEC, 0);
     for (std::size_t from = 0; current >= 0 && from < path.size();) {
@@ -92,7 +92,7 @@ bool CExtractFolder::Write(std::span<const std::byte> bytes) {
 bool CExtractFolder::CloseFile() {
     const int file = m_iFile;
     m_iFile = -1;
-    // Interrupted, it is closed nevertheless.
+    // It is closed even if interrupted.
     return ::close(file) == 0 || errno == EINTR || FailFromSystem();
 }
 

@@ -2,7 +2,7 @@
 //
 // Every step goes down from a descriptor, one name at a time and never through a link; nothing that exists is
 // replaced. The caller has checked the paths: relative, in the system's form ("a/b/c"), without ".", ".." and empty
-// parts. What was made stays. On failure the operations return false with the cause in GetLastError.
+// parts. Created files and folders stay. On failure the operations return false with the cause in GetLastError.
 #pragma once
 
 #include "platform/files/Descriptor.h"
@@ -20,11 +20,11 @@ public:
     CExtractFolder& operator=(const CExtractFolder&) = delete;
     ~CExtractFolder();
 
-    /// Makes the folder itself with mode 0700. `folder` is a path in the ANSI code page; nothing may be there yet.
+    /// Creates the folder itself with mode 0700. `folder` is a path in the ANSI code page that must not exist yet.
     bool Create(const char* folder);
-    /// Makes a folder and the ones above it, with mode 0700. Those that are there already do.
+    /// Creates a folder and the ones above it with mode 0700; existing ones are used.
     bool MakeFolder(const std::string& path);
-    /// Makes a new file, mode 0600, and the folders above it. The file before it must have been closed.
+    /// Creates a new file with mode 0600 and the folders above it. The file before it must have been closed.
     bool MakeFile(const std::string& path);
     /// Appends all of `bytes` to the file.
     bool Write(std::span<const std::byte> bytes);

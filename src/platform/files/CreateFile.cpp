@@ -34,7 +34,7 @@ struct SRequest {
     }
     int OpenFlags() const {
         const int mode = Reads() && Writes() ? O_RDWR : Writes() ? O_WRONLY : O_RDONLY;
-        // A reader must not hang in a pipe that it is going to refuse.
+        // A reader must not wait for a pipe that it will reject.
         return mode | O_CLOEXEC | O_NOCTTY | (Reads() ? O_NONBLOCK : 0);
     }
 };
@@ -49,8 +49,8 @@ int Duplicate(int descriptor) {
     return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
-/// A host may run with its standard streams closed. A file that took the number of one would receive whatever is
-/// printed, so it moves above them.
+/// A host may run with its standard streams closed. A file with the descriptor of one would receive whatever is
+/// printed, so it gets a descriptor above them.
 int MoveAboveStandardStreams(int descriptor) {
     if (descriptor < 0 || descriptor > STDERR_FILENO)
         return descriptor;
@@ -58,7 +58,7 @@ int MoveAboveStandardStreams(int descriptor) {
     return Duplicate(descriptor);
 }
 
-/// An existing file is tried first: only so is it known whether there was one.
+/// Tries an existing file first, because only this shows whether there was one.
 CDescriptor OpenFile(const std::string& path, const SRequest& request, bool& existed) {
     const int flags = request.OpenFlags();
     existed = request.disposition != CREATE_NEW;
@@ -70,20 +70,20 @@ CDescriptor OpenFile(const std::string& path, const SRequest& request, bool& exi
     return CDescriptor(MoveAboveStandardStreams(descriptor));
 }
 
-/// The code that refuses a file of this kind, or 0.
+/// The error code for a file of a type that is rejected, or 0.
 DWORD CheckKind(const SRequest& request, mode_t mode, bool existed) {
     constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if (S_ISDIR(mode))
         return ERROR_ACCESS_DENIED;
     if (request.Reads() && !S_ISREG(mode))
         return ERROR_NOT_SUPPORTED;
-    // The system lets a privileged process write to read-only files; Windows lets nobody.
+    // The system allows a privileged process to write to read-only files; Windows allows nobody to.
     if (request.Writes() && existed && S_ISREG(mode) && (mode & anyWrite) == 0)
         return ERROR_ACCESS_DENIED;
     return ERROR_SUCCESS;
 }
 
-/// Only a lock that somebody else holds is a failure; file systems without locks answer in many ways.
+/// Only a lock that somebody else holds is a failure; file systems without locks return various errors.
 bool TakeLock(int descriptor, DWORD share) {
     const int operation = (share == 0 ? LOCK_EX : LOCK_SH) | LOCK_NB;
     return RetryInterrupted([&] { return ::flock(descriptor, operation); }) == 0 || errno != EWOULDBLOCK;
@@ -106,7 +106,7 @@ bool PrepareFile(int descriptor, const SRequest& request, bool existed) {
     return true;
 }
 
-/// The descriptor that a path such as "/dev/stdout" stands for.
+/// The descriptor of a path such as "/dev/stdout".
 std::optional<int> FindOpenDescriptor(std::string_view path) {
     constexpr std::string_view folder = "/dev/fd/";
     if (path == "/dev/stdout")

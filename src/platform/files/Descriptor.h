@@ -18,7 +18,7 @@ public:
         std::swap(m_iDescriptor, other.m_iDescriptor);
         return *this;
     }
-    /// Keeps errno, so that a failing path still sees what it failed with.
+    /// Preserves errno, so that the caller still sees the error.
     ~CDescriptor() {
         const int error = errno;
         if (IsOpen())
@@ -29,7 +29,7 @@ public:
     bool IsOpen() const { return m_iDescriptor >= 0; }
     int Get() const { return m_iDescriptor; }
 
-    /// Hands the descriptor over; the caller closes it.
+    /// Releases the descriptor; the caller closes it.
     int Release() {
         const int descriptor = m_iDescriptor;
         m_iDescriptor = -1;

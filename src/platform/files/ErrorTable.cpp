@@ -17,7 +17,7 @@ struct SErrorPair {
 constexpr SErrorPair errorTable[] = {
     {ENOENT, ERROR_FILE_NOT_FOUND},
     {ENOTDIR, ERROR_PATH_NOT_FOUND},
-    // A ring of links names no file, however long it is followed.
+    // A cycle of links leads to no file.
     {ELOOP, ERROR_PATH_NOT_FOUND},
     {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
     {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
@@ -28,11 +28,11 @@ constexpr SErrorPair errorTable[] = {
     {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
     {EROFS, ERROR_WRITE_PROTECT},
     {EWOULDBLOCK, ERROR_SHARING_VIOLATION},
-    // A mount point that is in use, a program that is running: somebody else has it open.
+    // A mount point that is in use, a program that is running: somebody else is using it.
     {EBUSY, ERROR_SHARING_VIOLATION},
     {ETXTBSY, ERROR_SHARING_VIOLATION},
     {ESPIPE, ERROR_INVALID_FUNCTION},
-    // What has a name but cannot be opened: a socket, a device without a driver.
+    // Exists but cannot be opened: a socket, a device without a driver.
     {ENXIO, ERROR_NOT_SUPPORTED},
     {ENODEV, ERROR_NOT_SUPPORTED},
     {EOPNOTSUPP, ERROR_NOT_SUPPORTED},
@@ -41,7 +41,7 @@ constexpr SErrorPair errorTable[] = {
     {EPIPE, ERROR_BROKEN_PIPE},
     {ENOSPC, ERROR_DISK_FULL},
     {EDQUOT, ERROR_DISK_FULL},
-    // A file that has reached its greatest size takes no more bytes, as a full disk.
+    // A file of the maximum size accepts no more bytes, like a full disk.
     {EFBIG, ERROR_DISK_FULL},
     {ENOTEMPTY, ERROR_DIR_NOT_EMPTY},
     {ENAMETOOLONG, ERROR_BUFFER_OVERFLOW},

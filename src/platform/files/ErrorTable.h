@@ -1,4 +1,4 @@
-// From the system's error numbers to the Windows codes that callers look for: the one place where they meet.
+// Converts the error numbers of the system to the Windows codes that callers expect, in this one table.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -7,15 +7,15 @@
 
 namespace NSTQ::Platform {
 
-/// The Windows code for an `errno` value. Numbers outside the table give 1117 (I/O device): whatever went wrong, it
-/// was neither the caller's arguments nor something that the caller can put right.
+/// The Windows code for an `errno` value. Numbers outside the table give 1117 (I/O device): the cause is neither in
+/// the arguments nor something that the caller can correct.
 DWORD ErrorCodeFromSystem(int error);
 
-/// As above for a call on the path `path` (a system path). What is missing counts as on Windows: 2 when only the last
-/// component is, 3 when the folder that it should be in is missing or no folder.
+/// As above for a call on the path `path` (a system path). A missing path is reported as on Windows: 2 if only the
+/// last component is missing, 3 if its folder is missing or not a folder.
 DWORD PathErrorCodeFromSystem(int error, const std::string& path);
 
-/// Stores the code of `errno` as the last error and returns false, so that a failing operation ends with it.
+/// Stores the code of `errno` as the last error and returns false, for the end of a failing operation.
 bool FailFromSystem();
 bool FailFromSystem(const std::string& path);
 

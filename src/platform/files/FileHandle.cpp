@@ -12,8 +12,8 @@ namespace NSTQ::Platform {
 
 namespace {
 
-/// A standard stream may be a pipe that another process made non-blocking; there, full or empty means wait. Of a
-/// regular file it means that somebody has locked it.
+/// A standard stream may be a pipe that another process made non-blocking: if it is full or empty, wait. For a
+/// regular file the same error means that somebody has locked it.
 bool WaitFor(int descriptor, short event) {
     struct stat status {};
     if (RetryInterrupted([&] { return ::fstat(descriptor, &status); }) != 0 || S_ISREG(status.st_mode))
@@ -77,7 +77,7 @@ bool WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void
         });
         if (put < 0)
             return FailFromSystem();
-        // A device that takes nothing and reports nothing would keep us here for ever.
+        // A device that accepts nothing and reports no error would cause an endless loop.
         if (put == 0)
             return FailWith(ERROR_DISK_FULL);
         *written += static_cast<DWORD>(put);
@@ -111,7 +111,7 @@ bool GetFileSizeEx(HANDLE file, LARGE_INTEGER* size) {
 }
 
 bool CloseHandle(HANDLE file) {
-    // Never again after an interruption: the descriptor is gone by then and may be another thread's next file.
+    // Not repeated after an interruption: the descriptor is already closed and may be reused by another thread.
     if (::close(DescriptorOfHandle(file)) == 0 || errno == EINTR)
         return true;
     return FailFromSystem();

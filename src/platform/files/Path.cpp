@@ -18,7 +18,7 @@ constexpr std::string_view hexDigits = "0123456789ABCDEF";
 /// In the longest form each byte of the system's path is an escape.
 constexpr std::size_t maxAnsiPathLength = std::size_t{PATH_MAX} * escapeLength;
 
-/// One character on its way; a false sequence makes as many as it has bytes.
+/// One character during conversion; an invalid sequence gives as many as it has bytes.
 struct SConverted {
     char bytes[16];
     int length;
@@ -57,8 +57,8 @@ bool HasDefaultCharacter(const SUnits& units) {
            std::u16string_view::npos;
 }
 
-/// Several pages give one character two codes, so bytes that come back changed are no fault by themselves; they are
-/// when what they decode to is also the stand-in for undefined bytes.
+/// Several pages have two codes for one character, so a round trip that changes bytes is not an error by itself; it
+/// is one if they decode to a default character for undefined bytes.
 bool AppendAsUtf8(std::string_view character, std::string& text) {
     const SUnits units = ToUnits(CP_ACP, character);
     if (units.length == 0 || (HasDefaultCharacter(units) && FromUnits(CP_ACP, units).View() != character))
@@ -118,15 +118,15 @@ void AppendEscaped(std::string_view bytes, std::string& name) {
     }
 }
 
-/// How many bytes the UTF-8 sequence at the start of `text` claims, as far as they are there.
+/// The length of the UTF-8 sequence at the start of `text` by its lead byte, at most the length of `text`.
 std::size_t SequenceLength(std::string_view text) {
     const auto lead = static_cast<unsigned char>(text[0]);
     const std::size_t claimed = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
     return std::min(claimed, text.size());
 }
 
-/// Takes a character only when its bytes lead back to it and none of them is taken as a separator: a best fit such
-/// as '\' for the yen sign does not come back.
+/// Accepts a character only if its bytes convert back to it and none of them is a separator: a best fit such as '\'
+/// for the yen sign does not convert back.
 bool AppendAsAnsi(std::string_view character, std::string& name) {
     const SUnits units = ToUnits(CP_UTF8, character);
     const SConverted ansi = FromUnits(CP_ACP, units);

@@ -5,7 +5,7 @@
 
 namespace NSTQ::Platform {
 
-/// Makes `call` (which returns -1 and sets errno on failure) again for as long as a signal interrupts it.
+/// Repeats `call` (which returns -1 and sets errno on failure) as long as a signal interrupts it.
 template <class TCall>
 auto RetryInterrupted(TCall call) {
     auto result = call();
