@@ -4,7 +4,7 @@
 #include "platform/codepage/Transcode.h"
 #include "tqcAccess/CodePage.h"
 
-#include "ado/ScriptedAdo.h"
+#include "support/Values.h"
 
 #include <gtest/gtest.h>
 

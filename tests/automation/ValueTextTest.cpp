@@ -1,4 +1,4 @@
-#include "automation/Values.h"
+#include "support/Values.h"
 #include "tqcAccess/UserLocale.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "automation/Values.h"
 #include "platform/automation/Com.h"
+#include "support/Values.h"
 #include "tqcAccess/CodePage.h"
 
 #include <gtest/gtest.h>

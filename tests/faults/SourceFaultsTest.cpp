@@ -10,9 +10,7 @@
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
 #include "tqcAccess/ComError.h"
-#if defined(TQC_TEST_XLSX)
 #include "xlsx/XlsxBuilder.h"
-#endif
 
 #include <gtest/gtest.h>
 
@@ -49,13 +47,10 @@ std::string MakeFix() {
     return MakeText("twelve bytes\r\n");
 }
 
-#if defined(TQC_TEST_ZIP)
 std::string MakePackage() {
     return MakeZip({{.name = "other/x", .content = "x"}, {.name = "TqData\\SourceFile.csv", .content = MakeCsv()}});
 }
-#endif
 
-#if defined(TQC_TEST_XLSX)
 std::string MakeXlsx() {
     SXlsxParts parts;
     for (int row = 0; row < 3000; ++row)
@@ -64,14 +59,11 @@ std::string MakeXlsx() {
     parts.isDeflated = true;
     return parts.File();
 }
-#endif
 
-#if defined(TQC_TEST_XLSX) && defined(TQC_TEST_ENCRYPTION)
 /// The sample takes too long to open for thousands of times.
 std::string MakeLockedXlsx() {
     return EncryptAgile(MakeXlsx(), "secret", "SHA512", 256, 10).File();
 }
-#endif
 
 struct SKind {
     const char* title;
@@ -90,22 +82,12 @@ const SKind kinds[] = {
     {"csv", "a.csv", MakeCsv, Info::SDO_TEXT_FILE, {}},
     {"utf8", "a.csv", MakeUtf8, Info::SDO_TEXT_FILE, {}},
     {"fixed", "a.txt", MakeFix, Info::SDO_FIX_FILE, {Info::SDO_READ_ERROR}},
-#if defined(TQC_TEST_ZIP)
     {"package", "a.xtqf", MakePackage, Info::SDO_PACKAGE, {Info::SDO_PASSWORD_ERROR, Info::SDO_TMPFILE_ERROR}},
-#endif
-#if defined(TQC_TEST_XLSX)
     {"xlsx", "a.xlsx", MakeXlsx, Info::SDO_DATABASE, noDatabase},
-#endif
-#if defined(TQC_TEST_XLSX) && defined(TQC_TEST_ENCRYPTION)
     {"locked_xlsx", "a.xlsx", MakeLockedXlsx, Info::SDO_DATABASE, noDatabase, "secret"},
-#endif
-#if defined(TQC_TEST_XLS)
     {"xls", "prices.xls", nullptr, Info::SDO_DATABASE, noDatabase, "", 3},
-#endif
-#if defined(TQC_TEST_ACCESS)
     {"mdb", "stock.mdb", nullptr, Info::SDO_DATABASE, noDatabase, "", 2},
     {"accdb", "stock.accdb", nullptr, Info::SDO_DATABASE, noDatabase, "", 2},
-#endif
 };
 
 struct SOutcome {

@@ -2,7 +2,6 @@
 
 #include "common/SCFilePath.h"
 #include "common/SCFolderTree.h"
-#include "platform/files/ErrorTable.h"
 #include "platform/files/FileHandle.h"
 #include "platform/files/Path.h"
 #include "support/AnsiPage.h"
@@ -75,18 +74,6 @@ int RunInChild(TBody body) {
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-TEST(Errors, BecomeTheCodesThatCallersLookFor) {
-    const std::pair<int, DWORD> cases[] = {
-        {ESPIPE, 1},       {ENOENT, 2},      {ENOTDIR, 3},  {ELOOP, 3},          {EMFILE, 4},   {ENFILE, 4},
-        {EACCES, 5},       {EPERM, 5},       {EISDIR, 5},   {EBADF, 6},          {ENOMEM, 8},   {EROFS, 19},
-        {EWOULDBLOCK, 32}, {EBUSY, 32},      {ETXTBSY, 32}, {ENXIO, 50},         {ENODEV, 50},  {EOPNOTSUPP, 50},
-        {EEXIST, 80},      {EINVAL, 87},     {EPIPE, 109},  {ENAMETOOLONG, 111}, {ENOSPC, 112}, {EDQUOT, 112},
-        {EFBIG, 112},      {ENOTEMPTY, 145}, {EIO, 1117},   {ECHILD, 1117},
-    };
-    for (const auto& [error, code] : cases)
-        EXPECT_EQ(ErrorCodeFromSystem(error), code) << error;
 }
 
 TEST(Open, RefusesWithTheCodeOfTheCause) {
@@ -377,8 +364,7 @@ TEST(Removal, TouchesOnlyWhatItNames) {
 }
 
 /// One life of a file, through every call of the layer. Returns the code of the first failure.
-DWORD LiveOnce(const CTempFolder& folder) {
-    const std::string path = folder.Path() + "/sub/file";
+DWORD LiveOnce(const std::string& path) {
     LARGE_INTEGER size{};
     char text[4];
     DWORD count = 0;
@@ -393,30 +379,21 @@ DWORD LiveOnce(const CTempFolder& folder) {
     return CodeOf(DeleteFileA(path.c_str()));
 }
 
-constexpr Call systemCalls[] = {Call::Open, Call::Close, Call::Read,   Call::Write,   Call::Seek,
-                                Call::Stat, Call::Lock,  Call::Unlink, Call::Truncate};
-
 TEST(Faults, AnyFailingCallIsReportedOrMadeAgainAndLeaksNothing) {
     const CTempFolder folder;
     const std::size_t before = Faults::OpenDescriptors();
-    const auto live = [&] {
-        folder.MakeFolder("sub");
-        const DWORD code = LiveOnce(folder);
-        EXPECT_EQ(Faults::OpenDescriptors(), before);
-        return code;
-    };
-    for (const Call call : systemCalls) {
+    for (const Call call : {Call::Open, Call::Close, Call::Read, Call::Write, Call::Seek, Call::Stat, Call::Lock,
+                            Call::Unlink, Call::Truncate}) {
         SCOPED_TRACE(static_cast<int>(call));
-        DWORD code = 0;
-        EXPECT_GE(Faults::ForEachFailure(call, EIO, [&](std::size_t) { code = live(); }), 1U);
-        EXPECT_EQ(code, 0U) << "the last run meets no fault";
-        if (call != Call::Lock && call != Call::Close) {
-            const Faults::Scope fault(call, 1, EIO);
-            EXPECT_EQ(live(), ERROR_IO_DEVICE);
-        }
-        // These cannot be interrupted in a way that a caller would see.
+        std::vector<DWORD> codes;
+        Faults::ForEachFailure(call, EIO, [&](std::size_t) { codes.push_back(LiveOnce(folder.Path("file"))); });
+        EXPECT_GE(codes.size(), 2U);
+        EXPECT_EQ(codes.back(), 0U) << "the last run meets no fault";
+        EXPECT_TRUE(codes[0] == ERROR_IO_DEVICE || call == Call::Lock || call == Call::Close) << codes[0];
+        // This cannot be interrupted in a way that a caller would see.
         if (call != Call::Seek)
-            Faults::ForEachFailure(call, EINTR, [&](std::size_t) { EXPECT_EQ(live(), 0U); });
+            Faults::ForEachFailure(call, EINTR, [&](std::size_t) { EXPECT_EQ(LiveOnce(folder.Path("file")), 0U); });
+        EXPECT_EQ(Faults::OpenDescriptors(), before);
     }
 }
 

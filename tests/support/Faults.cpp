@@ -9,7 +9,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
 #include <cstdlib>
 #include <new>
 
@@ -76,15 +75,7 @@ std::size_t OpenDescriptors() {
 
 } // namespace NSTQ::Tests::Faults
 
-namespace {
-
 using namespace NSTQ::Tests::Faults;
-
-mode_t ModeOf(int flags, va_list arguments) {
-    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-}
-
-} // namespace
 
 /// Wraps a call that is made as it is or gives `failed`.
 #define TQC_WRAP(kind, failed, type, name, parameters, arguments)                                                    \
@@ -92,11 +83,20 @@ mode_t ModeOf(int flags, va_list arguments) {
     type __wrap_##name parameters {                                                                                  \
         return Fails(Call::kind) ? (failed) : __real_##name arguments;                                               \
     }
+/// Wraps a transfer of `size` bytes.
+#define TQC_WRAP_TRANSFER(kind, name, parameters, arguments)                                                         \
+    ssize_t __real_##name parameters;                                                                                \
+    ssize_t __wrap_##name parameters {                                                                               \
+        return FailsTransfer(Call::kind, size) ? -1 : __real_##name arguments;                                       \
+    }
 
 // The linker leads a call of `name` to `__wrap_name` and one of `__real_name` to the system. Other names of the same
-// call are led to the same wrapper (tests/support.cmake), which 64-bit systems allow.
+// call are led to the same wrapper (tests/support.cmake), which 64-bit systems allow. They also allow a wrapper to
+// take an argument that was not given, as long as nobody looks at it: the mode of an open that creates nothing.
 extern "C" {
 
+TQC_WRAP(Open, -1, int, open, (const char* path, int flags, mode_t mode), (path, flags, mode))
+TQC_WRAP(Open, -1, int, openat, (int folder, const char* path, int flags, mode_t mode), (folder, path, flags, mode))
 TQC_WRAP(Seek, -1, off_t, lseek, (int descriptor, off_t distance, int origin), (descriptor, distance, origin))
 TQC_WRAP(Stat, -1, int, stat, (const char* path, struct stat* status), (path, status))
 TQC_WRAP(Stat, -1, int, lstat, (const char* path, struct stat* status), (path, status))
@@ -114,30 +114,13 @@ TQC_WRAP(OpenFolder, nullptr, DIR*, opendir, (const char* path), (path))
 TQC_WRAP(OpenFolder, nullptr, DIR*, fdopendir, (int descriptor), (descriptor))
 TQC_WRAP(ReadFolder, nullptr, dirent*, readdir, (DIR * folder), (folder))
 
-int __real_open(const char*, int, ...);
-int __real_openat(int, const char*, int, ...);
-int __real_close(int);
-ssize_t __real_read(int, void*, size_t);
-ssize_t __real_pread(int, void*, size_t, off_t);
-ssize_t __real_write(int, const void*, size_t);
-ssize_t __real_pwrite(int, const void*, size_t, off_t);
-int __real_fcntl(int, int, ...);
-int __real_unlinkat(int, const char*, int);
+TQC_WRAP_TRANSFER(Read, read, (int descriptor, void* buffer, size_t size), (descriptor, buffer, size))
+TQC_WRAP_TRANSFER(Read, pread, (int descriptor, void* buffer, size_t size, off_t at), (descriptor, buffer, size, at))
+TQC_WRAP_TRANSFER(Write, write, (int descriptor, const void* buffer, size_t size), (descriptor, buffer, size))
+TQC_WRAP_TRANSFER(Write, pwrite, (int descriptor, const void* buffer, size_t size, off_t at),
+                  (descriptor, buffer, size, at))
 
-int __wrap_open(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
-    return Fails(Call::Open) ? -1 : __real_open(path, flags, mode);
-}
-int __wrap_openat(int folder, const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
-    return Fails(Call::Open) ? -1 : __real_openat(folder, path, flags, mode);
-}
+int __real_close(int);
 int __wrap_close(int descriptor) {
     const bool fails = Fails(Call::Close);
     const int error = errno;
@@ -148,28 +131,14 @@ int __wrap_close(int descriptor) {
     return -1;
 }
 
-ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
-    return FailsTransfer(Call::Read, size) ? -1 : __real_read(descriptor, buffer, size);
-}
-ssize_t __wrap_pread(int descriptor, void* buffer, size_t size, off_t at) {
-    return FailsTransfer(Call::Read, size) ? -1 : __real_pread(descriptor, buffer, size, at);
-}
-ssize_t __wrap_write(int descriptor, const void* buffer, size_t size) {
-    return FailsTransfer(Call::Write, size) ? -1 : __real_write(descriptor, buffer, size);
-}
-ssize_t __wrap_pwrite(int descriptor, const void* buffer, size_t size, off_t at) {
-    return FailsTransfer(Call::Write, size) ? -1 : __real_pwrite(descriptor, buffer, size, at);
-}
-
 // Every argument of fcntl fits a pointer, whatever the command takes.
-int __wrap_fcntl(int descriptor, int command, ...) {
-    va_list arguments;
-    va_start(arguments, command);
-    void* argument = va_arg(arguments, void*);
-    va_end(arguments);
+int __real_fcntl(int, int, void*);
+int __wrap_fcntl(int descriptor, int command, void* argument) {
     const bool duplicates = command == F_DUPFD || command == F_DUPFD_CLOEXEC;
     return duplicates && Fails(Call::Duplicate) ? -1 : __real_fcntl(descriptor, command, argument);
 }
+
+int __real_unlinkat(int, const char*, int);
 int __wrap_unlinkat(int folder, const char* path, int flags) {
     const Call call = (flags & AT_REMOVEDIR) != 0 ? Call::RemoveFolder : Call::Unlink;
     return Fails(call) ? -1 : __real_unlinkat(folder, path, flags);

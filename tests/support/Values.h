@@ -1,4 +1,4 @@
-// Values of each type, written short.
+// Values of each type, written short, and the HRESULT of a call.
 #pragma once
 
 #include "platform/automation/Variant.h"
@@ -31,6 +31,23 @@ inline Platform::VARIANT Date(double days) {
 
 inline Platform::VARIANT Decimal(DWORD high, std::uint64_t low, std::uint8_t scale, std::uint8_t sign = 0) {
     return Value(Platform::VT_DECIMAL, &Platform::VARIANT::decVal, Platform::DECIMAL{scale, sign, high, low});
+}
+
+/// Its text is the receiver's.
+inline Platform::VARIANT Text(std::u16string_view text) {
+    return Value(Platform::VT_BSTR, &Platform::VARIANT::bstrVal,
+                 Platform::SysAllocStringLen(text.data(), static_cast<DWORD>(text.size())));
+}
+
+/// The HRESULT that `call` raises as _com_error, or 0.
+template <class TCall>
+Platform::HRESULT Raised(TCall call) {
+    try {
+        call();
+        return 0;
+    } catch (const Platform::_com_error& error) {
+        return error.Error();
+    }
 }
 
 /// The text, or `#` and the HRESULT.
