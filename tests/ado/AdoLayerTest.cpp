@@ -33,10 +33,9 @@ CComPtr<T> Create(const char16_t* progId) {
     return object;
 }
 
-class AdoLayer : public testing::Test {
+class AdoLayer : public CScriptedTest {
 protected:
     AdoLayer() { script.table = {{u"F1", u"Name"}, {{10.0, 11.0}, {20.0, 21.0}, {30.0, 31.0}}}; }
-    ~AdoLayer() override { EXPECT_EQ(script.liveObjects, 0); }
     HRESULT Open(const CComPtr<_Connection>& connection) const {
         const CBstr text = BstrFromAnsi("Provider=Microsoft.ACE.OLEDB.12.0;Data Source='" + script.File("a.xlsx") +
                                         "';Extended Properties='Excel 12.0'");
@@ -49,7 +48,6 @@ protected:
             [&] { rows->Open(Cell(statement).Value(), connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
     }
 
-    CScript script;
     const CComApartment apartment;
 };
 
@@ -127,69 +125,59 @@ TEST_F(AdoLayer, TheFileDecidesWhoOpensItAndTheStringWhatIsExpected) {
                            .Add(u"EncryptionInfo", Noise(110 * 128 * 512))
                            .Add(u"EncryptedPackage", "")
                            .Finish();
-    constexpr int none = -1;
-    const struct {
-        const char* title;
-        std::string content;
-        const char* properties;
-        int format;
-        HRESULT hr = 0;
-    } cases[] = {
-        {"xlsx", zip, "Excel 12.0;HDR=NO;IMEX=1", 0},
-        {"xlsx as the old kind", zip, "excel 8.0", 0},
-        {"empty zip", "PK\x05\x06", "Excel 12.0 Xml", 0},
-        {"xls", CompoundFile({u"Workbook"}).bytes, "Excel 12.0", 1},
-        {"record stream", "\x09\x08\x08\x00\x00\x05"s, "Excel 8.0", 1},
-        {"encrypted workbook", sealed.bytes, "Excel 12.0", 0},
-        {"encrypted workbook with its directory far behind", large.bytes, "Excel 12.0", 0},
-        {"cut compound file", sealed.bytes.substr(0, sealed.entries.at(u"EncryptedPackage")), "Excel 12.0", none,
-         E_FAIL},
-        {"database", jet, "", 2},
-        {"newer database", ace, "  ", 2},
-        {"database as workbook", jet, "Excel 8.0", none, E_FAIL},
-        {"workbook as database", zip, "", none, E_FAIL},
-        {"another kind", zip, "text;HDR=NO", none, E_FAIL},
-        {"text", "a,b\r\n", "Excel 12.0", none, E_FAIL},
-        {"empty", "", "", none, E_FAIL},
+    constexpr ESourceFormat none{9}; // refused with E_FAIL
+    using enum ESourceFormat;
+    const std::tuple<const char*, std::string, std::string, ESourceFormat> cases[] = {
+        {"xlsx", zip, "Excel 12.0;HDR=NO;IMEX=1", Xlsx},
+        {"xlsx as the old kind", zip, "excel 8.0", Xlsx},
+        {"empty zip", "PK\x05\x06", "Excel 12.0 Xml", Xlsx},
+        {"xls", CompoundFile({u"Workbook"}).bytes, "Excel 12.0", Xls},
+        {"record stream", "\x09\x08\x08\x00\x00\x05"s, "Excel 8.0", Xls},
+        {"encrypted workbook", sealed.bytes, "Excel 12.0", Xlsx},
+        {"encrypted workbook with its directory far behind", large.bytes, "Excel 12.0", Xlsx},
+        {"cut compound file", sealed.bytes.substr(0, sealed.entries.at(u"EncryptedPackage")), "Excel 12.0", none},
+        {"database", jet, "", Access},
+        {"newer database", ace, "  ", Access},
+        {"database as workbook", jet, "Excel 8.0", none},
+        {"workbook as database", zip, "", none},
+        {"another kind", zip, "text;HDR=NO", none},
+        {"text", "a,b\r\n", "Excel 12.0", none},
+        {"empty", "", "", none},
     };
-    for (const auto& c : cases) {
-        const std::string path = script.folder.WriteFile("file", c.content);
-        const SConnectionString text{"microsoft.jet.oledb.4.0", path, c.properties, "pw"};
-        EXPECT_EQ(Raised([&] { OpenDataSource(text); }), c.hr) << c.title;
-        if (c.format != none) {
-            EXPECT_EQ(static_cast<int>(script.format), c.format) << c.title;
-            EXPECT_EQ(script.options.strPath, path);
-            EXPECT_EQ(script.options.strPassWord, "pw");
-            EXPECT_EQ(script.options.bHeaderRow, std::string(c.properties).find("HDR=NO") == std::string::npos);
-        }
+    for (const auto& [title, content, properties, format] : cases) {
+        SCOPED_TRACE(title);
+        const SConnectionString text{"microsoft.jet.oledb.4.0", script.folder.WriteFile("file", content), properties,
+                                     "pw"};
+        EXPECT_EQ(Raised([&] { OpenDataSource(text); }), format == none ? E_FAIL : 0);
+        if (format == none)
+            continue;
+        EXPECT_EQ(script.format, format);
+        EXPECT_EQ(script.options.strPath, text.strDataSource);
+        EXPECT_EQ(script.options.strPassWord, "pw");
+        EXPECT_EQ(script.options.bHeaderRow, properties.find("HDR=NO") == std::string::npos);
     }
 }
 
 TEST_F(AdoLayer, SourcesThatCannotBeOpenedSayWhatAndWhere) {
     const std::string ace = "Microsoft.ACE.OLEDB.12.0";
     const std::string book = script.File("a.xlsx");
-    const std::string compound = script.folder.WriteFile("x", CompoundFile({u"Workbook"}).bytes);
-    const struct {
-        std::string provider;
-        std::string path;
-        HRESULT hr;
-        const char* described;
-    } cases[] = {
+    const std::tuple<std::string, std::string, HRESULT, std::string> cases[] = {
         {"", book, adErrProviderNotFound, "names no provider"},
         {"SQLOLEDB", book, adErrProviderNotFound, "SQLOLEDB"},
         {ace, "", E_FAIL, "no file"},
         {ace, "/no/such", E_FAIL, "/no/such: the file cannot be opened (error 3)"},
         {ace, script.folder.Path(), E_FAIL, "cannot be opened"},
-        {ace, compound, adErrProviderNotFound, "not read xls files"},
+        {ace, script.folder.WriteFile("x", CompoundFile({u"Workbook"}).bytes), adErrProviderNotFound,
+         "not read xls files"},
     };
     const auto xls = SetProvider(ESourceFormat::Xls, nullptr);
-    for (const auto& c : cases) {
+    for (const auto& [provider, path, hr, described] : cases) {
         try {
-            OpenDataSource({c.provider, c.path, "Excel 8.0", ""});
-            ADD_FAILURE() << c.described;
+            OpenDataSource({provider, path, "Excel 8.0", ""});
+            ADD_FAILURE() << described;
         } catch (const _com_error& error) {
-            EXPECT_EQ(error.Error(), c.hr) << c.described;
-            EXPECT_NE(std::string(error.Description()).find(c.described), std::string::npos) << error.Description();
+            EXPECT_EQ(error.Error(), hr) << described;
+            EXPECT_NE(std::string(error.Description()).find(described), std::string::npos) << error.Description();
         }
     }
     SetProvider(ESourceFormat::Xls, xls);

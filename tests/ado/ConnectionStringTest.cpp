@@ -1,9 +1,7 @@
 #include "platform/ado/ConnectionString.h"
+
 #include "SCDataAccessDefine.h"
 #include "platform/ado/Statement.h"
-#include "platform/codepage/Transcode.h"
-#include "tqcAccess/CodePage.h"
-
 #include "support/Values.h"
 
 #include <gtest/gtest.h>
@@ -15,11 +13,7 @@ using NSTQ::NSTQCore::SCDataAccessDefine;
 using NSTQ::Tests::Raised;
 
 TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
-    const struct {
-        const char* text;
-        const char* source;
-        const char* properties;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"", "", ""},
         {" ; ;;", "", ""},
         {"data SOURCE=a", "a", ""},
@@ -35,10 +29,10 @@ TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
          "12.0;HDR=NO;IMEX=1\";Jet OLEDB:Database Password=;",
          "/d/a;b.xlsx", "Excel 12.0;HDR=NO;IMEX=1"},
     };
-    for (const auto& c : cases) {
-        const auto parsed = ParseConnectionString(c.text);
-        EXPECT_EQ(parsed.strDataSource, c.source) << c.text;
-        EXPECT_EQ(parsed.strProperties, c.properties) << c.text;
+    for (const auto& [text, source, properties] : cases) {
+        const auto parsed = ParseConnectionString(text);
+        EXPECT_EQ(parsed.strDataSource, source) << text;
+        EXPECT_EQ(parsed.strProperties, properties) << text;
     }
     const auto all = ParseConnectionString("provider=P;JET OLEDB:database password='x;y'");
     EXPECT_EQ(all.strProvider, "P");
@@ -128,46 +122,6 @@ TEST(Statement, TakesTheTextBetweenTheOuterBrackets) {
          {u"", u"SELECT * FROM [a", u"SELECT * FROM a", u"SELECT * FROM ]a[", u"[a]", u"SELECT a FROM [a]",
           u"SELECT * FROM [a] WHERE 1", u"DELETE * FROM [a]", u"SELECT * FROM x [a]", u"SELECT *"})
         EXPECT_EQ(Raised([&] { ParseStatement(text); }), DB_E_ERRORSINCOMMAND);
-}
-
-TEST(CodePageBounds, EveryRoomGetsWholeCharactersAndAgreesWithTheConversion) {
-    const std::u16string text = u"ab\u3042c\u00E9\U0001F600\uFF76d\xD800";
-    for (const unsigned page : {932U, 936U, 949U, 950U, 1252U, 65001U}) {
-        SetAnsiCodePage(page);
-        const std::string whole = AnsiFromWide(text);
-        for (std::size_t room = 0; room < whole.size() + 2; ++room) {
-            const std::unique_ptr<char[]> out(new char[room]);
-            const auto result = ConvertWideToAnsi(text, out.get(), room);
-            EXPECT_EQ(result.isComplete, room >= whole.size());
-            EXPECT_EQ(result.length, KeptTextLength(whole.data(), whole.size(), room)) << page << ' ' << room;
-            EXPECT_EQ(std::string_view(out.get(), result.length), whole.substr(0, result.length));
-        }
-    }
-    SetAnsiCodePage(932);
-}
-
-TEST(CodePageBounds, UndefinedBytesAreSeen) {
-    const struct {
-        unsigned page;
-        std::string_view text;
-        bool defined;
-    } cases[] = {
-        {932, "a?\x81\x45\x83\x5C\xB1", true}, // the middle dot itself, a trail byte of '\', a half-width kana
-        {932, "\x87\x90\x81\xE0", true},       // two codes of one character
-        {932, "\x81\xFD", false},
-        {932, "\x85\x40", false},
-        {932, "a\x81", false},
-        {932, {"\x81\0b", 3}, false},
-        {936, "\x81\x7F", false},
-        {1252, "\xE9\x80", true},
-        {65001, "\xE3\x81\x82", true},
-        {65001, "\xE3\x81", false},
-    };
-    for (const auto& c : cases) {
-        SetAnsiCodePage(c.page);
-        EXPECT_EQ(IsDefinedInAnsi(c.text), c.defined) << c.page << ' ' << c.text;
-    }
-    SetAnsiCodePage(932);
 }
 
 } // namespace

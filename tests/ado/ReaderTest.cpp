@@ -52,26 +52,19 @@ struct Opened {
     }
 };
 
-class Reader : public testing::Test {
+class Reader : public CScriptedTest {
 protected:
-    Reader() { Prepare("book.xlsx"); }
-    ~Reader() override {
-        EXPECT_EQ(script.liveObjects, 0);
-        EXPECT_EQ(GetComInitCount(), 0U);
-        SetAnsiCodePage(932);
-    }
-    void Prepare(const char* name) {
-        info.SetCommonInfo(script.File(name).c_str(), SCDeclareConstant::SFT_UNKNOWN);
-        EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_DATABASE);
+    Reader() { PrepareSheet("book.xlsx"); }
+    void PrepareSheet(const char* name) {
+        EXPECT_EQ(Prepare(info, name), CSourceDataInfo::SDO_DATABASE);
         info.SetSelectSchemaIndx(0);
     }
-    CScript script;
     CSourceDataInfo info;
 };
 
 TEST_F(Reader, OpensReadsAndCountsAThirdAtATime) {
     script.table = {{u"ID", u" Na me "}, {{1.0, u"one"}, {2.0, Value(VT_NULL)}, {7.5, Date(45000.75)}}};
-    Prepare("book.xls");
+    PrepareSheet("book.xls");
     CADOOperater reader(2, 99, 20);
     Handed row;
     EXPECT_TRUE(reader.GetFieldsName(row.data, row.lengths, row.count));
@@ -181,11 +174,7 @@ Outcome RunSession(const CSourceDataInfo& info) {
 TEST_F(Reader, EachFailureComesOutWhereItShould) {
     script.table.rows = {{1.0, u"x"}, {2.0, u"y"}};
     constexpr HRESULT hr = MakeHresult(0x80041234);
-    const struct {
-        const char* op;
-        int nth;
-        Outcome outcome;
-    } cases[] = {
+    const std::tuple<const char*, int, Outcome> cases[] = {
         {"Open", 1, {"open", hr}},
         {"OpenTable", 1, {"open", hr}},
         {"MoveNext", 1, {"open", hr}},
@@ -195,9 +184,9 @@ TEST_F(Reader, EachFailureComesOutWhereItShould) {
         {"GetColumnNames", 2, {"names", hr}},
         {"MoveNext", 9, {"closed", 0}},
     };
-    for (const auto& c : cases) {
-        script.FailAt(c.op, hr, c.nth);
-        EXPECT_EQ(RunSession(info), c.outcome) << c.op << ' ' << c.nth;
+    for (const auto& [op, nth, outcome] : cases) {
+        script.FailAt(op, hr, nth);
+        EXPECT_EQ(RunSession(info), outcome) << op << ' ' << nth;
         EXPECT_EQ(script.liveObjects, 0);
         EXPECT_EQ(GetComInitCount(), 0U);
     }

@@ -2,13 +2,17 @@
 // it is asked. While a script lives, its provider opens every kind of file.
 #pragma once
 
+#include "CSourceDataInfo.h"
 #include "platform/ado/Ado.h"
 #include "providers/ProviderRegistry.h"
 #include "support/TempFolder.h"
 #include "support/Values.h"
+#include "tqcAccess/CodePage.h"
 
-#include <algorithm>
+#include <gtest/gtest.h>
+
 #include <map>
+#include <tuple>
 
 namespace NSTQ::Tests {
 
@@ -146,5 +150,21 @@ inline CScript::CScript() {
                 {Xls, Providers::SetProvider(Xls, &Open<Xls>)},
                 {Access, Providers::SetProvider(Access, &Open<Access>)}};
 }
+
+/// Tests with a script, which leave nothing open.
+class CScriptedTest : public testing::Test {
+protected:
+    ~CScriptedTest() override {
+        EXPECT_EQ(script.liveObjects, 0);
+        EXPECT_EQ(Platform::GetComInitCount(), 0U);
+        Platform::SetAnsiCodePage(932);
+    }
+    NSTQCore::CSourceDataInfo::ESourceDataOpen Prepare(NSTQCore::CSourceDataInfo& info, const std::string& name,
+                                                       bool is2007 = false) const {
+        EXPECT_TRUE(info.SetCommonInfo(script.File(name).c_str(), NSTQCore::SCDeclareConstant::SFT_UNKNOWN));
+        return info.PrepareReadSourceData(is2007);
+    }
+    CScript script;
+};
 
 } // namespace NSTQ::Tests

@@ -61,17 +61,8 @@ private:
     CScript& m_script;
 };
 
-class Sources : public testing::Test {
+class Sources : public CScriptedTest {
 protected:
-    ~Sources() override {
-        EXPECT_EQ(script.liveObjects, 0);
-        EXPECT_EQ(GetComInitCount(), 0U);
-        SetAnsiCodePage(932);
-    }
-    Info::ESourceDataOpen Prepare(Info& info, const std::string& name, bool is2007 = false) {
-        EXPECT_TRUE(info.SetCommonInfo(script.File(name).c_str(), SCDeclareConstant::SFT_UNKNOWN));
-        return info.PrepareReadSourceData(is2007);
-    }
     static std::vector<std::string> Names(const Info& info) {
         std::vector<char*> names;
         const bool listed = info.GetSchemaName(names);
@@ -82,7 +73,6 @@ protected:
     CClassRegistration Other() {
         return {u"ADODB.Connection", [this] { return CComPtr<IUnknown>(MakeComObject<COtherConnection>(script)); }};
     }
-    CScript script;
     Listing listing{"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + script.File("a.mdb")};
 };
 
@@ -109,25 +99,21 @@ TEST_F(Sources, EachFailureOfAListingIsRaised) {
     constexpr HRESULT hr = MakeHresult(0x80041234);
     Listing told;
     told.Size();
-    const struct {
-        const char* op;
-        int nth;
-        DWORD size;  ///< that the size call leaves, from 77
-        DWORD named; ///< the count that the names call leaves, from 77
-    } cases[] = {
+    // The size that the size call leaves, from 77, and the count that the names call leaves.
+    const std::tuple<const char*, int, DWORD, DWORD> cases[] = {
         {"MoveNext", 1, 77, 77}, {"GetColumnNames", 2, 0, 77}, {"GetValue", 1, 0, 77},
         {"GetValue", 4, 4, 77},  {"MoveNext", 3, 10, 77},      {"Close", 1, 10, 2},
     };
-    for (const auto& c : cases) {
+    for (const auto& [op, nth, size, named] : cases) {
         listing = {};
-        script.FailAt(c.op, hr, c.nth);
+        script.FailAt(op, hr, nth);
         EXPECT_EQ(Raised([&] { listing.Size(); }), hr);
-        EXPECT_EQ(listing.size, c.size) << c.op;
+        EXPECT_EQ(listing.size, size) << op;
         EXPECT_EQ(GetComInitCount(), 0U);
         listing = told;
-        script.FailAt(c.op, hr, c.nth);
+        script.FailAt(op, hr, nth);
         EXPECT_EQ(Raised([&] { listing.Names(); }), hr);
-        EXPECT_EQ(listing.written, c.named) << c.op;
+        EXPECT_EQ(listing.written, named) << op;
         EXPECT_EQ(script.liveObjects, 0);
         EXPECT_EQ(GetComInitCount(), 0U);
     }
@@ -163,13 +149,7 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
     const std::string excel12 = ";Extended Properties=\"Excel 12.0;HDR=NO;IMEX=1\"";
     const std::string access = ";Extended Properties=\"\"";
     const std::string passWord = ";Jet OLEDB:Database Password=";
-    const struct {
-        std::string name;
-        bool is2007;
-        std::string before;
-        std::string after;
-        const char* statement;
-    } cases[] = {
+    const std::tuple<std::string, bool, std::string, std::string, const char*> cases[] = {
         {"book.xls", false, jet, excel8, "SELECT * FROM [My 'S$]"},
         {"book.xls", true, ace, excel12, "SELECT * FROM [My 'S$]"},
         {"book.xlsx", false, ace, excel12, "SELECT * FROM [My 'S$]"},
@@ -182,19 +162,19 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
          "SELECT * FROM [My 'S$]"},
     };
     script.SetTables({u"'My 'S$'"});
-    for (const auto& c : cases) {
+    for (const auto& [name, is2007, before, after, statement] : cases) {
         Info info;
-        EXPECT_EQ(Prepare(info, c.name, c.is2007), Info::SDO_DATABASE);
-        const std::string path = script.folder.Path(c.name);
+        EXPECT_EQ(Prepare(info, name, is2007), Info::SDO_DATABASE);
+        const std::string path = script.folder.Path(name);
         EXPECT_EQ(script.options.strPath, path);
-        EXPECT_FALSE(script.options.bHeaderRow && c.after != access);
+        EXPECT_FALSE(script.options.bHeaderRow && after != access);
         const char* text = nullptr;
         EXPECT_FALSE(info.GetRecordSetString(text));
         ASSERT_TRUE(info.GetConnectString(text));
-        EXPECT_EQ(text, c.before + path + c.after + passWord + ";");
+        EXPECT_EQ(text, before + path + after + passWord + ";");
         EXPECT_TRUE(info.SetSelectSchemaIndx(0));
         ASSERT_TRUE(info.GetRecordSetString(text));
-        EXPECT_STREQ(text, c.statement);
+        EXPECT_STREQ(text, statement);
         const std::unique_ptr<Info> clone(info.CreateClone());
         EXPECT_EQ(Names(*clone), Names(info));
         info.SetCommonInfo("/no/a.csv", SCDeclareConstant::SFT_UNKNOWN);
@@ -246,12 +226,7 @@ TEST_F(Sources, OffersWorksheetsAndAllTables) {
 
 TEST_F(Sources, FailuresOfTheListingBecomeResults) {
     constexpr HRESULT other = MakeHresult(0x80041234);
-    const struct {
-        const char* path;
-        HRESULT hr;
-        Info::ESourceDataOpen result;
-        bool asks;
-    } cases[] = {
+    const std::tuple<const char*, HRESULT, Info::ESourceDataOpen, bool> cases[] = {
         {"a.mdb", DB_SEC_E_AUTH_FAILED, Info::SDO_PASSWORD_ERROR, true},
         {"a.accdb", DB_SEC_E_AUTH_FAILED, Info::SDO_PASSWORD_ERROR, true},
         {"a.xls", E_FAIL, Info::SDO_PASSWORD_ERROR, false},
@@ -261,18 +236,18 @@ TEST_F(Sources, FailuresOfTheListingBecomeResults) {
         {"a.accdb", other, Info::SDO_ACCESS_DENIED, true},
         {"a.xls", E_OUTOFMEMORY, Info::SDO_ACCESS_DENIED, true},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, hr, result, asks] : cases) {
         for (const int nth : {1, 2}) {
             Info info;
-            script.FailAt("Open", c.hr, nth);
-            EXPECT_EQ(Prepare(info, c.path), c.result) << c.path;
-            EXPECT_EQ(info.GetIsNeedPassWord(), c.asks) << c.path;
+            script.FailAt("Open", hr, nth);
+            EXPECT_EQ(Prepare(info, name), result) << name;
+            EXPECT_EQ(info.GetIsNeedPassWord(), asks) << name;
             const char* text = nullptr;
             EXPECT_TRUE(info.GetConnectString(text));
             EXPECT_FALSE(info.GetRecordSetString(text));
             EXPECT_FALSE(info.SetSelectSchemaIndx(0));
             EXPECT_EQ(info.PrepareReadSourceData(false), Info::SDO_DATABASE);
-            EXPECT_EQ(info.GetIsNeedPassWord(), c.asks);
+            EXPECT_EQ(info.GetIsNeedPassWord(), asks);
         }
     }
 }

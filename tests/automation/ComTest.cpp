@@ -78,19 +78,16 @@ TEST(Com, NewestRegistrationOfAProgIdIsUsed) {
 }
 
 TEST(Com, FailedCreationLeavesTheReferenceNull) {
-    const struct {
-        HRESULT expected;
-        FCreateObject create;
-    } cases[] = {
+    const std::pair<HRESULT, FCreateObject> cases[] = {
         {E_FAIL, [] { return CComPtr<IUnknown>(); }},
         {DB_E_NOTABLE, []() -> CComPtr<IUnknown> { throw _com_error(DB_E_NOTABLE, "no table"); }},
         {E_OUTOFMEMORY, []() -> CComPtr<IUnknown> { throw std::bad_alloc(); }},
     };
-    for (const auto& entry : cases) {
-        const CClassRegistration registration(u"Test.Number", entry.create);
+    for (const auto& [expected, create] : cases) {
+        const CClassRegistration registration(u"Test.Number", create);
         EXPECT_EQ(NumberOf(u"Test.Number"), CO_E_NOTINITIALIZED);
         const CComApartment apartment;
-        EXPECT_EQ(NumberOf(u"Test.Number"), entry.expected);
+        EXPECT_EQ(NumberOf(u"Test.Number"), expected);
     }
     const CComApartment apartment;
     const CClassRegistration registration(u"Test.Number", Maker(1));

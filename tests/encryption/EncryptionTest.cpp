@@ -80,26 +80,22 @@ std::string Open(const SEncryptedPackage& encrypted, const std::string& given, s
 
 TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
     const std::string plain = Noise(300'000);
-    const struct {
-        const char* title;
-        std::function<SEncryptedPackage(std::string_view, const char*)> encrypt;
-    } schemes[] = {
-        {"standard 128", [](auto text, auto key) { return EncryptStandard(text, key, 128); }},
-        {"standard 192", [](auto text, auto key) { return EncryptStandard(text, key, 192); }},
-        {"standard 256", [](auto text, auto key) { return EncryptStandard(text, key, 256); }},
-        {"agile 128 SHA1", [](auto text, auto key) { return EncryptAgile(text, key, "SHA1", 128); }},
-        {"agile 256 SHA1", [](auto text, auto key) { return EncryptAgile(text, key, "SHA1", 256); }},
-        {"agile 256 SHA256", [](auto text, auto key) { return EncryptAgile(text, key, "SHA256", 256); }},
-        {"agile 192 SHA384", [](auto text, auto key) { return EncryptAgile(text, key, "SHA384", 192); }},
-        {"agile 128 SHA512", [](auto text, auto key) { return EncryptAgile(text, key, "SHA512", 128); }},
-        {"agile 256 SHA512", [](auto text, auto key) { return EncryptAgile(text, key, "SHA512", 256, 100'000); }},
-        {"agile without rounds", [](auto text, auto key) { return EncryptAgile(text, key, "SHA512", 256, 0); }},
+    const std::pair<const char*, SEncryptedPackage> schemes[] = {
+        {"standard 128", EncryptStandard(plain, passWord, 128)},
+        {"standard 192", EncryptStandard(plain, passWord, 192)},
+        {"standard 256", EncryptStandard(plain, passWord, 256)},
+        {"agile 128 SHA1", EncryptAgile(plain, passWord, "SHA1", 128)},
+        {"agile 256 SHA1", EncryptAgile(plain, passWord, "SHA1", 256)},
+        {"agile 256 SHA256", EncryptAgile(plain, passWord, "SHA256", 256)},
+        {"agile 192 SHA384", EncryptAgile(plain, passWord, "SHA384", 192)},
+        {"agile 128 SHA512", EncryptAgile(plain, passWord, "SHA512", 128)},
+        {"agile 256 SHA512", EncryptAgile(plain, passWord, "SHA512", 256, 100'000)},
+        {"agile without rounds", EncryptAgile(plain, passWord, "SHA512", 256, 0)},
     };
-    for (const auto& scheme : schemes) {
-        const SEncryptedPackage encrypted = scheme.encrypt(plain, passWord);
-        EXPECT_TRUE(Open(encrypted, passWord) == plain) << scheme.title;
-        EXPECT_EQ(Open(encrypted, "pass word 1"), "error: the password is wrong") << scheme.title;
-        EXPECT_EQ(Open(encrypted, ""), "error: encrypted; it needs a password") << scheme.title;
+    for (const auto& [title, encrypted] : schemes) {
+        EXPECT_TRUE(Open(encrypted, passWord) == plain) << title;
+        EXPECT_EQ(Open(encrypted, "pass word 1"), "error: the password is wrong") << title;
+        EXPECT_EQ(Open(encrypted, ""), "error: encrypted; it needs a password") << title;
     }
     for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 16, 4095, 4096, 4097, 65'536, 65'537}) {
         EXPECT_EQ(Open(EncryptStandard(Noise(size), passWord, 128), passWord), Noise(size)) << size;
@@ -112,12 +108,8 @@ TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
 }
 
 TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
-    const struct {
-        const char* title;
-        const char* replaced; ///< each time it stands in the description
-        std::string with;
-        const char* error;
-    } cases[] = {
+    // What replaces what, each time it stands in the description, and the error.
+    const std::tuple<const char*, std::string_view, std::string, const char*> cases[] = {
         {"years of work", "spinCount='1000'", "spinCount='2000001'", "invalid spinCount"},
         {"no number", "spinCount='1000'", "spinCount='1x'", "invalid spinCount"},
         {"another digest", "'SHA512'", "'RIPEMD-160'", "the digest \"RIPEMD-160\" is unknown"},
@@ -136,12 +128,11 @@ TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
         {"not closed", "</encryption>", "", "EncryptionInfo: "},
     };
     const SEncryptedPackage whole = EncryptAgile(Noise(5000), passWord, "SHA512", 256);
-    for (const auto& c : cases) {
+    for (const auto& [title, replaced, with, error] : cases) {
         SEncryptedPackage forged = whole;
-        const std::string_view replaced = c.replaced;
-        for (std::size_t at = 8; (at = forged.info.find(replaced, at)) != std::string::npos; at += c.with.size())
-            forged.info.replace(at, replaced.size(), c.with);
-        EXPECT_THAT(Open(forged, passWord), HasSubstr(c.error)) << c.title;
+        for (std::size_t at = 8; (at = forged.info.find(replaced, at)) != std::string::npos; at += with.size())
+            forged.info.replace(at, replaced.size(), with);
+        EXPECT_THAT(Open(forged, passWord), HasSubstr(error)) << title;
     }
 }
 
@@ -151,11 +142,7 @@ TEST(EncryptedPackage, RefusesForgedFrames) {
     const auto patched = [](std::string text, std::size_t at, std::uint64_t value, std::size_t size) {
         return text.replace(at, size, LittleEndian(value, size));
     };
-    const struct {
-        const char* title;
-        SEncryptedPackage forged;
-        const char* error;
-    } cases[] = {
+    const std::tuple<const char*, SEncryptedPackage, const char*> cases[] = {
         {"extensible",
          {patched(agile.info, 0, 0x00030004, 4), agile.package},
          "unknown encryption method (version 4.3)"},
@@ -171,8 +158,8 @@ TEST(EncryptedPackage, RefusesForgedFrames) {
         {"a key of 2^31 bits", {patched(standard.info, 28, 1U << 31, 4), standard.package}, "damaged"},
         {"a key that is not the cipher's", {patched(standard.info, 28, 256, 4), standard.package}, "key of 32 bytes"},
     };
-    for (const auto& c : cases)
-        EXPECT_THAT(Open(c.forged, passWord), HasSubstr(c.error)) << c.title;
+    for (const auto& [title, forged, error] : cases)
+        EXPECT_THAT(Open(forged, passWord), HasSubstr(error)) << title;
 }
 
 std::string DecryptRecords(const std::string& filePass, bool isBiff8, const char* given, std::string bytes,
@@ -190,10 +177,7 @@ std::string DecryptRecords(const std::string& filePass, bool isBiff8, const char
 
 TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
     const std::string zeros(10'000, '\0');
-    const struct {
-        const char* title;
-        SRecordEncryption encryption;
-    } schemes[] = {
+    const std::pair<const char*, SRecordEncryption> schemes[] = {
         {"40 bits", EncryptRecords(Rc4Cipher40Bit(passWord), zeros.size())},
         {"system, 40 bits", EncryptRecords(Rc4Cipher(passWord, 40), zeros.size())},
         {"system, 56 bits", EncryptRecords(Rc4Cipher(passWord, 56), zeros.size())},
@@ -216,11 +200,15 @@ TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
 
 TEST(RecordCipher, TakesObfuscationBack) {
     const std::string body = Noise(500);
-    for (const std::string_view text : {"a", "ab", "Pass word 1", "fourteen bytes", "fifteen bytes :)"}) {
-        const SObfuscation obfuscation = Obfuscate(text.substr(0, 15));
+    const std::tuple<std::string, unsigned, unsigned> passWords[] = {{"a", 0x9D77, 0xCE88},
+                                                                     {"ab", 0x69F0, 0xCF03},
+                                                                     {"Pass word 1", 0x487F, 0xD78F},
+                                                                     {"fourteen bytes", 0xEDD8, 0xA0D7},
+                                                                     {"fifteen bytes :)", 0xD9B3, 0xF983}};
+    for (const auto& [given, key, check] : passWords) {
+        const SObfuscation obfuscation = Obfuscate(given.substr(0, 15), key, check);
         const std::string locked = obfuscation.Apply(body, 8224);
-        const std::string given(text);
-        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, given.c_str(), locked, 13), body) << text;
+        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, given.c_str(), locked, 13), body) << given;
         EXPECT_EQ(DecryptRecords(LittleEndian(0, 2) + obfuscation.numbers, true, given.c_str(), locked, 64), body);
         EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, "b", locked, 13), "error: the password is wrong");
         EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, "", locked, 13),

@@ -129,11 +129,13 @@ std::unique_ptr<IDataAccess> MakeReader(Info& info, Info::ESourceDataOpen prepar
 }
 
 void Live(const char* path, const char* passWord, SOutcome& outcome) {
-    Info info;
-    outcome.reported = !info.SetCommonInfo(path, SCDeclareConstant::SFT_FIX);
+    Info described;
+    outcome.reported = !described.SetCommonInfo(path, SCDeclareConstant::SFT_FIX);
     if (outcome.reported)
         return;
-    info.SetPassWordString(passWord);
+    described.SetPassWordString(passWord);
+    const std::unique_ptr<Info> clone(described.CreateClone());
+    Info& info = *clone;
     outcome.prepared = info.PrepareReadSourceData(true);
     outcome.reported = outcome.prepared == Info::SDO_FAILED || outcome.prepared > Info::SDO_PACKAGE;
     if (outcome.reported)

@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <climits>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 using namespace NSTQ;
@@ -85,58 +87,69 @@ TEST_F(CodePageTest, TheSettingTakesSupportedPagesOnly) {
     EXPECT_EQ(GetAnsiCodePage(), 932U);
     for (const unsigned page : {1252U, 936U, 949U, 950U, 65001U, 932U}) {
         SetAnsiCodePage(page);
-        EXPECT_EQ(GetAnsiCodePage(), page);
-        EXPECT_TRUE(IsCodePageSupported(page));
+        EXPECT_TRUE(GetAnsiCodePage() == page && IsCodePageSupported(page)) << page;
     }
     for (const unsigned page : {1U, 437U, 1200U, 1251U, 20932U, 65000U, UINT_MAX}) {
         SetLastError(0);
         SetAnsiCodePage(page);
         EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER) << page;
-        EXPECT_EQ(GetAnsiCodePage(), 932U);
-        EXPECT_FALSE(IsCodePageSupported(page));
+        EXPECT_FALSE(GetAnsiCodePage() != 932 || IsCodePageSupported(page)) << page;
     }
     SetAnsiCodePage(1252);
     SetAnsiCodePage(CP_ACP);
-    EXPECT_EQ(GetAnsiCodePage(), 1252U);
-    EXPECT_TRUE(IsCodePageSupported(CP_ACP));
+    EXPECT_TRUE(GetAnsiCodePage() == 1252 && IsCodePageSupported(CP_ACP));
     EXPECT_EQ(Encode(CP_ACP, u"\u20AC"), "\x80");
 }
 
 /// Beside what single characters give, which the sums below hold.
 TEST_F(CodePageTest, TextsOfSeveralCharacters) {
-    struct {
-        const char* m_title;
-        unsigned m_page;
-        std::string_view m_text;
-        std::u16string_view m_wide;
-    } const decoded[] =
-        {
-            {"0x5C as a trail byte", 932, "\x83\x5C\x81\x5F\x5C", u"\u30BD\uFF3C\\"},
-            {"undefined pair gives one default character", 932, "\x81\xAD\x85\x40x", u"\u30FB\u30FBx"},
-            {"lead at the end", 932, "a\x81", u"a\u30FB"},
-            {"lead before a NUL", 932, "\x81\0\x82\xA0"sv, u"\u30FB\0\u3042"sv},
-            {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv},
-            {"undefined pair", 936, "\x81\x7Fx\xFE", u"?x?"},
-        },
-            encoded[] = {
-                {"yen sign and accent have best fits", 932, "\x5C\x41", u"\u00A5\u00C0"},
-                {"characters of the other Shift_JIS have no form", 932, "???", u"\u301C\u2212\u2016"},
-                {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv},
-                {"surrogate halves", 932, "??x?y?", u"\U0001F600x\xD800y\xDC00"},
-                {"surrogate halves", 1252, "??", u"\U0001F600"},
-                {"surrogate halves", CP_UTF8, "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD", u"\xD83Dx\xDE00\xD83D"},
-            };
-    for (const auto& item : decoded)
-        EXPECT_EQ(Decode(item.m_page, item.m_text), item.m_wide) << item.m_page << ": " << item.m_title;
-    for (const auto& item : encoded)
-        EXPECT_EQ(Encode(item.m_page, item.m_wide), item.m_text) << item.m_page << ": " << item.m_title;
+    const std::tuple<const char*, unsigned, std::string_view, std::u16string_view, bool> decoded[] = {
+        {"0x5C as a trail byte", 932, "\x83\x5C\x81\x5F\x5C", u"\u30BD\uFF3C\\", true},
+        {"undefined pair gives one default character", 932, "\x81\xAD\x85\x40x", u"\u30FB\u30FBx", false},
+        {"the default character itself", 932, "a?\x81\x45\xB1", u"a?\u30FB\uFF71", true},
+        {"two codes of one character", 932, "\x87\x90\x81\xE0", u"\u2252\u2252", true},
+        {"lead at the end", 932, "a\x81", u"a\u30FB", false},
+        {"lead before a NUL", 932, "\x81\0\x82\xA0"sv, u"\u30FB\0\u3042"sv, false},
+        {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv, true},
+        {"undefined pair", 936, "\x81\x7Fx\xFE", u"?x?", false},
+        {"single bytes", 1252, "\xE9\x80", u"\u00E9\u20AC", true},
+        {"sequence", CP_UTF8, "\xE3\x81\x82", u"\u3042", true},
+        {"sequence cut off", CP_UTF8, "\xE3\x81", u"\uFFFD", false},
+    };
+    for (const auto& [title, page, text, wide, areAllDefined] : decoded) {
+        SetAnsiCodePage(page);
+        EXPECT_EQ(Decode(page, text), wide) << title;
+        EXPECT_EQ(IsDefinedInAnsi(text), areAllDefined) << title;
+    }
+    const std::tuple<const char*, unsigned, std::string_view, std::u16string_view> encoded[] = {
+        {"yen sign and accent have best fits", 932, "\x5C\x41", u"\u00A5\u00C0"},
+        {"characters of the other Shift_JIS have no form", 932, "???", u"\u301C\u2212\u2016"},
+        {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv},
+        {"surrogate halves", 932, "??x?y?", u"\U0001F600x\xD800y\xDC00"},
+        {"surrogate halves", 1252, "??", u"\U0001F600"},
+        {"surrogate halves", CP_UTF8, "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD", u"\xD83Dx\xDE00\xD83D"},
+    };
+    for (const auto& [title, page, text, wide] : encoded)
+        EXPECT_EQ(Encode(page, wide), text) << page << ": " << title;
+}
+
+TEST_F(CodePageTest, EveryRoomGetsWholeCharacters) {
+    const std::u16string text = u"ab\u3042c\u00E9\U0001F600\uFF76d\xD800";
+    for (const unsigned page : {932U, 936U, 949U, 950U, 1252U, CP_UTF8}) {
+        SetAnsiCodePage(page);
+        const std::string whole = Encode(page, text);
+        for (std::size_t room = 0; room < whole.size() + 2; ++room) {
+            const std::unique_ptr<char[]> out(new char[room]);
+            const auto result = ConvertWideToAnsi(text, out.get(), room);
+            EXPECT_EQ(result.isComplete, room >= whole.size());
+            EXPECT_EQ(result.length, KeptTextLength(whole.data(), whole.size(), room)) << page << ' ' << room;
+            EXPECT_EQ(std::string_view(out.get(), result.length), whole.substr(0, result.length));
+        }
+    }
 }
 
 TEST_F(CodePageTest, EveryByteEveryPairAndEveryUnitIsAsInTheFacts) {
-    struct {
-        unsigned m_page;
-        std::uint64_t m_decoded, m_encoded;
-    } const sums[] = {
+    const std::tuple<unsigned, std::uint64_t, std::uint64_t> sums[] = {
         {932, 0xC34436DD939FF434, 0xB5022A5B9DA4A61A},  {936, 0x18051F684F3FAC09, 0xC7960D9321E4FE84},
         {949, 0x55E3C915A177AEBA, 0xFCF67B1069D92933},  {950, 0x152C402ACEB7D11A, 0x682B1A62118C0697},
         {1252, 0x4AE10055353B4581, 0x8246600891C70819},
@@ -173,13 +186,12 @@ TEST_F(CodePageTest, EachMaximalInvalidPartOfUtf8GivesOneReplacement) {
 }
 
 TEST_F(CodePageTest, RoomAndLengthArguments) {
-    struct {
-        unsigned m_page;
-        DWORD m_flags;
-        const char* m_text;
-        int m_length, m_room, m_result;
-        DWORD m_error;
-    } const cases[] = {
+    const struct {
+        unsigned page, flags;
+        const char* text;
+        int length, room, result;
+        DWORD error;
+    } cases[] = {
         {932, 0, "\x82\xA0z", -1, 0, 3, 0},
         {932, 0, "\x82\xA0z", -1, 3, 3, 0},
         {932, 0, "\x82\xA0z", 3, 2, 2, 0},
@@ -199,10 +211,9 @@ TEST_F(CodePageTest, RoomAndLengthArguments) {
         SCOPED_TRACE(testing::Message() << &item - cases);
         char16_t wide[4] = {u'#', u'#', u'#', u'#'};
         SetLastError(0);
-        EXPECT_EQ(MultiByteToWideChar(item.m_page, item.m_flags, item.m_text, item.m_length, wide, item.m_room),
-                  item.m_result);
-        EXPECT_EQ(GetLastError(), item.m_error);
-        const int touched = std::max(item.m_room, 0);
+        EXPECT_EQ(MultiByteToWideChar(item.page, item.flags, item.text, item.length, wide, item.room), item.result);
+        EXPECT_EQ(GetLastError(), item.error);
+        const int touched = std::max(item.room, 0);
         EXPECT_TRUE(std::all_of(wide + touched, wide + 4, [](char16_t unit) { return unit == u'#'; }));
     }
     EXPECT_EQ(MultiByteToWideChar(932, 0, "a", 1, nullptr, 1), 0);
@@ -238,13 +249,8 @@ TEST_F(CodePageTest, TheDefaultByteCanBeChosenAndIsReported) {
 }
 
 TEST_F(CodePageTest, LeadBytesAndCutsFollowTheCharactersFromTheStart) {
-    struct {
-        const char* m_title;
-        unsigned m_page;
-        std::string_view m_text;
-        std::string_view m_leads; // a digit 1 for each byte that begins a character of several
-        std::string_view m_kept;  // what is kept for the limits 0, 1, 2 ...
-    } const cases[] = {
+    // For each byte of a text a 1 if it begins a character of several; what is kept for the limits 0, 1, 2 ...
+    const std::tuple<const char*, unsigned, std::string_view, std::string_view, std::string_view> cases[] = {
         {"trail bytes in the range of lead bytes", 932, "a\x82\xA0\x81\x81\x81\x81z", "01010100", "011335578"},
         {"half-width between", 932, "\xB1\x81\x5C\x5C", "0100", "01134"},
         {"lead byte at the end, kept with the whole", 932, "\x81\x81\x81", "101", "0023"},
@@ -259,16 +265,15 @@ TEST_F(CodePageTest, LeadBytesAndCutsFollowTheCharactersFromTheStart) {
         {"stray continuation bytes", CP_UTF8, "\x80\x80\x80\x80\x80", "00000", "012345"},
         {"more of them than announced", CP_UTF8, "\xC3\x80\x80\x80\x80", "10000", "002345"},
     };
-    for (const auto& item : cases) {
-        SCOPED_TRACE(testing::Message() << item.m_page << ' ' << item.m_title);
-        SetAnsiCodePage(item.m_page);
-        const auto* const start = reinterpret_cast<const unsigned char*>(item.m_text.data());
-        for (std::size_t at = 0; at < item.m_text.size(); ++at)
-            EXPECT_EQ(_ismbslead(start, start + at), item.m_leads[at] == '1' ? -1 : 0) << at;
+    for (const auto& [title, page, text, leads, kept] : cases) {
+        SCOPED_TRACE(testing::Message() << page << ' ' << title);
+        SetAnsiCodePage(page);
+        const auto* const start = reinterpret_cast<const unsigned char*>(text.data());
+        for (std::size_t at = 0; at < text.size(); ++at)
+            EXPECT_EQ(_ismbslead(start, start + at), leads[at] == '1' ? -1 : 0) << at;
         EXPECT_EQ(_ismbslead(start + 1, start), 0);
-        for (std::size_t limit = 0; limit < item.m_kept.size(); ++limit)
-            EXPECT_EQ(KeptTextLength(item.m_text.data(), item.m_text.size(), limit),
-                      static_cast<std::size_t>(item.m_kept[limit] - '0'))
+        for (std::size_t limit = 0; limit < kept.size(); ++limit)
+            EXPECT_EQ(KeptTextLength(text.data(), text.size(), limit), static_cast<std::size_t>(kept[limit] - '0'))
                 << limit;
     }
 }
@@ -301,23 +306,19 @@ TEST_F(CodePageTest, LatinLettersOfBothWidthsHaveALowerCase) {
 }
 
 TEST_F(CodePageTest, TextsAreOrderedByTheirCharacters) {
-    struct {
-        unsigned m_page;
-        const char *m_left, *m_right;
-        int m_sign;
-    } const pairs[] = {
+    const auto compare = [](const char* one, const char* other) {
+        const int order =
+            _mbscmp(reinterpret_cast<const unsigned char*>(one), reinterpret_cast<const unsigned char*>(other));
+        return (order > 0) - (order < 0);
+    };
+    const std::tuple<unsigned, const char*, const char*, int> pairs[] = {
         {932, "ab", "a", 1},           {932, "\x82\xA0", "\x82\xA0", 0}, {932, "\x82\xA0", "\x82\xA1", -1},
         {932, "\xB1", "\x82\xA0", -1}, // half-width comes before, though its byte is higher
         {932, "a\x81", "a", 0},        {1252, "\xB1", "\x82\xA0", 1},
     };
     for (const auto& [page, left, right, sign] : pairs) {
         SetAnsiCodePage(page);
-        const auto compare = [](const char* one, const char* other) {
-            const int order =
-                _mbscmp(reinterpret_cast<const unsigned char*>(one), reinterpret_cast<const unsigned char*>(other));
-            return (order > 0) - (order < 0);
-        };
-        EXPECT_EQ(compare(left, right), sign) << &page - &pairs[0].m_page;
+        EXPECT_EQ(compare(left, right), sign) << left << ' ' << right;
         EXPECT_EQ(compare(right, left), -sign);
     }
 }

@@ -83,11 +83,7 @@ TEST(Open, RefusesWithTheCodeOfTheCause) {
     ::chmod(folder.WriteFile("read-only", "kept").c_str(), 0444);
     ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
     ASSERT_EQ(::symlink("nowhere", folder.Path("dangling").c_str()), 0);
-    const struct {
-        const char* title;
-        std::string path;
-        DWORD access, disposition, code;
-    } cases[] = {
+    const std::tuple<const char*, std::string, DWORD, DWORD, DWORD> cases[] = {
         {"missing file", folder.Path("none"), GENERIC_READ, OPEN_EXISTING, 2},
         {"link to nothing", folder.Path("dangling"), GENERIC_READ, OPEN_EXISTING, 2},
         {"missing folder", folder.Path("none\\file"), GENERIC_READ, OPEN_EXISTING, 3},
@@ -109,9 +105,9 @@ TEST(Open, RefusesWithTheCodeOfTheCause) {
         {"endless path", std::string(20000, '/'), GENERIC_READ, OPEN_EXISTING, 206},
     };
     const std::size_t before = Faults::OpenDescriptors();
-    for (const auto& one : cases) {
-        EXPECT_EQ(Open(one.path, one.access, shareAll, one.disposition), nullptr) << one.title;
-        EXPECT_EQ(GetLastError(), one.code) << one.title;
+    for (const auto& [title, path, access, disposition, code] : cases) {
+        EXPECT_EQ(Open(path, access, shareAll, disposition), nullptr) << title;
+        EXPECT_EQ(GetLastError(), code) << title;
     }
     EXPECT_EQ(Faults::OpenDescriptors(), before);
     EXPECT_EQ(folder.ReadFile("read-only"), "kept");
@@ -215,16 +211,12 @@ TEST(File, ReadsSeeksAndTellsItsSize) {
     LARGE_INTEGER size{}, position{};
     ASSERT_TRUE(GetFileSizeEx(file.get(), &size));
     EXPECT_EQ(size.QuadPart, 10);
-    const struct {
-        LONGLONG distance;
-        DWORD method;
-        LONGLONG reached;
-        const char* text;
-    } cases[] = {{3, FILE_BEGIN, 3, "34"}, {2, FILE_CURRENT, 7, "78"}, {-1, FILE_END, 9, "9"}, {5, FILE_END, 15, ""}};
-    for (const auto& one : cases) {
-        ASSERT_TRUE(SetFilePointerEx(file.get(), {one.distance}, &position, one.method));
-        EXPECT_EQ(position.QuadPart, one.reached);
-        EXPECT_EQ(Read(file, 2), one.text);
+    const std::tuple<LONGLONG, DWORD, LONGLONG, const char*> cases[] = {
+        {3, FILE_BEGIN, 3, "34"}, {2, FILE_CURRENT, 7, "78"}, {-1, FILE_END, 9, "9"}, {5, FILE_END, 15, ""}};
+    for (const auto& [distance, method, reached, text] : cases) {
+        ASSERT_TRUE(SetFilePointerEx(file.get(), {distance}, &position, method));
+        EXPECT_EQ(position.QuadPart, reached);
+        EXPECT_EQ(Read(file, 2), text);
     }
     EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {-1}, nullptr, FILE_BEGIN)), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {0}, nullptr, 3)), ERROR_INVALID_PARAMETER);
@@ -300,12 +292,7 @@ TEST(Path, TrailByteThatLooksLikeASeparatorIsNone) {
 }
 
 TEST(Path, EveryNameLeadsBackToItsFile) {
-    const struct {
-        const char* title;
-        unsigned codePage;
-        const char* name;
-        const char* ansi;
-    } cases[] = {
+    const std::tuple<const char*, unsigned, const char*, const char*> cases[] = {
         {"plain", 932, "plain.csv", "plain.csv"},
         {"trail byte 5C", 932, "表.csv", "\x95\x5C.csv"},
         {"backslash", 932, "sub\\file", "sub\0015Cfile"},
@@ -313,24 +300,21 @@ TEST(Path, EveryNameLeadsBackToItsFile) {
         {"best fit is a separator", 932, "¥", "\001C2\001A5"},
         {"not in the page", 932, "é表", "\001C3\001A9\x95\x5C"},
         {"beyond 16 bits", 932, "😀", "\001F0\0019F\00198\00180"},
-        {"no UTF-8", 932,
-         "\xE8\xA1"
-         "a\xFF",
-         "\001E8\001A1a\001FF"},
+        {"no UTF-8", 932, "\350\241a\377", "\001E8\001A1a\001FF"},
         {"Western", 1252, "é⁄¥", "\xE9\001E2\00181\00184\xA5"},
         {"UTF-8", CP_UTF8, "é\\😀\xFF", "é\0015C😀\xFF"},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.title);
-        const CAnsiPage page(one.codePage);
+    for (const auto& [title, codePage, name, ansi] : cases) {
+        SCOPED_TRACE(title);
+        const CAnsiPage page(codePage);
         const CTempFolder folder;
         folder.MakeFolder("sub");
         folder.WriteFile("sub/file", "must stay");
-        folder.WriteFile(one.name, "found");
-        EXPECT_EQ(ConvertToAnsiName(one.name), one.ansi);
-        EXPECT_EQ(Read(OpenToRead(folder.Path() + '\\' + one.ansi)), "found");
-        EXPECT_TRUE(DeleteFileA((folder.Path() + '\\' + one.ansi).c_str()));
-        EXPECT_FALSE(folder.Exists(one.name));
+        folder.WriteFile(name, "found");
+        EXPECT_EQ(ConvertToAnsiName(name), ansi);
+        EXPECT_EQ(Read(OpenToRead(folder.Path() + '\\' + ansi)), "found");
+        EXPECT_TRUE(DeleteFileA((folder.Path() + '\\' + ansi).c_str()));
+        EXPECT_FALSE(folder.Exists(name));
         EXPECT_TRUE(folder.Exists("sub/file"));
     }
 }
@@ -342,11 +326,7 @@ TEST(Removal, TouchesOnlyWhatItNames) {
     folder.WriteFile("full/file", "");
     ::chmod(folder.WriteFile("read-only", "").c_str(), 0444);
     ASSERT_EQ(::symlink("full", folder.Path("link").c_str()), 0);
-    const struct {
-        bool (*call)(const char*);
-        const char* name;
-        DWORD code;
-    } cases[] = {
+    const std::tuple<bool (*)(const char*), const char*, DWORD> cases[] = {
         {DeleteFileA, "read-only", 5},
         {DeleteFileA, "full", 5},
         {DeleteFileA, "none", 2},

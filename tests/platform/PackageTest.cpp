@@ -117,11 +117,7 @@ TEST(Package, UnpacksWhatOtherProgramsWrite) {
     };
     const std::string descriptor =
         "PK\x07\x08" + LittleEndian(Crc32("abc"), 4) + LittleEndian(3, 4) + LittleEndian(3, 4);
-    const struct {
-        const char* title;
-        std::string archive;
-        TLines unpacked;
-    } cases[] = {
+    const std::tuple<const char*, std::string, TLines> cases[] = {
         {"an empty archive", MakeZip({}), {}},
         {"folders on the way are made",
          MakeZip({{.name = "a/b/c.txt", .content = "1"}, {.name = "a/d.txt"}}),
@@ -205,10 +201,7 @@ TEST(Package, DecryptsWithTheRightPasswordOnly) {
 
 TEST(Package, RefusesContentThatIsNotWhatWasClaimed) {
     const std::string packed = DeflateStored("abcdef");
-    const struct {
-        const char* title;
-        SZipEntryText entry;
-    } cases[] = {
+    const std::pair<const char*, SZipEntryText> cases[] = {
         {"a wrong checksum", {.name = "x", .content = "abc", .crc = 1}},
         {"more than claimed", {.name = "x", .content = "abc", .method = 8, .packed = packed}},
         {"less than claimed", {.name = "x", .content = "abcdefghi", .method = 8, .packed = packed}},
@@ -351,18 +344,19 @@ TEST_F(TmpName, PassesOverWhatSomebodyElsePutThere) {
         if (owner != ::geteuid() && ::geteuid() != 0)
             continue;
         SCOPED_TRACE(title);
-        const CTempFolder tmp;
-        SetTmpDir(tmp.Path());
-        const std::string path = tmp.Path(userFolder);
+        const std::string tmp = folder.MakeFolder(title);
+        const std::string name = std::string(title) + '/' + userFolder;
+        const std::string path = folder.Path(name);
+        SetTmpDir(tmp);
         if (mode != 0) {
-            S_ISDIR(mode) ? tmp.MakeFolder(userFolder) : tmp.WriteFile(userFolder, "");
+            S_ISDIR(mode) ? folder.MakeFolder(name) : folder.WriteFile(name, "");
             EXPECT_EQ(::chmod(path.c_str(), mode & 0777) + ::chown(path.c_str(), owner, ::getegid()), 0);
         }
         if (link != nullptr)
             std::filesystem::create_symlink(link, mode != 0 ? path + "/Core" : path);
-        const auto before = List(tmp.Path());
+        const auto before = List(tmp);
         EXPECT_THAT(MakeName().path, StartsWith(path + '-'));
-        EXPECT_THAT(List(tmp.Path()), testing::IsSupersetOf(before));
+        EXPECT_THAT(List(tmp), testing::IsSupersetOf(before));
     }
 }
 
@@ -402,8 +396,7 @@ TEST_F(TmpName, IsNeverGivenTwice) {
     {
         std::vector<std::jthread> threads;
         for (std::size_t i = 0; i < 8; ++i)
-            threads.emplace_back(
-                [&, i] { std::generate_n(names.begin() + i * 200, 200, [] { return MakeName(); }); });
+            threads.emplace_back([&, i] { std::generate_n(&names[i * 200], 200, [] { return MakeName(); }); });
     }
     std::set<std::string> paths;
     std::set<DWORD> numbers;

@@ -39,11 +39,15 @@ protected:
             {{.name = "TqData\\SourceFile.csv", .content = "a,b\r\n"}, {.name = "other/x", .content = ""}});
     }
     std::string Unpacked() const { return m_info->GetUncompressFolderPath(); }
+    /// The folder of a package that was prepared, for a test of its removal.
+    std::string PreparedFolder() {
+        EXPECT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
+        return Unpacked();
+    }
 };
 
 TEST_F(Package, ItsDataFileIsNamedAndItsFolderGoesWithTheRecord) {
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::string unpacked = Unpacked();
+    const std::string unpacked = PreparedFolder();
     struct stat status {};
     ASSERT_EQ(::stat(unpacked.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0700U);
@@ -60,18 +64,14 @@ TEST_F(Package, ItsDataFileIsNamedAndItsFolderGoesWithTheRecord) {
 }
 
 TEST_F(Package, RemovalStaysInsideTheFolder) {
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::string unpacked = Unpacked();
+    const std::string unpacked = PreparedFolder();
     m_folder.WriteFile("victim", "kept");
     m_folder.MakeFolder("tmp/victims");
     m_folder.WriteFile("tmp/victims/victim", "kept");
     fs::create_symlink(m_folder.Path("victim"), unpacked + "/link");
     fs::create_directory_symlink(m_folder.Path("tmp/victims"), unpacked + "/folder-link");
     // One name each, however it looks: with separators of the other kind, not in the code page, with a best fit.
-    for (const char* name : {"..\\..\\victim", "victim\\victim", "caf\xC3\xA9", "\xC2\xA5",
-                             "\x01"
-                             "5C",
-                             "\xFF"})
+    for (const char* name : {"..\\..\\victim", "victim\\victim", "caf\xC3\xA9", "\xC2\xA5", "\0015C", "\xFF"})
         std::ofstream(unpacked + '/' + name) << "x";
     fs::create_directories(unpacked + "/\xE8\xA1\xA8/deep/er");
     std::ofstream(unpacked + "/\xE8\xA1\xA8/deep/er/file") << "x";
@@ -89,9 +89,8 @@ TEST_F(Package, NothingOfItStaysWhateverItsNames) {
             all += text;
         return all;
     };
-    const std::string names[] = {std::string(100, 'a') + '/' + std::string(100, 'b') + '/' + std::string(50, 'c'),
-                                 repeat("d/", 60) + "x", repeat("가", 24) + ".csv", repeat("é", 127)};
-    for (const std::string& name : names)
+    for (const std::string& name : {repeat("a", 100) + '/' + repeat("b", 100) + '/' + repeat("c", 50),
+                                    repeat("d/", 60) + "x", repeat("가", 24) + ".csv", repeat("é", 127)})
         for (const bool isGood : {true, false}) {
             const auto crc = Tests::Crc32(isGood ? "1" : "2");
             EXPECT_EQ(Prepare(Tests::MakeZip(
@@ -105,8 +104,7 @@ TEST_F(Package, NothingOfItStaysWhateverItsNames) {
 
 /// Deeper than paths can be and descriptors go.
 TEST_F(Package, ADeepFolderIsRemoved) {
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::string unpacked = Unpacked();
+    const std::string unpacked = PreparedFolder();
     int folder = ::open(unpacked.c_str(), O_DIRECTORY);
     const std::string name(100, 'd');
     for (int level = 0; level < 100; ++level) {
@@ -126,8 +124,7 @@ TEST_F(Package, ADeepFolderIsRemoved) {
 }
 
 TEST_F(Package, AFolderThatBecameALinkIsNotEntered) {
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::string unpacked = Unpacked();
+    const std::string unpacked = PreparedFolder();
     fs::rename(unpacked, unpacked + "-moved");
     fs::create_directory_symlink(unpacked + "-moved", unpacked);
     m_info.reset();
@@ -135,8 +132,7 @@ TEST_F(Package, AFolderThatBecameALinkIsNotEntered) {
 }
 
 TEST_F(Package, AReadOnlyFileStaysWithItsFolders) {
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::string unpacked = Unpacked();
+    const std::string unpacked = PreparedFolder();
     ::chmod((unpacked + "/TqData/SourceFile.csv").c_str(), 0400);
     m_info.reset();
     EXPECT_TRUE(fs::exists(unpacked + "/TqData/SourceFile.csv"));
@@ -144,8 +140,7 @@ TEST_F(Package, AReadOnlyFileStaysWithItsFolders) {
 }
 
 TEST_F(Package, ASecondPreparationAndACloneNameOneFolderEach) {
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::string first = Unpacked();
+    const std::string first = PreparedFolder();
     ASSERT_EQ(m_info->PrepareReadSourceData(false), CSourceDataInfo::SDO_PACKAGE);
     const std::string second = Unpacked();
     EXPECT_NE(first, second);
@@ -164,8 +159,7 @@ TEST_F(Package, FailuresHaveTheirResults) {
     EXPECT_FALSE(m_info->GetFilePath(path));
 
     // Neither the folder's path nor that of the data file may have 260 bytes.
-    ASSERT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
-    const std::size_t shortest = Unpacked().size() + 1;
+    const std::size_t shortest = PreparedFolder().size() + 1;
     const std::string dataFile = "\\TqData\\SourceFile.csv";
     for (const auto& [length, expected] : {std::pair{259 - dataFile.size(), CSourceDataInfo::SDO_PACKAGE},
                                            {260 - dataFile.size(), CSourceDataInfo::SDO_FAILED},

@@ -1,6 +1,5 @@
 #include "CSourceDataInfo.h"
 #include "common/SCFilePath.h"
-#include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "tqcAccess/CodePage.h"
 
@@ -30,20 +29,8 @@ std::string PathOf(const CSourceDataInfo& info) {
     return info.GetFilePath(path) ? path : "";
 }
 
-TEST(SourceDataInfo, WhatANewRecordDoesNotKnowStaysUntouched) {
-    const CSourceDataInfo info;
-    auto type = CSV;
-    const char* path = "untouched";
-    EXPECT_FALSE(info.GetSourceFileType(type) || info.GetFilePath(path));
-    EXPECT_EQ(type, CSV);
-    EXPECT_STREQ(path, "untouched");
-}
-
 TEST(SourceDataInfo, TheExtensionDecidesWithoutTheFile) {
-    const struct {
-        const char* path;
-        Type expected;
-    } cases[] = {
+    const std::pair<const char*, Type> cases[] = {
         {"/no/DATA.CSV", CSV},
         {"/no/data.Csv", CSV},
         {"/no/book.XLSX", SCDeclareConstant::SFT_XLSX},
@@ -59,20 +46,15 @@ TEST(SourceDataInfo, TheExtensionDecidesWithoutTheFile) {
         {"/no/missing.", UNKNOWN},
         {"/no.csv/missing", UNKNOWN}, // the extension is "csv/missing"
     };
-    for (const auto& c : cases) {
+    for (const auto& [path, expected] : cases) {
         CSourceDataInfo info;
-        EXPECT_EQ(info.SetCommonInfo(c.path, UNKNOWN), c.expected != UNKNOWN) << c.path;
-        EXPECT_EQ(TypeOf(info), c.expected) << c.path;
+        EXPECT_EQ(info.SetCommonInfo(path, UNKNOWN), expected != UNKNOWN) << path;
+        EXPECT_EQ(TypeOf(info), expected) << path;
     }
 }
 
 TEST(SourceDataInfo, TheFirstLineDecidesTheTypeOfTextFiles) {
-    const struct {
-        const char* title;
-        std::string content;
-        Type asTxt;
-        Type asOther;
-    } cases[] = {
+    const std::tuple<const char*, std::string, Type, Type> cases[] = {
         {"commas", "x,y\r\nz\tz\r\n", CSV, CSV},
         {"tabs", "a\tb\r\n", TXT, TXT},
         {"tab and comma", "a\t,b\r\n", TXT, TXT},
@@ -86,33 +68,36 @@ TEST(SourceDataInfo, TheFirstLineDecidesTheTypeOfTextFiles) {
         {"CR as the last byte scanned, LF behind it", "," + std::string(4094, 'a') + "\r\n", CSV, CSV},
     };
     const CTempFolder folder;
-    for (const auto& c : cases) {
-        CSourceDataInfo info;
-        info.SetCommonInfo(folder.WriteFile("a.txt", c.content).c_str(), UNKNOWN);
-        EXPECT_EQ(TypeOf(info), c.asTxt) << c.title;
-        info.SetCommonInfo(folder.WriteFile("a.dat", c.content).c_str(), UNKNOWN);
-        EXPECT_EQ(TypeOf(info), c.asOther) << c.title;
-        for (const Type expected : {TXT, FIX}) {
-            info.SetCommonInfo(folder.Path("a.txt").c_str(), expected);
-            EXPECT_EQ(TypeOf(info), expected) << c.title;
+    for (const auto& [title, content, asTxt, asOther] : cases) {
+        SCOPED_TRACE(title);
+        folder.WriteFile("a.txt", content);
+        folder.WriteFile("a.dat", content);
+        const std::tuple<const char*, Type, Type> given[] = {{"a.txt", UNKNOWN, asTxt},
+                                                             {"a.txt", TXT, TXT},
+                                                             {"a.txt", FIX, FIX},
+                                                             {"a.dat", UNKNOWN, asOther},
+                                                             {"a.dat", FIX, asOther}};
+        for (const auto& [name, type, expected] : given) {
+            CSourceDataInfo info;
+            info.SetCommonInfo(folder.Path(name).c_str(), type);
+            EXPECT_EQ(TypeOf(info), expected) << name << ' ' << type;
         }
-        info.SetCommonInfo(folder.Path("a.dat").c_str(), FIX);
-        EXPECT_EQ(TypeOf(info), c.asOther) << c.title;
     }
-}
-
-TEST(SourceDataInfo, TheScanLimitIsTheRecords) {
-    const CTempFolder folder;
-    CSourceDataInfo info(256, 10);
-    EXPECT_TRUE(info.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghi\r\n").c_str(), UNKNOWN));
-    EXPECT_FALSE(info.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghij\r\n").c_str(), UNKNOWN));
+    CSourceDataInfo scansTen(256, 10);
+    EXPECT_TRUE(scansTen.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghi\r\n").c_str(), UNKNOWN));
+    EXPECT_FALSE(scansTen.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghij\r\n").c_str(), UNKNOWN));
 }
 
 TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
     const CTempFolder folder;
     std::string longest = folder.WriteFile("a.csv", "");
     longest.insert(0, 260 - longest.size(), '/');
-    CSourceDataInfo info = {};
+    CSourceDataInfo info;
+    auto type = CSV;
+    const char* path = "untouched";
+    EXPECT_FALSE(info.GetSourceFileType(type) || info.GetFilePath(path));
+    EXPECT_EQ(type, CSV);
+    EXPECT_STREQ(path, "untouched");
     ASSERT_TRUE(info.SetCommonInfo(longest.c_str(), UNKNOWN));
     FILETIME time{};
     EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime != 0);
@@ -174,22 +159,6 @@ TEST(SourceDataInfo, APackagesPathIsItsDataFile) {
     EXPECT_EQ(PathOf(info).size(), 260U);
     info.SetXtqfSourceFilePath(std::string(261, 'p').c_str());
     EXPECT_EQ(PathOf(info), "");
-}
-
-TEST(SourceDataInfo, AFailedAllocationIsAFailedDescriptionOrAnException) {
-    const CTempFolder folder;
-    const std::string path = folder.WriteFile("a.a-rather-long-unknown-extension", "a,b\r\n");
-    const auto before = Tests::Faults::LiveAllocations();
-    const auto failures = Tests::Faults::ForEachFailure(Tests::Faults::Call::Allocate, 0, [&](std::size_t) {
-        try {
-            CSourceDataInfo info;
-            info.SetCommonInfo(path.c_str(), UNKNOWN);
-            const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
-        } catch (const std::bad_alloc&) {
-        }
-    });
-    EXPECT_GT(failures, 9U);
-    EXPECT_EQ(Tests::Faults::LiveAllocations(), before);
 }
 
 TEST(DataAccessDefine, TheMessageIsWhatItsUnicodeTextGivesInCodePage932) {

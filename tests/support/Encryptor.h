@@ -42,13 +42,14 @@ SRecordEncryption EncryptRecords(const SBlockCipher& cipher, std::size_t streamS
 /// Encrypts the pages of an accdb but for page 0, which it has say how. `key` is the one in the header.
 void EncryptDatabase(std::string& file, const SBlockCipher& cipher, std::uint32_t key);
 
-/// The obfuscation of records, by the tables of its description.
+/// The obfuscation of records.
 struct SObfuscation {
     std::string numbers; ///< key and verifier, as the record holds them
     std::string pattern; ///< 16 bytes
     /// `at`: the record's position in the stream plus its size.
     std::string Apply(std::string body, std::size_t at) const;
 };
-SObfuscation Obfuscate(std::string_view passWord);
+/// `key` and `check` are what the tables in the description of the obfuscation make of the password.
+SObfuscation Obfuscate(std::string_view passWord, unsigned key, unsigned check);
 
 } // namespace NSTQ::Tests

@@ -82,7 +82,7 @@ TEST(XlsEncrypted, RecordsOpenWithTheirPassword) {
 }
 
 TEST(XlsEncrypted, ObfuscatedRecordsOpenWithTheirPassword) {
-    const SObfuscation obfuscation = Obfuscate("secret");
+    const SObfuscation obfuscation = Obfuscate("secret", 0x014D, 0xDAA7);
     const auto encrypt = [&](const std::string& body, std::size_t position) {
         return obfuscation.Apply(body, position + body.size());
     };
