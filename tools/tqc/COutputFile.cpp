@@ -10,7 +10,7 @@ COutputFile::COutputFile(const SOptions& options, const std::string& name) : m_t
     m_writer.SetDelimiter(options.outputLineEnd.first, options.outputLineEnd.second);
     m_writer.SetQuoteLineEnds(true);
     // Before the writer opens the same descriptor, whose position is then after the BOM.
-    if (options.addMark)
+    if (options.addBom)
         m_target.Write(reinterpret_cast<const char*>(SCDataAccessDefine::BOM_UTF8),
                        sizeof SCDataAccessDefine::BOM_UTF8);
     if (!m_writer.FileOpen(m_target.DescriptorPath().c_str()))

@@ -26,24 +26,24 @@ CTextFile::CTextFile(const SOptions& options, SPlace place, CFileHead head)
       m_lineEnd(FindLineEnd(options, m_head.Bytes())), m_codePage(CodePageOf(options, m_head.Bytes())) {}
 
 std::string_view CTextFile::Head() const {
-    const bool hasMark = m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_head.Bytes());
-    return m_head.Bytes().substr(hasMark ? sizeof SCDataAccessDefine::BOM_UTF8 : 0);
+    const bool hasBom = m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Bom(m_head.Bytes());
+    return m_head.Bytes().substr(hasBom ? sizeof SCDataAccessDefine::BOM_UTF8 : 0);
 }
 
 bool CTextFile::IsUtf16() const {
-    return SCTextProbe::HasUtf16Mark(m_head.Bytes());
+    return SCTextProbe::HasUtf16Bom(m_head.Bytes());
 }
 
 unsigned CTextFile::CodePageOf(const SOptions& options, std::string_view head) {
     const bool isUtf8 = options.charSet == CSourceDataInfo::RCS_UTF8 ||
-                        (options.charSet == CSourceDataInfo::RCS_AUTO && SCTextProbe::HasUtf8Mark(head));
+                        (options.charSet == CSourceDataInfo::RCS_AUTO && SCTextProbe::HasUtf8Bom(head));
     return isUtf8 ? Platform::CP_UTF8 : options.codePage;
 }
 
 CTextFile::SCharacterSet CTextFile::CharacterSet() const {
     if (IsUtf16())
         return {"utf-16", true};
-    if (m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Mark(m_head.Bytes()))
+    if (m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Bom(m_head.Bytes()))
         return {"utf-8", true};
     if (m_codePage != Platform::CP_UTF8)
         return {SCCodePageNames::NameOf(m_codePage), false};
@@ -56,7 +56,7 @@ std::string CTextFile::DescribeCharacterSet() const {
         return SCEncodingGuess::Describe(SCTextProbe::WholeLines(m_head.Bytes()));
     if (!set.name.starts_with("utf"))
         return "code page " + SCCodePageNames::Describe(m_codePage);
-    return (set.name == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.hasMark ? " (BOM)" : "");
+    return (set.name == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.hasBom ? " (BOM)" : "");
 }
 
 std::string CTextFile::DescribeInvalidText() const {
@@ -72,7 +72,7 @@ std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info, c
     auto reader = std::make_unique<CCsvSourceReader>(m_options);
     reader->SetSeparator(m_options.separator.value_or(separator));
     OpenFile(*reader, info);
-    if (!isChosenAnsi && !IsStream() && Size() == 3 && SCTextProbe::HasUtf8Mark(m_head.Bytes()))
+    if (!isChosenAnsi && !IsStream() && Size() == 3 && SCTextProbe::HasUtf8Bom(m_head.Bytes()))
         reader->MoveFileEnd();
     reader->SetCharSet(CSourceDataInfo::RCS_ANSI);
     return reader;

@@ -22,7 +22,7 @@ public:
     /// A character set: its name ("utf-8"), or none if it is unknown, and whether there is a BOM.
     struct SCharacterSet {
         std::string name;
-        bool hasMark;
+        bool hasBom;
     };
 
     /// The options must outlive it.

@@ -164,6 +164,12 @@ private:
 
     void AddSourceOptions() {
         m_app.option_defaults()->group("Source");
+        AddTextOptions();
+        AddContentOptions();
+    }
+
+    /// How the bytes are to be understood.
+    void AddTextOptions() {
         Add("--type", "TYPE", "type of the file (default: detected): " + SCTypeNames::All(),
             [this](const char* name, const auto& value) {
                 m_options.type = SCTypeNames::Find(value);
@@ -184,6 +190,10 @@ private:
                 m_options.codePage = ParsePage(name, value);
                 m_options.isEncodingGiven = true;
             });
+    }
+
+    /// What is read, and how it is opened.
+    void AddContentOptions() {
         Add("--widths", "N,N,...", "width in bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
         Add("--sheet", "NAME|N", "sheet or table: its name, or its number counted from 1 (default: 1)",
@@ -251,7 +261,7 @@ private:
             m_options.maxFieldSize = std::min(m_options.maxFieldSize, CFormulaGuard::maxFieldLength);
         m_options.outputCodePage = m_outputPage.value_or(m_options.codePage);
         m_options.codePage = m_encodingPage.value_or(m_options.codePage);
-        if (m_options.addMark && m_options.outputCodePage != Platform::CP_UTF8)
+        if (m_options.addBom && m_options.outputCodePage != Platform::CP_UTF8)
             throw CFailure(EExitStatus::Usage, "--add-bom is for UTF-8 output; add --output-encoding utf-8");
         if (m_options.strict && m_isReplaceGiven)
             throw CFailure(EExitStatus::Usage, "--strict and --replace exclude each other");
@@ -283,7 +293,7 @@ private:
         Add("--output-encoding", "PAGE",
             "encoding of the output, such as utf-8 or shift_jis (default: the code page)",
             [this](const char* name, const auto& value) { m_outputPage = ParsePage(name, value); });
-        m_app.add_flag("--add-bom", m_options.addMark, "write a BOM at the beginning of UTF-8 output");
+        m_app.add_flag("--add-bom", m_options.addBom, "write a BOM at the beginning of UTF-8 output");
         m_app.add_flag(
             "--formula-guard", m_options.formulaGuard,
             "write ' before fields that spreadsheets treat as formulas, except numbers; this changes the data");

@@ -201,7 +201,7 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
     for (const SOther& other : others)
         if (head.substr(std::min(other.at, head.size())).starts_with(other.mark))
             return "seems to be " + std::string(other.what) + byForce;
-    if (head.find('\0') == std::string_view::npos || SCTextProbe::HasUtf16Mark(head))
+    if (head.find('\0') == std::string_view::npos || SCTextProbe::HasUtf16Bom(head))
         return "";
     if (const std::string order = FindByteOrder(head); !order.empty())
         return "seems to be UTF-16 text without a BOM; convert it with: iconv -f UTF-16" + order + " -t UTF-8";
@@ -209,7 +209,7 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
 }
 
 void SCContentProbe::RefuseUtf16(const std::string& name, std::string_view head) {
-    if (SCTextProbe::HasUtf16Mark(head))
+    if (SCTextProbe::HasUtf16Bom(head))
         throw CFailure(EExitStatus::Unsupported, name, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
 }
 

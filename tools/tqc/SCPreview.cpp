@@ -122,16 +122,15 @@ void ShowFields(const SOptions& options, const std::string& name, ISourceReader&
 
 void SCPreview::Show(const SOptions& options, const CInputFile& input) {
     const auto source = SCSources::Open(options, input);
-    const bool isRuled = NeedsRuler(options, *source);
-    const auto reader = isRuled ? nullptr : source->OpenReader();
+    const auto reader = NeedsRuler(options, *source) ? nullptr : source->OpenReader();
     const CTextFile* const text = source->Text();
     const std::string doubt = text != nullptr ? text->DescribeInvalidText() : "";
     if (!doubt.empty() && !options.quiet)
         CReporter::Print(input.Name() + ": " + doubt);
-    if (isRuled)
-        ShowFixedLength(options, *text);
-    else
+    if (reader)
         ShowFields(options, input.Name(), *reader);
+    else if (text != nullptr)
+        ShowFixedLength(options, *text);
 }
 
 } // namespace NSTQ::Tool

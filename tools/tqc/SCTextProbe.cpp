@@ -18,7 +18,7 @@ std::size_t FindUnquotedLineFeed(std::string_view head, char separator) {
     constexpr std::string_view starters = ",\t \r\n\"";
     bool quoted = false;
     bool atStart = true;
-    for (std::size_t i = SCTextProbe::HasUtf8Mark(head) ? 3 : 0; i < head.size(); ++i) {
+    for (std::size_t i = SCTextProbe::HasUtf8Bom(head) ? 3 : 0; i < head.size(); ++i) {
         const char c = head[i];
         if (c == lf && !quoted)
             return i;
@@ -58,11 +58,11 @@ SCDeclareConstant::ESourceFileType SCTextProbe::FindType(std::string_view head, 
     return SCDeclareConstant::SFT_UNKNOWN;
 }
 
-bool SCTextProbe::HasUtf8Mark(std::string_view head) {
+bool SCTextProbe::HasUtf8Bom(std::string_view head) {
     return head.starts_with(View(SCDataAccessDefine::BOM_UTF8));
 }
 
-bool SCTextProbe::HasUtf16Mark(std::string_view head) {
+bool SCTextProbe::HasUtf16Bom(std::string_view head) {
     return head.starts_with(View(SCDataAccessDefine::BOM_UTF16LE)) ||
            head.starts_with(View(SCDataAccessDefine::BOM_UTF16BE));
 }

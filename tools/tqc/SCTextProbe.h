@@ -18,8 +18,8 @@ public:
     /// SFT_TXT when the first line has a TAB, SFT_CSV when it has a comma, else SFT_UNKNOWN.
     static SCDeclareConstant::ESourceFileType FindType(std::string_view head, const SLineEnd& lineEnd);
 
-    static bool HasUtf8Mark(std::string_view head);
-    static bool HasUtf16Mark(std::string_view head);
+    static bool HasUtf8Bom(std::string_view head);
+    static bool HasUtf16Bom(std::string_view head);
     /// The bytes up to the last line end, because the head, unlike a line, may end inside a character; if the head
     /// ends within its first line, up to the last whole character.
     static std::string_view WholeLines(std::string_view head);

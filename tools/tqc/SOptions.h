@@ -68,7 +68,7 @@ struct SOptions {
     bool formulaGuard = false;
     bool fullNumbers = false; ///< else 15 digits
     bool strict = false;
-    bool addMark = false;
+    bool addBom = false;
     bool quiet = false;
 
     bool json = false;
