@@ -323,10 +323,13 @@ TEST_F(Tool, KilledAtAnyMomentItLeavesTheOldFileOrTheNewOne) {
         EXPECT_TRUE(content == (isThere ? "old" : "") || content == rows + rows) << content.size();
         seen.insert(content.size() > 3 ? "new" : "old");
         EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("tmp"))) << signal;
-        for (const std::string& name : Names())
-            EXPECT_TRUE(name == "in.csv" || name == "out.csv" || name == "bad.csv" ||
-                        (signal == SIGKILL && name.starts_with(".out.csv.tqc-")))
+        for (const std::string& name : Names()) {
+            const bool isUnfinished = name.starts_with(".out.csv.tqc-") || name.starts_with(".bad.csv.tqc-");
+            EXPECT_TRUE(isUnfinished ? signal == SIGKILL : name == "in.csv" || name == "out.csv" || name == "bad.csv")
                 << name << " after " << signal;
+            if (isUnfinished)
+                std::filesystem::remove(m_folder.Path(name));
+        }
     }
     EXPECT_EQ(seen.size(), 2U) << "the moments do not span the whole run";
 }
