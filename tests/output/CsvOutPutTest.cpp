@@ -117,14 +117,6 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
     }
 }
 
-TEST_F(CsvOutPut, SeparatorAndLineEndAreSettings) {
-    m_writer.SetSeparator('\t');
-    m_writer.SetDelimiter('\n', '\0');
-    EXPECT_TRUE(WriteRow(m_writer, {"a\tb", "c,d"}));
-    EXPECT_TRUE(m_writer.WriteHeaderData("x,\"y", 4));
-    EXPECT_EQ(Written(), "\"a\tb\"\tc,d\nx,\"y\n");
-}
-
 TEST_F(CsvOutPut, PiecesAroundAndAboveTheBuffersSizeArriveWhole) {
     std::string expected;
     for (const std::size_t size : {63997U, 63998U, 63999U, 64000U, 64001U, 65535U}) {

@@ -54,25 +54,19 @@ TEST(FixPreview, HoldsTheFirstThreeRows) {
     const struct {
         const char* title;
         std::string text;
-        char pre;
-        char post;
         std::string preview;
         bool lineEnd;
     } cases[] = {
-        {"three of four rows", "row\r\n\r\nc\r\nd", '\r', '\n', "row\r\n\r\nc\r\n", true},
-        {"LF where CR LF is expected", "a\nb\nc\nd\n", '\r', '\n', "a\nb\nc\nd\n", false},
-        {"lone CR, CR CR LF", "a\rb\r\r\nc\r", '\r', '\n', "a\rb\r\r\nc\r", true},
-        {"a line end of one byte as the last byte", "a\r", '\r', '\0', "a\r", true},
-        {"no line end", longText, '\r', '\n', longText.substr(0, 12288), false},
-        {"empty", "", '\r', '\n', "", false},
-        {"a NUL ends the text", std::string("a\0b\r\n", 5), '\r', '\n', "a", true},
+        {"three of four rows", "row\r\n\r\nc\rd\n\r\ne", "row\r\n\r\nc\rd\n\r\n", true},
+        {"no line end", longText, longText.substr(0, 12288), false},
+        {"empty", "", "", false},
+        {"a NUL ends the text", std::string("a\0b\r\n", 5), "a", true},
     };
     const CTempFolder folder;
     for (const auto& c : cases) {
         CSourceDataInfo info;
         const char* data = nullptr;
         DWORD length = 77;
-        info.SetDelimiter(c.pre, c.post);
         info.SetCommonInfo(folder.WriteFile("a.txt", c.text).c_str(), SCDeclareConstant::SFT_FIX);
         EXPECT_FALSE(info.GetFixFileData(data, length)) << c.title;
         EXPECT_EQ(length, 77U);
