@@ -6,7 +6,7 @@
 #include "common/SCTmpDirPath.h"
 #include "platform/ado/Provider.h"
 #include "platform/automation/WipeMemory.h"
-#include "platform/files/Files.h"
+#include "platform/files/CFileHandle.h"
 #include "tqcAccess/CodePage.h"
 
 #include <algorithm>
@@ -44,23 +44,6 @@ std::unique_ptr<char[]> CloneBuffer(const std::unique_ptr<char[]>& source, std::
     CopyBuffer(clone, source, size);
     return clone;
 }
-
-/// Closes a file when it goes out of scope.
-class CScopedHandle {
-public:
-    explicit CScopedHandle(HANDLE handle) : m_handle(handle) {}
-    CScopedHandle(const CScopedHandle&) = delete;
-    CScopedHandle& operator=(const CScopedHandle&) = delete;
-    ~CScopedHandle() {
-        if (IsOpen())
-            CloseHandle(m_handle);
-    }
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
-
-private:
-    HANDLE m_handle;
-};
 
 } // namespace
 
@@ -189,8 +172,8 @@ CSourceDataInfo::ESourceDataOpen CSourceDataInfo::GetCreateTmpFileErr() {
 }
 
 bool CSourceDataInfo::ReadFixFile(const char* path) {
-    const CScopedHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    const CFileHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                       FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     DWORD size = 0;
     if (!file.IsOpen() || !ReadFileWhole(file.Get(), m_pFixFileData.get(), FIX_READAREA, &size)) {
         SetDataAccessErrorCode();
@@ -283,8 +266,8 @@ SCDeclareConstant::ESourceFileType CSourceDataInfo::FixSourceFileType(const char
 }
 
 SCDeclareConstant::ESourceFileType CSourceDataInfo::GetTextFileType(const char* path) {
-    const CScopedHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    const CFileHandle file(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                       FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     if (!file.IsOpen())
         return SCDeclareConstant::SFT_UNKNOWN;
     const std::unique_ptr<char[]> bytes(new (std::nothrow) char[FIX_READ_BUFFSIZE]);

@@ -1,5 +1,6 @@
 #include "SCCodePageNames.h"
 
+#include "AsciiCase.h"
 #include "tqcAccess/CodePage.h"
 
 #include <cstdlib>
@@ -25,7 +26,7 @@ std::string Simplify(std::string_view name) {
     std::string simple;
     for (const char c : name)
         if (c != '-' && c != '_')
-            simple += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+            simple += ToAsciiLower(c);
     return simple;
 }
 

@@ -1,5 +1,6 @@
 #include "SCContentProbe.h"
 
+#include "AsciiCase.h"
 #include "CFailure.h"
 #include "SCTextProbe.h"
 #include "SCTypeNames.h"
@@ -69,10 +70,8 @@ SExtent FindZipDirectory(int descriptor, std::uint64_t fileSize) {
 
 /// A name in a zip archive as it is compared: in small letters, with '/' between folders.
 std::string ComparableName(std::string_view name) {
-    std::string comparable(name);
-    std::ranges::transform(comparable, comparable.begin(), [](char c) {
-        return c == '\\' ? '/' : c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    std::string comparable = ToAsciiLowerText(std::string(name));
+    std::ranges::replace(comparable, '\\', '/');
     return comparable;
 }
 

@@ -1,5 +1,7 @@
 #include "SCTypeNames.h"
 
+#include "AsciiCase.h"
+
 #include <algorithm>
 
 namespace NSTQ::Tool {
@@ -45,10 +47,7 @@ SCDeclareConstant::ESourceFileType SCTypeNames::OfFile(std::string_view file) {
     const std::size_t dot = file.rfind('.');
     if (dot == std::string_view::npos || dot == 0)
         return SCDeclareConstant::SFT_UNKNOWN;
-    std::string extension(file.substr(dot + 1));
-    std::ranges::transform(extension, extension.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    const auto type = Find(extension);
+    const auto type = Find(ToAsciiLowerText(std::string(file.substr(dot + 1))));
     const bool isTelling = type && (!IsText(*type) || *type == SCDeclareConstant::SFT_CSV);
     return isTelling ? *type : SCDeclareConstant::SFT_UNKNOWN;
 }

@@ -2,7 +2,7 @@
 
 #include "platform/ado/CConnection.h"
 #include "platform/ado/Statement.h"
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "platform/ado/ConnectionString.h"
 
 #include "SCDataAccessDefine.h"
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 
 #include <array>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "platform/ado/DataSource.h"
 
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "platform/ado/Statement.h"
 
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 
 namespace NSTQ::Platform {
 

@@ -1,5 +1,7 @@
 #include "platform/automation/Com.h"
 
+#include "platform/codepage/AsciiCase.h"
+
 #include <algorithm>
 #include <new>
 
@@ -13,13 +15,6 @@ constinit thread_local DWORD comInitCount = 0;
 constexpr DWORD firstRegisteredId = 0x10000;
 constinit DWORD nextRegisteredId = firstRegisteredId;
 constinit CClassRegistration* newestRegistration = nullptr;
-
-bool IsSameProgId(std::u16string_view left, std::u16string_view right) {
-    const auto fold = [](char16_t unit) {
-        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
-    };
-    return std::ranges::equal(left, right, {}, fold, fold);
-}
 
 } // namespace
 
@@ -42,12 +37,12 @@ DWORD GetComInitCount() {
 struct SClassRegistry {
     static DWORD FindId(std::u16string_view progId) {
         for (const CClassRegistration* entry = newestRegistration; entry != nullptr; entry = entry->m_pOlder) {
-            if (IsSameProgId(entry->m_strProgId, progId))
+            if (IsEqualIgnoringCase(entry->m_strProgId, progId))
                 return entry->m_dwId;
         }
         const auto classes = GetBuiltinClasses();
         const auto found = std::ranges::find_if(
-            classes, [&](const SBuiltinClass& entry) { return IsSameProgId(entry.progId, progId); });
+            classes, [&](const SBuiltinClass& entry) { return IsEqualIgnoringCase(entry.progId, progId); });
         return found == classes.end() ? 0 : static_cast<DWORD>(found - classes.begin()) + 1;
     }
 

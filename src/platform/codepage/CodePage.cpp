@@ -1,5 +1,6 @@
 #include "tqcAccess/CodePage.h"
 
+#include "platform/codepage/AsciiCase.h"
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Utf8.h"
 #include "platform/errors/LastError.h"
@@ -100,8 +101,8 @@ int _ismbslead(const unsigned char* start, const unsigned char* position) {
 }
 
 unsigned _mbctolower(unsigned character) {
-    if (character >= 'A' && character <= 'Z')
-        return character + caseDistance;
+    if (character < 0x80)
+        return ToAsciiLower(character);
     const CCodePageTables& page = GetAnsiTables();
     if (page.IsUtf8()) {
         const bool isCapital = character >= utf8FullWidthA && character <= utf8FullWidthZ;

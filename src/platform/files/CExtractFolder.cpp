@@ -23,14 +23,6 @@ CDescriptor EnterFolder(int parent, const std::string& name) {
     return CDescriptor(RetryInterrupted([&] { return ::openat(parent, name.c_str(), folderFlags); }));
 }
 
-/// Output of the host to a standard stream that it has closed must not get into the file.
-int MoveAboveStandardStreams(int descriptor) {
-    if (descriptor < 0 || descriptor > STDERR_FILENO)
-        return descriptor;
-    const CDescriptor low(descriptor);
-    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-}
-
 } // namespace
 
 CExtractFolder::~CExtractFolder() {

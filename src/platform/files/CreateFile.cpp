@@ -44,20 +44,6 @@ int Open(const std::string& path, int flags) {
     return RetryInterrupted([&] { return ::open(path.c_str(), flags, anybodyLessUmask); });
 }
 
-/// Above the standard streams.
-int Duplicate(int descriptor) {
-    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-}
-
-/// A host may run with its standard streams closed. A file with the descriptor of one would receive whatever is
-/// printed, so it gets a descriptor above them.
-int MoveAboveStandardStreams(int descriptor) {
-    if (descriptor < 0 || descriptor > STDERR_FILENO)
-        return descriptor;
-    const CDescriptor low(descriptor);
-    return Duplicate(descriptor);
-}
-
 /// Tries an existing file first, because only this shows whether there was one.
 CDescriptor OpenFile(const std::string& path, const SRequest& request, bool& existed) {
     const int flags = request.OpenFlags();
@@ -124,7 +110,7 @@ std::optional<int> FindOpenDescriptor(std::string_view path) {
 
 HANDLE DuplicateForWriting(int descriptor, const SRequest& request) {
     const int mode = ::fcntl(descriptor, F_GETFL);
-    CDescriptor copy(mode < 0 ? -1 : Duplicate(descriptor));
+    CDescriptor copy(mode < 0 ? -1 : DuplicateAboveStandardStreams(descriptor));
     if (!copy.IsOpen())
         FailFromSystem();
     else if (request.disposition == CREATE_NEW)
@@ -166,7 +152,7 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, const void* secu
 }
 
 HANDLE DuplicateDescriptor(int descriptor) {
-    const int copy = Duplicate(descriptor);
+    const int copy = DuplicateAboveStandardStreams(descriptor);
     if (copy >= 0)
         return HandleOfDescriptor(copy);
     FailFromSystem();

@@ -1,6 +1,7 @@
-// Owns one file descriptor.
+// File descriptors: one that is owned, and where their numbers may lie.
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,5 +40,19 @@ public:
 private:
     int m_iDescriptor;
 };
+
+/// Gives the copy a number above the standard streams.
+inline int DuplicateAboveStandardStreams(int descriptor) {
+    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
+/// A host may run with its standard streams closed. A file with the descriptor of one would receive whatever is
+/// printed, so it gets a descriptor above them.
+inline int MoveAboveStandardStreams(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO)
+        return descriptor;
+    const CDescriptor low(descriptor);
+    return DuplicateAboveStandardStreams(descriptor);
+}
 
 } // namespace NSTQ::Platform

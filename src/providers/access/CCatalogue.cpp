@@ -1,6 +1,6 @@
 #include "providers/access/CCatalogue.h"
 
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 #include "providers/access/CSystemRows.h"
 #include "providers/access/SCColumnProperties.h"
 #include "providers/access/SCNameOrder.h"

@@ -1,6 +1,6 @@
 #include "providers/access/CQueryTokens.h"
 
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 
 #include <algorithm>
 #include <array>

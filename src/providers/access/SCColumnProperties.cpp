@@ -1,6 +1,6 @@
 #include "providers/access/SCColumnProperties.h"
 
-#include "platform/ado/TextCase.h"
+#include "platform/codepage/AsciiCase.h"
 #include "providers/access/SCJetText.h"
 #include "providers/common/CByteReader.h"
 

@@ -17,22 +17,14 @@ namespace {
 } // namespace
 
 CFileAccess::CFileAccess(const std::string& path)
-    : m_hFile(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                          nullptr)) {
-    if (m_hFile == INVALID_HANDLE_VALUE)
+    : m_file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                         nullptr)) {
+    if (!m_file.IsOpen())
         ThrowLastError("the file cannot be opened");
     LARGE_INTEGER size = {};
-    if (!GetFileSizeEx(m_hFile, &size)) {
-        const DWORD code = GetLastError();
-        CloseHandle(m_hFile);
-        SetLastError(code);
+    if (!GetFileSizeEx(m_file.Get(), &size))
         ThrowLastError("the file has no size");
-    }
     m_size = static_cast<std::uint64_t>(size.QuadPart);
-}
-
-CFileAccess::~CFileAccess() {
-    CloseHandle(m_hFile);
 }
 
 void CFileAccess::ReadAt(std::uint64_t offset, std::span<unsigned char> target) {
@@ -40,12 +32,12 @@ void CFileAccess::ReadAt(std::uint64_t offset, std::span<unsigned char> target) 
         throw CSourceError("the file ends too early");
     LARGE_INTEGER distance = {};
     distance.QuadPart = static_cast<LONGLONG>(offset);
-    if (!SetFilePointerEx(m_hFile, distance, nullptr, FILE_BEGIN))
+    if (!SetFilePointerEx(m_file.Get(), distance, nullptr, FILE_BEGIN))
         ThrowLastError("the file cannot be read");
     while (!target.empty()) {
         DWORD read = 0;
         const auto wanted = static_cast<DWORD>(std::min<std::size_t>(target.size(), 1U << 30));
-        if (!ReadFile(m_hFile, target.data(), wanted, &read, nullptr))
+        if (!ReadFile(m_file.Get(), target.data(), wanted, &read, nullptr))
             ThrowLastError("the file cannot be read");
         if (read == 0)
             throw CSourceError("the file has become shorter while it was read");

@@ -1,5 +1,6 @@
 #include "providers/common/CXmlScanner.h"
 
+#include "platform/codepage/AsciiCase.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/Utf8Text.h"
 
@@ -197,10 +198,11 @@ void CXmlScanner::CheckDeclaration(std::string_view declaration) const {
     if (name == std::string_view::npos || begin == std::string_view::npos)
         return;
     const std::size_t end = declaration.find(declaration[begin], begin + 1);
-    std::string encoding(declaration.substr(begin + 1, end - begin - 1));
-    for (char& character : encoding)
-        character = character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
-    if (std::find(std::begin(known), std::end(known), encoding) == std::end(known))
+    const std::string_view encoding = declaration.substr(begin + 1, end - begin - 1);
+    const auto isEncoding = [encoding](std::string_view candidate) {
+        return Platform::IsEqualIgnoringCase(candidate, encoding);
+    };
+    if (std::ranges::none_of(known, isEncoding))
         Fail("its encoding is unknown: " + PrintableName(encoding));
 }
 

@@ -1,5 +1,6 @@
 #include "providers/compound/CCompoundFile.h"
 
+#include "platform/codepage/AsciiCase.h"
 #include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/LittleEndian.h"
@@ -39,14 +40,6 @@ std::shared_ptr<IRandomAccess> OpenRuns(std::shared_ptr<IRandomAccess> input, co
     if ((!total || left > 0) && !extents.empty() && extents.back().offset < input->Size())
         extents.back().size = std::min(extents.back().size, input->Size() - extents.back().offset);
     return std::make_shared<CExtentAccess>(std::move(input), extents);
-}
-
-char16_t Fold(char16_t character) {
-    return character >= u'a' && character <= u'z' ? static_cast<char16_t>(character - u'a' + u'A') : character;
-}
-
-bool IsSameName(std::u16string_view one, std::u16string_view other) {
-    return std::ranges::equal(one, other, {}, Fold, Fold);
 }
 
 std::string StreamText(std::u16string_view path) {
@@ -205,7 +198,7 @@ const CCompoundFile::SEntry* CCompoundFile::FindChild(const SEntry& storage, std
         if (index >= m_entries.size() || ++seen > m_entries.size())
             throw CSourceError("the directory is damaged");
         const SEntry& entry = m_entries[index];
-        if (IsSameName(entry.strName, name))
+        if (Platform::IsEqualIgnoringCase(entry.strName, name))
             return &entry;
         waiting.push_back(entry.left);
         waiting.push_back(entry.right);

@@ -1,16 +1,12 @@
 #include "providers/workbook/CColumnNames.h"
 
+#include "platform/codepage/AsciiCase.h"
+
 #include <string_view>
 
 namespace NSTQ::Providers {
 
 namespace {
-
-std::u16string Fold(std::u16string name) {
-    for (char16_t& unit : name)
-        unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-    return name;
-}
 
 std::u16string NumberText(std::size_t number) {
     const std::string digits = std::to_string(number);
@@ -25,7 +21,7 @@ std::u16string CColumnNames::Add(std::u16string_view wanted, std::size_t index) 
     std::u16string name = u"F" + NumberText(index + 1);
     if (begin != std::u16string_view::npos)
         name = wanted.substr(begin, wanted.find_last_not_of(blanks) + 1 - begin);
-    const std::u16string folded = Fold(name);
+    const std::u16string folded = Platform::ToAsciiLowerText(name);
     if (m_taken.insert(folded).second)
         return name;
     for (std::size_t& number = m_repeated[folded];;) {

@@ -1,5 +1,7 @@
 #include "providers/workbook/CFormatCode.h"
 
+#include "platform/codepage/AsciiCase.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -7,13 +9,8 @@ namespace NSTQ::Providers {
 
 namespace {
 
-char LowerOf(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
-}
-
 bool StartsWithWord(std::string_view text, std::string_view word) {
-    return text.size() >= word.size() &&
-           std::equal(word.begin(), word.end(), text.begin(), [](char a, char b) { return a == LowerOf(b); });
+    return Platform::IsEqualIgnoringCase(text.substr(0, word.size()), word);
 }
 
 } // namespace
@@ -43,7 +40,7 @@ struct CFormatCode::SSigns {
 };
 
 void CFormatCode::SSigns::NoteLetter(std::string_view code) {
-    switch (LowerOf(code[0])) {
+    switch (Platform::ToAsciiLower(code[0])) {
     case 'y':
     case 'd':
         hasDay = true;
@@ -83,9 +80,9 @@ void CFormatCode::SSigns::NoteLetter(std::string_view code) {
 std::size_t CFormatCode::ReadBracket(std::string_view code, SSigns& signs) {
     const std::size_t end = std::min(code.find(']'), code.size() - 1);
     const std::string_view content = code.substr(1, end - 1);
-    const char letter = content.empty() ? '\0' : LowerOf(content[0]);
-    const bool isSame =
-        std::all_of(content.begin(), content.end(), [letter](char other) { return LowerOf(other) == letter; });
+    const char letter = content.empty() ? '\0' : Platform::ToAsciiLower(content[0]);
+    const bool isSame = std::all_of(content.begin(), content.end(),
+                                    [letter](char other) { return Platform::ToAsciiLower(other) == letter; });
     if (isSame && (letter == 'h' || letter == 'm' || letter == 's'))
         signs.hasElapsed = true;
     else

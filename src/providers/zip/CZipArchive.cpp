@@ -1,5 +1,6 @@
 #include "providers/zip/CZipArchive.h"
 
+#include "platform/codepage/AsciiCase.h"
 #include "providers/common/CSourceError.h"
 #include "providers/zip/CZipEntryStream.h"
 
@@ -12,16 +13,10 @@ namespace {
 /// Bytes behind the archive are let pass: they do no harm where nothing is written.
 constexpr SZipCaps caps = {1U << 18, 1U << 24, true};
 
-char FoldCharacter(char character) {
-    if (character == '\\')
-        return '/';
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-}
-
 /// The form in which names are compared.
 std::string FoldName(std::string_view name) {
-    std::string folded(name.starts_with('/') ? name.substr(1) : name);
-    std::transform(folded.begin(), folded.end(), folded.begin(), FoldCharacter);
+    std::string folded = Platform::ToAsciiLowerText(std::string(name.starts_with('/') ? name.substr(1) : name));
+    std::ranges::replace(folded, '\\', '/');
     return folded;
 }
 

@@ -1,7 +1,8 @@
-// Comparison of names ignoring the case of ASCII letters.
+// The case of ASCII letters, and comparison of names ignoring it.
 #pragma once
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace NSTQ::Platform {
@@ -9,6 +10,13 @@ namespace NSTQ::Platform {
 template <class TUnit>
 constexpr TUnit ToAsciiLower(TUnit unit) {
     return unit >= 'A' && unit <= 'Z' ? static_cast<TUnit>(unit - 'A' + 'a') : unit;
+}
+
+/// A copy with small letters.
+template <class TUnit>
+std::basic_string<TUnit> ToAsciiLowerText(std::basic_string<TUnit> text) {
+    std::ranges::transform(text, text.begin(), ToAsciiLower<TUnit>);
+    return text;
 }
 
 template <class TUnit>
