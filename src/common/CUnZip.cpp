@@ -1,12 +1,12 @@
 #include "common/CUnZip.h"
 
-#include "common/CPackagePlan.h"
+#include "common/CUnpackPlan.h"
 #include "platform/files/CExtractFolder.h"
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"
 #include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
-#include "providers/zip/CZipReader.h"
+#include "providers/zip/CLibZipReader.h"
 
 #include <array>
 
@@ -18,7 +18,7 @@ using namespace Platform;
 using namespace Providers;
 
 /// The last read, which returns nothing, verifies the checksum.
-bool CopyContent(CZipReader& reader, std::uint64_t size, Platform::CExtractFolder& folder) {
+bool CopyContent(CLibZipReader& reader, std::uint64_t size, Platform::CExtractFolder& folder) {
     constexpr std::size_t blockSize = 65536;
     std::array<std::byte, blockSize> block;
     std::size_t count = 0;
@@ -32,12 +32,13 @@ bool CopyContent(CZipReader& reader, std::uint64_t size, Platform::CExtractFolde
     }
 }
 
-bool UnpackFile(CZipReader& reader, std::size_t index, const SPlannedEntry& entry, Platform::CExtractFolder& folder) {
+bool UnpackFile(CLibZipReader& reader, std::size_t index, const SPlannedEntry& entry,
+                Platform::CExtractFolder& folder) {
     return reader.OpenEntry(index) && folder.MakeFile(entry.path) && CopyContent(reader, entry.size, folder) &&
            folder.CloseFile();
 }
 
-bool UnpackAll(const CPackagePlan& plan, CZipReader& reader, Platform::CExtractFolder& folder) {
+bool UnpackAll(const CUnpackPlan& plan, CLibZipReader& reader, Platform::CExtractFolder& folder) {
     for (std::size_t i = 0; i < plan.Entries().size(); ++i) {
         const SPlannedEntry& entry = plan.Entries()[i];
         if (!(entry.isFolder ? folder.MakeFolder(entry.path) : UnpackFile(reader, i, entry, folder)))
@@ -58,8 +59,8 @@ bool CUnZip::Uncompress(const char* pFolder) {
     try {
         CFileAccess input(m_strArchive);
         const CZipDirectory directory(input, {MAX_ENTRIES, MAX_DIRECTORY_SIZE, false});
-        CPackagePlan plan;
-        CZipReader reader(input, m_strPassWord);
+        CUnpackPlan plan;
+        CLibZipReader reader(input, m_strPassWord);
         Platform::CExtractFolder folder;
         return (plan.Make(directory) || FailWith(ERROR_INVALID_DATA)) && reader.Open(directory) &&
                folder.Create(pFolder) && UnpackAll(plan, reader, folder);

@@ -1,8 +1,8 @@
 // Bytes in memory as the file of a provider.
 #pragma once
 
+#include "providers/common/ByteSources.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/IRandomAccess.h"
 
 #include <algorithm>
 #include <string>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 
 #include <cstdio>
 #include <string>

@@ -1,5 +1,5 @@
 // Encrypted workbooks of records: which bytes are encrypted, and what a wrong password gives.
-#include "providers/common/LittleEndian.h"
+#include "providers/common/CByteReader.h"
 #include "support/CompoundBuilder.h"
 #include "support/Encryptor.h"
 #include "xls/XlsBuilder.h"

@@ -5,7 +5,7 @@
 
 #include "platform/automation/Bstr.h"
 #include "providers/access/CHeaderPage.h"
-#include "providers/common/IRandomAccess.h"
+#include "providers/common/ByteSources.h"
 #include "providers/encryption/Encryption.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "providers/access/CHeaderPage.h"
 
 #include "providers/access/SCJetText.h"
+#include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/LittleEndian.h"
 
 #include <bit>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "providers/access/CUsageMap.h"
 
+#include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/LittleEndian.h"
 
 #include <bit>
 

@@ -1,7 +1,7 @@
 #include "providers/access/SCJetText.h"
 
-#include "providers/common/CodePageText.h"
-#include "providers/common/LittleEndian.h"
+#include "providers/common/CByteReader.h"
+#include "providers/common/TextConversion.h"
 
 #include <bit>
 #include <cstring>

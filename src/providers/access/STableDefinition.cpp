@@ -1,8 +1,8 @@
 #include "providers/access/STableDefinition.h"
 
 #include "providers/access/CPageReader.h"
+#include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/LittleEndian.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/files/CFileHandle.h"
-#include "providers/common/IRandomAccess.h"
+#include "providers/common/ByteSources.h"
 
 #include <string>
 

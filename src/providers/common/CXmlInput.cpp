@@ -1,7 +1,7 @@
 #include "providers/common/CXmlInput.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 // converted on the way. Told by the mark or, without one, by how '<' begins the document.
 #pragma once
 
-#include "providers/common/IByteStream.h"
+#include "providers/common/ByteSources.h"
 
 #include <memory>
 #include <vector>

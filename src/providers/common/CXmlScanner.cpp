@@ -2,7 +2,7 @@
 
 #include "platform/codepage/AsciiCase.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 
 #include <algorithm>
 #include <charconv>

@@ -3,7 +3,6 @@
 #include "platform/codepage/AsciiCase.h"
 #include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/LittleEndian.h"
 #include "providers/compound/CExtentAccess.h"
 
 #include <algorithm>

@@ -9,7 +9,7 @@
 // one thread at a time, the streams included.
 #pragma once
 
-#include "providers/common/IRandomAccess.h"
+#include "providers/common/ByteSources.h"
 #include "providers/compound/CSectorTable.h"
 
 #include <cstdint>

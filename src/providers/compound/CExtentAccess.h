@@ -1,7 +1,7 @@
 // A stream that lies in pieces of another one, read as if it were whole.
 #pragma once
 
-#include "providers/common/IRandomAccess.h"
+#include "providers/common/ByteSources.h"
 
 #include <cstdint>
 #include <memory>

@@ -6,7 +6,7 @@
 // followed. Of the table itself only a few blocks are in memory.
 #pragma once
 
-#include "providers/common/IRandomAccess.h"
+#include "providers/common/ByteSources.h"
 
 #include <array>
 #include <cstdint>

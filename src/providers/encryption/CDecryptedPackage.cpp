@@ -1,7 +1,7 @@
 #include "providers/encryption/CDecryptedPackage.h"
 
+#include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/LittleEndian.h"
 #include "providers/encryption/CAesCipher.h"
 
 #include <algorithm>

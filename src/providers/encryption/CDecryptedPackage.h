@@ -1,4 +1,4 @@
-// An encrypted package as if it were not: decrypted where it is read, a window of some segments at a time.
+// An encrypted OPC package as if it were not: decrypted where it is read, a window of some segments at a time.
 #pragma once
 
 #include "providers/encryption/Encryption.h"

@@ -6,7 +6,7 @@
 // missing or wrong.
 #pragma once
 
-#include "providers/common/IRandomAccess.h"
+#include "providers/common/ByteSources.h"
 #include "providers/compound/CCompoundFile.h"
 #include "providers/encryption/IRecordCipher.h"
 
@@ -22,8 +22,8 @@ namespace NSTQ::Providers {
 /// page.
 using FDecryptBlock = std::function<void(std::uint32_t number, std::span<unsigned char> bytes)>;
 
-/// The package (an xlsx workbook) that a compound file holds, decrypted where it is read; it may be read after `file`
-/// is gone. Without a password the one is tried that programs use when nobody gave one.
+/// The OPC package (an xlsx workbook) that a compound file holds, decrypted where it is read; it may be read after
+/// `file` is gone. Without a password the one is tried that programs use when nobody gave one.
 std::shared_ptr<IRandomAccess> OpenEncryptedPackage(CCompoundFile& file, const std::string& passWord);
 
 /// The cipher that the record FILEPASS of an xls workbook describes; `filePassRecord` is its body. Without a password

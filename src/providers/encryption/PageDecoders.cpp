@@ -1,4 +1,4 @@
-#include "providers/common/LittleEndian.h"
+#include "providers/common/CByteReader.h"
 #include "providers/encryption/CAgileEncryption.h"
 #include "providers/encryption/CRc4.h"
 #include "providers/encryption/CRc4Keys.h"

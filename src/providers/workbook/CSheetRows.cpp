@@ -1,7 +1,7 @@
 #include "providers/workbook/CSheetRows.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 #include "providers/workbook/CColumnNames.h"
 #include "providers/workbook/SCCellValue.h"
 

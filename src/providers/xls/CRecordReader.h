@@ -2,8 +2,8 @@
 // pieces; a body is a part of the piece that is in memory and, in an encrypted workbook, decrypted there.
 #pragma once
 
-#include "providers/common/IRandomAccess.h"
-#include "providers/common/LittleEndian.h"
+#include "providers/common/ByteSources.h"
+#include "providers/common/CByteReader.h"
 #include "providers/encryption/IRecordCipher.h"
 #include "providers/xls/RecordTypes.h"
 

@@ -1,7 +1,7 @@
 #include "providers/xls/CTextReader.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/common/CodePageText.h"
+#include "providers/common/TextConversion.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,7 @@
 #include "providers/xls/CXlsBook.h"
 
 #include "providers/common/CSourceError.h"
-#include "providers/common/CodePageText.h"
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 #include "providers/encryption/Encryption.h"
 #include "providers/xls/CRecordCells.h"
 #include "tqcAccess/CodePage.h"

@@ -1,8 +1,8 @@
-// A workbook of zipped XML parts.
+// A workbook of zipped XML parts: the OPC package with what its parts say, behind the interface of all workbooks.
 #pragma once
 
 #include "providers/workbook/IWorkbook.h"
-#include "providers/xlsx/CWorkbook.h"
+#include "providers/xlsx/CWorkbookPart.h"
 #include "providers/xlsx/SharedParts.h"
 
 namespace NSTQ::Providers {
@@ -29,8 +29,8 @@ private:
     void LoadContents();
 
     std::string m_strPath;
-    CPackage m_package;
-    CWorkbook m_workbook;
+    COpcPackage m_package;
+    CWorkbookPart m_workbook;
     bool m_isLoaded = false;
     CNumberFormats m_formats;
     CTextPool m_sharedTexts;

@@ -1,6 +1,6 @@
 #include "providers/xlsx/SharedParts.h"
 
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 
 #include <charconv>
 
@@ -40,7 +40,7 @@ void ReadRichText(CXmlScanner& xml, std::string& target) {
     }
 }
 
-CTextPool ReadSharedTexts(const CPackage& package, const std::string& part) {
+CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part) {
     CTextPool texts(package.GetPackedSize(part));
     CXmlScanner xml = package.OpenPart(part);
     std::string text;
@@ -57,7 +57,7 @@ CTextPool ReadSharedTexts(const CPackage& package, const std::string& part) {
     return texts;
 }
 
-CNumberFormats ReadNumberFormats(const CPackage& package, const std::string& part) {
+CNumberFormats ReadNumberFormats(const COpcPackage& package, const std::string& part) {
     CNumberFormats formats;
     CXmlScanner xml = package.OpenPart(part);
     std::string group;

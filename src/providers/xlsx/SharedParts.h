@@ -1,9 +1,9 @@
-// The parts of a package that its sheets share: texts and the formats of cells.
+// The parts of an OPC package that its sheets share: texts and the formats of cells.
 #pragma once
 
 #include "providers/workbook/CNumberFormats.h"
 #include "providers/workbook/CTextPool.h"
-#include "providers/xlsx/CPackage.h"
+#include "providers/xlsx/COpcPackage.h"
 
 namespace NSTQ::Providers {
 
@@ -13,9 +13,9 @@ namespace NSTQ::Providers {
 void ReadRichText(CXmlScanner& xml, std::string& target);
 
 /// Reads the part of the shared texts. Throws CSourceError.
-CTextPool ReadSharedTexts(const CPackage& package, const std::string& part);
+CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part);
 
 /// Reads the styles part. Throws CSourceError.
-CNumberFormats ReadNumberFormats(const CPackage& package, const std::string& part);
+CNumberFormats ReadNumberFormats(const COpcPackage& package, const std::string& part);
 
 } // namespace NSTQ::Providers

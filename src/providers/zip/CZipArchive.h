@@ -1,9 +1,9 @@
-// A zip package that is read in place: its entries by name and their contents. Encrypted entries are not read.
+// A zip archive that is read in place: its entries by name and their contents. Encrypted entries are not read.
 // Names are compared without regard to the case of ASCII letters, with '\' as '/', and without a leading '/'; a
-// package that names an entry twice is refused.
+// archive that names an entry twice is refused.
 #pragma once
 
-#include "providers/common/IByteStream.h"
+#include "providers/common/ByteSources.h"
 #include "providers/zip/CZipDirectory.h"
 
 #include <memory>

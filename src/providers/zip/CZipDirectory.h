@@ -4,8 +4,8 @@
 // be one file that begins with the archive.
 #pragma once
 
+#include "providers/common/ByteSources.h"
 #include "providers/common/CByteReader.h"
-#include "providers/common/IRandomAccess.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-// The contents of one entry of a zip package, stored or deflated.
+// The contents of one entry of a zip archive, stored or deflated.
 #pragma once
 
 #include "providers/zip/CZipArchive.h"

@@ -1,5 +1,5 @@
-// Which entry of an archive is unpacked to which path. Checks names, types and stated sizes by the rules and limits
-// of CUnZip.h.
+// Which entry of an xtqf package is unpacked to which path. Checks names, types and stated sizes by the rules and
+// limits of CUnZip.h.
 #pragma once
 
 #include "providers/zip/CZipDirectory.h"
@@ -18,7 +18,7 @@ struct SPlannedEntry {
     std::uint64_t size;
 };
 
-class CPackagePlan {
+class CUnpackPlan {
 public:
     /// False when a rule or limit forbids unpacking the archive. Call it once.
     bool Make(const Providers::CZipDirectory& directory);

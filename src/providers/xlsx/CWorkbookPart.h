@@ -2,7 +2,7 @@
 #pragma once
 
 #include "providers/workbook/IWorkbook.h"
-#include "providers/xlsx/CPackage.h"
+#include "providers/xlsx/COpcPackage.h"
 
 #include <optional>
 #include <string>
@@ -11,10 +11,10 @@
 
 namespace NSTQ::Providers {
 
-class CWorkbook {
+class CWorkbookPart {
 public:
     /// Throws CSourceError for a package without a workbook. What a worksheet lacks is not looked at here.
-    explicit CWorkbook(const CPackage& package);
+    explicit CWorkbookPart(const COpcPackage& package);
 
     /// As IWorkbook says.
     const std::vector<std::u16string>& GetSheetNames() const { return m_sheetNames; }

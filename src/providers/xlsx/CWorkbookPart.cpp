@@ -1,8 +1,8 @@
-#include "providers/xlsx/CWorkbook.h"
+#include "providers/xlsx/CWorkbookPart.h"
 
 #include "platform/automation/Bstr.h"
 #include "providers/common/CSourceError.h"
-#include "providers/common/Utf8Text.h"
+#include "providers/common/TextConversion.h"
 
 #include <algorithm>
 #include <charconv>
@@ -51,7 +51,7 @@ std::string UnquoteSheetName(std::string_view name) {
 
 } // namespace
 
-CWorkbook::CWorkbook(const CPackage& package) {
+CWorkbookPart::CWorkbookPart(const COpcPackage& package) {
     const std::string part = TargetByType(package.ReadRelationships({}), "officeDocument");
     if (part.empty())
         throw CSourceError("not a workbook: the package has no main document");
@@ -84,7 +84,7 @@ CWorkbook::CWorkbook(const CPackage& package) {
     }
 }
 
-void CWorkbook::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationships) {
+void CWorkbookPart::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationships) {
     const auto found = relationships.find(std::string(xml.GetRelationshipId()));
     const bool isKnown = found != relationships.end();
     if (m_tabs.size() == maxSheets)
@@ -103,14 +103,14 @@ void CWorkbook::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationship
         m_sheetParts.push_back(IsIdEmpty(xml) ? std::optional<std::string>(std::in_place) : std::nullopt);
 }
 
-const std::string& CWorkbook::GetSheetPart(std::size_t sheet) const {
+const std::string& CWorkbookPart::GetSheetPart(std::size_t sheet) const {
     if (!m_sheetParts[sheet])
         throw CSourceError("the sheet " + Platform::AnsiFromWide(m_sheetNames[sheet]) +
                            " has no part of its own in the package");
     return *m_sheetParts[sheet];
 }
 
-void CWorkbook::ReadName(CXmlScanner& xml) {
+void CWorkbookPart::ReadName(CXmlScanner& xml) {
     std::string name(xml.GetAttribute("name"));
     const std::string localSheet(xml.GetAttribute("localSheetId"));
     const bool isHidden = IsTrue(xml.GetAttribute("hidden"));
@@ -136,7 +136,7 @@ void CWorkbook::ReadName(CXmlScanner& xml) {
     m_names.push_back({ToUtf16(name), !localSheet.empty(), sheet, *range});
 }
 
-std::size_t CWorkbook::FindSheet(std::string_view reference) const {
+std::size_t CWorkbookPart::FindSheet(std::string_view reference) const {
     const auto found = m_sheetsByName.find(ToUtf16(UnquoteSheetName(reference)));
     return found == m_sheetsByName.end() ? noSheet : found->second;
 }

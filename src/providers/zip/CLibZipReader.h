@@ -1,4 +1,4 @@
-// The contents of an archive's entries, decrypted and unpacked: the one place that uses the zip library.
+// The contents of an archive's entries, decrypted and unpacked by libzip, which nothing else here uses.
 #pragma once
 
 #include "providers/zip/CZipDirectory.h"
@@ -13,13 +13,13 @@
 
 namespace NSTQ::Providers {
 
-class CZipReader {
+class CLibZipReader {
 public:
     /// Reads through `input`, which stays open and in use for as long as this lives. An empty password means none.
-    CZipReader(IRandomAccess& input, std::string password);
-    CZipReader(const CZipReader&) = delete;
-    CZipReader& operator=(const CZipReader&) = delete;
-    ~CZipReader();
+    CLibZipReader(IRandomAccess& input, std::string password);
+    CLibZipReader(const CLibZipReader&) = delete;
+    CLibZipReader& operator=(const CLibZipReader&) = delete;
+    ~CLibZipReader();
 
     /// What returns false leaves the cause in GetLastError, in the codes of CUnZip.
 

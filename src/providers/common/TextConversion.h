@@ -1,7 +1,8 @@
-// UTF-8, as XML documents hold it here, to UTF-16, as values are handed out.
+// Texts as files hold them, in UTF-8 or in a code page older than Unicode, made UTF-16, as values are handed out.
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -36,5 +37,12 @@ inline bool MayHaveEscapes(std::string_view text) {
 
 /// UTF-16 as UTF-8, with U+FFFD for half of a surrogate pair. The view is of `target`, whose memory is used again.
 std::string_view ToUtf8(std::u16string_view wide, std::string& target);
+
+/// Whether this library has a table of that page: 874, 932, 936, 949, 950, 1250 to 1258, 10000 and 65001.
+bool HasPageTable(unsigned codePage);
+
+/// Puts a text in `codePage` to `to`, which has room for as many units as there are bytes, and gives how many it
+/// took. Throws CSourceError for what is not ASCII in a page that HasPageTable does not know.
+std::size_t DecodePageText(std::span<const unsigned char> bytes, unsigned codePage, char16_t* to);
 
 } // namespace NSTQ::Providers

@@ -1,4 +1,4 @@
-#include "common/CPackagePlan.h"
+#include "common/CUnpackPlan.h"
 
 #include "common/CUnZip.h"
 #include "platform/files/Files.h"
@@ -91,7 +91,7 @@ std::string MakeSortKey(std::string path) {
 
 } // namespace
 
-bool CPackagePlan::HasConflicts() const {
+bool CUnpackPlan::HasConflicts() const {
     struct SKey {
         std::string key;
         bool isFolder;
@@ -107,7 +107,7 @@ bool CPackagePlan::HasConflicts() const {
     return std::adjacent_find(keys.begin(), keys.end(), conflicts) != keys.end();
 }
 
-bool CPackagePlan::Make(const CZipDirectory& directory) {
+bool CUnpackPlan::Make(const CZipDirectory& directory) {
     std::uint64_t total = 0;
     const auto isAes = [](const SZipEntry& entry) { return entry.aesVersion != 0; };
     if (std::count_if(directory.Entries().begin(), directory.Entries().end(), isAes) >

@@ -1,4 +1,4 @@
-#include "providers/zip/CZipReader.h"
+#include "providers/zip/CLibZipReader.h"
 
 #include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"
@@ -30,18 +30,18 @@ bool IsShownAsPacked(const SZipEntry& entry) {
 
 } // namespace
 
-CZipReader::CZipReader(IRandomAccess& input, std::string password)
+CLibZipReader::CLibZipReader(IRandomAccess& input, std::string password)
     : m_oInput(input), m_strPassWord(std::move(password)) {
     zip_error_init(&m_oError);
 }
 
-CZipReader::~CZipReader() {
+CLibZipReader::~CLibZipReader() {
     m_pEntry.reset();
     m_pArchive.reset();
     zip_error_fini(&m_oError);
 }
 
-zip_int64_t CZipReader::ServeRead(std::span<unsigned char> bytes) noexcept {
+zip_int64_t CLibZipReader::ServeRead(std::span<unsigned char> bytes) noexcept {
     const std::uint64_t left = m_oInput.Size() - m_uPosition;
     const auto wanted = bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left)));
     try {
@@ -56,15 +56,15 @@ zip_int64_t CZipReader::ServeRead(std::span<unsigned char> bytes) noexcept {
 }
 
 /// `bytes` are those at the position of the next read. The second byte of the number is 0 for both methods.
-void CZipReader::HideMethods(std::span<unsigned char> bytes) const {
+void CLibZipReader::HideMethods(std::span<unsigned char> bytes) const {
     auto next = std::lower_bound(m_vecHiddenMethods.begin(), m_vecHiddenMethods.end(), m_uPosition);
     for (; next != m_vecHiddenMethods.end() && *next - m_uPosition < bytes.size(); ++next)
         bytes[static_cast<std::size_t>(*next - m_uPosition)] = ZIP_CM_DEFLATE;
 }
 
 /// Called by the zip library, through which no exception may pass.
-zip_int64_t CZipReader::Serve(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) noexcept {
-    auto& reader = *static_cast<CZipReader*>(self);
+zip_int64_t CLibZipReader::Serve(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) noexcept {
+    auto& reader = *static_cast<CLibZipReader*>(self);
     switch (command) {
     case ZIP_SOURCE_SUPPORTS:
         return ZIP_SOURCE_SUPPORTS_SEEKABLE;
@@ -103,7 +103,7 @@ zip_int64_t CZipReader::Serve(void* self, void* data, zip_uint64_t length, zip_s
     }
 }
 
-bool CZipReader::CanRead(const SZipEntry& entry, std::size_t index) const {
+bool CLibZipReader::CanRead(const SZipEntry& entry, std::size_t index) const {
     constexpr zip_uint64_t needed =
         ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_ENCRYPTION_METHOD;
     zip_stat_t status;
@@ -119,12 +119,12 @@ bool CZipReader::CanRead(const SZipEntry& entry, std::size_t index) const {
 }
 
 /// The traditional encryption lets one of 256 wrong passwords pass, and then cannot tell it from damage.
-bool CZipReader::FailAsDamaged() const {
+bool CLibZipReader::FailAsDamaged() const {
     const bool isUnclear = m_pCurrent->IsEncrypted() && m_pCurrent->aesVersion == 0;
     return FailWith(isUnclear ? ERROR_CRC : ERROR_FILE_CORRUPT);
 }
 
-bool CZipReader::FailFromZip(const zip_error_t* error) const {
+bool CLibZipReader::FailFromZip(const zip_error_t* error) const {
     switch (zip_error_code_zip(error)) {
     case ZIP_ER_NOPASSWD:
     case ZIP_ER_WRONGPASSWD:
@@ -138,8 +138,8 @@ bool CZipReader::FailFromZip(const zip_error_t* error) const {
     }
 }
 
-bool CZipReader::Open(const CZipDirectory& directory) {
-    zip_source_t* source = zip_source_function_create(&CZipReader::Serve, this, &m_oError);
+bool CLibZipReader::Open(const CZipDirectory& directory) {
+    zip_source_t* source = zip_source_function_create(&CLibZipReader::Serve, this, &m_oError);
     if (source == nullptr)
         return FailWith(ERROR_NOT_ENOUGH_MEMORY);
     m_oEntries = directory.Entries();
@@ -159,7 +159,7 @@ bool CZipReader::Open(const CZipDirectory& directory) {
     return true;
 }
 
-bool CZipReader::BeginEntry(std::size_t index, zip_flags_t flags) {
+bool CLibZipReader::BeginEntry(std::size_t index, zip_flags_t flags) {
     m_pEntry.reset();
     const char* password = m_strPassWord.empty() ? nullptr : m_strPassWord.c_str();
     m_pEntry.reset(zip_fopen_index_encrypted(m_pArchive.get(), index, flags, password));
@@ -168,7 +168,7 @@ bool CZipReader::BeginEntry(std::size_t index, zip_flags_t flags) {
 
 /// The zip library looks at the authentication code only when it is asked for more than the packed data, which its
 /// own unpacking never does; and AES entries need not have a checksum.
-bool CZipReader::Authenticate(std::size_t index) {
+bool CLibZipReader::Authenticate(std::size_t index) {
     std::array<std::byte, 16384> block;
     std::size_t count = 0;
     if (!BeginEntry(index, ZIP_FL_COMPRESSED))
@@ -180,7 +180,7 @@ bool CZipReader::Authenticate(std::size_t index) {
     return true;
 }
 
-bool CZipReader::OpenEntry(std::size_t index) {
+bool CLibZipReader::OpenEntry(std::size_t index) {
     m_pCurrent = &m_oEntries[index];
     m_bIsChecksumIdle = false;
     if (m_pCurrent->aesVersion != 0 && !Authenticate(index))
@@ -189,7 +189,7 @@ bool CZipReader::OpenEntry(std::size_t index) {
     return BeginEntry(index, IsShownAsPacked(*m_pCurrent) ? ZIP_FL_COMPRESSED : 0);
 }
 
-bool CZipReader::Read(std::span<std::byte> bytes, std::size_t& count) {
+bool CLibZipReader::Read(std::span<std::byte> bytes, std::size_t& count) {
     const zip_int64_t read = zip_fread(m_pEntry.get(), bytes.data(), bytes.size());
     count = read > 0 ? static_cast<std::size_t>(read) : 0;
     const zip_error_t* const error = zip_file_get_error(m_pEntry.get());

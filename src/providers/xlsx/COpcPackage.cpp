@@ -1,4 +1,4 @@
-#include "providers/xlsx/CPackage.h"
+#include "providers/xlsx/COpcPackage.h"
 
 #include "providers/common/CSourceError.h"
 
@@ -60,22 +60,22 @@ std::string RelationshipsPart(const std::string& part) {
 
 } // namespace
 
-CXmlScanner CPackage::Open(const std::string& part, const SInflateLimits& limits) const {
+CXmlScanner COpcPackage::Open(const std::string& part, const SInflateLimits& limits) const {
     const SZipEntry* entry = m_zip.Find(part);
     if (entry == nullptr)
         throw CSourceError("the part " + PrintableName(part) + " is missing");
     return CXmlScanner(m_zip.Open(*entry, limits), part);
 }
 
-CXmlScanner CPackage::OpenPart(const std::string& part) const {
+CXmlScanner COpcPackage::OpenPart(const std::string& part) const {
     return Open(part, heldLimits);
 }
 
-CXmlScanner CPackage::OpenStreamedPart(const std::string& part) const {
+CXmlScanner COpcPackage::OpenStreamedPart(const std::string& part) const {
     return Open(part, streamedLimits);
 }
 
-std::vector<SRelationship> CPackage::ReadRelationships(const std::string& part) const {
+std::vector<SRelationship> COpcPackage::ReadRelationships(const std::string& part) const {
     std::vector<SRelationship> relationships;
     const std::string list = RelationshipsPart(part);
     if (!HasPart(list))

@@ -1,4 +1,5 @@
-// The parts of a workbook's package and the relationships between them. External ones are never followed.
+// The OPC package of a workbook: its parts, which are the entries of a zip archive, and the relationships between
+// them. External ones are never followed.
 #pragma once
 
 #include "providers/common/CXmlScanner.h"
@@ -17,10 +18,10 @@ struct SRelationship {
     bool isExternal;
 };
 
-class CPackage {
+class COpcPackage {
 public:
     /// Throws CSourceError.
-    explicit CPackage(std::shared_ptr<IRandomAccess> input) : m_zip(std::move(input)) {}
+    explicit COpcPackage(std::shared_ptr<IRandomAccess> input) : m_zip(std::move(input)) {}
 
     bool HasPart(const std::string& part) const { return m_zip.Find(part) != nullptr; }
     /// The bytes that a part which is there takes in the file.
