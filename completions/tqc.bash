@@ -1,4 +1,4 @@
-# Completion of tqc for bash. The names behind --sheet are those of the file on the line.
+# Completion of tqc for bash. The names for --sheet are those of the file on the command line.
 
 # The options that take a value, for finding the file among the words.
 _tqc_takes_value() {
