@@ -1,8 +1,8 @@
-# Thin names over the CMake presets; whoever prefers CMake uses it directly.
+# Short names for the CMake presets.
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
-.PHONY: demo test bench check fuzz asan coverage docs install uninstall package clean
+.PHONY: demo test quick bench check fuzz asan coverage docs install uninstall package clean
 
 demo:
 	scripts/install_packages build
@@ -16,6 +16,12 @@ test:
 	cmake --build --preset release --parallel $(JOBS)
 	ctest --preset release --parallel $(JOBS)
 
+# Between two edits: the quick tests in a debug build.
+quick:
+	cmake --preset dev
+	cmake --build --preset dev --parallel $(JOBS) --target quick_tests
+	ctest --preset dev --parallel $(JOBS) --label-regex '^quick$$'
+
 bench:
 	scripts/install_packages build bench
 	cmake --preset release -DTQC_BUILD_BENCH=ON -DTQC_BENCH_SIZE=$${SIZE:-256000000}
@@ -25,11 +31,18 @@ bench:
 	cmake --build --preset release --parallel $(JOBS) --target run_access_benchmark
 	cmake --build --preset release --parallel $(JOBS) --target run_benchmarks
 
+# With CHANGED=1 the static analysis looks only at what differs from the branch main, and needs nothing built.
 check:
 	scripts/install_packages build check docs
 	cmake --preset asan
+ifdef CHANGED
+	CHECK_TIDY=changed scripts/check build/asan
+	@echo "Before a commit, also run: make quick"
+else
 	cmake --build --preset asan --parallel $(JOBS)
 	scripts/check build/asan
+	@echo "Before a merge, also run: make test asan"
+endif
 
 asan:
 	scripts/install_packages build check
