@@ -396,6 +396,8 @@ bool CSourceDataInfo::SetPassWordString(const char* password) {
         ForgetPassWords();
     // The password may belong to this object.
     std::memmove(m_pPassWordString.get(), password, length + 1);
+    // A longer one before it may have an end that is still there.
+    WipeMemory(m_pPassWordString.get() + length, PATH_BUFFSIZE - length);
     return true;
 }
 
