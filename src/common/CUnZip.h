@@ -6,7 +6,8 @@
 //   structure    it is truncated, has more than one disk, a comment that does not end with the file, a directory that
 //                is damaged or larger than MAX_DIRECTORY_SIZE, a local header that names another entry than the
 //                directory does, or entries that overlap each other or the directory
-//   count, size  it has more than MAX_ENTRIES entries, more than MAX_AES_ENTRIES of them with AES,
+//   count, size  it has more than MAX_ENTRIES entries, or makes more files and folders than that (folders without an
+//                entry included), more than MAX_PARTS parts in all names, more than MAX_AES_ENTRIES entries with AES,
 //                states more than MAX_TOTAL_SIZE bytes in total, or has an entry of more than RATIO_FREE_SIZE bytes
 //                that states more than MAX_RATIO times its compressed size
 //   names        an entry's name is empty or has an empty part, ".", "..", a drive letter ("C:"), a separator at its
@@ -50,6 +51,8 @@ public:
     static constexpr std::uint64_t MAX_RATIO = 1'100;
     static constexpr std::uint64_t RATIO_FREE_SIZE = std::uint64_t{1} << 20;
     static constexpr std::size_t MAX_DEPTH = 64;
+    /// Of all names together; unpacking opens a folder for each.
+    static constexpr std::size_t MAX_PARTS = 65'536;
     /// Bytes in the form in which the name is stored on disk.
     static constexpr std::size_t MAX_PATH_SIZE = 1'024;
 

@@ -89,9 +89,16 @@ std::string MakeSortKey(std::string path) {
     return path;
 }
 
+/// The parts of a path that it does not share with the one before it in that order: what has to be made for it.
+std::size_t CountNewParts(std::string_view before, std::string_view path) {
+    const auto differs = std::mismatch(before.begin(), before.end(), path.begin(), path.end()).second;
+    const bool isBelow = !before.empty() && differs == path.begin() + static_cast<std::ptrdiff_t>(before.size());
+    return 1 + static_cast<std::size_t>(std::count(differs, path.end(), '\0')) - (isBelow ? 1 : 0);
+}
+
 } // namespace
 
-bool CUnpackPlan::HasConflicts() const {
+bool CUnpackPlan::FitsTogether() const {
     struct SKey {
         std::string key;
         bool isFolder;
@@ -104,7 +111,16 @@ bool CUnpackPlan::HasConflicts() const {
     const auto conflicts = [](const SKey& left, const SKey& right) {
         return left.key == right.key || (!left.isFolder && right.key.starts_with(left.key + '\0'));
     };
-    return std::adjacent_find(keys.begin(), keys.end(), conflicts) != keys.end();
+    std::size_t made = 0;
+    std::size_t parts = 0;
+    std::string_view before;
+    for (const SKey& key : keys) {
+        made += CountNewParts(before, key.key);
+        parts += CountNewParts({}, key.key);
+        before = key.key;
+    }
+    return made <= CUnZip::MAX_ENTRIES && parts <= CUnZip::MAX_PARTS &&
+           std::adjacent_find(keys.begin(), keys.end(), conflicts) == keys.end();
 }
 
 bool CUnpackPlan::Make(const CZipDirectory& directory) {
@@ -121,7 +137,7 @@ bool CUnpackPlan::Make(const CZipDirectory& directory) {
         total += entry.size;
         m_vecEntries.push_back(std::move(planned));
     }
-    return !HasConflicts();
+    return FitsTogether();
 }
 
 } // namespace NSTQ::NSTQCore

@@ -26,7 +26,8 @@ public:
     const std::vector<SPlannedEntry>& Entries() const { return m_vecEntries; }
 
 private:
-    bool HasConflicts() const;
+    /// No two entries are in each other's way, and together they are not too many.
+    bool FitsTogether() const;
 
     std::vector<SPlannedEntry> m_vecEntries;
 };

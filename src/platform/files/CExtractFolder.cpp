@@ -18,9 +18,13 @@ constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 /// Goes down one level, which is created if it is missing.
 CDescriptor EnterFolder(int parent, const std::string& name) {
+    const auto open = [&] { return RetryInterrupted([&] { return ::openat(parent, name.c_str(), folderFlags); }); };
+    const int there = open();
+    if (there >= 0 || errno != ENOENT)
+        return CDescriptor(there);
     if (RetryInterrupted([&] { return ::mkdirat(parent, name.c_str(), folderMode); }) != 0 && errno != EEXIST)
         return CDescriptor();
-    return CDescriptor(RetryInterrupted([&] { return ::openat(parent, name.c_str(), folderFlags); }));
+    return CDescriptor(open());
 }
 
 } // namespace

@@ -55,25 +55,27 @@ CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CC
     std::size_t size = 0;
     while (rows.MoveNext()) {
         m_rows.push_back({rows.GetNumber(id), rows.GetNumber(attribute), text(order), rows.GetNumber(flag),
-                          text(name1), text(name2), text(expression)});
+                          text(name1), text(name2), text(expression), static_cast<std::uint32_t>(m_rows.size())});
         const SRow& row = m_rows.back();
         size += sizeof row + sizeof(char16_t) * (row.strOrder.size() + row.strName1.size() + row.strName2.size() +
                                                  row.strExpression.size());
         if (size > maxSize)
             throw CSourceError("its saved queries take more than " + std::to_string(maxSize) + " bytes");
     }
-    std::ranges::stable_sort(m_rows, [](const SRow& left, const SRow& right) {
-        return std::tie(left.id, left.attribute, left.strOrder) < std::tie(right.id, right.attribute, right.strOrder);
+    // A stable sort would take as much memory again as the rows.
+    std::ranges::sort(m_rows, [](const SRow& left, const SRow& right) {
+        return std::tie(left.id, left.attribute, left.strOrder, left.position) <
+               std::tie(right.id, right.attribute, right.strOrder, right.position);
     });
 }
 
-std::span<const CSavedQueries::SRow> CSavedQueries::GetRows(std::uint32_t id) const {
+CSavedQueries::SRows CSavedQueries::GetRows(std::uint32_t id) const {
     const auto first = std::ranges::lower_bound(m_rows, id, {}, &SRow::id);
     return {first, std::ranges::upper_bound(first, m_rows.end(), id, {}, &SRow::id)};
 }
 
 /// Whether nothing but columns, one table and conditions makes the query.
-bool CSavedQueries::IsPlainSelect(std::span<const SRow> rows) {
+bool CSavedQueries::IsPlainSelect(SRows rows) {
     const auto isPlain = [](const SRow& row) {
         switch (row.attribute) {
         case typeAttribute:
@@ -127,7 +129,7 @@ bool CSavedQueries::TakeOutput(const SRow& row, const CColumnScope& scope, SQuer
 }
 
 /// False also when two columns would have one name: the database invents others then.
-bool CSavedQueries::TakeOutputs(std::span<const SRow> rows, const CColumnScope& scope, SQueryPlan& plan) {
+bool CSavedQueries::TakeOutputs(SRows rows, const CColumnScope& scope, SQueryPlan& plan) {
     for (const SRow& row : rows) {
         if (row.attribute == columnAttribute && !TakeOutput(row, scope, plan))
             return false;

@@ -5,6 +5,7 @@
 #include "providers/access/CCatalogue.h"
 #include "providers/access/CQueryConditions.h"
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,17 +42,24 @@ private:
         std::u16string strName1;
         std::u16string strName2;
         std::u16string strExpression;
+        std::uint32_t position; ///< in the file
+    };
+    struct SRows {
+        std::deque<SRow>::const_iterator first;
+        std::deque<SRow>::const_iterator last;
+        auto begin() const { return first; }
+        auto end() const { return last; }
     };
 
-    std::span<const SRow> GetRows(std::uint32_t id) const;
-    static bool IsPlainSelect(std::span<const SRow> rows);
-    static bool TakeOutputs(std::span<const SRow> rows, const CColumnScope& scope, SQueryPlan& plan);
+    SRows GetRows(std::uint32_t id) const;
+    static bool IsPlainSelect(SRows rows);
+    static bool TakeOutputs(SRows rows, const CColumnScope& scope, SQueryPlan& plan);
     static bool TakeOutput(const SRow& row, const CColumnScope& scope, SQueryPlan& plan);
 
     const STableDefinition& GetTable(const SDatabaseObject& table);
 
     const CCatalogue& m_catalogue;
-    std::vector<SRow> m_rows; ///< by query, attribute and order
+    std::deque<SRow> m_rows; ///< by query, attribute and order; growing it takes no second copy
     /// The definitions that the last queries have asked for, by their pages: many queries are about few tables.
     std::map<std::uint32_t, STableDefinition> m_tables;
 };

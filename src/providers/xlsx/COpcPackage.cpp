@@ -13,6 +13,8 @@ constexpr std::uint64_t mebibyte = 1U << 20;
 constexpr SInflateLimits streamedLimits = {65536 * mebibyte, 64 * mebibyte, 256};
 constexpr SInflateLimits heldLimits = {2048 * mebibyte, 16 * mebibyte, 100};
 constexpr std::size_t maxRelationships = 100000;
+/// Of the relationships of a part, in all.
+constexpr std::size_t maxRelationshipBytes = 8 * mebibyte;
 
 int HexValue(char digit) {
     if (digit >= '0' && digit <= '9')
@@ -81,10 +83,13 @@ std::vector<SRelationship> COpcPackage::ReadRelationships(const std::string& par
     if (!HasPart(list))
         return relationships;
     CXmlScanner xml = OpenPart(list);
+    std::size_t bytes = 0;
     while (xml.Next() != EXmlEvent::EndOfDocument) {
         if (!xml.IsStart(2, "Relationship"))
             continue;
-        if (relationships.size() == maxRelationships)
+        for (const SXmlAttribute& attribute : xml.GetAttributes())
+            bytes += attribute.strValue.size();
+        if (relationships.size() == maxRelationships || bytes > maxRelationshipBytes)
             xml.Fail("too many relationships");
         SRelationship relationship;
         relationship.strId = xml.GetAttribute("Id");

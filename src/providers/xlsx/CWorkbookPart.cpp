@@ -93,14 +93,17 @@ void CWorkbookPart::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relation
         m_tabs.push_back(noSheet);
         return;
     }
+    CountName(xml, xml.GetAttribute("name"));
     std::u16string name = ToUtf16(xml.GetAttribute("name"));
     m_tabs.push_back(m_sheetNames.size());
     m_sheetsByName.emplace(name, m_sheetNames.size());
     m_sheetNames.push_back(std::move(name));
-    if (isKnown && !found->second.isExternal)
+    if (isKnown && !found->second.isExternal) {
+        CountName(xml, found->second.strTarget);
         m_sheetParts.emplace_back(found->second.strTarget);
-    else
+    } else {
         m_sheetParts.push_back(IsIdEmpty(xml) ? std::optional<std::string>(std::in_place) : std::nullopt);
+    }
 }
 
 const std::string& CWorkbookPart::GetSheetPart(std::size_t sheet) const {
@@ -133,7 +136,14 @@ void CWorkbookPart::ReadName(CXmlScanner& xml) {
         return;
     if (m_names.size() == maxNames)
         xml.Fail("too many names");
+    CountName(xml, name);
     m_names.push_back({ToUtf16(name), !localSheet.empty(), sheet, *range});
+}
+
+void CWorkbookPart::CountName(const CXmlScanner& xml, std::string_view name) {
+    m_nameBytes += name.size();
+    if (m_nameBytes > maxNameBytes)
+        xml.Fail("the names in it take more than " + std::to_string(maxNameBytes) + " bytes");
 }
 
 std::size_t CWorkbookPart::FindSheet(std::string_view reference) const {

@@ -31,6 +31,8 @@ public:
 private:
     static constexpr std::size_t maxSheets = 65536;
     static constexpr std::size_t maxNames = 65536;
+    /// Of sheets, their parts and ranges in all: whoever lists them keeps each several times.
+    static constexpr std::size_t maxNameBytes = 1U << 21;
     static constexpr std::size_t noSheet = static_cast<std::size_t>(-1);
 
     /// By their identifiers.
@@ -38,6 +40,7 @@ private:
 
     void ReadSheet(CXmlScanner& xml, const CRelationshipMap& relationships);
     void ReadName(CXmlScanner& xml);
+    void CountName(const CXmlScanner& xml, std::string_view name);
     std::size_t FindSheet(std::string_view reference) const;
 
     std::vector<std::u16string> m_sheetNames;
@@ -45,6 +48,7 @@ private:
     std::vector<std::size_t> m_tabs; ///< for each tab of the workbook the index of its sheet or noSheet
     std::unordered_map<std::u16string, std::size_t> m_sheetsByName;
     std::vector<SNamedRange> m_names;
+    std::size_t m_nameBytes = 0;
     bool m_isDate1904 = false;
     std::string m_strStylesPart;
     std::string m_strSharedStringsPart;
