@@ -83,7 +83,7 @@ struct V {
 const struct {
     const char* title;
     void (*spoil)(V&);
-    const char* outcome; ///< a number of rows, or the cause of a refusal, or nothing that is certain
+    const char* outcome; ///< a number of rows, or the cause of a refusal
 } spoiled[] = {
     {"a definition that goes on in itself", [](V& v) { v.Define(4, 4, v.definition); }, "too long"},
     {"a definition that goes on behind the file", [](V& v) { v.Define(4, 4, farPage); }, "no page"},
@@ -93,10 +93,8 @@ const struct {
     {"a definition of 4 GB", [](V& v) { v.Define(8, 8, ~0U); }, "30 rows"},
     {"4 billion rows claimed", [](V& v) { v.Define(12, 16, ~0U); }, "30 rows"},
     {"65535 columns", [](V& v) { v.Define(25, 45, 0xFFFF, 2); }, "ends inside"},
-    {"no columns", [](V& v) { v.Define(25, 45, 0, 2); }, ""},
     {"so many indexes that their size overflows", [](V& v) { v.Define(31, 51, 0x15555556); }, "ends inside"},
     {"a column far right in the row", [](V& v) { v.Define(43 + 8 + 14, 63 + 12 + 21, 0xFFFE, 2); }, "shorter"},
-    {"a column far behind in the row", [](V& v) { v.Define(51 + 18 + 3, 75 + 25 + 7, 0xFFFE, 2); }, ""},
     {"a usage map behind the file", [](V& v) { v.Define(35, 55, farPage << 8); }, "no page"},
     {"a usage map in a definition", [](V& v) { v.Define(35, 55, 2 << 8); }, "type 2"},
     {"a usage map of an unknown kind", [](V& v) { v.Map(0, "\7"); }, "unknown type"},
@@ -114,7 +112,6 @@ const struct {
     {"a page of rows that is another table's", [](V& v) { v.pages->Put(v.rows, 4, 2, 4); }, "should contain rows"},
     {"a page of rows of another kind", [](V& v) { v.pages->Put(v.rows, 0, 9, 1); }, "rows are lost"},
     {"a row of no bytes", [](V& v) { v.Slot(0, v.pages->Size()); }, "shorter"},
-    {"a row of one byte", [](V& v) { v.Slot(0, v.pages->Size() - 1); }, ""},
     {"a row of too many columns", [](V& v) { v.pages->Put(v.rows, v.RowAt(v.rows, 0), 250, v.Width()); },
      "has 250 columns"},
     {"too many values of variable size", [](V& v) { v.Entry(0, 200); }, "shorter"},
@@ -138,18 +135,6 @@ const struct {
     {"a long value that ends too early", [](V& v) { v.GoOn(0); }, "too early"},
 };
 
-/// A good row in each of `count` columns; definitions of Access hold 255 at most, but nothing else is bounded by
-/// that.
-std::string MakeWide(EJet version, std::size_t count) {
-    CAccessWriter writer(version);
-    std::vector<SAccessColumn> columns;
-    for (std::size_t i = 0; i < count; ++i)
-        columns.push_back({std::to_string(i), Boolean});
-    writer.AddTable("Bad", columns).Add(AccessRow(count, true));
-    writer.AddTable("Good", {{"a"}}).Add({"good"});
-    return writer.Finish().Bytes();
-}
-
 std::string MakeQueries(int count) {
     CAccessWriter writer(EJet::Jet4);
     writer.AddTable("Bad", {{"Id", Long}, {"Text"}}).Add({std::int64_t{1}, "t"});
@@ -164,7 +149,7 @@ void AddCases(std::vector<SHostileCase>& cases, EJet version) {
     cases.push_back({"a good one" + suffix, [=] { return V(version).pages->Bytes(); }, "30 rows"});
     for (const auto& known : spoiled) {
         const std::string outcome = known.outcome;
-        const bool isRead = outcome.empty() || (outcome[0] >= '0' && outcome[0] <= '9');
+        const bool isRead = outcome[0] >= '0' && outcome[0] <= '9';
         cases.push_back({known.title + suffix,
                          [=, &known] {
                              V victim(version);
@@ -173,9 +158,6 @@ void AddCases(std::vector<SHostileCase>& cases, EJet version) {
                          },
                          isRead ? outcome : "refused: ", isRead ? "" : outcome});
     }
-    for (const std::size_t count : {255U, 256U, 5000U})
-        cases.push_back({std::to_string(count) + " columns that there are" + suffix,
-                         [=] { return MakeWide(version, count); }, ""});
     const std::string whole = V(version).pages->Bytes();
     for (std::size_t size = 0; size < whole.size(); size += whole.size() / 40)
         cases.push_back(

@@ -94,17 +94,6 @@ void Add(std::vector<SHostileCase>& cases, const SForged (&table)[Count], bool i
                          "refused: ", known.word});
 }
 
-/// Counts and places that no file of this size bears out.
-void AddForgedNumbers(std::vector<SHostileCase>& cases) {
-    for (const std::uint32_t number : {0U, 1U << 31, ~0U})
-        for (const std::size_t place : {std::size_t{44}, std::size_t{48}, std::size_t{TFile::start}, +TFile::size})
-            cases.push_back({std::to_string(number) + " at " + std::to_string(place), [=] {
-                                 TFile file = MakeFile(false);
-                                 file.Set(place < 64 ? place : file.entries[book] + place, number);
-                                 return file.bytes;
-                             }});
-}
-
 } // namespace
 
 std::vector<SHostileCase> CompoundCases() {
@@ -112,7 +101,6 @@ std::vector<SHostileCase> CompoundCases() {
                                     {"a small one", [] { return MakeFile(true).bytes; }, "10 rows"}};
     Add(cases, forged, false);
     Add(cases, forgedSmall, true);
-    AddForgedNumbers(cases);
     // What lacks of the allocation table, which is last, may be about sectors that nobody has.
     const std::string whole = MakeFile(false).bytes;
     for (std::size_t size = 513; size < whole.size() - 512; size += 997)

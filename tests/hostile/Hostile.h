@@ -31,6 +31,18 @@ struct SHostileKind {
 /// cause" when it is too large to be (DB_E_DATAOVERFLOW), or what else was met. `table` counts from 0.
 std::string RunSource(const std::string& path, std::uint32_t table = 0);
 
+struct SMeasured {
+    std::string outcome;
+    double seconds = 0; ///< of the processor, so that a busy machine does not matter
+    long kilobytes = 0; ///< the most that were in use at once
+};
+
+/// Makes the file and reads it, each in a process of its own; nothing else in its folder may change.
+SMeasured RunCase(const SHostileKind& kind, const SHostileCase& hostile);
+
+/// The kinds that BlownUpTest.cpp runs; their cases have no result but for the first.
+const std::vector<SHostileKind>& BlownUpKinds();
+
 std::vector<SHostileCase> PackageCases();
 std::string RunPackage(const std::string& path);
 

@@ -61,20 +61,22 @@ struct SXlsxParts {
                sheets + "</sheets><definedNames>" + strNames + "</definedNames></workbook>";
     }
 
-    std::string File() const {
+    std::string File() const { return MakeZip(Entries()); }
+
+    std::vector<SZipEntryText> Entries() const {
         const auto pack = [this](SZipEntryText entry) { return isDeflated ? Deflated(std::move(entry)) : entry; };
-        return MakeZip({{.name = "_rels/.rels",
-                         .content = "<Relationships>" + Relationship("a", "officeDocument", "/xl/workbook.xml") +
-                                    "</Relationships>"},
-                        {.name = "xl/workbook.xml", .content = WorkbookPart()},
-                        {.name = "xl/_rels/workbook.xml.rels",
-                         .content = "<Relationships>" + Relationship("s", "worksheet", strTarget, strSheetMode) +
-                                    Relationship("t", "sharedStrings", "sharedStrings.xml") +
-                                    Relationship("c", "chartsheet", "chart.xml") +
-                                    Relationship("f", "styles", "../xl/./styles.xml") + "</Relationships>"},
-                        pack({.name = "xl/worksheets/sheet1.xml", .content = SheetPart()}),
-                        pack({.name = "xl/sharedStrings.xml", .content = "<sst>" + strStrings + "</sst>"}),
-                        {.name = "xl/styles.xml", .content = "<styleSheet>" + strFormats + "</styleSheet>"}});
+        return {{.name = "_rels/.rels",
+                 .content = "<Relationships>" + Relationship("a", "officeDocument", "/xl/workbook.xml") +
+                            "</Relationships>"},
+                {.name = "xl/workbook.xml", .content = WorkbookPart()},
+                {.name = "xl/_rels/workbook.xml.rels",
+                 .content = "<Relationships>" + Relationship("s", "worksheet", strTarget, strSheetMode) +
+                            Relationship("t", "sharedStrings", "sharedStrings.xml") +
+                            Relationship("c", "chartsheet", "chart.xml") +
+                            Relationship("f", "styles", "../xl/./styles.xml") + "</Relationships>"},
+                pack({.name = "xl/worksheets/sheet1.xml", .content = SheetPart()}),
+                pack({.name = "xl/sharedStrings.xml", .content = "<sst>" + strStrings + "</sst>"}),
+                {.name = "xl/styles.xml", .content = "<styleSheet>" + strFormats + "</styleSheet>"}};
     }
 };
 

@@ -1,0 +1,433 @@
+// The good files, and what in them is made large.
+#include "hostile/CBlowUp.h"
+
+#include "support/ZipWriter.h"
+
+#include <map>
+#include <set>
+
+#if defined(TQC_TEST_XLSX)
+#include "xlsx/XlsxBuilder.h"
+#endif
+#if defined(TQC_TEST_XLS)
+#include "support/CompoundBuilder.h"
+#include "xls/XlsBuilder.h"
+#endif
+#if defined(TQC_TEST_ACCESS)
+#include "support/AccessWriter.h"
+#endif
+#if defined(TQC_TEST_ENCRYPTION)
+#include "support/Encryptor.h"
+#endif
+
+namespace NSTQ::Tests {
+namespace {
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+using TCases = std::vector<SHostileCase>;
+using TFillers = std::vector<std::string_view>;
+
+const TFillers textFillers = {"a", " ", "9", "\"", ",", "\r\n", "\0"sv, "\x1A", "\x81", "あ"};
+const TFillers xmlFillers = {"a", " ", "9", "0;", "[", "../", "/b/..", "&#10;", "_x0041_", "%2E", "あ"};
+
+std::string Same(std::string bytes) {
+    return bytes;
+}
+
+std::string ReadOne(const std::string& path) {
+    return RunSource(path);
+}
+
+/// Every byte of a text, and every line of it.
+TCases TextCases() {
+    const std::string text = "Id,\"a \"\"text\"\"\r\nof two lines\", あ \r\n1, 2 ,\t3\r\n\"\",,\r\n";
+    TCases cases{{"a good one", [=] { return text; }, "rows"}};
+    CBlowUp whole(cases, "at", text, Same, {textFillers});
+    for (std::size_t at = 0, line = 0; at < text.size(); line = text[at++] == '\n' ? at : line) {
+        whole.Fill(at, 1);
+        whole.Repeat(line, at + 1 - line);
+    }
+    return cases;
+}
+
+#if defined(TQC_TEST_ZIP)
+using TEntries = std::vector<SZipEntryText>;
+
+TCases PackageBlowUps() {
+    const SZipEntryText data{.name = "TqData/SourceFile.csv", .content = "a,b\r\nc,d\r\n"};
+    const SZipEntryText other{.name = "a/b.txt", .content = "text", .extra = "\1\0\x08\0"s + std::string(8, '\0')};
+    TCases cases{{"a good one", [=] { return MakeZip({data, other}); }, "2 rows"}};
+    for (const bool isWide : {false, true}) {
+        const std::string archive = MakeZip({data, other}, {.comment = "c", .wide = isWide});
+        CBlowUp(cases, "archive", archive, Same).Numbers(0, archive.size());
+    }
+    const auto blowUp = [&](const char* title, const std::string& part, const CBlowUp::TWrap& wrap) {
+        CBlowUp text(cases, title, part, wrap, {xmlFillers, 60'000});
+        text.Fill(0, part.size());
+        text.Repeat(0, part.size());
+    };
+    for (const auto member : {&SZipEntryText::name, &SZipEntryText::extra, &SZipEntryText::descriptor})
+        blowUp("entry", other.*member + "PK", [=](std::string text) {
+            SZipEntryText changed = other;
+            changed.*member = std::move(text);
+            return MakeZip({data, changed});
+        });
+    for (const auto member : {&SZipEndText::comment, &SZipEndText::prefix})
+        blowUp("end", "PK\5\6", [=](std::string text) {
+            SZipEndText end;
+            end.*member = std::move(text);
+            return MakeZip({data, other}, end);
+        });
+    for (const std::string& name : {"a"s, "TqData/"s, "a/b/c/d/e/f/g/"s, Repeated("a/", 120)})
+        for (const char* behind : {"", "/", "/a"})
+            for (const std::size_t count : {3'000U, 60'000U})
+                cases.push_back({"entries of " + name + behind, [=] {
+                                     TEntries entries(count, other);
+                                     for (std::size_t i = 0; i < count; ++i)
+                                         entries[i].name = name + std::to_string(i) + behind;
+                                     return MakeZip(entries);
+                                 }});
+    return cases;
+}
+#endif
+
+#if defined(TQC_TEST_XLSX)
+std::string Hexadecimal(std::string_view bytes) {
+    std::string text;
+    for (const char byte : bytes)
+        for (const int shift : {4, 0})
+            text += "0123456789abcdef"[byte >> shift & 15];
+    return text;
+}
+
+SXlsxParts GoodBook() {
+    SXlsxParts parts;
+    parts.isDeflated = true;
+    parts.strBookProperties = "<workbookPr date1904='0'/>";
+    parts.sheetNames = {"Sheet1", "Sheet2"};
+    parts.strNames = "<definedName name='Range' localSheetId='0'>Sheet1!$A$1:$B$2</definedName>";
+    parts.strFormats = "<numFmts count='1'><numFmt numFmtId='164' formatCode='yyyy/mm/dd" + Repeated("\\a", 1000) +
+                       "'/></numFmts><fonts><font>"
+                       "<sz val='11'/></font></fonts><cellXfs><xf numFmtId='0'/><xf numFmtId='164'/></cellXfs>";
+    parts.strStrings = "<si><t>" + std::string(2000, 't') + "</t></si><si><r><rPr><b/></rPr><t> a </t></r></si>";
+    parts.strRows =
+        "<row r='1' spans='1:5'><c r='A1' s='1' t='n'><v>40000.5</v></c><c t='inlineStr'><is><t>a</t></is>"
+        "</c><c t='str'><f>A1+1</f><v>b</v></c><c t='e'><v>#N/A</v></c><c t='b'><v>1</v></c></row>";
+    for (int row = 0; row < 30; ++row)
+        parts.strRows += "<row>" + Repeated("<c t='s'><v>0</v></c>", 200) + "<c t='s'><v>1</v></c></row>";
+    return parts;
+}
+
+/// The first sheet opens; that of the second, which is missing, has a name of some size, as have other things.
+TCases XlsxBlowUps() {
+    TEntries entries = GoodBook().Entries();
+    const auto change = [&](std::size_t entry, std::string_view text, const std::string& with) {
+        entries[entry].content.replace(entries[entry].content.rfind(text), text.size(), with);
+    };
+    change(1, "rel:id='s'", "rel:id='c'");
+    change(2, "chartsheet", "worksheet");
+    change(2, "chart.xml", Repeated("a/", 2000));
+    for (SZipEntryText& entry : entries)
+        entry.packed.reset(), entry.method = 0;
+    TCases cases{{"a good one", [=] { return MakeZip(entries); }, "31 rows"}};
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        CBlowUp(cases, entries[i].name, entries[i].content,
+                [=](std::string xml) {
+                    TEntries changed = entries;
+                    // What packs too well is refused.
+                    const std::string noise = "<!--" + Hexadecimal(Noise(xml.size() / 64)) + "-->";
+                    changed[i].content = xml.starts_with("<?xml") ? std::move(xml) : noise + std::move(xml);
+                    changed[i] = Deflated(changed[i]);
+                    return MakeZip(changed);
+                },
+                {xmlFillers, 4'000'000, 32'000'000})
+            .Xml();
+    return cases;
+}
+#endif
+
+#if defined(TQC_TEST_XLS)
+SXlsParts GoodXls() {
+    SXlsParts parts;
+    const std::string name = Record(ERecord::Name, Int(0, 3) + Int(5, 1) + Int(11) + Int(0, 8) + Narrow("Range") +
+                                                       "\x3B" + std::string(4, '\0') + Int(1) + Int(0) + Int(1));
+    parts.strGlobals = Record(ERecord::CodePage, Int(1200)) + Record(ERecord::DateMode, Int(0)) +
+                       Record(ERecord::Format, Int(164) + Int(10) + Narrow("yyyy/mm/dd")) +
+                       Record(ERecord::Xf, Int(0) + Int(0) + Int(0, 16)) +
+                       Record(ERecord::Xf, Int(0) + Int(164) + Int(0, 16));
+    parts.strShared = Record(ERecord::SupBook, Int(2) + Int(0x0401)) +
+                      Record(ERecord::ExternSheet, Int(1) + Int(0) + Int(0) + Int(0)) + name +
+                      Record(ERecord::Sst, Int(3, 4) + Int(2, 4) + Int(1) + "\x0C"s + Int(1) + Int(4, 4) + "a" +
+                                               Int(0, 4) + "ext." + Int(2000) + Narrow(std::string(1000, 't'))) +
+                      Record(ERecord::Continue, Narrow(std::string(1000, 't')));
+    std::string& cells = parts.sheets[0].strCells;
+    cells = Number(0, 0, 40000.5, 1) + Cell(ERecord::Rk, 0, 1, Int(7, 4)) + Label(0, 2, "a label") +
+            Record(ERecord::MulRk, Int(1) + Int(0) + Int(0) + Int(7, 4) + Int(0) + Int(7, 4) + Int(1)) +
+            Cell(ERecord::BoolErr, 1, 2, Int(1)) +
+            Cell(ERecord::RString, 2, 0, Int(1) + Narrow("r") + Int(1) + Int(0, 4)) +
+            Cell(ERecord::Formula, 2, 1, Int(0, 6) + Int(0xFFFF) + Int(0, 8)) +
+            Record(ERecord::SharedFormula, Int(0, 8)) + Record(ERecord::String, Int(4) + Narrow("text")) +
+            parts.Begin(0x20) + Record(ERecord::Eof);
+    for (unsigned row = 3; row < 30; ++row)
+        for (unsigned column = 0; column < 10; ++column)
+            cells += Cell(ERecord::LabelSst, row, column, Int(row % 2, 4));
+    parts.sheets.push_back({.strName = "Sheet2", .strCells = Number(0, 0, 1)});
+    return parts;
+}
+
+/// The record at a place longer, continued, repeated, and with each of its first two numbers counting.
+void BlowUpRecord(CBlowUp& part, const std::string& record, std::size_t at) {
+    constexpr std::size_t most = 8224, count = 100'000;
+    part.Repeat(at, record.size());
+    for (const char filling : {'\0', '\1', '\xFF'}) {
+        std::string longer = record + std::string(4 + most - record.size(), filling);
+        longer.replace(2, 2, Int(most));
+        part.Replace("longer", at, record.size(), [=] { return longer; });
+        part.Replace("many longer", at, record.size(), [=] { return Repeated(longer, most * 500); });
+        part.Replace("continued", at + record.size(), 0,
+                     [=] { return Repeated(Record(ERecord::Continue, std::string(most, filling)), most * 500); });
+    }
+    part.Replace("continued", at + record.size(), 0, [] { return Repeated(Record(ERecord::Continue), 4 * count); });
+    for (const std::size_t number : {4U, 6U})
+        for (const std::size_t step : {1U, 0xFFFFU})
+            part.Replace("counting by " + std::to_string(step), at, record.size(), [=] {
+                std::string all;
+                for (std::size_t i = 0; i < count && number + 2 <= record.size(); ++i)
+                    all += std::string(record).replace(number, 2, Int(i * step));
+                return all;
+            });
+}
+
+TCases XlsBlowUps() {
+    const SXlsParts good = GoodXls();
+    const std::string stream = good.Stream();
+    TCases cases{{"a good one", [=] { return stream; }, "30 rows"}};
+    CBlowUp whole(cases, "stream", stream, Same);
+    whole.Numbers(0, stream.find("ttt"));
+    whole.Numbers(stream.find(good.sheets[0].strCells), 300);
+    using TPart = std::string& (*)(SXlsParts&);
+    const TPart parts[] = {[](SXlsParts& book) -> std::string& { return book.strGlobals; },
+                           [](SXlsParts& book) -> std::string& { return book.strShared; },
+                           [](SXlsParts& book) -> std::string& { return book.sheets[0].strCells; }};
+    for (const TPart part : parts) {
+        SXlsParts copy = good;
+        const std::string records = part(copy);
+        CBlowUp blowUp(cases, "part", records, [=](std::string changed) {
+            SXlsParts book = good;
+            part(book) = std::move(changed);
+            return book.Stream();
+        });
+        const auto byte = [&](std::size_t at) { return std::size_t{static_cast<unsigned char>(records[at])}; };
+        std::set<std::string> types;
+        for (std::size_t at = 0, size = 0; at < records.size(); at += size) {
+            size = 4 + byte(at + 2) + 256 * byte(at + 3);
+            if (types.insert(records.substr(at, 2)).second)
+                BlowUpRecord(blowUp, records.substr(at, size), at);
+        }
+    }
+    return cases;
+}
+
+/// Streams of `size` bytes beside that of the book, or each in a folder that lies in the one of the last.
+std::string MakeCompound(std::size_t streams, std::size_t size, bool isNested, const SCompoundForm& form = {}) {
+    CCompoundBuilder builder;
+    std::u16string folder;
+    for (std::size_t i = 0; i < streams; ++i) {
+        const std::string number = std::to_string(i);
+        builder.Add(folder + std::u16string(number.begin(), number.end()), Noise(size));
+        folder += isNested ? u"f/" : u"";
+    }
+    return builder.Add(u"Workbook", GoodXls().Stream()).Finish(form).bytes;
+}
+
+TCases CompoundBlowUps() {
+    const std::string good = MakeCompound(2, 5'000, true);
+    TCases cases{{"a good one", [=] { return good; }, "30 rows"}};
+    for (const std::string& file : {good, MakeCompound(2, 60, false, {.sectorSize = 4096})}) {
+        CBlowUp whole(cases, "file", file, Same);
+        const std::size_t directory = file.find("R\0o\0o\0t\0"s);
+        const std::size_t table = file.size() - (file[30] == 9 ? 512 : 4096);
+        for (const auto& [at, size] : {std::pair<std::size_t, std::size_t>(24, 80), {directory, 600}, {table, 200}}) {
+            whole.Numbers(at, size);
+            whole.Repeat(at, size);
+        }
+    }
+    for (const auto& [streams, size] :
+         {std::pair<std::size_t, std::size_t>(1, 8'000'000), {3'000, 100}, {3'000, 5'000}, {10'000, 0}, {10'000, 64}})
+        for (const int form : {0, 1, 2, 3})
+            cases.push_back({std::to_string(streams) + " streams, form " + std::to_string(form),
+                             [=, streams = streams, size = size] {
+                                 return MakeCompound(form > 1 ? std::min<std::size_t>(streams, 500) : streams, size,
+                                                     form > 1, {.isScattered = form % 2 == 1});
+                             }});
+    return cases;
+}
+#endif
+
+#if defined(TQC_TEST_ACCESS)
+/// How much a database has of each, and how its texts read.
+struct SDatabase {
+    EJet version = EJet::Jet4;
+    std::map<std::string, std::size_t> counts = {
+        {"rows", 20},   {"moved", 3},   {"deleted", 1},      {"columns", 3},       {"long", 1},       {"tables", 1},
+        {"objects", 1}, {"queries", 1}, {"query tables", 1}, {"query columns", 1}, {"conditions", 1}, {"ends", 1}};
+    std::map<std::string, std::string> texts = {{"table", "T"},
+                                                {"column", "Text"},
+                                                {"text", "text"},
+                                                {"memo", std::string(5000, 'n')},
+                                                {"object", "Form"},
+                                                {"query", "View"},
+                                                {"alias", "Number"},
+                                                {"expression", "T.Id"},
+                                                {"condition", "((T.Id)>1)"}};
+
+    std::string Bytes() {
+        CAccessWriter writer(version);
+        std::vector<SAccessColumn> columns = {{"Id", EAccess::Long}, {texts["column"]}, {"Note", EAccess::Memo}};
+        while (columns.size() < counts["columns"])
+            columns.push_back({texts["column"] + std::to_string(columns.size()), EAccess::Boolean});
+        for (std::size_t i = 0; i < counts["tables"]; ++i)
+            AddRows(writer.AddTable(texts["table"] + (i == 0 ? "" : std::to_string(i)), columns), i == 0 ? 1 : 0,
+                    columns.size());
+        for (std::size_t i = 0; i < counts["objects"]; ++i)
+            writer.AddObject(texts["object"] + std::to_string(i), 6, 0);
+        std::vector<SAccessQueryRow> query = {{0}, {1, 1}};
+        query.insert(query.end(), counts["query tables"], {5, {}, "", texts["table"]});
+        query.insert(query.end(), counts["query columns"], {6, 0, texts["expression"], texts["alias"]});
+        query.insert(query.end(), counts["conditions"], {8, {}, texts["condition"]});
+        query.insert(query.end(), counts["ends"], {255});
+        for (std::size_t i = 0; i < counts["queries"]; ++i)
+            writer.AddQuery(texts["query"] + std::to_string(i), query);
+        return writer.Finish().Bytes();
+    }
+
+private:
+    void AddRows(CAccessTable& table, std::size_t times, std::size_t columns) {
+        for (const auto& [kind, place] :
+             {std::pair("rows", ERowPlace::Plain), {"deleted", ERowPlace::Deleted}, {"moved", ERowPlace::Moved}})
+            for (std::size_t i = 0; i < times * counts[kind]; ++i) {
+                AccessRow row = {static_cast<std::int64_t>(i), texts["text"],
+                                 i < counts["long"] ? texts["memo"] : "n"};
+                row.resize(columns);
+                table.Add(row, {place});
+            }
+    }
+};
+
+/// Every number, and pages all of whose rows are at one place.
+void BlowUpPages(TCases& cases, SDatabase good) {
+    const std::string file = good.Bytes();
+    const bool isJet3 = good.version == EJet::Jet3;
+    const std::size_t pageSize = isJet3 ? 2048 : 4096, slotsAt = isJet3 ? 10 : 14;
+    for (std::size_t page = 0; page < file.size() / pageSize; ++page) {
+        CBlowUp blowUp(cases, "version " + std::to_string(int(good.version)) + ", page " + std::to_string(page), file,
+                       Same);
+        blowUp.Numbers(page * pageSize, pageSize);
+        const std::size_t at = page * pageSize + slotsAt;
+        for (std::size_t slot = at;
+             file[page * pageSize] == 1 && slot < at + 2 * static_cast<unsigned char>(file[at - 2]); slot += 2)
+            for (const int flag : {0, 0x40, 0x80})
+                blowUp.Replace("rows at one place", at - 2, 2 * 501,
+                               [place = std::string{file[slot], static_cast<char>((file[slot + 1] & 0x1F) | flag)}] {
+                                   return LittleEndian(500, 2) + Repeated(place, 1000);
+                               });
+    }
+}
+
+TCases AccessBlowUps() {
+    const TFillers fillers = {"a", " ", "9", "(", "[", "'", "Not ", "Id>1 And ", "あ"};
+    TCases cases{{"a good one", [] { return SDatabase().Bytes(); }, "23 rows"}};
+    for (const EJet version : {EJet::Jet4, EJet::Jet3}) {
+        const SDatabase good{.version = version};
+        for (const auto& [title, count] : good.counts)
+            for (const std::size_t large : {200U, 3'000U, title == "tables" ? 5'000U : 30'000U})
+                cases.push_back({std::to_string(large) + ' ' + title, [=, title = title] {
+                                     SDatabase changed = good;
+                                     changed.counts[title] = large;
+                                     return changed.Bytes();
+                                 }});
+        for (const auto& [title, text] : good.texts) {
+            // What is no long value has to fit a page.
+            const bool isLong = title == "memo" || title == "expression" || title == "condition";
+            CBlowUp blowUp(cases, title, text,
+                           [=, title = title](std::string changedText) {
+                               SDatabase changed = good;
+                               changed.texts[title] = std::move(changedText);
+                               return changed.Bytes();
+                           },
+                           {fillers, isLong ? 2'000'000U : 700U});
+            for (std::size_t at = 0; at < text.size(); at += 1 + text.size() / 11)
+                blowUp.Fill(at, 1);
+            blowUp.Repeat(0, text.size());
+        }
+        BlowUpPages(cases, good);
+    }
+    return cases;
+}
+
+/// The first tables and queries.
+std::string ReadTables(const std::string& path) {
+    return RunSource(path) + "; " + RunSource(path, 1);
+}
+#endif
+
+#if defined(TQC_TEST_ENCRYPTION)
+/// Packages and records that open without a password being asked for.
+TCases EncryptedBlowUps() {
+    constexpr const char* passWord = "VelvetSweatshop";
+    const SEncryptedPackage agile = EncryptAgile(GoodBook().File(), passWord, "SHA512", 256);
+    const SEncryptedPackage standard = EncryptStandard(GoodBook().File(), passWord, 128);
+    TCases cases{{"a good one", [=] { return agile.File(); }, "31 rows"}};
+    CBlowUp(cases, "agile", agile.info.substr(8),
+            [=](std::string info) {
+                return SEncryptedPackage{agile.info.substr(0, 8) + std::move(info), agile.package}.File();
+            },
+            {xmlFillers, 900'000})
+        .Xml();
+    for (const SEncryptedPackage& good : {agile, standard}) {
+        CBlowUp(cases, "description", good.info, [=](std::string changed) {
+            return SEncryptedPackage{std::move(changed), good.package}.File();
+        }).Numbers(0, std::min<std::size_t>(good.info.size(), 200));
+        CBlowUp(cases, "package", good.package, [=](std::string changed) {
+            return SEncryptedPackage{good.info, std::move(changed)}.File();
+        }).Numbers(0, 8);
+    }
+    const std::string pass = EncryptRecords(Rc4Cipher(passWord, 128), 0).filePass;
+    CBlowUp(cases, "pass", pass, [](std::string filePass) {
+        SXlsParts parts = GoodXls();
+        parts.strGlobals.insert(0, Record(ERecord::FilePass, filePass));
+        return parts.Stream();
+    }).Numbers(0, pass.size());
+    return cases;
+}
+#endif
+
+} // namespace
+
+const std::vector<SHostileKind>& BlownUpKinds() {
+    // What those that are soon done leave of their time goes to the others.
+    static const std::vector<SHostileKind> kinds = {
+        {"csv", "a.csv", TextCases, ReadOne},
+        {"fixed", "a.txt", TextCases, ReadOne},
+#if defined(TQC_TEST_ZIP)
+        {"package", "a.xtqf", PackageBlowUps, ReadOne},
+#endif
+#if defined(TQC_TEST_XLS)
+        {"compound", "a.xls", CompoundBlowUps, ReadOne},
+        {"xls", "a.xls", XlsBlowUps, ReadOne},
+#endif
+#if defined(TQC_TEST_ENCRYPTION)
+        {"encrypted", "a.xlsx", EncryptedBlowUps, ReadOne},
+#endif
+#if defined(TQC_TEST_ACCESS)
+        {"access", "a.mdb", AccessBlowUps, ReadTables},
+#endif
+#if defined(TQC_TEST_XLSX)
+        {"xlsx", "a.xlsx", XlsxBlowUps, ReadOne},
+#endif
+    };
+    return kinds;
+}
+
+} // namespace NSTQ::Tests
