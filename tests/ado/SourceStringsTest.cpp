@@ -157,6 +157,8 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
         {"data.mdb", true, ace, access, "SELECT * FROM ['My 'S$']"},
         {"a\"b;c=d.accdb", true, ace, access, "SELECT * FROM ['My 'S$']"},
         {"a.xlsx;b=c.xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
+        {"'q' \"r\".xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
+        {" ;.xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
         {"a.xlsx" + excel12 + passWord + ";.xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
         {std::string(260 - script.folder.Path("p.xlsx").size(), '/') + "p.xlsx", true, ace, excel12,
          "SELECT * FROM [My 'S$]"},
