@@ -22,9 +22,10 @@ std::string ToAnsi(const char* text) {
     const int units =
         Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text, -1, wide.data(), static_cast<int>(wide.size()));
     std::string ansi(2 * wide.size(), '\0');
-    Platform::WideCharToMultiByte(Platform::CP_ACP, 0, wide.data(), units, ansi.data(), static_cast<int>(ansi.size()),
-                                  nullptr, nullptr);
-    return ansi.c_str();
+    const int bytes = Platform::WideCharToMultiByte(Platform::CP_ACP, 0, wide.data(), units, ansi.data(),
+                                                    static_cast<int>(ansi.size()), nullptr, nullptr);
+    ansi.resize(bytes > 0 ? static_cast<std::size_t>(bytes) - 1 : 0); // without the NUL
+    return ansi;
 }
 
 } // namespace
