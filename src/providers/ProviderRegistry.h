@@ -1,4 +1,4 @@
-// The providers that this build has, one for each format. They stand behind OpenSource of platform/ado/Provider.h.
+// The providers that this build has, one for each format. OpenSource of platform/ado/Provider.h uses them.
 #pragma once
 
 #include "platform/ado/Provider.h"
@@ -10,7 +10,7 @@ namespace NSTQ::Providers {
 using FOpenProvider = std::unique_ptr<Platform::IDataSource> (*)(CSourceInput input,
                                                                  const Platform::SSourceOptions& options);
 
-/// Puts a provider (or none: null) in charge of a format and returns the one before. For tests, while nothing is
+/// Sets the provider of a format (null for none) and returns the previous one. For tests, while nothing is
 /// opened.
 FOpenProvider SetProvider(ESourceFormat format, FOpenProvider open);
 

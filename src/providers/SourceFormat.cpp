@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// As many of the file's first bytes as tell the formats apart.
+/// The first bytes of the file, as many as distinguish the formats.
 std::string ReadBegin(IRandomAccess& file) {
     constexpr std::uint64_t wanted = 19;
     std::string bytes(static_cast<std::size_t>(std::min(wanted, file.Size())), '\0');
@@ -21,13 +21,13 @@ std::string ReadBegin(IRandomAccess& file) {
     return bytes;
 }
 
-/// A workbook's stream is looked for first: behind it the directory may be damaged.
+/// Looks for the stream of a workbook first: the directory may be damaged after it.
 bool IsEncryptedPackage(const CCompoundFile& file) {
     return !file.HasStream(u"Workbook") && !file.HasStream(u"Book") && file.HasStream(u"EncryptedPackage");
 }
 
 bool IsPlainRecordStream(std::string_view begin) {
-    // Without a compound file around it: a beginning-of-file record with its length.
+    // Without a compound file: a BOF record with its length.
     static constexpr std::array records = {"\x09\x00\x04\x00"sv, "\x09\x02\x06\x00"sv, "\x09\x04\x06\x00"sv,
                                            "\x09\x08\x08\x00"sv, "\x09\x08\x10\x00"sv};
     return std::ranges::any_of(records, [&](std::string_view record) { return begin.starts_with(record); });

@@ -38,7 +38,7 @@ CDataPage::SRow CDataPage::GetRow(std::uint32_t row) const {
     const std::size_t end = row == 0 ? m_bytes.size() : GetEntry(row - 1) & offsetMask;
     const bool isDeleted = (entry & deletedFlag) != 0;
     if (begin > end || begin < m_listAt + m_rowCount * entrySize || end > m_bytes.size()) {
-        // What is left of a deleted row may be anything.
+        // The bytes of a deleted row are undefined.
         if (isDeleted)
             return {{}, true, false};
         throw CSourceError(where() + " does not lie inside the page");

@@ -1,4 +1,4 @@
-// A data page: rows from its end backwards, behind the header a list of where they begin. A view, valid as long as
+// A data page: rows from its end backwards, and after the header a list of their offsets. A view, valid as long as
 // the bytes of the page.
 #pragma once
 
@@ -10,16 +10,16 @@ namespace NSTQ::Providers {
 
 class CDataPage {
 public:
-    /// Where the page's owner stands.
+    /// The offset of the page's owner.
     static constexpr std::size_t ownerAt = 4;
 
     struct SRow {
         std::span<const unsigned char> bytes;
         bool isDeleted;
-        bool isPointer; ///< the bytes only tell where the row has gone to
+        bool isPointer; ///< the bytes are a pointer to the row's new place
     };
 
-    /// `bytes` are those of the whole page `page`. Throws CSourceError when the list does not fit the page.
+    /// `bytes` are those of the whole page `page`. Throws CSourceError when the list does not fit in the page.
     CDataPage(const SJetFormat& format, std::uint32_t page, std::span<const unsigned char> bytes);
 
     std::uint32_t GetRowCount() const { return m_rowCount; }

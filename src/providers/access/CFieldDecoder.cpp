@@ -18,11 +18,11 @@ namespace {
 using CBytes = std::span<const unsigned char>;
 
 constexpr std::size_t maxBinary = 65535;
-/// Before a calculated value: sixteen bytes and its length.
+/// Precedes a calculated value: sixteen bytes and its length.
 constexpr std::size_t calculatedLengthAt = 16;
 constexpr std::size_t calculatedAt = 20;
 constexpr double firstDay = -657434;                     // 0100-01-01
-constexpr double lastMoment = 2958465 + 86399.5 / 86400; // 9999-12-31, before what rounds to the next day
+constexpr double lastMoment = 2958465 + 86399.5 / 86400; // 9999-12-31, before the values that round to the next day
 constexpr int maxScale = 28;
 constexpr unsigned char negativeSign = 0x80;
 
@@ -49,7 +49,7 @@ void DecodeBinary(CBytes bytes, CBstr& text) {
 }
 
 void DecodeGuid(const unsigned char* bytes, CBstr& text) {
-    // The first three numbers are stored with the lowest byte first.
+    // The first three numbers are little-endian.
     static constexpr signed char order[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
     WCHAR* to = text.Resize(38);
     *to++ = u'{';
@@ -101,7 +101,7 @@ bool DecodeExtendedDate(std::string_view text, CBstr& target) {
     return true;
 }
 
-/// 32 bits each, the highest ones first.
+/// 32 bits each, the most significant first.
 using CGroups = std::array<std::uint32_t, 4>;
 
 void SetDecimal(VARIANT& value, std::uint8_t scale, bool isNegative, const CGroups& groups) {
@@ -114,7 +114,7 @@ void SetDecimal(VARIANT& value, std::uint8_t scale, bool isNegative, const CGrou
     value.decVal.Lo64 = std::uint64_t{groups[2]} << 32 | groups[3];
 }
 
-/// The sign and groups of four bytes, the highest group first.
+/// The sign and groups of four bytes, the most significant group first.
 void DecodeNumeric(CBytes bytes, std::uint8_t scale, VARIANT& value) {
     constexpr std::size_t groupSize = sizeof(CGroups::value_type);
     const std::size_t count = (bytes.size() - 1) / groupSize;
@@ -126,7 +126,7 @@ void DecodeNumeric(CBytes bytes, std::uint8_t scale, VARIANT& value) {
     SetDecimal(value, scale, bytes[0] != 0, groups);
 }
 
-/// Its size, scale and sign, then groups of eight bytes, the highest one first and maybe of only four bytes.
+/// Its size, scale and sign, then groups of eight bytes, the most significant first, which may have only four.
 void DecodeCalculatedNumeric(CBytes bytes, VARIANT& value) {
     constexpr std::size_t header = 4;
     CGroups groups = {};
@@ -201,7 +201,7 @@ void DecodePlainNumber(EColumnType type, CBytes bytes, VARIANT& value) {
     }
 }
 
-/// A field of variable size may be empty; the value stays null then.
+/// A field of variable size may be empty; the value is then null.
 void DecodeNumber(const SColumn& column, CBytes bytes, VARIANT& value) {
     if (bytes.empty())
         return;
@@ -258,7 +258,7 @@ void CFieldDecoder::DecodeBytes(const SColumn& column, CBytes bytes, SFieldValue
         DecodeOther(column, bytes, target);
 }
 
-/// What has its text from its bytes.
+/// Types whose text is made of the bytes.
 void CFieldDecoder::DecodeOther(const SColumn& column, CBytes bytes, SFieldValue& target) {
     constexpr std::size_t guidSize = 16;
     const std::string_view characters(reinterpret_cast<const char*>(bytes.data()), bytes.size());

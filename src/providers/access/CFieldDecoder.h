@@ -1,17 +1,17 @@
-// Turns the bytes of a field into the value that a host sees.
+// Converts the bytes of a field to a value.
 //
 //   Boolean                      VT_BOOL, never null
 //   Byte, Integer, Long, BigInt  VT_UI1, VT_I2, VT_I4, VT_I8
 //   Single, Double               VT_R4, VT_R8
 //   Currency, Numeric            VT_CY, VT_DECIMAL
-//   DateTime                     VT_DATE; outside the years 100 to 9999, where there is no such date, the number
-//                                as VT_R8
+//   DateTime                     VT_DATE; outside the years 100 to 9999, which VT_DATE cannot represent, the
+//                                number as VT_R8
 //   ExtendedDateTime             VT_BSTR: 2024-01-31 23:59:59.1234567
-//   Text, Memo                   VT_BSTR; a hyperlink as it is stored: shown text#address#place
+//   Text, Memo                   VT_BSTR; a hyperlink as stored: text#address#subaddress
 //   Guid                         VT_BSTR: {00112233-4455-6677-8899-AABBCCDDEEFF}
 //   Binary, Ole, unknown types   VT_BSTR: 0x and two hexadecimal digits for each byte; only the first 65535 bytes,
-//                                which is more than a field of the readers holds
-//   Complex                      VT_BSTR, empty: attachments and fields of several values lie in tables of their own
+//                                which is more than a field of a reader can hold
+//   Complex                      VT_BSTR, empty: attachments and multivalued fields are in separate tables
 //   calculated                   the value stored with the row, by the type of the result
 #pragma once
 
@@ -21,7 +21,7 @@
 
 namespace NSTQ::Providers {
 
-/// A value and the text that it may point to, whose memory is used again.
+/// A value and the text that it may point to, whose memory is reused.
 struct SFieldValue {
     Platform::VARIANT value = {};
     Platform::CBstr text;
@@ -32,7 +32,7 @@ public:
     /// `database` outlives the object.
     explicit CFieldDecoder(const CDatabase& database) : m_database(database), m_longValues(database) {}
 
-    /// Puts the column's field of a row into `target`; VT_NULL when there is none. Throws CSourceError.
+    /// Stores the field of the column in `target`; VT_NULL when there is none. Throws CSourceError.
     void Decode(const SColumn& column, const CRowFields& fields, SFieldValue& target);
     /// The bytes of a field, a long value as a whole; none when it is null. Valid until the next call and as long as
     /// the row.

@@ -71,7 +71,7 @@ std::u16string CHeaderPage::GetPassWord() const {
         SCJetText::DecodeNarrow({At(passWordAt), passWordSizeJet3}, GetCodePage(), text);
         return std::u16string(text.View().substr(0, text.View().find(u'\0')));
     }
-    // The day of the database's creation covers the password once more.
+    // The password is also masked with the creation date of the database.
     const double date = std::bit_cast<double>(ReadU64(At(creationDateAt)));
     const auto day = date > -1e9 && date < 1e9 ? static_cast<std::uint32_t>(static_cast<std::int32_t>(date)) : 0;
     std::u16string passWord;

@@ -1,6 +1,6 @@
-// The first page of a database: which format it has, how its texts are coded, and what guards it.
+// The first page of a database: format, encoding of texts, password and encryption.
 //
-// Most of it lies under a mask, the first bytes of an RC4 stream with one key for all databases.
+// Most of it is masked with the first bytes of an RC4 stream whose key is the same for all databases.
 #pragma once
 
 #include "providers/access/SJetFormat.h"
@@ -14,13 +14,13 @@ namespace NSTQ::Providers {
 
 class CHeaderPage {
 public:
-    /// So many bytes of the page are looked at.
+    /// The number of bytes of the page that are read.
     static constexpr std::size_t size = 0x18 + 128;
 
-    /// `bytes` is the beginning of the file. Throws CSourceError when it is no database of a known version.
+    /// `bytes` is the beginning of the file. Throws CSourceError when it is not a database of a known version.
     explicit CHeaderPage(std::span<const unsigned char, size> bytes);
 
-    /// Jet 3 and 4, whose password is kept in the header, as opposed to ACE, whose password is what decrypts.
+    /// Jet 3 and 4, whose password is stored in the header; the password of ACE decrypts the database.
     bool IsJet() const { return GetVersion() < 2; }
     const SJetFormat& GetFormat() const { return GetVersion() == 0 ? jet3Format : jet4Format; }
     /// The code page of the texts of a Jet 3 database.

@@ -11,15 +11,15 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr unsigned pagesAtOnce = 8;
-/// In a field: the length and two flags, a pointer, and four bytes of no use here.
+/// In a field: the length and two flags, a pointer, and four unused bytes.
 constexpr std::size_t headerSize = 12;
 constexpr std::size_t pointerAt = 4;
 constexpr std::uint32_t inlineFlag = 0x80000000;
 constexpr std::uint32_t onePieceFlag = 0x40000000;
 constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
-/// Before each piece of a chain, the pointer to the next one.
+/// Precedes each piece of a chain: the pointer to the next one.
 constexpr std::size_t linkSize = 4;
-/// What finding a piece of a chain costs, in bytes.
+/// The cost of finding a piece of a chain, in bytes.
 constexpr std::size_t leastCost = 16;
 
 } // namespace
@@ -55,7 +55,7 @@ std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std
     if (size > maxSize)
         throw CSourceError("a long value of " + std::to_string(size) + " bytes is too long to be read");
     m_value.clear();
-    // A chain that comes back to a piece meets one of those that are kept, at growing distances, for comparison.
+    // Detects cycles: pieces at growing distances are remembered, and a cyclic chain reaches one of them again.
     std::uint32_t kept = pointer;
     std::size_t steps = 0;
     while (m_value.size() < size) {

@@ -1,4 +1,4 @@
-// Long texts and binary objects: a field holds a short one itself and for others tells where they lie.
+// Long texts and binary objects: a field contains a short one, or a pointer to a longer one.
 #pragma once
 
 #include "providers/access/CPageReader.h"
@@ -9,7 +9,7 @@ namespace NSTQ::Providers {
 
 class CLongValues {
 public:
-    /// Bytes of a value. A longer one is damage, or more than one would want in a row.
+    /// The maximum of bytes of a value. A longer one is treated as damage.
     static constexpr std::size_t maxSize = 1U << 26;
     static constexpr std::size_t noLimit = SIZE_MAX;
 
@@ -17,8 +17,8 @@ public:
     explicit CLongValues(const CDatabase& database);
 
     /// The value that a field's bytes describe, at most its first `limit` bytes; valid until the next call and as
-    /// long as the field. Throws CSourceError when it does not lie where it should, goes round in circles, ends too
-    /// early or gives more than maxSize bytes.
+    /// long as the field. Throws CSourceError when its pointer is invalid, its chain is cyclic or ends too early,
+    /// or it has more than maxSize bytes.
     std::span<const unsigned char> Read(std::span<const unsigned char> field, std::size_t limit = noLimit);
 
 private:
@@ -28,8 +28,8 @@ private:
 
     CPageReader m_reader;
     std::vector<unsigned char> m_value;
-    /// What may still be read. No two values lie in the same place, so a database that wants more is forged to keep
-    /// its reader busy.
+    /// The number of bytes that may still be read. Values never overlap, so a database that needs more is forged to
+    /// waste time.
     std::uint64_t m_budget;
 };
 

@@ -1,4 +1,4 @@
-// Gives the pages of a database, read some at a time: tables and long values mostly lie one page after another.
+// Reads the pages of a database, several at a time: those of tables and long values are mostly consecutive.
 #pragma once
 
 #include "providers/access/CDataPage.h"
@@ -10,15 +10,15 @@ namespace NSTQ::Providers {
 
 class CPageReader {
 public:
-    /// Reads `pagesAtOnce` pages, at most 64, when it has to. `database` outlives the reader.
+    /// Reads `pagesAtOnce` pages, at most 64, at a time. `database` outlives the reader.
     CPageReader(const CDatabase& database, unsigned pagesAtOnce);
 
-    /// The whole page, decoded; valid until the next call. Throws CSourceError for a page that the file does not
-    /// have.
+    /// The whole page, decoded; valid until the next call. Throws CSourceError for a page that does not exist in the
+    /// file.
     std::span<const unsigned char> GetPage(std::uint32_t page);
-    /// The same, and the page is what its first byte has to say it is.
+    /// The same, and checks the type in the first byte of the page.
     std::span<const unsigned char> GetPage(std::uint32_t page, EPageType type);
-    /// A page of rows, valid as long.
+    /// A data page, valid until the next call.
     CDataPage GetDataPage(std::uint32_t page);
 
 private:

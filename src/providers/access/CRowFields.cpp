@@ -10,7 +10,7 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr std::size_t bitsPerByte = 8;
-/// What one byte of an offset reaches; each entry of the jump table adds as much.
+/// The range of a one-byte offset; each entry of the jump table adds as much.
 constexpr std::size_t jumpSize = 256;
 
 [[noreturn]] void ThrowTooShort() {
@@ -62,7 +62,7 @@ std::optional<std::span<const unsigned char>> CRowFields::GetVariable(std::size_
     return m_row.subspan(begin, end - begin);
 }
 
-/// The offsets stand before their number.
+/// The offsets are before their count.
 CRowFields::SOffsets CRowFields::FindOffsets() const {
     constexpr std::size_t size = 2;
     const std::size_t room = m_maskAt - m_format.rowNumberSize;
@@ -74,8 +74,8 @@ CRowFields::SOffsets CRowFields::FindOffsets() const {
     return {count, m_maskAt - (count + 2) * size, 0};
 }
 
-/// Between the offsets and their number stands the jump table, backwards as well: for each full 256 bytes of the row
-/// the first offset that lies behind them. For those behind the end of the fields it holds dummies.
+/// The jump table is between the offsets and their count, also backwards: for each full 256 bytes of the row the
+/// first offset after them. For those after the end of the fields it has dummy entries.
 CRowFields::SOffsets CRowFields::FindJet3Offsets() const {
     const std::size_t jumps = (m_row.size() - 1) / jumpSize;
     const std::size_t room = m_maskAt - m_format.rowNumberSize;

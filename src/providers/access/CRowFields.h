@@ -1,8 +1,8 @@
-// The bytes of one row, taken apart only as far as its fields are asked for. A view, valid as long as the bytes.
+// The bytes of one row, parsed only as far as its fields are requested. A view, valid as long as the bytes.
 //
 //   number of columns | fields of fixed size | variable ones | where these begin and end | null mask
 //
-// The row knows the columns that there were when it was written; a field of a later one is null.
+// The row has the columns that existed when it was written; the field of a later column is null.
 #pragma once
 
 #include "providers/access/STableDefinition.h"
@@ -17,7 +17,7 @@ public:
     /// Rows have at most `maxColumns`.
     CRowFields(const SJetFormat& format, std::size_t maxColumns) : m_format(format), m_maxColumns(maxColumns) {}
 
-    /// Throws CSourceError when the bytes are too few for what they claim, as GetField does, or claim too much.
+    /// Throws CSourceError when there are fewer bytes than stated, as GetField does, or too many are stated.
     void Assign(std::span<const unsigned char> row);
 
     /// The column's bit in the null mask: the value of a boolean, for others whether there is one.
@@ -26,7 +26,7 @@ public:
     std::optional<std::span<const unsigned char>> GetField(const SColumn& column) const;
 
 private:
-    /// Where a row says where its variable fields begin and end.
+    /// The offsets of the variable fields in a row.
     struct SOffsets {
         std::size_t count; ///< fields; the end of the last one is an offset more
         std::size_t begin; ///< of the offsets, which stand backwards, in the row: here the fields have to have ended

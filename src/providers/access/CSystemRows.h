@@ -1,4 +1,4 @@
-// The rows of a table that the database keeps about itself: its columns are found by their names.
+// The rows of a system table, whose columns are found by their names.
 #pragma once
 
 #include "providers/access/CTableRows.h"
@@ -9,11 +9,11 @@ class CSystemRows : public CTableRows {
 public:
     using CTableRows::CTableRows;
 
-    /// The number of a column. Throws CSourceError when there is none of the name.
+    /// The index of a column. Throws CSourceError when there is none of that name.
     std::size_t Find(std::u16string_view name) const;
-    /// 0 for what is no whole number of at most 32 bits.
+    /// 0 for a value that is not an integer of at most 32 bits.
     std::uint32_t GetNumber(std::size_t column);
-    /// Empty for what is no text; valid until another value is asked for.
+    /// Empty for a value that is not a text; valid until the next value is requested.
     std::u16string_view GetText(std::size_t column);
 };
 

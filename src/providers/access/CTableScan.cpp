@@ -9,7 +9,7 @@ namespace {
 
 constexpr unsigned pagesAtOnce = 32;
 constexpr std::size_t pointerSize = 4;
-/// A row is moved again from where it began, so one step is the rule.
+/// A row is moved again from its original place, so one step is normal.
 constexpr int maxMoves = 16;
 
 } // namespace
@@ -35,8 +35,8 @@ bool CTableScan::MoveNext() {
     }
 }
 
-/// The map may hold other pages than those with rows. They are passed over; but when rows are missing at the end, one
-/// of them is what has been damaged.
+/// The map may contain pages without rows. They are skipped; but when rows are missing at the end, one of them must
+/// be damaged.
 bool CTableScan::LoadNextPage() {
     const auto number = m_pages.Next();
     m_row = 0;
@@ -83,7 +83,7 @@ std::span<const unsigned char> CTableScan::Follow(std::span<const unsigned char>
     throw CSourceError("moved rows form a cycle");
 }
 
-/// Where a row has moved to it counts as deleted, so that it is found only once: by its one pointer.
+/// At its new place a moved row is marked as deleted, so that it is found only once, by its pointer.
 void CTableScan::TakeMovedRow(const SRowAddress& address) {
     auto taken = m_movedRows[address.page][address.row];
     if (taken)

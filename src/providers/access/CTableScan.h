@@ -1,5 +1,5 @@
-// The rows of a table as they lie in its pages, one after the other: deleted ones are passed over, those that have
-// moved to another page are followed there.
+// The rows of a table in the order of its pages: deleted ones are skipped, those that were moved to another page
+// are read there.
 #pragma once
 
 #include "providers/access/CDataPage.h"
@@ -23,9 +23,9 @@ public:
     bool MoveNext();
     /// The current row, valid until MoveNext or MoveTo.
     const CRowFields& GetFields() const { return m_fields; }
-    /// Where the current row has its place in the table, even if it has moved.
+    /// The original place of the current row in the table, even if it was moved.
     SRowAddress GetPlace() const { return m_place; }
-    /// Steps to the row of a place that an earlier scan has given. MoveNext must not follow.
+    /// Moves to the row at a place that an earlier scan has returned. MoveNext must not follow.
     void MoveTo(const SRowAddress& place);
 
 private:

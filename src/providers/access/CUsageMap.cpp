@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned char inlineMap = 0;
 constexpr unsigned char listOfMaps = 1;
-/// In a row: the kind of the map and the page that its first bit is about, or the first entry of the list.
+/// In a row: the type of the map and the page of its first bit, or the first entry of the list.
 constexpr std::size_t inlineHeader = 5;
 constexpr std::size_t listHeader = 1;
 constexpr std::size_t entrySize = 4;

@@ -1,5 +1,5 @@
-// The pages that a table owns, in ascending order: a bitmap in a row of its own, or, for tables that lie far apart in
-// the file, a list of pages that are bitmaps.
+// The pages that a table owns, in ascending order: a bitmap in a row of its own, or, for tables with distant
+// pages, a list of pages that are bitmaps.
 #pragma once
 
 #include "providers/access/CPageReader.h"
@@ -23,8 +23,8 @@ private:
     const CDatabase& m_database;
     CPageReader m_reader;
     std::vector<unsigned char> m_map;      ///< the row that holds the bitmap or the list
-    std::span<const unsigned char> m_bits; ///< the part of the bitmap at hand
-    std::uint64_t m_firstPage = 0;         ///< what its first bit is about
+    std::span<const unsigned char> m_bits; ///< the current part of the bitmap
+    std::uint64_t m_firstPage = 0;         ///< the page of its first bit
     std::size_t m_bit = 0;
     std::size_t m_part = 0; ///< entries of the list used
 };

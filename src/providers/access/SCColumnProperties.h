@@ -1,5 +1,5 @@
-// The properties that the program keeps of a table's columns. Of interest is only what type a calculated column's
-// results have: the descriptor of the column need not tell.
+// The properties of the columns of a table. Only the result type of a calculated column is used: the descriptor of
+// the column need not have it.
 #pragma once
 
 #include "providers/access/STableDefinition.h"
@@ -10,8 +10,8 @@ namespace NSTQ::Providers {
 
 class SCColumnProperties {
 public:
-    /// Gives the calculated ones among `columns` their types out of a table's block of properties. What cannot be
-    /// made sense of is passed over: the block is not needed to read a table.
+    /// Sets the types of the calculated columns by the property block of the table. Invalid content is ignored: the
+    /// block is not needed to read a table.
     static void TakeResultTypes(std::span<const unsigned char> block, std::vector<SColumn>& columns);
 };
 

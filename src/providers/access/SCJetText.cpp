@@ -12,7 +12,7 @@ using namespace Platform;
 
 namespace {
 
-/// Puts the pairs of bytes at `from` one after the other to `to`.
+/// Copies the byte pairs at `from` to `to`.
 WCHAR* PutPairs(WCHAR* to, const unsigned char* from, std::size_t count) {
     if (count == 0)
         return to;
@@ -31,7 +31,7 @@ WCHAR* PutBytes(WCHAR* to, const unsigned char* from, const unsigned char* end) 
     return to;
 }
 
-/// The bytes behind the mark; `to` has room for as many units as there are bytes.
+/// The bytes after the marker; `to` has room for as many units as there are bytes.
 WCHAR* Decompress(WCHAR* to, const unsigned char* from, const unsigned char* end) {
     for (bool isCompressed = true; from != end; isCompressed = !isCompressed) {
         const unsigned char* stop = from;
@@ -45,7 +45,7 @@ WCHAR* Decompress(WCHAR* to, const unsigned char* from, const unsigned char* end
                 stop += 2;
             to = PutPairs(to, from, static_cast<std::size_t>(stop - from) / 2);
         }
-        // Behind the zero, or behind half a pair at the end.
+        // After the zero, or after half a pair at the end.
         from = stop == end ? end : stop + 1;
     }
     return to;

@@ -1,4 +1,4 @@
-// Texts as the pages hold them. Each is put into a BSTR whose memory is used again.
+// Texts in pages. Each is converted to a BSTR whose memory is reused.
 #pragma once
 
 #include "platform/automation/Bstr.h"
@@ -9,8 +9,8 @@ namespace NSTQ::Providers {
 
 class SCJetText {
 public:
-    /// A text of Jet 4 or ACE: UTF-16, or, behind the mark FF FE, bytes that each stand for a character below U+0100,
-    /// where a byte 00 turns to pairs of bytes and back. A byte too many at the end is dropped.
+    /// A text of Jet 4 or ACE: UTF-16, or, after the marker FF FE, compressed text: one byte for each character below
+    /// U+0100, where a byte 00 switches to byte pairs and back. An odd byte at the end is ignored.
     static void DecodeWide(std::span<const unsigned char> bytes, Platform::CBstr& text);
 
     /// A text of Jet 3, in `codePage`, as DecodePageText reads it.

@@ -9,7 +9,7 @@ namespace NSTQ::Providers {
 
 namespace {
 
-/// Capitals whose small forms lie at a distance, or, with distance 1, alternate with them.
+/// Capitals whose small forms are at a distance, or, with distance 1, alternate with them.
 struct SCapitals {
     char16_t first;
     char16_t last;

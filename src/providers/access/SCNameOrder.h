@@ -1,4 +1,4 @@
-// Comparison of names and texts without regard to the case of letters, as a database compares them.
+// Comparison of names and texts ignoring case, as a database compares them.
 #pragma once
 
 #include <string_view>
@@ -7,8 +7,8 @@ namespace NSTQ::Providers {
 
 class SCNameOrder {
 public:
-    /// Negative, 0 or positive. Letters of the Latin, Greek and Cyrillic alphabets count as their small forms; what
-    /// is left is ordered by the numbers of the characters.
+    /// Negative, 0 or positive. Letters of the Latin, Greek and Cyrillic alphabets count as their small forms; the
+    /// rest is ordered by code points.
     static int Compare(std::u16string_view left, std::u16string_view right);
 };
 

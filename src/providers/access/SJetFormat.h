@@ -1,4 +1,4 @@
-// Where things lie in the pages of a database: one set of numbers for Jet 3 (Access 97), one for Jet 4 (Access 2000
+// The offsets in the pages of a database: one set of numbers for Jet 3 (Access 97), one for Jet 4 (Access 2000
 // to 2003) and ACE (Access 2007 and later), which share it.
 #pragma once
 
@@ -7,7 +7,7 @@
 
 namespace NSTQ::Providers {
 
-/// What the first byte of a page says.
+/// The type in the first byte of a page.
 enum class EPageType : unsigned char { Data = 1, Definition = 2, UsageMap = 5 };
 
 /// Offsets count bytes from the start of the page, of the definition or of a column's descriptor.
@@ -15,16 +15,16 @@ struct SJetFormat {
     std::size_t pageSize;
     std::size_t rowsOnPageAt; ///< number of rows of a data page; the offsets of the rows follow it
     /// Bytes of a row's number of columns and of each offset inside a row. Rows whose offsets take one byte have a
-    /// jump table for what lies past 255.
+    /// jump table for offsets above 255.
     std::size_t rowNumberSize;
 
     // Table definitions.
     std::size_t rowCountAt;
-    std::size_t maxColumnsAt; ///< what rows have at most, deleted columns included
+    std::size_t maxColumnsAt; ///< the maximum of a row, including deleted columns
     std::size_t columnCountAt;
     std::size_t indexCountAt;
     std::size_t usedPagesAt;
-    std::size_t indexesAt; ///< behind them the descriptors of the columns, then their names
+    std::size_t indexesAt; ///< followed by the descriptors of the columns, then their names
     std::size_t indexSize;
     std::size_t columnSize;
     std::size_t nameLengthSize;
@@ -88,7 +88,7 @@ inline constexpr SJetFormat jet4Format = {
     .lengthAt = 23,
 };
 
-/// Where a row lies: the form in which definitions, rows and long values point at one.
+/// The address of a row in definitions, rows and long values.
 struct SRowAddress {
     std::uint32_t page;
     std::uint32_t row;

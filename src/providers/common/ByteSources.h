@@ -10,9 +10,9 @@ namespace NSTQ::Providers {
 class IRandomAccess {
 public:
     virtual ~IRandomAccess() = default;
-    /// Size in bytes; stays the same as long as the object lives.
+    /// Size in bytes; it does not change.
     virtual std::uint64_t Size() const = 0;
-    /// Fills `target` with the bytes from `offset` on. Throws CSourceError when not all of them can be had.
+    /// Fills `target` with the bytes from `offset` on. Throws CSourceError when not all of them can be read.
     virtual void ReadAt(std::uint64_t offset, std::span<unsigned char> target) = 0;
 };
 

@@ -1,5 +1,5 @@
-// What a provider's inner parts throw for a file that is not as it should be. It never leaves the provider: at each
-// entry from outside, RaiseAsComError makes it the _com_error that callers know, with the file's name before it.
+// The exception for damaged files within a provider. It never leaves the provider: at each entry from outside,
+// RaiseAsComError converts it to a _com_error with the name of the file.
 #pragma once
 
 #include "tqcAccess/ComError.h"
@@ -13,7 +13,7 @@ namespace NSTQ::Providers {
 
 class CSourceError : public std::runtime_error {
 public:
-    /// `found` says what was found and where inside the file, in ASCII or the ANSI code page.
+    /// `found` describes the problem and its place in the file, in ASCII or the ANSI code page.
     explicit CSourceError(const std::string& found, Platform::HRESULT hr = Platform::E_FAIL)
         : std::runtime_error(found), m_hr(hr) {}
 
@@ -29,7 +29,7 @@ public:
     using CSourceError::CSourceError;
 };
 
-/// A name out of a file, fit to stand in a description: cut to a bearable length, '?' for all but printable ASCII.
+/// A name from a file for a description: truncated to a moderate length, '?' for everything but printable ASCII.
 inline std::string PrintableName(std::string_view name) {
     std::string printable(name.substr(0, 100));
     for (char& character : printable) {

@@ -81,7 +81,7 @@ std::string_view CutForField(std::string_view text) {
         return text;
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
     const auto isContent = [&](char c) { return c != ' ' && (!isControl(c) || c == '\t' || c == '\r' || c == '\n'); };
-    // A TAB is content only behind other content.
+    // A TAB is content only after other content.
     const auto first = std::find_if(text.begin(), text.end(), [&](char c) { return c != '\t' && isContent(c); });
     const auto blanks = static_cast<std::size_t>(first - text.begin());
     text.remove_prefix(blanks - std::min(blanks, longest));
@@ -89,7 +89,7 @@ std::string_view CutForField(std::string_view text) {
     auto at = text.begin() + static_cast<std::ptrdiff_t>(std::min(blanks, longest));
     for (; at != text.end() && room > 0; ++at)
         room -= !IsUtf8Trail(static_cast<unsigned char>(*at)) && (isContent(*at) || *at == ' ') ? 1 : 0;
-    // Blanks alone at the cut would look like the end of a shorter text.
+    // Only spaces at the truncation would look like the end of a shorter text.
     at = std::find_if(at, text.end(), isContent);
     while (at != text.end() && IsUtf8Trail(static_cast<unsigned char>(*at)))
         ++at;

@@ -1,5 +1,5 @@
-// The file of a source as it goes from detection to the reader: opened once, and its directory read once where it is
-// a compound file.
+// The file of a source on its way from detection to the reader: it is opened once, and the directory of a compound
+// file is read once.
 #pragma once
 
 #include "providers/compound/CCompoundFile.h"
@@ -14,7 +14,7 @@ public:
     explicit CSourceInput(std::shared_ptr<IRandomAccess> file) : m_file(std::move(file)) {}
 
     const std::shared_ptr<IRandomAccess>& GetFile() const { return m_file; }
-    /// The compound file that the file is, as long as this object lives; null when it is none. Throws CSourceError
+    /// The file as a compound file, valid as long as this object; null when it is not one. Throws CSourceError
     /// when it is damaged or cannot be read.
     CCompoundFile* GetCompound() {
         if (m_compound == nullptr && CCompoundFile::IsCompoundFile(*m_file))

@@ -1,4 +1,4 @@
-// The password for one file, in the forms that the schemes need. Wiped when it is done with.
+// The password for one file, in the forms that the schemes need. Wiped when it is destroyed.
 #pragma once
 
 #include "tqcAccess/ComError.h"
@@ -11,14 +11,14 @@ namespace NSTQ::Providers {
 
 class CPassWord {
 public:
-    /// `passWord` is in the ANSI code page; an empty one stands for none, and then for the one that programs use to
-    /// encrypt a workbook for which nobody gave a password. A password that does not fit is refused with `refusal`.
+    /// `passWord` is in the ANSI code page; an empty one means none, and then the default password with which
+    /// programs encrypt workbooks that have no password. A password that does not fit is refused with `refusal`.
     explicit CPassWord(const std::string& passWord, Platform::HRESULT refusal = Platform::E_FAIL);
     CPassWord(const CPassWord&) = delete;
     CPassWord& operator=(const CPassWord&) = delete;
     ~CPassWord();
 
-    /// UTF-16, the lower byte first, no NUL.
+    /// UTF-16, little-endian, without NUL.
     std::span<const unsigned char> Wide() const { return m_wide; }
     /// In the ANSI code page.
     std::span<const unsigned char> Ansi() const { return m_ansi; }

@@ -1,5 +1,5 @@
-// The stream cipher RC4. Written here because systems no longer offer it, rightly: it protects nothing, but files of
-// its time are still to be read.
+// The stream cipher RC4. Implemented here because systems rightly no longer offer it: it is not secure, but old files
+// still have to be read.
 #pragma once
 
 #include <array>
@@ -13,9 +13,9 @@ public:
     /// A key of 1 to 256 bytes.
     explicit CRc4(std::span<const unsigned char> key);
 
-    /// Decrypts (or encrypts) in place, where the call before ended.
+    /// Decrypts (or encrypts) in place, continuing after the previous call.
     void Apply(std::span<unsigned char> bytes);
-    /// Goes on as if `count` bytes had been decrypted.
+    /// Continues as if `count` bytes had been decrypted.
     void Skip(std::size_t count);
 
 private:

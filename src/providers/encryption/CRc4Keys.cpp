@@ -50,7 +50,7 @@ CRc4Keys CRc4Keys::MakeCryptoApi(const SCryptoApi& description, const CPassWord&
 
 CSecretBytes CRc4Keys::BlockKey(std::uint32_t block) {
     const CSecretBytes key = HashBlock(m_hash, m_passWordHash, block).Resized(m_keySize, 0);
-    // The shortest keys are filled up, all others are as long as they are.
+    // The shortest keys are padded, all others are used unchanged.
     return m_keySize == shortKeySize ? key.Resized(fullKeySize, 0) : key;
 }
 

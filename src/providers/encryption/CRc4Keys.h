@@ -14,11 +14,11 @@ namespace NSTQ::Providers {
 
 class CRc4Keys {
 public:
-    /// The 40-bit scheme (MD5). `description` is what stands behind the version: salt, verifier and its digest, 16
+    /// The 40-bit scheme (MD5). `description` is the part after the version: salt, verifier and its digest, 16
     /// bytes each. Throws CSourceError when it is shorter, CPassWordRefused for a password that
     /// is not the right one.
     static CRc4Keys Make40Bit(std::span<const unsigned char> description, const CPassWord& passWord);
-    /// The scheme of the system's cryptography (SHA-1, 40 to 128 bits). Throws CSourceError for another algorithm,
+    /// The CryptoAPI scheme (SHA-1, 40 to 128 bits). Throws CSourceError for another algorithm,
     /// CPassWordRefused as above.
     static CRc4Keys MakeCryptoApi(const SCryptoApi& description, const CPassWord& passWord);
 
@@ -32,7 +32,7 @@ private:
 
     CHash m_hash;
     CSecretBytes m_passWordHash;
-    std::size_t m_keySize; ///< bytes of the digest that the key takes; the rest of it is 0
+    std::size_t m_keySize; ///< bytes of the digest that are the key; the rest of it is 0
 };
 
 } // namespace NSTQ::Providers

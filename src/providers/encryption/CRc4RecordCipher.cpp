@@ -16,7 +16,7 @@ void CRc4RecordCipher::Decrypt(std::span<unsigned char> bytes, std::uint64_t str
     }
 }
 
-/// Skips within a block; for another one or backwards, begins with a key.
+/// Skips within a block; for another block or backwards, starts with a new key.
 void CRc4RecordCipher::GoTo(std::uint64_t position) {
     const std::uint64_t block = position / blockSize;
     if (!m_cipher || block != m_block || position < m_position) {

@@ -1,4 +1,4 @@
-// A key or digest: up to 64 bytes in place, wiped when they are done with.
+// A key or digest: up to 64 bytes in place, wiped when they are destroyed.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 
 namespace NSTQ::Providers {
 
-/// Overwrites bytes in a way that the compiler does not leave out.
+/// Overwrites bytes in a way that the compiler does not optimise away.
 void Wipe(std::span<unsigned char> bytes);
 
 class CSecretBytes {

@@ -12,7 +12,7 @@ struct SAes {
 };
 constexpr SAes ciphers[] = {{0x660E, 16}, {0x660F, 24}, {0x6610, 32}};
 
-/// Half of what keys are cut from: the digest of 64 equal bytes, the first of them combined with another digest.
+/// Half of the material for keys: the digest of 64 equal bytes, the first of them combined with another digest.
 CSecretBytes MakeHalf(CHash& hash, const CSecretBytes& digest, unsigned char filling) {
     CSecretBytes bytes(CSecretBytes::maxSize, filling);
     for (std::size_t i = 0; i < digest.Size(); ++i)

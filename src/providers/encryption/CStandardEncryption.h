@@ -12,7 +12,7 @@ namespace NSTQ::Providers {
 
 class CStandardEncryption {
 public:
-    /// How often packages have the password hashed.
+    /// How often the password of a package is hashed.
     static constexpr std::uint32_t packageSpinCount = 50'000;
 
     /// Throws CSourceError for another cipher.
@@ -21,7 +21,7 @@ public:
     /// Makes the key. Throws CPassWordRefused when the password is not the right one.
     void Unlock(const CPassWord& passWord);
 
-    /// Goes over to the key of a block, 0 being that of a package. To be called after Unlock.
+    /// Switches to the key of a block; a package has block 0. To be called after Unlock.
     void SelectBlock(std::uint32_t block);
 
     /// Decrypts in place whole blocks of 16 bytes. To be called after Unlock.

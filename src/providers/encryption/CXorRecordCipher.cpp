@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t patternSize = 16;
 constexpr std::size_t maxPassWordSize = 15;
 
-/// A register that the bits of the password, from the last byte back and from its lowest bit up, mix into the key.
+/// A register that mixes the bits of the password, from the last byte back and from the lowest bit up, into the key.
 class CRegister {
 public:
     explicit CRegister(std::uint16_t value) : m_value(value) {}

@@ -8,10 +8,10 @@ namespace NSTQ::Providers {
 
 class CXorRecordCipher : public IRecordCipher {
 public:
-    /// `passWord` in the ANSI code page; what is beyond its first 15 bytes does not count.
+    /// `passWord` in the ANSI code page; only its first 15 bytes count.
     explicit CXorRecordCipher(std::span<const unsigned char> passWord);
 
-    /// Whether the password gives the two numbers that the file holds to tell the right one.
+    /// Whether the password gives the two verification numbers of the file.
     bool IsRight(std::uint16_t key, std::uint16_t verifier) const { return key == m_key && verifier == m_verifier; }
 
     void Decrypt(std::span<unsigned char> bytes, std::uint64_t streamPosition, std::uint16_t recordSize) override;

@@ -1,5 +1,5 @@
-// What two schemes have in common that older programs use through the system's cryptography: RC4 in records and
-// "standard" AES in packages. Both describe themselves in the same binary form.
+// The common parts of the two CryptoAPI schemes of older programs: RC4 in records and "standard" AES in packages.
+// Both have the same binary description.
 #pragma once
 
 #include "providers/encryption/CHash.h"
@@ -20,11 +20,11 @@ struct SCryptoApi {
     std::array<unsigned char, 32> verifierHash; ///< encrypted; RC4 needs only the first 20 bytes
 };
 
-/// Reads what stands behind the version (two numbers of 16 bits). Throws CSourceError for damage and for digests
+/// Reads the part after the version (two numbers of 16 bits). Throws CSourceError for damage and for digests
 /// other than SHA-1.
 SCryptoApi ReadCryptoApi(std::span<const unsigned char> bytes);
 
-/// Throws CSourceError for a cipher or a size of key that this kind of file does not have.
+/// Throws CSourceError for a cipher or key size that this type of file does not have.
 [[noreturn]] void FailWithUnknownAlgorithm(const SCryptoApi& description);
 
 /// Digest of a password's digest and a block's number, from which the block's key is made.

@@ -1,8 +1,8 @@
-// The way into encrypted files: all that the other providers need of this folder. A build without libcrypto has the
-// stand-ins of EncryptionAbsent.cpp instead, each of which throws CSourceError.
+// The interface to encrypted files for the other providers. A build without libcrypto uses EncryptionAbsent.cpp
+// instead, in which each function throws CSourceError.
 //
 // Passwords are in the ANSI code page. Each function throws CSourceError when the description of the encryption is
-// damaged or the encryption is of an unknown kind, and CPassWordRefused, whose text says which, when the password is
+// damaged or the encryption method is unknown, and CPassWordRefused, whose text says which, when the password is
 // missing or wrong.
 #pragma once
 
@@ -23,7 +23,7 @@ namespace NSTQ::Providers {
 using FDecryptBlock = std::function<void(std::uint32_t number, std::span<unsigned char> bytes)>;
 
 /// The OPC package (an xlsx workbook) that a compound file holds, decrypted where it is read; it may be read after
-/// `file` is gone. Without a password the one is tried that programs use when nobody gave one.
+/// `file` is gone. Without a password the default password is tried.
 std::shared_ptr<IRandomAccess> OpenEncryptedPackage(CCompoundFile& file, const std::string& passWord);
 
 /// The cipher that the record FILEPASS of an xls workbook describes; `filePassRecord` is its body. Without a password

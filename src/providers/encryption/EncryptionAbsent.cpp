@@ -1,4 +1,4 @@
-// Stands in for this folder when the build has left encryption out.
+// Replaces this folder in a build without encryption.
 #include "platform/ado/Provider.h"
 #include "providers/common/CSourceError.h"
 #include "providers/encryption/Encryption.h"

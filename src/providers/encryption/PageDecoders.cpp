@@ -25,8 +25,8 @@ FDecryptBlock DecodeRc4(CRc4Keys made) {
     };
 }
 
-/// RC4, or AES in the form of packages, or, for a database that is to be opened by older programs, AES whose key is
-/// made with less ado.
+/// RC4, or AES in the form of packages, or, for a database that older programs can open, AES with a simpler key
+/// derivation.
 FDecryptBlock DecodeCryptoApi(CBytes description, const CPassWord& passWord) {
     constexpr std::uint32_t aesFlag = 0x20;
     const SCryptoApi api = ReadCryptoApi(description);
@@ -52,7 +52,7 @@ FDecryptBlock Decode(CBytes description, const CPassWord& passWord) {
     return DecodeRc4(CRc4Keys::Make40Bit(info.description, passWord));
 }
 
-/// What makes the key of one page is its number combined with the database's key.
+/// The key of a page is made of its number combined with the key of the database.
 FDecryptBlock CombineNumbers(std::uint32_t key, FDecryptBlock decode) {
     return [key, decode = std::move(decode)](std::uint32_t page, std::span<unsigned char> bytes) {
         decode(key ^ page, bytes);
@@ -63,13 +63,13 @@ FDecryptBlock CombineNumbers(std::uint32_t key, FDecryptBlock decode) {
 
 FDecryptBlock MakePageDecoder(std::uint32_t key, CBytes description, const std::string& passWord) {
     const CPassWord secret(passWord, Platform::DB_SEC_E_AUTH_FAILED);
-    // No program encrypts a database with a password that nobody gave.
+    // Databases are never encrypted with a default password.
     if (passWord.empty())
         secret.Refuse();
     return CombineNumbers(key, Decode(description, secret));
 }
 
-/// The key is in the file, so this only keeps pages from being read by chance.
+/// The key is in the file, so this is only obfuscation.
 FDecryptBlock MakeJetPageDecoder(std::uint32_t key) {
     return CombineNumbers(
         key, [](std::uint32_t number, std::span<unsigned char> bytes) { CRc4(LittleEndian32(number)).Apply(bytes); });

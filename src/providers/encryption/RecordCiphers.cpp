@@ -34,7 +34,7 @@ std::unique_ptr<IRecordCipher> MakeRecordCipher(std::span<const unsigned char> f
     enum : std::uint16_t { Xor = 0, Rc4 = 1 };
     const CPassWord secret(passWord);
     CByteReader reader(filePassRecord);
-    // Older files know one kind only and do not name it.
+    // Older files have only one method and do not name it.
     const std::uint16_t kind = isBiff8 ? reader.Take<std::uint16_t>() : std::uint16_t{Xor};
     if (kind == Xor)
         return MakeXorCipher(reader, secret);

@@ -31,7 +31,7 @@ SEncryptionInfo ReadEncryptionInfo(std::span<const unsigned char> bytes, std::in
     const auto scheme = FindScheme(major, minor);
     if (!scheme || std::ranges::find(known, *scheme) == known.end())
         FailWithUnknownEncryption("version " + std::to_string(major) + '.' + std::to_string(minor));
-    // A number without meaning stands before the document.
+    // A number without meaning precedes the document.
     if (scheme == EScheme::Agile)
         reader.Skip(4);
     return {*scheme, reader.TakeBytes(reader.Left())};

@@ -1,5 +1,5 @@
-// What a file says of its encryption: a version, by which the scheme is told, and a description that each scheme has
-// in a form of its own.
+// The encryption info of a file: a version, which determines the scheme, and a description in a form that depends on
+// the scheme.
 #pragma once
 
 #include <cstdint>
@@ -25,9 +25,9 @@ struct SEncryptionInfo {
 SEncryptionInfo ReadEncryptionInfo(std::span<const unsigned char> bytes,
                                    std::initializer_list<SEncryptionInfo::EScheme> known);
 
-/// Throws the CSourceError for an encryption that is not known; `which` tells what of it.
+/// Throws the CSourceError for an unknown encryption; `which` is the unknown part.
 [[noreturn]] void FailWithUnknownEncryption(const std::string& which);
-/// Throws the CSourceError for a description that is cut off or contradicts itself.
+/// Throws the CSourceError for a description that is truncated or inconsistent.
 [[noreturn]] void FailWithDamagedEncryption();
 
 } // namespace NSTQ::Providers

@@ -1,4 +1,4 @@
-// Gives the columns of a sheet their names: no two alike, whatever the case of ASCII letters.
+// Generates unique column names for a sheet, ignoring the case of ASCII letters.
 #pragma once
 
 #include <string>

@@ -11,7 +11,7 @@ struct SBuiltIn {
     std::uint32_t last;
     EDateKind kind;
 };
-/// The fixed formats of all languages; those from 27 on differ between languages in form but not in kind.
+/// The built-in formats of all languages; those from 27 on differ between languages in form but not in kind.
 constexpr SBuiltIn builtIns[] = {
     {14, 17, EDateKind::Date}, {18, 21, EDateKind::Time}, {22, 22, EDateKind::Date},    {27, 31, EDateKind::Date},
     {32, 33, EDateKind::Time}, {34, 36, EDateKind::Date}, {45, 45, EDateKind::Time},    {46, 46, EDateKind::Elapsed},

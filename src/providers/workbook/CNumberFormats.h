@@ -12,12 +12,12 @@ namespace NSTQ::Providers {
 class CNumberFormats {
 public:
     static constexpr std::size_t maxFormats = 1U << 20;
-    /// Of those that make different things of different numbers.
+    /// The maximum of formats whose kind depends on the number.
     static constexpr std::size_t maxVarying = 1U << 16;
 
     /// A format that the workbook defines itself. Throws CSourceError beyond `maxFormats` or `maxVarying` of them.
     void AddCode(std::uint32_t id, std::string_view code);
-    /// The next style: it uses the format of that number, which has been added before unless it is a fixed one.
+    /// The next style: it uses the format of that number, which must have been added before, unless it is built-in.
     /// Throws CSourceError beyond `maxFormats` styles.
     void AddStyle(std::uint32_t formatId);
 
@@ -33,11 +33,11 @@ public:
 private:
     struct SFormat {
         EDateKind kind = EDateKind::None;
-        bool isVarying = false; ///< `index` tells which of m_varying it is, in place of `kind`
+        bool isVarying = false; ///< `index` selects one of m_varying, instead of `kind`
         std::uint32_t index = 0;
     };
 
-    std::map<std::uint32_t, SFormat> m_codes; ///< not hashed: whoever writes a file could make all of them meet
+    std::map<std::uint32_t, SFormat> m_codes; ///< not hashed: a file could be made so that all of them collide
     std::vector<SFormat> m_styles;
     std::vector<CFormatCode> m_varying;
 };

@@ -18,7 +18,7 @@ std::optional<SCellRange> SCCellReference::ParseRange(std::string_view text) {
         std::erase(corner, '$');
         hasColumn[i] = !corner.empty() && IsLetter(corner.front());
         hasRow[i] = !corner.empty() && !IsLetter(corner.back());
-        // What a whole row or column leaves open is filled in for the parser and widened below.
+        // The missing part of a whole row or column is filled in for the parser and extended below.
         if (!hasRow[i])
             corner += '1';
         if (!hasColumn[i])

@@ -15,7 +15,7 @@ struct SCellPosition {
     std::uint32_t column = 0;
 };
 
-/// Both ends belong to it.
+/// Both ends are inclusive.
 struct SCellRange {
     SCellPosition first;
     SCellPosition last;
@@ -30,7 +30,7 @@ public:
         SCellPosition position;
         const char* at = text.data();
         const char* const end = at + text.size();
-        // Both numbers stay small enough: no more digits are looked at once they are past the grid.
+        // Both numbers stay small enough: parsing stops as soon as they exceed the grid.
         for (; at != end && IsLetter(*at) && position.column <= maxColumn; ++at)
             position.column = position.column * 26 + static_cast<std::uint32_t>((*at | 0x20) - 'a' + 1);
         for (; at != end && *at >= '0' && *at <= '9' && position.row <= maxRow; ++at)

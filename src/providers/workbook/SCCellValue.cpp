@@ -15,7 +15,7 @@ constexpr double dateEnd = 2958466 - 1e-5; ///< so that rounding to the second s
 constexpr double firstRealDate1900 = 60;
 constexpr int secondsOfDay = 86400;
 
-/// Takes `digits` digits and, when it is not NUL, `separator` behind them off the text.
+/// Parses `digits` digits and, if it is not NUL, `separator` after them, and removes them from the text.
 bool TakeNumber(std::string_view& text, std::size_t digits, char separator, int& number) {
     if (text.size() < digits + (separator != '\0' ? 1 : 0))
         return false;
@@ -106,7 +106,7 @@ std::optional<double> SCCellValue::ParseIsoDate(std::string_view text) {
     if (text.front() != 'T' && text.front() != ' ')
         return std::nullopt;
     const std::optional<double> time = TakeTime(text.substr(1));
-    // The fraction of a day before day 0 counts away from it.
+    // Before day 0 the absolute value of the fraction is the time.
     return time ? std::optional(*day < 0 ? *day - *time : *day + *time) : std::nullopt;
 }
 
@@ -168,7 +168,7 @@ std::optional<double> SCCellValue::DateOfNumber(double number, EDateKind kind, b
         date += days1904;
     else if (!isTimeAlone && number >= 1 && number < firstRealDate1900)
         date += 1;
-    // Between the two systems of negative dates lies a fraction that counts the other way.
+    // The two systems differ in the direction of the fraction of negative dates.
     if (date < 0 && date != std::floor(date))
         date = std::floor(date) - (date - std::floor(date));
     return date >= firstDate && date < dateEnd ? std::optional(date) : std::nullopt;

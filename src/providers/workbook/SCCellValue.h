@@ -1,4 +1,4 @@
-// What the texts of cells stand for.
+// Parses the texts of cells.
 #pragma once
 
 #include "providers/workbook/CNumberFormats.h"
@@ -13,15 +13,15 @@ class SCCellValue {
 public:
     SCCellValue() = delete;
 
-    /// A finite number in full; nothing for any other text.
+    /// A finite number, if that is the whole text; nothing for any other text.
     static std::optional<double> ParseNumber(std::string_view text);
     /// "2023-03-15", "2023-03-15T18:00:00", "18:00", with a fraction of a second and a Z, as days since 1899-12-30.
     static std::optional<double> ParseIsoDate(std::string_view text);
     /// "PT0H11M0.000S", "-P1DT12H", "P2W" as days. Nothing for other texts and for years and months, whose length
     /// differs.
     static std::optional<double> ParseIsoDuration(std::string_view text);
-    /// A span of time as hours that go on past a day, minutes and seconds, rounded to the second: "255:10:10", behind
-    /// a '-' below zero. Nothing for ten billion days and more.
+    /// A span of time as hours that may exceed 24, minutes and seconds, rounded to the second: "255:10:10", with a
+    /// '-' if negative. Nothing for ten billion days and more.
     static std::optional<std::string> SpanText(double days);
     /// The number that a workbook stores for a date or time of a day, as days since 1899-12-30; nothing when no date
     /// of the years 100 to 9999 comes out. Days 1 to 59 of the 1900 system are moved, because it counts a 29 February

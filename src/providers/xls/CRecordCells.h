@@ -1,8 +1,8 @@
-// Reads the cells of a sheet of records in the order in which they stand.
+// Reads the cells of a BIFF sheet in the order of the records.
 //
-// A cell holds a value when it is a number, a text (even an empty one), a boolean or an error, or a formula, which
-// has its last result with it. Sheets within the sheet (charts) are passed over. Merged cells need nothing: the first
-// one of them holds the value.
+// A cell has a value when it is a number, a text (even an empty one), a boolean or an error, or a formula, which
+// contains its last result. Sheets within the sheet (charts) are skipped. Merged cells need no handling: the first
+// one has the value.
 #pragma once
 
 #include "providers/workbook/ICellSource.h"
@@ -13,7 +13,7 @@ namespace NSTQ::Providers {
 class CRecordCells : public ICellSource {
 public:
     /// `records` is before the first record of the sheet. Throws CSourceError when no worksheet begins there. The
-    /// first record may be missing when `isBehindEnd` tells that something else ends right there.
+    /// first record may be missing when `isBehindEnd` states that another part ends directly before.
     CRecordCells(CRecordReader records, STextForm form, bool isBehindEnd);
 
     /// As the interface says; a cell outside the grid and a sheet that does not end are errors.
@@ -39,11 +39,11 @@ private:
 
     CRecordReader m_records;
     STextForm m_form;
-    bool m_isAhead = false; ///< the record has been gone to, but not been read
+    bool m_isAhead = false; ///< the record is current, but has not been read
     bool m_isAtEnd = false;
     std::uint32_t m_row = 0;              ///< of the run, from 1
     std::uint32_t m_column = 0;           ///< of the run's next cell, from 0
-    std::span<const unsigned char> m_run; ///< cells that stand together in one record
+    std::span<const unsigned char> m_run; ///< several cells in one record
     std::u16string m_text;
 };
 

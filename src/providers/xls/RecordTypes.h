@@ -1,22 +1,22 @@
-// The records of a workbook's stream that are read, by their numbers. All others are passed over.
+// The records of a workbook's stream that are read, by their numbers. All others are skipped.
 #pragma once
 
 #include <cstdint>
 
 namespace NSTQ::Providers {
 
-/// What the beginning of the stream shows. Excel 5.0 and 95 write the same records; so do 97 to 2003.
+/// The version, from the beginning of the stream. Excel 5.0 and 95 write the same records; so do 97 to 2003.
 enum class EBiff : unsigned char { Biff5, Biff8 };
 
 enum class ERecord : std::uint16_t {
-    // A workbook's or sheet's frame. The first three are those of versions before 5.0.
+    // Begin and end of a workbook or sheet. The first three are those of versions before 5.0.
     Bof2 = 0x0009,
     Bof3 = 0x0209,
     Bof4 = 0x0409,
     Bof = 0x0809,
     Eof = 0x000A,
     Continue = 0x003C,
-    // What the sheets share.
+    // Data that the sheets share.
     FilePass = 0x002F,
     CodePage = 0x0042,
     DateMode = 0x0022,
@@ -27,7 +27,7 @@ enum class ERecord : std::uint16_t {
     ExternSheet = 0x0017,
     SupBook = 0x01AE,
     Name = 0x0018,
-    // Cells. Blank cells hold no value and are not among them.
+    // Cells. Blank cells have no value and are not included.
     Number = 0x0203,
     Rk = 0x027E,
     MulRk = 0x00BD,
@@ -45,14 +45,14 @@ enum class ERecord : std::uint16_t {
     Label2 = 0x0004,
     BoolErr2 = 0x0005,
     String2 = 0x0007,
-    // What may stand between a formula and the text that it gives.
+    // Records between a formula and its text result.
     Array2 = 0x0021,
     Array = 0x0221,
     SharedFormula = 0x04BC,
     SharedFormula5 = 0x00BC,
     Table2 = 0x0036,
     Table = 0x0236,
-    // What is not encrypted in an encrypted workbook, besides the frame and FilePass.
+    // Records that are not encrypted in an encrypted workbook, in addition to BOF, EOF and FilePass.
     InterfaceHeader = 0x00E1,
     UserExclusive = 0x0194,
     FileLock = 0x0195,

@@ -1,7 +1,7 @@
-// The quick way over cells in the form that nearly all of a large sheet's cells have:
+// A fast parser for cells in the most frequent forms:
 //     <c r="B7" s="2" t="s"><v>12</v></c>     <c r="B7" t="inlineStr"><is><t>text</t></is></c>     <c r="B7" s="2"/>
-// What deviates in the least, a prefix, a formula, a reference, a blank between, is left to the scanner's general
-// way, which alone defines what a cell is; both must give the same for the forms above.
+// Every deviation (a prefix, a formula, a reference, a space) is left to the general scanner, which alone defines
+// what a cell is; both must give the same result for the forms above.
 #pragma once
 
 #include "providers/workbook/ICellSource.h"
@@ -14,7 +14,7 @@ class SCPlainCell {
 public:
     SCPlainCell() = delete;
 
-    /// Reads the cell at the beginning of `ahead`, behind which a NUL stands. `cell.position` is that of the cell
+    /// Reads the cell at the beginning of `ahead`, which is followed by a NUL. `cell.position` is that of the cell
     /// before and becomes its own; the text points into `ahead` and its data are null when the cell holds none.
     /// Returns the bytes that the cell takes, or 0 when it is not plain, with `cell` unspecified.
     static std::size_t Parse(std::string_view ahead, SCell& cell);
@@ -26,7 +26,7 @@ private:
     static const char* ParseContent(const char* at, const char* end, SCell& cell);
 };
 
-/// What the type of a cell says; a number for unknown types.
+/// The kind of a cell by its type attribute; a number for unknown types.
 ECellKind KindOfType(std::string_view type);
 
 } // namespace NSTQ::Providers

@@ -10,14 +10,14 @@ namespace {
 
 constexpr std::size_t maxTexts = 1U << 25;
 
-/// The number of a format; General's for what is no number.
+/// The number of a format; that of General for an invalid one.
 std::uint32_t ToFormatId(std::string_view text) {
     std::uint32_t number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
 }
 
-/// One without a number of its own can be no cell's.
+/// A format without a number cannot be that of a cell.
 void AddFormat(CXmlScanner& xml, CNumberFormats& formats) {
     const std::string_view id = xml.GetAttribute("numFmtId");
     if (!id.empty() && id.front() >= '0' && id.front() <= '9') {

@@ -8,11 +8,11 @@
 namespace NSTQ::Providers {
 
 /// Appends the text of a rich text (the element that is at its Start) and goes to its End: plain and formatted runs
-/// in their order, without the phonetic ones. The text is kept to the blank, whatever xml:space says. Throws
+/// in their order, without the phonetic ones. All spaces are kept, whatever xml:space states. Throws
 /// CSourceError.
 void ReadRichText(CXmlScanner& xml, std::string& target);
 
-/// Reads the part of the shared texts. Throws CSourceError.
+/// Reads the part with the shared strings. Throws CSourceError.
 CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part);
 
 /// Reads the styles part. Throws CSourceError.
