@@ -258,7 +258,7 @@ TCases CompoundBlowUps() {
         for (const int form : {0, 1, 2, 3})
             cases.push_back({std::to_string(streams) + " streams, form " + std::to_string(form),
                              [=, streams = streams, size = size] {
-                                 return MakeCompound(form > 1 ? std::min<std::size_t>(streams, 500) : streams, size,
+                                 return MakeCompound(form > 1 ? std::min<std::size_t>(streams, 100) : streams, size,
                                                      form > 1, {.isScattered = form % 2 == 1});
                              }});
     return cases;
