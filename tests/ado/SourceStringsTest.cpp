@@ -55,7 +55,10 @@ public:
         schema->OpenRows(std::make_unique<CScriptedRows>(m_script, m_script.table));
         return schema;
     }
-    void Close() override { m_script.Do("Close"); }
+    void Close() override {
+        EXPECT_EQ(m_script.liveObjects, 0) << "the schema is closed first";
+        m_script.Do("Close");
+    }
 
 private:
     CScript& m_script;
