@@ -42,7 +42,7 @@ std::string ReadOne(const std::string& path) {
 /// Every byte of a text, and every line of it.
 TCases TextCases() {
     const std::string text = "Id,\"a \"\"text\"\"\r\nof two lines\", あ \r\n1, 2 ,\t3\r\n\"\",,\r\n";
-    TCases cases{{"a good one", [=] { return text; }, "rows"}};
+    TCases cases{{"a good one", [text = text] { return text; }, "rows"}};
     CBlowUp whole(cases, "at", text, Same, {textFillers});
     for (std::size_t at = 0, line = 0; at < text.size(); line = text[at++] == '\n' ? at : line) {
         whole.Fill(at, 1);
@@ -202,7 +202,7 @@ void BlowUpRecord(CBlowUp& part, const std::string& record, std::size_t at) {
 TCases XlsBlowUps() {
     const SXlsParts good = GoodXls();
     const std::string stream = good.Stream();
-    TCases cases{{"a good one", [=] { return stream; }, "30 rows"}};
+    TCases cases{{"a good one", [stream = stream] { return stream; }, "30 rows"}};
     CBlowUp whole(cases, "stream", stream, Same);
     whole.Numbers(0, stream.find("ttt"));
     whole.Numbers(stream.find(good.sheets[0].strCells), 300);
@@ -243,7 +243,7 @@ std::string MakeCompound(std::size_t streams, std::size_t size, bool isNested, c
 
 TCases CompoundBlowUps() {
     const std::string good = MakeCompound(2, 5'000, true);
-    TCases cases{{"a good one", [=] { return good; }, "30 rows"}};
+    TCases cases{{"a good one", [good = good] { return good; }, "30 rows"}};
     for (const std::string& file : {good, MakeCompound(2, 60, false, {.sectorSize = 4096})}) {
         CBlowUp whole(cases, "file", file, Same);
         const std::size_t directory = file.find("R\0o\0o\0t\0"s);
@@ -394,7 +394,7 @@ TCases EncryptedBlowUps() {
         }).Numbers(0, 8);
     }
     const std::string pass = EncryptRecords(Rc4Cipher(passWord, 128), 0).filePass;
-    CBlowUp(cases, "pass", pass, [](std::string filePass) {
+    CBlowUp(cases, "pass", pass, [](const std::string& filePass) {
         SXlsParts parts = GoodXls();
         parts.strGlobals.insert(0, Record(ERecord::FilePass, filePass));
         return parts.Stream();
