@@ -199,9 +199,9 @@ void RegisterFloors(const std::string& kind, const std::string& path) {
 /// Once with every kernel that the processor has: `numeric/library@avx2`.
 template <typename Run>
 void RegisterKernels(const std::string& name, Run run) {
-    for (const Scan::EKernel kernel : Scan::KERNELS)
+    for (const Scan::EKernel kernel : Scan::allKernels)
         if (Scan::SelectKernel(kernel))
-            Register(name + '@' + Scan::GetKernel().pName, [kernel, run](benchmark::State& state) {
+            Register(name + '@' + Scan::GetKernel().name, [kernel, run](benchmark::State& state) {
                 Scan::SelectKernel(kernel);
                 run(state);
             });

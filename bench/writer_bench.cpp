@@ -145,9 +145,9 @@ bool RegisterAll(const std::string& folder) {
         const std::string name = "write_" + kind;
         Register(name + "/copy", source, [](const SSource& s) { return WriteCopy(s.text, SINK, PASSES); });
         Register(name + "/naive", source, [](const SSource& s) { return WriteNaively(s.rows, SINK, PASSES); });
-        for (const Scan::EKernel kernel : Scan::KERNELS)
+        for (const Scan::EKernel kernel : Scan::allKernels)
             if (Scan::SelectKernel(kernel))
-                Register(name + "/library@" + Scan::GetKernel().pName, source, [kernel](const SSource& s) {
+                Register(name + "/library@" + Scan::GetKernel().name, source, [kernel](const SSource& s) {
                     Scan::SelectKernel(kernel);
                     return WriteWithLibrary(s.rows, SINK, PASSES);
                 });

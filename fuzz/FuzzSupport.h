@@ -65,7 +65,7 @@ public:
     /// The two lowest bits as a kernel; the one that the library chooses stands for 0.
     static Scan::EKernel ToKernel(unsigned bits) {
         constexpr std::array kernels = {Scan::EKernel::Scalar, Scan::EKernel::Sse2, Scan::EKernel::Avx2};
-        return (bits & 3) == 0 ? Scan::GetKernel().eKernel : kernels[(bits & 3) - 1];
+        return (bits & 3) == 0 ? Scan::GetKernel().kernel : kernels[(bits & 3) - 1];
     }
 
     /// One of the choices; the first is the one that seeds and shortened inputs mostly have.

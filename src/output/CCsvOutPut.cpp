@@ -81,21 +81,21 @@ bool CCsvOutPut::WriteRow(const char* const* ppData, const WORD* pLen, DWORD dwC
 DWORD CCsvOutPut::WriteFields(const char* const* ppData, const WORD* pLen, DWORD dwField, DWORD dwCount) {
     const Scan::SKernel& kernel = Scan::GetKernel();
     const auto pre = static_cast<unsigned char>(m_cPreDelimiter);
-    if (kernel.pWriteFields == nullptr || (m_bQuoteLineEnds && pre >= SCDataAccessDefine::SPACE_CODE))
+    if (kernel.writeFields == nullptr || (m_bQuoteLineEnds && pre >= SCDataAccessDefine::SPACE_CODE))
         return dwField;
     char* const buffer = m_pWriteBuff.get();
-    Scan::SRow row{.ppData = ppData,
-                   .pLen = pLen,
-                   .dwFields = dwCount,
-                   .dwField = dwField,
-                   .pOut = buffer + m_dwWriteSize,
-                   .pEnd = buffer + SCDataAccessDefine::WRITE_BUFF_SIZE,
-                   .cSeparator = static_cast<unsigned char>(m_cSeparator),
-                   .bQuoteLineEnds = m_bQuoteLineEnds,
-                   .cPre = pre};
-    kernel.pWriteFields(row);
-    m_dwWriteSize = static_cast<DWORD>(row.pOut - buffer);
-    return row.dwField;
+    Scan::SRow row{.data = ppData,
+                   .lengths = pLen,
+                   .fieldCount = dwCount,
+                   .field = dwField,
+                   .out = buffer + m_dwWriteSize,
+                   .end = buffer + SCDataAccessDefine::WRITE_BUFF_SIZE,
+                   .separator = static_cast<unsigned char>(m_cSeparator),
+                   .quotesLineEnds = m_bQuoteLineEnds,
+                   .pre = pre};
+    kernel.writeFields(row);
+    m_dwWriteSize = static_cast<DWORD>(row.out - buffer);
+    return row.field;
 }
 
 bool CCsvOutPut::WriteField(const char* pField, WORD wLength) {

@@ -1,8 +1,6 @@
 // Two registers of 32 bytes. Compiled for processors with AVX2, BMI2 and carry-less multiplication.
 #include "scan/CBmiBits.h"
-#include "scan/FieldBatches.h"
 #include "scan/KernelOf.h"
-#include "scan/Kernels.h"
 
 #include <immintrin.h>
 
@@ -29,8 +27,8 @@ constexpr SSqueezes squeezes = [] {
 class CBlock : public CBmiBits {
 public:
     using Bytes = __m256i;
-    static constexpr std::ptrdiff_t SIZE = BLOCK;
-    static constexpr bool COPIES_NULS = false;
+    static constexpr std::ptrdiff_t width = blockSize;
+    static constexpr bool copiesNuls = false;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) {
         return _mm256_set1_epi8(static_cast<char>(byte));
@@ -117,14 +115,14 @@ private:
 class CChunk {
 public:
     using Bytes = __m256i;
-    static constexpr std::ptrdiff_t SIZE = 32;
-    static constexpr bool READS_PAST = true;
+    static constexpr std::ptrdiff_t width = 32;
+    static constexpr bool readsPast = true;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
     /// In assembly, because the compiler must not see that these loads go beyond the end of an object.
     [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
         CChunk chunk;
-        asm("vmovdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
+        asm("vmovdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[width]>(from)));
         return chunk;
     }
     [[gnu::always_inline]] static CChunk Load(const unsigned char* from) {
@@ -147,6 +145,8 @@ public:
 private:
     __m256i m_bytes;
 };
+
+static_assert(VectorBlock<CBlock> && FieldChunk<CChunk> && ColumnPiece<CChunk>);
 
 } // namespace
 

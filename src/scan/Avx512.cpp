@@ -2,7 +2,6 @@
 // processors with AVX-512 VBMI2.
 #include "scan/CBmiBits.h"
 #include "scan/KernelOf.h"
-#include "scan/Kernels.h"
 
 #include <immintrin.h>
 
@@ -22,8 +21,8 @@ constexpr SNumbers numbers = [] {
 class CBlock : public CBmiBits {
 public:
     using Bytes = __m512i;
-    static constexpr std::ptrdiff_t SIZE = BLOCK;
-    static constexpr bool COPIES_NULS = true;
+    static constexpr std::ptrdiff_t width = blockSize;
+    static constexpr bool copiesNuls = true;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) {
         return _mm512_set1_epi8(static_cast<char>(byte));
@@ -93,8 +92,8 @@ private:
 class CChunk {
 public:
     using Bytes = __m512i;
-    static constexpr std::ptrdiff_t SIZE = 64;
-    static constexpr bool READS_PAST = false;
+    static constexpr std::ptrdiff_t width = 64;
+    static constexpr bool readsPast = false;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
     [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t size) {
@@ -113,7 +112,7 @@ private:
 /// For columns: half a register, whose loads and stores cross cache lines less often.
 class CColumnChunk {
 public:
-    static constexpr std::ptrdiff_t SIZE = 32;
+    static constexpr std::ptrdiff_t width = 32;
 
     [[gnu::always_inline]] static CColumnChunk Load(const unsigned char* from) {
         CColumnChunk chunk;
@@ -131,6 +130,8 @@ public:
 private:
     __m256i m_bytes;
 };
+
+static_assert(VectorBlock<CBlock> && FieldChunk<CChunk> && ColumnPiece<CColumnChunk>);
 
 } // namespace
 

@@ -1,7 +1,7 @@
 // Bit operations of the kernels with BMI2 and carry-less multiplication.
 #pragma once
 
-#include "scan/Bits.h"
+#include "scan/VectorUnit.h"
 
 #include <immintrin.h>
 

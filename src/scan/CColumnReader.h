@@ -4,8 +4,7 @@
 // A column with a control byte is left to the caller.
 #pragma once
 
-#include "scan/Bits.h"
-#include "scan/Kernel.h"
+#include "scan/VectorUnit.h"
 
 namespace NSTQ::Scan {
 
@@ -15,27 +14,27 @@ public:
     [[gnu::always_inline]] static void Read(SColumns& columns) {
         // Copies: for all the compiler knows, writing a field could change members of `columns`.
         const SColumns all = columns;
-        const unsigned char* next = all.pNext;
-        char* field = all.pField;
-        DWORD column = all.dwColumn;
-        for (; column < all.dwColumns; ++column) {
-            const std::ptrdiff_t width = all.pWidths[column];
+        const unsigned char* next = all.next;
+        char* field = all.field;
+        DWORD column = all.column;
+        for (; column < all.columnCount; ++column) {
+            const std::ptrdiff_t width = all.widths[column];
             // Whole blocks are read and written from each byte of the column.
-            if (all.pEnd - next < width + BLOCK || all.pFieldEnd - field < width + BLOCK)
+            if (all.end - next < width + blockSize || all.fieldEnd - field < width + blockSize)
                 break;
             const std::ptrdiff_t length =
-                width <= TChunk::SIZE ? Copy<TChunk>(next, width, field) : Copy<TBlock>(next, width, field);
-            if (length < 0 || length > static_cast<std::ptrdiff_t>(all.dwFieldSize))
+                width <= TChunk::width ? Copy<TChunk>(next, width, field) : Copy<TBlock>(next, width, field);
+            if (length < 0 || length > static_cast<std::ptrdiff_t>(all.fieldSize))
                 break;
             field[length] = 0;
-            all.ppData[column] = field;
-            all.pLen[column] = static_cast<WORD>(length);
+            all.data[column] = field;
+            all.lengths[column] = static_cast<WORD>(length);
             field += length + 1;
             next += width;
         }
-        columns.pNext = next;
-        columns.pField = field;
-        columns.dwColumn = column;
+        columns.next = next;
+        columns.field = field;
+        columns.column = column;
     }
 
 private:
@@ -44,9 +43,9 @@ private:
     [[gnu::always_inline]] static std::ptrdiff_t Copy(const unsigned char* from, std::ptrdiff_t width, char* to) {
         std::ptrdiff_t copied = 0;
         std::ptrdiff_t length = 0;
-        for (; width > 0; from += TPiece::SIZE, width -= TPiece::SIZE) {
+        for (; width > 0; from += TPiece::width, width -= TPiece::width) {
             const TPiece piece = TPiece::Load(from);
-            const std::ptrdiff_t size = width < TPiece::SIZE ? width : TPiece::SIZE;
+            const std::ptrdiff_t size = width < TPiece::width ? width : TPiece::width;
             const Mask all = ~Mask{0} >> (64 - size);
             if ((piece.FindControls() & all) != 0)
                 return -1;

@@ -5,13 +5,12 @@
 // before the first anomaly are returned; the one that contains it is left to the caller from its first byte, and what
 // was written of it are unused bytes after the last NUL.
 //
-// Invariant, at the start of a block: the bytes from m_pFieldIn to m_pBlock are, without the quotes that the grammar
-// removes, at m_pField to m_pOut; and the number of bytes that this call has written up to m_pOut, including NULs, is
+// Invariant, at the start of a block: the bytes from m_fieldIn to m_block are, without the quotes that the grammar
+// removes, at m_field to m_out; and the number of bytes that this call has written up to m_out, including NULs, is
 // what the grammar counts against the limit of the record.
 #pragma once
 
-#include "scan/Bits.h"
-#include "scan/Kernel.h"
+#include "scan/VectorUnit.h"
 
 namespace NSTQ::Scan {
 
@@ -19,31 +18,31 @@ template <class TBlock>
 class CFieldBlocks {
 public:
     [[gnu::always_inline]] explicit CFieldBlocks(const SFields& fields)
-        : m_separator(TBlock::Repeat(fields.cSeparator)), m_pBlock(fields.pNext), m_pOut(fields.pField),
-          m_pFieldIn(fields.pNext), m_pField(fields.pField), m_ppData(fields.ppData), m_pLen(fields.pLen),
-          m_tabs(fields.cSeparator == TAB ? ~Mask{0} : 0) {}
+        : m_separator(TBlock::Repeat(fields.separator)), m_block(fields.next), m_out(fields.field),
+          m_fieldIn(fields.next), m_field(fields.field), m_data(fields.data), m_lengths(fields.lengths),
+          m_tabs(fields.separator == tab ? ~Mask{0} : 0) {}
 
     [[gnu::always_inline]] void Read(SFields& fields) {
         // Never writes more than it reads. With quotes it reads a block from each byte of this one, and writes as far
         // beyond it.
-        const std::ptrdiff_t within = fields.pEnd - fields.pNext - 1;
-        const auto room = static_cast<std::ptrdiff_t>(fields.dwRoom) - BLOCK;
-        const std::ptrdiff_t last = (within < room ? within : room) - 2 * BLOCK;
-        if (last >= 0 && fields.dwFieldSize >= BLOCK) {
-            m_pLastBlock = fields.pNext + last;
+        const std::ptrdiff_t within = fields.end - fields.next - 1;
+        const auto room = static_cast<std::ptrdiff_t>(fields.room) - blockSize;
+        const std::ptrdiff_t last = (within < room ? within : room) - 2 * blockSize;
+        if (last >= 0 && fields.fieldSize >= blockSize) {
+            m_lastBlock = fields.next + last;
             while (ReadBlocks(fields)) {
             }
         }
-        fields.pNext = m_pFieldIn;
-        fields.pField = m_pField;
-        fields.dwFields = m_dwFields;
+        fields.next = m_fieldIn;
+        fields.field = m_field;
+        fields.fieldCount = m_fieldCount;
     }
 
 private:
     using Bytes = typename TBlock::Bytes;
 
-    static constexpr unsigned char TAB = 0x09;
-    static constexpr unsigned char SPACE = 0x20;
+    static constexpr unsigned char tab = 0x09;
+    static constexpr unsigned char space = 0x20;
 
     struct SMasks {
         Mask separators;
@@ -62,12 +61,12 @@ private:
 
     /// False when the record has ended or cannot be continued here.
     [[gnu::always_inline]] bool ReadBlocks(SFields& fields) {
-        while (m_pBlock <= m_pLastBlock) {
-            const TBlock block = TBlock::Load(m_pBlock);
+        while (m_block <= m_lastBlock) {
+            const TBlock block = TBlock::Load(m_block);
             const SMasks masks = FindAll(block);
             if (masks.quotes != 0)
                 return ReadQuotedBlocks(fields, masks);
-            block.Without(m_separator).Store(m_pOut);
+            block.Without(m_separator).Store(m_out);
             if ((masks.separators | masks.controls) == 0) {
                 if ((masks.spaces & m_afterStop) != 0 || !ReadRun())
                     return false;
@@ -85,17 +84,17 @@ private:
     /// After a block without structure, handles all similar ones that follow.
     [[gnu::always_inline]] bool ReadRun() {
         for (;;) {
-            m_pBlock += BLOCK;
-            m_pOut += BLOCK;
-            if (m_pBlock > m_pLastBlock)
+            m_block += blockSize;
+            m_out += blockSize;
+            if (m_block > m_lastBlock)
                 return false;
-            const TBlock block = TBlock::Load(m_pBlock);
+            const TBlock block = TBlock::Load(m_block);
             if (block.HasStructure(m_separator))
                 break;
-            block.Store(m_pOut);
+            block.Store(m_out);
         }
         m_afterStop = 0;
-        m_spaces = (m_pBlock[-1] == SPACE ? 2U : 0U) | (m_pBlock[-2] == SPACE ? 1U : 0U);
+        m_spaces = (m_block[-1] == space ? 2U : 0U) | (m_block[-2] == space ? 1U : 0U);
         return true;
     }
 
@@ -119,16 +118,16 @@ private:
             const Mask strays = (opening & ~(afterStop | afterClosing)) | (afterClosing & ~(masks.quotes | stops)) |
                                 (inside & (masks.controls | (masks.separators & m_tabs)));
             const Mask dropped = masks.quotes & ~(opening & afterClosing);
-            const Mask outStops = TBlock::CopyWithout(m_pBlock, dropped, stops, m_pOut);
-            if (!EndFields<TBlock::COPIES_NULS>(fields, masks, stops, outStops, (blanks | strays) & masks.upToEnd))
+            const Mask outStops = TBlock::CopyWithout(m_block, dropped, stops, m_out);
+            if (!EndFields<TBlock::copiesNuls>(fields, masks, stops, outStops, (blanks | strays) & masks.upToEnd))
                 return false;
             inQuotes = 0 - (inside >> 63);
             afterClosingCarry = closing >> 63;
             afterOpeningCarry = (opening & afterStop) >> 63;
             GoOn(masks, stops, Count(dropped));
-            if (m_pBlock > m_pLastBlock)
+            if (m_block > m_lastBlock)
                 return false;
-            masks = FindAll(TBlock::Load(m_pBlock));
+            masks = FindAll(TBlock::Load(m_block));
         } while ((masks.quotes | inQuotes | afterClosingCarry) != 0);
         return true;
     }
@@ -139,22 +138,22 @@ private:
     [[gnu::always_inline]] void GoOn(const SMasks& masks, Mask stops, unsigned dropped) {
         m_afterStop = stops >> 63;
         m_spaces = masks.spaces >> 62;
-        m_pBlock += BLOCK;
-        m_pOut += BLOCK - static_cast<std::ptrdiff_t>(dropped);
+        m_block += blockSize;
+        m_out += blockSize - static_cast<std::ptrdiff_t>(dropped);
     }
 
-    /// Returns the fields that end at `stops`, at `outStops` after m_pOut. False when there are no more entries.
+    /// Returns the fields that end at `stops`, at `outStops` after m_out. False when there are no more entries.
     template <bool hasNuls>
     [[gnu::always_inline]] bool EndFields(SFields& fields, const SMasks& masks, Mask stops, Mask outStops,
                                           Mask anomalies) {
         // Only the first field can be longer than a block.
-        if (m_pOut - m_pField > static_cast<std::ptrdiff_t>(fields.dwFieldSize) - BLOCK ||
-            m_dwFields + Count(stops) > fields.dwEntries) [[unlikely]]
+        if (m_out - m_field > static_cast<std::ptrdiff_t>(fields.fieldSize) - blockSize ||
+            m_fieldCount + Count(stops) > fields.entryCount) [[unlikely]]
             return false;
         bool isLineEnd = false;
         const unsigned end = TBlock::First(masks.controls);
         if (masks.controls != 0) {
-            isLineEnd = m_pBlock[end] == fields.cPre && (fields.cPost == 0 || m_pBlock[end + 1] == fields.cPost);
+            isLineEnd = m_block[end] == fields.pre && (fields.post == 0 || m_block[end + 1] == fields.post);
             if (!isLineEnd)
                 anomalies |= masks.controls & masks.upToEnd;
         }
@@ -162,18 +161,18 @@ private:
             const Mask kept = stops & BelowFirst(anomalies);
             PutFields<hasNuls>(KeepLowest(outStops, Count(kept)));
             if (kept != 0)
-                m_pFieldIn = m_pBlock + BehindLast(kept);
+                m_fieldIn = m_block + BehindLast(kept);
             return false;
         }
         PutFields<hasNuls>(outStops);
         if (!isLineEnd) {
             if (stops != 0)
-                m_pFieldIn = m_pBlock + BehindLast(stops);
+                m_fieldIn = m_block + BehindLast(stops);
             return true;
         }
-        m_pField[-1] = 0;
-        m_pFieldIn = m_pBlock + end + (fields.cPost == 0 ? 1 : 2);
-        fields.bEnded = true;
+        m_field[-1] = 0;
+        m_fieldIn = m_block + end + (fields.post == 0 ? 1 : 2);
+        fields.hasEnded = true;
         return false;
     }
 
@@ -188,21 +187,21 @@ private:
     [[gnu::always_inline]] void PutFields(Mask stops) {
         if (stops == 0)
             return;
-        TBlock::template PutFields<hasNuls>(stops, m_pOut, m_pField, m_ppData + m_dwFields, m_pLen + m_dwFields);
-        m_dwFields += Count(stops);
-        m_pField = m_pOut + BehindLast(stops);
+        TBlock::template PutFields<hasNuls>(stops, m_out, m_field, m_data + m_fieldCount, m_lengths + m_fieldCount);
+        m_fieldCount += Count(stops);
+        m_field = m_out + BehindLast(stops);
     }
 
     const Bytes m_separator;
-    const unsigned char* m_pBlock;
-    char* m_pOut;
-    const unsigned char* m_pFieldIn; ///< where the current field begins, and where it is written
-    char* m_pField;
-    const char** const m_ppData;
-    WORD* const m_pLen;
-    DWORD m_dwFields = 0; ///< returned
-    const Mask m_tabs;    ///< all bits when the separator is the TAB, else none
-    const unsigned char* m_pLastBlock = nullptr;
+    const unsigned char* m_block;
+    char* m_out;
+    const unsigned char* m_fieldIn; ///< where the current field begins, and where it is written
+    char* m_field;
+    const char** const m_data;
+    WORD* const m_lengths;
+    DWORD m_fieldCount = 0; ///< returned
+    const Mask m_tabs;      ///< all bits when the separator is the TAB, else none
+    const unsigned char* m_lastBlock = nullptr;
     Mask m_afterStop = 1; ///< whether the byte before the block ends a field
     Mask m_spaces = 0;    ///< whether it and (in bit 0) the one before are spaces
 };

@@ -6,13 +6,12 @@
 // unless it has three bytes in UTF-8 and two in the page, and the caller continues before it. Converting a block
 // removes the third byte of each character with quotes and spaces, and puts the code in place of the other two.
 //
-// Invariant, at the start of a block: the bytes up to m_pOut are what the scalar grammar would have collected from
+// Invariant, at the start of a block: the bytes up to m_out are what the scalar grammar would have collected from
 // the bytes before the block and its caller would have converted, except that a quote directly before it that may be
 // the first of a pair is still undecided.
 #pragma once
 
-#include "scan/Bits.h"
-#include "scan/Kernel.h"
+#include "scan/VectorUnit.h"
 
 namespace NSTQ::Scan {
 
@@ -20,36 +19,35 @@ template <class TBlock>
 class CTextCollector {
 public:
     [[gnu::always_inline]] explicit CTextCollector(const SText& text)
-        : m_separator(TBlock::Repeat(text.cSeparator)), m_pBlock(text.pNext), m_pOut(text.pOut),
-          m_pField(text.pField), m_tabs(text.cSeparator == TAB ? ~Mask{0} : 0),
-          m_inQuotes(text.bQuoted ? ~Mask{0} : 0) {}
+        : m_separator(TBlock::Repeat(text.separator)), m_block(text.next), m_out(text.out), m_field(text.field),
+          m_tabs(text.separator == tab ? ~Mask{0} : 0), m_inQuotes(text.isQuoted ? ~Mask{0} : 0) {}
 
     [[gnu::always_inline]] void Collect(SText& text) {
         // As in CFieldBlocks.
-        const std::ptrdiff_t within = text.pEnd - text.pNext - 1;
-        const auto room = static_cast<std::ptrdiff_t>(text.dwRoom) - BLOCK;
-        const std::ptrdiff_t last = (within < room ? within : room) - 2 * BLOCK;
+        const std::ptrdiff_t within = text.end - text.next - 1;
+        const auto room = static_cast<std::ptrdiff_t>(text.room) - blockSize;
+        const std::ptrdiff_t last = (within < room ? within : room) - 2 * blockSize;
         if (last < 0)
             return;
-        m_pLastBlock = text.pNext + last;
-        while (m_pBlock <= m_pLastBlock && CollectBlock(text)) {
+        m_lastBlock = text.next + last;
+        while (m_block <= m_lastBlock && CollectBlock(text)) {
         }
         // The next byte decides whether a quote closes, so this one is left to the caller.
-        text.pNext = m_pBlock - m_afterClosing;
-        text.bQuoted = (m_inQuotes | m_afterClosing) != 0;
-        text.pOut = m_pOut;
-        text.pField = m_pField;
-        text.dwFields = m_dwFields;
-        text.dwSaved = m_dwSaved;
-        text.bConverted = m_isConverted;
+        text.next = m_block - m_afterClosing;
+        text.isQuoted = (m_inQuotes | m_afterClosing) != 0;
+        text.out = m_out;
+        text.field = m_field;
+        text.fieldCount = m_fieldCount;
+        text.saved = m_saved;
+        text.isConverted = m_isConverted;
     }
 
 private:
-    static constexpr unsigned char TAB = 0x09;
+    static constexpr unsigned char tab = 0x09;
 
     /// False when the record has ended or the next byte is left to the caller.
     [[gnu::always_inline]] bool CollectBlock(SText& text) {
-        const TBlock block = TBlock::Load(m_pBlock);
+        const TBlock block = TBlock::Load(m_block);
         const Mask separators = block.Find(m_separator);
         const Mask quotes = block.FindQuotes();
         const Mask spaces = block.FindSpaces();
@@ -67,24 +65,24 @@ private:
             ((quotes & ~(inside & afterClosing)) | (spaces & ~inside) | characters.leads << 2) & taken;
         const Mask stops = separators & ~inside & taken;
         if (isBare && dropped == 0) {
-            block.Without(m_separator).Store(m_pOut);
+            block.Without(m_separator).Store(m_out);
             PutFields<true>(text, stops);
         } else {
-            const Mask outStops = TBlock::CopyWithout(m_pBlock, dropped, stops, m_pOut);
+            const Mask outStops = TBlock::CopyWithout(m_block, dropped, stops, m_out);
             if (characters.leads != 0) {
                 taken = PutCodes(text, characters.leads, dropped, taken);
-                m_dwSaved += Count(characters.leads & taken);
+                m_saved += Count(characters.leads & taken);
             }
-            PutFields<TBlock::COPIES_NULS>(text, outStops);
+            PutFields<TBlock::copiesNuls>(text, outStops);
         }
-        m_pOut += Count(taken & ~dropped);
+        m_out += Count(taken & ~dropped);
         if (taken != ~Mask{0}) {
             const unsigned size = Count(taken);
             return taken == ordinary ? Stop(text, size, inside) : GoOn(size, inside, closing);
         }
         m_inQuotes = 0 - (inside >> 63);
         m_afterClosing = closing >> 63;
-        m_pBlock += BLOCK;
+        m_block += blockSize;
         if (isBare && (separators | characters.leads) == 0)
             CollectRun();
         return true;
@@ -92,16 +90,16 @@ private:
 
     /// Handles blocks that consist of unquoted ASCII and spaces only.
     [[gnu::always_inline]] void CollectRun() {
-        for (; m_pBlock <= m_pLastBlock; m_pBlock += BLOCK) {
-            const TBlock block = TBlock::Load(m_pBlock);
+        for (; m_block <= m_lastBlock; m_block += blockSize) {
+            const TBlock block = TBlock::Load(m_block);
             if (block.HasStructure(m_separator) || block.FindHigh() != 0)
                 return;
             const Mask spaces = block.FindSpaces();
             if (spaces == 0)
-                block.Store(m_pOut);
+                block.Store(m_out);
             else
-                TBlock::CopyWithout(m_pBlock, spaces, 0, m_pOut);
-            m_pOut += BLOCK - static_cast<std::ptrdiff_t>(Count(spaces));
+                TBlock::CopyWithout(m_block, spaces, 0, m_out);
+            m_out += blockSize - static_cast<std::ptrdiff_t>(Count(spaces));
         }
     }
 
@@ -114,8 +112,8 @@ private:
         const Mask high = block.FindHigh();
         if ((high & ordinary) == 0)
             return {0, ~Mask{0}};
-        const bool converts = text.pBlocks != nullptr;
-        m_isConverted = m_isConverted && (converts || text.bIsUtf8);
+        const bool converts = text.blocks != nullptr;
+        m_isConverted = m_isConverted && (converts || text.isUtf8);
         if (!m_isConverted)
             return {0, ~Mask{0}};
         const Mask leads = block.FindLeads();
@@ -123,7 +121,7 @@ private:
         const Mask misplaced = (leads << 1 | leads << 2) ^ trails;
         Mask faulty = (high & ~(leads | trails)) | misplaced | (leads & (misplaced >> 1 | misplaced >> 2));
         // A character that ends after the block begins the next one.
-        const Mask cut = leads & Mask{3} << (BLOCK - 2);
+        const Mask cut = leads & Mask{3} << (blockSize - 2);
         if (converts) {
             const Mask known = BelowFirst(faulty | cut);
             return {leads & ordinary & known, known};
@@ -141,16 +139,16 @@ private:
     [[gnu::always_inline]] Mask PutCodes(const SText& text, Mask leads, Mask dropped, Mask taken) {
         // Where the units with three bytes in UTF-8 begin. Surrogates have no code.
         constexpr unsigned firstBlock = 0x800 >> 6, lastOfOneByte = 0xFF;
-        const unsigned short* const starts = text.pBlockStarts;
-        const unsigned short* const blocks = text.pBlocks;
+        const unsigned short* const starts = text.blockStarts;
+        const unsigned short* const blocks = text.blocks;
         for (; leads != 0; leads &= leads - 1) {
             const unsigned at = TBlock::First(leads);
-            const unsigned block = TBlock::GetUpperBits(m_pBlock + at);
-            const unsigned code = blocks[starts[block] + (m_pBlock[at + 2] & 0x3FU)];
+            const unsigned block = TBlock::GetUpperBits(m_block + at);
+            const unsigned code = blocks[starts[block] + (m_block[at + 2] & 0x3FU)];
             if (block < firstBlock || code <= lastOfOneByte) [[unlikely]]
                 return taken & BelowFirst(leads);
             const unsigned short bytes = __builtin_bswap16(static_cast<unsigned short>(code));
-            __builtin_memcpy(m_pOut + TBlock::CountBelow(~dropped, at), &bytes, sizeof bytes);
+            __builtin_memcpy(m_out + TBlock::CountBelow(~dropped, at), &bytes, sizeof bytes);
         }
         return taken;
     }
@@ -159,29 +157,29 @@ private:
     [[gnu::always_inline]] void PutFields(const SText& text, Mask stops) {
         if (stops == 0)
             return;
-        const DWORD fields = m_dwFields + Count(stops);
-        if (fields <= text.dwEntries)
-            TBlock::template PutFields<hasNuls>(stops, m_pOut, m_pField, text.ppData + m_dwFields,
-                                                text.pLen + m_dwFields);
+        const DWORD fields = m_fieldCount + Count(stops);
+        if (fields <= text.entryCount)
+            TBlock::template PutFields<hasNuls>(stops, m_out, m_field, text.data + m_fieldCount,
+                                                text.lengths + m_fieldCount);
         else if (!hasNuls)
             PutNuls(stops);
-        m_dwFields = fields;
-        m_pField = m_pOut + BehindLast(stops);
+        m_fieldCount = fields;
+        m_field = m_out + BehindLast(stops);
     }
 
     [[gnu::always_inline]] void PutNuls(Mask stops) const {
         for (; stops != 0; stops &= stops - 1)
-            m_pOut[TBlock::First(stops)] = 0;
+            m_out[TBlock::First(stops)] = 0;
     }
 
     /// Before a control byte, which is a line end outside quotes or left to the caller.
     [[gnu::always_inline]] bool Stop(SText& text, unsigned size, Mask inside) {
-        m_pBlock += size;
+        m_block += size;
         m_inQuotes = inside >> size & 1;
         m_afterClosing = 0;
-        if (m_inQuotes == 0 && *m_pBlock == text.cPre && (text.cPost == 0 || m_pBlock[1] == text.cPost)) {
-            m_pBlock += text.cPost == 0 ? 1 : 2;
-            text.bEnded = true;
+        if (m_inQuotes == 0 && *m_block == text.pre && (text.post == 0 || m_block[1] == text.post)) {
+            m_block += text.post == 0 ? 1 : 2;
+            text.hasEnded = true;
         }
         return false;
     }
@@ -192,41 +190,41 @@ private:
             return false;
         m_inQuotes = 0 - (inside >> (size - 1) & 1);
         m_afterClosing = closing >> (size - 1) & 1;
-        m_pBlock += size;
-        return size >= BLOCK - 2;
+        m_block += size;
+        return size >= blockSize - 2;
     }
 
     const typename TBlock::Bytes m_separator;
-    const unsigned char* m_pBlock;
-    const unsigned char* m_pLastBlock = nullptr;
-    char* m_pOut;
-    char* m_pField;
-    DWORD m_dwFields = 0;
-    DWORD m_dwSaved = 0;
+    const unsigned char* m_block;
+    const unsigned char* m_lastBlock = nullptr;
+    char* m_out;
+    char* m_field;
+    DWORD m_fieldCount = 0;
+    DWORD m_saved = 0;
     const Mask m_tabs; ///< all bits when the separator is the TAB, else none
     Mask m_inQuotes;
     Mask m_afterClosing = 0; ///< whether the byte before the block is a quote that closes, or the first of a pair
     bool m_isConverted = true;
 };
 
-/// As SKernel::pSplitTexts.
+/// As SKernel::splitTexts.
 template <class TBlock>
 [[gnu::always_inline]] inline void SplitTexts(STexts& texts) {
     const typename TBlock::Bytes nul = TBlock::Repeat(0);
-    for (char* at = texts.pText; at < texts.pEnd; at += BLOCK) {
-        const std::ptrdiff_t left = texts.pEnd - at;
+    for (char* at = texts.text; at < texts.end; at += blockSize) {
+        const std::ptrdiff_t left = texts.end - at;
         Mask ends = TBlock::Load(reinterpret_cast<const unsigned char*>(at)).Find(nul);
-        if (left < BLOCK)
+        if (left < blockSize)
             ends &= (Mask{1} << left) - 1;
         const DWORD count = Count(ends);
         if (count == 0)
             continue;
-        if (texts.dwTexts + count > texts.dwEntries)
+        if (texts.textCount + count > texts.entryCount)
             return;
-        TBlock::template PutFields<true>(ends, at, texts.pText, texts.ppData + texts.dwTexts,
-                                         texts.pLen + texts.dwTexts);
-        texts.dwTexts += count;
-        texts.pText = at + BehindLast(ends);
+        TBlock::template PutFields<true>(ends, at, texts.text, texts.data + texts.textCount,
+                                         texts.lengths + texts.textCount);
+        texts.textCount += count;
+        texts.text = at + BehindLast(ends);
     }
 }
 

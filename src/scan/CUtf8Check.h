@@ -2,8 +2,7 @@
 // bytes of a block at once.
 #pragma once
 
-#include "scan/Bits.h"
-#include "scan/Kernel.h"
+#include "scan/VectorUnit.h"
 
 #include <cstddef>
 
@@ -12,12 +11,12 @@ namespace NSTQ::Scan {
 template <class TBlock>
 class CUtf8Check {
 public:
-    /// As SKernel::pCountUtf8.
+    /// As SKernel::countUtf8.
     [[gnu::always_inline]] std::size_t Count(const unsigned char* text, std::size_t size) {
         std::size_t count = 0;
         // The byte after a block belongs to it: the second byte of a character decides whether the first is valid.
-        while (size - count > BLOCK && IsValid(text + count))
-            count += BLOCK;
+        while (size - count > blockSize && IsValid(text + count))
+            count += blockSize;
         // Back to the beginning of the character that is incomplete at the end of the last block.
         for (bool isInside = m_due != 0; isInside; isInside = text[count] < 0xC0)
             --count;

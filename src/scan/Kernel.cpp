@@ -1,6 +1,6 @@
 #include "scan/Kernel.h"
 
-#include "scan/Kernels.h"
+#include "scan/KernelOf.h"
 
 namespace NSTQ::Scan {
 namespace {
@@ -10,8 +10,8 @@ constexpr SKernel kernelScalar = {EKernel::Scalar, "scalar", nullptr, nullptr, n
 
 #if defined(__x86_64__)
 
-const SKernel* Find(EKernel eKernel) {
-    switch (eKernel) {
+const SKernel* Find(EKernel kernel) {
+    switch (kernel) {
     case EKernel::Scalar:
         return &kernelScalar;
     case EKernel::Sse2:
@@ -32,8 +32,8 @@ const SKernel* Find(EKernel eKernel) {
 
 #else
 
-const SKernel* Find(EKernel eKernel) {
-    return eKernel == EKernel::Scalar ? &kernelScalar : nullptr;
+const SKernel* Find(EKernel kernel) {
+    return kernel == EKernel::Scalar ? &kernelScalar : nullptr;
 }
 
 #endif
@@ -54,8 +54,8 @@ const SKernel& GetKernel() {
     return *chosen;
 }
 
-bool SelectKernel(EKernel eKernel) {
-    const SKernel* const found = Find(eKernel);
+bool SelectKernel(EKernel kernel) {
+    const SKernel* const found = Find(kernel);
     if (found == nullptr)
         return false;
     chosen = found;

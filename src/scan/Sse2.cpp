@@ -1,7 +1,5 @@
 // Four registers of 16 bytes, which every x86-64 processor has.
-#include "scan/FieldBatches.h"
 #include "scan/KernelOf.h"
-#include "scan/Kernels.h"
 
 #include <emmintrin.h>
 
@@ -11,8 +9,8 @@ namespace {
 class CBlock {
 public:
     using Bytes = __m128i;
-    static constexpr std::ptrdiff_t SIZE = BLOCK;
-    static constexpr bool COPIES_NULS = false;
+    static constexpr std::ptrdiff_t width = blockSize;
+    static constexpr bool copiesNuls = false;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
     [[gnu::always_inline]] static CBlock Load(const unsigned char* bytes) {
@@ -130,14 +128,14 @@ private:
 class CChunk {
 public:
     using Bytes = __m128i;
-    static constexpr std::ptrdiff_t SIZE = 16;
-    static constexpr bool READS_PAST = true;
+    static constexpr std::ptrdiff_t width = 16;
+    static constexpr bool readsPast = true;
 
     [[gnu::always_inline]] static Bytes Repeat(unsigned char byte) { return CBlock::Repeat(byte); }
     /// In assembly, because the compiler must not see that these loads go beyond the end of an object.
     [[gnu::always_inline]] static CChunk Load(const char* from, std::ptrdiff_t) {
         CChunk chunk;
-        asm("movdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[SIZE]>(from)));
+        asm("movdqu %1, %0" : "=x"(chunk.m_bytes) : "m"(*reinterpret_cast<const char(*)[width]>(from)));
         return chunk;
     }
     [[gnu::always_inline]] static CChunk Load(const unsigned char* from) {
@@ -158,6 +156,8 @@ public:
 private:
     __m128i m_bytes;
 };
+
+static_assert(VectorBlock<CBlock> && FieldChunk<CChunk> && ColumnPiece<CChunk>);
 
 } // namespace
 

@@ -225,16 +225,16 @@ void CCsvDataAccess::_SplitRecord(std::size_t size, DWORD& dwCount) {
     char* const end = field + size;
     const Scan::SKernel& kernel = Scan::GetKernel();
     // A record that is not longer than the field limit has no field to truncate.
-    if (kernel.pSplitTexts != nullptr && size <= m_dwFieldSizeLimit) {
-        Scan::STexts texts{.pText = field,
-                           .pEnd = end,
-                           .ppData = m_ppFieldData.get(),
-                           .pLen = m_pFieldLen.get(),
-                           .dwEntries = m_dwFieldCntLimit,
-                           .dwTexts = 0};
-        kernel.pSplitTexts(texts);
-        field = texts.pText;
-        dwCount = texts.dwTexts;
+    if (kernel.splitTexts != nullptr && size <= m_dwFieldSizeLimit) {
+        Scan::STexts texts{.text = field,
+                           .end = end,
+                           .data = m_ppFieldData.get(),
+                           .lengths = m_pFieldLen.get(),
+                           .entryCount = m_dwFieldCntLimit,
+                           .textCount = 0};
+        kernel.splitTexts(texts);
+        field = texts.text;
+        dwCount = texts.textCount;
     }
     for (; field < end && dwCount < m_dwFieldCntLimit; ++dwCount) {
         const auto length = static_cast<DWORD>(std::strlen(field));

@@ -77,24 +77,23 @@ template <class CCursor>
                                                                          DWORD& dwColumn) const {
     const Scan::SKernel& kernel = Scan::GetKernel();
     const DWORD columnCount = std::min<DWORD>(m_wFixColCnt, m_dwFieldCntLimit);
-    if (kernel.pReadColumns == nullptr || m_cPreDelimiter == SCDataAccessDefine::SPACE_CODE ||
-        dwColumn >= columnCount)
+    if (kernel.readColumns == nullptr || m_cPreDelimiter == SCDataAccessDefine::SPACE_CODE || dwColumn >= columnCount)
         return pField;
     const unsigned char* const next = cursor.Bytes();
-    Scan::SColumns columns{.pNext = next,
-                           .pEnd = next + cursor.CountBytes(),
-                           .pField = pField,
-                           .pFieldEnd = m_pLineBuff.get() + m_dwLineSizeLimit,
-                           .ppData = m_ppFieldData.get(),
-                           .pLen = m_pFieldLen.get(),
-                           .pWidths = m_pFixColLen.get(),
-                           .dwColumns = columnCount,
-                           .dwColumn = dwColumn,
-                           .dwFieldSize = m_dwFieldSizeLimit};
-    kernel.pReadColumns(columns);
-    cursor.Consume(static_cast<DWORD>(columns.pNext - next));
-    dwColumn = columns.dwColumn;
-    return columns.pField;
+    Scan::SColumns columns{.next = next,
+                           .end = next + cursor.CountBytes(),
+                           .field = pField,
+                           .fieldEnd = m_pLineBuff.get() + m_dwLineSizeLimit,
+                           .data = m_ppFieldData.get(),
+                           .lengths = m_pFieldLen.get(),
+                           .widths = m_pFixColLen.get(),
+                           .columnCount = columnCount,
+                           .column = dwColumn,
+                           .fieldSize = m_dwFieldSizeLimit};
+    kernel.readColumns(columns);
+    cursor.Consume(static_cast<DWORD>(columns.next - next));
+    dwColumn = columns.column;
+    return columns.field;
 }
 
 bool CFixDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount) {

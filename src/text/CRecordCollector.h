@@ -20,9 +20,9 @@ public:
     [[gnu::always_inline]] CRecordCollector(CCsvDataAccess& reader, unsigned char* pBuff, DWORD dwCapacity)
         : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_pOut(pBuff), m_dwRoom(dwCapacity - 1) {
         const Scan::SKernel& kernel = Scan::GetKernel();
-        if (kernel.pCollectText != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(reader.m_cSeparator),
-                                                                static_cast<unsigned char>(reader.m_cPreDelimiter),
-                                                                static_cast<unsigned char>(reader.m_cPostDelimiter)))
+        if (kernel.collectText != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(reader.m_cSeparator),
+                                                               static_cast<unsigned char>(reader.m_cPreDelimiter),
+                                                               static_cast<unsigned char>(reader.m_cPostDelimiter)))
             m_pKernel = &kernel;
     }
 
@@ -79,36 +79,36 @@ private:
         unsigned char* const out = m_pOut;
         const Platform::CCodePageTables& page = *m_pPage;
         const bool converts = m_pUnconverted == nullptr && page.IsDoubleByte();
-        Scan::SText text{.pNext = next,
-                         .pEnd = next + m_cursor.CountBytes(),
-                         .pOut = reinterpret_cast<char*>(out),
-                         .dwRoom = m_dwRoom,
-                         .cSeparator = static_cast<unsigned char>(m_reader.m_cSeparator),
-                         .cPre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
-                         .cPost = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
-                         .bQuoted = m_bQuoted,
-                         .bIsUtf8 = page.IsUtf8() && m_pUnconverted == nullptr,
-                         .bConverted = true,
-                         .bEnded = false,
-                         .pBlockStarts = converts ? page.m_blockStarts : nullptr,
-                         .pBlocks = converts ? page.m_blocks : nullptr,
-                         .dwSaved = 0,
-                         .pField = reinterpret_cast<char*>(out),
-                         .ppData = m_reader.m_ppFieldData.get(),
-                         .pLen = m_reader.m_pFieldLen.get(),
-                         .dwEntries = out == m_pBuff ? m_reader.m_dwFieldCntLimit : 0,
-                         .dwFields = 0};
-        m_pKernel->pCollectText(text);
-        m_cursor.Consume(static_cast<DWORD>(text.pNext - next));
-        m_pOut = reinterpret_cast<unsigned char*>(text.pOut);
-        m_dwRoom -= static_cast<DWORD>(m_pOut - out) + text.dwSaved;
-        m_bQuoted = text.bQuoted;
-        m_bDone = text.bEnded;
-        if (!text.bConverted)
+        Scan::SText text{.next = next,
+                         .end = next + m_cursor.CountBytes(),
+                         .out = reinterpret_cast<char*>(out),
+                         .room = m_dwRoom,
+                         .separator = static_cast<unsigned char>(m_reader.m_cSeparator),
+                         .pre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
+                         .post = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
+                         .isQuoted = m_bQuoted,
+                         .isUtf8 = page.IsUtf8() && m_pUnconverted == nullptr,
+                         .isConverted = true,
+                         .hasEnded = false,
+                         .blockStarts = converts ? page.m_blockStarts : nullptr,
+                         .blocks = converts ? page.m_blocks : nullptr,
+                         .saved = 0,
+                         .field = reinterpret_cast<char*>(out),
+                         .data = m_reader.m_ppFieldData.get(),
+                         .lengths = m_reader.m_pFieldLen.get(),
+                         .entryCount = out == m_pBuff ? m_reader.m_dwFieldCntLimit : 0,
+                         .fieldCount = 0};
+        m_pKernel->collectText(text);
+        m_cursor.Consume(static_cast<DWORD>(text.next - next));
+        m_pOut = reinterpret_cast<unsigned char*>(text.out);
+        m_dwRoom -= static_cast<DWORD>(m_pOut - out) + text.saved;
+        m_bQuoted = text.isQuoted;
+        m_bDone = text.hasEnded;
+        if (!text.isConverted)
             LeaveUnconverted(out);
-        if (text.bEnded && text.dwFields < text.dwEntries) {
-            m_pField = text.pField;
-            m_dwFields = text.dwFields;
+        if (text.hasEnded && text.fieldCount < text.entryCount) {
+            m_pField = text.field;
+            m_dwFields = text.fieldCount;
         }
     }
 

@@ -22,7 +22,7 @@ public:
         const auto pre = static_cast<unsigned char>(reader.m_cPreDelimiter);
         const auto post = static_cast<unsigned char>(reader.m_cPostDelimiter);
         const Scan::SKernel& kernel = Scan::GetKernel();
-        if (kernel.pReadFields != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(m_cSeparator), pre, post))
+        if (kernel.readFields != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(m_cSeparator), pre, post))
             m_pKernel = &kernel;
     }
 
@@ -38,25 +38,25 @@ public:
         if (m_pKernel == nullptr || dwField >= m_dwFieldCntLimit || m_dwCounter >= m_dwLimit)
             return dwField;
         const unsigned char* const next = m_cursor.Bytes();
-        Scan::SFields fields{.pNext = next,
-                             .pEnd = next + m_cursor.CountBytes(),
-                             .pField = m_pField,
-                             .ppData = m_ppFieldData + dwField,
-                             .pLen = m_pFieldLen + dwField,
-                             .dwEntries = m_dwFieldCntLimit - dwField,
-                             .dwFields = 0,
-                             .dwRoom = m_dwLimit - m_dwCounter,
-                             .dwFieldSize = m_dwFieldSizeLimit,
-                             .cSeparator = static_cast<unsigned char>(m_cSeparator),
-                             .cPre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
-                             .cPost = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
-                             .bEnded = false};
-        m_pKernel->pReadFields(fields);
-        m_cursor.Consume(static_cast<DWORD>(fields.pNext - next));
-        m_dwCounter += static_cast<DWORD>(fields.pField - m_pField);
-        m_pField = fields.pField;
-        m_bEnded = fields.bEnded;
-        return dwField + fields.dwFields;
+        Scan::SFields fields{.next = next,
+                             .end = next + m_cursor.CountBytes(),
+                             .field = m_pField,
+                             .data = m_ppFieldData + dwField,
+                             .lengths = m_pFieldLen + dwField,
+                             .entryCount = m_dwFieldCntLimit - dwField,
+                             .fieldCount = 0,
+                             .room = m_dwLimit - m_dwCounter,
+                             .fieldSize = m_dwFieldSizeLimit,
+                             .separator = static_cast<unsigned char>(m_cSeparator),
+                             .pre = static_cast<unsigned char>(m_reader.m_cPreDelimiter),
+                             .post = static_cast<unsigned char>(m_reader.m_cPostDelimiter),
+                             .hasEnded = false};
+        m_pKernel->readFields(fields);
+        m_cursor.Consume(static_cast<DWORD>(fields.next - next));
+        m_dwCounter += static_cast<DWORD>(fields.field - m_pField);
+        m_pField = fields.field;
+        m_bEnded = fields.hasEnded;
+        return dwField + fields.fieldCount;
     }
 
     /// Reads one field. False if there is a SUB instead.
@@ -218,7 +218,7 @@ private:
         } while (count < room && bytes[count] > SPACE && bytes[count] != stop);
         DWORD spaces = 0;
         if (count >= longRun && m_pKernel != nullptr) {
-            count += m_pKernel->pCopyText(bytes + count, room - count, end + count, stop);
+            count += m_pKernel->copyText(bytes + count, room - count, end + count, stop);
             while (end[count - spaces - 1] == SPACE)
                 ++spaces;
         }

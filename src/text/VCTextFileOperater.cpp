@@ -30,8 +30,8 @@ VCTextFileOperater::~VCTextFileOperater() {
 
 void VCTextFileOperater::GetArea() {
     m_pReadBuff = std::make_unique<unsigned char[]>(SCDataAccessDefine::READ_BUFF_SIZE + 1);
-    m_pLineBuff = std::make_unique<char[]>(std::size_t{m_dwMaxLineSize} + 1 + Scan::READ_SLACK);
-    const std::size_t entries = std::size_t{m_dwMaxFieldCnt} + Scan::ENTRY_SLACK;
+    m_pLineBuff = std::make_unique<char[]>(std::size_t{m_dwMaxLineSize} + 1 + Scan::readSlack);
+    const std::size_t entries = std::size_t{m_dwMaxFieldCnt} + Scan::entrySlack;
     m_ppFieldData = std::make_unique<const char*[]>(entries);
     m_pFieldLen = std::make_unique<WORD[]>(entries);
 }

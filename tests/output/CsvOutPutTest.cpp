@@ -112,7 +112,7 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
                 expected += {pre, '\n'};
                 ASSERT_TRUE(m_writer.WriteLineData(data.data(), lengths.data(), static_cast<DWORD>(data.size())));
             }
-            ASSERT_TRUE(Written() == expected) << NSTQ::Scan::GetKernel().pName << ' ' << static_cast<int>(separator);
+            ASSERT_TRUE(Written() == expected) << NSTQ::Scan::GetKernel().name << ' ' << static_cast<int>(separator);
         }
     }
 }

@@ -17,14 +17,14 @@ public:
     ~CKernel() { Scan::SelectKernel(m_former); }
 
 private:
-    const Scan::EKernel m_former = Scan::GetKernel().eKernel;
+    const Scan::EKernel m_former = Scan::GetKernel().kernel;
 };
 
 /// Those that this machine has, the plain one first.
 inline std::vector<Scan::EKernel> Kernels() {
     const CKernel former;
     std::vector<Scan::EKernel> all;
-    for (const Scan::EKernel kernel : Scan::KERNELS)
+    for (const Scan::EKernel kernel : Scan::allKernels)
         if (Scan::SelectKernel(kernel))
             all.push_back(kernel);
     return all;

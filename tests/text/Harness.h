@@ -83,7 +83,7 @@ private:
         record.raw.assign(raw == nullptr ? "" : raw, raw == nullptr ? 0 : rawSize);
         // The slack that kernels may look at.
         const char* const slack = m_pLineBuff.get() + m_dwMaxLineSize + 1;
-        if (std::any_of(slack, slack + Scan::READ_SLACK, [](char byte) { return byte != '\0'; }))
+        if (std::any_of(slack, slack + Scan::readSlack, [](char byte) { return byte != '\0'; }))
             record.raw += "<written behind the line buffer>";
         record.hasNext = HasNextLineData();
         record.position = GetReadPosition();
@@ -133,7 +133,7 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
         plain.Read(expected);
         tested.Read(actual);
         if (!AreEqual(expected, actual)) {
-            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8 " : " ansi ") << Scan::GetKernel().pName
+            ADD_FAILURE() << settings.title << (settings.utf8 ? " utf8 " : " ansi ") << Scan::GetKernel().name
                           << ", limits " << settings.maxFields << ' ' << settings.maxLine << ' ' << settings.maxField
                           << ", page " << Platform::GetAnsiCodePage() << ", read " << read << " of " << bytes.size()
                           << " bytes " << Escape(bytes) << "\nexpected " << ShowAll(expected) << "\nactual   "

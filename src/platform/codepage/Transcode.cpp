@@ -130,7 +130,7 @@ std::size_t ConvertUtf8ToAnsi(unsigned char* text, std::size_t length) {
 std::size_t CountValidUtf8(const char* text, std::size_t length) {
     const auto* const start = reinterpret_cast<const unsigned char*>(text);
     const unsigned char* const end = start + length;
-    const auto countBlocks = Scan::GetKernel().pCountUtf8;
+    const auto countBlocks = Scan::GetKernel().countUtf8;
     const unsigned char* at = start + (countBlocks != nullptr ? countBlocks(start, length) : 0);
     while (at != end) {
         if (*at < 0x80)
