@@ -45,9 +45,9 @@ void ReadDatabase(std::string bytes, TRead read) {
     AttemptAccess([&] {
         const auto source =
             Providers::OpenAccess(Providers::CSourceInput(std::make_shared<Tests::CMemoryAccess>(std::move(bytes))),
-                                  {.strPath = "fuzz", .strPassWord = "password"});
+                                  {.path = "fuzz", .passWord = "password"});
         for (const Platform::STableSchema& table : source->ListTables())
-            AttemptAccess([&] { read(table.strName, *source->OpenTable(table.strName)); });
+            AttemptAccess([&] { read(table.name, *source->OpenTable(table.name)); });
     });
 }
 

@@ -35,7 +35,7 @@ void ReadWorkbook(TOpen open) {
     attempt([&] {
         const auto book = open();
         for (const auto& table : book->ListTables())
-            attempt([&] { ReadRows(*book->OpenTable(table.strName)); });
+            attempt([&] { ReadRows(*book->OpenTable(table.name)); });
     });
 }
 

@@ -32,7 +32,7 @@ void CheckBuilt(std::string_view path, std::string_view password) {
     const SConnectionString parsed = ParseConnectionString(text);
     // Another kind's seam in the password may part the string elsewhere only behind a name of that kind.
     const bool hasOtherSeam = password.find(databasePassWordClause) != password.npos;
-    if (!hasOtherSeam && (parsed.strDataSource != source || parsed.strPassWord != password))
+    if (!hasOtherSeam && (parsed.dataSource != source || parsed.passWord != password))
         std::abort();
 }
 

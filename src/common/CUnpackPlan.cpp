@@ -104,8 +104,8 @@ bool CUnpackPlan::FitsTogether() const {
         bool isFolder;
     };
     std::vector<SKey> keys;
-    keys.reserve(m_vecEntries.size());
-    for (const SPlannedEntry& entry : m_vecEntries)
+    keys.reserve(m_entries.size());
+    for (const SPlannedEntry& entry : m_entries)
         keys.push_back({MakeSortKey(entry.path), entry.isFolder});
     std::sort(keys.begin(), keys.end(), [](const SKey& left, const SKey& right) { return left.key < right.key; });
     const auto conflicts = [](const SKey& left, const SKey& right) {
@@ -129,13 +129,13 @@ bool CUnpackPlan::Make(const CZipDirectory& directory) {
     if (std::count_if(directory.Entries().begin(), directory.Entries().end(), isAes) >
         static_cast<std::ptrdiff_t>(CUnZip::MAX_AES_ENTRIES))
         return false;
-    m_vecEntries.reserve(directory.Entries().size());
+    m_entries.reserve(directory.Entries().size());
     for (const SZipEntry& entry : directory.Entries()) {
         SPlannedEntry planned{};
         if (!PlanEntry(entry, planned) || entry.size > CUnZip::MAX_TOTAL_SIZE - total)
             return false;
         total += entry.size;
-        m_vecEntries.push_back(std::move(planned));
+        m_entries.push_back(std::move(planned));
     }
     return FitsTogether();
 }

@@ -23,13 +23,13 @@ public:
     /// False when a rule or limit forbids unpacking the archive. Call it once.
     bool Make(const Providers::CZipDirectory& directory);
 
-    const std::vector<SPlannedEntry>& Entries() const { return m_vecEntries; }
+    const std::vector<SPlannedEntry>& Entries() const { return m_entries; }
 
 private:
     /// No two entries are in each other's way, and together they are not too many.
     bool FitsTogether() const;
 
-    std::vector<SPlannedEntry> m_vecEntries;
+    std::vector<SPlannedEntry> m_entries;
 };
 
 } // namespace NSTQ::NSTQCore

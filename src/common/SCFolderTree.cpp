@@ -62,11 +62,11 @@ std::vector<std::string> ListNames(int folder) {
 /// Traverses a tree from the given folder, downwards and back.
 class CTreeRemoval {
 public:
-    explicit CTreeRemoval(CDescriptor root) : m_oFolder(std::move(root)) { Enter({}); }
+    explicit CTreeRemoval(CDescriptor root) : m_folder(std::move(root)) { Enter({}); }
 
     void Run() {
-        while (m_vecLevels.size() > 1 || !m_vecLevels.back().folders.empty()) {
-            if (!m_vecLevels.back().folders.empty())
+        while (m_levels.size() > 1 || !m_levels.back().folders.empty()) {
+            if (!m_levels.back().folders.empty())
                 GoDown();
             else if (!GoUp())
                 return;
@@ -79,52 +79,52 @@ private:
         constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
         SLevel level{.name = std::move(name), .folders = {}};
         struct stat status {};
-        if (RetryInterrupted([&] { return ::fstat(m_oFolder.Get(), &status); }) == 0) {
+        if (RetryInterrupted([&] { return ::fstat(m_folder.Get(), &status); }) == 0) {
             level.device = status.st_dev;
             level.number = status.st_ino;
         }
-        for (std::string& entry : ListNames(m_oFolder.Get())) {
-            const auto look = [&] { return ::fstatat(m_oFolder.Get(), entry.c_str(), &status, AT_SYMLINK_NOFOLLOW); };
+        for (std::string& entry : ListNames(m_folder.Get())) {
+            const auto look = [&] { return ::fstatat(m_folder.Get(), entry.c_str(), &status, AT_SYMLINK_NOFOLLOW); };
             if (RetryInterrupted(look) != 0)
                 continue;
             if (S_ISDIR(status.st_mode))
                 level.folders.push_back(std::move(entry));
             else if (S_ISLNK(status.st_mode) || (status.st_mode & anyWrite) != 0)
-                RetryInterrupted([&] { return ::unlinkat(m_oFolder.Get(), entry.c_str(), 0); });
+                RetryInterrupted([&] { return ::unlinkat(m_folder.Get(), entry.c_str(), 0); });
         }
-        m_vecLevels.push_back(std::move(level));
+        m_levels.push_back(std::move(level));
     }
 
     void GoDown() {
-        std::string name = std::move(m_vecLevels.back().folders.back());
-        m_vecLevels.back().folders.pop_back();
-        CDescriptor folder = OpenFolder(m_oFolder.Get(), name.c_str());
+        std::string name = std::move(m_levels.back().folders.back());
+        m_levels.back().folders.pop_back();
+        CDescriptor folder = OpenFolder(m_folder.Get(), name.c_str());
         if (!folder.IsOpen()) {
             // A folder that cannot be listed may still be empty.
-            RemoveFolder(m_oFolder.Get(), name.c_str());
+            RemoveFolder(m_folder.Get(), name.c_str());
             return;
         }
-        m_oFolder = std::move(folder);
+        m_folder = std::move(folder);
         Enter(std::move(name));
     }
 
     /// False when the parent is not the folder that this one was reached from: somebody has moved it.
     bool GoUp() {
-        const std::string name = std::move(m_vecLevels.back().name);
-        m_vecLevels.pop_back();
-        const SLevel& level = m_vecLevels.back();
-        CDescriptor folder = OpenFolder(m_oFolder.Get(), "..");
+        const std::string name = std::move(m_levels.back().name);
+        m_levels.pop_back();
+        const SLevel& level = m_levels.back();
+        CDescriptor folder = OpenFolder(m_folder.Get(), "..");
         struct stat status {};
         if (!folder.IsOpen() || RetryInterrupted([&] { return ::fstat(folder.Get(), &status); }) != 0 ||
             status.st_dev != level.device || status.st_ino != level.number)
             return false;
-        m_oFolder = std::move(folder);
-        RemoveFolder(m_oFolder.Get(), name.c_str());
+        m_folder = std::move(folder);
+        RemoveFolder(m_folder.Get(), name.c_str());
         return true;
     }
 
-    CDescriptor m_oFolder; ///< that of the last level
-    std::vector<SLevel> m_vecLevels;
+    CDescriptor m_folder; ///< that of the last level
+    std::vector<SLevel> m_levels;
 };
 
 } // namespace

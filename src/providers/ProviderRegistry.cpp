@@ -60,15 +60,15 @@ namespace NSTQ::Platform {
 
 std::unique_ptr<IDataSource> OpenSource(const SSourceOptions& options) {
     using namespace Providers;
-    auto [input, format] = RaiseAsComError(options.strPath, [&] {
-        CSourceInput file(std::make_shared<CFileAccess>(options.strPath));
-        const ESourceFormat detected = DetectWanted(file, options.bWorkbook);
+    auto [input, format] = RaiseAsComError(options.path, [&] {
+        CSourceInput file(std::make_shared<CFileAccess>(options.path));
+        const ESourceFormat detected = DetectWanted(file, options.isWorkbook);
         return std::pair(std::move(file), detected);
     });
     const FOpenProvider open = providers[static_cast<std::size_t>(format)];
     if (open == nullptr)
         throw _com_error(adErrProviderNotFound,
-                         options.strPath + ": this build does not read " + GetFormatName(format) + " files");
+                         options.path + ": this build does not read " + GetFormatName(format) + " files");
     return open(std::move(input), options);
 }
 

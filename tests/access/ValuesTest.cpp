@@ -231,8 +231,8 @@ TEST(AccessValues, PropertiesGiveCalculatedColumnsTheirTypes) {
                               Chunk(1, Sized(wide("total"), 4, 4) + property(0, "x") + property(1, "\x07"));
     for (std::size_t length = 0; length <= block.size(); ++length) {
         std::vector<Providers::SColumn> columns(2);
-        columns[0].strName = u"Total";
-        columns[1].strName = u"Total";
+        columns[0].name = u"Total";
+        columns[1].name = u"Total";
         columns[1].isCalculated = true;
         Providers::SCColumnProperties::TakeResultTypes({reinterpret_cast<const unsigned char*>(block.data()), length},
                                                        columns);

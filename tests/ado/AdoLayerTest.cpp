@@ -152,9 +152,9 @@ TEST_F(AdoLayer, TheFileDecidesWhoOpensItAndTheStringWhatIsExpected) {
         if (format == none)
             continue;
         EXPECT_EQ(script.format, format);
-        EXPECT_EQ(script.options.strPath, text.strDataSource);
-        EXPECT_EQ(script.options.strPassWord, "pw");
-        EXPECT_EQ(script.options.bHeaderRow, properties.find("HDR=NO") == std::string::npos);
+        EXPECT_EQ(script.options.path, text.dataSource);
+        EXPECT_EQ(script.options.passWord, "pw");
+        EXPECT_EQ(script.options.hasHeaderRow, properties.find("HDR=NO") == std::string::npos);
     }
 }
 

@@ -31,12 +31,12 @@ TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
     };
     for (const auto& [text, source, properties] : cases) {
         const auto parsed = ParseConnectionString(text);
-        EXPECT_EQ(parsed.strDataSource, source) << text;
-        EXPECT_EQ(parsed.strProperties, properties) << text;
+        EXPECT_EQ(parsed.dataSource, source) << text;
+        EXPECT_EQ(parsed.properties, properties) << text;
     }
     const auto all = ParseConnectionString("provider=P;JET OLEDB:database password='x;y'");
-    EXPECT_EQ(all.strProvider, "P");
-    EXPECT_EQ(all.strPassWord, "x;y");
+    EXPECT_EQ(all.provider, "P");
+    EXPECT_EQ(all.passWord, "x;y");
     for (const char* text : {"a", "Data Source=a;b", "=a", "a=\"b", "a='b''", "a=\"b\"c", "a==b", "a;=b"})
         EXPECT_EQ(Raised([&] { ParseConnectionString(text); }), DB_E_BADINITSTRING) << text;
 }
@@ -70,10 +70,10 @@ std::vector<std::string> HostileParts(const Kind& kind) {
 void ExpectParsed(const Kind& kind, const std::string& path, const std::string& password) {
     const std::string text = kind.before + path + kind.after + ";Jet OLEDB:Database Password=" + password + ';';
     const auto parsed = ParseConnectionString(text);
-    ASSERT_EQ(parsed.strDataSource, path) << text;
-    ASSERT_EQ(parsed.strPassWord, password) << text;
-    ASSERT_EQ(kind.before, "Provider=" + parsed.strProvider + ";Data Source=");
-    ASSERT_EQ(kind.after, ";Extended Properties=\"" + parsed.strProperties + '"');
+    ASSERT_EQ(parsed.dataSource, path) << text;
+    ASSERT_EQ(parsed.passWord, password) << text;
+    ASSERT_EQ(kind.before, "Provider=" + parsed.provider + ";Data Source=");
+    ASSERT_EQ(kind.after, ";Extended Properties=\"" + parsed.properties + '"');
 }
 
 TEST(ConnectionString, BuiltStringsOpenTheirOwnFileWhateverPathAndPasswordHold) {
@@ -104,10 +104,10 @@ TEST(ConnectionString, AmbiguousStringsTakeTheLongerPath) {
     const Kind kind = Kinds()[2];
     const std::string seam = std::string(kind.after) + ";Jet OLEDB:Database Password=";
     const auto parsed = ParseConnectionString(kind.before + ("a.xlsx" + seam) + "b.xlsx" + seam + "c;");
-    EXPECT_EQ(parsed.strDataSource, "a.xlsx" + seam + "b.xlsx");
-    EXPECT_EQ(parsed.strPassWord, "c");
+    EXPECT_EQ(parsed.dataSource, "a.xlsx" + seam + "b.xlsx");
+    EXPECT_EQ(parsed.passWord, "c");
     // A path with an extension of its own, not quoted.
-    EXPECT_EQ(ParseConnectionString(kind.before + ("/d/a;b.xlsm" + seam) + ';').strDataSource, "/d/a;b.xlsm");
+    EXPECT_EQ(ParseConnectionString(kind.before + ("/d/a;b.xlsm" + seam) + ';').dataSource, "/d/a;b.xlsm");
 }
 
 TEST(Statement, TakesTheTextBetweenTheOuterBrackets) {

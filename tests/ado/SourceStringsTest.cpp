@@ -171,8 +171,8 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
         Info info;
         EXPECT_EQ(Prepare(info, name, is2007), Info::SDO_DATABASE);
         const std::string path = script.folder.Path(name);
-        EXPECT_EQ(script.options.strPath, path);
-        EXPECT_FALSE(script.options.bHeaderRow && after != access);
+        EXPECT_EQ(script.options.path, path);
+        EXPECT_FALSE(script.options.hasHeaderRow && after != access);
         const char* text = nullptr;
         EXPECT_FALSE(info.GetRecordSetString(text));
         ASSERT_TRUE(info.GetConnectString(text));

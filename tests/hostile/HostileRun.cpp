@@ -33,7 +33,7 @@ std::string CauseOf(const CSourceDataInfo& info) {
     try {
         const auto source = Platform::OpenDataSource(Platform::ParseConnectionString(connect));
         for (const Platform::STableSchema& table : source->ListTables()) {
-            const auto rows = source->OpenTable(table.strName);
+            const auto rows = source->OpenTable(table.name);
             while (rows->MoveNext())
                 for (std::size_t column = 0; column < rows->GetColumnNames().size(); ++column)
                     rows->GetValue(column);

@@ -56,7 +56,7 @@ inline std::string RowsText(Platform::IRowSource& rows) {
 inline std::u16string ListText(Platform::IDataSource& source) {
     std::u16string listing;
     for (const Platform::STableSchema& table : source.ListTables())
-        listing += table.strName + u"|";
+        listing += table.name + u"|";
     return listing;
 }
 

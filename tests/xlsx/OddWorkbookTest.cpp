@@ -216,8 +216,8 @@ TEST(XlsxTables, SheetsOpenByEveryFormOfTheirNames) {
     ASSERT_EQ(tables.size(), std::size(cases));
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         SCOPED_TRACE(cases[i].sheet);
-        EXPECT_EQ(tables[i].strName, cases[i].listed);
-        EXPECT_EQ(tables[i].strType, u"TABLE");
+        EXPECT_EQ(tables[i].name, cases[i].listed);
+        EXPECT_EQ(tables[i].type, u"TABLE");
         EXPECT_NO_THROW(source->OpenTable(cases[i].listed));
         EXPECT_NO_THROW(source->OpenTable(cases[i].made));
     }

@@ -36,8 +36,7 @@ std::string Trace(const std::string& document, std::size_t pieceSize = 1U << 20)
         case EXmlEvent::Start:
             trace += "<" + std::string(xml.GetName());
             for (const SXmlAttribute& attribute : xml.GetAttributes())
-                trace +=
-                    " " + std::string(attribute.strName) + "=" + std::string(xml.GetAttribute(attribute.strName));
+                trace += " " + std::string(attribute.name) + "=" + std::string(xml.GetAttribute(attribute.name));
             trace += ">";
             break;
         case EXmlEvent::End:

@@ -22,8 +22,8 @@ public:
         if (m_next == m_tables.size())
             return false;
         const STableSchema& table = m_tables[m_next++];
-        SetText(m_values[0], table.strName);
-        SetText(m_values[1], table.strType);
+        SetText(m_values[0], table.name);
+        SetText(m_values[1], table.type);
         return true;
     }
     const VARIANT& GetValue(std::size_t column) override { return m_values.at(column).Value(); }
@@ -60,15 +60,15 @@ std::span<const SBuiltinClass> GetBuiltinClasses() {
 }
 
 void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) {
-    if (m_pSource)
+    if (m_source)
         throw _com_error(adErrObjectOpen, "the connection is open already");
     if (SysStringLen(userId) != 0 || SysStringLen(password) != 0 || options != adConnectUnspecified)
         throw _com_error(adErrInvalidArgument, "a connection takes only a connection string");
     std::string text = AnsiFromWide(BstrView(connectionString));
     const CWipedMemory wipedText(text.data(), text.size());
     SConnectionString parsed = ParseConnectionString(text);
-    const CWipedMemory wipedPassWord(parsed.strPassWord.data(), parsed.strPassWord.size());
-    m_pSource = OpenDataSource(parsed);
+    const CWipedMemory wipedPassWord(parsed.passWord.data(), parsed.passWord.size());
+    m_source = OpenDataSource(parsed);
 }
 
 CComPtr<_Recordset> CConnection::OpenSchema(LONG schema) {
@@ -82,13 +82,13 @@ CComPtr<_Recordset> CConnection::OpenSchema(LONG schema) {
 
 void CConnection::Close() {
     GetSource();
-    m_pSource.reset();
+    m_source.reset();
 }
 
 IDataSource& CConnection::GetSource() const {
-    if (!m_pSource)
+    if (!m_source)
         throw _com_error(adErrObjectClosed, "the connection is not open");
-    return *m_pSource;
+    return *m_source;
 }
 
 } // namespace NSTQ::Platform

@@ -16,7 +16,7 @@ public:
     IDataSource& GetSource() const;
 
 private:
-    std::unique_ptr<IDataSource> m_pSource; ///< null while closed
+    std::unique_ptr<IDataSource> m_source; ///< null while closed
 };
 
 } // namespace NSTQ::Platform

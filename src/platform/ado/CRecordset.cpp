@@ -11,14 +11,14 @@ namespace NSTQ::Platform {
 CRecordset::CRecordset() = default;
 
 void CRecordset::RequireClosed() const {
-    if (m_pRows)
+    if (m_rows)
         throw _com_error(adErrObjectOpen, "the record set is open already");
 }
 
 IRowSource& CRecordset::GetRows() const {
-    if (!m_pRows)
+    if (!m_rows)
         throw _com_error(adErrObjectClosed, "the record set is not open");
-    return *m_pRows;
+    return *m_rows;
 }
 
 void CRecordset::RequirePosition() const {
@@ -29,9 +29,9 @@ void CRecordset::RequirePosition() const {
 
 IRowSource& CRecordset::GetCurrentRow() const {
     RequirePosition();
-    if (m_bEOF)
+    if (m_isEof)
         throw _com_error(adErrNoCurrentRecord, "there is no current row: all rows have been read");
-    return *m_pRows;
+    return *m_rows;
 }
 
 void CRecordset::PutCursorLocation(LONG location) {
@@ -60,9 +60,9 @@ void CRecordset::OpenRows(std::unique_ptr<IRowSource> rows) {
     fields.reserve(count);
     for (std::size_t column = 0; column < count; ++column)
         fields.emplace_back(*this, column);
-    m_bEOF = !rows->MoveNext();
+    m_isEof = !rows->MoveNext();
     m_fields.m_fields = std::move(fields);
-    m_pRows = std::move(rows);
+    m_rows = std::move(rows);
 }
 
 std::int64_t CRecordset::GetRecordCount() {
@@ -76,13 +76,13 @@ Fields* CRecordset::GetFields() {
 
 bool CRecordset::GetEOF() {
     RequirePosition();
-    return m_bEOF;
+    return m_isEof;
 }
 
 void CRecordset::MoveNext() {
     IRowSource& rows = GetCurrentRow();
     try {
-        m_bEOF = !rows.MoveNext();
+        m_isEof = !rows.MoveNext();
     } catch (const _com_error& error) {
         m_lost = error;
         throw;
@@ -95,7 +95,7 @@ void CRecordset::MoveNext() {
 void CRecordset::Close() {
     GetRows();
     m_fields.m_fields.clear();
-    m_pRows.reset();
+    m_rows.reset();
     m_lost.reset();
 }
 

@@ -51,9 +51,9 @@ private:
     void RequireClosed() const;
     void RequirePosition() const;
 
-    std::unique_ptr<IRowSource> m_pRows; ///< null while closed
+    std::unique_ptr<IRowSource> m_rows; ///< null while closed
     CFields m_fields;
-    bool m_bEOF = false;
+    bool m_isEof = false;
     std::optional<_com_error> m_lost; ///< why the position was lost
 };
 

@@ -23,8 +23,8 @@ std::string_view Trim(std::string_view text) {
 
 /// A form of built strings: provider text, properties text, and the extensions of the paths between them.
 struct SBuiltShape {
-    const char* pPrefix;
-    const char* pProperties;
+    const char* prefix;
+    const char* properties;
     std::array<std::string_view, 2> extensions;
 
     bool FitsPath(std::string_view path) const {
@@ -50,16 +50,16 @@ struct SSeam {
     SBuiltShape shape;
     std::size_t position;
     std::size_t length;
-    bool bFits;
+    bool fits;
 
     bool IsBetterThan(const std::optional<SSeam>& other) const {
-        return !other || (bFits != other->bFits ? bFits : position > other->position);
+        return !other || (fits != other->fits ? fits : position > other->position);
     }
 };
 
 /// The best seam in `text`, the part between the provider text and the final ';'.
 void FindSeams(std::string_view text, const SBuiltShape& shape, std::optional<SSeam>& best) {
-    const std::string seam = std::string(shape.pProperties).append(databasePassWordClause);
+    const std::string seam = std::string(shape.properties).append(databasePassWordClause);
     for (auto at = text.find(seam); at != std::string_view::npos; at = text.find(seam, at + 1)) {
         const SSeam found{shape, at, seam.size(), shape.FitsPath(text.substr(0, at))};
         if (found.IsBetterThan(best))
@@ -78,20 +78,20 @@ std::optional<SConnectionString> ParseBuilt(std::string_view text) {
     std::optional<SSeam> seam;
     std::string_view inner;
     for (const SBuiltShape& shape : GetBuiltShapes()) {
-        const std::string_view prefix(shape.pPrefix);
+        const std::string_view prefix(shape.prefix);
         if (!text.starts_with(prefix))
             continue;
         inner = text.substr(prefix.size(), text.size() - prefix.size() - 1);
         FindSeams(inner, shape, seam);
     }
     const std::string_view start = Trim(inner).substr(0, 1);
-    if (!seam || (!seam->bFits && (start == "\"" || start == "'")))
+    if (!seam || (!seam->fits && (start == "\"" || start == "'")))
         return std::nullopt;
     SConnectionString result;
-    result.strProvider = Between(seam->shape.pPrefix, "=", ";");
-    result.strDataSource = inner.substr(0, seam->position);
-    result.strProperties = Between(seam->shape.pProperties, "\"", "\"");
-    result.strPassWord = inner.substr(seam->position + seam->length);
+    result.provider = Between(seam->shape.prefix, "=", ";");
+    result.dataSource = inner.substr(0, seam->position);
+    result.properties = Between(seam->shape.properties, "\"", "\"");
+    result.passWord = inner.substr(seam->position + seam->length);
     return result;
 }
 
@@ -167,17 +167,17 @@ private:
 SConnectionString ParseOrdinary(std::string_view text) {
     SConnectionString result;
     const std::pair<std::string_view, std::string*> keys[] = {
-        {"Provider", &result.strProvider},
-        {"Data Source", &result.strDataSource},
-        {"Extended Properties", &result.strProperties},
-        {"Jet OLEDB:Database Password", &result.strPassWord},
+        {"Provider", &result.provider},
+        {"Data Source", &result.dataSource},
+        {"Extended Properties", &result.properties},
+        {"Jet OLEDB:Database Password", &result.passWord},
     };
     CPairReader reader(text);
     for (std::string key; reader.ReadKey(key);) {
         const std::string value = reader.ReadValue();
-        for (const auto& [name, pValue] : keys) {
+        for (const auto& [name, target] : keys) {
             if (IsEqualIgnoringCase(key, name))
-                *pValue = value;
+                *target = value;
         }
     }
     return result;

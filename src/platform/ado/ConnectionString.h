@@ -33,10 +33,10 @@ inline constexpr std::string_view databasePassWordClause = ";Jet OLEDB:Database 
 
 /// The values; empty if the string does not have the key.
 struct SConnectionString {
-    std::string strProvider;
-    std::string strDataSource;
-    std::string strProperties; ///< without its quotes
-    std::string strPassWord;
+    std::string provider;
+    std::string dataSource;
+    std::string properties; ///< without its quotes
+    std::string passWord;
 };
 
 /// Reads a string in the ANSI code page. Raises DB_E_BADINITSTRING for a malformed one.

@@ -16,8 +16,8 @@ std::string_view Trim(std::string_view text) {
 }
 
 struct SProperties {
-    bool bWorkbook = false;
-    bool bHeaderRow = true;
+    bool isWorkbook = false;
+    bool hasHeaderRow = true;
 };
 
 SProperties ParseProperties(std::string_view text) {
@@ -28,12 +28,12 @@ SProperties ParseProperties(std::string_view text) {
         const std::string_view item = Trim(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
         if (first && IsEqualIgnoringCase(item.substr(0, workbook.size()), workbook))
-            result.bWorkbook = true;
+            result.isWorkbook = true;
         else if (first && !item.empty())
             throw _com_error(E_FAIL, "unknown source type \"" + std::string(item) + '"');
         const auto equals = item.find('=');
         if (equals != item.npos && IsEqualIgnoringCase(Trim(item.substr(0, equals)), "HDR"))
-            result.bHeaderRow = !IsEqualIgnoringCase(Trim(item.substr(equals + 1)), "NO");
+            result.hasHeaderRow = !IsEqualIgnoringCase(Trim(item.substr(equals + 1)), "NO");
     }
     return result;
 }
@@ -51,12 +51,11 @@ void CheckProvider(std::string_view provider) {
 } // namespace
 
 std::unique_ptr<IDataSource> OpenDataSource(const SConnectionString& connection) {
-    CheckProvider(connection.strProvider);
-    const SProperties properties = ParseProperties(connection.strProperties);
-    if (connection.strDataSource.empty())
+    CheckProvider(connection.provider);
+    const SProperties properties = ParseProperties(connection.properties);
+    if (connection.dataSource.empty())
         throw _com_error(E_FAIL, "the connection string names no file");
-    return OpenSource(
-        {connection.strDataSource, connection.strPassWord, properties.bHeaderRow, properties.bWorkbook});
+    return OpenSource({connection.dataSource, connection.passWord, properties.hasHeaderRow, properties.isWorkbook});
 }
 
 } // namespace NSTQ::Platform

@@ -21,8 +21,8 @@ namespace NSTQ::Platform {
 
 /// One row of the table schema.
 struct STableSchema {
-    std::u16string strName; ///< as it stands in a statement between '[' and ']'
-    std::u16string strType; ///< "TABLE", "VIEW", "SYSTEM TABLE", ...
+    std::u16string name; ///< as it stands in a statement between '[' and ']'
+    std::u16string type; ///< "TABLE", "VIEW", "SYSTEM TABLE", ...
 };
 
 /// The rows of one sheet or table, read forward once. It keeps the parts of its data source alive that it needs.
@@ -55,10 +55,10 @@ public:
 
 /// The options for a provider from a connection string. Texts are in the ANSI code page.
 struct SSourceOptions {
-    std::string strPath;
-    std::string strPassWord;
-    bool bHeaderRow = false; ///< HDR=YES: the first row names the columns (workbooks)
-    bool bWorkbook = true;   ///< a workbook is expected, else a database
+    std::string path;
+    std::string passWord;
+    bool hasHeaderRow = false; ///< HDR=YES: the first row names the columns (workbooks)
+    bool isWorkbook = true;    ///< a workbook is expected, else a database
 };
 
 /// Opens the file by its real format. This layer only declares it; src/providers defines it. Throws what is listed

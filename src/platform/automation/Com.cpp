@@ -36,9 +36,9 @@ DWORD GetComInitCount() {
 /// The order of lookups in the registry: the newest registration first, the built-in classes last.
 struct SClassRegistry {
     static DWORD FindId(std::u16string_view progId) {
-        for (const CClassRegistration* entry = newestRegistration; entry != nullptr; entry = entry->m_pOlder) {
-            if (IsEqualIgnoringCase(entry->m_strProgId, progId))
-                return entry->m_dwId;
+        for (const CClassRegistration* entry = newestRegistration; entry != nullptr; entry = entry->m_older) {
+            if (IsEqualIgnoringCase(entry->m_progId, progId))
+                return entry->m_id;
         }
         const auto classes = GetBuiltinClasses();
         const auto found = std::ranges::find_if(
@@ -51,8 +51,8 @@ struct SClassRegistry {
         const auto classes = GetBuiltinClasses();
         if (id != 0 && id <= classes.size())
             return Required(classes[id - 1].create());
-        for (const CClassRegistration* entry = newestRegistration; entry != nullptr; entry = entry->m_pOlder) {
-            if (entry->m_dwId == id)
+        for (const CClassRegistration* entry = newestRegistration; entry != nullptr; entry = entry->m_older) {
+            if (entry->m_id == id)
                 return Required(entry->m_create());
         }
         return nullptr;
@@ -66,12 +66,12 @@ struct SClassRegistry {
 };
 
 CClassRegistration::CClassRegistration(std::u16string_view progId, FCreateObject create)
-    : m_strProgId(progId), m_create(std::move(create)), m_dwId(nextRegisteredId++), m_pOlder(newestRegistration) {
+    : m_progId(progId), m_create(std::move(create)), m_id(nextRegisteredId++), m_older(newestRegistration) {
     newestRegistration = this;
 }
 
 CClassRegistration::~CClassRegistration() {
-    newestRegistration = m_pOlder;
+    newestRegistration = m_older;
 }
 
 HRESULT CLSIDFromProgID(const WCHAR* progId, CLSID* clsid) {

@@ -100,9 +100,9 @@ public:
     CComObject(const CComObject&) = delete;
     CComObject& operator=(const CComObject&) = delete;
 
-    DWORD AddRef() final { return ++m_dwCount; }
+    DWORD AddRef() final { return ++m_count; }
     DWORD Release() final {
-        const DWORD count = --m_dwCount;
+        const DWORD count = --m_count;
         if (count == 0)
             delete this;
         return count;
@@ -113,7 +113,7 @@ protected:
     virtual ~CComObject() = default;
 
 private:
-    DWORD m_dwCount = 0;
+    DWORD m_count = 0;
 };
 
 /// A new T with one reference. Throws std::bad_alloc, or what T's constructor throws.
@@ -136,10 +136,10 @@ public:
 
 private:
     friend struct SClassRegistry;
-    std::u16string m_strProgId;
+    std::u16string m_progId;
     FCreateObject m_create;
-    DWORD m_dwId;
-    CClassRegistration* m_pOlder;
+    DWORD m_id;
+    CClassRegistration* m_older;
 };
 
 /// A built-in class.

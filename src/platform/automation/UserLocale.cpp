@@ -16,14 +16,14 @@ class CPicture {
 public:
     explicit constexpr CPicture(std::string_view text) { Assign(text); }
     constexpr void Assign(std::string_view text) {
-        m_uLength = std::min(text.size(), m_text.size());
-        std::copy_n(text.data(), m_uLength, m_text.data());
+        m_length = std::min(text.size(), m_text.size());
+        std::copy_n(text.data(), m_length, m_text.data());
     }
-    std::string_view View() const { return {m_text.data(), m_uLength}; }
+    std::string_view View() const { return {m_text.data(), m_length}; }
 
 private:
     std::array<char, maxLocalePicture> m_text{};
-    std::size_t m_uLength = 0;
+    std::size_t m_length = 0;
 };
 
 constinit CPicture datePicture{SUserLocale{}.dateFormat};

@@ -13,17 +13,17 @@ namespace NSTQ::Platform {
 /// two format patterns of at most 31 characters, each of which gives at most two, needs 125.
 class CValueText {
 public:
-    void Append(char c) { m_units[m_uLength++] = static_cast<unsigned char>(c); }
+    void Append(char c) { m_units[m_length++] = static_cast<unsigned char>(c); }
     void Append(std::string_view text) {
         for (const char c : text)
             Append(c);
     }
     const WCHAR* Data() const { return m_units.data(); }
-    DWORD Length() const { return m_uLength; }
+    DWORD Length() const { return m_length; }
 
 private:
     std::array<WCHAR, 128> m_units;
-    DWORD m_uLength = 0;
+    DWORD m_length = 0;
 };
 
 void AppendInteger(CValueText& text, std::int64_t value);

@@ -6,8 +6,8 @@
 
 namespace NSTQ::Platform {
 
-inline void WipeMemory(void* pMemory, std::size_t size) {
-    volatile unsigned char* at = static_cast<volatile unsigned char*>(pMemory);
+inline void WipeMemory(void* memory, std::size_t size) {
+    volatile unsigned char* at = static_cast<volatile unsigned char*>(memory);
     for (const volatile unsigned char* const end = at + size; at != end; ++at)
         *at = 0;
 }
@@ -22,13 +22,13 @@ inline void WipeAndFree(std::unique_ptr<char[]>& buffer, std::size_t size) {
 /// Wipes memory that it does not own when it goes out of scope.
 class CWipedMemory {
 public:
-    CWipedMemory(void* pMemory, std::size_t size) : m_pMemory(pMemory), m_size(size) {}
+    CWipedMemory(void* memory, std::size_t size) : m_memory(memory), m_size(size) {}
     CWipedMemory(const CWipedMemory&) = delete;
     CWipedMemory& operator=(const CWipedMemory&) = delete;
-    ~CWipedMemory() { WipeMemory(m_pMemory, m_size); }
+    ~CWipedMemory() { WipeMemory(m_memory, m_size); }
 
 private:
-    void* m_pMemory;
+    void* m_memory;
     std::size_t m_size;
 };
 

@@ -71,27 +71,27 @@ private:
 template <typename TUnit>
 class CStoreSink {
 public:
-    CStoreSink(TUnit* buffer, std::size_t room) : m_pBuffer(buffer), m_pNext(buffer), m_pEnd(buffer + room) {}
+    CStoreSink(TUnit* buffer, std::size_t room) : m_buffer(buffer), m_next(buffer), m_end(buffer + room) {}
 
     template <typename TFrom>
     bool TakeAscii(const TFrom*& text, const TFrom* end) {
-        const TFrom* const last = text + std::min(end - text, m_pEnd - m_pNext);
-        CopyAscii(m_pNext, text, last);
+        const TFrom* const last = text + std::min(end - text, m_end - m_next);
+        CopyAscii(m_next, text, last);
         return text != last || last == end;
     }
     template <std::same_as<TUnit>... TUnits>
     bool Put(TUnits... units) {
-        if (m_pEnd - m_pNext < static_cast<std::ptrdiff_t>(sizeof...(TUnits)))
+        if (m_end - m_next < static_cast<std::ptrdiff_t>(sizeof...(TUnits)))
             return false;
-        ((*m_pNext++ = units), ...);
+        ((*m_next++ = units), ...);
         return true;
     }
-    std::size_t GetCount() const { return static_cast<std::size_t>(m_pNext - m_pBuffer); }
+    std::size_t GetCount() const { return static_cast<std::size_t>(m_next - m_buffer); }
 
 private:
-    TUnit* m_pBuffer;
-    TUnit* m_pNext;
-    TUnit* m_pEnd;
+    TUnit* m_buffer;
+    TUnit* m_next;
+    TUnit* m_end;
 };
 
 // Decoders: the character at `text`, whose first byte is above 0x7F, is put into the sink, and `text` is advanced.

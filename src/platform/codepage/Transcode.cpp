@@ -81,7 +81,7 @@ unsigned char* PutCharacter(unsigned char* to, const CCodePageTables& page, char
 /// Copies pieces as long as they fit and counts all of them.
 class CBoundedCopy {
 public:
-    CBoundedCopy(unsigned char* out, std::size_t room) : m_pOut(out), m_room(room) {}
+    CBoundedCopy(unsigned char* out, std::size_t room) : m_out(out), m_room(room) {}
 
     /// A piece that may be truncated at the end of the buffer, at a UTF-8 character.
     void PutValid(const unsigned char* piece, std::size_t length) {
@@ -92,7 +92,7 @@ public:
                 while (IsUtf8Trail(piece[kept]))
                     --kept;
             }
-            std::memmove(m_pOut + m_needed, piece, kept);
+            std::memmove(m_out + m_needed, piece, kept);
         }
         // Beyond the buffer after a truncation, so that no shorter piece follows the gap.
         m_needed += length;
@@ -100,7 +100,7 @@ public:
     std::size_t GetNeeded() const { return m_needed; }
 
 private:
-    unsigned char* m_pOut;
+    unsigned char* m_out;
     std::size_t m_room;
     std::size_t m_needed = 0;
 };

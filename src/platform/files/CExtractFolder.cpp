@@ -30,8 +30,8 @@ CDescriptor EnterFolder(int parent, const std::string& name) {
 } // namespace
 
 CExtractFolder::~CExtractFolder() {
-    const CDescriptor file(m_iFile);
-    const CDescriptor folder(m_iFolder);
+    const CDescriptor file(m_file);
+    const CDescriptor folder(m_folder);
 }
 
 bool CExtractFolder::Create(const char* folder) {
@@ -42,13 +42,13 @@ bool CExtractFolder::Create(const char* folder) {
     path.resize(std::max<std::size_t>(path.find_last_not_of('/') + 1, 1));
     if (RetryInterrupted([&] { return ::mkdir(path.c_str(), folderMode); }) != 0)
         return FailFromSystem(path);
-    m_iFolder = RetryInterrupted([&] { return ::open(path.c_str(), folderFlags); });
-    return m_iFolder >= 0 || FailFromSystem(path);
+    m_folder = RetryInterrupted([&] { return ::open(path.c_str(), folderFlags); });
+    return m_folder >= 0 || FailFromSystem(path);
 }
 
 /// Closed when one of the levels fails; errno has the reason.
 CDescriptor CExtractFolder::OpenFolder(const std::string& path) const {
-    int current = ::fcntl(m_iFolder, F_DUPFD_CLOEXEC, 0);
+    int current = ::fcntl(m_folder, F_DUPFD_CLOEXEC, 0);
     for (std::size_t from = 0; current >= 0 && from < path.size();) {
         const std::size_t end = std::min(path.find('/', from), path.size());
         const CDescriptor parent(current);
@@ -70,14 +70,14 @@ bool CExtractFolder::MakeFile(const std::string& path) {
     if (!folder.IsOpen())
         return FailFromSystem();
     const std::string name = path.substr(separator + 1);
-    m_iFile = MoveAboveStandardStreams(
+    m_file = MoveAboveStandardStreams(
         RetryInterrupted([&] { return ::openat(folder.Get(), name.c_str(), flags, fileMode); }));
-    return m_iFile >= 0 || FailFromSystem();
+    return m_file >= 0 || FailFromSystem();
 }
 
 bool CExtractFolder::Write(std::span<const std::byte> bytes) {
     while (!bytes.empty()) {
-        const ssize_t written = RetryInterrupted([&] { return ::write(m_iFile, bytes.data(), bytes.size()); });
+        const ssize_t written = RetryInterrupted([&] { return ::write(m_file, bytes.data(), bytes.size()); });
         if (written < 0)
             return FailFromSystem();
         bytes = bytes.subspan(static_cast<std::size_t>(written));
@@ -86,8 +86,8 @@ bool CExtractFolder::Write(std::span<const std::byte> bytes) {
 }
 
 bool CExtractFolder::CloseFile() {
-    const int file = m_iFile;
-    m_iFile = -1;
+    const int file = m_file;
+    m_file = -1;
     // It is closed even if interrupted.
     return ::close(file) == 0 || errno == EINTR || FailFromSystem();
 }

@@ -34,8 +34,8 @@ public:
 private:
     CDescriptor OpenFolder(const std::string& path) const;
 
-    int m_iFolder = -1;
-    int m_iFile = -1;
+    int m_folder = -1;
+    int m_file = -1;
 };
 
 } // namespace NSTQ::Platform

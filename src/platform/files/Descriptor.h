@@ -11,34 +11,34 @@ namespace NSTQ::Platform {
 
 class CDescriptor {
 public:
-    explicit CDescriptor(int descriptor = -1) : m_iDescriptor(descriptor) {}
+    explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
     CDescriptor(const CDescriptor&) = delete;
     CDescriptor& operator=(const CDescriptor&) = delete;
-    CDescriptor(CDescriptor&& other) noexcept : m_iDescriptor(other.Release()) {}
+    CDescriptor(CDescriptor&& other) noexcept : m_descriptor(other.Release()) {}
     CDescriptor& operator=(CDescriptor&& other) noexcept {
-        std::swap(m_iDescriptor, other.m_iDescriptor);
+        std::swap(m_descriptor, other.m_descriptor);
         return *this;
     }
     /// Preserves errno, so that the caller still sees the error.
     ~CDescriptor() {
         const int error = errno;
         if (IsOpen())
-            ::close(m_iDescriptor);
+            ::close(m_descriptor);
         errno = error;
     }
 
-    bool IsOpen() const { return m_iDescriptor >= 0; }
-    int Get() const { return m_iDescriptor; }
+    bool IsOpen() const { return m_descriptor >= 0; }
+    int Get() const { return m_descriptor; }
 
     /// Releases the descriptor; the caller closes it.
     int Release() {
-        const int descriptor = m_iDescriptor;
-        m_iDescriptor = -1;
+        const int descriptor = m_descriptor;
+        m_descriptor = -1;
         return descriptor;
     }
 
 private:
-    int m_iDescriptor;
+    int m_descriptor;
 };
 
 /// Gives the copy a number above the standard streams.

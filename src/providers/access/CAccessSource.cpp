@@ -34,7 +34,7 @@ std::vector<STableSchema> CAccessSource::ListTables() {
     std::vector<STableSchema> tables;
     for (const SDatabaseObject& object : m_catalogue.GetObjects()) {
         if (IsOffered(object))
-            tables.push_back({object.strName, GetTypeName(object.kind)});
+            tables.push_back({object.name, GetTypeName(object.kind)});
     }
     return tables;
 }
@@ -59,7 +59,7 @@ std::optional<SQueryPlan> CAccessSource::MakePlan(const SDatabaseObject& query) 
         std::rethrow_exception(m_queriesFailure);
     try {
         if (!m_queries)
-            m_queries.emplace(m_pDatabase, m_catalogue);
+            m_queries.emplace(m_database, m_catalogue);
     } catch (const std::runtime_error&) {
         m_queriesFailure = std::current_exception();
         throw;
@@ -68,7 +68,7 @@ std::optional<SQueryPlan> CAccessSource::MakePlan(const SDatabaseObject& query) 
 }
 
 std::unique_ptr<IRowSource> CAccessSource::OpenTable(std::u16string_view name) {
-    return RaiseAsComError(m_pDatabase->GetPath(), [&] { return OpenObject(name); });
+    return RaiseAsComError(m_database->GetPath(), [&] { return OpenObject(name); });
 }
 
 std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) {
@@ -79,16 +79,16 @@ std::unique_ptr<IRowSource> CAccessSource::OpenObject(std::u16string_view name) 
     case EObjectKind::Table:
     case EObjectKind::AccessTable:
     case EObjectKind::SystemTable:
-        return std::make_unique<CTableRows>(m_pDatabase, m_catalogue.ReadTable(*object));
+        return std::make_unique<CTableRows>(m_database, m_catalogue.ReadTable(*object));
     case EObjectKind::LinkedTable:
     case EObjectKind::LinkedOdbcTable:
-        throw CSourceError("the table " + AnsiFromWide(object->strName) + " is in another database");
+        throw CSourceError("the table " + AnsiFromWide(object->name) + " is in another database");
     case EObjectKind::Query:
         break;
     }
     if (auto plan = MakePlan(*object))
-        return std::make_unique<CQueryRows>(m_pDatabase, std::move(*plan));
-    throw CSourceError("the query " + AnsiFromWide(object->strName) + " uses features that are not supported");
+        return std::make_unique<CQueryRows>(m_database, std::move(*plan));
+    throw CSourceError("the query " + AnsiFromWide(object->name) + " uses features that are not supported");
 }
 
 } // namespace NSTQ::Providers

@@ -13,7 +13,7 @@ class CAccessSource : public Platform::IDataSource {
 public:
     /// Throws CSourceError; the operations below throw _com_error.
     explicit CAccessSource(std::shared_ptr<const CDatabase> database)
-        : m_pDatabase(std::move(database)), m_catalogue(m_pDatabase) {}
+        : m_database(std::move(database)), m_catalogue(m_database) {}
 
     /// Tables and queries in the order of their names, whatever the case of letters:
     ///   TABLE          tables of the user, also those that are hidden
@@ -29,7 +29,7 @@ private:
     bool IsOffered(const SDatabaseObject& object);
     std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query);
 
-    std::shared_ptr<const CDatabase> m_pDatabase;
+    std::shared_ptr<const CDatabase> m_database;
     CCatalogue m_catalogue;
     std::optional<CSavedQueries> m_queries; ///< read when there is a query
     std::exception_ptr m_queriesFailure;    ///< why they cannot be

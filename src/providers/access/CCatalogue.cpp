@@ -73,8 +73,8 @@ private:
 
 } // namespace
 
-CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_pDatabase(std::move(database)) {
-    CObjectRows rows(m_pDatabase);
+CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_database(std::move(database)) {
+    CObjectRows rows(m_database);
     while (rows.MoveNext()) {
         const std::u16string_view stored = rows.GetName();
         if (stored.size() > maxName || m_objects.size() == maxObjects)
@@ -87,24 +87,24 @@ CCatalogue::CCatalogue(std::shared_ptr<const CDatabase> database) : m_pDatabase(
             m_objects.push_back({name, *kind, rows.GetId(), flags, rows.GetPlace()});
     }
     std::ranges::stable_sort(m_objects, [](const SDatabaseObject& left, const SDatabaseObject& right) {
-        return SCNameOrder::Compare(left.strName, right.strName) < 0;
+        return SCNameOrder::Compare(left.name, right.name) < 0;
     });
 }
 
 const SDatabaseObject* CCatalogue::Find(std::u16string_view name) const {
     const auto found = std::lower_bound(m_objects.begin(), m_objects.end(), name,
                                         [](const SDatabaseObject& object, std::u16string_view wanted) {
-                                            return SCNameOrder::Compare(object.strName, wanted) < 0;
+                                            return SCNameOrder::Compare(object.name, wanted) < 0;
                                         });
-    return found == m_objects.end() || SCNameOrder::Compare(found->strName, name) != 0 ? nullptr : &*found;
+    return found == m_objects.end() || SCNameOrder::Compare(found->name, name) != 0 ? nullptr : &*found;
 }
 
 STableDefinition CCatalogue::ReadTable(const SDatabaseObject& object) const {
     constexpr std::uint32_t pageMask = 0xFFFFFF;
-    STableDefinition table = ReadTableDefinition(*m_pDatabase, object.id & pageMask);
+    STableDefinition table = ReadTableDefinition(*m_database, object.id & pageMask);
     if (std::ranges::none_of(table.columns, &SColumn::isCalculated))
         return table;
-    CObjectRows rows(m_pDatabase);
+    CObjectRows rows(m_database);
     rows.MoveTo(object.place);
     SCColumnProperties::TakeResultTypes(rows.GetProperties(), table.columns);
     return table;

@@ -21,7 +21,7 @@ enum class EObjectKind {
 };
 
 struct SDatabaseObject {
-    std::u16string strName;
+    std::u16string name;
     EObjectKind kind;
     std::uint32_t id; ///< for tables of this database, the page of the definition
     std::uint32_t flags;
@@ -42,7 +42,7 @@ public:
     STableDefinition ReadTable(const SDatabaseObject& object) const;
 
 private:
-    std::shared_ptr<const CDatabase> m_pDatabase;
+    std::shared_ptr<const CDatabase> m_database;
     std::vector<SDatabaseObject> m_objects;
 };
 

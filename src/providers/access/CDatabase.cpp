@@ -30,7 +30,7 @@ void CheckPassWord(const CHeaderPage& header, const std::string& passWord) {
 } // namespace
 
 CDatabase::CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, const std::string& passWord)
-    : m_pFile(std::move(file)), m_strPath(std::move(path)), m_header(ReadHeader(*m_pFile)) {
+    : m_file(std::move(file)), m_path(std::move(path)), m_header(ReadHeader(*m_file)) {
     if (m_header.IsJet())
         CheckPassWord(m_header, passWord);
     if (m_header.GetKey() != 0)
@@ -48,11 +48,11 @@ FDecryptBlock CDatabase::MakeAceDecoder(const std::string& passWord) const {
 
 std::uint32_t CDatabase::GetPageCount() const {
     constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
-    return static_cast<std::uint32_t>(std::min(m_pFile->Size() / GetFormat().pageSize, most));
+    return static_cast<std::uint32_t>(std::min(m_file->Size() / GetFormat().pageSize, most));
 }
 
 void CDatabase::ReadPages(std::uint32_t first, std::span<unsigned char> target) const {
-    m_pFile->ReadAt(first * std::uint64_t{GetFormat().pageSize}, target);
+    m_file->ReadAt(first * std::uint64_t{GetFormat().pageSize}, target);
 }
 
 void CDatabase::DecodePage(std::uint32_t page, std::span<unsigned char> bytes) const {

@@ -21,11 +21,11 @@ public:
     /// DB_SEC_E_AUTH_FAILED when the password is missing or wrong.
     CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, const std::string& passWord);
 
-    const std::string& GetPath() const { return m_strPath; }
+    const std::string& GetPath() const { return m_path; }
     const SJetFormat& GetFormat() const { return m_header.GetFormat(); }
     /// Whole pages; a part of one at the end is left out.
     std::uint32_t GetPageCount() const;
-    std::uint64_t GetFileSize() const { return m_pFile->Size(); }
+    std::uint64_t GetFileSize() const { return m_file->Size(); }
 
     /// Fills `target`, the room of some pages, with the pages from `first` on as they stand in the file. Throws
     /// CSourceError.
@@ -37,8 +37,8 @@ public:
 private:
     FDecryptBlock MakeAceDecoder(const std::string& passWord) const;
 
-    std::shared_ptr<IRandomAccess> m_pFile;
-    std::string m_strPath;
+    std::shared_ptr<IRandomAccess> m_file;
+    std::string m_path;
     CHeaderPage m_header;
     FDecryptBlock m_decode; ///< empty when pages stand in the file as they are
 };

@@ -16,7 +16,7 @@ namespace {
 
 struct SLiteral {
     EValueClass kind;
-    std::u16string strText;
+    std::u16string text;
     double number;
 };
 
@@ -100,11 +100,11 @@ private:
         case ETokenKind::Date:
             return SLiteral{EValueClass::Date, {}, token.number};
         case ETokenKind::Text:
-            return SLiteral{EValueClass::Text, token.strText, 0};
+            return SLiteral{EValueClass::Text, token.text, 0};
         case ETokenKind::Keyword:
-            if (token.strText == u"TRUE" || token.strText == u"YES")
+            if (token.text == u"TRUE" || token.text == u"YES")
                 return SLiteral{EValueClass::Number, {}, -1};
-            if (token.strText == u"FALSE" || token.strText == u"NO")
+            if (token.text == u"FALSE" || token.text == u"NO")
                 return SLiteral{EValueClass::Number, {}, 0};
             return SNothing();
         default:
@@ -113,12 +113,12 @@ private:
     }
 
     CNode ParseColumn() {
-        std::u16string name = m_tokens.Current().strText;
+        std::u16string name = m_tokens.Current().text;
         m_tokens.Advance();
         if (m_tokens.Take(u".")) {
             if (!m_scope.IsTable(name) || m_tokens.Current().kind != ETokenKind::Name)
                 return SNothing();
-            name = m_tokens.Current().strText;
+            name = m_tokens.Current().text;
             m_tokens.Advance();
         }
         const auto column = m_scope.Find(name);
@@ -157,7 +157,7 @@ private:
         const auto& literal = std::get<SLiteral>(right);
         if (FactsOf(m_scope[column].type).valueClass != literal.kind)
             return SNothing();
-        m_conditions.push_back({column, comparison, literal.strText, literal.number});
+        m_conditions.push_back({column, comparison, literal.text, literal.number});
         return SChecked();
     }
 
@@ -209,7 +209,7 @@ bool Holds(const CQueryConditions::SCondition& condition, const VARIANT& value) 
         return true;
     std::partial_ordering order = std::partial_ordering::equivalent;
     if (value.vt == VT_BSTR)
-        order = SCNameOrder::Compare(BstrView(value.bstrVal), condition.strText) <=> 0;
+        order = SCNameOrder::Compare(BstrView(value.bstrVal), condition.text) <=> 0;
     else
         order = NumberOf(value) <=> condition.number;
     switch (condition.comparison) {
@@ -237,7 +237,7 @@ bool CColumnScope::IsTable(std::u16string_view name) const {
 
 std::optional<std::size_t> CColumnScope::Find(std::u16string_view name) const {
     const auto found = std::ranges::find_if(
-        m_columns, [name](const SColumn& column) { return SCNameOrder::Compare(column.strName, name) == 0; });
+        m_columns, [name](const SColumn& column) { return SCNameOrder::Compare(column.name, name) == 0; });
     return found == m_columns.end() ? std::nullopt
                                     : std::optional(static_cast<std::size_t>(found - m_columns.begin()));
 }

@@ -50,8 +50,8 @@ public:
     struct SCondition {
         std::size_t column;
         EComparison comparison;
-        std::u16string strText; ///< what a text is compared with
-        double number;          ///< what a number is compared with, for dates a number of seconds
+        std::u16string text; ///< what a text is compared with
+        double number;       ///< what a number is compared with, for dates a number of seconds
     };
 
 private:

@@ -148,7 +148,7 @@ void CQueryTokens::Advance() {
 
 bool CQueryTokens::Take(std::u16string_view word) {
     const bool isWord = m_current.kind == ETokenKind::Keyword || m_current.kind == ETokenKind::Sign;
-    if (!isWord || m_current.strText != word)
+    if (!isWord || m_current.text != word)
         return false;
     Advance();
     return true;
@@ -157,7 +157,7 @@ bool CQueryTokens::Take(std::u16string_view word) {
 void CQueryTokens::TakeBracketed() {
     const auto end = m_rest.find(u']');
     m_current.kind = end == m_rest.npos ? ETokenKind::Other : ETokenKind::Name;
-    m_current.strText = m_rest.substr(1, end == m_rest.npos ? end : end - 1);
+    m_current.text = m_rest.substr(1, end == m_rest.npos ? end : end - 1);
     m_rest.remove_prefix(std::min(end, m_rest.size() - 1) + 1);
 }
 
@@ -165,9 +165,9 @@ void CQueryTokens::TakeQuoted(char16_t quote) {
     m_current.kind = ETokenKind::Other;
     for (std::size_t at = 1; at < m_rest.size(); ++at) {
         if (m_rest[at] != quote) {
-            m_current.strText.push_back(m_rest[at]);
+            m_current.text.push_back(m_rest[at]);
         } else if (at + 1 < m_rest.size() && m_rest[at + 1] == quote) {
-            m_current.strText.push_back(m_rest[at++]);
+            m_current.text.push_back(m_rest[at++]);
         } else {
             m_current.kind = ETokenKind::Text;
             m_rest.remove_prefix(at + 1);
@@ -203,7 +203,7 @@ void CQueryTokens::TakeWord() {
     const auto keyword = std::ranges::find_if(
         keywords, [word](std::u16string_view candidate) { return Platform::IsEqualIgnoringCase(candidate, word); });
     m_current.kind = keyword == keywords.end() ? ETokenKind::Name : ETokenKind::Keyword;
-    m_current.strText = keyword == keywords.end() ? word : *keyword;
+    m_current.text = keyword == keywords.end() ? word : *keyword;
     m_rest.remove_prefix(end);
 }
 
@@ -211,8 +211,8 @@ void CQueryTokens::TakeSign() {
     const auto sign = std::ranges::find(longSigns, m_rest.substr(0, 2));
     const bool isShort = shortSigns.find(m_rest.front()) != shortSigns.npos;
     m_current.kind = sign != longSigns.end() || isShort ? ETokenKind::Sign : ETokenKind::Other;
-    m_current.strText = m_rest.substr(0, sign != longSigns.end() ? 2 : 1);
-    m_rest.remove_prefix(m_current.strText.size());
+    m_current.text = m_rest.substr(0, sign != longSigns.end() ? 2 : 1);
+    m_rest.remove_prefix(m_current.text.size());
 }
 
 } // namespace NSTQ::Providers

@@ -20,8 +20,8 @@ enum class ETokenKind {
 
 struct SToken {
     ETokenKind kind = ETokenKind::End;
-    std::u16string strText; ///< of a keyword or sign itself (keywords in capitals), of others the contents
-    double number = 0;      ///< of a date the number of seconds since day 0
+    std::u16string text; ///< of a keyword or sign itself (keywords in capitals), of others the contents
+    double number = 0;   ///< of a date the number of seconds since day 0
 };
 
 class CQueryTokens {

@@ -57,15 +57,15 @@ CSavedQueries::CSavedQueries(std::shared_ptr<const CDatabase> database, const CC
         m_rows.push_back({rows.GetNumber(id), rows.GetNumber(attribute), text(order), rows.GetNumber(flag),
                           text(name1), text(name2), text(expression), static_cast<std::uint32_t>(m_rows.size())});
         const SRow& row = m_rows.back();
-        size += sizeof row + sizeof(char16_t) * (row.strOrder.size() + row.strName1.size() + row.strName2.size() +
-                                                 row.strExpression.size());
+        size += sizeof row +
+                sizeof(char16_t) * (row.order.size() + row.name1.size() + row.name2.size() + row.expression.size());
         if (size > maxSize)
             throw CSourceError("its saved queries take more than " + std::to_string(maxSize) + " bytes");
     }
     // A stable sort would take as much memory again as the rows.
     std::ranges::sort(m_rows, [](const SRow& left, const SRow& right) {
-        return std::tie(left.id, left.attribute, left.strOrder, left.position) <
-               std::tie(right.id, right.attribute, right.strOrder, right.position);
+        return std::tie(left.id, left.attribute, left.order, left.position) <
+               std::tie(right.id, right.attribute, right.order, right.position);
     });
 }
 
@@ -79,13 +79,13 @@ bool CSavedQueries::IsPlainSelect(SRows rows) {
     const auto isPlain = [](const SRow& row) {
         switch (row.attribute) {
         case typeAttribute:
-            return row.flag == selectType && row.strName1.empty() && row.strExpression.empty();
+            return row.flag == selectType && row.name1.empty() && row.expression.empty();
         case optionsAttribute:
             return (row.flag & ~(allColumnsOption | harmlessOptions)) == 0;
         case databaseAttribute:
-            return row.strName1.empty() && row.strExpression.empty();
+            return row.name1.empty() && row.expression.empty();
         case tableAttribute:
-            return row.strExpression.empty();
+            return row.expression.empty();
         case startAttribute:
         case columnAttribute:
         case whereAttribute:
@@ -101,30 +101,30 @@ bool CSavedQueries::IsPlainSelect(SRows rows) {
 
 /// A column, or all of them as Table.*
 bool CSavedQueries::TakeOutput(const SRow& row, const CColumnScope& scope, SQueryPlan& plan) {
-    CQueryTokens tokens(row.strExpression);
+    CQueryTokens tokens(row.expression);
     SToken name = tokens.Current();
     tokens.Advance();
     if (plan.outputs.size() > maxColumns)
         return false;
-    bool isAll = name.kind == ETokenKind::Sign && name.strText == u"*";
+    bool isAll = name.kind == ETokenKind::Sign && name.text == u"*";
     if (name.kind == ETokenKind::Name && tokens.Take(u".")) {
-        if (!scope.IsTable(name.strText))
+        if (!scope.IsTable(name.text))
             return false;
         name = tokens.Current();
         tokens.Advance();
-        isAll = name.kind == ETokenKind::Sign && name.strText == u"*";
+        isAll = name.kind == ETokenKind::Sign && name.text == u"*";
     }
     if (tokens.Current().kind != ETokenKind::End)
         return false;
     if (isAll) {
         for (std::size_t i = 0; i < scope.GetCount(); ++i)
-            plan.outputs.push_back({scope[i].strName, i});
+            plan.outputs.push_back({scope[i].name, i});
         return true;
     }
-    const auto column = name.kind == ETokenKind::Name ? scope.Find(name.strText) : std::nullopt;
+    const auto column = name.kind == ETokenKind::Name ? scope.Find(name.text) : std::nullopt;
     if (!column)
         return false;
-    plan.outputs.push_back({row.strName1.empty() ? scope[*column].strName : row.strName1, *column});
+    plan.outputs.push_back({row.name1.empty() ? scope[*column].name : row.name1, *column});
     return true;
 }
 
@@ -138,10 +138,10 @@ bool CSavedQueries::TakeOutputs(SRows rows, const CColumnScope& scope, SQueryPla
         return row.attribute == optionsAttribute && (row.flag & allColumnsOption) != 0;
     });
     for (std::size_t i = 0; hasAll && i < scope.GetCount(); ++i)
-        plan.outputs.push_back({scope[i].strName, i});
+        plan.outputs.push_back({scope[i].name, i});
     std::vector<std::u16string_view> names;
     for (const SQueryPlan::SOutput& output : plan.outputs)
-        names.push_back(output.strName);
+        names.push_back(output.name);
     const auto isBefore = [](std::u16string_view left, std::u16string_view right) {
         return SCNameOrder::Compare(left, right) < 0;
     };
@@ -163,15 +163,15 @@ std::optional<SQueryPlan> CSavedQueries::MakePlan(const SDatabaseObject& query) 
     if ((query.flags & kindOfQueryFlags) != 0 || !IsPlainSelect(rows))
         return std::nullopt;
     const SRow& from = *std::ranges::find(rows, tableAttribute, &SRow::attribute);
-    const SDatabaseObject* const table = m_catalogue.Find(from.strName1);
+    const SDatabaseObject* const table = m_catalogue.Find(from.name1);
     if (table == nullptr || table->kind != EObjectKind::Table)
         return std::nullopt;
     SQueryPlan plan = {GetTable(*table), {}, {}};
-    const std::vector<std::u16string> names = {from.strName2.empty() ? from.strName1 : from.strName2};
+    const std::vector<std::u16string> names = {from.name2.empty() ? from.name1 : from.name2};
     const CColumnScope scope(plan.table.columns, names);
     const auto where = std::ranges::find(rows, whereAttribute, &SRow::attribute);
     if (where != rows.end()) {
-        auto conditions = CQueryConditions::Parse(where->strExpression, scope);
+        auto conditions = CQueryConditions::Parse(where->expression, scope);
         if (!conditions)
             return std::nullopt;
         plan.conditions = std::move(*conditions);

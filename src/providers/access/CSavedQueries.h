@@ -16,7 +16,7 @@ namespace NSTQ::Providers {
 /// How to run a query.
 struct SQueryPlan {
     struct SOutput {
-        std::u16string strName;
+        std::u16string name;
         std::size_t column; ///< of the table
     };
     STableDefinition table;
@@ -37,11 +37,11 @@ private:
     struct SRow {
         std::uint32_t id;
         std::uint32_t attribute;
-        std::u16string strOrder;
+        std::u16string order;
         std::uint32_t flag;
-        std::u16string strName1;
-        std::u16string strName2;
-        std::u16string strExpression;
+        std::u16string name1;
+        std::u16string name2;
+        std::u16string expression;
         std::uint32_t position; ///< in the file
     };
     struct SRows {

@@ -7,25 +7,25 @@ namespace NSTQ::Providers {
 using namespace Platform;
 
 CTableRows::CTableRows(std::shared_ptr<const CDatabase> database, STableDefinition table)
-    : m_pDatabase(std::move(database)), m_table(std::move(table)), m_scan(*m_pDatabase, m_table),
-      m_decoder(*m_pDatabase) {
+    : m_database(std::move(database)), m_table(std::move(table)), m_scan(*m_database, m_table),
+      m_decoder(*m_database) {
     m_names.reserve(m_table.columns.size());
     for (const SColumn& column : m_table.columns)
-        m_names.push_back(column.strName);
+        m_names.push_back(column.name);
 }
 
 bool CTableRows::MoveNext() {
-    return RaiseAsComError(m_pDatabase->GetPath(), [this] { return m_scan.MoveNext(); });
+    return RaiseAsComError(m_database->GetPath(), [this] { return m_scan.MoveNext(); });
 }
 
 const VARIANT& CTableRows::GetValue(std::size_t column) {
-    RaiseAsComError(m_pDatabase->GetPath(),
+    RaiseAsComError(m_database->GetPath(),
                     [&] { m_decoder.Decode(m_table.columns[column], m_scan.GetFields(), m_value); });
     return m_value.value;
 }
 
 std::span<const unsigned char> CTableRows::GetBytes(std::size_t column) {
-    return RaiseAsComError(m_pDatabase->GetPath(),
+    return RaiseAsComError(m_database->GetPath(),
                            [&] { return m_decoder.GetBytes(m_table.columns[column], m_scan.GetFields()); });
 }
 

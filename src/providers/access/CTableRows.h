@@ -27,7 +27,7 @@ public:
     std::span<const unsigned char> GetBytes(std::size_t column);
 
 private:
-    std::shared_ptr<const CDatabase> m_pDatabase;
+    std::shared_ptr<const CDatabase> m_database;
     STableDefinition m_table;
     CTableScan m_scan;
     CFieldDecoder m_decoder;

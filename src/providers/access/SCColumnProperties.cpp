@@ -35,7 +35,7 @@ void TakeResultType(CBytes chunk, std::size_t wanted, std::vector<SColumn>& colu
     Platform::CBstr name;
     SCJetText::DecodeWide(head.TakeBytes(head.Take<std::uint16_t>()), name);
     const auto column = std::ranges::find_if(columns, [&](const SColumn& candidate) {
-        return candidate.isCalculated && Platform::IsEqualIgnoringCase(candidate.strName, name.View());
+        return candidate.isCalculated && Platform::IsEqualIgnoringCase(candidate.name, name.View());
     });
     if (column == columns.end())
         return;

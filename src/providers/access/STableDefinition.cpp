@@ -66,7 +66,7 @@ private:
         const SJetFormat& format = m_database.GetFormat();
         const unsigned char extraFlags = format.extraFlagsAt == 0 ? 0 : descriptor[format.extraFlagsAt];
         SColumn column = {};
-        column.strName = ReadName();
+        column.name = ReadName();
         column.type = static_cast<EColumnType>(descriptor[0]);
         column.number = ReadU16(descriptor + format.numberAt);
         column.isVariable = (descriptor[format.flagsAt] & fixedFlag) == 0;

@@ -70,7 +70,7 @@ constexpr STypeFacts FactsOf(EColumnType type) {
 }
 
 struct SColumn {
-    std::u16string strName;
+    std::u16string name;
     EColumnType type;
     std::uint16_t number; ///< counts deleted columns, too: its bit in the null mask of rows
     bool isVariable;

@@ -25,7 +25,7 @@ inline std::uint64_t ReadU64(const unsigned char* bytes) {
 /// afterwards, so that a header is read without a check after each field.
 class CByteReader {
 public:
-    explicit CByteReader(std::span<const unsigned char> bytes) : m_oBytes(bytes) {}
+    explicit CByteReader(std::span<const unsigned char> bytes) : m_bytes(bytes) {}
 
     template <std::unsigned_integral T>
     T Take() {
@@ -38,20 +38,20 @@ public:
         return value;
     }
     std::span<const unsigned char> TakeBytes(std::size_t count) {
-        m_bGood = m_bGood && count <= m_oBytes.size();
-        const auto taken = m_oBytes.first(std::min(count, m_oBytes.size()));
-        m_oBytes = m_oBytes.subspan(taken.size());
+        m_isGood = m_isGood && count <= m_bytes.size();
+        const auto taken = m_bytes.first(std::min(count, m_bytes.size()));
+        m_bytes = m_bytes.subspan(taken.size());
         return taken;
     }
     void Skip(std::size_t count) { TakeBytes(count); }
 
-    std::size_t Left() const { return m_oBytes.size(); }
+    std::size_t Left() const { return m_bytes.size(); }
     /// False when more was taken than there is.
-    bool IsGood() const { return m_bGood; }
+    bool IsGood() const { return m_isGood; }
 
 private:
-    std::span<const unsigned char> m_oBytes;
-    bool m_bGood = true;
+    std::span<const unsigned char> m_bytes;
+    bool m_isGood = true;
 };
 
 } // namespace NSTQ::Providers

@@ -28,7 +28,7 @@ std::size_t CXmlInput::Read(std::span<unsigned char> target) {
         Sniff();
     if (m_encoding != EEncoding::Utf8)
         return Convert(target);
-    return m_rawBegin < m_raw.size() ? TakeRaw(target) : m_pStream->Read(target);
+    return m_rawBegin < m_raw.size() ? TakeRaw(target) : m_stream->Read(target);
 }
 
 void CXmlInput::Sniff() {
@@ -64,7 +64,7 @@ bool CXmlInput::FillRaw() {
     m_rawBegin = 0;
     const std::size_t kept = m_raw.size();
     m_raw.resize(kept + rawSize);
-    const std::size_t count = m_pStream->Read(std::span(m_raw).subspan(kept));
+    const std::size_t count = m_stream->Read(std::span(m_raw).subspan(kept));
     m_raw.resize(kept + count);
     return count > 0;
 }

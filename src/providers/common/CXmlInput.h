@@ -11,7 +11,7 @@ namespace NSTQ::Providers {
 
 class CXmlInput {
 public:
-    explicit CXmlInput(std::unique_ptr<IByteStream> stream) : m_pStream(std::move(stream)) {}
+    explicit CXmlInput(std::unique_ptr<IByteStream> stream) : m_stream(std::move(stream)) {}
 
     /// Puts UTF-8 into `target` (at least 16 bytes) and returns how many bytes; 0 only at the end. Throws
     /// CSourceError, also for half a surrogate pair.
@@ -29,7 +29,7 @@ private:
     bool FillRaw();
     char32_t ReadCharacter();
 
-    std::unique_ptr<IByteStream> m_pStream;
+    std::unique_ptr<IByteStream> m_stream;
     EEncoding m_encoding = EEncoding::Unknown;
     std::vector<unsigned char> m_raw;
     std::size_t m_rawBegin = 0;

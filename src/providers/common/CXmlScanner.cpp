@@ -52,13 +52,13 @@ std::string_view LocalPart(std::string_view name) {
 }
 
 struct SEntity {
-    std::string_view strName;
+    std::string_view name;
     char character;
 };
 constexpr SEntity entities[] = {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
 
 constexpr std::string_view commentMark = "<!--";
-constexpr std::string_view cDataMark = "<![CDATA[";
+constexpr std::string_view cdataMark = "<![CDATA[";
 constexpr std::string_view doctypeMark = "<!DOCTYPE";
 constexpr std::string_view declarationMark = "<?xml";
 constexpr std::string_view bindingMark = "xmlns:";
@@ -68,12 +68,12 @@ constexpr std::size_t longestReference = 16;
 } // namespace
 
 CXmlScanner::CXmlScanner(std::unique_ptr<IByteStream> stream, std::string part)
-    : m_input(std::move(stream)), m_strPart(std::move(part)), m_buffer(firstBufferSize + 1) {
-    m_pAt = m_pEnd = m_buffer.data();
+    : m_input(std::move(stream)), m_part(std::move(part)), m_buffer(firstBufferSize + 1) {
+    m_at = m_end = m_buffer.data();
 }
 
 void CXmlScanner::Fail(const std::string& what) const {
-    throw CSourceError(PrintableName(m_strPart) + ": " + what);
+    throw CSourceError(PrintableName(m_part) + ": " + what);
 }
 
 EXmlEvent CXmlScanner::Next() {
@@ -83,9 +83,9 @@ EXmlEvent CXmlScanner::Next() {
         return m_event = EXmlEvent::End;
     }
     for (;;) {
-        if (m_pAt == m_pEnd && !TryReadMore())
+        if (m_at == m_end && !TryReadMore())
             return EndDocument();
-        if (*m_pAt == '<' ? ScanMarkup() : ScanText())
+        if (*m_at == '<' ? ScanMarkup() : ScanText())
             return m_event;
     }
 }
@@ -101,7 +101,7 @@ bool CXmlScanner::TryReadMore() {
     if (m_isInputEnd)
         return false;
     MakeRoom();
-    char* end = m_buffer.data() + (m_pEnd - m_buffer.data());
+    char* end = m_buffer.data() + (m_end - m_buffer.data());
     const char* const limit = m_buffer.data() + m_buffer.size() - 1;
     const char* const before = end;
     // A full buffer at each step keeps what is looked at twice a small part of the whole.
@@ -112,28 +112,28 @@ bool CXmlScanner::TryReadMore() {
         end += count;
     }
     *end = '\0';
-    m_pEnd = end;
+    m_end = end;
     return end != before;
 }
 
 /// Moves the token to the beginning of the buffer, of which it takes half at most then.
 void CXmlScanner::MakeRoom() {
-    const auto kept = static_cast<std::size_t>(m_pEnd - m_pAt);
+    const auto kept = static_cast<std::size_t>(m_end - m_at);
     if (kept > maxTokenSize)
         Fail("a tag or text of more than " + std::to_string(maxTokenSize) + " bytes");
     if (kept > m_buffer.size() / 2) {
         std::vector<char> larger(2 * m_buffer.size());
-        std::memcpy(larger.data(), m_pAt, kept);
+        std::memcpy(larger.data(), m_at, kept);
         m_buffer.swap(larger);
     } else {
-        std::memmove(m_buffer.data(), m_pAt, kept);
+        std::memmove(m_buffer.data(), m_at, kept);
     }
-    m_pAt = m_buffer.data();
-    m_pEnd = m_pAt + kept;
+    m_at = m_buffer.data();
+    m_end = m_at + kept;
 }
 
 bool CXmlScanner::HasBytes(std::size_t count) {
-    while (static_cast<std::size_t>(m_pEnd - m_pAt) < count) {
+    while (static_cast<std::size_t>(m_end - m_at) < count) {
         if (!TryReadMore())
             return false;
     }
@@ -142,7 +142,7 @@ bool CXmlScanner::HasBytes(std::size_t count) {
 
 /// For a place where a NUL stands: it is the one behind the buffer, or one that no document may hold.
 bool CXmlScanner::IsAtBufferEnd(const char* at) const {
-    if (at != m_pEnd)
+    if (at != m_end)
         Fail("unexpected character " + std::to_string(static_cast<unsigned char>(*at)) + " in a tag");
     return true;
 }
@@ -150,7 +150,7 @@ bool CXmlScanner::IsAtBufferEnd(const char* at) const {
 bool CXmlScanner::ScanMarkup() {
     if (!HasBytes(2))
         Fail("the document ends within a tag");
-    switch (m_pAt[1]) {
+    switch (m_at[1]) {
     case '/':
         ScanEndTag();
         return true;
@@ -166,14 +166,14 @@ bool CXmlScanner::ScanMarkup() {
 }
 
 bool CXmlScanner::ScanExclamation() {
-    HasBytes(cDataMark.size());
-    const std::string_view markup(m_pAt, static_cast<std::size_t>(m_pEnd - m_pAt));
+    HasBytes(cdataMark.size());
+    const std::string_view markup(m_at, static_cast<std::size_t>(m_end - m_at));
     if (markup.starts_with(commentMark)) {
-        m_pAt += commentMark.size();
+        m_at += commentMark.size();
         SkipPast("-->");
         return false;
     }
-    if (markup.starts_with(cDataMark) && m_depth > 0) {
+    if (markup.starts_with(cdataMark) && m_depth > 0) {
         ScanCData();
         return true;
     }
@@ -182,11 +182,10 @@ bool CXmlScanner::ScanExclamation() {
 
 void CXmlScanner::ScanInstruction() {
     if (!m_isRootSeen && HasBytes(declarationMark.size() + 1) &&
-        std::string_view(m_pAt, declarationMark.size()) == declarationMark &&
-        IsBlank(m_pAt[declarationMark.size()])) {
+        std::string_view(m_at, declarationMark.size()) == declarationMark && IsBlank(m_at[declarationMark.size()])) {
         const char* end = FindInToken("?>", declarationMark.size());
-        CheckDeclaration({m_pAt, static_cast<std::size_t>(end - m_pAt)});
-        m_pAt = end;
+        CheckDeclaration({m_at, static_cast<std::size_t>(end - m_at)});
+        m_at = end;
     }
     SkipPast("?>");
 }
@@ -209,10 +208,10 @@ void CXmlScanner::CheckDeclaration(std::string_view declaration) const {
 /// Finds `wanted` in the token, which is read as far as needed, from its byte `from` on.
 const char* CXmlScanner::FindInToken(std::string_view wanted, std::size_t from) {
     for (;;) {
-        const std::string_view token(m_pAt, static_cast<std::size_t>(m_pEnd - m_pAt));
+        const std::string_view token(m_at, static_cast<std::size_t>(m_end - m_at));
         const std::size_t found = token.find(wanted, from);
         if (found != std::string_view::npos)
-            return m_pAt + found;
+            return m_at + found;
         from = std::max(from, token.size() - std::min(token.size(), wanted.size() - 1));
         if (!TryReadMore())
             Fail("the document ends too early");
@@ -221,31 +220,31 @@ const char* CXmlScanner::FindInToken(std::string_view wanted, std::size_t from) 
 
 void CXmlScanner::SkipPast(std::string_view terminator) {
     for (;;) {
-        const std::string_view rest(m_pAt, static_cast<std::size_t>(m_pEnd - m_pAt));
+        const std::string_view rest(m_at, static_cast<std::size_t>(m_end - m_at));
         const std::size_t found = rest.find(terminator);
         if (found != std::string_view::npos) {
-            m_pAt += found + terminator.size();
+            m_at += found + terminator.size();
             return;
         }
-        m_pAt += rest.size() - std::min(rest.size(), terminator.size() - 1);
+        m_at += rest.size() - std::min(rest.size(), terminator.size() - 1);
         if (!TryReadMore())
             Fail("the document ends too early");
     }
 }
 
 void CXmlScanner::ScanCData() {
-    const char* end = FindInToken("]]>", cDataMark.size());
-    m_text = {m_pAt + cDataMark.size(), end};
+    const char* end = FindInToken("]]>", cdataMark.size());
+    m_text = {m_at + cdataMark.size(), end};
     m_isCData = true;
     m_isPlain = m_text.find('\r') == std::string_view::npos;
-    m_pAt = end + 3;
+    m_at = end + 3;
     m_event = EXmlEvent::Text;
 }
 
 bool CXmlScanner::ScanText() {
     m_isPlain = true;
     m_isCData = false;
-    const char* at = m_pAt;
+    const char* at = m_at;
     for (;;) {
         at = textStops.Find(at);
         if (*at == '<')
@@ -255,16 +254,16 @@ bool CXmlScanner::ScanText() {
             ++at;
             continue;
         }
-        if (at != m_pEnd)
+        if (at != m_end)
             Fail("a NUL in a text");
-        const std::size_t seen = static_cast<std::size_t>(at - m_pAt);
+        const std::size_t seen = static_cast<std::size_t>(at - m_at);
         const bool hasMore = TryReadMore();
-        at = m_pAt + seen;
+        at = m_at + seen;
         if (!hasMore)
             break;
     }
-    m_text = {m_pAt, at};
-    m_pAt = at;
+    m_text = {m_at, at};
+    m_at = at;
     m_event = EXmlEvent::Text;
     if (m_depth > 0)
         return true;
@@ -286,8 +285,8 @@ void CXmlScanner::ScanStartTag() {
 /// False when the buffer ends before the tag does.
 bool CXmlScanner::TryScanStartTag() {
     m_attributeCount = 0;
-    const char* at = nameStops.Find(m_pAt + 1);
-    const std::string_view name(m_pAt + 1, at);
+    const char* at = nameStops.Find(m_at + 1);
+    const std::string_view name(m_at + 1, at);
     for (;;) {
         at = SkipBlanks(at);
         if (*at == '>')
@@ -305,7 +304,7 @@ bool CXmlScanner::TryScanStartTag() {
             return false;
     }
     PushName(name);
-    m_pAt = at + 1;
+    m_at = at + 1;
     return true;
 }
 
@@ -354,7 +353,7 @@ void CXmlScanner::ScanEndTag() {
     const char* nameEnd = nullptr;
     const char* end = nullptr;
     for (;;) {
-        nameEnd = nameStops.Find(m_pAt + 2);
+        nameEnd = nameStops.Find(m_at + 2);
         end = SkipBlanks(nameEnd);
         if (*end == '>')
             break;
@@ -362,20 +361,20 @@ void CXmlScanner::ScanEndTag() {
         if (!TryReadMore())
             Fail("the document ends within a tag");
     }
-    const std::string_view name(m_pAt + 2, nameEnd);
+    const std::string_view name(m_at + 2, nameEnd);
     if (m_depth == 0 || std::string_view(m_openNames).substr(m_nameEnds[m_depth - 1]) != name)
         Fail("an end tag without its start tag: " + PrintableName(name));
     m_name = LocalPart(name);
     PopName();
-    m_pAt = end + 1;
+    m_at = end + 1;
     m_event = EXmlEvent::End;
 }
 
 void CXmlScanner::NoteBindings() {
     for (const SXmlAttribute& attribute : GetAttributes()) {
-        if (!attribute.strName.starts_with(bindingMark) || !attribute.strValue.ends_with(relationshipsEnd))
+        if (!attribute.name.starts_with(bindingMark) || !attribute.value.ends_with(relationshipsEnd))
             continue;
-        const std::string_view prefix = attribute.strName.substr(bindingMark.size());
+        const std::string_view prefix = attribute.name.substr(bindingMark.size());
         const auto known = std::find(m_relationshipPrefixes.begin(), m_relationshipPrefixes.end(), prefix);
         if (known == m_relationshipPrefixes.end() && m_relationshipPrefixes.size() < maxBindings)
             m_relationshipPrefixes.emplace_back(prefix);
@@ -384,12 +383,12 @@ void CXmlScanner::NoteBindings() {
 
 std::string_view CXmlScanner::GetAttribute(std::string_view name) {
     for (const SXmlAttribute& attribute : GetAttributes()) {
-        if (attribute.strName != name)
+        if (attribute.name != name)
             continue;
-        if (attribute.strValue.find_first_of("&\r\n\t") == std::string_view::npos)
-            return attribute.strValue;
+        if (attribute.value.find_first_of("&\r\n\t") == std::string_view::npos)
+            return attribute.value;
         m_decoded.clear();
-        AppendDecoded(attribute.strValue, true, m_decoded);
+        AppendDecoded(attribute.value, true, m_decoded);
         return m_decoded;
     }
     return {};
@@ -437,7 +436,7 @@ std::size_t CXmlScanner::AppendReference(std::string_view raw, std::string& targ
         Fail("an '&' that does not begin a reference");
     std::string_view name = raw.substr(1, end - 1);
     for (const SEntity& entity : entities) {
-        if (entity.strName == name) {
+        if (entity.name == name) {
             target += entity.character;
             return end + 1;
         }

@@ -23,8 +23,8 @@ namespace NSTQ::Providers {
 enum class EXmlEvent { Start, End, Text, EndOfDocument };
 
 struct SXmlAttribute {
-    std::string_view strName;  ///< with its prefix
-    std::string_view strValue; ///< as it stands, references not decoded
+    std::string_view name;  ///< with its prefix
+    std::string_view value; ///< as it stands, references not decoded
 };
 
 class CXmlScanner {
@@ -74,12 +74,10 @@ public:
 
     /// What has been read already behind the last event, with a NUL behind it: for callers who know what is likely to
     /// come and take it at once. Empty when the next event is already known.
-    std::string_view GetAhead() const {
-        return {m_pAt, m_isEndPending ? 0 : static_cast<std::size_t>(m_pEnd - m_pAt)};
-    }
+    std::string_view GetAhead() const { return {m_at, m_isEndPending ? 0 : static_cast<std::size_t>(m_end - m_at)}; }
     /// Passes over the first bytes of GetAhead, which must be whole elements. Views into them stay valid until the
     /// next call of Next.
-    void TakeAhead(std::size_t count) { m_pAt += count; }
+    void TakeAhead(std::size_t count) { m_at += count; }
 
     /// Throws CSourceError with the document's name before `what`.
     [[noreturn]] void Fail(const std::string& what) const;
@@ -114,10 +112,10 @@ private:
     std::size_t AppendReference(std::string_view raw, std::string& target) const;
 
     CXmlInput m_input;
-    std::string m_strPart;
-    std::vector<char> m_buffer;  ///< one byte longer than its content: a NUL stands behind it
-    const char* m_pAt = nullptr; ///< where the token begins that is being looked at; what lies before may go
-    const char* m_pEnd = nullptr;
+    std::string m_part;
+    std::vector<char> m_buffer; ///< one byte longer than its content: a NUL stands behind it
+    const char* m_at = nullptr; ///< where the token begins that is being looked at; what lies before may go
+    const char* m_end = nullptr;
     bool m_isInputEnd = false;
 
     EXmlEvent m_event = EXmlEvent::EndOfDocument;

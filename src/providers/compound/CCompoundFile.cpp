@@ -58,13 +58,13 @@ bool CCompoundFile::IsCompoundFile(IRandomAccess& input) {
     return begin == signature;
 }
 
-CCompoundFile::CCompoundFile(std::shared_ptr<IRandomAccess> input) : m_pInput(std::move(input)) {
-    if (m_pInput->Size() < headerSize || !IsCompoundFile(*m_pInput))
+CCompoundFile::CCompoundFile(std::shared_ptr<IRandomAccess> input) : m_input(std::move(input)) {
+    if (m_input->Size() < headerSize || !IsCompoundFile(*m_input))
         throw CSourceError("not a compound file");
     const SHeader header = ReadHeader();
     m_miniCutOff = header.miniCutOff;
     m_miniTableStart = header.miniTableStart;
-    const std::uint64_t sectors = DivideUp(m_pInput->Size(), m_sectorSize) - 1;
+    const std::uint64_t sectors = DivideUp(m_input->Size(), m_sectorSize) - 1;
     m_table.emplace(static_cast<std::uint32_t>(std::min<std::uint64_t>(sectors, CSectorTable::firstMark)));
     ReadTable(header);
     ReadDirectory(header.directoryStart);
@@ -72,7 +72,7 @@ CCompoundFile::CCompoundFile(std::shared_ptr<IRandomAccess> input) : m_pInput(st
 
 CCompoundFile::SHeader CCompoundFile::ReadHeader() {
     std::array<unsigned char, headerSize> bytes = {};
-    m_pInput->ReadAt(0, bytes);
+    m_input->ReadAt(0, bytes);
     CByteReader reader(bytes);
     reader.Skip(28);
     const auto byteOrder = reader.Take<std::uint16_t>();
@@ -114,7 +114,7 @@ void CCompoundFile::ReadTable(const SHeader& header) {
         }
     };
     std::array<unsigned char, tableSectorsInHeader* 4> listed = {};
-    m_pInput->ReadAt(headerSize - listed.size(), listed);
+    m_input->ReadAt(headerSize - listed.size(), listed);
     takeListed(listed);
     std::uint32_t list = header.tableListStart;
     while (left > 0 && list < CSectorTable::firstMark) {
@@ -123,15 +123,15 @@ void CCompoundFile::ReadTable(const SHeader& header) {
         takeListed(std::span(sector).first(m_sectorSize - 4));
         list = ReadU32(sector.data() + m_sectorSize - 4);
     }
-    m_table->SetEntries(OpenRuns(m_pInput, runs, m_sectorSize, m_sectorSize, std::nullopt));
+    m_table->SetEntries(OpenRuns(m_input, runs, m_sectorSize, m_sectorSize, std::nullopt));
 }
 
 /// A sector of which the end is missing is filled up with marks that stand for nothing.
 std::vector<unsigned char> CCompoundFile::ReadSector(std::uint32_t sector) const {
     const std::uint64_t offset = (std::uint64_t{sector} + 1) * m_sectorSize;
     std::vector<unsigned char> bytes(m_sectorSize, 0xFF);
-    const auto there = static_cast<std::size_t>(std::min<std::uint64_t>(m_sectorSize, m_pInput->Size() - offset));
-    m_pInput->ReadAt(offset, std::span(bytes).first(there));
+    const auto there = static_cast<std::size_t>(std::min<std::uint64_t>(m_sectorSize, m_input->Size() - offset));
+    m_input->ReadAt(offset, std::span(bytes).first(there));
     return bytes;
 }
 
@@ -145,7 +145,7 @@ void CCompoundFile::ReadDirectory(std::uint32_t start) {
     m_entries.reserve(static_cast<std::size_t>(count));
     for (std::span<const unsigned char> rest = bytes; !rest.empty(); rest = rest.subspan(entrySize))
         m_entries.push_back(ReadEntry(rest.first(entrySize), m_sectorSize == 512));
-    if (m_entries.empty() || m_entries.front().eType != EEntryType::Root)
+    if (m_entries.empty() || m_entries.front().type != EEntryType::Root)
         throw CSourceError("the directory has no root");
 }
 
@@ -158,8 +158,8 @@ CCompoundFile::SEntry CCompoundFile::ReadEntry(std::span<const unsigned char> by
     const std::size_t nameSize = std::clamp<std::size_t>(reader.Take<std::uint16_t>(), 2, nameRoom);
     SEntry entry = {};
     for (std::size_t i = 0; i + 2 < nameSize; i += 2)
-        entry.strName += static_cast<char16_t>(ReadU16(name.data() + i));
-    entry.eType = EEntryType{reader.Take<unsigned char>()};
+        entry.name += static_cast<char16_t>(ReadU16(name.data() + i));
+    entry.type = EEntryType{reader.Take<unsigned char>()};
     reader.Skip(1);
     entry.left = reader.Take<std::uint32_t>();
     entry.right = reader.Take<std::uint32_t>();
@@ -178,7 +178,7 @@ const CCompoundFile::SEntry* CCompoundFile::FindStream(std::u16string_view path)
         const std::size_t end = std::min(path.find(u'/', begin), path.size());
         entry = FindChild(*entry, path.substr(begin, end - begin));
         const bool isLast = end == path.size();
-        if (entry != nullptr && entry->eType != (isLast ? EEntryType::Stream : EEntryType::Storage))
+        if (entry != nullptr && entry->type != (isLast ? EEntryType::Stream : EEntryType::Storage))
             return nullptr;
         begin = end + 1;
     }
@@ -197,7 +197,7 @@ const CCompoundFile::SEntry* CCompoundFile::FindChild(const SEntry& storage, std
         if (index >= m_entries.size() || ++seen > m_entries.size())
             throw CSourceError("the directory is damaged");
         const SEntry& entry = m_entries[index];
-        if (Platform::IsEqualIgnoringCase(entry.strName, name))
+        if (Platform::IsEqualIgnoringCase(entry.name, name))
             return &entry;
         waiting.push_back(entry.left);
         waiting.push_back(entry.right);
@@ -228,7 +228,7 @@ std::shared_ptr<IRandomAccess> CCompoundFile::OpenSelfSized(std::u16string_view 
         return OpenStream(path);
     auto& stream = m_streams[&entry];
     if (stream == nullptr)
-        stream = OpenRuns(m_pInput, m_table->TakeChain(entry.start, DivideUp(entry.size, m_sectorSize), what, true),
+        stream = OpenRuns(m_input, m_table->TakeChain(entry.start, DivideUp(entry.size, m_sectorSize), what, true),
                           m_sectorSize, m_sectorSize, entry.size);
     return stream;
 }
@@ -236,16 +236,16 @@ std::shared_ptr<IRandomAccess> CCompoundFile::OpenSelfSized(std::u16string_view 
 std::shared_ptr<IRandomAccess> CCompoundFile::OpenChain(std::uint32_t start, std::optional<std::uint64_t> size,
                                                         const std::string& what) {
     const auto count = size ? std::optional(DivideUp(*size, m_sectorSize)) : std::nullopt;
-    return OpenRuns(m_pInput, m_table->TakeChain(start, count, what), m_sectorSize, m_sectorSize, size);
+    return OpenRuns(m_input, m_table->TakeChain(start, count, what), m_sectorSize, m_sectorSize, size);
 }
 
 std::shared_ptr<IRandomAccess> CCompoundFile::OpenMiniChain(const SEntry& entry, const std::string& what) {
     if (entry.size == 0)
-        return std::make_shared<CExtentAccess>(m_pInput, std::vector<SExtent>{});
-    if (m_pMiniStream == nullptr)
+        return std::make_shared<CExtentAccess>(m_input, std::vector<SExtent>{});
+    if (m_miniStream == nullptr)
         OpenMiniStream();
     const auto runs = m_miniTable->TakeChain(entry.start, DivideUp(entry.size, miniSectorSize), what);
-    return OpenRuns(m_pMiniStream, runs, 0, miniSectorSize, entry.size);
+    return OpenRuns(m_miniStream, runs, 0, miniSectorSize, entry.size);
 }
 
 void CCompoundFile::OpenMiniStream() {
@@ -253,7 +253,7 @@ void CCompoundFile::OpenMiniStream() {
     auto stream = OpenChain(m_entries.front().start, std::nullopt, "the mini stream");
     m_miniTable.emplace(static_cast<std::uint32_t>(DivideUp(stream->Size(), miniSectorSize)));
     m_miniTable->SetEntries(std::move(entries));
-    m_pMiniStream = std::move(stream);
+    m_miniStream = std::move(stream);
 }
 
 } // namespace NSTQ::Providers

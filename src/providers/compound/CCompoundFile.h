@@ -43,8 +43,8 @@ public:
 private:
     enum class EEntryType : unsigned char { Unused = 0, Storage = 1, Stream = 2, Root = 5 };
     struct SEntry {
-        std::u16string strName;
-        EEntryType eType;
+        std::u16string name;
+        EEntryType type;
         std::uint32_t left;
         std::uint32_t right;
         std::uint32_t child;
@@ -73,13 +73,13 @@ private:
     std::shared_ptr<IRandomAccess> OpenMiniChain(const SEntry& entry, const std::string& what);
     void OpenMiniStream();
 
-    std::shared_ptr<IRandomAccess> m_pInput;
+    std::shared_ptr<IRandomAccess> m_input;
     std::size_t m_sectorSize = 0;
     std::uint32_t m_miniCutOff = 0;
     std::uint32_t m_miniTableStart = 0;
     std::optional<CSectorTable> m_table;
     std::vector<SEntry> m_entries;
-    std::shared_ptr<IRandomAccess> m_pMiniStream; ///< null until a stream in it is opened
+    std::shared_ptr<IRandomAccess> m_miniStream; ///< null until a stream in it is opened
     std::optional<CSectorTable> m_miniTable;
     std::map<const SEntry*, std::shared_ptr<IRandomAccess>> m_streams; ///< those opened
 };

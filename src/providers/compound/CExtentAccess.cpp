@@ -7,10 +7,10 @@
 namespace NSTQ::Providers {
 
 CExtentAccess::CExtentAccess(std::shared_ptr<IRandomAccess> input, const std::vector<SExtent>& extents)
-    : m_pInput(std::move(input)) {
+    : m_input(std::move(input)) {
     m_pieces.reserve(extents.size());
     for (const SExtent& extent : extents) {
-        if (extent.offset > m_pInput->Size() || extent.size > m_pInput->Size() - extent.offset)
+        if (extent.offset > m_input->Size() || extent.size > m_input->Size() - extent.offset)
             throw CSourceError("the file ends too early");
         m_pieces.push_back({m_size, extent.offset});
         m_size += extent.size;
@@ -28,7 +28,7 @@ void CExtentAccess::ReadAt(std::uint64_t offset, std::span<unsigned char> target
         const std::uint64_t end = next == m_pieces.end() ? m_size : next->begin;
         const auto part =
             target.first(static_cast<std::size_t>(std::min<std::uint64_t>(target.size(), end - offset)));
-        m_pInput->ReadAt(piece.offset + (offset - piece.begin), part);
+        m_input->ReadAt(piece.offset + (offset - piece.begin), part);
         target = target.subspan(part.size());
         offset += part.size();
         if (!target.empty())

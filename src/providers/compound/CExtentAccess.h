@@ -31,7 +31,7 @@ private:
         std::uint64_t offset; ///< in the stream below
     };
 
-    std::shared_ptr<IRandomAccess> m_pInput;
+    std::shared_ptr<IRandomAccess> m_input;
     std::vector<SPiece> m_pieces;
     std::uint64_t m_size = 0;
 };

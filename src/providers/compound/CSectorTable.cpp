@@ -52,10 +52,10 @@ std::uint32_t CSectorTable::Next(std::uint32_t sector, const std::string& what) 
     const std::uint64_t index = position / blockSize;
     SBlock& block = m_blocks[index % blockCount];
     if (block.index != index) {
-        const std::uint64_t begin = std::min(index * blockSize, m_pEntries->Size());
+        const std::uint64_t begin = std::min(index * blockSize, m_entries->Size());
         block.index = ~std::uint64_t{0};
-        block.bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(blockSize, m_pEntries->Size() - begin)));
-        m_pEntries->ReadAt(begin, block.bytes);
+        block.bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(blockSize, m_entries->Size() - begin)));
+        m_entries->ReadAt(begin, block.bytes);
         block.index = index;
     }
     const auto at = static_cast<std::size_t>(position % blockSize);

@@ -34,7 +34,7 @@ public:
 
     std::uint32_t SectorCount() const { return static_cast<std::uint32_t>(m_isTaken.size()); }
     /// The table's own bytes; to be set before the first chain is followed.
-    void SetEntries(std::shared_ptr<IRandomAccess> entries) { m_pEntries = std::move(entries); }
+    void SetEntries(std::shared_ptr<IRandomAccess> entries) { m_entries = std::move(entries); }
 
     /// Notes that `what` takes the sector. Throws CSourceError when there is no such sector or it is taken already.
     void Take(std::uint32_t sector, const std::string& what);
@@ -54,7 +54,7 @@ private:
     std::uint32_t Next(std::uint32_t sector, const std::string& what);
 
     std::vector<bool> m_isTaken;
-    std::shared_ptr<IRandomAccess> m_pEntries;
+    std::shared_ptr<IRandomAccess> m_entries;
     std::array<SBlock, blockCount> m_blocks; ///< each at its index modulo their number
 };
 

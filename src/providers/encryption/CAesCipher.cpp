@@ -22,23 +22,23 @@ const EVP_CIPHER* FindCipher(std::size_t keySize, bool isChained) {
 
 } // namespace
 
-CAesCipher::CAesCipher(std::span<const unsigned char> key, EChaining chaining) : m_pContext(EVP_CIPHER_CTX_new()) {
+CAesCipher::CAesCipher(std::span<const unsigned char> key, EChaining chaining) : m_context(EVP_CIPHER_CTX_new()) {
     const EVP_CIPHER* cipher = FindCipher(key.size(), chaining == EChaining::Cbc);
-    CheckLibCrypto(cipher != nullptr && m_pContext != nullptr &&
-                       EVP_DecryptInit_ex(m_pContext.get(), cipher, nullptr, key.data(), nullptr) == 1,
+    CheckLibCrypto(cipher != nullptr && m_context != nullptr &&
+                       EVP_DecryptInit_ex(m_context.get(), cipher, nullptr, key.data(), nullptr) == 1,
                    "AES");
 }
 
 void CAesCipher::Decrypt(std::span<const unsigned char> start, std::span<unsigned char> bytes) {
     bool isDone = bytes.size() % blockSize == 0 &&
-                  EVP_DecryptInit_ex(m_pContext.get(), nullptr, nullptr, nullptr, start.data()) == 1 &&
-                  EVP_CIPHER_CTX_set_padding(m_pContext.get(), 0) == 1;
+                  EVP_DecryptInit_ex(m_context.get(), nullptr, nullptr, nullptr, start.data()) == 1 &&
+                  EVP_CIPHER_CTX_set_padding(m_context.get(), 0) == 1;
     while (isDone && !bytes.empty()) {
         const auto part = bytes.first(std::min<std::size_t>(bytes.size(), 1U << 30));
         int done = 0;
-        isDone = EVP_DecryptUpdate(m_pContext.get(), part.data(), &done, part.data(),
-                                   static_cast<int>(part.size())) == 1 &&
-                 done == static_cast<int>(part.size());
+        isDone =
+            EVP_DecryptUpdate(m_context.get(), part.data(), &done, part.data(), static_cast<int>(part.size())) == 1 &&
+            done == static_cast<int>(part.size());
         bytes = bytes.subspan(part.size());
     }
     CheckLibCrypto(isDone, "AES");

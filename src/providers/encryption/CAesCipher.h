@@ -22,7 +22,7 @@ public:
     void Decrypt(std::span<const unsigned char> start, std::span<unsigned char> bytes);
 
 private:
-    TLibCryptoPtr<evp_cipher_ctx_st> m_pContext;
+    TLibCryptoPtr<evp_cipher_ctx_st> m_context;
 };
 
 } // namespace NSTQ::Providers

@@ -22,8 +22,8 @@ constexpr TPurpose verifierHashPurpose = {0xD7, 0xAA, 0x0F, 0x6D, 0x30, 0x61, 0x
 constexpr TPurpose keyPurpose = {0x14, 0x6E, 0x0B, 0xE7, 0xAB, 0xAC, 0xD0, 0xD6};
 
 struct SHashName {
-    std::string_view strName;
-    EHash eHash;
+    std::string_view name;
+    EHash hash;
 };
 constexpr SHashName hashNames[] = {
     {"SHA512", EHash::Sha512},  {"SHA384", EHash::Sha384},  {"SHA256", EHash::Sha256},
@@ -69,8 +69,8 @@ std::vector<unsigned char> ReadBytes(CXmlScanner& xml, std::string_view name) {
 EHash ReadHash(CXmlScanner& xml) {
     const std::string_view name = xml.GetAttribute("hashAlgorithm");
     for (const SHashName& hash : hashNames) {
-        if (hash.strName == name)
-            return hash.eHash;
+        if (hash.name == name)
+            return hash.hash;
     }
     xml.Fail("the digest \"" + PrintableName(name) + "\" is unknown");
 }
@@ -126,7 +126,7 @@ CAgileEncryption::SCipher CAgileEncryption::ReadCipher(CXmlScanner& xml) {
     CheckWord(xml, "cipherChaining", "ChainingModeCBC");
     ReadNumber(xml, "blockSize", CAesCipher::blockSize, CAesCipher::blockSize);
     SCipher cipher;
-    cipher.eHash = ReadHash(xml);
+    cipher.hash = ReadHash(xml);
     cipher.keySize = ReadNumber(xml, "keyBits", 128, 256) / 8;
     cipher.salt = ReadBytes(xml, "saltValue");
     if (cipher.keySize % 8 != 0)
@@ -144,13 +144,13 @@ CAgileEncryption::SLock CAgileEncryption::ReadLock(CXmlScanner& xml) {
         if (bytes->size() % CAesCipher::blockSize != 0)
             xml.Fail("an encrypted value is truncated");
     }
-    if (lock.verifier.size() < lock.salt.size() || lock.verifierHash.size() < CHash(lock.eHash).Size())
+    if (lock.verifier.size() < lock.salt.size() || lock.verifierHash.size() < CHash(lock.hash).Size())
         xml.Fail("an encrypted value is truncated");
     return lock;
 }
 
 void CAgileEncryption::Unlock(const CPassWord& passWord) {
-    CHash hash(m_lock.eHash);
+    CHash hash(m_lock.hash);
     const CSecretBytes spun = hash.Spin(m_lock.salt, passWord.Wide(), m_lock.spinCount);
     TBytes start = m_lock.salt;
     start.resize(CAesCipher::blockSize, padding);
@@ -165,7 +165,7 @@ void CAgileEncryption::Unlock(const CPassWord& passWord) {
         passWord.Refuse();
     TBytes key = unlock(m_lock.key, keyPurpose);
     m_cipher.emplace(std::span(key).first(m_data.keySize), EChaining::Cbc);
-    m_dataHash.emplace(m_data.eHash);
+    m_dataHash.emplace(m_data.hash);
     Wipe(key);
 }
 

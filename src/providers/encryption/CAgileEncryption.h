@@ -43,7 +43,7 @@ private:
     using TBytes = std::vector<unsigned char>;
 
     struct SCipher {
-        EHash eHash = EHash::Sha1;
+        EHash hash = EHash::Sha1;
         std::size_t keySize = 0; ///< bytes
         TBytes salt;
     };

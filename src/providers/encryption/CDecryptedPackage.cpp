@@ -19,11 +19,11 @@ std::uint64_t RoundUp(std::uint64_t size) {
 } // namespace
 
 CDecryptedPackage::CDecryptedPackage(std::shared_ptr<IRandomAccess> stream, FDecryptBlock decrypt)
-    : m_pStream(std::move(stream)), m_decrypt(std::move(decrypt)) {
+    : m_stream(std::move(stream)), m_decrypt(std::move(decrypt)) {
     std::array<unsigned char, sizeFieldSize> size = {};
-    m_pStream->ReadAt(0, size);
+    m_stream->ReadAt(0, size);
     m_size = ReadU64(size.data());
-    if (m_size > m_pStream->Size() || RoundUp(m_size) > m_pStream->Size() - sizeFieldSize)
+    if (m_size > m_stream->Size() || RoundUp(m_size) > m_stream->Size() - sizeFieldSize)
         throw CSourceError("the encrypted package ends too early");
     if (m_size / segmentSize > 0xFFFFFFFF)
         throw CSourceError("the encrypted package is too large");
@@ -57,7 +57,7 @@ void CDecryptedPackage::Fill(SWindow& window, std::uint64_t index) {
     const std::uint64_t begin = index * windowSize;
     window.index = noWindow;
     window.bytes.resize(static_cast<std::size_t>(std::min(windowSize, RoundUp(m_size) - begin)));
-    m_pStream->ReadAt(sizeFieldSize + begin, window.bytes);
+    m_stream->ReadAt(sizeFieldSize + begin, window.bytes);
     auto segment = static_cast<std::uint32_t>(begin / segmentSize);
     for (std::span<unsigned char> rest = window.bytes; !rest.empty(); ++segment) {
         const auto bytes = rest.first(std::min<std::size_t>(rest.size(), segmentSize));

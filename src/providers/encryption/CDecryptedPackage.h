@@ -35,7 +35,7 @@ private:
     const std::vector<unsigned char>& Window(std::uint64_t index);
     void Fill(SWindow& window, std::uint64_t index);
 
-    std::shared_ptr<IRandomAccess> m_pStream;
+    std::shared_ptr<IRandomAccess> m_stream;
     FDecryptBlock m_decrypt;
     std::uint64_t m_size = 0;
     std::array<SWindow, windowCount> m_windows;

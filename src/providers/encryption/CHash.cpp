@@ -9,7 +9,7 @@ namespace NSTQ::Providers {
 namespace {
 
 struct SHashKind {
-    const char* pName;
+    const char* name;
     std::size_t size;
 };
 
@@ -19,9 +19,9 @@ constexpr SHashKind kinds[] = {{"MD5", 16}, {"SHA1", 20}, {"SHA256", 32}, {"SHA3
 } // namespace
 
 CHash::CHash(EHash hash)
-    : m_kind(hash), m_pDigest(EVP_MD_fetch(nullptr, kinds[static_cast<std::size_t>(hash)].pName, nullptr)),
-      m_pContext(EVP_MD_CTX_new()), m_size(kinds[static_cast<std::size_t>(hash)].size) {
-    CheckLibCrypto(m_pDigest != nullptr && m_pContext != nullptr, kinds[static_cast<std::size_t>(hash)].pName);
+    : m_kind(hash), m_digest(EVP_MD_fetch(nullptr, kinds[static_cast<std::size_t>(hash)].name, nullptr)),
+      m_context(EVP_MD_CTX_new()), m_size(kinds[static_cast<std::size_t>(hash)].size) {
+    CheckLibCrypto(m_digest != nullptr && m_context != nullptr, kinds[static_cast<std::size_t>(hash)].name);
 }
 
 CSecretBytes CHash::Of(std::initializer_list<TBytes> parts) {
@@ -31,10 +31,10 @@ CSecretBytes CHash::Of(std::initializer_list<TBytes> parts) {
 }
 
 void CHash::Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts) {
-    bool isDone = EVP_DigestInit_ex2(m_pContext.get(), m_pDigest.get(), nullptr) == 1;
+    bool isDone = EVP_DigestInit_ex2(m_context.get(), m_digest.get(), nullptr) == 1;
     for (const TBytes part : parts)
-        isDone = isDone && EVP_DigestUpdate(m_pContext.get(), part.data(), part.size()) == 1;
-    CheckLibCrypto(isDone && EVP_DigestFinal_ex(m_pContext.get(), target.data(), nullptr) == 1, "a digest");
+        isDone = isDone && EVP_DigestUpdate(m_context.get(), part.data(), part.size()) == 1;
+    CheckLibCrypto(isDone && EVP_DigestFinal_ex(m_context.get(), target.data(), nullptr) == 1, "a digest");
 }
 
 CSecretBytes CHash::Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount) {

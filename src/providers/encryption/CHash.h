@@ -30,8 +30,8 @@ public:
 
 private:
     EHash m_kind;
-    TLibCryptoPtr<evp_md_st> m_pDigest;
-    TLibCryptoPtr<evp_md_ctx_st> m_pContext;
+    TLibCryptoPtr<evp_md_st> m_digest;
+    TLibCryptoPtr<evp_md_ctx_st> m_context;
     std::size_t m_size;
 };
 

@@ -94,7 +94,7 @@ std::size_t CFormatCode::ReadBracket(std::string_view code, SSigns& signs) {
 void CFormatCode::ReadCondition(std::string_view condition, SSection& section) {
     constexpr struct {
         std::string_view sign;
-        EComparison eComparison;
+        EComparison comparison;
     } comparisons[] = {
         {"<=", EComparison::LessOrEqual}, {">=", EComparison::GreaterOrEqual}, {"<>", EComparison::NotEqual},
         {"<", EComparison::Less},         {">", EComparison::Greater},         {"=", EComparison::Equal},
@@ -108,7 +108,7 @@ void CFormatCode::ReadCondition(std::string_view condition, SSection& section) {
         const auto parsed = std::from_chars(condition.data(), end, limit);
         if (parsed.ec == std::errc() && parsed.ptr == end) {
             section.limit = limit;
-            section.eComparison = comparison.eComparison;
+            section.comparison = comparison.comparison;
         }
         return;
     }
@@ -161,15 +161,15 @@ CFormatCode::CFormatCode(std::string_view code) {
 }
 
 void CFormatCode::FillInConditions() {
-    const auto fillIn = [this](std::size_t section, EComparison eComparison) {
-        if (m_sections[section].eComparison == EComparison::Open)
-            m_sections[section].eComparison = eComparison;
+    const auto fillIn = [this](std::size_t section, EComparison comparison) {
+        if (m_sections[section].comparison == EComparison::Open)
+            m_sections[section].comparison = comparison;
     };
     if (m_count == 0)
         return;
     if (m_count == m_sections.size()) {
         fillIn(0, EComparison::Greater);
-        const EComparison first = m_sections[0].eComparison;
+        const EComparison first = m_sections[0].comparison;
         const bool isForLesser = first == EComparison::Less || first == EComparison::LessOrEqual;
         fillIn(1, isForLesser ? EComparison::Greater : EComparison::Less);
     }
@@ -179,7 +179,7 @@ void CFormatCode::FillInConditions() {
 }
 
 bool CFormatCode::Takes(const SSection& section, double number) {
-    switch (section.eComparison) {
+    switch (section.comparison) {
     case EComparison::Less:
         return number < section.limit;
     case EComparison::LessOrEqual:
@@ -213,7 +213,7 @@ std::optional<EDateKind> CFormatCode::CommonKind() const {
     const SSection& last = m_sections[m_count - 1];
     const bool isSame = std::all_of(m_sections.begin(), m_sections.begin() + static_cast<std::ptrdiff_t>(m_count),
                                     [&](const SSection& section) { return section.kind == last.kind; });
-    const bool isForAll = last.eComparison == EComparison::Always || last.kind == EDateKind::None;
+    const bool isForAll = last.comparison == EComparison::Always || last.kind == EDateKind::None;
     return isSame && isForAll ? std::optional(last.kind) : std::nullopt;
 }
 

@@ -44,7 +44,7 @@ private:
     };
     struct SSection {
         double limit = 0;
-        EComparison eComparison = EComparison::Open; ///< Open until the defaults are filled in
+        EComparison comparison = EComparison::Open; ///< Open until the defaults are filled in
         EDateKind kind = EDateKind::None;
     };
     struct SSigns;

@@ -14,9 +14,9 @@ using namespace Platform;
 
 CSheetRows::CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells,
                        const SCellRange& range, bool hasHeader)
-    : m_pBook(std::move(book)), m_pCells(std::move(cells)), m_range(range), m_row(range.first.row - 1),
+    : m_book(std::move(book)), m_cells(std::move(cells)), m_range(range), m_row(range.first.row - 1),
       m_rowCount(static_cast<std::int64_t>(range.last.row) - range.first.row + 1),
-      m_hasPending(m_pCells->Next(m_pending)), m_columns(range.last.column - range.first.column + 1) {
+      m_hasPending(m_cells->Next(m_pending)), m_columns(range.last.column - range.first.column + 1) {
     m_null.vt = VT_NULL;
     NameColumns(hasHeader);
 }
@@ -48,15 +48,15 @@ std::u16string CSheetRows::HeaderText(std::size_t column) {
 bool CSheetRows::MoveNext() {
     if (m_row >= m_range.last.row)
         return false;
-    RaiseAsComError(m_pBook->GetPath(), [this] { ReadRow(); });
+    RaiseAsComError(m_book->GetPath(), [this] { ReadRow(); });
     return true;
 }
 
 void CSheetRows::ReadRow() {
     ++m_row;
-    m_strRowText.clear();
+    m_rowText.clear();
     m_hasCells = m_hasPending && m_pending.position.row <= m_row;
-    for (; m_hasPending && m_pending.position.row <= m_row; m_hasPending = m_pCells->Next(m_pending)) {
+    for (; m_hasPending && m_pending.position.row <= m_row; m_hasPending = m_cells->Next(m_pending)) {
         if (m_pending.position.row == m_row)
             KeepCell();
     }
@@ -66,7 +66,7 @@ void CSheetRows::KeepCell() {
     const std::size_t index = static_cast<std::size_t>(m_pending.position.column) - m_range.first.column;
     if (index >= m_columns.size())
         return;
-    if (m_pending.strText.size() > maxRowText - m_strRowText.size())
+    if (m_pending.text.size() > maxRowText - m_rowText.size())
         throw CSourceError("row " + std::to_string(m_row) + " holds more than " + std::to_string(maxRowText) +
                                " bytes",
                            DB_E_DATAOVERFLOW);
@@ -76,24 +76,24 @@ void CSheetRows::KeepCell() {
     column.style = m_pending.style;
     column.index = m_pending.index;
     column.number = m_pending.number;
-    column.textBegin = m_strRowText.size();
-    column.textSize = m_pending.strText.size();
-    m_strRowText.append(m_pending.strText);
+    column.textBegin = m_rowText.size();
+    column.textSize = m_pending.text.size();
+    m_rowText.append(m_pending.text);
     // Shared texts lie anywhere in memory: those of a row are fetched side by side, before the first one is wanted.
-    if (column.kind == ECellKind::Shared && column.index < m_pBook->GetSharedTextCount())
-        __builtin_prefetch(m_pBook->GetSharedText(column.index).data());
+    if (column.kind == ECellKind::Shared && column.index < m_book->GetSharedTextCount())
+        __builtin_prefetch(m_book->GetSharedText(column.index).data());
 }
 
 const VARIANT& CSheetRows::GetValue(std::size_t column) {
     const SColumn& cell = m_columns[column];
     if (cell.row != m_row)
         return m_null;
-    RaiseAsComError(m_pBook->GetPath(), [&] { Convert(cell); });
+    RaiseAsComError(m_book->GetPath(), [&] { Convert(cell); });
     return m_value;
 }
 
 void CSheetRows::Convert(const SColumn& column) {
-    const std::string_view text = std::string_view(m_strRowText).substr(column.textBegin, column.textSize);
+    const std::string_view text = std::string_view(m_rowText).substr(column.textBegin, column.textSize);
     switch (column.kind) {
     case ECellKind::Number:
         SetNumber(column.number, column.style);
@@ -164,16 +164,16 @@ void CSheetRows::ConvertSharedDigits(std::string_view text) {
 
 void CSheetRows::FailWithShared(const std::string& index) const {
     throw CSourceError("row " + std::to_string(m_row) + ": shared string index " + index + " is out of range; " +
-                       "there are " + std::to_string(m_pBook->GetSharedTextCount()));
+                       "there are " + std::to_string(m_book->GetSharedTextCount()));
 }
 
 void CSheetRows::SetNumber(double number, std::uint32_t style) {
-    const EDateKind kind = m_pBook->GetDateKind(style, number);
+    const EDateKind kind = m_book->GetDateKind(style, number);
     if (kind == EDateKind::Elapsed) {
         if (SetSpan(number))
             return;
     } else if (kind != EDateKind::None) {
-        if (const std::optional<double> date = SCCellValue::DateOfNumber(number, kind, m_pBook->IsDate1904())) {
+        if (const std::optional<double> date = SCCellValue::DateOfNumber(number, kind, m_book->IsDate1904())) {
             SetDate(*date);
             return;
         }
@@ -184,13 +184,13 @@ void CSheetRows::SetNumber(double number, std::uint32_t style) {
 
 /// A text that fills a column is converted once and not in each row.
 void CSheetRows::SetShared(std::size_t index) {
-    if (index >= m_pBook->GetSharedTextCount())
+    if (index >= m_book->GetSharedTextCount())
         FailWithShared(std::to_string(index));
     if (index == m_sharedText) {
         PointToText();
         return;
     }
-    SetUtf8(m_pBook->GetSharedText(index));
+    SetUtf8(m_book->GetSharedText(index));
     m_sharedText = index;
 }
 

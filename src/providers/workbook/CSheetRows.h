@@ -64,8 +64,8 @@ private:
     void PointToText();
     [[noreturn]] void FailWithShared(const std::string& index) const;
 
-    std::shared_ptr<const IWorkbook> m_pBook;
-    std::unique_ptr<ICellSource> m_pCells;
+    std::shared_ptr<const IWorkbook> m_book;
+    std::unique_ptr<ICellSource> m_cells;
     SCellRange m_range;
     std::uint32_t m_row;
     std::int64_t m_rowCount;
@@ -73,7 +73,7 @@ private:
     bool m_hasPending;
     bool m_hasCells = false; ///< whether there may be any in the current row
     std::vector<SColumn> m_columns;
-    std::string m_strRowText;
+    std::string m_rowText;
     std::vector<std::u16string> m_names;
     Platform::VARIANT m_null = {};
     Platform::VARIANT m_value = {};    ///< of the cell that was asked for last

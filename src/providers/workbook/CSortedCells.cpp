@@ -42,7 +42,7 @@ void CSortedCells::Keep(const SCell& cell) {
     if (cell.kind == ECellKind::Shared)
         kept.index = cell.index;
     else if (cell.kind != ECellKind::Number)
-        kept.pText = KeepText(cell.strText);
+        kept.text = KeepText(cell.text);
     m_cells.push_back(kept);
     ++m_runs.back().end;
 }
@@ -68,8 +68,8 @@ bool CSortedCells::Next(SCell& cell) {
         cell.index = kept.index;
     } else {
         std::uint32_t size = 0;
-        std::memcpy(&size, kept.pText, prefixSize);
-        cell.strText = {kept.pText + prefixSize, size};
+        std::memcpy(&size, kept.text, prefixSize);
+        cell.text = {kept.text + prefixSize, size};
     }
     if (run.begin + ++m_next == run.end) {
         ++m_run;

@@ -26,7 +26,7 @@ private:
         union {
             double number;
             std::uint32_t index;
-            const char* pText; ///< its size and then its bytes, in `m_texts`
+            const char* text; ///< its size and then its bytes, in `m_texts`
         };
         std::uint32_t style;
         std::uint16_t column;

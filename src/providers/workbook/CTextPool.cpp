@@ -24,11 +24,11 @@ char* CTextPool::Reserve(std::size_t size) {
     if (size > blockSize / 8)
         return m_blocks.emplace_back(std::make_unique_for_overwrite<char[]>(size)).get();
     if (size > m_room) {
-        m_pFree = m_blocks.emplace_back(std::make_unique_for_overwrite<char[]>(blockSize)).get();
+        m_free = m_blocks.emplace_back(std::make_unique_for_overwrite<char[]>(blockSize)).get();
         m_room = blockSize;
     }
     m_room -= size;
-    return std::exchange(m_pFree, m_pFree + size);
+    return std::exchange(m_free, m_free + size);
 }
 
 } // namespace NSTQ::Providers

@@ -33,7 +33,7 @@ private:
 
     std::uint64_t m_budget = freeBytes;
     std::vector<std::unique_ptr<char[]>> m_blocks;
-    char* m_pFree = nullptr;
+    char* m_free = nullptr;
     std::size_t m_room = 0;
     /// Not a vector, whose growing would hold millions of short texts twice for a while.
     std::deque<std::string_view> m_texts;

@@ -30,44 +30,44 @@ private:
 
 std::vector<STableSchema> CWorkbookSource::ListTables() {
     std::vector<STableSchema> tables;
-    for (const std::u16string& sheet : m_pBook->GetSheetNames())
+    for (const std::u16string& sheet : m_book->GetSheetNames())
         tables.push_back({SCTableNames::NameOfSheet(sheet), u"TABLE"});
-    for (const SNamedRange& range : m_pBook->GetNames())
-        tables.push_back({SCTableNames::NameOfRange(*m_pBook, range), u"TABLE"});
+    for (const SNamedRange& range : m_book->GetNames())
+        tables.push_back({SCTableNames::NameOfRange(*m_book, range), u"TABLE"});
     return tables;
 }
 
 std::unique_ptr<IRowSource> CWorkbookSource::OpenTable(std::u16string_view name) {
-    return RaiseAsComError(m_pBook->GetPath(), [&]() {
+    return RaiseAsComError(m_book->GetPath(), [&]() {
         if (m_sheets.empty())
-            m_sheets = SCTableNames::IndexSheets(*m_pBook);
+            m_sheets = SCTableNames::IndexSheets(*m_book);
         if (const auto sheet = m_sheets.find(name); sheet != m_sheets.end())
             return OpenSheet(sheet->second, nullptr);
-        const std::optional<std::size_t> found = SCTableNames::FindRange(*m_pBook, name);
+        const std::optional<std::size_t> found = SCTableNames::FindRange(*m_book, name);
         if (!found)
             throw CSourceError("it has no sheet or range " + AnsiFromWide(name), DB_E_NOTABLE);
-        const SNamedRange& range = m_pBook->GetNames()[*found];
+        const SNamedRange& range = m_book->GetNames()[*found];
         return OpenSheet(range.sheet, &range.range);
     });
 }
 
-std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const SCellRange* pRange) {
-    SUsedRange used = MeasureSheet(*m_pBook->OpenCells(sheet));
+std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const SCellRange* range) {
+    SUsedRange used = MeasureSheet(*m_book->OpenCells(sheet));
     if (used.isEmpty)
         return std::make_unique<CNoRows>();
-    if (pRange != nullptr) {
+    if (range != nullptr) {
         // A range keeps its corners but for what lies past the sheet's values.
-        used.range.first = pRange->first;
-        used.range.last.row = std::min(used.range.last.row, pRange->last.row);
-        if (pRange->last.column < maxColumn)
-            used.range.last.column = pRange->last.column;
+        used.range.first = range->first;
+        used.range.last.row = std::min(used.range.last.row, range->last.row);
+        if (range->last.column < maxColumn)
+            used.range.last.column = range->last.column;
         if (used.range.first.row > used.range.last.row || used.range.first.column > used.range.last.column)
             return std::make_unique<CNoRows>();
     }
-    std::unique_ptr<ICellSource> cells = m_pBook->OpenCells(sheet);
+    std::unique_ptr<ICellSource> cells = m_book->OpenCells(sheet);
     if (!used.isOrdered)
         cells = std::make_unique<CSortedCells>(*cells);
-    return std::make_unique<CSheetRows>(m_pBook, std::move(cells), used.range, m_hasHeader);
+    return std::make_unique<CSheetRows>(m_book, std::move(cells), used.range, m_hasHeader);
 }
 
 } // namespace NSTQ::Providers

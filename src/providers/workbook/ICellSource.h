@@ -13,7 +13,7 @@ enum class ECellKind : unsigned char {
     Shared,       ///< `index` is that of a shared text
     SharedDigits, ///< the same, in words
     Text,         ///< with escapes of units that XML cannot carry
-    WideText,     ///< `strText` holds the bytes of UTF-16 units as they lie in memory
+    WideText,     ///< `text` holds the bytes of UTF-16 units as they lie in memory
     Error,
     Boolean, ///< "1" or "0", "true" or "false"
     IsoDate,
@@ -23,7 +23,7 @@ struct SCell {
     SCellPosition position;
     ECellKind kind;
     std::uint32_t style;
-    std::string_view strText; ///< UTF-8, as it stands in the sheet; the source's
+    std::string_view text; ///< UTF-8, as it stands in the sheet; the source's
     double number;
     std::uint32_t index;
 };

@@ -13,8 +13,8 @@ namespace NSTQ::Providers {
 
 /// A name that stands for a plain range of one worksheet.
 struct SNamedRange {
-    std::u16string strName; ///< without the prefix of built-in names
-    bool isOfSheet;         ///< it belongs to its sheet, not to the workbook
+    std::u16string name; ///< without the prefix of built-in names
+    bool isOfSheet;      ///< it belongs to its sheet, not to the workbook
     std::size_t sheet;
     SCellRange range;
 };

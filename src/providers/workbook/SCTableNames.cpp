@@ -46,8 +46,8 @@ std::u16string SCTableNames::NameOfSheet(std::u16string_view sheet) {
 
 std::u16string SCTableNames::NameOfRange(const IWorkbook& workbook, const SNamedRange& range) {
     if (!range.isOfSheet)
-        return range.strName;
-    return NameOfSheet(workbook.GetSheetNames()[range.sheet]) + range.strName;
+        return range.name;
+    return NameOfSheet(workbook.GetSheetNames()[range.sheet]) + range.name;
 }
 
 std::map<std::u16string, std::size_t, std::less<>> SCTableNames::IndexSheets(const IWorkbook& workbook) {

@@ -59,7 +59,7 @@ void CNameTable::AddSupBook(CRecordReader& records) {
 
 void CNameTable::AddExternSheet(CRecordReader& records, STextForm form) {
     // Before Excel 97 the references themselves tell the sheets of their own workbook.
-    if (form.eVersion == EBiff::Biff5)
+    if (form.version == EBiff::Biff5)
         return;
     CTextReader reader(records, form, 0);
     for (std::size_t count = reader.TakeU16(); count > 0; --count) {
@@ -79,15 +79,15 @@ void CNameTable::AddName(CRecordReader& records, STextForm form) {
     if ((flags & hiddenFlag) != 0 || formulaSize > longestRange)
         return;
     CTextReader reader(records, form, nameHeaderSize);
-    reader.ReadText(nameSize, name.strName);
+    reader.ReadText(nameSize, name.name);
     std::array<unsigned char, longestRange> formula = {};
     reader.TakeBytes(std::span(formula).first(formulaSize));
     if ((flags & builtInFlag) != 0)
-        ReplaceBuiltIn(name.strName);
+        ReplaceBuiltIn(name.name);
     // '$' and '\'' tell sheets from ranges in a listing; no name of a range may hold them.
-    if (name.strName.empty() || name.strName.find_first_of(u"$'") != std::u16string::npos)
+    if (name.name.empty() || name.name.find_first_of(u"$'") != std::u16string::npos)
         return;
-    if (ParseRange(std::span(formula).first(formulaSize), form.eVersion, name))
+    if (ParseRange(std::span(formula).first(formulaSize), form.version, name))
         m_names.push_back(std::move(name));
 }
 
@@ -145,7 +145,7 @@ std::vector<SNamedRange> CNameTable::Resolve(const std::vector<std::size_t>& tab
     for (const SName& name : m_names) {
         const std::size_t sheet = FindSheet(name, tabs);
         if (sheet != noSheet)
-            ranges.push_back({name.strName, name.owner != 0, sheet, name.range});
+            ranges.push_back({name.name, name.owner != 0, sheet, name.range});
     }
     return ranges;
 }

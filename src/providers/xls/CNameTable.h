@@ -29,7 +29,7 @@ private:
         std::uint16_t lastTab;
     };
     struct SName {
-        std::u16string strName;
+        std::u16string name;
         std::size_t owner; ///< the number of its tab from 1, 0 for one of the workbook
         std::optional<std::size_t> externSheet;
         SSheetRun sheets; ///< when externSheet has none

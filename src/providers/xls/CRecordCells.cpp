@@ -154,7 +154,7 @@ void CRecordCells::SetPosition(std::uint32_t row, std::uint32_t column, SCell& c
     if (column >= columnCount)
         Fail("contains a cell outside the grid");
     cell.position = {row, column + 1};
-    cell.strText = {};
+    cell.text = {};
 }
 
 void CRecordCells::SetNumber(double number, SCell& cell) {
@@ -193,14 +193,14 @@ void CRecordCells::ReadText(std::size_t headerSize, std::size_t count) {
 
 void CRecordCells::SetWideText(SCell& cell) const {
     cell.kind = ECellKind::WideText;
-    cell.strText = {reinterpret_cast<const char*>(m_text.data()), m_text.size() * sizeof(char16_t)};
+    cell.text = {reinterpret_cast<const char*>(m_text.data()), m_text.size() * sizeof(char16_t)};
 }
 
 /// A value, and behind it whether it is an error.
 void CRecordCells::SetBoolOrError(const unsigned char* bytes, SCell& cell) {
     const bool isError = bytes[1] != 0;
     cell.kind = isError ? ECellKind::Error : ECellKind::Boolean;
-    cell.strText = isError ? ErrorText(bytes[0]) : bytes[0] != 0 ? "1" : "0";
+    cell.text = isError ? ErrorText(bytes[0]) : bytes[0] != 0 ? "1" : "0";
 }
 
 /// The result is a number, or, where it would be none, says what else it is.

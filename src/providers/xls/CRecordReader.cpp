@@ -31,9 +31,9 @@ std::size_t PlainSize(ERecord type, std::size_t size) {
 
 CRecordReader::CRecordReader(std::shared_ptr<IRandomAccess> stream, std::shared_ptr<IRecordCipher> cipher,
                              std::uint64_t position)
-    : m_pStream(std::move(stream)), m_pCipher(std::move(cipher)),
+    : m_stream(std::move(stream)), m_cipher(std::move(cipher)),
       m_buffer(std::make_unique_for_overwrite<unsigned char[]>(bufferSize)), m_read(position) {
-    if (position > m_pStream->Size())
+    if (position > m_stream->Size())
         throw CSourceError("the position of a sheet, byte " + std::to_string(position) +
                            ", is beyond the end of the stream");
 }
@@ -46,12 +46,11 @@ bool CRecordReader::NextContinue() {
 bool CRecordReader::Fill(std::size_t size) {
     const std::size_t kept = m_end - m_next;
     std::memmove(m_buffer.get(), m_buffer.get() + m_next, kept);
-    const auto room =
-        static_cast<std::size_t>(std::min<std::uint64_t>(bufferSize - kept, m_pStream->Size() - m_read));
+    const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(bufferSize - kept, m_stream->Size() - m_read));
     m_next = 0;
     m_end = kept;
     if (room > 0)
-        m_pStream->ReadAt(m_read, {m_buffer.get() + kept, room});
+        m_stream->ReadAt(m_read, {m_buffer.get() + kept, room});
     m_read += room;
     m_end += room;
     return m_end >= size;
@@ -67,8 +66,8 @@ void CRecordReader::Decrypt() {
     const std::size_t plain = PlainSize(m_type, m_body.size());
     if (plain == m_body.size())
         return;
-    m_pCipher->Decrypt(m_body.subspan(plain), GetPosition() + headerSize + plain,
-                       static_cast<std::uint16_t>(m_body.size()));
+    m_cipher->Decrypt(m_body.subspan(plain), GetPosition() + headerSize + plain,
+                      static_cast<std::uint16_t>(m_body.size()));
 }
 
 void CRecordReader::FailWithSize() const {

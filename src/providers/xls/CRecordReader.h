@@ -19,7 +19,7 @@ public:
                   std::uint64_t position);
 
     /// The records from the next one on are decrypted.
-    void SetCipher(std::shared_ptr<IRecordCipher> cipher) { m_pCipher = std::move(cipher); }
+    void SetCipher(std::shared_ptr<IRecordCipher> cipher) { m_cipher = std::move(cipher); }
 
     /// Goes to the next record. False at the end of the stream; throws CSourceError when that lies within a record.
     bool Next() {
@@ -32,7 +32,7 @@ public:
         m_type = ERecord{ReadU16(m_buffer.get() + m_next)};
         m_body = {m_buffer.get() + m_next + headerSize, size};
         m_next += headerSize + size;
-        if (m_pCipher != nullptr)
+        if (m_cipher != nullptr)
             Decrypt();
         return true;
     }
@@ -62,8 +62,8 @@ private:
     void Decrypt();
     [[noreturn]] void FailWithSize() const;
 
-    std::shared_ptr<IRandomAccess> m_pStream;
-    std::shared_ptr<IRecordCipher> m_pCipher;
+    std::shared_ptr<IRandomAccess> m_stream;
+    std::shared_ptr<IRecordCipher> m_cipher;
     std::unique_ptr<unsigned char[]> m_buffer;
     std::size_t m_next = 0; ///< where the next record begins in the buffer
     std::size_t m_end = 0;  ///< of what the buffer holds

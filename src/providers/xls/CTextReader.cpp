@@ -69,7 +69,7 @@ std::uint32_t CTextReader::TakeU32() {
 }
 
 void CTextReader::ReadText(std::size_t count, std::u16string& text) {
-    if (m_form.eVersion == EBiff::Biff5) {
+    if (m_form.version == EBiff::Biff5) {
         ReadAnsi(count, text);
         return;
     }

@@ -10,7 +10,7 @@ namespace NSTQ::Providers {
 
 /// How a workbook writes its texts.
 struct STextForm {
-    EBiff eVersion = EBiff::Biff8;
+    EBiff version = EBiff::Biff8;
     unsigned codePage = 0; ///< of texts before Excel 97
 };
 

@@ -40,8 +40,8 @@ std::string NarrowCode(std::u16string_view code) {
 } // namespace
 
 CXlsBook::CXlsBook(std::shared_ptr<IRandomAccess> stream, std::string path, const std::string& passWord)
-    : m_strPath(std::move(path)), m_pStream(std::move(stream)) {
-    CRecordReader records(m_pStream, nullptr, 0);
+    : m_path(std::move(path)), m_stream(std::move(stream)) {
+    CRecordReader records(m_stream, nullptr, 0);
     SGlobals globals;
     ReadBegin(records);
     while (records.GetType() != ERecord::Eof) {
@@ -79,8 +79,8 @@ void CXlsBook::ReadBegin(CRecordReader& records) {
 void CXlsBook::ReadRecord(CRecordReader& records, SGlobals& globals, const std::string& passWord) {
     switch (records.GetType()) {
     case ERecord::FilePass:
-        m_pCipher = MakeRecordCipher(records.GetBody(), m_form.eVersion == EBiff::Biff8, passWord);
-        records.SetCipher(m_pCipher);
+        m_cipher = MakeRecordCipher(records.GetBody(), m_form.version == EBiff::Biff8, passWord);
+        records.SetCipher(m_cipher);
         break;
     case ERecord::CodePage:
         ReadCodePage(records);
@@ -156,7 +156,7 @@ void CXlsBook::ReadFormat(CRecordReader& records) {
         form.codePage = westernPage;
     try {
         CTextReader reader(records, form, idSize);
-        const std::size_t count = form.eVersion == EBiff::Biff8 ? reader.TakeU16() : reader.TakeByte();
+        const std::size_t count = form.version == EBiff::Biff8 ? reader.TakeU16() : reader.TakeByte();
         reader.ReadText(count, code);
     } catch (const CSourceError&) {
         code = u"General"; // for other programs no reason to refuse the file either
@@ -167,7 +167,7 @@ void CXlsBook::ReadFormat(CRecordReader& records) {
 std::unique_ptr<ICellSource> CXlsBook::OpenCells(std::size_t sheet) {
     ReadSharedTexts();
     const std::uint64_t position = m_sheetPositions[sheet];
-    CRecordReader records(m_pStream, m_pCipher, position);
+    CRecordReader records(m_stream, m_cipher, position);
     return std::make_unique<CRecordCells>(std::move(records), m_form, IsBehindEnd(position));
 }
 
@@ -176,7 +176,7 @@ bool CXlsBook::IsBehindEnd(std::uint64_t position) const {
     std::array<unsigned char, 4> header = {};
     if (position < header.size())
         return false;
-    m_pStream->ReadAt(position - header.size(), header);
+    m_stream->ReadAt(position - header.size(), header);
     return ReadU32(header.data()) == static_cast<std::uint32_t>(ERecord::Eof);
 }
 
@@ -184,12 +184,12 @@ bool CXlsBook::IsBehindEnd(std::uint64_t position) const {
 void CXlsBook::ReadSharedTexts() {
     if (!m_sharedPosition)
         return;
-    CRecordReader records(m_pStream, m_pCipher, *m_sharedPosition);
+    CRecordReader records(m_stream, m_cipher, *m_sharedPosition);
     records.Next();
     constexpr std::size_t headerSize = 8;
     const std::uint32_t count = ReadU32(records.Require(headerSize) + 4);
     CTextReader reader(records, m_form, headerSize);
-    CTextPool texts(m_pStream->Size());
+    CTextPool texts(m_stream->Size());
     std::u16string text;
     std::string bytes;
     while (texts.GetCount() < count && reader.HasMore()) {

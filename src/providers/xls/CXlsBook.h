@@ -14,7 +14,7 @@ public:
     /// `stream` holds the records; `path` names the file in descriptions of errors. Throws CSourceError.
     CXlsBook(std::shared_ptr<IRandomAccess> stream, std::string path, const std::string& passWord);
 
-    const std::string& GetPath() const override { return m_strPath; }
+    const std::string& GetPath() const override { return m_path; }
     const std::vector<std::u16string>& GetSheetNames() const override { return m_sheetNames; }
     const std::vector<SNamedRange>& GetNames() const override { return m_names; }
     bool IsDate1904() const override { return m_isDate1904; }
@@ -41,9 +41,9 @@ private:
     void ReadSharedTexts();
     bool IsBehindEnd(std::uint64_t position) const;
 
-    std::string m_strPath;
-    std::shared_ptr<IRandomAccess> m_pStream;
-    std::shared_ptr<IRecordCipher> m_pCipher; ///< null when nothing is encrypted
+    std::string m_path;
+    std::shared_ptr<IRandomAccess> m_stream;
+    std::shared_ptr<IRecordCipher> m_cipher; ///< null when nothing is encrypted
     STextForm m_form;
     std::vector<std::u16string> m_sheetNames;
     std::vector<std::uint64_t> m_sheetPositions;

@@ -25,10 +25,9 @@ std::shared_ptr<IRandomAccess> OpenRecords(CSourceInput& input) {
 } // namespace
 
 std::unique_ptr<IDataSource> OpenXls(CSourceInput input, const SSourceOptions& options) {
-    auto book = RaiseAsComError(options.strPath, [&] {
-        return std::make_shared<CXlsBook>(OpenRecords(input), options.strPath, options.strPassWord);
-    });
-    return std::make_unique<CWorkbookSource>(std::move(book), options.bHeaderRow);
+    auto book = RaiseAsComError(
+        options.path, [&] { return std::make_shared<CXlsBook>(OpenRecords(input), options.path, options.passWord); });
+    return std::make_unique<CWorkbookSource>(std::move(book), options.hasHeaderRow);
 }
 
 } // namespace NSTQ::Providers

@@ -88,14 +88,14 @@ std::vector<SRelationship> COpcPackage::ReadRelationships(const std::string& par
         if (!xml.IsStart(2, "Relationship"))
             continue;
         for (const SXmlAttribute& attribute : xml.GetAttributes())
-            bytes += attribute.strValue.size();
+            bytes += attribute.value.size();
         if (relationships.size() == maxRelationships || bytes > maxRelationshipBytes)
             xml.Fail("too many relationships");
         SRelationship relationship;
-        relationship.strId = xml.GetAttribute("Id");
-        relationship.strType = xml.GetAttribute("Type");
-        relationship.strType.erase(0, relationship.strType.rfind('/') + 1);
-        relationship.strTarget = ResolveTarget(part, xml.GetAttribute("Target"));
+        relationship.id = xml.GetAttribute("Id");
+        relationship.type = xml.GetAttribute("Type");
+        relationship.type.erase(0, relationship.type.rfind('/') + 1);
+        relationship.target = ResolveTarget(part, xml.GetAttribute("Target"));
         relationship.isExternal = xml.GetAttribute("TargetMode") == "External";
         relationships.push_back(std::move(relationship));
     }

@@ -12,9 +12,9 @@
 namespace NSTQ::Providers {
 
 struct SRelationship {
-    std::string strId;
-    std::string strType;   ///< the last segment: "worksheet", "sharedStrings"
-    std::string strTarget; ///< the part's name, resolved
+    std::string id;
+    std::string type;   ///< the last segment: "worksheet", "sharedStrings"
+    std::string target; ///< the part's name, resolved
     bool isExternal;
 };
 

@@ -55,7 +55,7 @@ bool CSheetScanner::TakePlainCell(SCell& cell) {
             return false;
         m_xml.TakeAhead(size);
         m_position = cell.position;
-        if (cell.strText.data() != nullptr)
+        if (cell.text.data() != nullptr)
             return true;
     }
 }
@@ -91,10 +91,10 @@ bool CSheetScanner::ReadCell(SCell& cell) {
     cell.position = m_position;
     if (!ReadCellContent(cell))
         return false;
-    cell.strText = m_strText;
+    cell.text = m_text;
     if (cell.kind != ECellKind::Text)
-        cell.strText = Trim(cell.strText);
-    return cell.kind == ECellKind::Text || !cell.strText.empty();
+        cell.text = Trim(cell.text);
+    return cell.kind == ECellKind::Text || !cell.text.empty();
 }
 
 void CSheetScanner::ReadCellAttributes(SCell& cell) {
@@ -102,14 +102,14 @@ void CSheetScanner::ReadCellAttributes(SCell& cell) {
     cell.kind = ECellKind::NumberDigits;
     cell.style = 0;
     for (const SXmlAttribute& attribute : m_xml.GetAttributes()) {
-        if (attribute.strName.size() != 1)
+        if (attribute.name.size() != 1)
             continue;
-        if (attribute.strName[0] == 'r')
-            reference = attribute.strValue;
-        else if (attribute.strName[0] == 's')
-            cell.style = ParseStyle(attribute.strValue);
-        else if (attribute.strName[0] == 't')
-            cell.kind = KindOfType(attribute.strValue);
+        if (attribute.name[0] == 'r')
+            reference = attribute.value;
+        else if (attribute.name[0] == 's')
+            cell.style = ParseStyle(attribute.value);
+        else if (attribute.name[0] == 't')
+            cell.kind = KindOfType(attribute.value);
     }
     SetPosition(reference);
 }
@@ -137,7 +137,7 @@ std::uint32_t CSheetScanner::ParseStyle(std::string_view text) const {
 /// Goes to the cell's End. False when it holds nothing at all. Of repeated values the last one counts.
 bool CSheetScanner::ReadCellContent(SCell& cell) {
     bool hasContent = false;
-    m_strText.clear();
+    m_text.clear();
     while (!(m_xml.Next() == EXmlEvent::End && m_xml.GetDepth() == cellDepth)) {
         if (m_xml.GetEvent() != EXmlEvent::Start)
             continue;
@@ -147,12 +147,12 @@ bool CSheetScanner::ReadCellContent(SCell& cell) {
             continue;
         }
         hasContent = true;
-        m_strText.clear();
+        m_text.clear();
         if (!isRich) {
-            m_xml.ReadElementText(m_strText);
+            m_xml.ReadElementText(m_text);
             continue;
         }
-        ReadRichText(m_xml, m_strText);
+        ReadRichText(m_xml, m_text);
         cell.kind = ECellKind::Text;
     }
     return hasContent;

@@ -33,7 +33,7 @@ private:
     bool m_isInData = false;
     bool m_isInRow = false;
     SCellPosition m_position; ///< of the current cell
-    std::string m_strText;
+    std::string m_text;
 };
 
 } // namespace NSTQ::Providers

@@ -19,21 +19,21 @@ bool IsTrue(std::string_view text) {
 
 const SRelationship* FindByType(const std::vector<SRelationship>& relationships, std::string_view type) {
     const auto found = std::find_if(relationships.begin(), relationships.end(), [&](const SRelationship& candidate) {
-        return candidate.strType == type && !candidate.isExternal;
+        return candidate.type == type && !candidate.isExternal;
     });
     return found == relationships.end() ? nullptr : &*found;
 }
 
 std::string TargetByType(const std::vector<SRelationship>& relationships, std::string_view type) {
     const SRelationship* found = FindByType(relationships, type);
-    return found == nullptr ? std::string() : found->strTarget;
+    return found == nullptr ? std::string() : found->target;
 }
 
 /// Whether the element says that nothing belongs to it, and not only in a way that is not known here.
 bool IsIdEmpty(const CXmlScanner& xml) {
     const auto ids = xml.GetAttributes();
     return std::any_of(ids.begin(), ids.end(), [](const SXmlAttribute& attribute) {
-        return attribute.strName.ends_with(":id") && attribute.strValue.empty();
+        return attribute.name.ends_with(":id") && attribute.value.empty();
     });
 }
 
@@ -56,12 +56,12 @@ CWorkbookPart::CWorkbookPart(const COpcPackage& package) {
     if (part.empty())
         throw CSourceError("not a workbook: the package has no main document");
     const std::vector<SRelationship> relationships = package.ReadRelationships(part);
-    m_strStylesPart = TargetByType(relationships, "styles");
-    m_strSharedStringsPart = TargetByType(relationships, "sharedStrings");
+    m_stylesPart = TargetByType(relationships, "styles");
+    m_sharedStringsPart = TargetByType(relationships, "sharedStrings");
 
     CRelationshipMap byId;
     for (const SRelationship& relationship : relationships)
-        byId.emplace(relationship.strId, relationship);
+        byId.emplace(relationship.id, relationship);
 
     CXmlScanner xml = package.OpenPart(part);
     bool isInSheets = false;
@@ -89,7 +89,7 @@ void CWorkbookPart::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relation
     const bool isKnown = found != relationships.end();
     if (m_tabs.size() == maxSheets)
         xml.Fail("too many sheets");
-    if (isKnown && found->second.strType != "worksheet") {
+    if (isKnown && found->second.type != "worksheet") {
         m_tabs.push_back(noSheet);
         return;
     }
@@ -99,8 +99,8 @@ void CWorkbookPart::ReadSheet(CXmlScanner& xml, const CRelationshipMap& relation
     m_sheetsByName.emplace(name, m_sheetNames.size());
     m_sheetNames.push_back(std::move(name));
     if (isKnown && !found->second.isExternal) {
-        CountName(xml, found->second.strTarget);
-        m_sheetParts.emplace_back(found->second.strTarget);
+        CountName(xml, found->second.target);
+        m_sheetParts.emplace_back(found->second.target);
     } else {
         m_sheetParts.push_back(IsIdEmpty(xml) ? std::optional<std::string>(std::in_place) : std::nullopt);
     }

@@ -25,8 +25,8 @@ public:
     const std::vector<SNamedRange>& GetNames() const { return m_names; }
     bool IsDate1904() const { return m_isDate1904; }
     /// Names of parts; empty when there is none.
-    const std::string& GetStylesPart() const { return m_strStylesPart; }
-    const std::string& GetSharedStringsPart() const { return m_strSharedStringsPart; }
+    const std::string& GetStylesPart() const { return m_stylesPart; }
+    const std::string& GetSharedStringsPart() const { return m_sharedStringsPart; }
 
 private:
     static constexpr std::size_t maxSheets = 65536;
@@ -50,8 +50,8 @@ private:
     std::vector<SNamedRange> m_names;
     std::size_t m_nameBytes = 0;
     bool m_isDate1904 = false;
-    std::string m_strStylesPart;
-    std::string m_strSharedStringsPart;
+    std::string m_stylesPart;
+    std::string m_sharedStringsPart;
 };
 
 } // namespace NSTQ::Providers

@@ -11,9 +11,9 @@ class CXlsxBook : public IWorkbook {
 public:
     /// Throws CSourceError.
     CXlsxBook(std::shared_ptr<IRandomAccess> input, std::string path)
-        : m_strPath(std::move(path)), m_package(std::move(input)), m_workbook(m_package) {}
+        : m_path(std::move(path)), m_package(std::move(input)), m_workbook(m_package) {}
 
-    const std::string& GetPath() const override { return m_strPath; }
+    const std::string& GetPath() const override { return m_path; }
     const std::vector<std::u16string>& GetSheetNames() const override { return m_workbook.GetSheetNames(); }
     const std::vector<SNamedRange>& GetNames() const override { return m_workbook.GetNames(); }
     bool IsDate1904() const override { return m_workbook.IsDate1904(); }
@@ -28,7 +28,7 @@ public:
 private:
     void LoadContents();
 
-    std::string m_strPath;
+    std::string m_path;
     COpcPackage m_package;
     CWorkbookPart m_workbook;
     bool m_isLoaded = false;

@@ -51,7 +51,7 @@ std::size_t SCPlainCell::Parse(std::string_view ahead, SCell& cell) {
     const char* at = ParseAttributes(ahead.data() + 3, cell);
     if (at == nullptr)
         return 0;
-    cell.strText = {};
+    cell.text = {};
     if (*at == '/')
         at = at[1] == '>' ? at + 2 : nullptr;
     else
@@ -122,7 +122,7 @@ const char* SCPlainCell::ParseContent(const char* at, const char* end, SCell& ce
     const std::string_view tail = isInline ? inlineEnd : valueEnd;
     if (!StandsAt(at, end, tail))
         return nullptr;
-    cell.strText = {begin, at};
+    cell.text = {begin, at};
     if (isInline)
         cell.kind = ECellKind::Text;
     else if (cell.kind != ECellKind::Text && (at == begin || *begin <= ' ' || at[-1] <= ' '))

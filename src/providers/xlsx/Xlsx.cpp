@@ -20,10 +20,10 @@ std::shared_ptr<IRandomAccess> OpenPackage(CSourceInput& input, const std::strin
 } // namespace
 
 std::unique_ptr<IDataSource> OpenXlsx(CSourceInput input, const SSourceOptions& options) {
-    auto book = RaiseAsComError(options.strPath, [&] {
-        return std::make_shared<CXlsxBook>(OpenPackage(input, options.strPassWord), options.strPath);
+    auto book = RaiseAsComError(options.path, [&] {
+        return std::make_shared<CXlsxBook>(OpenPackage(input, options.passWord), options.path);
     });
-    return std::make_unique<CWorkbookSource>(std::move(book), options.bHeaderRow);
+    return std::make_unique<CWorkbookSource>(std::move(book), options.hasHeaderRow);
 }
 
 } // namespace NSTQ::Providers

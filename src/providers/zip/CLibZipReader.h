@@ -53,17 +53,17 @@ private:
     bool CanRead(const SZipEntry& entry, std::size_t index) const;
     bool FailFromZip(const zip_error_t* error) const;
 
-    IRandomAccess& m_oInput;
-    std::string m_strPassWord;
-    std::uint64_t m_uPosition = 0;
-    zip_error_t m_oError;
-    std::span<const SZipEntry> m_oEntries;
-    const SZipEntry* m_pCurrent = nullptr;
+    IRandomAccess& m_input;
+    std::string m_passWord;
+    std::uint64_t m_position = 0;
+    zip_error_t m_error;
+    std::span<const SZipEntry> m_entries;
+    const SZipEntry* m_current = nullptr;
     /// Where the methods of compression stand that the zip library is not shown, in ascending order.
-    std::vector<std::uint64_t> m_vecHiddenMethods;
-    bool m_bIsChecksumIdle = false;
-    std::unique_ptr<zip_t, SCloser<zip_discard>> m_pArchive;
-    std::unique_ptr<zip_file_t, SCloser<zip_fclose>> m_pEntry;
+    std::vector<std::uint64_t> m_hiddenMethods;
+    bool m_isChecksumIdle = false;
+    std::unique_ptr<zip_t, SCloser<zip_discard>> m_archive;
+    std::unique_ptr<zip_file_t, SCloser<zip_fclose>> m_entry;
 };
 
 } // namespace NSTQ::Providers

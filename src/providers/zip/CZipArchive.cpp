@@ -23,7 +23,7 @@ std::string FoldName(std::string_view name) {
 } // namespace
 
 CZipArchive::CZipArchive(std::shared_ptr<IRandomAccess> input)
-    : m_pInput(std::move(input)), m_entries(CZipDirectory(*m_pInput, caps).TakeEntries()) {
+    : m_input(std::move(input)), m_entries(CZipDirectory(*m_input, caps).TakeEntries()) {
     for (SZipEntry& entry : m_entries)
         entry.name = FoldName(entry.name);
     std::sort(m_entries.begin(), m_entries.end(),
@@ -42,7 +42,7 @@ const SZipEntry* CZipArchive::Find(std::string_view name) const {
 }
 
 std::unique_ptr<IByteStream> CZipArchive::Open(const SZipEntry& entry, const SInflateLimits& limits) const {
-    return std::make_unique<CZipEntryStream>(m_pInput, entry, limits);
+    return std::make_unique<CZipEntryStream>(m_input, entry, limits);
 }
 
 } // namespace NSTQ::Providers

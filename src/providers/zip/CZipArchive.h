@@ -31,7 +31,7 @@ public:
     std::unique_ptr<IByteStream> Open(const SZipEntry& entry, const SInflateLimits& limits) const;
 
 private:
-    std::shared_ptr<IRandomAccess> m_pInput;
+    std::shared_ptr<IRandomAccess> m_input;
     std::vector<SZipEntry> m_entries; ///< by name, which is folded
 };
 

@@ -184,7 +184,7 @@ void CZipDirectory::TakeEntry(CByteReader& reader, std::uint64_t endPosition) {
             "the zip directory is damaged");
     ReadSizes64(extra, entry);
     ReadAes(extra, extraPosition, entry);
-    m_vecEntries.push_back(std::move(entry));
+    m_entries.push_back(std::move(entry));
 }
 
 /// Checks an entry's own header against the directory and finds where its data begin.
@@ -199,7 +199,7 @@ void CZipDirectory::ReadHeader(IRandomAccess& input, SZipEntry& entry) {
     reader.Skip(16);
     const auto nameSize = reader.Take<std::uint16_t>();
     const auto extraSize = reader.Take<std::uint16_t>();
-    Require(isHeader && method == entry.method && ((flags ^ entry.flags) & SZipEntry::FLAG_ENCRYPTED) == 0 &&
+    Require(isHeader && method == entry.method && ((flags ^ entry.flags) & SZipEntry::encryptedFlag) == 0 &&
                 nameSize == entry.name.size() && ToText(reader.TakeBytes(nameSize)) == entry.name,
             "the zip directory has an entry without its header");
     entry.dataPosition = entry.headerPosition + header.size() + extraSize;
@@ -208,8 +208,8 @@ void CZipDirectory::ReadHeader(IRandomAccess& input, SZipEntry& entry) {
 /// The headers and data of all entries must lie beside each other, before the directory.
 void CZipDirectory::CheckHeaders(IRandomAccess& input, std::uint64_t directoryPosition) {
     std::vector<SZipEntry*> order;
-    order.reserve(m_vecEntries.size());
-    for (SZipEntry& entry : m_vecEntries)
+    order.reserve(m_entries.size());
+    for (SZipEntry& entry : m_entries)
         order.push_back(&entry);
     std::sort(order.begin(), order.end(),
               [](const auto* left, const auto* right) { return left->headerPosition < right->headerPosition; });
@@ -234,7 +234,7 @@ CZipDirectory::CZipDirectory(IRandomAccess& input, const SZipCaps& caps) {
     std::vector<unsigned char> bytes(static_cast<std::size_t>(end.size));
     input.ReadAt(end.directoryPosition, bytes);
     CByteReader reader{bytes};
-    m_vecEntries.reserve(static_cast<std::size_t>(end.count));
+    m_entries.reserve(static_cast<std::size_t>(end.count));
     for (std::uint64_t i = 0; i < end.count; ++i)
         TakeEntry(reader, end.directoryPosition + end.size);
     Require(reader.Left() == 0, "the zip directory is damaged");

@@ -31,11 +31,11 @@ struct SZipEntry {
     std::uint16_t aesMethod;
     std::uint64_t aesMethodPosition;
 
-    static constexpr std::uint16_t FLAG_ENCRYPTED = 0x0001;
-    static constexpr std::uint16_t FLAG_UTF8 = 0x0800;
+    static constexpr std::uint16_t encryptedFlag = 0x0001;
+    static constexpr std::uint16_t utf8Flag = 0x0800;
 
-    bool IsEncrypted() const { return (flags & FLAG_ENCRYPTED) != 0; }
-    bool IsNameUtf8() const { return (flags & FLAG_UTF8) != 0; }
+    bool IsEncrypted() const { return (flags & encryptedFlag) != 0; }
+    bool IsNameUtf8() const { return (flags & utf8Flag) != 0; }
 };
 
 /// What a reader of archives takes.
@@ -53,9 +53,9 @@ public:
     CZipDirectory(IRandomAccess& input, const SZipCaps& caps);
 
     /// In the directory's order.
-    const std::vector<SZipEntry>& Entries() const { return m_vecEntries; }
+    const std::vector<SZipEntry>& Entries() const { return m_entries; }
     /// The same, for the caller to keep; nothing is left.
-    std::vector<SZipEntry> TakeEntries() { return std::move(m_vecEntries); }
+    std::vector<SZipEntry> TakeEntries() { return std::move(m_entries); }
 
 private:
     struct SEnd;
@@ -68,7 +68,7 @@ private:
     void TakeEntry(CByteReader& reader, std::uint64_t endPosition);
     void CheckHeaders(IRandomAccess& input, std::uint64_t directoryPosition);
 
-    std::vector<SZipEntry> m_vecEntries;
+    std::vector<SZipEntry> m_entries;
 };
 
 } // namespace NSTQ::Providers

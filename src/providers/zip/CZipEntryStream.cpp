@@ -16,7 +16,7 @@ constexpr std::uint16_t deflatedMethod = 8;
 
 CZipEntryStream::CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SZipEntry& entry,
                                  const SInflateLimits& limits)
-    : m_pInput(std::move(input)), m_strName(entry.name), m_limits(limits), m_offset(entry.dataPosition),
+    : m_archive(std::move(input)), m_name(entry.name), m_limits(limits), m_offset(entry.dataPosition),
       m_left(entry.packedSize), m_size(entry.size), m_wantedCrc(entry.crc),
       m_isDeflated(entry.method == deflatedMethod) {
     if (entry.IsEncrypted())
@@ -51,7 +51,7 @@ void CZipEntryStream::FillInput() {
     const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, m_input.size()));
     if (count == 0)
         Fail("its compressed bytes end too early");
-    m_pInput->ReadAt(m_offset, std::span(m_input).first(count));
+    m_archive->ReadAt(m_offset, std::span(m_input).first(count));
     m_offset += count;
     m_left -= count;
     m_zlib.next_in = m_input.data();
@@ -79,7 +79,7 @@ std::size_t CZipEntryStream::Inflate(std::span<unsigned char> target) {
 
 std::size_t CZipEntryStream::CopyStored(std::span<unsigned char> target) {
     const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, target.size()));
-    m_pInput->ReadAt(m_offset, target.first(count));
+    m_archive->ReadAt(m_offset, target.first(count));
     m_offset += count;
     m_left -= count;
     m_consumed += count;
@@ -105,7 +105,7 @@ void CZipEntryStream::CheckEnd() const {
 }
 
 void CZipEntryStream::Fail(const std::string& what) const {
-    throw CSourceError("zip entry " + PrintableName(m_strName) + ": " + what);
+    throw CSourceError("zip entry " + PrintableName(m_name) + ": " + what);
 }
 
 } // namespace NSTQ::Providers

@@ -28,8 +28,8 @@ private:
     void CheckEnd() const;
     [[noreturn]] void Fail(const std::string& what) const;
 
-    std::shared_ptr<IRandomAccess> m_pInput;
-    std::string m_strName;
+    std::shared_ptr<IRandomAccess> m_archive;
+    std::string m_name;
     SInflateLimits m_limits;
     std::uint64_t m_offset; ///< of the next compressed byte in the file
     std::uint64_t m_left;   ///< compressed bytes not yet read
