@@ -1,4 +1,4 @@
-// The one file that knows the providers.
+// The only file that knows all providers.
 #include "providers/ProviderRegistry.h"
 
 #include "providers/common/CFileAccess.h"

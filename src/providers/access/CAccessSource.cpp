@@ -39,7 +39,7 @@ std::vector<STableSchema> CAccessSource::ListTables() {
     return tables;
 }
 
-/// What is damaged in the queries or in a table keeps nothing from being listed.
+/// Damage in the queries or in a table does not prevent the rest from being listed.
 bool CAccessSource::IsOffered(const SDatabaseObject& object) {
     if (object.kind != EObjectKind::Query)
         return true;

@@ -1,4 +1,4 @@
-// A database as a data source: its tables, and those of its saved queries that can be run here.
+// A database as a data source: its tables, and those of its saved queries that are supported.
 #pragma once
 
 #include "platform/ado/Provider.h"
@@ -17,9 +17,9 @@ public:
 
     /// Tables and queries in the order of their names, whatever the case of letters:
     ///   TABLE          tables of the user, also those that are hidden
-    ///   VIEW           queries that can be run, and those that cannot be read for damage, which opening them tells
+    ///   VIEW           supported queries, and damaged ones, which fail when they are opened
     ///   ACCESS TABLE   tables of the program and temporary ones
-    ///   SYSTEM TABLE   what the database is made of
+    ///   SYSTEM TABLE   tables of the database engine
     ///   LINK           tables in other databases, PASS-THROUGH when they are reached through ODBC
     std::vector<Platform::STableSchema> ListTables() override;
     std::unique_ptr<Platform::IRowSource> OpenTable(std::u16string_view name) override;
@@ -32,7 +32,7 @@ private:
     std::shared_ptr<const CDatabase> m_database;
     CCatalogue m_catalogue;
     std::optional<CSavedQueries> m_queries; ///< read when there is a query
-    std::exception_ptr m_queriesFailure;    ///< why they cannot be
+    std::exception_ptr m_queriesFailure;    ///< why they cannot be read
 };
 
 } // namespace NSTQ::Providers

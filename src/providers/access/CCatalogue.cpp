@@ -21,13 +21,13 @@ constexpr std::uint32_t linkedOdbcType = 4;
 constexpr std::uint32_t queryType = 5;
 constexpr std::uint32_t linkedType = 6;
 
-/// Twice and more of what a database may have: objects, and characters of a name.
+/// More than twice the limits of a database: objects, and characters of a name.
 constexpr std::size_t maxObjects = 1U << 17;
 constexpr std::size_t maxName = 255;
 
 constexpr std::uint32_t systemFlag = 0x80000000;
 constexpr std::uint32_t programFlag = 0x2;
-/// Of what goes when the database is compacted. Those that their user has hidden (0x8) are data like any others.
+/// Of objects that are removed when the database is compacted. Hidden ones (0x8) are data like any others.
 constexpr std::uint32_t temporaryFlag = 0x1;
 constexpr std::u16string_view programPrefix = u"MSys";
 constexpr char16_t temporarySign = u'~';
@@ -51,7 +51,7 @@ std::optional<EObjectKind> GetKind(std::uint32_t type, std::uint32_t flags, std:
     }
 }
 
-/// The rows of the catalogue with the columns that are of interest.
+/// The rows of the catalog with the columns that are used.
 class CObjectRows : public CSystemRows {
 public:
     explicit CObjectRows(const std::shared_ptr<const CDatabase>& database)

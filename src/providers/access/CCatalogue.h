@@ -1,4 +1,4 @@
-// What a database holds, from its table MSysObjects.
+// The catalog of a database, from its table MSysObjects.
 #pragma once
 
 #include "providers/access/STableDefinition.h"
@@ -25,18 +25,18 @@ struct SDatabaseObject {
     EObjectKind kind;
     std::uint32_t id; ///< for tables of this database, the page of the definition
     std::uint32_t flags;
-    SRowAddress place; ///< of its row in the catalogue
+    SRowAddress place; ///< of its row in the catalog
 };
 
 class CCatalogue {
 public:
-    /// Reads all of it. Throws CSourceError or _com_error when it cannot be read or holds more than any database
-    /// does. The database is shared.
+    /// Reads all of it. Throws CSourceError or _com_error when it cannot be read or is larger than any database
+    /// has. The database is shared.
     explicit CCatalogue(std::shared_ptr<const CDatabase> database);
 
     /// In the order of their names.
     const std::vector<SDatabaseObject>& GetObjects() const { return m_objects; }
-    /// The table or query of a name, whatever the case of its letters; null when there is none.
+    /// The table or query of a name, ignoring case; null when there is none.
     const SDatabaseObject* Find(std::u16string_view name) const;
     /// The definition of a table of this database, with the types of the results of its calculated columns.
     STableDefinition ReadTable(const SDatabaseObject& object) const;

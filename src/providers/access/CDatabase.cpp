@@ -37,7 +37,7 @@ CDatabase::CDatabase(std::shared_ptr<IRandomAccess> file, std::string path, cons
         m_decode = m_header.IsJet() ? MakeJetPageDecoder(m_header.GetKey()) : MakeAceDecoder(passWord);
 }
 
-/// The description of the encryption stands in the header page, behind its own size.
+/// The encryption info is in the header page, after its own size.
 FDecryptBlock CDatabase::MakeAceDecoder(const std::string& passWord) const {
     constexpr std::size_t descriptionAt = 0x299;
     std::vector<unsigned char> page(GetFormat().pageSize);

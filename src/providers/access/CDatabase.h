@@ -1,6 +1,6 @@
-// An open database file: its header, its pages and what makes them readable.
+// An open database file: its header, its pages and their decryption.
 //
-// Shared by all that is read from it; used by one thread at a time.
+// Shared by everything that is read from it; for one thread at a time.
 #pragma once
 
 #include "platform/automation/Bstr.h"
@@ -23,15 +23,15 @@ public:
 
     const std::string& GetPath() const { return m_path; }
     const SJetFormat& GetFormat() const { return m_header.GetFormat(); }
-    /// Whole pages; a part of one at the end is left out.
+    /// Whole pages; an incomplete one at the end is ignored.
     std::uint32_t GetPageCount() const;
     std::uint64_t GetFileSize() const { return m_file->Size(); }
 
-    /// Fills `target`, the room of some pages, with the pages from `first` on as they stand in the file. Throws
+    /// Fills `target`, which holds some pages, with the pages from `first`, not decoded. Throws
     /// CSourceError.
     void ReadPages(std::uint32_t first, std::span<unsigned char> target) const;
     void DecodePage(std::uint32_t page, std::span<unsigned char> bytes) const;
-    /// Puts a text of a name or field into `text`. Throws CSourceError for a code page that cannot be read.
+    /// Converts the text of a name or field. Throws CSourceError for an unsupported code page.
     void DecodeText(std::span<const unsigned char> bytes, Platform::CBstr& text) const;
 
 private:
@@ -40,7 +40,7 @@ private:
     std::shared_ptr<IRandomAccess> m_file;
     std::string m_path;
     CHeaderPage m_header;
-    FDecryptBlock m_decode; ///< empty when pages stand in the file as they are
+    FDecryptBlock m_decode; ///< empty when pages are not encoded
 };
 
 } // namespace NSTQ::Providers

@@ -20,8 +20,8 @@ struct SLiteral {
     double number;
 };
 
-struct SNothing {}; ///< cannot be checked here
-struct SChecked {}; ///< a condition that has been put down
+struct SNothing {}; ///< an unsupported condition
+struct SChecked {}; ///< a condition that has been stored
 struct SColumnOperand {
     std::size_t column;
 };
@@ -30,7 +30,7 @@ using CNode = std::variant<SNothing, SChecked, SColumnOperand, SLiteral>;
 struct SComparisonSign {
     std::u16string_view sign;
     EComparison comparison;
-    EComparison exchanged; ///< with the operands the other way round
+    EComparison exchanged; ///< with the operands exchanged
 };
 constexpr std::array<SComparisonSign, 6> comparisonSigns = {{
     {u"=", EComparison::Equal, EComparison::Equal},
@@ -41,7 +41,7 @@ constexpr std::array<SComparisonSign, 6> comparisonSigns = {{
     {u">=", EComparison::GreaterOrEqual, EComparison::LessOrEqual},
 }};
 
-/// Brackets may stand around operands and conditions alike.
+/// Both operands and conditions may be in brackets.
 class CConditionParser {
 public:
     CConditionParser(std::u16string_view text, const CColumnScope& scope,
@@ -130,7 +130,7 @@ private:
         if (!m_tokens.Take(u"AND"))
             return SNothing();
         const CNode high = ParseOperand(depth);
-        // With the bounds the wrong way round the database exchanges them.
+        // The database exchanges bounds in the wrong order.
         if (!Is<SLiteral>(low) || !Is<SLiteral>(high) || std::get<SLiteral>(low).kind == EValueClass::Text ||
             std::get<SLiteral>(low).number > std::get<SLiteral>(high).number)
             return SNothing();

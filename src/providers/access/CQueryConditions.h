@@ -1,8 +1,8 @@
-// The conditions of a saved query, as far as they can be checked here: comparisons of columns with numbers, texts and
+// The conditions of a saved query, as far as they are supported: comparisons of columns with numbers, texts and
 // dates, IS NULL and BETWEEN, all joined by AND.
 //
-// Texts are compared without regard to case. LIKE is left out on purpose: whether its wildcards are * and ? or % and
-// _ depends on how a query is run.
+// Text comparisons ignore case. LIKE is not supported on purpose: whether its wildcards are * and ? or % and _
+// depends on how a query is run.
 #pragma once
 
 #include "platform/ado/Provider.h"
@@ -17,7 +17,7 @@ namespace NSTQ::Providers {
 
 enum class EComparison { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual, IsNull, IsNotNull };
 
-/// The number of a column among a table's columns, for the text that names it, with or without the table's name.
+/// The index of the column of a name, which may be preceded by the name of the table.
 /// Nothing when there is no such column.
 class CColumnScope {
 public:
@@ -39,12 +39,12 @@ class CQueryConditions {
 public:
     /// No conditions.
     CQueryConditions() = default;
-    /// Reads the condition `text` over the columns of `scope`. Nothing when it asks for more than can be checked
-    /// here.
+    /// Reads the condition `text` over the columns of `scope`. Nothing when it contains something
+    /// unsupported.
     static std::optional<CQueryConditions> Parse(std::u16string_view text, const CColumnScope& scope);
 
     bool IsEmpty() const { return m_conditions.empty(); }
-    /// Whether the current row fulfils all. Raises what the row source raises.
+    /// Whether the current row fulfils all conditions. Throws what the row source throws.
     bool Hold(Platform::IRowSource& rows) const;
 
     struct SCondition {

@@ -27,7 +27,7 @@ bool IsWordUnit(char16_t unit) {
     return unit >= 0x80 || unit == u'_' || (small >= u'a' && small <= u'z') || IsDigit(unit);
 }
 
-/// Numbers with what stands between them, as dates and times are written.
+/// Numbers and the separators between them, as in dates and times.
 class CDateText {
 public:
     explicit CDateText(std::u16string_view text) : m_rest(text) {}

@@ -1,4 +1,4 @@
-// The words of an expression in a saved query, one after the other.
+// The tokens of an expression in a saved query.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@ enum class ETokenKind {
     Text,
     Number,
     Date,
-    Other ///< what has no place here
+    Other ///< any other token
 };
 
 struct SToken {
@@ -31,7 +31,7 @@ public:
 
     const SToken& Current() const { return m_current; }
     void Advance();
-    /// Steps over a keyword or sign when it comes next.
+    /// Skips the next token if it is this keyword or sign.
     bool Take(std::u16string_view word);
 
 private:
@@ -46,7 +46,7 @@ private:
     SToken m_current;
 };
 
-/// The seconds since day 0 of a date of the database, in the order in which time goes.
+/// The seconds since day 0 of a date of the database, in chronological order.
 double SecondsOfDate(double date);
 
 } // namespace NSTQ::Providers

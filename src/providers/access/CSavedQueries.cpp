@@ -15,7 +15,7 @@ using namespace Platform;
 
 namespace {
 
-/// What a row of a query is about.
+/// The kinds of rows of a query.
 constexpr std::uint32_t startAttribute = 0;
 constexpr std::uint32_t typeAttribute = 1;
 constexpr std::uint32_t optionsAttribute = 3;
@@ -27,12 +27,12 @@ constexpr std::uint32_t endAttribute = 255;
 
 constexpr std::uint32_t selectType = 1;
 constexpr std::uint32_t allColumnsOption = 0x01;
-/// Whose rights count, and that rows of several tables come once: for one table both change nothing.
+/// Owner rights, and distinct rows of several tables: neither matters for one table.
 constexpr std::uint32_t harmlessOptions = 0x04 | 0x08;
 constexpr std::uint32_t kindOfQueryFlags = 0xF0;
 
 constexpr std::size_t maxSize = 32U << 20;
-/// The most columns of a query, and how many definitions are kept.
+/// The maximum of columns of a query, and of cached definitions.
 constexpr std::size_t maxColumns = 255;
 constexpr std::size_t maxTables = 16;
 
@@ -74,7 +74,7 @@ CSavedQueries::SRows CSavedQueries::GetRows(std::uint32_t id) const {
     return {first, std::ranges::upper_bound(first, m_rows.end(), id, {}, &SRow::id)};
 }
 
-/// Whether nothing but columns, one table and conditions makes the query.
+/// Whether the query consists only of columns, one table and conditions.
 bool CSavedQueries::IsPlainSelect(SRows rows) {
     const auto isPlain = [](const SRow& row) {
         switch (row.attribute) {
@@ -128,7 +128,7 @@ bool CSavedQueries::TakeOutput(const SRow& row, const CColumnScope& scope, SQuer
     return true;
 }
 
-/// False also when two columns would have one name: the database invents others then.
+/// False also when two columns would have the same name: the database then generates others.
 bool CSavedQueries::TakeOutputs(SRows rows, const CColumnScope& scope, SQueryPlan& plan) {
     for (const SRow& row : rows) {
         if (row.attribute == columnAttribute && !TakeOutput(row, scope, plan))

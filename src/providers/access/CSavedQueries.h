@@ -1,4 +1,4 @@
-// The saved queries of a database, from its table MSysQueries, and which of them can be run here: those that select
+// The saved queries of a database, from its table MSysQueries, and which of them are supported: those that select
 // columns of one table of the database, all or by name, with conditions that CQueryConditions understands.
 #pragma once
 
@@ -30,7 +30,7 @@ public:
     /// outlives the object.
     CSavedQueries(std::shared_ptr<const CDatabase> database, const CCatalogue& catalogue);
 
-    /// Nothing when the query asks for more than can be done here.
+    /// Nothing when the query is not supported.
     std::optional<SQueryPlan> MakePlan(const SDatabaseObject& query);
 
 private:
@@ -60,7 +60,7 @@ private:
 
     const CCatalogue& m_catalogue;
     std::deque<SRow> m_rows; ///< by query, attribute and order; growing it takes no second copy
-    /// The definitions that the last queries have asked for, by their pages: many queries are about few tables.
+    /// A cache of definitions by their pages: many queries use few tables.
     std::map<std::uint32_t, STableDefinition> m_tables;
 };
 

@@ -1,4 +1,4 @@
-// The rows of a table, streamed in the order in which they lie in the file.
+// The rows of a table, streamed in the order of the file.
 #pragma once
 
 #include "platform/ado/Provider.h"
@@ -15,8 +15,8 @@ public:
     CTableRows(std::shared_ptr<const CDatabase> database, STableDefinition table);
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
-    /// As the definition has it, which a database that was not closed properly may have wrong. Counting the rows
-    /// would mean to read the table twice; MoveNext gives all there are, whatever their number.
+    /// The count in the definition, which may be wrong if the database was not closed properly. Counting the rows
+    /// would require reading the table twice; MoveNext returns all rows, whatever their number.
     std::int64_t GetRowCount() const override { return m_table.rowCount; }
     bool MoveNext() override;
     SRowAddress GetPlace() const { return m_scan.GetPlace(); }
@@ -32,7 +32,7 @@ private:
     CTableScan m_scan;
     CFieldDecoder m_decoder;
     std::vector<std::u16string> m_names;
-    SFieldValue m_value; ///< the one that was asked for last
+    SFieldValue m_value; ///< the value that was requested last
 };
 
 } // namespace NSTQ::Providers

@@ -17,7 +17,7 @@ constexpr std::uint16_t namesChunk = 0x80;
 constexpr std::uint16_t columnChunk = 0x01;
 constexpr std::u16string_view resultType = u"ResultType";
 
-/// The names of all properties come first and are told by their numbers afterwards.
+/// The names of all properties come first and are then referred to by their numbers.
 std::size_t FindName(CBytes chunk, std::u16string_view name) {
     CByteReader reader(chunk);
     Platform::CBstr text;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t nextPageAt = 4;
 constexpr std::size_t pageHeader = 8;
-/// Far more than 255 columns and 32 indexes with the longest names take.
+/// Far more than 255 columns and 32 indexes with the longest names need.
 constexpr std::size_t maxDefinition = 1U << 20;
 constexpr unsigned char fixedFlag = 0x01;
 constexpr unsigned char calculatedFlags = 0xC0;
@@ -95,7 +95,7 @@ private:
 
     const CDatabase& m_database;
     std::uint32_t m_page;
-    std::vector<unsigned char> m_bytes; ///< all pages, without the headers of those behind the first
+    std::vector<unsigned char> m_bytes; ///< all pages, without the headers of the second and later ones
     std::size_t m_nameAt = 0;
     Platform::CBstr m_name;
 };

@@ -1,4 +1,4 @@
-// The definition of a table: its columns, how many rows it has and where they lie.
+// The definition of a table: its columns, the number of its rows and its pages.
 #pragma once
 
 #include "providers/access/CDatabase.h"
@@ -23,17 +23,17 @@ enum class EColumnType : unsigned char {
     Memo,
     Guid = 0x0F,
     Numeric,
-    Complex = 0x12, ///< attachments and fields of several values, which lie in tables of their own
+    Complex = 0x12, ///< attachments and multivalued fields, which are in separate tables
     BigInt,
     ExtendedDateTime
 };
 
-/// What a column's values are compared as.
+/// How the values of a column are compared.
 enum class EValueClass : unsigned char { None, Number, Text, Date };
 
 struct STypeFacts {
     EValueClass valueClass;
-    std::uint8_t size; ///< bytes of a value; 0 where the column tells
+    std::uint8_t size; ///< bytes of a value; 0 if the column has it
 };
 
 constexpr STypeFacts FactsOf(EColumnType type) {
@@ -77,8 +77,8 @@ struct SColumn {
     bool isCalculated;
     std::uint16_t variableIndex; ///< among the offsets of a row
     std::uint16_t fixedOffset;
-    std::uint16_t position; ///< where it is shown; columns that were never moved may all have 0
-    std::uint16_t length;   ///< bytes, as far as the type does not tell
+    std::uint16_t position; ///< the display position; columns that were never moved may all have 0
+    std::uint16_t length;   ///< bytes, if the type does not determine them
     std::uint8_t scale;
 
     bool IsLongValue() const { return type == EColumnType::Ole || type == EColumnType::Memo; }
@@ -91,14 +91,14 @@ struct SColumn {
 
 struct STableDefinition {
     std::uint32_t page;     ///< the first of the definition, by which data pages name their table
-    std::uint32_t rowCount; ///< as the definition has it
-    std::size_t maxColumns; ///< what a row has at most
+    std::uint32_t rowCount; ///< in the definition
+    std::size_t maxColumns; ///< the maximum of a row
     SRowAddress usedPages;
-    std::vector<SColumn> columns; ///< in the order in which they are shown
+    std::vector<SColumn> columns; ///< in display order
 };
 
-/// Reads the definition that begins at `page`. Throws CSourceError when there is none, or one that goes round in
-/// circles or does not hold what it claims.
+/// Reads the definition that begins at `page`. Throws CSourceError when there is none, or it is cyclic or
+/// shorter than stated.
 STableDefinition ReadTableDefinition(const CDatabase& database, std::uint32_t page);
 
 } // namespace NSTQ::Providers

@@ -46,7 +46,7 @@ public:
     void Skip(std::size_t count) { TakeBytes(count); }
 
     std::size_t Left() const { return m_bytes.size(); }
-    /// False when more was taken than there is.
+    /// False when more was read than there is.
     bool IsGood() const { return m_isGood; }
 
 private:

@@ -58,7 +58,7 @@ std::size_t CXmlInput::TakeRaw(std::span<unsigned char> target) {
     return count;
 }
 
-/// Adds bytes behind those that are left. False at the end.
+/// Appends bytes to those that remain. False at the end.
 bool CXmlInput::FillRaw() {
     m_raw.erase(m_raw.begin(), m_raw.begin() + static_cast<std::ptrdiff_t>(m_rawBegin));
     m_rawBegin = 0;

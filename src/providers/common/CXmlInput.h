@@ -1,5 +1,5 @@
-// The bytes of an XML document as UTF-8: UTF-8 passes as it is (without its mark), UTF-16 of either order is
-// converted on the way. Told by the mark or, without one, by how '<' begins the document.
+// The bytes of an XML document as UTF-8: UTF-8 is returned unchanged (without BOM), UTF-16 of either byte
+// order is converted. Detected by the BOM or, without one, by the bytes of the first '<'.
 #pragma once
 
 #include "providers/common/ByteSources.h"

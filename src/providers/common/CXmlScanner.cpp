@@ -12,7 +12,7 @@ namespace NSTQ::Providers {
 
 namespace {
 
-/// What ends a run of characters; the NUL behind the buffer ends all of them.
+/// The characters that end a run; the NUL after the buffer ends all of them.
 class CStops {
 public:
     constexpr explicit CStops(std::string_view stops) {
@@ -96,7 +96,7 @@ EXmlEvent CXmlScanner::EndDocument() {
     return m_event = EXmlEvent::EndOfDocument;
 }
 
-/// Reads bytes behind those of the token. False at the end.
+/// Reads bytes after those of the token. False at the end.
 bool CXmlScanner::TryReadMore() {
     if (m_isInputEnd)
         return false;
@@ -104,7 +104,7 @@ bool CXmlScanner::TryReadMore() {
     char* end = m_buffer.data() + (m_end - m_buffer.data());
     const char* const limit = m_buffer.data() + m_buffer.size() - 1;
     const char* const before = end;
-    // A full buffer at each step keeps what is looked at twice a small part of the whole.
+    // With a full buffer at each step only a small part of the document is examined twice.
     while (limit - end >= 16 && !m_isInputEnd) {
         const std::size_t count =
             m_input.Read({reinterpret_cast<unsigned char*>(end), static_cast<std::size_t>(limit - end)});
@@ -116,7 +116,7 @@ bool CXmlScanner::TryReadMore() {
     return end != before;
 }
 
-/// Moves the token to the beginning of the buffer, of which it takes half at most then.
+/// Moves the token to the beginning of the buffer, of which it then takes at most half.
 void CXmlScanner::MakeRoom() {
     const auto kept = static_cast<std::size_t>(m_end - m_at);
     if (kept > maxTokenSize)
@@ -140,7 +140,7 @@ bool CXmlScanner::HasBytes(std::size_t count) {
     return true;
 }
 
-/// For a place where a NUL stands: it is the one behind the buffer, or one that no document may hold.
+/// For a NUL: it is the one after the buffer, or one that no document may contain.
 bool CXmlScanner::IsAtBufferEnd(const char* at) const {
     if (at != m_end)
         Fail("unexpected character " + std::to_string(static_cast<unsigned char>(*at)) + " in a tag");
@@ -308,7 +308,7 @@ bool CXmlScanner::TryScanStartTag() {
     return true;
 }
 
-/// `at` is at the beginning of a name and goes behind the value. False when the buffer ends before.
+/// `at` is at the beginning of a name and is moved after the value. False when the buffer ends before.
 bool CXmlScanner::TryScanAttribute(const char*& at) {
     const char* nameEnd = nameStops.Find(at);
     const std::string_view name(at, nameEnd);
@@ -410,7 +410,7 @@ void CXmlScanner::AppendText(std::string& target) const {
         AppendDecoded(m_text, false, target);
 }
 
-/// Also makes line ends what XML says: LF in a text, a blank in an attribute.
+/// Also normalises line ends as XML requires: LF in a text, a space in an attribute.
 void CXmlScanner::AppendDecoded(std::string_view raw, bool isAttribute, std::string& target) const {
     const std::string_view stops = isAttribute ? "&\r\n\t" : "&\r";
     while (!raw.empty()) {
@@ -429,7 +429,7 @@ void CXmlScanner::AppendDecoded(std::string_view raw, bool isAttribute, std::str
     }
 }
 
-/// Appends what the reference at the beginning of `raw` stands for and returns its length.
+/// Appends the character of the reference at the beginning of `raw` and returns the length of the reference.
 std::size_t CXmlScanner::AppendReference(std::string_view raw, std::string& target) const {
     const std::size_t end = raw.substr(0, longestReference).find(';');
     if (end == std::string_view::npos)

@@ -1,13 +1,13 @@
 // A pull scanner for XML documents: steps from one tag or text to the next in a buffer that the document passes
 // through. Nothing is built and, once the buffer is large enough, nothing is allocated.
 //
-// Names are compared by their local part; what a prefix stands for is only looked at where it matters
-// (GetRelationshipId). Every DOCTYPE is refused, so that there are no entities but the five of XML and character
-// references. Bounds, each an error: depth, attributes of a tag, bytes of one tag or text, in pieces or not, bytes of
+// Names are compared by their local part; the namespace of a prefix is only examined where it matters
+// (GetRelationshipId). Every DOCTYPE is rejected, so that there are only the five entities of XML and character
+// references. Limits, each an error: depth, attributes of a tag, bytes of one tag or text, in pieces or not, bytes of
 // a name.
 // Every operation that reads on throws CSourceError for a document that is not well-formed.
 //
-// Views handed out point into the buffer and stay valid until the next call of Next.
+// Returned views point into the buffer and are valid until the next call of Next.
 #pragma once
 
 #include "providers/common/CXmlInput.h"
@@ -24,7 +24,7 @@ enum class EXmlEvent { Start, End, Text, EndOfDocument };
 
 struct SXmlAttribute {
     std::string_view name;  ///< with its prefix
-    std::string_view value; ///< as it stands, references not decoded
+    std::string_view value; ///< references not decoded
 };
 
 class CXmlScanner {
@@ -38,14 +38,14 @@ public:
     CXmlScanner(std::unique_ptr<IByteStream> stream, std::string part);
 
     /// Steps on. An element without content gives Start and End. Blank text counts as text inside the root element;
-    /// comments and processing instructions are passed over (they may part a text in two).
+    /// comments and processing instructions are skipped (they may split a text).
     EXmlEvent Next();
     EXmlEvent GetEvent() const { return m_event; }
     /// At Start or End: the name without its prefix.
     std::string_view GetName() const { return m_name; }
     /// Open elements, the one counted whose Start or End it is.
     std::size_t GetDepth() const { return m_depth + (m_event == EXmlEvent::End ? 1 : 0); }
-    /// Elements that are open behind the last event.
+    /// Elements that are open after the last event.
     std::size_t GetOpenCount() const { return m_depth; }
     bool IsStart(std::size_t depth, std::string_view name) const {
         return m_event == EXmlEvent::Start && m_depth == depth && m_name == name;
@@ -68,14 +68,14 @@ public:
 
     /// At Start: goes to the End of the same element.
     void SkipElement();
-    /// At Start: appends the element's whole text and goes to its End. Child elements are passed over. `target` may
-    /// become as long as a text may be.
+    /// At Start: appends the element's whole text and goes to its End. Child elements are skipped. `target` may
+    /// become as long as the limit of a text.
     void ReadElementText(std::string& target);
 
-    /// What has been read already behind the last event, with a NUL behind it: for callers who know what is likely to
-    /// come and take it at once. Empty when the next event is already known.
+    /// The bytes that have already been read after the last event, followed by a NUL: for callers who expect a
+    /// certain form and parse it themselves. Empty when the next event is already known.
     std::string_view GetAhead() const { return {m_at, m_isEndPending ? 0 : static_cast<std::size_t>(m_end - m_at)}; }
-    /// Passes over the first bytes of GetAhead, which must be whole elements. Views into them stay valid until the
+    /// Skips the first bytes of GetAhead, which must be whole elements. Views into them stay valid until the
     /// next call of Next.
     void TakeAhead(std::size_t count) { m_at += count; }
 
@@ -113,8 +113,8 @@ private:
 
     CXmlInput m_input;
     std::string m_part;
-    std::vector<char> m_buffer; ///< one byte longer than its content: a NUL stands behind it
-    const char* m_at = nullptr; ///< where the token begins that is being looked at; what lies before may go
+    std::vector<char> m_buffer; ///< one byte longer than its content: a NUL follows it
+    const char* m_at = nullptr; ///< the beginning of the current token; the bytes before it may be discarded
     const char* m_end = nullptr;
     bool m_isInputEnd = false;
 

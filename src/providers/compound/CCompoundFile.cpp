@@ -23,8 +23,8 @@ std::uint64_t DivideUp(std::uint64_t value, std::uint64_t divisor) {
     return value / divisor + (value % divisor != 0 ? 1 : 0);
 }
 
-/// Sectors of `size` bytes, the first of which lies at `origin`, as extents of `input`. Without `total` the stream is
-/// as long as its sectors, less what the file's last one may lack.
+/// Sectors of `size` bytes, the first of which is at `origin`, as extents of `input`. Without `total` the stream is
+/// as long as its sectors, minus the missing part of the last one.
 std::shared_ptr<IRandomAccess> OpenRuns(std::shared_ptr<IRandomAccess> input, const std::vector<SSectorRun>& runs,
                                         std::uint64_t origin, std::uint64_t size,
                                         std::optional<std::uint64_t> total) {
@@ -126,7 +126,7 @@ void CCompoundFile::ReadTable(const SHeader& header) {
     m_table->SetEntries(OpenRuns(m_input, runs, m_sectorSize, m_sectorSize, std::nullopt));
 }
 
-/// A sector of which the end is missing is filled up with marks that stand for nothing.
+/// An incomplete sector is filled up with entries for free sectors.
 std::vector<unsigned char> CCompoundFile::ReadSector(std::uint32_t sector) const {
     const std::uint64_t offset = (std::uint64_t{sector} + 1) * m_sectorSize;
     std::vector<unsigned char> bytes(m_sectorSize, 0xFF);
@@ -149,12 +149,12 @@ void CCompoundFile::ReadDirectory(std::uint32_t start) {
         throw CSourceError("the directory has no root");
 }
 
-/// With small sectors, the upper half of a size may hold anything.
+/// With small sectors the upper half of a size is undefined.
 CCompoundFile::SEntry CCompoundFile::ReadEntry(std::span<const unsigned char> bytes, bool isShortSize) {
     constexpr std::size_t nameRoom = 64;
     CByteReader reader(bytes);
     const auto name = reader.TakeBytes(nameRoom);
-    // In bytes, with the NUL behind the name.
+    // In bytes, including the NUL after the name.
     const std::size_t nameSize = std::clamp<std::size_t>(reader.Take<std::uint16_t>(), 2, nameRoom);
     SEntry entry = {};
     for (std::size_t i = 0; i + 2 < nameSize; i += 2)
@@ -185,7 +185,7 @@ const CCompoundFile::SEntry* CCompoundFile::FindStream(std::u16string_view path)
     return entry;
 }
 
-/// Looks at all children of a storage: they form a tree, but writers differ in the order that they give it.
+/// Examines all children of a storage: they form a tree, but writers differ in the order that they give it.
 const CCompoundFile::SEntry* CCompoundFile::FindChild(const SEntry& storage, std::u16string_view name) const {
     std::vector<std::uint32_t> waiting = {storage.child};
     std::size_t seen = 0;

@@ -1,9 +1,9 @@
 // A compound file: storages and streams in one file, as folders and files on a disk. xls workbooks and encrypted
 // packages are such files.
 //
-// The file is not held in memory, only its directory and, for each stream opened, where its pieces lie. What the file
-// claims is checked against its real size; a damaged one ends with a CSourceError after work and memory that do not
-// exceed what a sound file of that size takes.
+// The file is not held in memory, only its directory and, for each open stream, the positions of its pieces. What the
+// file states is checked against its real size; a damaged one ends with a CSourceError, with no more time and memory
+// than an intact file of that size needs.
 //
 // Streams are named by the path from the root storage with '/' between the names, in any case of ASCII letters. For
 // one thread at a time, the streams included.
@@ -26,7 +26,7 @@ class CCompoundFile {
 public:
     static constexpr std::size_t maxEntries = 1U << 16;
 
-    /// Whether the file begins as a compound file does.
+    /// Whether the file begins like a compound file.
     static bool IsCompoundFile(IRandomAccess& input);
 
     /// Reads the directory. Throws CSourceError.
@@ -37,7 +37,7 @@ public:
     /// The stream's bytes, which may be read after this object is gone. Throws CSourceError when there is no such
     /// stream or it is damaged.
     std::shared_ptr<IRandomAccess> OpenStream(std::u16string_view path);
-    /// The same for a stream that tells its size itself: it may hold less than the directory says.
+    /// The same for a stream that contains its own size: it may be shorter than the directory states.
     std::shared_ptr<IRandomAccess> OpenSelfSized(std::u16string_view path);
 
 private:

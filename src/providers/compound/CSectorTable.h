@@ -1,7 +1,7 @@
 // An allocation table of a compound file: for each sector the one that follows it in its stream's chain. The same for
 // the large sectors of the file and the small ones of its mini stream.
 //
-// Every sector belongs to one chain only. The table keeps note of those that chains have taken, so that cyclic and
+// Every sector belongs to one chain only. The table remembers the sectors of all chains, so that cyclic and
 // crossing chains end with an error after at most as many steps as there are sectors, however many chains are
 // followed. Of the table itself only a few blocks are in memory.
 #pragma once
@@ -25,7 +25,7 @@ struct SSectorRun {
 
 class CSectorTable {
 public:
-    /// Numbers from here on are no sectors.
+    /// Numbers from here on are not sectors.
     static constexpr std::uint32_t firstMark = 0xFFFFFFFA;
     static constexpr std::uint32_t endOfChain = 0xFFFFFFFE;
 
@@ -36,9 +36,9 @@ public:
     /// The table's own bytes; to be set before the first chain is followed.
     void SetEntries(std::shared_ptr<IRandomAccess> entries) { m_entries = std::move(entries); }
 
-    /// Notes that `what` takes the sector. Throws CSourceError when there is no such sector or it is taken already.
+    /// Marks the sector as used by `what`. Throws CSourceError when it does not exist or is already used.
     void Take(std::uint32_t sector, const std::string& what);
-    /// Takes the chain of `what` from `sector` on: `count` sectors, whatever comes behind them, or all to its end.
+    /// Takes the chain of `what` from `sector` on: `count` sectors, whatever follows them, or all to its end.
     /// Throws CSourceError, also for a chain that ends before `count` unless it `mayEndEarly`.
     std::vector<SSectorRun> TakeChain(std::uint32_t sector, std::optional<std::uint64_t> count,
                                       const std::string& what, bool mayEndEarly = false);
@@ -58,7 +58,7 @@ private:
     std::array<SBlock, blockCount> m_blocks; ///< each at its index modulo their number
 };
 
-/// Adds a sector behind the others.
+/// Appends a sector.
 void AppendSector(std::vector<SSectorRun>& runs, std::uint32_t sector);
 
 } // namespace NSTQ::Providers

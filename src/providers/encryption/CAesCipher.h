@@ -17,7 +17,7 @@ public:
     /// A key of 16, 24 or 32 bytes; throws CSourceError for any other.
     CAesCipher(std::span<const unsigned char> key, EChaining chaining);
 
-    /// `bytes` are whole blocks. `start` is the vector of 16 bytes that a chain begins with, not looked at without
+    /// `bytes` are whole blocks. `start` is the initialisation vector of 16 bytes, ignored without
     /// chaining.
     void Decrypt(std::span<const unsigned char> start, std::span<unsigned char> bytes);
 

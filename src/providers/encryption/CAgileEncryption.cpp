@@ -15,7 +15,7 @@ namespace {
 constexpr unsigned char padding = 0x36;
 constexpr std::string_view passWordLock = "http://schemas.microsoft.com/office/2006/keyEncryptor/password";
 
-/// What is hashed behind the password for each use of it, so that no two uses have the same key.
+/// Hashed after the password for each use of it, so that no two uses have the same key.
 using TPurpose = std::array<unsigned char, 8>;
 constexpr TPurpose verifierPurpose = {0xFE, 0xA7, 0xD2, 0x76, 0x3B, 0x4B, 0x9E, 0x79};
 constexpr TPurpose verifierHashPurpose = {0xD7, 0xAA, 0x0F, 0x6D, 0x30, 0x61, 0x34, 0x4E};
@@ -110,7 +110,7 @@ CAgileEncryption::CAgileEncryption(std::span<const unsigned char> descriptor) {
         xml.Fail("invalid encryptedKeyValue");
 }
 
-/// The first lock for a password counts; those for certificates are passed over.
+/// The first key encryptor for a password counts; those for certificates are skipped.
 void CAgileEncryption::ReadLocks(CXmlScanner& xml) {
     bool isPassWord = false;
     while (!(xml.Next() == EXmlEvent::End && xml.GetDepth() == 2)) {
@@ -157,7 +157,7 @@ void CAgileEncryption::Unlock(const CPassWord& passWord) {
     const auto unlock = [&](const TBytes& bytes, const TPurpose& purpose) {
         return Unlocked(bytes, hash, spun, purpose, m_lock.keySize, start);
     };
-    // As long as the salt; what is behind it fills the last block.
+    // As long as the salt; the rest of the last block is padding.
     const TBytes verifier = unlock(m_lock.verifier, verifierPurpose);
     const CSecretBytes digest = hash.Of({std::span(verifier).first(m_lock.salt.size())});
     const TBytes wanted = unlock(m_lock.verifierHash, verifierHashPurpose);

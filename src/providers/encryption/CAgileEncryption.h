@@ -1,11 +1,12 @@
-// The "agile" encryption of newer programs: an XML descriptor says with which ciphers and digests the file's key is
-// locked up under the password, and the key opens blocks of data that each have a start vector of their own.
+// The "agile" encryption of newer programs: an XML descriptor states the ciphers and digests with which the key of
+// the file is encrypted by the password; the key decrypts blocks that each have an initialisation vector of their
+// own.
 //
 //     CAgileEncryption encryption(descriptor);
 //     encryption.Unlock(passWord);
 //     encryption.DecryptBlock(number, bytes);
 //
-// That the data as a whole are unchanged is not checked: it would mean to read all of a file before its first row.
+// The HMAC of the data is not checked: that would require reading the whole file before its first row.
 #pragma once
 
 #include "providers/encryption/CAesCipher.h"

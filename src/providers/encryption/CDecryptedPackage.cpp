@@ -42,7 +42,7 @@ void CDecryptedPackage::ReadAt(std::uint64_t offset, std::span<unsigned char> ta
     }
 }
 
-/// The window kept longest without use makes room for another one.
+/// The least recently used window is replaced.
 const std::vector<unsigned char>& CDecryptedPackage::Window(std::uint64_t index) {
     auto window = std::ranges::find(m_windows, index, &SWindow::index);
     if (window == m_windows.end()) {

@@ -22,7 +22,7 @@ public:
 private:
     static constexpr std::uint64_t segmentSize = 4096;
     static constexpr std::uint64_t windowSize = 16 * segmentSize;
-    /// As many as there are places of the package read in turns: the directory, some parts.
+    /// As many as there are positions that are read alternately: the directory, some parts.
     static constexpr std::size_t windowCount = 4;
     static constexpr std::uint64_t noWindow = ~std::uint64_t{0};
 

@@ -19,12 +19,12 @@ public:
     explicit CHash(EHash hash);
 
     std::size_t Size() const { return m_size; }
-    /// The digest of the parts, one behind another.
+    /// The digest of the concatenated parts.
     CSecretBytes Of(std::initializer_list<TBytes> parts);
     /// The same into `target`, which has Size() bytes and may be one of the parts.
     void Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts);
 
-    /// The digest of salt and password, hashed `spinCount` times more behind the number of the round: what makes
+    /// The digest of salt and password, hashed `spinCount` more times after the number of the round, which makes
     /// guessing passwords slow. CSpunDigests keeps it for the next time.
     CSecretBytes Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount);
 
@@ -35,7 +35,7 @@ private:
     std::size_t m_size;
 };
 
-/// A number as these schemes hash it: four bytes, the lowest first.
+/// A number as these schemes hash it: four bytes, little-endian.
 inline std::array<unsigned char, 4> LittleEndian32(std::uint32_t value) {
     const auto byte = [value](unsigned shift) { return static_cast<unsigned char>(value >> shift); };
     return {byte(0), byte(8), byte(16), byte(24)};

@@ -15,7 +15,7 @@ bool StartsWithWord(std::string_view text, std::string_view word) {
 
 } // namespace
 
-/// What has been seen of one section so far.
+/// The content of a section so far.
 struct CFormatCode::SSigns {
     SSection section;
     bool hasDay = false;
@@ -53,7 +53,7 @@ void CFormatCode::SSigns::NoteLetter(std::string_view code) {
         hasTime = true;
         break;
     case 'e':
-        // The exponent of a number has its sign or digits behind it; a year of an era has not.
+        // The exponent of a number is followed by its sign or digits; a year of an era is not.
         if (code.size() < 2 || std::string_view("+-0#?").find(code[1]) == std::string_view::npos)
             hasDay = true;
         break;
@@ -76,7 +76,7 @@ void CFormatCode::SSigns::NoteLetter(std::string_view code) {
     }
 }
 
-/// The length of what stands in brackets at the beginning of `code`.
+/// The length of the bracketed part at the beginning of `code`.
 std::size_t CFormatCode::ReadBracket(std::string_view code, SSigns& signs) {
     const std::size_t end = std::min(code.find(']'), code.size() - 1);
     const std::string_view content = code.substr(1, end - 1);
@@ -90,7 +90,7 @@ std::size_t CFormatCode::ReadBracket(std::string_view code, SSigns& signs) {
     return end + 1;
 }
 
-/// Leaves the section as it is when the text is no condition but a colour or a language.
+/// Does not change the section when the text is not a condition but a colour or a language.
 void CFormatCode::ReadCondition(std::string_view condition, SSection& section) {
     constexpr struct {
         std::string_view sign;

@@ -1,11 +1,11 @@
-// The code of a number format, such as "yyyy-mm-dd" or "[=0]0;[h]:mm", and what it makes of a number.
+// The code of a number format, such as "yyyy-mm-dd" or "[=0]0;[h]:mm", and how it displays a number.
 //
-// Sections stand between ';'. One that has a '@' and shows no number is for texts and does not count here. Of the
-// first three others each is for some numbers: those of its condition, which is written as "[<=100]"; without one the
-// first is for those above zero (from zero on when there are two, all when it is alone), the second of three for
-// those below zero (above it when the first is for lesser ones), and the last for what is left. A section that shows
-// neither a number nor a date hides its numbers; they still come out, as the first section that shows anything has
-// them.
+// Sections are separated by ';'. One that has a '@' and displays no number is for texts and is ignored here. Each of
+// the first three others applies to some numbers: those of its condition, such as "[<=100]"; without a condition the
+// first applies to numbers above zero (from zero on if there are two, to all if it is the only one), the second of
+// three to those below zero (above zero if the first has a condition for smaller ones), and the last to the rest. A
+// section that displays neither a number nor a date hides its numbers; they are written nevertheless, by the first
+// section that displays anything.
 #pragma once
 
 #include <array>
@@ -18,17 +18,17 @@ namespace NSTQ::Providers {
 enum class EDateKind : unsigned char {
     None,
     Date,    ///< with or without a time
-    Time,    ///< the time of a day alone
-    Elapsed, ///< hours, minutes or seconds that go on past a day
+    Time,    ///< only a time of day
+    Elapsed, ///< hours, minutes or seconds that exceed a day
 };
 
 class CFormatCode {
 public:
     explicit CFormatCode(std::string_view code);
 
-    /// None also for a number that no section is for.
+    /// None also for a number without a section.
     EDateKind KindOf(double number) const;
-    /// What KindOf gives for every number; nothing when it differs between numbers.
+    /// The result of KindOf for every number; nothing when it differs between numbers.
     std::optional<EDateKind> CommonKind() const;
 
 private:

@@ -79,7 +79,7 @@ void CSheetRows::KeepCell() {
     column.textBegin = m_rowText.size();
     column.textSize = m_pending.text.size();
     m_rowText.append(m_pending.text);
-    // Shared texts lie anywhere in memory: those of a row are fetched side by side, before the first one is wanted.
+    // Shared strings are anywhere in memory: those of a row are prefetched together, before the first one is used.
     if (column.kind == ECellKind::Shared && column.index < m_book->GetSharedTextCount())
         __builtin_prefetch(m_book->GetSharedText(column.index).data());
 }
@@ -117,7 +117,7 @@ void CSheetRows::Convert(const SColumn& column) {
         SetWide(text);
         break;
     case ECellKind::Text:
-        // Escapes take more room than what they stand for.
+        // Escapes are longer than the characters that they represent.
         SetEscaped(MayHaveEscapes(text) ? text : CutForField(text));
         break;
     case ECellKind::Error:
@@ -136,7 +136,7 @@ void CSheetRows::ConvertBoolean(std::string_view text) {
     m_value.boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
-/// A date in words is one whatever its format says, and a duration is a span.
+/// An ISO date is a date whatever its number format, and a duration is a span.
 void CSheetRows::ConvertIsoDate(std::string_view text, std::uint32_t style) {
     if (const std::optional<double> date = SCCellValue::ParseIsoDate(text)) {
         SetDate(*date);
@@ -182,7 +182,7 @@ void CSheetRows::SetNumber(double number, std::uint32_t style) {
     m_value.dblVal = number;
 }
 
-/// A text that fills a column is converted once and not in each row.
+/// A text that is repeated in a column is converted once and not in each row.
 void CSheetRows::SetShared(std::size_t index) {
     if (index >= m_book->GetSharedTextCount())
         FailWithShared(std::to_string(index));
@@ -199,7 +199,7 @@ void CSheetRows::SetDate(double date) {
     m_value.date = date;
 }
 
-/// False when it is too long for one.
+/// False when it is too long for a span.
 bool CSheetRows::SetSpan(double days) {
     const std::optional<std::string> text = SCCellValue::SpanText(days);
     if (text)

@@ -2,10 +2,10 @@
 //
 // Types: numbers VT_R8, dates and times of a day VT_DATE, booleans VT_BOOL, texts, error values (by their text) and
 // spans of time VT_BSTR; a cell without a value is VT_NULL. A span is a number in a format that shows elapsed hours,
-// minutes or seconds, or a duration in words. It has no type of its own, since a VT_DATE would lead to a day, and is
-// written as hours that go on counting, whatever its format shows: "255:10:10", "-0:30:00". Each cell keeps its own
-// type; none is guessed from other rows. A number that is none and a date outside the years 100 to 9999 come as they
-// stand in the file, as text or number.
+// minutes or seconds, or an ISO duration. It has no type of its own, since VT_DATE would add a day, and is written
+// as hours that may exceed 24, whatever its format: "255:10:10", "-0:30:00". Each cell keeps its own
+// type; none is guessed from other rows. An invalid number is returned as its text, a date outside the years 100 to
+// 9999 as its number.
 #pragma once
 
 #include "platform/ado/Provider.h"
@@ -17,8 +17,8 @@ namespace NSTQ::Providers {
 
 class CSheetRows : public Platform::IRowSource {
 public:
-    /// `cells` come row by row; those outside `range` are passed over. With `hasHeader` the first row of the range
-    /// gives the names of the columns: "F" and their number for blank ones, a number behind repeated ones. Throws
+    /// `cells` come row by row; those outside `range` are skipped. With `hasHeader` the first row of the range
+    /// gives the names of the columns: "F" and their number for blank ones, a number after repeated ones. Throws
     /// CSourceError; the operations below throw _com_error.
     CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells, const SCellRange& range,
                bool hasHeader);
@@ -30,12 +30,12 @@ public:
     const Platform::VARIANT& GetValue(std::size_t column) override;
 
 private:
-    /// Bytes of all values of one row: far more than fits any reader's line.
+    /// The maximum of bytes of all values of a row: far more than any line buffer.
     static constexpr std::size_t maxRowText = 1U << 22;
 
-    /// A column's cell in the current row, as it came.
+    /// The cell of a column in the current row, not converted.
     struct SColumn {
-        std::uint32_t row = 0; ///< the row that the rest is about
+        std::uint32_t row = 0; ///< the row of the other members
         ECellKind kind = ECellKind::Number;
         std::uint32_t style = 0;
         std::uint32_t index = 0;
@@ -69,16 +69,16 @@ private:
     SCellRange m_range;
     std::uint32_t m_row;
     std::int64_t m_rowCount;
-    SCell m_pending = {}; ///< the first cell behind the current row
+    SCell m_pending = {}; ///< the first cell after the current row
     bool m_hasPending;
     bool m_hasCells = false; ///< whether there may be any in the current row
     std::vector<SColumn> m_columns;
     std::string m_rowText;
     std::vector<std::u16string> m_names;
     Platform::VARIANT m_null = {};
-    Platform::VARIANT m_value = {};    ///< of the cell that was asked for last
-    Platform::CBstr m_text;            ///< what it may point to, memory used again and again
-    std::size_t m_sharedText = noText; ///< the index of the shared text that m_text holds
+    Platform::VARIANT m_value = {};    ///< of the cell that was requested last
+    Platform::CBstr m_text;            ///< the text that it may point to, with reused memory
+    std::size_t m_sharedText = noText; ///< the index of the shared string in m_text
 };
 
 } // namespace NSTQ::Providers

@@ -18,7 +18,7 @@ CSortedCells::CSortedCells(ICellSource& cells) {
     SCell cell = {};
     while (cells.Next(cell))
         Keep(cell);
-    // Where runs of one row began tells their order, so that the last of repeated cells remains the last.
+    // Runs of the same row are ordered by their start, so that the last of repeated cells remains the last.
     std::sort(m_runs.begin(), m_runs.end(), [](const SRun& left, const SRun& right) {
         return std::tie(left.row, left.begin) < std::tie(right.row, right.begin);
     });

@@ -1,6 +1,6 @@
 // The cells of a sheet whose rows are out of order, put in order. Such a sheet cannot be streamed and is held in
 // memory, packed: a number or shared text takes 16 bytes, another text four more and its own, and each run of cells
-// of one row 12. Two million cells fit, such as 65536 full rows of 31 columns; beyond that the sheet is refused.
+// of one row 12. Two million cells fit, such as 65536 full rows of 31 columns; beyond that the sheet is rejected.
 #pragma once
 
 #include "providers/workbook/ICellSource.h"
@@ -12,13 +12,13 @@ namespace NSTQ::Providers {
 
 class CSortedCells : public ICellSource {
 public:
-    /// The most bytes that are held.
+    /// The maximum of bytes in memory.
     static constexpr std::size_t maxSize = 1U << 25;
 
     /// Takes all cells of `cells`. Throws CSourceError, with DB_E_DATAOVERFLOW when they take more than `maxSize`.
     explicit CSortedCells(ICellSource& cells);
 
-    /// As the interface says. Cells of one place keep the order in which they came.
+    /// As the interface says. Cells of the same position keep their order.
     bool Next(SCell& cell) override;
 
 private:
@@ -32,7 +32,7 @@ private:
         std::uint16_t column;
         ECellKind kind;
     };
-    /// Cells of one row that came one after another.
+    /// Consecutive cells of one row.
     struct SRun {
         std::uint32_t row;
         std::uint32_t begin;
@@ -43,7 +43,7 @@ private:
     void Keep(const SCell& cell);
     const char* KeepText(std::string_view text);
 
-    // None of these moves what it holds when it grows, which would take the memory twice for a while.
+    // None of these moves its elements when it grows, which would temporarily need twice the memory.
     std::deque<SKeptCell> m_cells;
     std::deque<SRun> m_runs;
     std::pmr::monotonic_buffer_resource m_texts;

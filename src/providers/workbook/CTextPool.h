@@ -1,5 +1,4 @@
-// Texts kept in a few large blocks: what cells share. They are the one thing held in memory that grows with the
-// workbook.
+// The shared strings, in a few large blocks. Only these grow in memory with the workbook.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +13,8 @@ namespace NSTQ::Providers {
 class CTextPool {
 public:
     CTextPool() = default;
-    /// `packedSize` is what the texts take in the file, in bytes. They may take 16 times as much here and 56 MiB
-    /// more, with 16 bytes for each text.
+    /// `packedSize` is the compressed size of the texts in the file, in bytes. They may take 16 times as much in
+    /// memory plus 56 MiB, with 16 bytes for each text.
     explicit CTextPool(std::uint64_t packedSize) : m_budget(freeBytes + bytesPerPackedByte * packedSize) {}
 
     std::size_t GetCount() const { return m_texts.size(); }
@@ -35,7 +34,7 @@ private:
     std::vector<std::unique_ptr<char[]>> m_blocks;
     char* m_free = nullptr;
     std::size_t m_room = 0;
-    /// Not a vector, whose growing would hold millions of short texts twice for a while.
+    /// Not a vector, which temporarily needs twice the memory when it grows.
     std::deque<std::string_view> m_texts;
 };
 

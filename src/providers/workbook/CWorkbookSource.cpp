@@ -56,7 +56,7 @@ std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const 
     if (used.isEmpty)
         return std::make_unique<CNoRows>();
     if (range != nullptr) {
-        // A range keeps its corners but for what lies past the sheet's values.
+        // A range keeps its corners, except beyond the values of the sheet.
         used.range.first = range->first;
         used.range.last.row = std::min(used.range.last.row, range->last.row);
         if (range->last.column < maxColumn)

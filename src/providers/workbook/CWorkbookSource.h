@@ -15,7 +15,7 @@ public:
         : m_book(std::move(book)), m_hasHeader(hasHeader) {}
 
     std::vector<Platform::STableSchema> ListTables() override;
-    /// Goes through the sheet once to learn its used range and number of rows.
+    /// Reads the sheet once to determine its used range and number of rows.
     std::unique_ptr<Platform::IRowSource> OpenTable(std::u16string_view name) override;
 
 private:

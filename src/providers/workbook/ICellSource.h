@@ -5,14 +5,14 @@
 
 namespace NSTQ::Providers {
 
-/// What a cell holds, and which member of SCell says it: each kind of file hands its values on as it stores them, and
-/// they are converted only when they are asked for.
+/// The kind of value of a cell, and the member of SCell that has it: each file format passes its values on as stored,
+/// and they are converted only when they are requested.
 enum class ECellKind : unsigned char {
     Number,       ///< `number`
-    NumberDigits, ///< a number, in words
-    Shared,       ///< `index` is that of a shared text
-    SharedDigits, ///< the same, in words
-    Text,         ///< with escapes of units that XML cannot carry
+    NumberDigits, ///< a number, as text
+    Shared,       ///< `index` is that of a shared string
+    SharedDigits, ///< the same, as text
+    Text,         ///< with escapes for units that XML cannot contain
     WideText,     ///< `text` holds the bytes of UTF-16 units as they lie in memory
     Error,
     Boolean, ///< "1" or "0", "true" or "false"
@@ -31,18 +31,18 @@ struct SCell {
 class ICellSource {
 public:
     virtual ~ICellSource() = default;
-    /// The next cell; false behind the last. Its text stays valid until the next call. Throws CSourceError.
+    /// The next cell; false after the last. Its text stays valid until the next call. Throws CSourceError.
     virtual bool Next(SCell& cell) = 0;
 };
 
-/// Where the values of a sheet lie.
+/// The range of the values of a sheet.
 struct SUsedRange {
     bool isEmpty = true;
-    bool isOrdered = true; ///< no cell stands behind one of a later row
+    bool isOrdered = true; ///< no cell comes after one of a later row
     SCellRange range;
 };
 
-/// Goes through all cells. Nothing else tells the used range: what a sheet itself claims is often wrong.
+/// Reads all cells. There is no other way to determine the used range: what a sheet states is often wrong.
 SUsedRange MeasureSheet(ICellSource& cells);
 
 } // namespace NSTQ::Providers

@@ -1,4 +1,4 @@
-// An open workbook, whatever kind of file it is: what its data source and the rows read from it share.
+// An open workbook of any format, shared by its data source and its rows.
 #pragma once
 
 #include "providers/workbook/CNumberFormats.h"
@@ -23,19 +23,20 @@ class IWorkbook {
 public:
     virtual ~IWorkbook() = default;
 
-    /// Names the file in descriptions of errors.
+    /// The name of the file in descriptions of errors.
     virtual const std::string& GetPath() const = 0;
-    /// The worksheets in the order of the workbook, hidden or not; sheets of charts, dialogs and macros are not among
-    /// them.
+    /// The worksheets in the order of the workbook, hidden or not; chart, dialog and macro sheets are not
+    /// included.
     virtual const std::vector<std::u16string>& GetSheetNames() const = 0;
-    /// In the order of the workbook; hidden names and those of formulas, constants and several areas are left out.
+    /// In the order of the workbook; hidden names and those of formulas, constants and several areas are not
+    /// included.
     virtual const std::vector<SNamedRange>& GetNames() const = 0;
     virtual bool IsDate1904() const = 0;
 
-    /// Opens a sheet from its beginning, as often as it is asked to, and reads what the sheets share when that has
-    /// not been done yet; listing the sheets needs it not. Throws CSourceError.
+    /// Opens a sheet from its beginning, any number of times. The first call also reads the parts that the sheets
+    /// share, which are not needed to list the sheets. Throws CSourceError.
     virtual std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) = 0;
-    /// These are for a workbook of which a sheet has been opened. The style number of a cell may be any.
+    /// These require that a sheet has been opened. The style number of a cell may be any.
     virtual EDateKind GetDateKind(std::uint32_t style, double number) const = 0;
     virtual std::size_t GetSharedTextCount() const = 0;
     /// The text of an index below the count, in UTF-8; valid as long as the workbook.

@@ -10,7 +10,7 @@ struct SUnitRange {
     char16_t first;
     char16_t last;
 };
-/// What is no letter beyond ASCII. Quotes too many do no harm, so whole blocks of signs will do.
+/// Characters beyond ASCII that are not letters. Superfluous quotes are harmless, so whole blocks suffice.
 constexpr SUnitRange signRanges[] = {
     {0x0080, 0x00A9}, {0x00AB, 0x00B4}, {0x00B6, 0x00B9}, {0x00BB, 0x00BF}, {0x00D7, 0x00D7}, {0x00F7, 0x00F7},
     {0x2000, 0x206F}, {0x20A0, 0x20CF}, {0x2190, 0x2BFF}, {0x2E00, 0x2E7F}, {0x3000, 0x3004}, {0x3008, 0x3020},
@@ -53,7 +53,7 @@ std::u16string SCTableNames::NameOfRange(const IWorkbook& workbook, const SNamed
 std::map<std::u16string, std::size_t, std::less<>> SCTableNames::IndexSheets(const IWorkbook& workbook) {
     std::map<std::u16string, std::size_t, std::less<>> index;
     const auto& sheets = workbook.GetSheetNames();
-    // What is there already stays.
+    // Existing entries stay.
     for (std::size_t i = 0; i < sheets.size(); ++i)
         index.emplace(NameOfSheet(sheets[i]), i);
     for (std::size_t i = 0; i < sheets.size(); ++i)

@@ -12,7 +12,7 @@ constexpr std::uint16_t builtInFlag = 0x0020;
 constexpr std::size_t nameHeaderSize = 14;
 /// Formulas of plain ranges are shorter.
 constexpr std::size_t longestRange = 21;
-/// Relative references have marks in the upper bits of rows (before Excel 97) or columns.
+/// Relative references have flags in the upper bits of rows (before Excel 97) or columns.
 constexpr std::uint16_t gridBits = 0x3FFF;
 constexpr std::uint32_t lastRow5 = 0x3FFF;
 constexpr std::uint32_t lastRow8 = 0xFFFF;
@@ -58,7 +58,7 @@ void CNameTable::AddSupBook(CRecordReader& records) {
 }
 
 void CNameTable::AddExternSheet(CRecordReader& records, STextForm form) {
-    // Before Excel 97 the references themselves tell the sheets of their own workbook.
+    // Before Excel 97 references to their own workbook contain the sheets.
     if (form.version == EBiff::Biff5)
         return;
     CTextReader reader(records, form, 0);
@@ -84,7 +84,7 @@ void CNameTable::AddName(CRecordReader& records, STextForm form) {
     reader.TakeBytes(std::span(formula).first(formulaSize));
     if ((flags & builtInFlag) != 0)
         ReplaceBuiltIn(name.name);
-    // '$' and '\'' tell sheets from ranges in a listing; no name of a range may hold them.
+    // '$' and '\'' distinguish sheets from ranges in a listing; no name of a range may contain them.
     if (name.name.empty() || name.name.find_first_of(u"$'") != std::u16string::npos)
         return;
     if (ParseRange(std::span(formula).first(formulaSize), form.version, name))
@@ -115,7 +115,7 @@ bool CNameTable::ParseRange5(std::span<const unsigned char> formula, SName& name
         return false;
     const auto number = [&](std::size_t at) { return ReadU16(formula.data() + at); };
     const auto row = [&](std::size_t at) { return std::uint32_t{number(at)} & gridBits; };
-    // A negative number stands for this workbook.
+    // A negative number means this workbook.
     if (number(1) < 0x8000)
         return false;
     name.sheets = {0, number(11), number(13)};
@@ -134,7 +134,7 @@ std::size_t CNameTable::FindSheet(const SName& name, const std::vector<std::size
             return noSheet;
     }
     const bool isOne = sheets.firstTab == sheets.lastTab && sheets.firstTab < tabs.size();
-    // A name that belongs to one sheet and stands for a range of another cannot be told by the sheet in front of it.
+    // A name of one sheet that refers to a range of another cannot be identified by the sheet before it.
     if (!isOne || (name.owner != 0 && name.owner != sheets.firstTab + std::size_t{1}))
         return noSheet;
     return tabs[sheets.firstTab];

@@ -1,5 +1,5 @@
-// The defined names of a workbook, and what they refer to. Names and the sheets that they refer to stand in records
-// of their own and come together at the end.
+// The defined names of a workbook, and what they refer to. Names and the sheets that they refer to are in separate
+// records and are combined at the end.
 #pragma once
 
 #include "providers/workbook/IWorkbook.h"
@@ -13,7 +13,7 @@ class CNameTable {
 public:
     static constexpr std::size_t noSheet = static_cast<std::size_t>(-1);
 
-    /// Each takes the record of its name that `records` is at. Throws CSourceError when it is damaged.
+    /// Each reads the current record of `records`. Throws CSourceError when it is damaged.
     void AddSupBook(CRecordReader& records);
     void AddExternSheet(CRecordReader& records, STextForm form);
     void AddName(CRecordReader& records, STextForm form);
@@ -41,7 +41,7 @@ private:
     static bool ParseRange8(std::span<const unsigned char> formula, SName& name);
     std::size_t FindSheet(const SName& name, const std::vector<std::size_t>& tabs) const;
 
-    std::vector<bool> m_isOwnBook; ///< for each SUPBOOK whether it stands for this workbook
+    std::vector<bool> m_isOwnBook; ///< for each SUPBOOK whether it means this workbook
     std::vector<SSheetRun> m_externSheets;
     std::vector<SName> m_names;
 };

@@ -14,7 +14,7 @@ constexpr std::size_t placeSize = 6;    ///< row, column and style
 constexpr std::size_t oldPlaceSize = 7; ///< the same in the form of Excel 2.x
 constexpr std::size_t runCellSize = 6;
 
-/// A number cut to 30 bits: the upper ones of a double, or an integer, either of them perhaps in hundredths.
+/// An RK number of 30 bits: the upper bits of a double, or an integer, either optionally times 100.
 double NumberOfRk(std::uint32_t rk) {
     const double number = (rk & 2) != 0 ? static_cast<double>(static_cast<std::int32_t>(rk) >> 2)
                                         : std::bit_cast<double>(std::uint64_t{rk & ~std::uint32_t{3}} << 32);
@@ -74,7 +74,7 @@ bool CRecordCells::Next(SCell& cell) {
     return false;
 }
 
-/// False when the record holds no cell, or a run of cells.
+/// False when the record contains no cell, or several cells.
 bool CRecordCells::ReadRecord(SCell& cell) {
     switch (m_records.GetType()) {
     case ERecord::Number:
@@ -132,7 +132,7 @@ bool CRecordCells::ReadOldRecord(SCell& cell) {
     }
 }
 
-/// Gives the bytes behind the place, of which so many must be there.
+/// The bytes after the position, at least as many as stated.
 const unsigned char* CRecordCells::TakePlace(std::size_t valueSize, SCell& cell) const {
     const unsigned char* const body = m_records.Require(placeSize + valueSize);
     SetPosition(ReadU16(body) + 1U, ReadU16(body + 2), cell);
@@ -185,7 +185,7 @@ void CRecordCells::ReadLabel(std::size_t headerSize, std::size_t count, SCell& c
     SetWideText(cell);
 }
 
-/// An empty text may lack even the byte that tells how its characters are written.
+/// An empty text may even lack the byte with the form of its characters.
 void CRecordCells::ReadText(std::size_t headerSize, std::size_t count) {
     if (count > 0)
         CTextReader(m_records, m_form, headerSize).ReadText(count, m_text);
@@ -196,14 +196,14 @@ void CRecordCells::SetWideText(SCell& cell) const {
     cell.text = {reinterpret_cast<const char*>(m_text.data()), m_text.size() * sizeof(char16_t)};
 }
 
-/// A value, and behind it whether it is an error.
+/// A value, followed by whether it is an error.
 void CRecordCells::SetBoolOrError(const unsigned char* bytes, SCell& cell) {
     const bool isError = bytes[1] != 0;
     cell.kind = isError ? ECellKind::Error : ECellKind::Boolean;
     cell.text = isError ? ErrorText(bytes[0]) : bytes[0] != 0 ? "1" : "0";
 }
 
-/// The result is a number, or, where it would be none, says what else it is.
+/// The result is a number, or a NaN pattern that states another type.
 void CRecordCells::ReadFormula(SCell& cell) {
     enum : unsigned char { Text = 0, Boolean = 1, Error = 2 };
     const unsigned char* const result = TakePlace(8, cell);
@@ -220,7 +220,7 @@ void CRecordCells::ReadFormula(SCell& cell) {
     }
 }
 
-/// The text stands in a record of its own, soon behind that of the formula.
+/// The text is in a record of its own, soon after that of the formula.
 void CRecordCells::ReadFormulaText() {
     while (m_records.Next()) {
         switch (m_records.GetType()) {

@@ -9,7 +9,7 @@ namespace NSTQ::Providers {
 
 namespace {
 
-/// How much of the beginning of a record's body is never encrypted.
+/// The number of bytes at the beginning of a body that are never encrypted.
 std::size_t PlainSize(ERecord type, std::size_t size) {
     switch (type) {
     case ERecord::Bof:
@@ -42,7 +42,7 @@ bool CRecordReader::NextContinue() {
     return Have(headerSize) && ERecord{ReadU16(m_buffer.get() + m_next)} == ERecord::Continue && Next();
 }
 
-/// Makes `size` bytes, or all that are left, lie behind each other; false when there are fewer.
+/// Makes `size` bytes, or all that remain, contiguous in the buffer; false when there are fewer.
 bool CRecordReader::Fill(std::size_t size) {
     const std::size_t kept = m_end - m_next;
     std::memmove(m_buffer.get(), m_buffer.get() + m_next, kept);

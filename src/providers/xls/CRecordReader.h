@@ -1,5 +1,5 @@
-// Goes through the records of a workbook's stream: each has a type, a size and a body. The stream is read in large
-// pieces; a body is a part of the piece that is in memory and, in an encrypted workbook, decrypted there.
+// Reads the records of a workbook stream: each has a type, a size and a body. The stream is read in large pieces; a
+// body is a part of the piece in memory and, in an encrypted workbook, decrypted there.
 #pragma once
 
 #include "providers/common/ByteSources.h"
@@ -36,7 +36,7 @@ public:
             Decrypt();
         return true;
     }
-    /// Goes to the next record when it continues this one, else stays. The body may be lost either way.
+    /// Goes to the next record if it continues this one, else stays. The body may become invalid in both cases.
     bool NextContinue();
 
     ERecord GetType() const { return m_type; }
@@ -53,7 +53,7 @@ public:
 
 private:
     static constexpr std::size_t headerSize = 4;
-    /// More than a record can take.
+    /// More than the size of any record.
     static constexpr std::size_t bufferSize = 1U << 17;
 
     bool Have(std::size_t size) { return m_end - m_next >= size || Fill(size); }

@@ -1,14 +1,14 @@
-// Reads a record that goes on in the records behind it, and the texts in it.
+// Reads a record with its CONTINUE records, and the texts in it.
 //
-// The bytes go on in a CONTINUE record as if there were no border, but for the characters of a text from Excel 97 on:
-// where they go on, a byte tells anew whether they take one byte or two.
+// A CONTINUE record continues the bytes directly, except within the characters of a text from Excel 97 on: there a
+// byte states again whether they have one byte or two.
 #pragma once
 
 #include "providers/xls/CRecordReader.h"
 
 namespace NSTQ::Providers {
 
-/// How a workbook writes its texts.
+/// How a workbook stores its texts.
 struct STextForm {
     EBiff version = EBiff::Biff8;
     unsigned codePage = 0; ///< of texts before Excel 97
@@ -16,11 +16,11 @@ struct STextForm {
 
 class CTextReader {
 public:
-    /// Begins in the record that `records` is at, behind its first `skipped` bytes, which must be there.
+    /// Begins in the current record of `records`, after its first `skipped` bytes, which must exist.
     CTextReader(CRecordReader& records, STextForm form, std::size_t skipped)
         : m_records(records), m_form(form), m_rest(records.GetBody().subspan(skipped)) {}
 
-    /// The operations below throw CSourceError when more is wanted than there is.
+    /// The operations below throw CSourceError when more bytes are requested than exist.
     std::uint8_t TakeByte();
     std::uint16_t TakeU16();
     std::uint32_t TakeU32();
@@ -28,10 +28,10 @@ public:
     /// Puts as many bytes into `target` as it has room for.
     void TakeBytes(std::span<unsigned char> target);
 
-    /// Whether anything is left.
+    /// Whether any bytes remain.
     bool HasMore();
-    /// Appends a text of that many characters, the count of which has been read; goes behind its formats and phonetic
-    /// signs. Throws CSourceError also for what DecodePageText refuses.
+    /// Appends a text of that many characters, the count of which has been read; skips its formats and phonetic
+    /// text. Throws CSourceError also for a text that DecodePageText rejects.
     void ReadText(std::size_t count, std::u16string& text);
 
 private:

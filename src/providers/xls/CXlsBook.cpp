@@ -25,7 +25,7 @@ unsigned DefaultPage() {
     return ansi == Platform::CP_UTF8 ? westernPage : ansi;
 }
 
-/// ASCII remains; the other characters of a format code say nothing about dates.
+/// Keeps ASCII; the other characters of a format code do not matter for dates.
 std::string NarrowCode(std::u16string_view code) {
     std::string narrow;
     for (const char16_t unit : code)
@@ -52,7 +52,7 @@ CXlsBook::CXlsBook(std::shared_ptr<IRandomAccess> stream, std::string path, cons
     m_names = globals.names.Resolve(globals.tabs);
 }
 
-/// The first record tells the version. A stream may also hold one sheet and nothing else.
+/// The first record has the version. A stream may also consist of one sheet only.
 void CXlsBook::ReadBegin(CRecordReader& records) {
     if (!records.Next())
         throw CSourceError("the stream of the workbook is empty");
@@ -66,7 +66,7 @@ void CXlsBook::ReadBegin(CRecordReader& records) {
         throw CSourceError("not a workbook: its stream does not begin with a BOF record");
     const unsigned char* const body = records.Require(4);
     const std::uint16_t version = ReadU16(body);
-    // Programs that write sheets by hand often leave the version out.
+    // Simple export programs often omit the version.
     if (version != 0x0600 && version != 0x0500 && version != 0x0580 && version != 0)
         throw CSourceError("a workbook of an unknown version");
     m_form = {version == 0x0600 ? EBiff::Biff8 : EBiff::Biff5, DefaultPage()};
@@ -151,7 +151,7 @@ void CXlsBook::ReadFormat(CRecordReader& records) {
     const std::uint32_t id = ReadU16(records.Require(idSize));
     std::u16string code;
     STextForm form = m_form;
-    // What it says of dates is ASCII, which an unknown page takes nothing from.
+    // The part about dates is ASCII, which does not depend on the code page.
     if (!HasPageTable(form.codePage))
         form.codePage = westernPage;
     try {
@@ -159,7 +159,7 @@ void CXlsBook::ReadFormat(CRecordReader& records) {
         const std::size_t count = form.version == EBiff::Biff8 ? reader.TakeU16() : reader.TakeByte();
         reader.ReadText(count, code);
     } catch (const CSourceError&) {
-        code = u"General"; // for other programs no reason to refuse the file either
+        code = u"General"; // other programs do not reject the file either
     }
     m_formats.AddCode(id, NarrowCode(code));
 }
@@ -171,7 +171,7 @@ std::unique_ptr<ICellSource> CXlsBook::OpenCells(std::size_t sheet) {
     return std::make_unique<CRecordCells>(std::move(records), m_form, IsBehindEnd(position));
 }
 
-/// Whether the record before that place, which is inside the stream, is one that ends something.
+/// Whether the record before that position in the stream is an EOF record.
 bool CXlsBook::IsBehindEnd(std::uint64_t position) const {
     std::array<unsigned char, 4> header = {};
     if (position < header.size())
@@ -180,7 +180,7 @@ bool CXlsBook::IsBehindEnd(std::uint64_t position) const {
     return ReadU32(header.data()) == static_cast<std::uint32_t>(ERecord::Eof);
 }
 
-/// What the table says of its own size need not be true; it is read as far as it goes.
+/// The stated size of the table may be wrong; it is read to its end.
 void CXlsBook::ReadSharedTexts() {
     if (!m_sharedPosition)
         return;
@@ -195,7 +195,7 @@ void CXlsBook::ReadSharedTexts() {
     while (texts.GetCount() < count && reader.HasMore()) {
         text.clear();
         reader.ReadText(reader.TakeU16(), text);
-        // Half of a surrogate pair becomes U+FFFD, for which each code page has what it has for the half.
+        // A single surrogate becomes U+FFFD, which every code page converts to the same character as the surrogate.
         texts.Add(ToUtf8(text, bytes));
     }
     m_sharedTexts = std::move(texts);

@@ -1,4 +1,4 @@
-// A workbook of records. Opening it reads what stands before the sheets, but for the shared texts.
+// A BIFF workbook. Opening it reads everything before the sheets, except the shared strings.
 #pragma once
 
 #include "providers/workbook/CTextPool.h"
@@ -27,7 +27,7 @@ public:
     std::string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
 
 private:
-    /// What is known only until all has been read.
+    /// Data that is needed only while reading.
     struct SGlobals {
         std::vector<std::size_t> tabs; ///< for each tab of the workbook the index of its sheet or noSheet
         CNameTable names;
@@ -50,7 +50,7 @@ private:
     std::vector<SNamedRange> m_names;
     bool m_isDate1904 = false;
     CNumberFormats m_formats;
-    std::optional<std::uint64_t> m_sharedPosition; ///< none when they have been read
+    std::optional<std::uint64_t> m_sharedPosition; ///< none after they have been read
     CTextPool m_sharedTexts;
 };
 

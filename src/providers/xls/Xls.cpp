@@ -10,7 +10,7 @@ using namespace Platform;
 
 namespace {
 
-/// The records themselves. A file for both Excel 95 and its successors holds them twice; the newer ones say more.
+/// The stream of records. A file for both Excel 95 and Excel 97 has two; the newer one has more information.
 std::shared_ptr<IRandomAccess> OpenRecords(CSourceInput& input) {
     CCompoundFile* const compound = input.GetCompound();
     if (compound == nullptr)

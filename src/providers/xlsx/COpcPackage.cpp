@@ -9,7 +9,7 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr std::uint64_t mebibyte = 1U << 20;
-/// Sheets are rarely packed below a twentieth, whatever they hold; texts of other parts neither.
+/// Sheets and other parts are rarely compressed to less than a twentieth.
 constexpr SInflateLimits streamedLimits = {65536 * mebibyte, 64 * mebibyte, 256};
 constexpr SInflateLimits heldLimits = {2048 * mebibyte, 16 * mebibyte, 100};
 constexpr std::size_t maxRelationships = 100000;
@@ -34,7 +34,7 @@ std::string DecodePercent(std::string_view text) {
     return decoded;
 }
 
-/// A target as a part's name: relative ones begin in the folder of `part`. ".." never leads out of the package.
+/// The part name of a target: relative ones start in the folder of `part`. ".." never leads out of the package.
 std::string ResolveTarget(const std::string& part, std::string_view target) {
     std::string path = DecodePercent(target);
     std::replace(path.begin(), path.end(), '\\', '/');

@@ -24,9 +24,9 @@ public:
     explicit COpcPackage(std::shared_ptr<IRandomAccess> input) : m_zip(std::move(input)) {}
 
     bool HasPart(const std::string& part) const { return m_zip.Find(part) != nullptr; }
-    /// The bytes that a part which is there takes in the file.
+    /// The compressed size of an existing part in bytes.
     std::uint64_t GetPackedSize(const std::string& part) const { return m_zip.Find(part)->packedSize; }
-    /// A part that is held in memory in one form or another is bound more tightly than one that streams through.
+    /// A part that is kept in memory has tighter limits than one that is streamed.
     CXmlScanner OpenPart(const std::string& part) const;
     CXmlScanner OpenStreamedPart(const std::string& part) const;
     /// The relationships of a part, or of the package for an empty name; none when there is no such list.

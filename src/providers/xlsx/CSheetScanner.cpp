@@ -134,7 +134,7 @@ std::uint32_t CSheetScanner::ParseStyle(std::string_view text) const {
     return style;
 }
 
-/// Goes to the cell's End. False when it holds nothing at all. Of repeated values the last one counts.
+/// Goes to the End of the cell. False when it has no content. Of repeated values the last one counts.
 bool CSheetScanner::ReadCellContent(SCell& cell) {
     bool hasContent = false;
     m_text.clear();

@@ -1,9 +1,9 @@
 // Reads the cells of a sheet in the order of its part, which need not be that of the grid.
 //
-// A cell's own reference tells where it is; without one it follows the cell before it, or begins the row that follows
-// the row before it. "0" or "1" alone, which some programs write, is none. A cell holds a value when it is a text,
+// The reference of a cell gives its position; without one it follows the previous cell, or begins the row after the
+// previous row. A reference "0" or "1", which some programs write, is ignored. A cell has a value when it is a text,
 // even an empty one, or when its value is not blank.
-// Merged cells need nothing: the first one of them holds the value.
+// Merged cells need no handling: the first one has the value.
 #pragma once
 
 #include "providers/common/CXmlScanner.h"
@@ -15,8 +15,8 @@ class CSheetScanner : public ICellSource {
 public:
     explicit CSheetScanner(CXmlScanner xml) : m_xml(std::move(xml)) {}
 
-    /// As the interface says; a cell outside the grid is an error. Reads the whole part before it tells the end, so
-    /// that damage behind the cells is found, too.
+    /// As the interface says; a cell outside the grid is an error. Reads the whole part before it returns the
+    /// end, so that damage after the cells is found, too.
     bool Next(SCell& cell) override;
 
 private:

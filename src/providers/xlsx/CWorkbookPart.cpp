@@ -29,7 +29,7 @@ std::string TargetByType(const std::vector<SRelationship>& relationships, std::s
     return found == nullptr ? std::string() : found->target;
 }
 
-/// Whether the element says that nothing belongs to it, and not only in a way that is not known here.
+/// Whether the element explicitly has an empty identifier, as opposed to none or an unknown one.
 bool IsIdEmpty(const CXmlScanner& xml) {
     const auto ids = xml.GetAttributes();
     return std::any_of(ids.begin(), ids.end(), [](const SXmlAttribute& attribute) {
@@ -37,7 +37,7 @@ bool IsIdEmpty(const CXmlScanner& xml) {
     });
 }
 
-/// The sheet's name in front of the '!' of a reference, its quotes taken back.
+/// The sheet name before the '!' of a reference, without quotes.
 std::string UnquoteSheetName(std::string_view name) {
     if (name.size() < 2 || name.front() != '\'' || name.back() != '\'')
         return std::string(name);
@@ -121,7 +121,7 @@ void CWorkbookPart::ReadName(CXmlScanner& xml) {
     xml.ReadElementText(reference);
     if (name.starts_with(builtInPrefix))
         name.erase(0, builtInPrefix.size());
-    // '$' and '\'' tell sheets from ranges in a listing; no name of a range may hold them.
+    // '$' and '\'' distinguish sheets from ranges in a listing; no name of a range may contain them.
     const std::size_t mark = reference.rfind('!');
     if (isHidden || name.empty() || mark == std::string::npos || name.find_first_of("$'") != std::string::npos)
         return;
@@ -129,7 +129,7 @@ void CWorkbookPart::ReadName(CXmlScanner& xml) {
     const std::size_t sheet = FindSheet(std::string_view(reference).substr(0, mark));
     if (!range || sheet == noSheet)
         return;
-    // A name that belongs to one sheet and stands for a range of another cannot be told by the sheet in front of it.
+    // A name of one sheet that refers to a range of another cannot be identified by the sheet before it.
     std::size_t tab = 0;
     std::from_chars(localSheet.data(), localSheet.data() + localSheet.size(), tab);
     if (!localSheet.empty() && (tab >= m_tabs.size() || m_tabs[tab] != sheet))

@@ -1,4 +1,4 @@
-// What the workbook part says: the sheets in their order, the names that stand for ranges, the system of dates.
+// The content of the workbook part: the sheets in their order, the names of ranges, the date system.
 #pragma once
 
 #include "providers/workbook/IWorkbook.h"
@@ -13,14 +13,14 @@ namespace NSTQ::Providers {
 
 class CWorkbookPart {
 public:
-    /// Throws CSourceError for a package without a workbook. What a worksheet lacks is not looked at here.
+    /// Throws CSourceError for a package without a workbook. Missing worksheets are not detected here.
     explicit CWorkbookPart(const COpcPackage& package);
 
     /// As IWorkbook says.
     const std::vector<std::u16string>& GetSheetNames() const { return m_sheetNames; }
     /// For each sheet the part that holds its cells, which may be missing from the package; empty for a sheet that
-    /// says itself that it has none, as old macro modules do. Throws CSourceError when it lies in another file or
-    /// nothing in the package is called what the sheet names.
+    /// states that it has none, such as old macro modules. Throws CSourceError when it is in another file or the
+    /// package has no relationship of that identifier.
     const std::string& GetSheetPart(std::size_t sheet) const;
     const std::vector<SNamedRange>& GetNames() const { return m_names; }
     bool IsDate1904() const { return m_isDate1904; }

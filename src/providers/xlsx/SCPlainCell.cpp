@@ -13,7 +13,7 @@ constexpr std::string_view inlineBegin = "<is><t>";
 constexpr std::string_view inlineEnd = "</t></is></c>";
 constexpr std::uint32_t maxStyle = 1U << 24;
 
-/// What ends a text or needs more than a copy.
+/// Characters that end a text or need more than a copy.
 constexpr auto textStops = [] {
     std::array<bool, 256> stops = {};
     for (const char stop : {'\0', '<', '&', '\r'})
@@ -21,7 +21,7 @@ constexpr auto textStops = [] {
     return stops;
 }();
 
-/// Whether `text`, which is at most 16 bytes, stands at `at`.
+/// Whether `text`, of at most 16 bytes, is at `at`.
 bool StandsAt(const char* at, const char* end, std::string_view text) {
     return static_cast<std::size_t>(end - at) >= text.size() && std::memcmp(at, text.data(), text.size()) == 0;
 }
@@ -110,7 +110,7 @@ const char* SCPlainCell::ParseStyle(const char* at, std::uint32_t& style) {
     return at == begin ? nullptr : at;
 }
 
-/// Reads what stands behind the start tag to the end of the end tag.
+/// Reads from the end of the start tag to the end of the end tag.
 const char* SCPlainCell::ParseContent(const char* at, const char* end, SCell& cell) {
     const bool isInline = StandsAt(at, end, inlineBegin);
     if (!isInline && !StandsAt(at, end, valueBegin))

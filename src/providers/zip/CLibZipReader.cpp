@@ -21,8 +21,8 @@ bool HasChecksum(const SZipEntry& entry) {
     return entry.aesVersion != secondVersion;
 }
 
-/// Older releases of the zip library compare the checksum of such an entry all the same. With a stored one that looks
-/// like a wrong authentication code; so they are shown another method, and give the content as what they take for
+/// Older releases of libzip verify the checksum of such an entry nevertheless, and with a stored entry that looks
+/// like a wrong authentication code; so another method is presented to them, and they return the content as
 /// compressed data, which has no checksum.
 bool IsShownAsPacked(const SZipEntry& entry) {
     return !HasChecksum(entry) && entry.aesMethod == ZIP_CM_STORE;
@@ -62,7 +62,7 @@ void CLibZipReader::HideMethods(std::span<unsigned char> bytes) const {
         bytes[static_cast<std::size_t>(*next - m_position)] = ZIP_CM_DEFLATE;
 }
 
-/// Called by the zip library, through which no exception may pass.
+/// Called by libzip, through which no exception may pass.
 zip_int64_t CLibZipReader::Serve(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) noexcept {
     auto& reader = *static_cast<CLibZipReader*>(self);
     switch (command) {
@@ -118,7 +118,7 @@ bool CLibZipReader::CanRead(const SZipEntry& entry, std::size_t index) const {
     return !entry.IsEncrypted() || !m_passWord.empty() || FailWith(ERROR_INVALID_PASSWORD);
 }
 
-/// The traditional encryption lets one of 256 wrong passwords pass, and then cannot tell it from damage.
+/// Traditional encryption accepts one of 256 wrong passwords, and then cannot distinguish it from damage.
 bool CLibZipReader::FailAsDamaged() const {
     const bool isUnclear = m_current->IsEncrypted() && m_current->aesVersion == 0;
     return FailWith(isUnclear ? ERROR_CRC : ERROR_FILE_CORRUPT);
@@ -166,8 +166,8 @@ bool CLibZipReader::BeginEntry(std::size_t index, zip_flags_t flags) {
     return m_entry != nullptr || FailFromZip(zip_get_error(m_archive.get()));
 }
 
-/// The zip library looks at the authentication code only when it is asked for more than the packed data, which its
-/// own unpacking never does; and AES entries need not have a checksum.
+/// libzip verifies the authentication code only when more than the compressed data is requested, which its own
+/// decompression never does; and AES entries need not have a checksum.
 bool CLibZipReader::Authenticate(std::size_t index) {
     std::array<std::byte, 16384> block;
     std::size_t count = 0;

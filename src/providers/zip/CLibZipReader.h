@@ -21,19 +21,19 @@ public:
     CLibZipReader& operator=(const CLibZipReader&) = delete;
     ~CLibZipReader();
 
-    /// What returns false leaves the cause in GetLastError, in the codes of CUnZip.
+    /// After a result of false GetLastError returns the cause, in the codes of CUnZip.
 
-    /// Opens the archive, whose directory has been read and outlives this. False when the zip library sees other
-    /// entries in it than the directory, or one that it can never unpack: an unknown method, or encrypted and there
-    /// is no password.
+    /// Opens the archive, whose directory has been read and outlives this. False when libzip finds other
+    /// entries in it than the directory, or one that cannot be unpacked: an unknown method, or encrypted without a
+    /// password.
     bool Open(const CZipDirectory& directory);
     /// Begins the entry at `index` of the directory. False when it cannot be, as with a wrong password. An entry with
-    /// an authentication code is read once as a whole first, so that nothing of a forged one is given out.
+    /// an authentication code is read once as a whole first, so that nothing of a forged one is returned.
     bool OpenEntry(std::size_t index);
-    /// Gives the next bytes of the entry, and how many they are in `count`: 0 at its end. False when the entry is
-    /// damaged, which includes a checksum that turns out at its end not to fit.
+    /// Returns the next bytes of the entry, and their number in `count`: 0 at its end. False when the entry is
+    /// damaged, which includes a wrong checksum at its end.
     bool Read(std::span<std::byte> bytes, std::size_t& count);
-    /// Returns false for an entry whose content is not what it should be.
+    /// Returns false for an entry with damaged content.
     bool FailAsDamaged() const;
 
 private:
@@ -59,7 +59,7 @@ private:
     zip_error_t m_error;
     std::span<const SZipEntry> m_entries;
     const SZipEntry* m_current = nullptr;
-    /// Where the methods of compression stand that the zip library is not shown, in ascending order.
+    /// The positions of the compression methods that are hidden from libzip, in ascending order.
     std::vector<std::uint64_t> m_hiddenMethods;
     bool m_isChecksumIdle = false;
     std::unique_ptr<zip_t, SCloser<zip_discard>> m_archive;

@@ -10,7 +10,7 @@ namespace NSTQ::Providers {
 
 namespace {
 
-/// Bytes behind the archive are let pass: they do no harm where nothing is written.
+/// Bytes after the archive are accepted: they are harmless because nothing is written.
 constexpr SZipCaps caps = {1U << 18, 1U << 24, true};
 
 /// The form in which names are compared.

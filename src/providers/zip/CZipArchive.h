@@ -11,10 +11,10 @@
 
 namespace NSTQ::Providers {
 
-/// How far an entry may unfold. Bytes are counted as they come.
+/// Limits of the decompressed size of an entry. Bytes are counted while they are read.
 struct SInflateLimits {
-    std::uint64_t maxSize;  ///< bytes in all
-    std::uint64_t freeSize; ///< so many bytes are allowed whatever the ratio
+    std::uint64_t maxSize;  ///< total bytes
+    std::uint64_t freeSize; ///< bytes that are allowed whatever the ratio
     std::uint64_t maxRatio; ///< above `freeSize`: bytes out for each byte in
 };
 
@@ -27,7 +27,7 @@ public:
     const SZipEntry* Find(std::string_view name) const;
 
     /// The contents of an entry, which may be read after the reader is gone. The stream throws CSourceError when they
-    /// are damaged, differ from the claimed size or checksum, or unfold beyond `limits`.
+    /// are damaged, differ from the stated size or checksum, or exceed `limits`.
     std::unique_ptr<IByteStream> Open(const SZipEntry& entry, const SInflateLimits& limits) const;
 
 private:

@@ -22,7 +22,7 @@ constexpr std::size_t entrySize = 46;
 constexpr std::size_t headerSize = 30;
 constexpr std::size_t maxCommentSize = 0xFFFF;
 
-/// Stand for a number that is stored with 64 bits elsewhere.
+/// Placeholders for a number that is stored elsewhere with 64 bits.
 constexpr std::uint16_t elsewhere16 = 0xFFFF;
 constexpr std::uint32_t elsewhere32 = 0xFFFFFFFF;
 
@@ -93,7 +93,7 @@ CZipDirectory::SEnd CZipDirectory::FindEnd(IRandomAccess& input, bool isTailAllo
     throw CSourceError(isNone);
 }
 
-/// Takes the 64-bit numbers, when there are any, in place of those that the end record could not hold.
+/// Uses the 64-bit numbers, if there are any, instead of those that the end record cannot hold.
 void CZipDirectory::ReadEnd64(IRandomAccess& input, SEnd& end) {
     constexpr const char* isDamaged = "the zip64 directory is missing or damaged";
     unsigned char locator[locator64Size] = {};
@@ -205,7 +205,7 @@ void CZipDirectory::ReadHeader(IRandomAccess& input, SZipEntry& entry) {
     entry.dataPosition = entry.headerPosition + header.size() + extraSize;
 }
 
-/// The headers and data of all entries must lie beside each other, before the directory.
+/// The headers and data of all entries must not overlap, and precede the directory.
 void CZipDirectory::CheckHeaders(IRandomAccess& input, std::uint64_t directoryPosition) {
     std::vector<SZipEntry*> order;
     order.reserve(m_entries.size());

@@ -1,6 +1,6 @@
-// The directory of a zip archive, read strictly: an archive that two programs could understand differently, or that
-// is made to unfold without end, is refused. The directory alone counts: sizes and places are taken from it, checked
-// once and never believed again from elsewhere. Takes archives with and without 64-bit sizes; the whole archive must
+// The directory of a zip archive, read strictly: an archive that two programs could interpret differently, or that
+// decompresses endlessly, is rejected. Only the directory counts: sizes and positions are taken from it, checked once
+// and never read elsewhere. Accepts archives with and without 64-bit sizes; the whole archive must
 // be one file that begins with the archive.
 #pragma once
 
@@ -12,20 +12,20 @@
 
 namespace NSTQ::Providers {
 
-/// One entry as the directory has it.
+/// One entry of the directory.
 struct SZipEntry {
-    /// The bytes as they are stored.
+    /// The stored bytes.
     std::string name;
     std::uint16_t flags;
     std::uint16_t method;
     std::uint32_t crc;
     /// The low half are DOS attributes, the high half is a Unix mode or 0.
     std::uint32_t attributes;
-    std::uint64_t size; ///< only a claim
+    std::uint64_t size; ///< as stated
     std::uint64_t packedSize;
     std::uint64_t headerPosition;
     std::uint64_t dataPosition;
-    /// Of WinZip's AES (else 0): 1, or 2 where the checksum means nothing; the method of compression, and where in
+    /// Of WinZip's AES (else 0): 1, or 2 if the checksum has no meaning; the method of compression, and where in
     /// the file the directory has that.
     std::uint16_t aesVersion;
     std::uint16_t aesMethod;
@@ -38,7 +38,7 @@ struct SZipEntry {
     bool IsNameUtf8() const { return (flags & utf8Flag) != 0; }
 };
 
-/// What a reader of archives takes.
+/// What a reader of archives accepts.
 struct SZipCaps {
     std::size_t maxEntries;
     std::size_t maxSize; ///< of the directory, in bytes
@@ -48,13 +48,13 @@ struct SZipCaps {
 class CZipDirectory {
 public:
     /// Reads and checks the directory and the header of every entry. Throws CSourceError for a damaged or cut
-    /// archive, one beyond the caps, one in parts or with a hidden directory, and one whose entries overlap or
+    /// archive, one beyond the limits, one in parts or with a hidden directory, and one whose entries overlap or
     /// disagree with their headers.
     CZipDirectory(IRandomAccess& input, const SZipCaps& caps);
 
     /// In the directory's order.
     const std::vector<SZipEntry>& Entries() const { return m_entries; }
-    /// The same, for the caller to keep; nothing is left.
+    /// The same, moved to the caller.
     std::vector<SZipEntry> TakeEntries() { return std::move(m_entries); }
 
 private:

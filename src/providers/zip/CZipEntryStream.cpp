@@ -91,7 +91,7 @@ void CZipEntryStream::Count(std::span<const unsigned char> bytes) {
     m_produced += bytes.size();
     if (m_produced > m_size)
         Fail("it decompresses to more than its size of " + std::to_string(m_size) + " bytes");
-    // Not the whole compressed size counts but what has been read of it: forged sizes buy nothing.
+    // Only the compressed bytes read so far count, so that a forged size has no effect.
     if (m_produced > m_limits.freeSize && m_produced / m_limits.maxRatio > m_consumed)
         Fail("its compression ratio exceeds " + std::to_string(m_limits.maxRatio));
     m_crc = static_cast<std::uint32_t>(crc32_z(m_crc, bytes.data(), bytes.size()));

@@ -9,13 +9,13 @@ namespace NSTQ::Providers {
 
 class CZipEntryStream : public IByteStream {
 public:
-    /// Throws CSourceError for an encrypted entry, an unknown method and a claimed size beyond the limits.
+    /// Throws CSourceError for an encrypted entry, an unknown method and a stated size beyond the limits.
     CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SZipEntry& entry, const SInflateLimits& limits);
     CZipEntryStream(const CZipEntryStream&) = delete;
     CZipEntryStream& operator=(const CZipEntryStream&) = delete;
     ~CZipEntryStream() override;
 
-    /// As the interface says. The end is only told once size and checksum have proved right.
+    /// As the interface says. The end is returned only if size and checksum are right.
     std::size_t Read(std::span<unsigned char> target) override;
 
 private:
@@ -34,7 +34,7 @@ private:
     std::uint64_t m_offset; ///< of the next compressed byte in the file
     std::uint64_t m_left;   ///< compressed bytes not yet read
     std::uint64_t m_consumed = 0;
-    std::uint64_t m_size; ///< claimed
+    std::uint64_t m_size; ///< as stated
     std::uint64_t m_produced = 0;
     std::uint32_t m_wantedCrc;
     std::uint32_t m_crc = 0;
