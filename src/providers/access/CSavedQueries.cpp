@@ -75,7 +75,7 @@ CSavedQueries::SRows CSavedQueries::GetRows(std::uint32_t id) const {
 }
 
 /// Whether the query consists only of columns, one table and conditions.
-bool CSavedQueries::IsPlainSelect(SRows rows) {
+bool CSavedQueries::IsPlainSelect(const SRows& rows) {
     const auto isPlain = [](const SRow& row) {
         switch (row.attribute) {
         case typeAttribute:
@@ -129,7 +129,7 @@ bool CSavedQueries::TakeOutput(const SRow& row, const CColumnScope& scope, SQuer
 }
 
 /// False also when two columns would have the same name: the database then generates others.
-bool CSavedQueries::TakeOutputs(SRows rows, const CColumnScope& scope, SQueryPlan& plan) {
+bool CSavedQueries::TakeOutputs(const SRows& rows, const CColumnScope& scope, SQueryPlan& plan) {
     for (const SRow& row : rows) {
         if (row.attribute == columnAttribute && !TakeOutput(row, scope, plan))
             return false;

@@ -52,8 +52,8 @@ private:
     };
 
     SRows GetRows(std::uint32_t id) const;
-    static bool IsPlainSelect(SRows rows);
-    static bool TakeOutputs(SRows rows, const CColumnScope& scope, SQueryPlan& plan);
+    static bool IsPlainSelect(const SRows& rows);
+    static bool TakeOutputs(const SRows& rows, const CColumnScope& scope, SQueryPlan& plan);
     static bool TakeOutput(const SRow& row, const CColumnScope& scope, SQueryPlan& plan);
 
     const STableDefinition& GetTable(const SDatabaseObject& table);
