@@ -20,9 +20,11 @@ public:
     [[gnu::always_inline]] CRecordCollector(CCsvDataAccess& reader, unsigned char* pBuff, DWORD dwCapacity)
         : m_reader(reader), m_cursor(reader), m_pBuff(pBuff), m_pOut(pBuff), m_dwRoom(dwCapacity - 1) {
         const Scan::SKernel& kernel = Scan::GetKernel();
-        if (kernel.collectText != nullptr && Scan::AreOrdinary(static_cast<unsigned char>(reader.m_cSeparator),
-                                                               static_cast<unsigned char>(reader.m_cPreDelimiter),
-                                                               static_cast<unsigned char>(reader.m_cPostDelimiter)))
+        const auto separator = static_cast<unsigned char>(reader.m_cSeparator);
+        // A separator above 0x7F splits characters, which a kernel converts whole.
+        if (kernel.collectText != nullptr && separator < 0x80 &&
+            Scan::AreOrdinary(separator, static_cast<unsigned char>(reader.m_cPreDelimiter),
+                              static_cast<unsigned char>(reader.m_cPostDelimiter)))
             m_pKernel = &kernel;
     }
 

@@ -146,7 +146,7 @@ inline bool Agree(const CSettings& settings, std::string_view bytes, CTestedRead
 
 /// The variations that every input is read with.
 inline std::vector<CSettings> Variations(bool utf8) {
-    std::vector<CSettings> all(18);
+    std::vector<CSettings> all(19);
     all[1] = {.title = "raw", .raw = true};
     all[2] = {.title = "quote-newline, raw", .quoteNewLine = true, .raw = true};
     all[3] = {.title = "LF only", .pre = '\n', .post = 0};
@@ -158,13 +158,14 @@ inline std::vector<CSettings> Variations(bool utf8) {
     all[9] = {.title = "line end space TAB, nothing stored", .pre = ' ', .post = '\t', .maxFields = 0, .maxField = 0};
     // Limits that come within reach in the middle of what a kernel would take.
     all[10] = {.title = "limits of a few blocks", .maxFields = 4, .maxLine = 270, .maxField = 66};
-    all[11] = {.title = "high separator and line end", .separator = '\x81', .pre = '\n', .post = '\x81'};
+    all[11] = {.title = "high separator", .separator = '\x81'};
     all[12] = {.title = "line ends kept, raw", .raw = true, .keepLineEnds = true};
     all[13] = {.title = "LF only, kept, tiny limits", .pre = '\n', .post = 0, .maxLine = 5, .keepLineEnds = true};
     all[14] = {.title = "line end NUL SUB, kept", .pre = '\0', .post = 0x1A, .keepLineEnds = true};
     all[15] = {.title = "line end space TAB, kept", .pre = ' ', .post = '\t', .maxField = 3, .keepLineEnds = true};
     all[16] = {.title = "line end a CR, kept, short lines", .pre = 'a', .post = '\r', .maxLine = 4};
     all[17] = {.title = "kept, limits of a few blocks", .quoteNewLine = true, .maxLine = 270, .maxField = 66};
+    all[18] = {.title = "high separator and line end", .separator = '\x81', .pre = '\n', .post = '\x81'};
     all[16].keepLineEnds = all[17].keepLineEnds = true;
     for (CSettings& settings : all)
         settings.utf8 = utf8;
