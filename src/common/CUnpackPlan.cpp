@@ -92,7 +92,7 @@ std::string MakeSortKey(std::string path) {
 /// The parts of a path that it does not share with the one before it in that order: what has to be made for it.
 std::size_t CountNewParts(std::string_view before, std::string_view path) {
     const auto differs = std::mismatch(before.begin(), before.end(), path.begin(), path.end()).second;
-    const bool isBelow = !before.empty() && differs == path.begin() + static_cast<std::ptrdiff_t>(before.size());
+    const bool isBelow = differs != path.end() && *differs == '\0';
     return 1 + static_cast<std::size_t>(std::count(differs, path.end(), '\0')) - (isBelow ? 1 : 0);
 }
 

@@ -85,6 +85,12 @@ std::vector<SArchive> KindsAndSizes() {
                  entries.push_back({.name = std::to_string(i)});
              return entries;
          }())},
+        {"too many folders without entries, beside files whose names begin theirs", MakeZip([] {
+             std::vector<SZipEntryText> entries;
+             for (std::size_t i = CUnZip::MAX_ENTRIES; i < CUnZip::MAX_ENTRIES * 3 / 2; ++i)
+                 entries.insert(entries.end(), {Named(std::to_string(i)), Named(std::to_string(i) + "a/f")});
+             return entries;
+         }())},
         {"an unknown method", MakeZip({Named("good"), {.name = "x", .content = "abc", .method = 77}})},
         {"encrypted without a password", MakeZip({{.name = "x", .content = std::string(20, 'a'), .flags = 1}})},
         {"the older strong encryption", MakeZip({{.name = "x", .content = std::string(20, 'a'), .flags = 0x41}})},
