@@ -43,7 +43,7 @@ bool CNaiveReader::Refill() {
     return m_size > 0;
 }
 
-/// Whether the second byte of the line end follows; it is taken then.
+/// Whether the second byte of the line end follows; if so, it is skipped.
 bool CNaiveReader::TakePost() {
     if (m_post == 0)
         return true;

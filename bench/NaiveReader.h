@@ -1,10 +1,9 @@
-// CNaiveReader: the measure that the library's reader is held against, not a reader for use.
+// CNaiveReader: a simple reader that the benchmarks compare the library's readers with.
 //
-// It is what a programmer writes in an afternoon for the same job: one byte at a time through a state machine, fields
-// copied to a line buffer, each with its NUL, pointers and lengths in two arrays, blanks trimmed, doubled quotes
-// undone, TABs made spaces, control bytes dropped, limits checked. Records within the limits come out as the
-// library's reader gives them; over the limit for a record it gives up where it stands, like the library, though it
-// counts quotes too. Fields stay valid until the next read.
+// It handles one byte at a time with a state machine: it copies the fields to a line buffer, each with its NUL, fills
+// in pointers and lengths, removes spaces around fields, turns a doubled quote into one and a TAB into a space, drops
+// control bytes and checks the limits. It returns the same records as the library as long as they are within the
+// limits; its limit of a record also counts quotes. Fields are valid until the next read.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +27,7 @@ public:
     /// them trimmed. False at the end of the file and for columns that do not fit the line.
     bool ReadFixedRecord(const std::vector<std::uint16_t>& widths);
 
-    /// How many fields the record had; the arrays hold no more than the limit.
+    /// The number of fields of the record; the arrays have at most as many as the limit.
     std::size_t Count() const { return m_count; }
     const char* const* Fields() const { return m_fields.data(); }
     const std::uint16_t* Lengths() const { return m_lengths.data(); }

@@ -1,5 +1,5 @@
-// CNaiveWriter: what the library's writer is held against: a scalar scan and a copy per field, through a buffer of
-// the same size. The output is the same as the library's.
+// CNaiveWriter: a simple writer that the benchmarks compare the library's writer with. It examines each field byte by
+// byte and copies it to a buffer of the same size. Its output is the same.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ public:
 
     bool Open(const std::string& path);
     bool WriteRow(const char* const* fields, const std::uint16_t* lengths, std::size_t count);
-    /// Writes ready-made text as it stands.
+    /// Writes text unchanged.
     bool Append(const char* text, std::size_t length);
     bool Close();
 

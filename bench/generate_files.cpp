@@ -1,8 +1,8 @@
-// Makes the files that the benchmarks read: generate_files FOLDER BYTES
+// generate_files FOLDER BYTES: writes the files that the benchmarks read.
 //
 // Each file has BYTES bytes, rounded up to a whole row, and is the same on every machine: the numbers come from a
-// generator of its own, because the standard library's distributions differ between implementations. A file that is
-// there already in the right size is left alone.
+// generator of its own, because the standard library's distributions differ between implementations. An
+// existing file of the right size is left unchanged.
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -175,7 +175,7 @@ constexpr std::array<SKind, 6> KINDS = {{{"numeric.csv", AppendNumericRow},
                                          {"japanese.csv", AppendJapaneseRow},
                                          {"fixed.txt", AppendFixedRow}}};
 
-/// No row is longer, so that a size within this of the wanted one is a file of ours that was finished.
+/// Longer than any row: a file that exceeds the size by less is complete.
 constexpr std::uint64_t ROW_SIZE_MAX = 16384;
 
 bool IsThere(const std::filesystem::path& path, std::uint64_t size) {

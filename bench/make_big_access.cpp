@@ -1,7 +1,7 @@
-// Makes the database that the benchmark of the Access reader reads: make_big_access PATH [ROWS]
+// make_big_access PATH [ROWS]: writes the database for the benchmark of the Access reader.
 //
 // One table, Big, by default of 200000 rows and 12 columns of mixed types, about 190 MB. It is the same on every
-// machine, and a file that is there already is left alone.
+// machine, and an existing file is left unchanged.
 #include "support/AccessWriter.h"
 
 #include <cstdio>
@@ -40,7 +40,7 @@ std::string Words(std::uint64_t count) {
 }
 
 AccessRow Row(std::int64_t id) {
-    // Most notes lie in the row, some on pages of their own, a few in chains.
+    // Most notes are stored in the row, some on pages of their own, a few in chains of pages.
     const std::uint64_t kind = Below(100);
     const std::uint64_t noteWords = kind < 60 ? 6 : kind < 97 ? 70 + Below(200) : 500 + Below(1500);
     return {id,

@@ -1,5 +1,5 @@
-// Reading speed, beside two floors measured in the same run: copying the same bytes through a buffer, and the naive
-// reader. reader_bench [Google Benchmark's options] FOLDER, the folder that generate_files filled.
+// reader_bench [Google Benchmark's options] FOLDER: the speed of the readers on the files that generate_files has
+// written to the folder, with two baselines: copying the same bytes through a buffer, and the naive reader.
 //
 // The counters rows, fields and text (bytes of all fields) show that readers that are compared did the same work.
 #include "CCsvDataAccess.h"
@@ -37,7 +37,7 @@ struct SWork {
     std::uint64_t fields = 0;
     std::uint64_t text = 0;
 
-    /// The fields stand one after another, each with its NUL, so that counting them takes next to no time.
+    /// The fields are one after another, each with its NUL, so their bytes can be counted in almost no time.
     template <typename Length>
     void Count(const char* const* starts, const Length* lengths, std::size_t count) {
         ++rows;
@@ -101,7 +101,7 @@ struct SWay {
     bool isRaw = false;
 };
 
-/// The path is UTF-8, whatever the page that the file is read in: a page set earlier must not reach the open call.
+/// Opens a file by its path, which is UTF-8, and sets the code page in which the file is read afterwards.
 template <typename Open>
 bool OpenUnderPage(unsigned codePage, Open open) {
     Platform::SetAnsiCodePage(Platform::CP_UTF8);
@@ -196,7 +196,7 @@ void RegisterFloors(const std::string& kind, const std::string& path) {
     });
 }
 
-/// Once with every kernel that the processor has: `numeric/library@avx2`.
+/// Registers a run with each kernel that the processor has, such as `numeric/library@avx2`.
 template <typename Run>
 void RegisterKernels(const std::string& name, Run run) {
     for (const Scan::EKernel kernel : Scan::allKernels)

@@ -1,5 +1,5 @@
-// The least that reading an xls workbook takes: walk_records FILE [cells] goes through all records of the workbook's
-// stream, or through the cells of its first sheet, and prints how many there are.
+// walk_records FILE [cells]: reads all records of an xls workbook, or the cells of its first sheet, and prints their
+// number. This is the least that a reader of such a workbook has to do.
 #include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
 #include "providers/compound/CCompoundFile.h"

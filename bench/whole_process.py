@@ -1,4 +1,4 @@
-"""Runs a program whose output nobody reads, and tells what it took."""
+"""Runs a program with its output to /dev/null and measures its time and memory."""
 import os
 import select
 import sys
@@ -8,12 +8,12 @@ from typing import NamedTuple
 
 class Took(NamedTuple):
     seconds: float
-    processor: float  # seconds, of the program and of the kernel for it
-    memory: float  # megabytes, at most
+    processor: float  # seconds of processor time, including the system
+    memory: float  # peak, in megabytes
 
 
 def most_memory(process):
-    """Kilobytes that the program has held so far. What wait4 tells would be this script's own, from before the start."""
+    """Peak memory of the program so far, in kilobytes. The value of wait4 includes this script, before the start."""
     try:
         with open(f"/proc/{process}/status", encoding="ascii") as status:
             return max((int(line.split()[1]) for line in status if line.startswith("VmHWM")), default=0)
@@ -40,7 +40,7 @@ def run(arguments):
 
 
 def run_in_turn(ways, runs):
-    """The results of each way (a name and its arguments), so that a busy moment of the machine falls on all."""
+    """Runs each program (a name and its arguments) in turn, so that a busy moment of the machine affects all."""
     found = {name: [] for name in ways}
     for _ in range(runs):
         for name, arguments in ways.items():

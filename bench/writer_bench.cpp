@@ -1,5 +1,6 @@
-// Writing speed: rows from arrays to /dev/null, beside a scalar scan and copy and beside copying the finished text.
-// writer_bench [Google Benchmark's options] FOLDER, the folder that generate_files filled.
+// writer_bench [Google Benchmark's options] FOLDER: the speed of writing rows of the files that generate_files has
+// written to the folder, from arrays to /dev/null, with two baselines: the naive writer, and copying the finished
+// text.
 #include "CCsvOutPut.h"
 #include "NaiveReader.h"
 #include "NaiveWriter.h"
@@ -23,7 +24,7 @@ using namespace NSTQ;
 
 constexpr const char* SINK = "/dev/null";
 
-/// Small enough to stay in the processor's caches, so that the writers are measured and not the memory.
+/// So small that the rows stay in the processor's caches: the benchmark measures the writers, not the memory.
 constexpr std::size_t TEXT_SIZE = 1 << 20;
 constexpr std::int64_t PASSES = 128;
 
@@ -46,7 +47,7 @@ public:
             m_fields.push_back(m_text.data() + start);
     }
 
-    /// False as soon as `write` (fields, lengths, count) is.
+    /// Calls `write(fields, lengths, count)` for each row. Stops and returns false when it returns false.
     template <typename Write>
     bool ForEach(Write write) const {
         std::size_t first = 0;
@@ -88,7 +89,7 @@ bool WriteNaively(const CRows& rows, const std::string& path, std::int64_t passe
     return writer.Close() && written;
 }
 
-/// The finished text, in pieces like those of a fast writer.
+/// Writes the finished text, in pieces of the size that a fast writer writes.
 bool WriteCopy(const std::string& text, const std::string& path, std::int64_t passes) {
     constexpr std::size_t piece = 32000;
     Bench::CNaiveWriter writer;
@@ -109,7 +110,7 @@ struct SSource {
     std::string text; ///< the rows as CSV
 };
 
-/// Null, with the reason said, when the two writers do not agree on the rows: their speeds would not compare.
+/// Null, after printing the reason, if the two writers do not write the same: their speeds could not be compared.
 std::shared_ptr<SSource> Load(const std::string& folder, const std::string& kind) {
     auto source = std::make_shared<SSource>(SSource{CRows(folder + "/" + kind + ".csv"), {}});
     const std::string path = folder + "/written.csv";

@@ -1,4 +1,4 @@
-// Reads all that a database says it has.
+// Lists a database and reads all of its tables.
 #pragma once
 
 #include "FuzzSupport.h"
@@ -9,7 +9,7 @@
 
 namespace NSTQ::Fuzz {
 
-/// Does the work, which may be refused.
+/// Calls `work`; the library may reject what it reads, with one of the documented codes.
 template <class TWork>
 void AttemptAccess(TWork work) {
     try {
@@ -21,7 +21,8 @@ void AttemptAccess(TWork work) {
     }
 }
 
-/// Reads rows and gives their number. A forged table may have many more than the file has bytes, so it ends early.
+/// Reads rows and returns their number. A forged table may have more rows than the file has bytes, so not all are
+/// read.
 inline int ReadTable(Platform::IRowSource& rows) {
     constexpr int rowsRead = 20'000;
     constexpr std::size_t columnsRead = 50;

@@ -17,7 +17,7 @@ constexpr std::array<std::uint32_t, 12> lineSizes = {4096, 65535, 70000, 1, 2, 3
 constexpr std::array<std::uint32_t, 8> fieldSizes = {255, 65535, 0, 1, 2, 3, 4, 8};
 constexpr std::array<std::size_t, 8> failingReads = {0, 2, 3, 4, 6, 9, 14, 40};
 
-/// Bytes before the input's own, which bring those to the end of a whole fill of the read buffer.
+/// How many bytes are inserted before those of the input, so that these are at the end of a fill.
 constexpr std::array<std::size_t, 4> fillings = {63970, 63990, 63998, 64000};
 
 class CFuzzedReader : public NSTQCore::CCsvDataAccess {
@@ -95,7 +95,8 @@ void RequireEqual(const CRecord& expected, const CRecord& actual) {
     Require(!expected.rawFits || actual.raw == expected.raw, "the raw record is the plain reader's");
 }
 
-/// Reads to the end and once more. Returns the raw records' bytes; `isWhole` tells whether all were handed out.
+/// Reads to the end and once more. Returns the bytes of the raw records; `isWhole` is set to whether all of them were
+/// returned.
 std::string ReadAll(CFuzzedReader& tested, Tests::CReferenceReader& plain, std::size_t maxReads, bool& isWhole) {
     CRecord expected, actual;
     std::string raw;
@@ -128,18 +129,18 @@ void RunDelimited(CFuzzInput input, bool utf8) {
                          : utf8               ? CSourceDataInfo::RCS_UTF8
                                               : CSourceDataInfo::RCS_ANSI;
     std::string bytes(input.Rest());
-    // Seldom, and only where that is not thousands of records or of reads: it takes the time of many inputs.
+    // Rarely, and only with few records and reads, because such an input takes the time of many others.
     if ((choice & 0x78) == 0x78 && settings.maxLine >= 4096) {
         bytes.insert(0, fillings[choice & 3], 'x');
         readSize = readSizes.front();
     }
-    // Kernels take no short text.
+    // Kernels do not handle short texts.
     if ((flags & 0x10) != 0)
         bytes.append(160, 'y');
-    // Where the character set is looked for, opening asks for four bytes until they have come.
+    // To detect the character set, opening reads until there are four bytes.
     const std::size_t first = charSet == CSourceDataInfo::RCS_ANSI ? 1 : 4;
-    // Only reads that bring something can fail: how often the two readers ask again at the end, or for the first
-    // bytes, is their own affair.
+    // Only a read that returns bytes may fail: the two readers may differ in how often they read again at the end of
+    // the file or for the first four bytes.
     if (readSize < first || failing > (bytes.size() + readSize - 1) / readSize)
         failing = 0;
     const CMemoryFile file(bytes);
@@ -156,7 +157,7 @@ void RunDelimited(CFuzzInput input, bool utf8) {
     Tests::CReferenceReader plain(settings, bytes, {readSize, failing, first}, hasMark ? 3 : 0);
 
     bool isWhole = false;
-    // A failed read moves on by nothing, and neither does the read after it when the data end there.
+    // A failed read does not advance the position, nor does the next one if the data end there.
     const std::string raw = ReadAll(tested, plain, bytes.size() + (failing == 0 ? 3 : 5), isWhole);
     Require(!settings.raw || settings.utf8 || !isWhole || raw == bytes, "the raw records make up the file");
 

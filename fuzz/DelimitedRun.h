@@ -1,12 +1,13 @@
-// What the two targets of delimited text share.
+// The common part of the two targets of delimited text.
 #pragma once
 
 #include "FuzzSupport.h"
 
 namespace NSTQ::Fuzz {
 
-/// Reads the input with the library and with the plain reader, which must agree on every record, whatever the limits,
-/// the short reads and a failing one. `utf8` chooses the grammar, unless the input leaves the choice to the reader.
+/// Reads the input with the library and with the plain reader. Both must return the same records whatever the limits,
+/// also if reads return few bytes or one of them fails. `utf8` selects the grammar, unless the input leaves that to
+/// the detection of the character set.
 void RunDelimited(CFuzzInput input, bool utf8);
 
 } // namespace NSTQ::Fuzz

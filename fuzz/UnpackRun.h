@@ -1,5 +1,5 @@
-// Unpacks an archive. Whatever it holds, nothing appears outside the folder, and in it only files and folders that
-// are the user's own.
+// Unpacks an archive. Whatever its content, nothing may appear outside the folder, and inside it only files and
+// folders that nobody else can access.
 #pragma once
 
 #include "FuzzSupport.h"
@@ -46,10 +46,10 @@ inline void CheckOutside(const Tests::CTempFolder& base, const std::string& out)
     Require(!fs::exists(fs::symlink_status("/tmp/tqc-fuzz-outside")), "no absolute path is followed");
 }
 
-/// Whether all of it was unpacked. `tree` gets what was.
+/// Returns whether all of the archive was unpacked. What was unpacked is returned in `tree`.
 inline bool Unpack(std::string_view archive, const char* password, TTree& tree) {
     const Tests::CTempFolder base;
-    // Deep enough that a few ".." still end inside the private folder, where they are seen.
+    // So deep that a name with a few ".." still ends inside the private folder, where CheckOutside finds the file.
     const std::string out = base.MakeFolder("outer/inner") + "/out";
     NSTQCore::CUnZip unzip(base.WriteFile("in.zip", archive).c_str(), password);
     const bool isUnpacked = unzip.Uncompress(out.c_str());

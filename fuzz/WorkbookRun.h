@@ -1,4 +1,4 @@
-// Reads all that a workbook says it has.
+// Lists a workbook and reads all of its sheets.
 #pragma once
 
 #include "FuzzSupport.h"
@@ -9,7 +9,7 @@
 namespace NSTQ::Fuzz {
 
 inline void ReadRows(Platform::IRowSource& rows) {
-    /// A forged sheet of a few bytes may have all rows that there can be.
+    // A forged sheet of a few bytes may have the maximum number of rows.
     constexpr std::int64_t rowsRead = 20'000;
     std::int64_t count = 0;
     while (count < rowsRead && rows.MoveNext()) {
@@ -20,8 +20,8 @@ inline void ReadRows(Platform::IRowSource& rows) {
     Require(count == std::min(rows.GetRowCount(), rowsRead), "there are as many rows as claimed");
 }
 
-/// `open` gives the data source. The workbook is read or refused, and gives as many rows as it claims. What one sheet
-/// is refused for does not keep the others from being read.
+/// `open` returns the data source. The workbook or a sheet may be rejected; a sheet that is read must return as many
+/// rows as it states. The other sheets are read even if one is rejected.
 template <class TOpen>
 void ReadWorkbook(TOpen open) {
     const auto attempt = [](auto work) {

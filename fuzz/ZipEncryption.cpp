@@ -19,7 +19,7 @@ const unsigned char* Bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// The cipher of the first zip programs: three numbers that each byte of password and content goes into.
+/// The traditional cipher of zip archives: each byte of the password and of the content changes its three keys.
 class CTraditional {
 public:
     explicit CTraditional(std::string_view passWord) {
@@ -38,7 +38,7 @@ public:
     }
 
 private:
-    /// One byte more of a checksum that began as `key`.
+    /// Continues the CRC-32 `key` with one byte.
     static std::uint32_t Step(std::uint32_t key, std::uint32_t byte) {
         key ^= byte & 0xFF;
         for (int bit = 0; bit < 8; ++bit)
@@ -54,8 +54,8 @@ private:
     std::array<std::uint32_t, 3> m_keys = {0x12345678, 0x23456789, 0x34567890};
 };
 
-/// The keys of cipher and authentication and what tells a wrong password, one after another. They take a thousand
-/// rounds, and the fuzzer wants the same few again and again.
+/// The key of the cipher, the key of the authentication code and the two bytes that verify a password, one after
+/// another. Deriving them takes a thousand rounds, so they are kept: the fuzzer uses only a few.
 const std::string& AesKeys(std::string_view passWord, const std::string& salt) {
     static std::map<std::pair<std::string, std::string>, std::string> known;
     std::string& keys = known[{std::string(passWord), salt}];
@@ -69,7 +69,7 @@ const std::string& AesKeys(std::string_view passWord, const std::string& salt) {
     return keys;
 }
 
-/// The bytes that the content is combined with: encrypted numbers of its blocks, from 1.
+/// The bytes that the content is combined with by XOR: the encrypted numbers of its blocks, counted from 1.
 std::string KeyStream(std::string_view key, std::size_t size) {
     std::string numbers;
     for (std::uint64_t block = 1; numbers.size() < size; ++block)

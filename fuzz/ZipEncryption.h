@@ -7,7 +7,7 @@ namespace NSTQ::Fuzz {
 
 enum class EZipEncryption { None, Traditional, Aes128, Aes192, Aes256 };
 
-/// The entry with its packed bytes encrypted. `isSecondVersion`: AES entries have no checksum.
+/// Returns the entry with its packed bytes encrypted. `isSecondVersion`: AES entries have no checksum (AE-2).
 Tests::SZipEntryText Encrypted(Tests::SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
                                std::string_view passWord);
 

@@ -1,6 +1,6 @@
-// Databases: the input is one, with its runs of zeros left out so that seeds stay small: a number of zeros, a number
-// of bytes and these bytes, over and over; numbers have two bytes, the lower one first. It is listed, and all of its
-// tables are read, or it is refused.
+// Databases. The input is a database without its runs of zeros, so that seeds stay small: the number of zeros, the
+// number of bytes after them, and these bytes, repeatedly; each number has two bytes, the lower one first. The target
+// lists the database and reads its tables; it may be rejected.
 #include "AccessRun.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

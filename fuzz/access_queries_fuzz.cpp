@@ -1,5 +1,5 @@
-// Saved queries: the input describes them, and the target writes a database with one table that has them. After the
-// version come the rows of the queries: the attribute, the flag, and three texts, each with a NUL at its end.
+// Saved queries. The input describes them, and the target writes a database with one table and these queries. After
+// the version the input has the rows of the queries: attribute, flag, and three texts, each with a NUL after it.
 #include "AccessRun.h"
 #include "support/AccessWriter.h"
 
@@ -14,7 +14,7 @@ constexpr std::size_t maxRows = 20;
 constexpr std::size_t longestName = 60;
 constexpr std::size_t longestExpression = 500;
 constexpr int tableRows = 3;
-/// This attribute begins the next query, and the flag beside it is that of the query before.
+/// This attribute ends a query; the flag after it is that of the query.
 constexpr std::uint8_t nextQuery = 254;
 constexpr std::uint8_t noFlag = 255;
 

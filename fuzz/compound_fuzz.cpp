@@ -1,5 +1,5 @@
-// Compound files: the input is one. Its streams are read or refused, and give the bytes that their size claims, which
-// are never more than the file has.
+// Compound files. The input is a compound file. Each stream is rejected, or has as many bytes as its size states, and
+// never more than the file.
 #include "FuzzSupport.h"
 #include "providers/compound/CCompoundFile.h"
 #include "support/MemoryAccess.h"
@@ -23,7 +23,7 @@ void ReadStream(CCompoundFile& file, std::u16string_view path, std::size_t fileS
         stream->ReadAt(whole.size() - half.size(), half);
         Fuzz::Require(std::equal(half.rbegin(), half.rend(), whole.rbegin()), "the same bytes come twice");
     } catch (const CSourceError&) {
-        // Said clearly is done well.
+        // The stream is rejected.
     }
 }
 

@@ -1,5 +1,5 @@
-// Connection strings and statements: any text is parsed or refused, and a string in the shape that the library builds
-// gives back the path that was put in.
+// Connection strings and statements. Any text is parsed or rejected; parsing a string that the library would build
+// returns the path and the password that are in it.
 #include "SCDataAccessDefine.h"
 #include "platform/ado/ConnectionString.h"
 #include "platform/ado/Statement.h"
@@ -17,7 +17,7 @@ void Try(TParse parse) {
     try {
         parse();
     } catch (const _com_error&) {
-        // Refusing is an answer, too.
+        // The text is rejected.
     }
 }
 
@@ -30,7 +30,7 @@ void CheckBuilt(std::string_view path, std::string_view password) {
     const std::string text =
         SCDataAccessDefine::OFFICE2007_PRECONNECTSTRING + source + seam + std::string(password) + ';';
     const SConnectionString parsed = ParseConnectionString(text);
-    // Another kind's seam in the password may part the string elsewhere only behind a name of that kind.
+    // A password that contains the text between path and password of another kind of source may be divided there.
     const bool hasOtherSeam = password.find(databasePassWordClause) != password.npos;
     if (!hasOtherSeam && (parsed.dataSource != source || parsed.passWord != password))
         std::abort();

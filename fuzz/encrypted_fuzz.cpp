@@ -1,6 +1,6 @@
-// Encryption: the first byte of the input tells what the rest is: the description of a package's encryption (after
-// its size in two bytes) and the package, or the description of the encryption of records. What opens with the
-// password of the seeds is decrypted through and through; all else is refused.
+// Encryption. By the first byte of the input the rest is either the description of a workbook's encryption (after its
+// size, two bytes) and the encrypted package, or the description of the encryption of BIFF records. What opens with
+// the password of the seeds is decrypted completely; everything else is rejected.
 #include "FuzzSupport.h"
 #include "providers/encryption/Encryption.h"
 #include "support/CompoundBuilder.h"
@@ -19,7 +19,7 @@ std::span<const unsigned char> Bytes(std::string_view text) {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
-/// Rounds of hashing are bounded, but at the bound they would be all that the fuzzer does.
+/// The library limits the rounds of hashing, but inputs near that limit would take all the time of the fuzzer.
 bool TakesLong(std::string_view description) {
     constexpr std::string_view name = "spinCount=";
     const std::size_t at = description.find(name);
@@ -61,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         else
             OpenRecords(input.Rest(), kind % 3 == 1);
     } catch (const CSourceError&) {
-        // Refused.
+        // It is rejected.
     }
     return 0;
 }

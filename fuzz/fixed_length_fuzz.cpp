@@ -1,5 +1,5 @@
-// Fixed-length text. No reference here: the same file in whole fills and in short reads must give the same records,
-// which are made of bytes of the file.
+// Fixed-length text. There is no plain reader to compare with: the same file, read in whole fills and in short reads,
+// must give the same records, whose bytes are in the file in this order.
 #include "CFixDataAccess.h"
 #include "FuzzSupport.h"
 #include "support/TempFolder.h"
@@ -73,7 +73,7 @@ SLayout ReadLayout(CFuzzInput& input) {
                    .lineEnd = input.Pick(lineEnds),
                    .widths = std::vector<WORD>(input.Byte() % 9)};
     for (WORD& width : layout.widths) {
-        // Widths that fit a line, and now and then one of any size.
+        // Usually widths that fit a line; a byte from 0xF0 on begins a width of two bytes.
         width = input.Byte();
         if (width >= 0xF0)
             width = static_cast<WORD>((width << 8) | input.Byte());
@@ -81,7 +81,7 @@ SLayout ReadLayout(CFuzzInput& input) {
     return layout;
 }
 
-/// A record that stands for rows with line ends, or for rows without: only a preview sets that.
+/// A description of a file with or without line ends. Only the preview of a file sets that.
 CSourceDataInfo& Description(bool hasLineEnds) {
     static CSourceDataInfo without, with;
     static const bool isPrepared = [] {
@@ -108,7 +108,8 @@ std::vector<SRow> ReadAll(CFuzzedReader& reader, std::size_t maxReads, bool move
     return rows;
 }
 
-/// The bytes of the fields without spaces, which dropped and changed ones can only be missing from.
+/// Checks that the bytes of the fields, without spaces, are in the file in this order: the reader may drop bytes and
+/// change TABs to spaces, but add nothing.
 void CheckBytes(const std::vector<SRow>& rows, std::string_view bytes) {
     std::size_t at = 0;
     for (const SRow& row : rows)
@@ -154,7 +155,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     info.SetReadCharSet(CSourceDataInfo::RCS_ANSI);
     info.SetFixColLen(layout.widths);
 
-    // Columns without width take nothing.
+    // A read does not advance if no column has a width.
     const bool moves = std::any_of(layout.widths.begin(), layout.widths.end(), [](WORD width) { return width > 0; });
     const auto rows = ReadFile(layout, info, bytes.size(), moves, 64000, 0);
     CheckBytes(rows, bytes);

@@ -1,5 +1,5 @@
-// make_access_seeds FOLDER: writes the seeds of access_fuzz, small databases of each kind, in the form that the
-// target reads.
+// make_access_seeds FOLDER: writes the seeds of access_fuzz: small databases of each version, in the form that
+// access_fuzz.cpp describes.
 #include "support/AccessWriter.h"
 
 #include <algorithm>

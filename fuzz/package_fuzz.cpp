@@ -1,6 +1,7 @@
-// Packages with encryption: the input describes the entries and the target encrypts them, so that the fuzzer gets
-// past passwords, authentication codes and checksums. First come up to three changes to the finished archive, then
-// the entries: a byte for the encryption and packing, the size of the content in two bytes, and the content.
+// Encrypted packages. The input describes the entries and the target encrypts them, so that inputs are not rejected
+// because of their password, authentication code or checksum. First the input has up to three changes to the finished
+// archive, then the entries: a byte for encryption and compression, the size of the content in two bytes, the
+// content.
 #include "UnpackRun.h"
 #include "ZipEncryption.h"
 
@@ -18,9 +19,9 @@ struct SChange {
 
 struct SPackage {
     std::vector<SZipEntryText> entries;
-    TTree tree;            ///< what is to come of them
-    bool isWhole = true;   ///< nothing is wrong with them
-    bool isLocked = false; ///< a wrong password is told from the right one
+    TTree tree;            ///< what unpacking must create
+    bool isWhole = true;   ///< whether all entries are valid
+    bool isLocked = false; ///< whether a wrong password is detected
 };
 
 std::vector<SChange> TakeChanges(CFuzzInput& input) {

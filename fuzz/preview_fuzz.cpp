@@ -12,7 +12,7 @@ using namespace NSTQ::Fuzz;
 using namespace NSTQ::NSTQCore;
 
 constexpr std::size_t previewSize = 12288;
-/// Enough to go over the preview's end, also with inputs of a few bytes.
+/// Sizes that shorter inputs are extended to, so that some go beyond the end of the preview.
 constexpr std::array<std::size_t, 4> leastSizes = {0, previewSize - 1, previewSize, previewSize + 20};
 
 struct SPreview {
@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t leastSize = input.Pick(leastSizes);
     const CAnsiPage page(input.Pick(codePages));
     std::string bytes(input.Rest());
-    // The filling comes first, so that the input's own bytes lie across the preview's end.
+    // Inserted at the beginning, so that the bytes of the input are at the end of the preview.
     if (bytes.size() < leastSize)
         bytes.insert(0, leastSize - bytes.size(), 'x');
 

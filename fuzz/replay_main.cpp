@@ -1,5 +1,5 @@
-// Runs a fuzz target without a fuzzer: on each file given, or on all files of a folder, and on the beginnings of the
-// small ones.
+// Runs a fuzz target without a fuzzer: replay FILE_OR_FOLDER... Of files of up to 600 bytes every beginning is an
+// input, too.
 #include "FuzzSupport.h"
 
 #include <algorithm>
@@ -31,7 +31,7 @@ void Run(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
     for (std::size_t size = bytes.size() <= smallSize ? 0 : bytes.size(); size <= bytes.size(); ++size) {
-        // A block of its own, so that the sanitizer sees a step over its end.
+        // An allocation of exactly this size, so that the sanitizer detects an access after its end.
         const std::vector<std::uint8_t> input(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
         LLVMFuzzerTestOneInput(input.data(), input.size());
     }

@@ -1,5 +1,5 @@
-// What the writer writes the reader reads back. The two grammars keep different texts; the rows are cut to what
-// holds:
+// The reader returns the rows that the writer has written. Neither grammar preserves every text, so the rows of the
+// input are changed until these conditions hold:
 //
 //   both   a row has at least one field; no field holds a byte below 0x20; the separator is no line end and no quote;
 //          the sum of the field lengths plus the number of fields is at most dwMaxLineSize, and no field is longer
@@ -7,7 +7,7 @@
 //   ANSI   no field begins or ends with a space
 //   UTF-8  the ANSI code page is 65001; fields are valid UTF-8; a field with a space also holds the separator or a
 //          quote, so that it is written in quotes; a row is not a single empty field; it has at most dwMaxFieldCnt
-//          fields. A mark at the start of the file is data, because the reader is rewound first.
+//          fields. A BOM at the beginning is data, because the reader moves to the beginning first.
 #include "CCsvDataAccess.h"
 #include "CCsvOutPut.h"
 #include "FuzzSupport.h"
@@ -26,7 +26,7 @@ constexpr char fieldEnd = '\x01', rowEnd = '\x02';
 constexpr std::array rowSeparators = {',', '\t', ';', ' ', 'a', '\x81', '\xE3'};
 constexpr std::array rowLineEnds = {SLineEnd{'\r', '\n'}, SLineEnd{'\n', '\0'}, SLineEnd{'\r', '\0'},
                                     SLineEnd{'\x1F', '\x1E'}};
-/// Header lines that bring the rows to the end of the write buffer and of a fill.
+/// Sizes of a header line, so that the rows after it are at the end of the write buffer and of a fill.
 constexpr std::array<WORD, 5> headerSizes = {0, 1, 63980, 63990, 63998};
 
 struct SForm {
@@ -99,7 +99,7 @@ void WriteRows(const std::string& path, const std::vector<TRow>& rows, const SFo
     Require(writer.GetErrorCode() == 0, "everything is written");
 }
 
-/// The smallest limits with which the rows must be read.
+/// The smallest limits of a reader that has to read these rows.
 struct SLimits {
     std::size_t fields = 1, line = 1, field = 1;
 
@@ -160,7 +160,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                           static_cast<DWORD>(limits.field));
     reader.SetSeparator(form.separator);
     reader.SetDelimiter(form.lineEnd.pre, form.lineEnd.post);
-    // Long headers in reads of a byte or two would take the time of thousands of inputs.
+    // Reading a long header a byte or two at a time would take the time of thousands of inputs.
     const CReadFaults faults(headerSize > 1 ? std::max<std::size_t>(readSize, 16000) : readSize);
     Require(reader.FileOpen(&info), "the file can be opened");
     ReadRows(reader, rows, headerSize > 0, utf8);

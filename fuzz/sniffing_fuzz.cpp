@@ -1,4 +1,4 @@
-// Finding a source's type by its name and by its first line.
+// The detection of the type of a file by its name and its first line.
 #include "CSourceDataInfo.h"
 #include "FuzzSupport.h"
 #include "support/TempFolder.h"
@@ -51,7 +51,7 @@ TType TypeOf(const CSourceDataInfo& info) {
     return type;
 }
 
-/// The input as the path itself: there is no such file, or it is no text.
+/// Uses the input as the path; no such file exists.
 void CheckPath(std::string path, TType expectation, DWORD scanLimit) {
     path.resize(std::min(path.size(), path.find('\0')));
     CSourceDataInfo info(256, scanLimit);

@@ -1,5 +1,5 @@
-// VariantChangeType: any bytes as a value of any type. The first two bytes choose the type, the others are its
-// value, or its text.
+// VariantChangeType with any bytes as a value of any type. The first two bytes select the type, the others are the
+// value or, for VT_BSTR, the text.
 #include "platform/automation/Variant.h"
 
 #include <algorithm>
@@ -22,7 +22,8 @@ bool IsExpected(WCHAR unit) {
     return std::u16string_view(u"0123456789+-./: E#INFDQA").find(unit) != std::u16string_view::npos;
 }
 
-/// A text that comes from no text is short, NUL-terminated and made of a few characters.
+/// Checks that a text ends with a NUL and, if it was not copied from another text, is short and has only the
+/// characters of numbers and dates.
 void CheckText(const CVariant& target, bool isCopy) {
     const auto text = BstrView(target.Value().bstrVal);
     Require(target.Value().bstrVal != nullptr && target.Value().bstrVal[text.size()] == u'\0');
@@ -30,7 +31,7 @@ void CheckText(const CVariant& target, bool isCopy) {
         Require(text.size() < 64 && std::ranges::all_of(text, IsExpected));
 }
 
-/// Objects are left out: their pointer cannot come from a file.
+/// Any type but VT_DISPATCH, whose pointer cannot be made of bytes.
 VARTYPE TypeFrom(std::uint8_t low, std::uint8_t high) {
     const auto type = static_cast<VARTYPE>(low % 32 | (high & 0x20) << 8);
     return type == VT_DISPATCH ? VT_EMPTY : type;
@@ -56,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     source.Get()->vt = type;
 
-    static CVariant target; // kept, so that texts of all lengths go into the same memory
+    static CVariant target; // static, so that texts of all lengths reuse its memory
     if (Failed(VariantChangeType(target.Get(), &source.Value(), 0, VT_BSTR)))
         return 0;
     CheckText(target, type == VT_BSTR);

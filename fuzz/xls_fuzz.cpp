@@ -1,4 +1,4 @@
-// Workbooks of records: the input is a compound file or the stream of records alone.
+// xls workbooks. The input is a compound file, or only its stream of BIFF records.
 #include "WorkbookRun.h"
 #include "xls/XlsBuilder.h"
 

@@ -1,5 +1,5 @@
-// Workbooks: the input is a whole package, or the parts of one: the sheet's rows, the shared strings and the formats,
-// with NULs between.
+// xlsx workbooks. The input is a whole package, or parts of one, separated by NULs: the rows of the sheet, the shared
+// strings, the number formats, the properties of the workbook and its defined names.
 #include "WorkbookRun.h"
 #include "xlsx/XlsxBuilder.h"
 

@@ -1,6 +1,6 @@
-// The parts of a workbook that name its sheets, lead to them and tell which numbers are dates: the input is these
-// parts, with NULs between, and the target puts them into a package with two sheets. An empty part is replaced by a
-// good one.
+// The parts of an xlsx workbook that have the names of the sheets, the relationships and the number formats. The
+// input has these parts, separated by NULs, and the target puts them into a package with two sheets. A valid part
+// replaces an empty one.
 #include "WorkbookRun.h"
 #include "xlsx/XlsxBuilder.h"
 
@@ -23,7 +23,7 @@ constexpr std::string_view goodStyles =
     "<styleSheet><numFmts><numFmt numFmtId='164' formatCode='yyyy'/></numFmts>"
     "<cellXfs><xf numFmtId='0'/><xf numFmtId='14'/><xf numFmtId='164'/></cellXfs></styleSheet>";
 
-/// Numbers in each of the first styles, and texts.
+/// A sheet with a number in each of the first styles, and with texts.
 std::string Sheet() {
     std::string cells;
     for (const char* const number : {"45000.75", "-1", "0.5", "3e9"}) {

@@ -1,4 +1,4 @@
-// Unpacking: the input is the archive.
+// Unpacking. The input is a zip archive.
 #include "UnpackRun.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
