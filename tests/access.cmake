@@ -8,7 +8,6 @@ target_include_directories(access_writer PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(access_writer PRIVATE tqcAccess_static tqc_options)
 
 tqc_add_test(access_test
-  access/AccessHarness.cpp
   access/LayoutTest.cpp
   access/ListingTest.cpp
   access/ValuesTest.cpp)

@@ -1,39 +1,70 @@
-// Databases of the writer on disk, and what the library makes of them.
+// Databases of the writer in memory, and their tables as UTF-8 text.
 #pragma once
 
-#include "CSourceDataInfo.h"
+#include "providers/access/Access.h"
+#include "providers/common/TextConversion.h"
 #include "support/AccessWriter.h"
-#include "support/TempFolder.h"
+#include "support/MemoryAccess.h"
+#include "tqcAccess/ComError.h"
+
+#include <gtest/gtest.h>
 
 namespace NSTQ::Tests {
 
 inline constexpr EJet allVersions[] = {EJet::Jet3,  EJet::Jet4,  EJet::Ace12, EJet::Ace14,
                                        EJet::Ace15, EJet::Ace16, EJet::Ace17};
 
+/// The constructor throws what opening a database throws.
 class CAccessFile {
 public:
-    explicit CAccessFile(const std::string& bytes, std::string_view name = "data.mdb");
+    explicit CAccessFile(const std::string& bytes, const std::string& passWord = {})
+        : m_source(Providers::OpenAccess(Providers::CSourceInput(std::make_shared<CMemoryAccess>(bytes)),
+                                         {"data.mdb", passWord})) {}
 
-    NSTQCore::CSourceDataInfo::ESourceDataOpen Prepare(const char* passWord = "");
-    bool NeedsPassWord() { return m_info.GetIsNeedPassWord(); }
-    // These prepare with the password that was given last; there is '|' between names and fields.
-    std::string Names();
-    std::string ColumnNames(std::string_view table) { return Read(table, true); }
-    /// A '\n' behind each row. Where reading fails, "raised" and the description; "refused" when the table does not
-    /// open, "missing" when it is not offered.
-    std::string Rows(std::string_view table) { return Read(table, false); }
+    /// The tables and queries that a program offers, with '|' between them.
+    std::string Names() const {
+        std::string names;
+        for (const Platform::STableSchema& table : m_source->ListTables())
+            if (table.type == u"TABLE" || table.type == u"VIEW")
+                names += (names.empty() ? "" : "|") + Utf8(table.name);
+        return names;
+    }
+    /// A line for each row, with '|' between the fields; where a call fails, "raised " and the description.
+    std::string Rows(const std::string& table, bool hasHeaderRow = false) const {
+        std::string text;
+        try {
+            const auto rows = m_source->OpenTable(Providers::ToUtf16(table));
+            const auto& names = rows->GetColumnNames();
+            for (std::size_t i = 0; hasHeaderRow && i < names.size(); ++i)
+                text += Utf8(names[i]) + (i + 1 < names.size() ? '|' : '\n');
+            while (rows->MoveNext())
+                for (std::size_t i = 0; i < names.size(); ++i)
+                    text += FieldText(rows->GetValue(i)) + (i + 1 < names.size() ? '|' : '\n');
+        } catch (const Platform::_com_error& error) {
+            EXPECT_TRUE(error.Error() == Platform::E_FAIL || error.Error() == Platform::DB_E_NOTABLE);
+            text += std::string("raised ") + error.Description();
+        }
+        return text;
+    }
 
 private:
-    std::vector<char*> Schemas();
-    std::string Read(std::string_view table, bool areNames);
+    static std::string Utf8(std::u16string_view text) {
+        std::string bytes;
+        return std::string(Providers::ToUtf8(text, bytes));
+    }
+    static std::string FieldText(const Platform::VARIANT& value) {
+        Platform::CVariant text;
+        if (value.vt == Platform::VT_NULL)
+            return "";
+        EXPECT_EQ(Platform::VariantChangeType(text.Get(), &value, 0, Platform::VT_BSTR), Platform::S_OK);
+        return Utf8(Platform::BstrView(text.Value().bstrVal));
+    }
 
-    CTempFolder m_folder;
-    std::string m_strPath;
-    NSTQCore::CSourceDataInfo m_info;
+    std::unique_ptr<Platform::IDataSource> m_source;
 };
 
-std::string RowsOf(CAccessWriter& writer, std::string_view table = "T");
-/// The description of what reading a table past the readers raises: these keep only the code.
-std::string CauseOf(CAccessWriter& writer, std::u16string_view table = u"T");
+inline std::string RowsOf(CAccessWriter& writer, const std::string& table = "T") {
+    return CAccessFile(writer.Finish().Bytes()).Rows(table);
+}
 
 } // namespace NSTQ::Tests

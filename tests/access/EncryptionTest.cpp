@@ -1,15 +1,13 @@
-// Databases with passwords: in the header alone, with encoded pages, with encrypted ones.
+// Databases with passwords: only in the header, with encoded pages, and with encrypted pages.
 #include "access/AccessHarness.h"
 #include "support/AnsiPage.h"
 #include "support/Encryptor.h"
 #include "support/Repeat.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace NSTQ::Tests {
 namespace {
-
-using enum NSTQCore::CSourceDataInfo::ESourceDataOpen;
 
 struct SLockedCase {
     const char* title;
@@ -40,7 +38,7 @@ std::string LockedFile(const SLockedCase& locked) {
     CAccessWriter writer(locked.version);
     writer.SetCodePage(locked.codePage);
     writer.SetKey(locked.key);
-    // What an encrypted database has in this place is nothing to compare a password with.
+    // In an encrypted database the password in the header does not count.
     const std::string passWord = locked.version == EJet::Jet4 ? locked.utf8 : locked.passWord;
     writer.SetPassWord(locked.cipher == nullptr ? passWord : "something else");
     CAccessTable& table = writer.AddTable("T", {{"a"}, {"m", EAccess::Memo}});
@@ -52,32 +50,31 @@ std::string LockedFile(const SLockedCase& locked) {
     return file;
 }
 
-TEST(AccessPassWords, AreAskedForAndCompared) {
+std::string RowsWith(const std::string& file, const std::string& passWord) {
+    try {
+        return CAccessFile(file, passWord).Rows("T");
+    } catch (const Platform::_com_error& error) {
+        EXPECT_EQ(error.Error(), Platform::DB_SEC_E_AUTH_FAILED);
+        return error.Description();
+    }
+}
+
+TEST(AccessPassWords, OpenADatabaseOnlyWhenRight) {
     const std::string rows = Repeat("text|" + std::string(1500, 'm') + "\n", 50);
     for (const SLockedCase& locked : lockedCases) {
         SCOPED_TRACE(locked.title);
         const CAnsiPage page(locked.codePage);
-        const std::string& passWord = locked.passWord;
-        CAccessFile file(LockedFile(locked), locked.version > EJet::Jet4 ? "data.accdb" : "data.mdb");
-        for (const std::string& wrong : {std::string(), passWord.substr(0, 2), passWord + "!", std::string("x")})
-            EXPECT_EQ(file.Prepare(wrong.c_str()), SDO_PASSWORD_ERROR) << wrong;
-        EXPECT_EQ(file.Prepare("something else"), SDO_PASSWORD_ERROR);
-        EXPECT_TRUE(file.NeedsPassWord());
-        EXPECT_EQ(file.Rows("T"), "missing");
-        EXPECT_EQ(file.Prepare(passWord.c_str()), SDO_DATABASE);
-        EXPECT_TRUE(file.NeedsPassWord());
-        EXPECT_EQ(file.Rows("T"), rows);
+        const std::string file = LockedFile(locked);
+        const std::string& right = locked.passWord;
+        EXPECT_EQ(RowsWith(file, right), rows);
+        EXPECT_THAT(RowsWith(file, ""), testing::EndsWith("it needs a password"));
+        for (const std::string& wrong : {right.substr(0, 2), right + "!", std::string("something else")})
+            EXPECT_EQ(RowsWith(file, wrong), "data.mdb: the password is wrong");
     }
-}
-
-TEST(AccessPassWords, AreNotAskedForWhenThereIsNone) {
-    for (const SLockedCase& open : {SLockedCase{"", EJet::Jet3, 0, nullptr, "", ""},
-                                    {"", EJet::Jet4, 0x1234, nullptr, "", ""},
-                                    {"", EJet::Ace12, 0, nullptr, "", ""}}) {
-        CAccessFile file(LockedFile(open));
-        EXPECT_EQ(file.Prepare(), SDO_DATABASE);
-        EXPECT_FALSE(file.NeedsPassWord());
-        EXPECT_EQ(file.Prepare("needless"), SDO_DATABASE);
+    for (const auto& [version, key] : {std::pair(EJet::Jet3, 0U), {EJet::Jet4, 0x1234U}, {EJet::Ace12, 0U}}) {
+        const std::string file = LockedFile({"no password", version, key, nullptr, "", ""});
+        EXPECT_EQ(RowsWith(file, ""), rows);
+        EXPECT_EQ(RowsWith(file, "not needed"), rows);
     }
 }
 

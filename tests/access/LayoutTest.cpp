@@ -1,8 +1,5 @@
-// How rows, columns and long values may lie in the pages: each layout gives the same rows.
+// The layouts of rows, columns and long values in the pages: each gives the same rows.
 #include "access/AccessHarness.h"
-#include "support/AnsiPage.h"
-
-#include <gtest/gtest.h>
 
 namespace NSTQ::Tests {
 namespace {
@@ -22,7 +19,7 @@ std::string Letters(std::size_t count) {
     return text;
 }
 
-/// Numbered rows with a text and a note, of whose sizes each comes in its turn.
+/// Numbered rows with a text and a note, whose sizes alternate.
 struct SRunCase {
     const char* title;
     int rows;
@@ -31,16 +28,16 @@ struct SRunCase {
     SAccessTableOptions options = {};
     ERowPlace place = Plain; ///< of every `turn`-th row
     int turn = 1;
-    std::uint32_t firstPage = 0; ///< from which on all but the first row lies; in the small pages of Jet 3 alone
+    std::uint32_t firstPage = 0; ///< where the second row lies; only for Jet 3, whose pages are small
 };
 
 const SRunCase runCases[] = {
     {"no rows", 0, {}, {}},
     {"rows on many pages", 1000, {0, 1, 50, 99, 200}, {1}},
     {"deleted rows", 100, {80}, {1}, {}, Deleted, 3},
-    {"nothing but deleted rows", 2, {1}, {1}, {}, Deleted},
+    {"only deleted rows", 2, {1}, {1}, {}, Deleted},
     {"rows that have moved", 60, {90}, {120}, {}, Moved, 2},
-    {"nothing but rows that have moved", 60, {90}, {120}, {}, Moved},
+    {"only rows that have moved", 60, {90}, {120}, {}, Moved},
     {"long values by their size", 7, {1}, {0, 1, 63, 64, 65, 100, 1500}},
     {"long values in the rows", 7, {1}, {0, 1, 63, 64, 65, 100, 1500}, {.longValue = InRow}},
     {"long values in records of their own", 7, {1}, {0, 1, 63, 64, 65, 100, 1500}, {.longValue = OnePage}},
@@ -52,7 +49,6 @@ const SRunCase runCases[] = {
 };
 
 TEST(AccessLayout, RowsAndLongValues) {
-    const CAnsiPage page(1252);
     for (const SRunCase& run : runCases)
         for (const EJet version : someVersions) {
             if (run.firstPage > 0 && version != EJet::Jet3)
@@ -78,7 +74,7 @@ TEST(AccessLayout, RowsAndLongValues) {
 struct SColumnsCase {
     const char* title;
     std::vector<SAccessColumn> columns;
-    std::vector<std::pair<AccessRow, ERowPlace>> rows; ///< with the first columns alone, as in rows from before
+    std::vector<std::pair<AccessRow, ERowPlace>> rows; ///< may lack the last columns, as old rows do
     const char* expected;
 };
 
@@ -91,8 +87,8 @@ SAccessColumn At(unsigned position, const char* name, EAccess type) {
 }
 
 const SColumnsCase columnsCases[] = {
-    {"columns of fixed size alone", {{"a", Long}, {"b", Long}}, {{{two, two}, Plain}}, "2|2\n"},
-    {"columns of variable size alone", {{"a"}, {"b"}}, {{{"a", "b"}, Plain}, {{{}, {}}, Plain}}, "a|b\n|\n"},
+    {"only columns of fixed size", {{"a", Long}, {"b", Long}}, {{{two, two}, Plain}}, "2|2\n"},
+    {"only columns of variable size", {{"a"}, {"b"}}, {{{"a", "b"}, Plain}, {{{}, {}}, Plain}}, "a|b\n|\n"},
     {"columns added to rows",
      {{"a"}, {"b", Long}, {"c"}, {"d", Memo}, {"e", Long}, {"f", Boolean}},
      {{{"1"}, Plain},
@@ -138,15 +134,14 @@ TEST(AccessLayout, ManyColumnsWithLongNames) {
         empty.back() = row.back();
         CAccessWriter writer(version);
         writer.AddTable("T", columns).Add(row).Add(empty);
-        CAccessFile file(writer.Finish().Bytes());
-        EXPECT_EQ(file.ColumnNames("T"), names);
-        EXPECT_EQ(file.Rows("T"), texts + "\n" + std::string(254, '|') + "t254\n") << int(version);
+        EXPECT_EQ(CAccessFile(writer.Finish().Bytes()).Rows("T", true),
+                  names + "\n" + texts + "\n" + std::string(254, '|') + "t254\n")
+            << int(version);
     }
 }
 
-/// Jet 3 stores offsets in one byte each, and beside them at which column another 256 bytes begin.
+/// Jet 3 stores each offset in one byte, and separately at which column the next 256 bytes begin.
 TEST(AccessLayout, OffsetsAcrossEach256Bytes) {
-    const CAnsiPage page(1252);
     for (const EJet version : someVersions) {
         CAccessWriter writer(version);
         CAccessTable& table = writer.AddTable("T", {{"a"}, {"b"}, {"c"}, {"d"}});

@@ -1,11 +1,9 @@
-// Each type of column at its limits, as text.
+// Each type of column at its limits, as text, and the values that are refused.
 #include "access/AccessHarness.h"
 #include "providers/access/SCColumnProperties.h"
-#include "support/AnsiPage.h"
 
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <limits>
 
 namespace NSTQ::Tests {
@@ -31,7 +29,7 @@ SAccessColumn Calculated(EAccess type, unsigned char scale = 0) {
     return {.type = type, .scale = scale, .isCalculated = true};
 }
 
-/// The bytes of the value as they are, in a column that is said to be of the type.
+/// The bytes of the value unchanged, in a column whose definition states the type.
 SAccessColumn Raw(EAccess type, bool isCalculated = false) {
     return {.type = Binary, .isCalculated = isCalculated, .shownType = type};
 }
@@ -53,16 +51,11 @@ const SValueCase valueCases[] = {
     {Variable(Long), Int(-7), "-7"},
     {Variable(Long), {}, ""},
     {{"", Currency}, Whole::max(), "922337203685477.5807"},
-    {{"", Currency}, Whole::min(), "-922337203685477.5808"},
     {{"", Currency}, Int(-1), "-0.0001"},
-    {{"", Currency}, Int(125000), "12.5"},
     {{"", Single}, 0.1, "0.1"},
     {{"", Double}, Real::max(), "1.79769313486232E+308"},
-    {{"", Double}, -0.1, "-0.1"},
     {{"", Date}, -657434.75, "0100/01/01 18:00:00"},
     {{"", Date}, 2958465.0 + 86399.0 / 86400, "9999/12/31 23:59:59"},
-    {{"", Date}, 0.0, "0:00:00"},
-    {{"", Date}, 60.0, "1900/02/28"},
     {{"", Date}, 2958466.0, "2958466"},
     {{"", Binary}, "\x01\xAB\xFF", "0x01ABFF"},
     {{"", Ole}, std::string("\0x", 2), "0x0078"},
@@ -79,7 +72,7 @@ const SValueCase valueCases[] = {
     {{"", Memo}, "plain", "plain"},
     {{"", Memo}, "", ""},
     {{"", Memo}, {}, ""},
-    {{"", Text}, " a\tb\r\nc ", "a bc"},
+    {{"", Text}, " a\tb ", " a\tb "},
     {{"", Text}, "a long beginning, 東京, and an end", "a long beginning, 東京, and an end", EJet::Jet4},
     {{"", Text}, "compressed but for Ā", "compressed but for Ā", EJet::Jet4},
     {{.type = Text, .isCompressed = false}, "never compressed", "never compressed", EJet::Jet4},
@@ -113,7 +106,7 @@ const SValueCase valueCases[] = {
     {Raw(Text), "\xFF\xFE\x61\xE9", "a\u00E9", EJet::Jet4},
     {Raw(Text), "\xFF\xFE\x61\0\xE5\x65"s, "a\u65E5", EJet::Jet4},
     {Raw(Text), "\xFF\xFE\0\xE5\x65\x2C\x67\0\x63\x64"s, "\u65E5\u672Ccd", EJet::Jet4},
-    // A pair whose upper byte is 0 does not turn back.
+    // A unit whose high byte is 0 does not end the uncompressed part.
     {Raw(Text), "\xFF\xFE\0\xE5\x65\x61\0\0\x62"s, "\u65E5ab", EJet::Jet4},
     {Raw(Text), "\xFF\xFE\x61\0\0\0"s, "a", EJet::Jet4},
     {Raw(Text), "\xFF\xFE\x61\0\xE5"s, "a", EJet::Jet4},
@@ -123,7 +116,6 @@ const SValueCase valueCases[] = {
 };
 
 TEST(AccessValues, EachTypeAtItsLimits) {
-    const CAnsiPage page(65001);
     for (const EJet version : allVersions) {
         std::vector<SAccessColumn> columns;
         std::vector<std::string> expected;
@@ -166,17 +158,17 @@ const struct {
     {{.type = Text}, "\xD0\x61", "code page 1361", EJet::Jet3},
 };
 
-TEST(AccessValues, WrongOnesSayWhy) {
+TEST(AccessValues, InvalidOnesSayWhy) {
     for (const auto& wrong : wrongCases) {
         CAccessWriter writer(wrong.version);
         writer.SetCodePage(1361);
         writer.AddTable("T", {wrong.column}).Add({wrong.strValue});
-        EXPECT_THAT(CauseOf(writer), testing::HasSubstr(wrong.words));
+        EXPECT_THAT(RowsOf(writer), testing::ContainsRegex("raised data.mdb: .*" + std::string(wrong.words)));
     }
 }
 
-/// Records of long values belong to one field each: a file that has more to read than it holds is forged.
-TEST(AccessValues, LongValuesInOnePlaceAreNotReadForEver) {
+/// A record of a long value belongs to one field: a file that has more to read than it holds is forged.
+TEST(AccessValues, LongValuesThatShareARecordAreRefused) {
     CAccessWriter writer(EJet::Jet4);
     CAccessTable& other =
         writer.AddTable("Other", {{"m", Memo}}, {.longValue = SAccessTableOptions::ELongValue::OnePage});
@@ -185,33 +177,27 @@ TEST(AccessValues, LongValuesInOnePlaceAreNotReadForEver) {
     for (int i = 0; i < 1000; ++i)
         table.Add(
             {LittleEndian(0x40000BB8, 4) + SRecordPlace{other.LongPages()[0], 0}.Pointer() + std::string(4, '\0')});
-    EXPECT_THAT(CauseOf(writer), testing::HasSubstr("overlap or form a cycle"));
+    EXPECT_THAT(RowsOf(writer), testing::HasSubstr("overlap or form a cycle"));
 }
 
-TEST(AccessValues, TextsGoThroughTheCodePages) {
-    const struct {
-        EJet version;
-        unsigned filePage;
-        unsigned page;
-        const char* text;
-        const char* expected;
-    } cases[] = {
-        {EJet::Jet3, 1252, 1252, "m\xFCller", "m\xFCller"},
-        {EJet::Jet3, 1252, 65001, "m\xFCller \x80", "müller €"},
-        {EJet::Jet3, 932, 932, "\x83\x5C\x81\x5B|\x95\x5C", "\x83\x5C\x81\x5B|\x95\x5C"},
-        {EJet::Jet3, 1361, 65001, "ascii", "ascii"},
-        {EJet::Jet3, 1252, 932, "m\xFCller", "muller"}, // the closest that there is
-        {EJet::Jet4, 1252, 932, "ソー 表", "\x83\x5C\x81\x5B \x95\x5C"},
-        {EJet::Jet4, 1252, 932, "한 😀 x", "? ?? x"},
-        {EJet::Jet4, 1252, 1252, "€ 東", "\x80 ?"},
+TEST(AccessValues, TextsAreInTheCodePageOfTheFileOrInUtf16) {
+    const std::tuple<EJet, unsigned, const char*, std::string> cases[] = {
+        {EJet::Jet3, 1252, "m\xFCller \x80", "müller €"},
+        {EJet::Jet3, 932, "\x83\x5C\x81\x5B|\x95\x5C", "ソー|表"},
+        {EJet::Jet3, 1361, "ascii", "ascii"},
+        {EJet::Jet4, 1252, "ソー 表 한 😀", "ソー 表 한 😀"},
     };
-    for (const auto& known : cases) {
-        const CAnsiPage page(known.page);
-        CAccessWriter writer(known.version);
-        writer.SetCodePage(known.filePage);
-        writer.AddTable("T", {{"Text"}, {"Memo", Memo}}).Add({known.text, known.text});
-        EXPECT_EQ(RowsOf(writer), std::string(known.expected) + "|" + known.expected + "\n") << known.text;
+    for (const auto& [version, filePage, text, expected] : cases) {
+        CAccessWriter writer(version);
+        writer.SetCodePage(filePage);
+        writer.AddTable("T", {{"Text"}, {"Memo", Memo}}).Add({text, text});
+        EXPECT_EQ(RowsOf(writer), expected + "|" + expected + "\n");
     }
+    CAccessWriter writer(EJet::Jet4);
+    writer.AddTable("表 1", {{"ソース", Long}, {"[x] %", Long}}).Add({Int(1), Int(2)});
+    const CAccessFile file(writer.Finish().Bytes());
+    EXPECT_EQ(file.Names(), "表 1");
+    EXPECT_EQ(file.Rows("表 1", true), "ソース|[x] %\n1|2\n");
 }
 
 std::string Sized(const std::string& bytes, std::size_t width, std::size_t extra = 0) {
@@ -240,16 +226,6 @@ TEST(AccessValues, PropertiesGiveCalculatedColumnsTheirTypes) {
         EXPECT_EQ(columns[1].type, length == block.size() ? Providers::EColumnType::Double : Providers::EColumnType{})
             << length;
     }
-}
-
-TEST(AccessValues, NamesGoThroughTheCodePages) {
-    const CAnsiPage page(932);
-    CAccessWriter writer(EJet::Jet4);
-    writer.AddTable("表 1", {{"ソース", Long}, {"[x] %", Long}}).Add({Int(1), Int(2)});
-    CAccessFile file(writer.Finish().Bytes());
-    EXPECT_EQ(file.Names(), "\x95\x5C 1");
-    EXPECT_EQ(file.ColumnNames("\x95\x5C 1"), "\x83\x5C\x81\x5B\x83\x58|[x] %");
-    EXPECT_EQ(file.Rows("\x95\x5C 1"), "1|2\n");
 }
 
 } // namespace

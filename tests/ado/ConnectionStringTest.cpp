@@ -24,7 +24,7 @@ TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
         {"Data==Source=no;Data Source=/x/y==z.xlsx", "/x/y==z.xlsx", ""},
         {"Data Source=;Extended Properties=p;Unknown=\"q;\"", "", "p"},
         {"Data Source=\tC:\\dir\\a.xls\r\n", "C:\\dir\\a.xls", ""},
-        // Quoted in the shape of built strings.
+        // Quoted, but otherwise like the strings that the library builds.
         {"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"/d/a;b.xlsx\";Extended Properties=\"Excel "
          "12.0;HDR=NO;IMEX=1\";Jet OLEDB:Database Password=;",
          "/d/a;b.xlsx", "Excel 12.0;HDR=NO;IMEX=1"},
@@ -47,28 +47,17 @@ struct Kind {
     const char* extension;
 };
 
-std::vector<Kind> Kinds() {
-    using S = SCDataAccessDefine;
-    return {{S::OFFICE2003_PRECONNECTSTRING, S::EXCLE2003_POSTCONNECTSTRING, ".xls"},
-            {S::OFFICE2007_PRECONNECTSTRING, S::EXCLE2007_POSTCONNECTSTRING, ".XLS"},
-            {S::OFFICE2007_PRECONNECTSTRING, S::EXCLE2007_POSTCONNECTSTRING, ".xlsx"},
-            {S::OFFICE2003_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".mdb"},
-            {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".Mdb"},
-            {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".accdb"}};
-}
-
-/// Parts of a path or password that could mislead; every pair of them is tried.
-std::vector<std::string> HostileParts(const Kind& kind) {
-    std::vector<std::string> parts = {kind.after, kind.before};
-    for (const char* part : {"", "a", " ", ";", "=", "\"", "'", "a;b=c", "\"a\"", "'b", ";;",
-                             "Data Source=/etc/passwd;", "\xFF", ";Extended Properties=", ";Extended Properties=\"\"",
-                             ";Data Source=b.xlsx;", ";Jet OLEDB:Database Password="})
-        parts.emplace_back(part);
-    return parts;
-}
+using S = SCDataAccessDefine;
+const Kind kinds[] = {{S::OFFICE2003_PRECONNECTSTRING, S::EXCLE2003_POSTCONNECTSTRING, ".xls"},
+                      {S::OFFICE2007_PRECONNECTSTRING, S::EXCLE2007_POSTCONNECTSTRING, ".XLS"},
+                      {S::OFFICE2007_PRECONNECTSTRING, S::EXCLE2007_POSTCONNECTSTRING, ".xlsx"},
+                      {S::OFFICE2003_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".mdb"},
+                      {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".Mdb"},
+                      {S::OFFICE2007_PRECONNECTSTRING, S::ACCESS_POSTCONNECTSTRING, ".accdb"}};
+const std::string passWordClause = ";Jet OLEDB:Database Password=";
 
 void ExpectParsed(const Kind& kind, const std::string& path, const std::string& password) {
-    const std::string text = kind.before + path + kind.after + ";Jet OLEDB:Database Password=" + password + ';';
+    const std::string text = kind.before + path + kind.after + passWordClause + password + ';';
     const auto parsed = ParseConnectionString(text);
     ASSERT_EQ(parsed.dataSource, path) << text;
     ASSERT_EQ(parsed.passWord, password) << text;
@@ -77,36 +66,53 @@ void ExpectParsed(const Kind& kind, const std::string& path, const std::string& 
 }
 
 TEST(ConnectionString, BuiltStringsOpenTheirOwnFileWhateverPathAndPasswordHold) {
-    for (const Kind& kind : Kinds()) {
-        const auto parts = HostileParts(kind);
-        for (const auto& first : parts) {
+    // Every pair of these parts.
+    std::vector<std::string> parts = {"",
+                                      "a",
+                                      " ",
+                                      ";",
+                                      "=",
+                                      "\"",
+                                      "'",
+                                      "a;b=c",
+                                      "\"a\"",
+                                      "'b",
+                                      ";;",
+                                      "Data Source=/etc/passwd;",
+                                      "\xFF",
+                                      ";Extended Properties=",
+                                      ";Extended Properties=\"\"",
+                                      ";Data Source=b.xlsx;",
+                                      passWordClause};
+    for (const Kind& kind : kinds)
+        parts.insert(parts.end(), {kind.before, kind.after});
+    for (const Kind& kind : kinds) {
+        const std::string extension = kind.extension, plain = "/d/a" + extension;
+        for (const auto& first : parts)
             for (const auto& second : parts) {
-                const std::string password = first + second;
-                ExpectParsed(kind, first + second + kind.extension, "");
-                ExpectParsed(kind, "/d/" + first + kind.extension + second + kind.extension, first);
-                ExpectParsed(kind, "/d/a" + std::string(kind.extension), password);
+                ExpectParsed(kind, first + second + extension, "");
+                ExpectParsed(kind, "/d/" + first + extension + second + extension, first);
+                ExpectParsed(kind, plain, first + second);
             }
+        // Everything between path and password: allowed in a path, and in a password unless a path stands before it.
+        for (const Kind& other : kinds) {
+            const std::string seam = other.after + passWordClause;
+            ExpectParsed(kind, plain + seam + "b;" + extension, "secret");
+            ExpectParsed(kind, "/d/" + seam + seam + extension, ";");
+            ExpectParsed(kind, plain, seam + seam);
+            ExpectParsed(kind, plain, "b.txt" + seam + "c");
         }
-        // Whole seams: in the path always, in the password unless a fitting name stands before.
-        for (const Kind& other : Kinds()) {
-            const std::string seam = std::string(other.after) + ";Jet OLEDB:Database Password=";
-            ExpectParsed(kind, "/d/a" + std::string(kind.extension) + seam + "b;" + kind.extension, "secret");
-            ExpectParsed(kind, "/d/" + seam + seam + kind.extension, ";");
-            ExpectParsed(kind, "/d/a" + std::string(kind.extension), seam + seam);
-            ExpectParsed(kind, "/d/a" + std::string(kind.extension), "b.txt" + seam + "c");
-        }
-        ExpectParsed(kind, std::string(260 - std::string(kind.extension).size(), ';') + kind.extension,
-                     std::string(259, '"'));
+        ExpectParsed(kind, std::string(260 - extension.size(), ';') + extension, std::string(259, '"'));
     }
 }
 
 TEST(ConnectionString, AmbiguousStringsTakeTheLongerPath) {
-    const Kind kind = Kinds()[2];
-    const std::string seam = std::string(kind.after) + ";Jet OLEDB:Database Password=";
+    const Kind& kind = kinds[2];
+    const std::string seam = kind.after + passWordClause;
     const auto parsed = ParseConnectionString(kind.before + ("a.xlsx" + seam) + "b.xlsx" + seam + "c;");
     EXPECT_EQ(parsed.dataSource, "a.xlsx" + seam + "b.xlsx");
     EXPECT_EQ(parsed.passWord, "c");
-    // A path with an extension of its own, not quoted.
+    // A path with an unknown extension, not quoted.
     EXPECT_EQ(ParseConnectionString(kind.before + ("/d/a;b.xlsm" + seam) + ';').dataSource, "/d/a;b.xlsm");
 }
 

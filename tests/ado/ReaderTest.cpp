@@ -16,7 +16,8 @@ using namespace NSTQ::Tests;
 
 using Row = std::vector<std::string>;
 
-struct Handed {
+/// What a call returns.
+struct Returned {
     const char** data = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 77;
@@ -36,7 +37,7 @@ struct Handed {
 /// A reader that has opened the first sheet of the script.
 struct Opened {
     CADOOperater reader;
-    Handed row, names;
+    Returned row, names;
 
     explicit Opened(CSourceDataInfo& info, DWORD columns = 2, DWORD line = 99, DWORD field = 20,
                     bool keepLineEnds = false)
@@ -54,19 +55,17 @@ struct Opened {
 
 class Reader : public CScriptedTest {
 protected:
-    Reader() { PrepareSheet("book.xlsx"); }
-    void PrepareSheet(const char* name) {
-        EXPECT_EQ(Prepare(info, name), CSourceDataInfo::SDO_DATABASE);
+    Reader() {
+        EXPECT_EQ(Prepare(info, "book.xlsx"), CSourceDataInfo::SDO_DATABASE);
         info.SetSelectSchemaIndx(0);
     }
     CSourceDataInfo info;
 };
 
-TEST_F(Reader, OpensReadsAndCountsAThirdAtATime) {
+TEST_F(Reader, ReadsRowsOnceAndTellsItsPosition) {
     script.table = {{u"ID", u" Na me "}, {{1.0, u"one"}, {2.0, Value(VT_NULL)}, {7.5, Date(45000.75)}}};
-    PrepareSheet("book.xls");
     CADOOperater reader(2, 99, 20);
-    Handed row;
+    Returned row;
     EXPECT_TRUE(reader.GetFieldsName(row.data, row.lengths, row.count));
     EXPECT_EQ(row.count, 0U);
     EXPECT_EQ(Raised([&] { reader.GetLineData(row.data, row.lengths, row.count); }), adErrObjectClosed);
@@ -83,9 +82,14 @@ TEST_F(Reader, OpensReadsAndCountsAThirdAtATime) {
         EXPECT_TRUE(reader.HasNextLineData());
         ASSERT_TRUE(reader.GetLineData(row.data, row.lengths, row.count));
         EXPECT_EQ(row.Texts(), rows[i]);
+        Returned other;
+        EXPECT_TRUE(reader.GetFieldsName(other.data, other.lengths, other.count));
+        other = {};
+        EXPECT_FALSE(reader.MoveFileBegin() || reader.MoveFileEnd());
+        for (const DWORD line : {0U, 1U, 0xFFFFFFFFU})
+            EXPECT_FALSE(reader.GetSpecificLineData(line, other.data, other.lengths, other.count));
+        EXPECT_TRUE(other.IsUntouched());
         EXPECT_EQ(reader.GetReadPosition(), positions[i]);
-        Handed names;
-        EXPECT_TRUE(reader.GetFieldsName(names.data, names.lengths, names.count));
     }
     EXPECT_FALSE(reader.HasNextLineData());
     row = {};
@@ -97,19 +101,7 @@ TEST_F(Reader, OpensReadsAndCountsAThirdAtATime) {
     EXPECT_EQ(reader.GetReadPosition(), 1000);
 }
 
-TEST_F(Reader, NeverMoves) {
-    script.table.rows = {{1.0, 2.0}};
-    Opened opened(info);
-    EXPECT_FALSE(opened.reader.MoveFileBegin());
-    EXPECT_FALSE(opened.reader.MoveFileEnd());
-    for (const DWORD line : {0U, 1U, 2U, 0xFFFFFFFFU})
-        EXPECT_FALSE(opened.reader.GetSpecificLineData(line, opened.row.data, opened.row.lengths, opened.row.count));
-    EXPECT_TRUE(opened.row.IsUntouched());
-    EXPECT_EQ(opened.reader.GetReadPosition(), 0);
-    EXPECT_EQ(opened.Read(), 0);
-}
-
-TEST_F(Reader, ReadPositionDoesNotOverflowAndUnknownCountsAreNone) {
+TEST_F(Reader, ReadPositionDoesNotOverflowAndAnUnknownCountIsZero) {
     script.table.rows = {{1.0, 2.0}, {1.0, 2.0}};
     for (const auto& [count, max] : {std::pair<std::int64_t, DWORD>{0xFFFFFFFF, 0xFFFFFFFF}, {-1, 0}, {0, 0}}) {
         script.recordCount = count;
@@ -124,14 +116,10 @@ TEST_F(Reader, DescriptionsWithoutStringsOpenNothing) {
     CADOOperater reader(2, 99, 20);
     const int opened = script.calls["Open"];
     CSourceDataInfo other;
-    EXPECT_FALSE(reader.FileOpen(nullptr));
-    EXPECT_FALSE(reader.FileOpen(&other));
-    for (const char* name : {"a.csv", "a.xlsx"}) {
-        other.SetCommonInfo(script.File(name).c_str(), SCDeclareConstant::SFT_UNKNOWN);
-        EXPECT_FALSE(reader.FileOpen(&other)) << name;
-    }
+    other.SetCommonInfo(script.File("a.xlsx").c_str(), SCDeclareConstant::SFT_UNKNOWN);
+    EXPECT_FALSE(reader.FileOpen(nullptr) || reader.FileOpen(&other));
     EXPECT_EQ(script.calls["Open"], opened);
-    // A sheet that was not chosen: the connection is open then, the record set is not.
+    // Without a selected sheet the connection is open, but not the record set.
     other.PrepareReadSourceData(false);
     EXPECT_FALSE(reader.FileOpen(&other));
     EXPECT_EQ(reader.GetErrorRet(), 0);
@@ -139,12 +127,11 @@ TEST_F(Reader, DescriptionsWithoutStringsOpenNothing) {
     EXPECT_EQ(script.liveObjects, 1);
 }
 
-/// How far a whole session with a reader came, and what it failed with.
+/// The stage that a session with a reader reached, and the code with which it failed.
 using Outcome = std::pair<std::string, HRESULT>;
 
 Outcome RunSession(const CSourceDataInfo& info) {
     std::string stage = "construct";
-    Handed row;
     const HRESULT result = Raised([&] {
         CADOOperater reader(2, 99, 20);
         stage = "open";
@@ -156,22 +143,21 @@ Outcome RunSession(const CSourceDataInfo& info) {
             EXPECT_STREQ(reader.GetErrorDescription(), "");
             throw _com_error(failure);
         }
+        Returned names, row;
         stage = "names";
-        reader.GetFieldsName(row.data, row.lengths, row.count);
+        reader.GetFieldsName(names.data, names.lengths, names.count);
         stage = "row";
-        row = {};
         const HRESULT failure = Raised([&] { reader.GetLineData(row.data, row.lengths, row.count); });
-        if (failure != 0) {
-            EXPECT_TRUE(row.IsUntouched());
-            EXPECT_EQ(reader.GetReadPosition(), 0);
+        EXPECT_EQ(row.IsUntouched(), failure != 0);
+        EXPECT_EQ(reader.GetReadPosition() == 0, failure != 0);
+        if (failure != 0)
             throw _com_error(failure);
-        }
         stage = reader.FileClose() ? "closed" : "not closed";
     });
     return {stage, result};
 }
 
-TEST_F(Reader, EachFailureComesOutWhereItShould) {
+TEST_F(Reader, EachFailureIsReportedByTheCallThatMeetsIt) {
     script.table.rows = {{1.0, u"x"}, {2.0, u"y"}};
     constexpr HRESULT hr = MakeHresult(0x80041234);
     const std::tuple<const char*, int, Outcome> cases[] = {
@@ -182,7 +168,6 @@ TEST_F(Reader, EachFailureComesOutWhereItShould) {
         {"GetValue", 2, {"row", hr}},
         {"MoveNext", 2, {"row", hr}},
         {"GetColumnNames", 2, {"names", hr}},
-        {"MoveNext", 9, {"closed", 0}},
     };
     for (const auto& [op, nth, outcome] : cases) {
         script.FailAt(op, hr, nth);
@@ -200,13 +185,13 @@ TEST_F(Reader, EachFailureComesOutWhereItShould) {
     }
     CDataAccess facade(2, 99, 20, &info);
     EXPECT_TRUE(facade.FileOpen());
-    Handed row;
+    Returned row;
     script.FailAt("MoveNext", E_FAIL);
     EXPECT_EQ(Raised([&] { facade.GetLineData(row.data, row.lengths, row.count); }), E_FAIL);
     EXPECT_EQ(Raised([&] { facade.HasNextLineData(); }), E_FAIL);
 }
 
-TEST_F(Reader, ValuesBecomeCutAndCleanedTexts) {
+TEST_F(Reader, ValuesBecomeCleanedAndTruncatedTexts) {
     using namespace std::string_literals;
     const struct {
         Cell value;
@@ -222,7 +207,6 @@ TEST_F(Reader, ValuesBecomeCutAndCleanedTexts) {
         {u"", 10, ""},
         {u"  ab  ", 10, "ab"},
         {u"a\tb", 10, "a b"},
-        {u"ab\r\ncd", 10, "abcd", 932, false, "ab\r\ncd"},
         {u"ab  \t", 10, "ab   "},
         {u"ab \r ", 10, "ab", 932, false, "ab \r"},
         {u"   ", 10, ""},
@@ -237,19 +221,15 @@ TEST_F(Reader, ValuesBecomeCutAndCleanedTexts) {
         {u"\u3042\u3042\n\u3042\u3042", 10, "\x82\xA0\x82\xA0\x82\xA0\x82\xA0", 932, false,
          "\x82\xA0\x82\xA0\n\x82\xA0\x82\xA0"},
         {std::u16string(u"a\0b", 3), 10, "ab"},
-        {u"123456789012345", 10, "1234567890", 932, true},
         {u"12345678  345", 10, "12345678", 932, true},
         {u"  345678901234", 10, "34567890", 932, true, "3456789012"},
         {u"123456789\u3042", 10, "123456789", 932, true},
-        {u"12345678\u3042", 10, "12345678\x82\xA0"},
         {u"12345678\u3042x", 10, "12345678\x82\xA0", 932, true},
-        {u"\u3042\u3042", 1, "", 932, true},
         {u"\u3042", 0, "", 932, true},
         {u"\uFF3C\u8868", 10, "\x81\x5F\x95\x5C"},
         {u"a\u00E9\U0001F600", 10, "ae??"},
         {u"\u00E9\u0E01", 10, "\xE9?", 1252},
         {u"ab\u00E9", 3, "ab", 65001, true},
-        {u"a\U0001F600", 4, "a", 65001, true},
         {u"a\U0001F600", 5, "a\xF0\x9F\x98\x80", 65001},
         {-1234567.25, 4, "-123", 932, true},
     };
@@ -289,7 +269,6 @@ TEST_F(Reader, RowsAndNamesFillTheLineBufferToTheLastByteAndNoFurther) {
 }
 
 TEST_F(Reader, MoreColumnsThanTheArraysHoldAreRefused) {
-    script.table.rows = {{1.0, 2.0}};
     for (DWORD columns = 0; columns < 4; ++columns) {
         CADOOperater reader(columns, 99, 20);
         const bool fits = columns >= 2;
@@ -301,7 +280,7 @@ TEST_F(Reader, MoreColumnsThanTheArraysHoldAreRefused) {
     }
 }
 
-TEST_F(Reader, GoesThroughTheTablesOfASourceThatIsOpenedOnce) {
+TEST_F(Reader, ReadsSeveralTablesOfASourceThatIsOpenedOnce) {
     const int opened = script.calls["Open"];
     CADOOperater reader(2, 99, 20);
     script.FailAt("OpenTable", E_FAIL);

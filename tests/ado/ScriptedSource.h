@@ -1,5 +1,5 @@
-// A provider that does what a script says: lists given tables, hands out given rows, fails where told and counts what
-// it is asked. While a script lives, its provider opens every kind of file.
+// A provider that follows a script: it lists given tables, returns given rows, fails where the script says so, and
+// counts its calls. While a script exists, its provider opens every kind of file.
 #pragma once
 
 #include "CSourceDataInfo.h"
@@ -34,16 +34,7 @@ struct Table {
     std::vector<std::vector<Cell>> rows;
 };
 
-class CScript {
-public:
-    CScript();
-    CScript(const CScript&) = delete;
-    CScript& operator=(const CScript&) = delete;
-    ~CScript() {
-        for (const auto& [kind, open] : m_former)
-            Providers::SetProvider(kind, open);
-    }
-
+struct CScript {
     void SetTables(const std::vector<std::u16string>& names) {
         schema.clear();
         for (const std::u16string& name : names)
@@ -59,7 +50,7 @@ public:
         if (++calls[op] == m_failAt && op == m_failing)
             throw Platform::_com_error(m_failure, "scripted");
     }
-    /// The path of a new file that begins like what its extension says.
+    /// The path of a new file that begins as its extension says.
     std::string File(const std::string& name) const {
         const bool isDatabase = name.ends_with("db");
         return folder.WriteFile(name, isDatabase ? std::string("\0\1\0\0Standard Jet DB", 19) : "PK\x03\x04");
@@ -67,7 +58,7 @@ public:
 
     CTempFolder folder;
     std::vector<Platform::STableSchema> schema{{u"Sheet1$", u"TABLE"}};
-    Table table{{u"ID", u"Name"}, {}}; ///< what is in each of them
+    Table table{{u"ID", u"Name"}, {}}; ///< the content of each table
     std::int64_t recordCount = -2;     ///< -2: the number of rows
     std::map<std::string_view, int> calls;
     int liveObjects = 0;
@@ -76,85 +67,68 @@ public:
     std::u16string tableName; ///< the one opened last
 
 private:
-    template <Providers::ESourceFormat format>
-    static std::unique_ptr<Platform::IDataSource> Open(Providers::CSourceInput input,
-                                                       const Platform::SSourceOptions& options);
-
-    static inline CScript* s_current;
-    std::map<Providers::ESourceFormat, Providers::FOpenProvider> m_former;
     std::string_view m_failing;
     Platform::HRESULT m_failure = 0;
     int m_failAt = 0;
 };
 
-class CScriptedRows final : public Platform::IRowSource {
-public:
-    CScriptedRows(CScript& script, const Table& table) : m_script(script), m_table(table) { ++script.liveObjects; }
-    ~CScriptedRows() override { --m_script.liveObjects; }
+struct CScriptedRows final : Platform::IRowSource {
+    explicit CScriptedRows(CScript& owner) : script(owner), table(owner.table) { ++script.liveObjects; }
+    ~CScriptedRows() override { --script.liveObjects; }
     const std::vector<std::u16string>& GetColumnNames() const override {
-        m_script.Do("GetColumnNames");
-        return m_table.columns;
+        script.Do("GetColumnNames");
+        return table.columns;
     }
     std::int64_t GetRowCount() const override {
-        m_script.Do("GetRowCount");
-        return m_script.recordCount == -2 ? static_cast<std::int64_t>(m_table.rows.size()) : m_script.recordCount;
+        script.Do("GetRowCount");
+        return script.recordCount == -2 ? static_cast<std::int64_t>(table.rows.size()) : script.recordCount;
     }
     bool MoveNext() override {
-        m_script.Do("MoveNext");
-        return m_next++ < m_table.rows.size();
+        script.Do("MoveNext");
+        return next++ < table.rows.size();
     }
     const Platform::VARIANT& GetValue(std::size_t column) override {
-        m_script.Do("GetValue");
-        return m_table.rows.at(m_next - 1).at(column).Value();
+        script.Do("GetValue");
+        return table.rows.at(next - 1).at(column).Value();
     }
 
-private:
-    CScript& m_script;
-    const Table m_table;
-    std::size_t m_next = 0;
+    CScript& script;
+    const Table table;
+    std::size_t next = 0;
 };
 
-class CScriptedSource final : public Platform::IDataSource {
-public:
-    explicit CScriptedSource(CScript& script) : m_script(script) { ++script.liveObjects; }
-    ~CScriptedSource() override { --m_script.liveObjects; }
+struct CScriptedSource final : Platform::IDataSource {
+    explicit CScriptedSource(CScript& owner) : script(owner) { ++script.liveObjects; }
+    ~CScriptedSource() override { --script.liveObjects; }
     std::vector<Platform::STableSchema> ListTables() override {
-        m_script.Do("ListTables");
-        return m_script.schema;
+        script.Do("ListTables");
+        return script.schema;
     }
     std::unique_ptr<Platform::IRowSource> OpenTable(std::u16string_view name) override {
-        m_script.Do("OpenTable");
-        m_script.tableName = name;
+        script.Do("OpenTable");
+        script.tableName = name;
         if (name == u"missing")
             throw Platform::_com_error(Platform::DB_E_NOTABLE);
-        return std::make_unique<CScriptedRows>(m_script, m_script.table);
+        return std::make_unique<CScriptedRows>(script);
     }
 
-private:
-    CScript& m_script;
+    CScript& script;
 };
 
-template <Providers::ESourceFormat format>
-std::unique_ptr<Platform::IDataSource> CScript::Open(Providers::CSourceInput,
-                                                     const Platform::SSourceOptions& options) {
-    s_current->options = options;
-    s_current->format = format;
-    s_current->Do("Open");
-    return std::make_unique<CScriptedSource>(*s_current);
-}
-
-inline CScript::CScript() {
-    using enum Providers::ESourceFormat;
-    s_current = this;
-    m_former = {{Xlsx, Providers::SetProvider(Xlsx, &Open<Xlsx>)},
-                {Xls, Providers::SetProvider(Xls, &Open<Xls>)},
-                {Access, Providers::SetProvider(Access, &Open<Access>)}};
-}
-
-/// Tests with a script, which leave nothing open.
+/// Tests with a script, at whose end nothing may be open.
 class CScriptedTest : public testing::Test {
 protected:
+    using EFormat = Providers::ESourceFormat;
+
+    CScriptedTest() {
+        s_script = &script;
+        m_former = {{EFormat::Xlsx, Providers::SetProvider(EFormat::Xlsx, &Open<EFormat::Xlsx>)},
+                    {EFormat::Xls, Providers::SetProvider(EFormat::Xls, &Open<EFormat::Xls>)},
+                    {EFormat::Access, Providers::SetProvider(EFormat::Access, &Open<EFormat::Access>)}};
+    }
     ~CScriptedTest() override {
+        for (const auto& [format, open] : m_former)
+            Providers::SetProvider(format, open);
         EXPECT_EQ(script.liveObjects, 0);
         EXPECT_EQ(Platform::GetComInitCount(), 0U);
         Platform::SetAnsiCodePage(932);
@@ -165,6 +139,19 @@ protected:
         return info.PrepareReadSourceData(is2007);
     }
     CScript script;
+
+private:
+    template <EFormat format>
+    static std::unique_ptr<Platform::IDataSource> Open(Providers::CSourceInput,
+                                                       const Platform::SSourceOptions& options) {
+        s_script->options = options;
+        s_script->format = format;
+        s_script->Do("Open");
+        return std::make_unique<CScriptedSource>(*s_script);
+    }
+
+    static inline CScript* s_script;
+    std::map<EFormat, Providers::FOpenProvider> m_former;
 };
 
 } // namespace NSTQ::Tests

@@ -1,10 +1,8 @@
 #include "CADOOperater.h"
 #include "CSourceDataInfo.h"
 #include "ado/ScriptedSource.h"
-#include "platform/ado/CRecordset.h"
 #include "tqcAccess/CodePage.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -15,7 +13,7 @@ using namespace NSTQ::Platform;
 using namespace NSTQ::Tests;
 using Info = CSourceDataInfo;
 
-/// What the two listing calls give.
+/// The results of the two listing calls.
 struct Listing {
     using Texts = std::vector<std::string>;
     std::string connection;
@@ -26,7 +24,7 @@ struct Listing {
     Texts texts = {};
 
     void Size() { EXPECT_TRUE(CADOOperater::GetSchemaNameSize(size, count, connection.c_str())); }
-    /// Asks for the names in exactly the room that was told, so that a byte too many is seen.
+    /// The buffer has exactly the size of the first call, so that the sanitizers find a byte too many.
     void Names() {
         names.assign(size, 'x');
         std::vector<char*> starts(count);
@@ -45,25 +43,6 @@ struct Listing {
     }
 };
 
-/// A connection of another maker, whose schema is the script's table.
-class COtherConnection final : public CComObject<_Connection> {
-public:
-    explicit COtherConnection(CScript& script) : m_script(script) {}
-    void Open(BSTR, BSTR, BSTR, LONG) override {}
-    CComPtr<_Recordset> OpenSchema(LONG) override {
-        const auto schema = MakeComObject<CRecordset>();
-        schema->OpenRows(std::make_unique<CScriptedRows>(m_script, m_script.table));
-        return schema;
-    }
-    void Close() override {
-        EXPECT_EQ(m_script.liveObjects, 0) << "the schema is closed first";
-        m_script.Do("Close");
-    }
-
-private:
-    CScript& m_script;
-};
-
 class Sources : public CScriptedTest {
 protected:
     static std::vector<std::string> Names(const Info& info) {
@@ -71,10 +50,6 @@ protected:
         const bool listed = info.GetSchemaName(names);
         EXPECT_EQ(listed, !names.empty());
         return {names.begin(), names.end()};
-    }
-    /// While it lives the script's table is what there is to list.
-    CClassRegistration Other() {
-        return {u"ADODB.Connection", [this] { return CComPtr<IUnknown>(MakeComObject<COtherConnection>(script)); }};
     }
     Listing listing{"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + script.File("a.mdb")};
 };
@@ -89,34 +64,21 @@ TEST_F(Sources, ListsTablesAndViewsInTheirOrder) {
     script.schema = {{u"x", u"SYNONYM"}};
     EXPECT_EQ(listing.List(), Listing::Texts{});
     EXPECT_EQ(listing.size + listing.count, 0U);
-    const auto other = Other();
-    script.table = {{u"TABLE_TYPE", u"TABLE_NAME"}, {{u"VIEW", u"\u3042"}, {u"TABLE", 1.5}, {12.0, u"x"}}};
-    EXPECT_EQ(listing.List(), (Listing::Texts{"\x82\xA0", "1.5"}));
-    script.table.rows = {{u"TABLE", Value(VT_NULL)}};
-    EXPECT_EQ(Raised([&] { listing.Size(); }), DISP_E_TYPEMISMATCH);
+    script.SetTables({u"\u3042"});
+    EXPECT_EQ(listing.List(), Listing::Texts{"\x82\xA0"});
 }
 
 TEST_F(Sources, EachFailureOfAListingIsRaised) {
-    const auto other = Other();
-    script.table = {{u"TABLE_NAME", u"TABLE_TYPE"}, {{u"one", u"TABLE"}, {u"three", u"VIEW"}}};
     constexpr HRESULT hr = MakeHresult(0x80041234);
-    Listing told;
-    told.Size();
-    // The size that the size call leaves, from 77, and the count that the names call leaves.
-    const std::tuple<const char*, int, DWORD, DWORD> cases[] = {
-        {"MoveNext", 1, 77, 77}, {"GetColumnNames", 2, 0, 77}, {"GetValue", 1, 0, 77},
-        {"GetValue", 4, 4, 77},  {"MoveNext", 3, 10, 77},      {"Close", 1, 10, 2},
-    };
-    for (const auto& [op, nth, size, named] : cases) {
-        listing = {};
-        script.FailAt(op, hr, nth);
-        EXPECT_EQ(Raised([&] { listing.Size(); }), hr);
-        EXPECT_EQ(listing.size, size) << op;
-        EXPECT_EQ(GetComInitCount(), 0U);
-        listing = told;
-        script.FailAt(op, hr, nth);
+    listing.Size();
+    for (const char* op : {"Open", "ListTables"}) {
+        Listing other{listing.connection};
+        script.FailAt(op, hr);
+        EXPECT_EQ(Raised([&] { other.Size(); }), hr);
+        EXPECT_EQ(other.size + other.count, 154U) << "both are unchanged";
+        script.FailAt(op, hr);
         EXPECT_EQ(Raised([&] { listing.Names(); }), hr);
-        EXPECT_EQ(listing.written, named) << op;
+        EXPECT_EQ(listing.written, 77U);
         EXPECT_EQ(script.liveObjects, 0);
         EXPECT_EQ(GetComInitCount(), 0U);
     }
@@ -127,16 +89,15 @@ TEST_F(Sources, EachFailureOfAListingIsRaised) {
     EXPECT_EQ(Raised([&] { listing.Size(); }), E_POINTER);
 }
 
-TEST_F(Sources, ASourceThatGrewBetweenTheCallsIsNotWrittenPastItsRoom) {
-    const std::vector<std::u16string> grown[] = {
-        {u"one", u"three", u""}, {u"a", u"b", u"c"}, {u"one", u"three!"}, {std::u16string(70000, u'x')}};
+TEST_F(Sources, NamesThatGrewBetweenTheCallsAreNotWrittenPastTheBuffer) {
+    const std::vector<std::u16string> grown[] = {{u"a", u"b", u"c"}, {u"one", u"three!"}};
     for (const auto& names : grown) {
         script.SetTables({u"one", u"three"});
         listing.Size();
         script.SetTables(names);
         EXPECT_EQ(Raised([&] { listing.Names(); }), DB_E_DATAOVERFLOW);
     }
-    // Room that was told for one source says nothing of another.
+    // The size for one source does not limit another.
     script.SetTables({});
     Listing another{listing.connection + ";"};
     another.Size();
@@ -145,7 +106,7 @@ TEST_F(Sources, ASourceThatGrewBetweenTheCallsIsNotWrittenPastItsRoom) {
     EXPECT_EQ(listing.texts, (std::vector<std::string>{"x"}));
 }
 
-TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
+TEST_F(Sources, StringsHaveProviderPathAndPropertiesAndOpenTheFile) {
     const std::string jet = "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
     const std::string ace = "Provider=Microsoft.ACE.OLEDB.12.0;Data Source=";
     const std::string excel8 = ";Extended Properties=\"Excel 8.0;HDR=NO;IMEX=1\"";
@@ -159,9 +120,6 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
         {"data.mdb", false, jet, access, "SELECT * FROM ['My 'S$']"},
         {"data.mdb", true, ace, access, "SELECT * FROM ['My 'S$']"},
         {"a\"b;c=d.accdb", true, ace, access, "SELECT * FROM ['My 'S$']"},
-        {"a.xlsx;b=c.xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
-        {"'q' \"r\".xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
-        {" ;.xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
         {"a.xlsx" + excel12 + passWord + ";.xlsx", true, ace, excel12, "SELECT * FROM [My 'S$]"},
         {std::string(260 - script.folder.Path("p.xlsx").size(), '/') + "p.xlsx", true, ace, excel12,
          "SELECT * FROM [My 'S$]"},
@@ -180,8 +138,6 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
         EXPECT_TRUE(info.SetSelectSchemaIndx(0));
         ASSERT_TRUE(info.GetRecordSetString(text));
         EXPECT_STREQ(text, statement);
-        const std::unique_ptr<Info> clone(info.CreateClone());
-        EXPECT_EQ(Names(*clone), Names(info));
         info.SetCommonInfo("/no/a.csv", SCDeclareConstant::SFT_UNKNOWN);
         text = nullptr;
         EXPECT_FALSE(info.GetConnectString(text) || info.GetRecordSetString(text) || text != nullptr);
@@ -193,19 +149,19 @@ TEST_F(Sources, StringsNameProviderPathAndPropertiesAndLeadToTheFile) {
     const char* text = nullptr;
     ASSERT_TRUE(info.GetRecordSetString(text));
     EXPECT_EQ(text, "SELECT * FROM [" + std::string(240, 'n'));
-    // Bytes that the code page does not define never lead to the file that their stand-in names.
+    // Invalid bytes do not open the file that is named with replacement characters.
     SetAnsiCodePage(CP_UTF8);
     script.File("\xEF\xBF\xBD.xlsx");
     EXPECT_EQ(Prepare(info, "\xFF.xlsx"), Info::SDO_PASSWORD_ERROR);
 }
 
-TEST_F(Sources, OffersWorksheetsAndAllTables) {
+TEST_F(Sources, ListsWorksheetsOfWorkbooksAndAllTablesOfDatabases) {
     script.SetTables(
         {u"Sheet1$", u"'My Sheet$'", u"Print_Area", u"Sheet1$Print_Area", u"$", u"'$'", u"", u"'It''s a.b!c$'"});
     Info book;
     EXPECT_EQ(Prepare(book, "b.xlsx"), Info::SDO_DATABASE);
     EXPECT_EQ(Names(book), (std::vector<std::string>{"Sheet1", "My Sheet", "", "It''s a.b!c"}));
-    char name[20] = "?";
+    char name[20];
     EXPECT_TRUE(book.SetSelectSchemaIndx(1));
     EXPECT_FALSE(book.SetSelectSchemaIndx(4));
     EXPECT_TRUE(book.GetSchemaName(name));
@@ -218,27 +174,19 @@ TEST_F(Sources, OffersWorksheetsAndAllTables) {
     Prepare(data, "d.accdb");
     EXPECT_EQ(Names(data).size(), 8U);
 
-    // A new listing takes the place of the old one; the index stays and points nowhere.
+    // A new listing replaces the old one; the selected index is then out of range.
     script.SetTables({u"Range"});
     EXPECT_EQ(book.PrepareReadSourceData(false), Info::SDO_DATABASE);
     EXPECT_TRUE(Names(book).empty());
-    EXPECT_FALSE(book.SetSelectSchemaIndx(0));
-    std::strcpy(name, "?");
-    EXPECT_FALSE(book.GetSchemaName(name));
-    EXPECT_STREQ(name, "?");
-    EXPECT_FALSE(book.GetRecordSetString(text));
+    EXPECT_FALSE(book.SetSelectSchemaIndx(0) || book.GetSchemaName(name) || book.GetRecordSetString(text));
 }
 
 TEST_F(Sources, FailuresOfTheListingBecomeResults) {
-    constexpr HRESULT other = MakeHresult(0x80041234);
     const std::tuple<const char*, HRESULT, Info::ESourceDataOpen, bool> cases[] = {
-        {"a.mdb", DB_SEC_E_AUTH_FAILED, Info::SDO_PASSWORD_ERROR, true},
         {"a.accdb", DB_SEC_E_AUTH_FAILED, Info::SDO_PASSWORD_ERROR, true},
         {"a.xls", E_FAIL, Info::SDO_PASSWORD_ERROR, false},
-        {"a.xlsx", E_FAIL, Info::SDO_PASSWORD_ERROR, false},
         {"a.xlsx", DB_SEC_E_AUTH_FAILED, Info::SDO_ACCESS_DENIED, true},
         {"a.mdb", E_FAIL, Info::SDO_ACCESS_DENIED, true},
-        {"a.accdb", other, Info::SDO_ACCESS_DENIED, true},
         {"a.xls", E_OUTOFMEMORY, Info::SDO_ACCESS_DENIED, true},
     };
     for (const auto& [name, hr, result, asks] : cases) {
@@ -257,13 +205,12 @@ TEST_F(Sources, FailuresOfTheListingBecomeResults) {
     }
 }
 
-TEST_F(Sources, AListingThatBreaksOffLeavesTheOldNamesUsable) {
+TEST_F(Sources, AListingThatFailsKeepsTheOldNames) {
     Info info;
     script.SetTables({u"a"});
     ASSERT_EQ(Prepare(info, "d.mdb"), Info::SDO_DATABASE);
-    const auto other = Other();
-    script.table = {{u"TABLE_NAME", u"TABLE_TYPE"}, {{u"a much longer name", u"TABLE"}}};
-    script.FailAt("MoveNext", E_FAIL, 2);
+    script.SetTables({u"a much longer name"});
+    script.FailAt("ListTables", E_FAIL);
     EXPECT_EQ(info.PrepareReadSourceData(false), Info::SDO_ACCESS_DENIED);
     const std::unique_ptr<Info> clone(info.CreateClone());
     EXPECT_EQ(Names(*clone), (std::vector<std::string>{"a"}));

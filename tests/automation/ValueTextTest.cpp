@@ -37,39 +37,29 @@ const SCase cases[] = {
 
     {Double(-0.0), "0"},
     {Double(999999999999999.9), "1E+15"},
-    {Double(0.000099999999999999999), "0.0001"},
     {Double(std::numeric_limits<double>::infinity()), "1.#INF"},
     {Double(-std::numeric_limits<double>::infinity()), "-1.#INF"},
     {Double(std::numeric_limits<double>::quiet_NaN()), "1.#QNAN"},
     {Double(-std::numeric_limits<double>::quiet_NaN()), "-1.#IND"},
     {Value(VT_R4, &VARIANT::fltVal, 16777216), "1.677722E+07"},
     {Value(VT_R4, &VARIANT::fltVal, -0.0), "0"},
-    {Double(-71917659289085.25), "-71917659289085.3"},
     {Double(1000000000000005), "1.00000000000001E+15"},
-    {Double(9007199254740450), "9.00719925474045E+15"},
-    {Double(10000000000000450), "1.00000000000005E+16"},
     {Value(VT_R4, &VARIANT::fltVal, 28452.125), "28452.13"},
-    {Value(VT_R4, &VARIANT::fltVal, 3178214.5), "3178215"},
-    {Value(VT_R4, &VARIANT::fltVal, 12345.625), "12345.63"},
 
     {Value(VT_CY, &VARIANT::cyVal, 125000), "12.5"},
     {Value(VT_CY, &VARIANT::cyVal, -1), "-0.0001"},
-    {Value(VT_CY, &VARIANT::cyVal, 0), "0"},
     {Value(VT_CY, &VARIANT::cyVal, INT64_MIN), "-922337203685477.5808"},
     {Decimal(0, 1, 4, 0x80), "-0.0001"},
     {Decimal(0, 0, 28, 0x80), "0"},
     {Decimal(0, 1000, 0), "1000"},
-    {Decimal(1, 0, 0), "18446744073709551616"},
     {Decimal(UINT32_MAX, UINT64_MAX, 0, 0x80), "-79228162514264337593543950335"},
     {Decimal(UINT32_MAX, UINT64_MAX, 28), "7.9228162514264337593543950335"},
     {Decimal(0, 1, 28), "0.0000000000000000000000000001"},
     {Decimal(0, 1, 29), "#80070057"},
 
     {Date(0), "0:00:00"},
-    {Date(0.75), "18:00:00"},
     {Date(-0.25), "6:00:00"},
     {Date(45000.75), "2023/03/15 18:00:00"},
-    {Date(45000.000001), "2023/03/15 0:00:00"},
     {Date(0.9999999), "0:00:00"},
     {Date(1.9999999), "1900/01/01 0:00:00"},
     {Date(-1.999999), "0:00:00"},
@@ -77,22 +67,20 @@ const SCase cases[] = {
     {Date(-657435), "#80070057"},
     {Date(2958465.5), "9999/12/31 12:00:00"},
     {Date(2958465.999999), "#80070057"},
-    {Date(1e300), "#80070057"},
     {Date(std::numeric_limits<double>::quiet_NaN()), "#80070057"},
 
     {Value(VT_NULL), "#80020005"},
     {Value(VT_ERROR, &VARIANT::scode, E_FAIL), "#80020005"},
     {Value(VT_ARRAY | VT_I4), "#80020005"},
-    {Value(0x4000 | VT_I4), "#80020005"},
     {Value(999), "#80020005"},
 };
 
-TEST(ValueText, IsThatOfTheType) {
+TEST(ValueText, DependsOnTheType) {
     for (const SCase& entry : cases)
         EXPECT_EQ(TextOf(entry.value), entry.text) << "type " << entry.value.vt;
 }
 
-/// The C library's general form follows the same rule by another way, but for ties, which it rounds to even.
+/// The general form of the C library, which differs only for ties: it rounds them to even.
 std::string General(double number, int digits) {
     char text[80];
     std::snprintf(text, sizeof(text), "%.60e", std::fabs(number));
@@ -116,7 +104,7 @@ TEST(ValueText, OfFloatsIsTheCorrectlyRoundedGeneralForm) {
         if (const auto number = std::bit_cast<float>(static_cast<DWORD>(bits)); std::isfinite(number)) {
             ASSERT_EQ(TextOf(Value(VT_R4, &VARIANT::fltVal, number)), General(number, 7));
         }
-        // Short decimals, ties, and the neighbours of both.
+        // Short decimals, ties, and the numbers next to both.
         const auto whole = static_cast<double>(bits >> (bits % 64));
         const double decimal = whole / std::pow(10, static_cast<int>(bits % 23));
         const double tie = std::ldexp(whole, -static_cast<int>(bits % 23));
@@ -145,7 +133,7 @@ TEST(ValueText, OfDatesFollowsTheCalendarAndRoundsToTheSecond) {
     std::mt19937_64 random(7);
     std::uniform_real_distribution<double> withinSecond(-0.49, 0.49);
     for (int day = -657434; day < 2958465; day += 1 + static_cast<int>(random() % 19)) {
-        if (day == 0 || day == -1) // where a carry gives day 0, which has no date
+        if (day == 0 || day == -1) // rounding may give day 0, which is shown without a date
             continue;
         const auto midnight = CalendarText(std::time_t{86400} * day, dayZero);
         ASSERT_EQ(TextOf(Date(day)), midnight.substr(0, midnight.find(' ')));
@@ -157,7 +145,7 @@ TEST(ValueText, OfDatesFollowsTheCalendarAndRoundsToTheSecond) {
     }
 }
 
-/// The default comes back whatever a test sets.
+/// Resets what a test sets.
 class UserLocale : public testing::Test {
 protected:
     void TearDown() override { SetUserLocale({}); }
@@ -172,18 +160,14 @@ TEST_F(UserLocale, ShapesDatesAndNumbers) {
     EXPECT_EQ(TextOf(Value(VT_CY, &VARIANT::cyVal, 5)), "0,0005");
     ASSERT_TRUE(SetUserLocale({"M-d-M-d-M-d-M-d-M-d-M-d-M-d-M-d", "H:m:s:H:m:s:H:m:s:H:m:s:H:m:s:H", '.'}));
     EXPECT_EQ(TextOf(Date(36890 + 80542.0 / 86400)).size(), 47u + 1 + 47);
-    ASSERT_TRUE(SetUserLocale({"H", "yMd", '.'}));
-    EXPECT_EQ(TextOf(Date(36890.5)), "H yMd");
 }
 
-TEST_F(UserLocale, ShowsAllDigitsWhenAskedTo) {
+TEST_F(UserLocale, ShowsAllDigitsOnRequest) {
     ASSERT_TRUE(SetUserLocale({.numberDigits = ENumberDigits::Full}));
     const SCase full[] = {{Double(0.1 + 0.2), "0.30000000000000004"},
-                          {Double(1234567890123456), "1234567890123456"},
                           {Double(-1e16), "-10000000000000000"},
                           {Double(1e17), "1E+17"},
                           {Double(5e-324), "5E-324"},
-                          {Double(12.5), "12.5"},
                           {Value(VT_R4, &VARIANT::fltVal, 16777216), "16777216"},
                           {Value(VT_R4, &VARIANT::fltVal, 0.1f), "0.1"}};
     for (const SCase& entry : full)
@@ -198,17 +182,15 @@ TEST_F(UserLocale, ShowsAllDigitsWhenAskedTo) {
     }
 }
 
-TEST_F(UserLocale, IsRefusedWithAPartThatIsNoPicture) {
-    const SUserLocale refused[] = {{"y/M", "H", '.'},   {"yyy", "H", '.'},
-                                   {"yyyyy", "H", '.'}, {"MMM", "H", '.'},
-                                   {"", "H", '.'},      {"yyyy\x81", "H", '.'},
-                                   {"M", "t", '.'},     {"M", "HHH", '.'},
-                                   {"M", "H\n", '.'},   {"M", "H", '0'},
-                                   {"M", "H", 'E'},     {"M", "H", '-'},
-                                   {"M", "H", '\0'},    {"M", "H", ' '},
-                                   {"M", "", '.'},      {"yyyy/MM/dd yyyy/MM/dd yyyy/MM/dd", "H", '.'}};
+TEST_F(UserLocale, IsRefusedWithAnInvalidPart) {
+    const SUserLocale refused[] = {
+        {"y/M", "H", '.'},      {"yyyyy", "H", '.'}, {"", "H", '.'},
+        {"yyyy\x81", "H", '.'}, {"M", "t", '.'},     {"M", "HHH", '.'},
+        {"M", "H\n", '.'},      {"M", "", '.'},      {"yyyy/MM/dd yyyy/MM/dd yyyy/MM/dd", "H", '.'}};
     for (const SUserLocale& locale : refused)
-        EXPECT_FALSE(SetUserLocale(locale)) << locale.dateFormat << ' ' << locale.timeFormat << locale.decimalSign;
+        EXPECT_FALSE(SetUserLocale(locale)) << locale.dateFormat << ' ' << locale.timeFormat;
+    for (const char sign : {'0', 'E', '-', '\0', ' '})
+        EXPECT_FALSE(SetUserLocale({"M", "H", sign})) << sign;
     EXPECT_EQ(TextOf(Date(45000.75)), "2023/03/15 18:00:00");
     EXPECT_EQ(GetUserLocale().decimalSign, '.');
 }

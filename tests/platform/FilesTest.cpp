@@ -17,9 +17,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <memory>
+#include <span>
 
 namespace NSTQ::Tests {
 namespace {
@@ -33,7 +35,7 @@ constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 using TFile = std::unique_ptr<void, decltype([](HANDLE file) { CloseHandle(file); })>;
 
-/// Null on failure; the code stays in GetLastError.
+/// Null on failure; GetLastError has the code.
 TFile Open(const std::string& path, DWORD access, DWORD share = shareAll, DWORD disposition = OPEN_EXISTING) {
     const HANDLE file =
         CreateFileA(path.c_str(), access, share, nullptr, disposition, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
@@ -65,53 +67,39 @@ std::string Read(const TFile& file, DWORD size = 100) {
     return text;
 }
 
-/// Runs `body` in a child process, whose streams it may spoil, and returns its exit code.
-template <class TBody>
-int RunInChild(TBody body) {
-    const pid_t child = ::fork();
-    if (child == 0)
-        ::_exit(body());
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+struct SRefusal {
+    const char* title;
+    std::string path;
+    DWORD access;
+    DWORD disposition;
+    DWORD code;
+};
+
+void ExpectRefused(std::span<const SRefusal> cases) {
+    for (const SRefusal& known : cases) {
+        EXPECT_EQ(Open(known.path, known.access, shareAll, known.disposition), nullptr) << known.title;
+        EXPECT_EQ(GetLastError(), known.code) << known.title;
+    }
 }
 
 TEST(Open, RefusesWithTheCodeOfTheCause) {
     const CTempFolder folder;
     folder.MakeFolder("sub");
     folder.WriteFile("file", "text");
-    ::chmod(folder.WriteFile("read-only", "kept").c_str(), 0444);
-    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
-    ASSERT_EQ(::symlink("nowhere", folder.Path("dangling").c_str()), 0);
-    const std::tuple<const char*, std::string, DWORD, DWORD, DWORD> cases[] = {
+    const std::string readOnly = folder.WriteFile("read-only", "kept");
+    std::filesystem::permissions(readOnly, std::filesystem::perms{0444});
+    ExpectRefused(std::to_array<SRefusal>({
         {"missing file", folder.Path("none"), GENERIC_READ, OPEN_EXISTING, 2},
-        {"link to nothing", folder.Path("dangling"), GENERIC_READ, OPEN_EXISTING, 2},
         {"missing folder", folder.Path("none\\file"), GENERIC_READ, OPEN_EXISTING, 3},
-        {"file on the way", folder.Path("file\\x"), GENERIC_READ, OPEN_EXISTING, 3},
+        {"file in place of a folder", folder.Path("file\\x"), GENERIC_READ, OPEN_EXISTING, 3},
         {"empty path", "", GENERIC_READ, OPEN_EXISTING, 3},
         {"read a folder", folder.Path("sub"), GENERIC_READ, OPEN_EXISTING, 5},
         {"write a folder", folder.Path("sub"), GENERIC_WRITE, CREATE_ALWAYS, 5},
-        {"write a read-only file", folder.Path("read-only"), GENERIC_WRITE, CREATE_ALWAYS, 5},
-        {"read a pipe without hanging", folder.Path("pipe"), GENERIC_READ, OPEN_EXISTING, 50},
+        {"write a read-only file", readOnly, GENERIC_WRITE, CREATE_ALWAYS, 5},
         {"new file that exists", folder.Path("file"), GENERIC_WRITE, CREATE_NEW, 80},
-        {"new file where a link is", folder.Path("dangling"), GENERIC_WRITE, CREATE_NEW, 80},
         {"unknown disposition", folder.Path("file"), GENERIC_READ, 5, 87},
-        {"no access", folder.Path("file"), 0, OPEN_EXISTING, 87},
-        {"false character", folder.Path("\x85\x40"), GENERIC_READ, OPEN_EXISTING, 123},
-        {"lead byte at the end", folder.Path("a\x95"), GENERIC_READ, OPEN_EXISTING, 123},
-        {"escaped dot", folder.Path("\0012E\0012E"), GENERIC_READ, OPEN_EXISTING, 123},
-        {"unfinished escape", folder.Path("\0015"), GENERIC_READ, OPEN_EXISTING, 123},
-        {"long name", folder.Path(std::string(256, 'n')), GENERIC_WRITE, CREATE_ALWAYS, 111},
-        {"endless path", std::string(20000, '/'), GENERIC_READ, OPEN_EXISTING, 206},
-    };
-    const std::size_t before = Faults::OpenDescriptors();
-    for (const auto& [title, path, access, disposition, code] : cases) {
-        EXPECT_EQ(Open(path, access, shareAll, disposition), nullptr) << title;
-        EXPECT_EQ(GetLastError(), code) << title;
-    }
-    EXPECT_EQ(Faults::OpenDescriptors(), before);
+    }));
     EXPECT_EQ(folder.ReadFile("read-only"), "kept");
-    EXPECT_FALSE(folder.Exists("nowhere"));
 }
 
 TEST(Open, CreateAlwaysReplacesAndTellsWhetherThereWasAFile) {
@@ -121,9 +109,6 @@ TEST(Open, CreateAlwaysReplacesAndTellsWhetherThereWasAFile) {
     ASSERT_TRUE(Write(Create(folder.Path("new")), "abc"));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     EXPECT_EQ(folder.ReadFile("new"), "abc");
-    ASSERT_EQ(::symlink("target", folder.Path("link").c_str()), 0);
-    EXPECT_TRUE(Write(Create(folder.Path("link")), "through")) << "writing follows links";
-    EXPECT_EQ(folder.ReadFile("target"), "through");
 }
 
 TEST(Open, SharesAsAskedInBothOrders) {
@@ -152,7 +137,151 @@ TEST(Open, SharesAsAskedInBothOrders) {
     }
 }
 
-TEST(Open, DoesWithoutLocksWhereThereAreNone) {
+TEST(File, ReadsSeeksAndTellsItsSize) {
+    const CTempFolder folder;
+    const TFile file = OpenToRead(folder.WriteFile("file", "0123456789"));
+    LARGE_INTEGER size{}, position{};
+    ASSERT_TRUE(GetFileSizeEx(file.get(), &size));
+    EXPECT_EQ(size.QuadPart, 10);
+    const std::tuple<LONGLONG, DWORD, LONGLONG, const char*> cases[] = {
+        {3, FILE_BEGIN, 3, "34"}, {2, FILE_CURRENT, 7, "78"}, {-1, FILE_END, 9, "9"}, {5, FILE_END, 15, ""}};
+    for (const auto& [distance, method, reached, text] : cases) {
+        ASSERT_TRUE(SetFilePointerEx(file.get(), {distance}, &position, method));
+        EXPECT_EQ(position.QuadPart, reached);
+        EXPECT_EQ(Read(file, 2), text);
+    }
+    EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {-1}, nullptr, FILE_BEGIN)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {0}, nullptr, 3)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf(Write(file, "x")), ERROR_INVALID_HANDLE) << "opened for reading";
+    for (const HANDLE none : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
+        DWORD count = 7;
+        char byte = 0;
+        EXPECT_EQ(CodeOf(Platform::ReadFile(none, &byte, 1, &count, nullptr)), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(count, 0U);
+        for (const bool done :
+             {Platform::WriteFile(none, &byte, 0, &count, nullptr), GetFileSizeEx(none, &size), CloseHandle(none)})
+            EXPECT_FALSE(done);
+    }
+}
+
+TEST(Path, ATrailByteIsNoSeparator) {
+    const CTempFolder folder;
+    const std::string shiftJis = folder.Path() + "\\\x95\x5C/\x95\x5C.csv";
+    folder.MakeFolder("表");
+    ASSERT_TRUE(Write(Create(shiftJis), "data"));
+    EXPECT_EQ(folder.ReadFile("表/表.csv"), "data");
+    folder.WriteFile("纊", "two codes");
+    EXPECT_EQ(Read(OpenToRead(folder.Path("\xED\x40"))) + Read(OpenToRead(folder.Path("\xFA\x5C"))),
+              "two codestwo codes");
+    const CAnsiPage utf8(CP_UTF8);
+    EXPECT_EQ(Read(OpenToRead(folder.Path("表\\表.csv"))), "data");
+}
+
+TEST(FilePath, RecognisesAbsolutePathsAndUsableNames) {
+    EXPECT_TRUE(SCFilePath::IsAbsolutePath("/a") && SCFilePath::IsAbsolutePath("\\a"));
+    EXPECT_FALSE(SCFilePath::IsAbsolutePath("a/b") || SCFilePath::IsAbsolutePath("") ||
+                 SCFilePath::IsAbsolutePath("\x95\x5C"));
+    const std::string folder = '/' + std::string(99, 'f') + '/';
+    const auto repeat = [](std::string start, std::size_t count, char byte) { return start.append(count, byte); };
+    for (const std::string& usable :
+         {std::string("/a/b.csv"), std::string("b.csv"), std::string("\\a\\\x95\x5C"), std::string("/a/..."),
+          repeat(folder, 159, 'n'), repeat("/", 255, 'n'), repeat("/", 85, '\xB1')})
+        EXPECT_TRUE(SCFilePath::CanUseFileName(usable.c_str())) << usable;
+    for (const std::string& unusable :
+         {std::string(), std::string("/a/"), std::string("/a\\"), std::string("/a/."), std::string("\\.."),
+          std::string("/a\x95"), repeat(folder, 160, 'n'), repeat("/", 256, 'n'), repeat("/", 86, '\xB1')})
+        EXPECT_FALSE(SCFilePath::CanUseFileName(unusable.c_str())) << unusable;
+}
+
+// Below: what only POSIX systems have. Paths from the root, names that no code page has, links, file modes, devices,
+// descriptors, and system calls that are made to fail.
+
+/// Runs `body` in a child process, whose streams it may change, and returns its exit code.
+template <class TBody>
+int RunInChild(TBody body) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(body());
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(PosixOpen, RefusesWithTheCodeOfTheCause) {
+    const CTempFolder folder;
+    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("nowhere", folder.Path("dangling").c_str()), 0);
+    const std::size_t before = Faults::OpenDescriptors();
+    ExpectRefused(std::to_array<SRefusal>({
+        {"link to a missing file", folder.Path("dangling"), GENERIC_READ, OPEN_EXISTING, 2},
+        {"read a pipe without waiting", folder.Path("pipe"), GENERIC_READ, OPEN_EXISTING, 50},
+        {"new file where a link is", folder.Path("dangling"), GENERIC_WRITE, CREATE_NEW, 80},
+        {"no access", folder.Path("dangling"), 0, OPEN_EXISTING, 87},
+        {"invalid character", folder.Path("\x85\x40"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"lead byte at the end", folder.Path("a\x95"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"escaped dot", folder.Path("\0012E\0012E"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"incomplete escape", folder.Path("\0015"), GENERIC_READ, OPEN_EXISTING, 123},
+        {"long name", folder.Path(std::string(256, 'n')), GENERIC_WRITE, CREATE_ALWAYS, 111},
+        {"long path", std::string(20000, '/'), GENERIC_READ, OPEN_EXISTING, 206},
+    }));
+    EXPECT_EQ(Faults::OpenDescriptors(), before);
+    EXPECT_TRUE(Write(Create(folder.Path("dangling")), "text")) << "writing follows links";
+    EXPECT_EQ(folder.ReadFile("nowhere"), "text");
+}
+
+TEST(PosixPath, EveryNameHasAnAnsiFormThatOpensItsFile) {
+    const std::tuple<const char*, unsigned, const char*, const char*> cases[] = {
+        {"plain", 932, "plain.csv", "plain.csv"},
+        {"trail byte 5C", 932, "表.csv", "\x95\x5C.csv"},
+        {"backslash", 932, "sub\\file", "sub\0015Cfile"},
+        {"escape byte", 932, "a\0015C", "a\001015C"},
+        {"best fit is a separator", 932, "¥", "\001C2\001A5"},
+        {"not in the code page", 932, "é表", "\001C3\001A9\x95\x5C"},
+        {"beyond 16 bits", 932, "😀", "\001F0\0019F\00198\00180"},
+        {"no UTF-8", 932, "\350\241a\377", "\001E8\001A1a\001FF"},
+        {"Western", 1252, "é⁄¥", "\xE9\001E2\00181\00184\xA5"},
+        {"UTF-8", CP_UTF8, "é\\😀\xFF", "é\0015C😀\xFF"},
+    };
+    for (const auto& [title, codePage, name, ansi] : cases) {
+        SCOPED_TRACE(title);
+        const CAnsiPage page(codePage);
+        const CTempFolder folder;
+        folder.MakeFolder("sub");
+        folder.WriteFile("sub/file", "must stay");
+        folder.WriteFile(name, "found");
+        EXPECT_EQ(ConvertToAnsiName(name), ansi);
+        EXPECT_EQ(Read(OpenToRead(folder.Path() + '\\' + ansi)), "found");
+        EXPECT_TRUE(DeleteFileA((folder.Path() + '\\' + ansi).c_str()));
+        EXPECT_FALSE(folder.Exists(name));
+        EXPECT_TRUE(folder.Exists("sub/file"));
+    }
+}
+
+TEST(PosixRemoval, RemovesOnlyTheNamedEntry) {
+    const CTempFolder folder;
+    folder.MakeFolder("full");
+    folder.MakeFolder("empty");
+    folder.WriteFile("full/file", "");
+    ::chmod(folder.WriteFile("read-only", "").c_str(), 0444);
+    ASSERT_EQ(::symlink("full", folder.Path("link").c_str()), 0);
+    const std::tuple<bool (*)(const char*), const char*, DWORD> cases[] = {
+        {DeleteFileA, "read-only", 5},
+        {DeleteFileA, "full", 5},
+        {DeleteFileA, "none", 2},
+        {DeleteFileA, "none/file", 3},
+        {SCFolderTree::Remove, "link/", 3},
+        {SCFolderTree::Remove, "none", 2},
+        {SCFolderTree::Remove, "read-only", 3},
+        {SCFolderTree::Remove, "empty\\/", 0},
+        {DeleteFileA, "link", 0},
+    };
+    for (const auto& [call, name, code] : cases)
+        EXPECT_EQ(CodeOf(call(folder.Path(name).c_str())), code) << name;
+    EXPECT_FALSE(folder.Exists("link") || folder.Exists("empty") || SCFolderTree::Remove("/"));
+    EXPECT_TRUE(folder.Exists("full/file") && folder.Exists("read-only"));
+}
+
+TEST(PosixOpen, NeedsNoLocksWhereTheFileSystemHasNone) {
     const CTempFolder folder;
     for (const int error : {ENOLCK, EOPNOTSUPP, EBADF, EINVAL}) {
         const Faults::Scope fault(Call::Lock, 1, error);
@@ -161,7 +290,7 @@ TEST(Open, DoesWithoutLocksWhereThereAreNone) {
     }
 }
 
-TEST(Open, OutputStreamsAreUsedFromWhereTheyStandAndStayOpen) {
+TEST(PosixOpen, OutputStreamsAreAppendedToAndStayOpen) {
     const CTempFolder folder;
     const std::string path = folder.WriteFile("log", "before;");
     int pipeEnds[2];
@@ -192,7 +321,7 @@ TEST(Open, OutputStreamsAreUsedFromWhereTheyStandAndStayOpen) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-TEST(Open, NeverTakesTheNumberOfAClosedStandardStream) {
+TEST(PosixOpen, NeverUsesTheNumberOfAClosedStandardStream) {
     const CTempFolder folder;
     EXPECT_EQ(RunInChild([&] {
                   ::close(STDIN_FILENO);
@@ -205,37 +334,7 @@ TEST(Open, NeverTakesTheNumberOfAClosedStandardStream) {
     EXPECT_EQ(folder.ReadFile("file"), "data");
 }
 
-TEST(File, ReadsSeeksAndTellsItsSize) {
-    const CTempFolder folder;
-    const TFile file = OpenToRead(folder.WriteFile("file", "0123456789"));
-    LARGE_INTEGER size{}, position{};
-    ASSERT_TRUE(GetFileSizeEx(file.get(), &size));
-    EXPECT_EQ(size.QuadPart, 10);
-    const std::tuple<LONGLONG, DWORD, LONGLONG, const char*> cases[] = {
-        {3, FILE_BEGIN, 3, "34"}, {2, FILE_CURRENT, 7, "78"}, {-1, FILE_END, 9, "9"}, {5, FILE_END, 15, ""}};
-    for (const auto& [distance, method, reached, text] : cases) {
-        ASSERT_TRUE(SetFilePointerEx(file.get(), {distance}, &position, method));
-        EXPECT_EQ(position.QuadPart, reached);
-        EXPECT_EQ(Read(file, 2), text);
-    }
-    EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {-1}, nullptr, FILE_BEGIN)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(CodeOf(SetFilePointerEx(file.get(), {0}, nullptr, 3)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(CodeOf(Write(file, "x")), ERROR_INVALID_HANDLE) << "opened for reading";
-
-    const TFile device = Create("/dev/null");
-    EXPECT_EQ(CodeOf(GetFileSizeEx(device.get(), &size)), ERROR_INVALID_FUNCTION);
-    for (const HANDLE none : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
-        DWORD count = 7;
-        char byte = 0;
-        EXPECT_EQ(CodeOf(Platform::ReadFile(none, &byte, 1, &count, nullptr)), ERROR_INVALID_HANDLE);
-        EXPECT_EQ(count, 0U);
-        for (const bool done :
-             {Platform::WriteFile(none, &byte, 0, &count, nullptr), GetFileSizeEx(none, &size), CloseHandle(none)})
-            EXPECT_FALSE(done);
-    }
-}
-
-TEST(File, WritesAllOrTellsHowMuch) {
+TEST(PosixFile, WritesAllOrReturnsHowMuch) {
     const CTempFolder folder;
     {
         const auto slow = Faults::Writes(3);
@@ -247,14 +346,16 @@ TEST(File, WritesAllOrTellsHowMuch) {
     EXPECT_EQ(folder.ReadFile("file"), "0123456789");
     {
         const auto slow = Faults::Reads(4);
-        EXPECT_EQ(Read(OpenToRead(folder.Path("file"))), "0123") << "one read only, as short as the system made it";
+        EXPECT_EQ(Read(OpenToRead(folder.Path("file"))), "0123") << "a single system call, which may be short";
     }
+    LARGE_INTEGER size{};
+    EXPECT_EQ(CodeOf(GetFileSizeEx(Create("/dev/null").get(), &size)), ERROR_INVALID_FUNCTION);
     DWORD written = 99;
     EXPECT_EQ(CodeOf(Write(Create("/dev/full"), "data", &written)), ERROR_DISK_FULL);
     EXPECT_EQ(written, 0U);
     {
         const Faults::Scope busy(Call::Write, 1, EAGAIN);
-        EXPECT_TRUE(Write(Create("/dev/null"), "data")) << "a full non-blocking pipe is waited for";
+        EXPECT_TRUE(Write(Create("/dev/null"), "data")) << "it waits for a full non-blocking pipe";
     }
     ::signal(SIGPIPE, SIG_IGN);
     int ends[2];
@@ -263,88 +364,19 @@ TEST(File, WritesAllOrTellsHowMuch) {
     ::close(ends[0]);
     ::close(ends[1]);
     EXPECT_EQ(CodeOf(Write(closed, "data")), ERROR_BROKEN_PIPE);
-}
-
-TEST(File, AFullDiskInTheMiddleOfAWriteShowsWhatWasWritten) {
-    const CTempFolder folder;
+    // A disk that becomes full in the middle of a write.
     EXPECT_EQ(RunInChild([&] {
                   const rlimit small{6, 6};
                   ::signal(SIGXFSZ, SIG_IGN);
                   ::setrlimit(RLIMIT_FSIZE, &small);
-                  DWORD written = 0;
                   const DWORD code = CodeOf(Write(Create(folder.Path("file")), "0123456789", &written));
                   return code == ERROR_DISK_FULL && written == 6 ? 0 : 1;
               }),
               0);
 }
 
-TEST(Path, TrailByteThatLooksLikeASeparatorIsNone) {
-    const CTempFolder folder;
-    const std::string shiftJis = folder.Path() + "\\\x95\x5C/\x95\x5C.csv";
-    folder.MakeFolder("表");
-    ASSERT_TRUE(Write(Create(shiftJis), "data"));
-    EXPECT_EQ(folder.ReadFile("表/表.csv"), "data");
-    folder.WriteFile("纊", "two codes");
-    EXPECT_EQ(Read(OpenToRead(folder.Path("\xED\x40"))), "two codes");
-    EXPECT_EQ(Read(OpenToRead(folder.Path("\xFA\x5C"))), "two codes");
-    const CAnsiPage utf8(CP_UTF8);
-    EXPECT_EQ(Read(OpenToRead(folder.Path("表\\表.csv"))), "data");
-}
-
-TEST(Path, EveryNameLeadsBackToItsFile) {
-    const std::tuple<const char*, unsigned, const char*, const char*> cases[] = {
-        {"plain", 932, "plain.csv", "plain.csv"},
-        {"trail byte 5C", 932, "表.csv", "\x95\x5C.csv"},
-        {"backslash", 932, "sub\\file", "sub\0015Cfile"},
-        {"escape mark", 932, "a\0015C", "a\001015C"},
-        {"best fit is a separator", 932, "¥", "\001C2\001A5"},
-        {"not in the page", 932, "é表", "\001C3\001A9\x95\x5C"},
-        {"beyond 16 bits", 932, "😀", "\001F0\0019F\00198\00180"},
-        {"no UTF-8", 932, "\350\241a\377", "\001E8\001A1a\001FF"},
-        {"Western", 1252, "é⁄¥", "\xE9\001E2\00181\00184\xA5"},
-        {"UTF-8", CP_UTF8, "é\\😀\xFF", "é\0015C😀\xFF"},
-    };
-    for (const auto& [title, codePage, name, ansi] : cases) {
-        SCOPED_TRACE(title);
-        const CAnsiPage page(codePage);
-        const CTempFolder folder;
-        folder.MakeFolder("sub");
-        folder.WriteFile("sub/file", "must stay");
-        folder.WriteFile(name, "found");
-        EXPECT_EQ(ConvertToAnsiName(name), ansi);
-        EXPECT_EQ(Read(OpenToRead(folder.Path() + '\\' + ansi)), "found");
-        EXPECT_TRUE(DeleteFileA((folder.Path() + '\\' + ansi).c_str()));
-        EXPECT_FALSE(folder.Exists(name));
-        EXPECT_TRUE(folder.Exists("sub/file"));
-    }
-}
-
-TEST(Removal, TouchesOnlyWhatItNames) {
-    const CTempFolder folder;
-    folder.MakeFolder("full");
-    folder.MakeFolder("empty");
-    folder.WriteFile("full/file", "");
-    ::chmod(folder.WriteFile("read-only", "").c_str(), 0444);
-    ASSERT_EQ(::symlink("full", folder.Path("link").c_str()), 0);
-    const std::tuple<bool (*)(const char*), const char*, DWORD> cases[] = {
-        {DeleteFileA, "read-only", 5},
-        {DeleteFileA, "full", 5},
-        {DeleteFileA, "none", 2},
-        {DeleteFileA, "none/file", 3},
-        {SCFolderTree::Remove, "link/", 3},
-        {SCFolderTree::Remove, "none", 2},
-        {SCFolderTree::Remove, "read-only", 3},
-        {SCFolderTree::Remove, "empty\\/", 0},
-        {DeleteFileA, "link", 0},
-    };
-    for (const auto& [call, name, code] : cases)
-        EXPECT_EQ(CodeOf(call(folder.Path(name).c_str())), code) << name;
-    EXPECT_FALSE(folder.Exists("link") || folder.Exists("empty") || SCFolderTree::Remove("/"));
-    EXPECT_TRUE(folder.Exists("full/file") && folder.Exists("read-only"));
-}
-
-/// One life of a file, through every call of the layer. Returns the code of the first failure.
-DWORD LiveOnce(const std::string& path) {
+/// Calls every function once for a new file. Returns the code of the first failure.
+DWORD UseFile(const std::string& path) {
     LARGE_INTEGER size{};
     char text[4];
     DWORD count = 0;
@@ -359,25 +391,25 @@ DWORD LiveOnce(const std::string& path) {
     return CodeOf(DeleteFileA(path.c_str()));
 }
 
-TEST(Faults, AnyFailingCallIsReportedOrMadeAgainAndLeaksNothing) {
+TEST(PosixFaults, EachFailingCallIsReportedOrRepeatedAndLeaksNothing) {
     const CTempFolder folder;
     const std::size_t before = Faults::OpenDescriptors();
     for (const Call call : {Call::Open, Call::Close, Call::Read, Call::Write, Call::Seek, Call::Stat, Call::Lock,
                             Call::Unlink, Call::Truncate}) {
         SCOPED_TRACE(static_cast<int>(call));
         std::vector<DWORD> codes;
-        Faults::ForEachFailure(call, EIO, [&](std::size_t) { codes.push_back(LiveOnce(folder.Path("file"))); });
+        Faults::ForEachFailure(call, EIO, [&](std::size_t) { codes.push_back(UseFile(folder.Path("file"))); });
         EXPECT_GE(codes.size(), 2U);
         EXPECT_EQ(codes.back(), 0U) << "the last run meets no fault";
         EXPECT_TRUE(codes[0] == ERROR_IO_DEVICE || call == Call::Lock || call == Call::Close) << codes[0];
-        // This cannot be interrupted in a way that a caller would see.
+        // Seeking cannot be interrupted.
         if (call != Call::Seek)
-            Faults::ForEachFailure(call, EINTR, [&](std::size_t) { EXPECT_EQ(LiveOnce(folder.Path("file")), 0U); });
+            Faults::ForEachFailure(call, EINTR, [&](std::size_t) { EXPECT_EQ(UseFile(folder.Path("file")), 0U); });
         EXPECT_EQ(Faults::OpenDescriptors(), before);
     }
 }
 
-TEST(FilePath, TimeCountsFrom1601) {
+TEST(PosixFilePath, TimeCountsFrom1601) {
     const CTempFolder folder;
     const std::string path = folder.WriteFile("file", "");
     // 100 ns after 1970 began, and one second before that.
@@ -395,24 +427,6 @@ TEST(FilePath, TimeCountsFrom1601) {
     EXPECT_GT(timeOf(path, SCFilePath::FTT_CREATE), 132000000000000000U);
     EXPECT_EQ(timeOf(folder.Path("none"), SCFilePath::FTT_UPDATE), 0U);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-}
-
-TEST(FilePath, TellsAbsolutePathsAndUsableNames) {
-    EXPECT_TRUE(SCFilePath::IsAbsolutePath("/a") && SCFilePath::IsAbsolutePath("\\a"));
-    EXPECT_FALSE(SCFilePath::IsAbsolutePath("a/b") || SCFilePath::IsAbsolutePath("") ||
-                 SCFilePath::IsAbsolutePath("\x95\x5C"));
-    const std::string folder = '/' + std::string(99, 'f') + '/';
-    const auto repeat = [](std::string start, std::size_t count, char byte) { return start.append(count, byte); };
-    for (const char* usable : {"/a/b.csv", "b.csv", "\\a\\\x95\x5C", "/dev/stdout", "/a/..."})
-        EXPECT_TRUE(SCFilePath::CanUseFileName(usable)) << usable;
-    for (const char* unusable : {"", "/a/", "/a\\", "/a/.", "\\..", "/a\x95"})
-        EXPECT_FALSE(SCFilePath::CanUseFileName(unusable)) << unusable;
-    const std::pair<std::string, bool> lengths[] = {
-        {repeat(folder, 159, 'n'), true}, {repeat(folder, 160, 'n'), false}, {repeat("/", 255, 'n'), true},
-        {repeat("/", 256, 'n'), false},   {repeat("/", 85, '\xB1'), true},   {repeat("/", 86, '\xB1'), false},
-    };
-    for (const auto& [path, usable] : lengths)
-        EXPECT_EQ(SCFilePath::CanUseFileName(path.c_str()), usable) << path.size();
 }
 
 } // namespace

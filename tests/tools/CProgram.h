@@ -1,4 +1,4 @@
-// A program that a test starts: its arguments, its folder, and what comes out of it.
+// A program that a test starts: its arguments, its folder, and its output.
 #pragma once
 
 #include <fcntl.h>
@@ -24,10 +24,10 @@ class CProgram {
 public:
     struct SSetting {
         std::string folder = ".";
-        int output = -1; ///< a descriptor for standard output; a pipe to the test without it
+        int output = -1; ///< a descriptor for standard output; -1: a pipe to the test
         int errors = -1; ///< likewise for standard error
         std::string locale = "C.UTF-8";
-        int input = -1; ///< a descriptor for standard input; that of the test without it
+        int input = -1; ///< a descriptor for standard input; -1: that of the test
     };
 
     CProgram(std::vector<std::string> arguments, const SSetting& setting) {
@@ -70,7 +70,6 @@ public:
         return {bytes, got < 0 ? 0 : static_cast<std::size_t>(got)};
     }
     pid_t Id() const { return m_iChild; }
-    void Signal(int signal) const { ::kill(m_iChild, signal); }
 
     SResult Finish() {
         SResult result;

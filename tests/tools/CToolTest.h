@@ -1,4 +1,4 @@
-// Runs of the program in a folder of their own, with what each of them should come to.
+// Runs of the program in a folder of their own, with the expected output.
 #pragma once
 
 #include "support/Repeat.h"
@@ -16,25 +16,25 @@
 
 namespace NSTQ::Tests {
 
-const std::string MARK = "\xEF\xBB\xBF"; ///< of UTF-8
+const std::string BOM = "\xEF\xBB\xBF"; ///< in UTF-8
 
-/// Blanks divide a line into its words; '~' is a blank inside one, and "" an empty one.
+/// Blanks separate the words of a line; '~' is a blank inside a word, and "" an empty word.
 struct SCase {
-    std::string line;    ///< the arguments; "<NAME" at the end stands for standard input
-    std::string content; ///< what the first file named in the line is to hold, unless it is there already
+    std::string line;    ///< the arguments; "<NAME" at the end is standard input
+    std::string content; ///< of the first file in the line; empty: it exists already, or must not exist
     std::string output;
-    std::string errors = ""; ///< a part of standard error; nothing is said when empty
+    std::string errors = ""; ///< a part of standard error, which is empty if this is
     int status = 0;
-    std::string made = ""; ///< new files, each as NAME{CONTENT}, and new folders without any as NAME/
+    std::string made = ""; ///< new files, each as NAME{CONTENT}, and new empty folders, each as NAME/
 };
 
-/// "tmp" in the folder is the temporary folder, which holds no file in the end.
+/// "tmp" in the folder is the temporary folder, in which no file may be left.
 class CToolTest : public testing::Test {
 protected:
     void SetUp() override { ::setenv("TMPDIR", m_folder.MakeFolder("tmp").c_str(), 1); }
     void TearDown() override {
         ::unsetenv("TMPDIR");
-        // The library keeps the folder that its unpacking goes below.
+        // The library keeps the folder in which it unpacks.
         for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path("tmp")))
             EXPECT_TRUE(entry.is_directory() && entry.path().string().find("TQD") == std::string::npos)
                 << entry.path();
@@ -59,7 +59,7 @@ protected:
         ::close(setting.input);
         return result;
     }
-    /// All files in the folder and all folders without any, hidden names included, in order.
+    /// All files, also hidden ones, and all empty folders, sorted.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path()))
@@ -85,8 +85,8 @@ protected:
             EXPECT_TRUE(entry.errors.empty() || result.errors.starts_with("tqc: ")) << result.errors;
             const bool isFailure = entry.status > 1;
             EXPECT_TRUE(!isFailure || std::ranges::count(result.errors, '\n') == 1) << result.errors;
-            EXPECT_EQ(TakeAway(before), entry.made);
-            TakeAway(first);
+            EXPECT_EQ(RemoveOthers(before), entry.made);
+            RemoveOthers(first);
         }
     }
 
@@ -99,8 +99,8 @@ private:
                 return word;
         throw std::runtime_error("no file in: " + line);
     }
-    /// Removes what is not among `names` and tells what it was.
-    std::string TakeAway(const std::vector<std::string>& names) const {
+    /// Removes what is not among `names` and returns it as in SCase::made.
+    std::string RemoveOthers(const std::vector<std::string>& names) const {
         std::string text;
         std::vector<std::string> added;
         std::ranges::set_difference(Names(), names, std::back_inserter(added));

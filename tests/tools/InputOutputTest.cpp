@@ -1,4 +1,4 @@
-// tqc on several inputs, standard input, rejected rows, and what it says to programs.
+// tqc on several inputs and on standard input, rejected rows, and JSON output.
 #include "support/ZipWriter.h"
 #include "tools/CToolTest.h"
 #include "xlsx/XlsxBuilder.h"
@@ -25,7 +25,7 @@ protected:
             {"other.csv", "n,w\n4,y\n"},
             {"wide.csv", "p,q,r\n"},
             {"a.tsv", "t\tu\n"},
-            {"bad.csv", MARK + "a,b\r\nc,\"d\"\",\",e\r\nf,g\r\nh,i,j\r\n"},
+            {"bad.csv", BOM + "a,b\r\nc,\"d\"\",\",e\r\nf,g\r\nh,i,j\r\n"},
             {"long.csv", "a\n" + std::string(70'000, 'x') + "\nb\n"},
             {"sjis.csv", "\x95\x5C,1\n"},
             {"fix.txt", "ab1\ncd2!\nef3\n"},
@@ -39,7 +39,7 @@ protected:
     }
 };
 
-TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
+TEST_F(InputOutput, WritesTheRequestedFilesAndNoOthers) {
     const std::string head = "row,offset,cause,record,file\r\n";
     const std::string book = "\"say \"\"x, y\"\"\",-1\r\n";
     const SCase cases[] = {
@@ -67,7 +67,7 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
         {"- <b.csv", "", "", "give --type: csv, tsv, fix, xls, xlsx, mdb, accdb, xtqf", 2},
         {"- - --type csv <b.csv", "", "", "only once", 2},
         {"list - --type xlsx --names <book.xlsx", "", "Q 1\nQ\xE2\x82\xAC\nIt's\n"},
-        // Rows that cannot be taken whole.
+        // Rows that are not complete.
         {"bad.csv --max-fields 2 --rejects r", "", "a,b\r\nf,g\r\n",
          "bad.csv: row 2: rejected: more than 2 fields; try", 1,
          "r{" + head +
@@ -90,13 +90,13 @@ TEST_F(InputOutput, WritesWhatItShouldAndNothingElse) {
              "1,0,\"characters that 932 (shift_jis) cannot represent\",\"a,\xE2\x82\xAC\",\"euro.csv\"\r\n}"},
         {"euro.csv --header --output-encoding 932 --strict --on-error skip", "", "", "row 1: characters", 5},
         {"b.csv sjis.csv -o o --add-bom --rejects r", "", "", "sjis.csv: row 1: rejected: bytes", 1,
-         "o{" + MARK + "n,v\r\n3,x\r\n}r{" + head +
+         "o{" + BOM + "n,v\r\n3,x\r\n}r{" + head +
              "1,0,\"bytes that are invalid in utf-8\",\"\x95\x5C,1\",\"sjis.csv\"\r\n}"},
         {"b.csv --rejects r", "", "n,v\r\n3,x\r\n", "", 0, "r{" + head + "}"},
         {"b.csv --rejects b.csv", "", "", "is also an input or the output", 2},
         {"b.csv --rejects r --on-error stop", "", "", "--on-error skip", 2},
         {"b.csv --rejects -", "", "", "both be standard output", 2},
-        // What is asked in the wrong place.
+        // Arguments in the wrong place.
         {"list a.csv b.csv", "", "", "this command takes one file", 2},
         {"a.csv info", "", "", "tqc info a.csv", 2},
         {"info a.csv -o o", "", "", "--output, --out-dir and --rejects are options of convert", 2},
@@ -126,7 +126,7 @@ TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
         {"a, -b,c", "a,' -b,c"},
         {"a,-1,5", "a,-1,5"},
         {"a, b", "a, b"},
-        {"\xEF\xBC\x9D", "'="}}; // a fullwidth sign that the page has in its plain form only
+        {"\xEF\xBC\x9D", "'="}}; // a fullwidth sign, of which the code page has only the plain form
     for (const auto& [field, guarded] : cases) {
         m_folder.WriteFile("f.dat", field + ";x\n" + field + ";x\n");
         const SResult result = Run("f.dat --separator ; --output-separator | --formula-guard --header "
@@ -134,7 +134,7 @@ TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
         EXPECT_EQ(result.output, guarded + "|x\r\n" + guarded + "|x\r\n") << field;
     }
     const SCase others[] = {
-        {"f.csv --formula-guard", MARK + MARK + "=1,a;=1\n", "'" + MARK + "=1,a;'=1\r\n"},
+        {"f.csv --formula-guard", BOM + BOM + "=1,a;=1\n", "'" + BOM + "=1,a;'=1\r\n"},
         {"f.csv --formula-guard --output-separator ; --skip 1", "x\n\"a;=1,\"\"@b\"\n", "\"a;=1,'\"\"@b\"\r\n"},
         {"=f.csv --formula-guard --max-fields 1 --rejects r", "=1;+b,-2\n", "", "row 1: rejected", 1,
          "r{row,offset,cause,record,file\r\n1,0,\"more than 1 fields\",\"'=1;'+b,-2\",\"'=f.csv\"\r\n}"},
@@ -145,7 +145,7 @@ TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
     Check(others);
 }
 
-TEST_F(InputOutput, TellsProgramsInJson) {
+TEST_F(InputOutput, DescribesFilesInJson) {
     EXPECT_EQ(Run("list book.xlsx --json --code-page 932").output,
               "{\n  \"file\": \"book.xlsx\",\n  \"type\": \"xlsx\",\n  \"tables\": [\n"
               "    {\n      \"name\": \"Q 1\",\n      \"rows\": 1,\n      \"columns\": 2\n    },\n"
@@ -158,7 +158,7 @@ TEST_F(InputOutput, TellsProgramsInJson) {
     EXPECT_EQ(info("bad.csv"), "{\n  \"file\": \"bad.csv\",\n  \"type\": \"csv\",\n"
                                "  \"description\": \"comma-separated text\",\n  \"size\": 32,\n  \"updated\": TIME,\n"
                                "  \"characterSet\": \"utf-8\",\n  \"mark\": true,\n  \"lineEnd\": \"crlf\"\n}\n");
-    // Neither its name nor its content is UTF-8, nor is it clear what it is.
+    // Neither the name nor the content is UTF-8, and the type is unknown.
     m_folder.WriteFile("\"\x1F\xC2\x9B\xFF.q", "\xFF\n");
     EXPECT_EQ(info("\"\x1F\xC2\x9B\xFF.q"),
               "{\n  \"file\": \"\\\"\\u001F\\u009B\xEF\xBF\xBD.q\",\n  \"type\": null,\n"
@@ -167,35 +167,7 @@ TEST_F(InputOutput, TellsProgramsInJson) {
     EXPECT_THAT(info("z.xtqf"), testing::AllOf(HasSubstr("\"dataFileSize\": 10,"), HasSubstr("\"lineEnd\": \"lf\"")));
 }
 
-/// Starts the shell's function as the shell would, with the words of a line; '_' is an empty one.
-TEST_F(InputOutput, CompletesInBash) {
-    const std::pair<const char*, std::string> cases[] = {
-        {"book.xlsx --sheet _", "Q\\ 1\nQ\xE2\x82\xAC\nIt\\'s\n"},
-        {"-o a.csv ./book.xlsx --sheet = It", "It\\'s\n"},
-        {"preview book.xlsx --sheet \"Q~", "Q 1\n"},
-        {"--type xlsx book.dat --sheet Q\\~", "Q\\ 1\n"},
-        {"a.csv --sheet _", ""},
-        {"--type x", "xls\nxlsx\nxtqf\n"},
-        {"info a.csv --js", "--json\n"},
-        {"a.csv --out", "--output\n--out-dir\n--output-separator\n--output-eol\n--output-encoding\n"},
-        {"l", "list\nlong.csv\n"},
-        {"a.csv --out-dir t", "tmp\n"},
-        {"--max-fields 2 fix", "fix.txt\n"},
-    };
-    for (const auto& [typed, completions] : cases) {
-        std::string script = "PATH=$(dirname " TQC_PROGRAM "):$PATH; . " TQC_COMPLETIONS "/tqc.bash\nCOMP_WORDS=(tqc";
-        const auto words = Words(typed);
-        for (const std::string& word : words)
-            script += " $'" + std::regex_replace(word == "_" ? "" : word, std::regex(R"(\\)"), R"(\\\\)") + "'";
-        script += ")\nCOMP_CWORD=" + std::to_string(words.size());
-        script += "\n_tqc\nprintf '%s\\n' \"${COMPREPLY[@]}\" | sed '/^$/d' >completions\n";
-        m_folder.WriteFile("script", script);
-        ASSERT_EQ(std::system(("cd " + m_folder.Path() + " && LC_ALL=C.UTF-8 bash script").c_str()), 0);
-        EXPECT_EQ(m_folder.ReadFile("completions"), completions) << typed;
-    }
-}
-
-TEST_F(InputOutput, TheManualAndTheCompletionsKnowEveryOption) {
+TEST_F(InputOutput, TheManualAndTheCompletionsHaveEveryOption) {
     std::set<std::string> options;
     const std::string help = Run("--help").output + Run("list --help").output;
     const std::regex option("\n  (?:-.,)?--([a-z-]+)");

@@ -1,4 +1,4 @@
-// Encrypted workbooks of records: which bytes are encrypted, and what a wrong password gives.
+// Encrypted xls workbooks: which bytes are encrypted, and the result of a wrong password.
 #include "providers/common/CByteReader.h"
 #include "support/CompoundBuilder.h"
 #include "support/Encryptor.h"
@@ -12,10 +12,10 @@
 namespace NSTQ::Tests {
 namespace {
 
-/// Replaces the body, which stands at `position`, by its encrypted form.
+/// Returns the encrypted form of the record body at `position`.
 using FEncrypt = std::function<std::string(std::string body, std::size_t position)>;
 
-/// Encrypts all that is to be encrypted of a stream.
+/// Encrypts a stream except for the parts that are always plain.
 std::string EncryptStream(std::string stream, const FEncrypt& encrypt) {
     static const std::set<unsigned> plain = {0x809, 0x2F, 0xE1, 0x194, 0x195, 0x196, 0x138};
     const auto number = [&](std::size_t at) {
@@ -37,7 +37,7 @@ SXlsParts BookOf(bool isBiff8, const std::string& filePass) {
     parts.isBiff8 = isBiff8;
     parts.strGlobals = Record(ERecord::FilePass, filePass) + Record(ERecord::InterfaceHeader, Int(1200)) +
                        Record(ERecord::UserExclusive, Int(0)) + Record(ERecord::CodePage, Int(1252));
-    // More than a block of the ciphers, so that keys change within records.
+    // More than one block of 1024 bytes, so that the key changes inside a record.
     for (unsigned i = 0; i < 200; ++i)
         parts.sheets[0].strCells += Number(i, 0, i);
     if (isBiff8) {

@@ -1,4 +1,4 @@
-// Workbooks of records that are unusual but right: what each gives. tests/hostile has those made to do harm.
+// xls workbooks that are unusual but valid, and their rows. tests/hostile has the malicious ones.
 #include "support/AnsiPage.h"
 #include "xls/XlsBuilder.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// A formula's result that is no number.
+/// A result of a formula that is not a number.
 std::string Result(unsigned kind, unsigned value = 0) {
     return Int(kind) + Int(value, 4) + Int(0xFFFF) + Int(0, 8);
 }
@@ -28,11 +28,11 @@ std::string Error(unsigned column, unsigned code) {
 struct SCellsCase {
     const char* title;
     std::string cells;
-    const char* expected; ///< rows end with ;, - is nothing, texts stand in quotes, dates behind a d
+    const char* expected; ///< rows end with ;, - is null, texts are quoted, dates begin with d
     bool isBiff8 = true;
 };
 
-// Styles 0 to 4 are those of FormatsOf.
+// FormatsOf has the styles 0 to 4.
 const SCellsCase cellsCases[] = {
     {"numbers",
      Number(0, 0, 12.5) + Cell(ERecord::Rk, 0, 1, Int(0x40490FD8, 4)) + Cell(ERecord::Rk, 0, 2, Int(0xFFFFFFFE, 4)) +
@@ -41,7 +41,7 @@ const SCellsCase cellsCases[] = {
     {"numbers in a run",
      Record(ERecord::MulRk, Int(2) + Int(1) + Int(0) + Int(7 << 2 | 2, 4) + Int(1) + Int(45000 << 2 | 2, 4) + Int(2)),
      "7 d45000;"},
-    {"blank cells hold nothing",
+    {"blank cells",
      Record(ERecord{0x201}, Int(0) + Int(0) + Int(1)) + Number(2, 3, 1) +
          Record(ERecord{0xBE}, Int(9) + Int(0) + Int(1) + Int(1) + Int(1)),
      "1;"},
@@ -54,7 +54,7 @@ const SCellsCase cellsCases[] = {
          Label(0, 3, "") + Label(0, 4, "_x0041_ ") + Cell(ERecord::Label, 0, 5, Int(0)) + Formula(0, 6, Result(0)) +
          Record(ERecord::String, Int(0)),
      "'aéz' '東京' 'b' '' '_x0041_ ' '' '';"},
-    {"a text that goes on",
+    {"a text with a continuation",
      Cell(ERecord::Label, 0, 0, Int(4) + Narrow("ab")) + Record(ERecord::Continue, Wide(u"京c")), "'ab京c';"},
     {"results of formulas",
      Formula(0, 0, Double(2.5) + Int(0, 8)) + Formula(0, 1, Result(1, 1)) + Formula(0, 2, Result(2, 0x17)) +
@@ -74,7 +74,7 @@ const SCellsCase cellsCases[] = {
      Number(0, 0, 1) + SXlsParts().Begin(0x20) + Number(9, 9, 9) + SXlsParts().Begin(0x20) + Record(ERecord::Eof) +
          Record(ERecord::Eof) + Number(1, 0, 2),
      "1;2;"},
-    {"dates by format, the leap day that never was, no date of any year",
+    {"dates by format, 28 February 1900, a number out of the range of dates",
      Number(0, 0, 45000.75, 1) + Number(0, 1, 59, 1) + Number(0, 2, 1.5, 2) + Number(0, 3, 45000, 3) +
          Number(0, 4, 1e9, 1) + Number(0, 5, 1, 999) + Number(0, 6, 45000, 4),
      "d45000.75 d60 '36:00:00' 45000 1000000000 1 45000;"},
@@ -89,7 +89,7 @@ const SCellsCase cellsCases[] = {
          Formula(0, 2, Result(0)) + Record(ERecord::String, Int(2) + "xy"s),
      "'aéz' 'b' 'xy';", false},
     {"the corner of the grid", Number(65535, 255, 1), "1;"},
-    {"nothing", "", ""},
+    {"no cells", "", ""},
 };
 
 SXlsParts FormatsOf(bool isBiff8) {
@@ -106,7 +106,7 @@ SXlsParts FormatsOf(bool isBiff8) {
     return parts;
 }
 
-/// What `run` gives, or the description of the error that it raises.
+/// The result of `run`, or the description of its error.
 std::string OutcomeOf(const std::function<std::string()>& run) {
     try {
         return run();
@@ -116,12 +116,12 @@ std::string OutcomeOf(const std::function<std::string()>& run) {
     }
 }
 
-TEST(XlsRows, OddSheetsGiveTheirCells) {
+TEST(XlsRows, OddSheetsHaveTheirCells) {
     for (const SCellsCase& odd : cellsCases)
         EXPECT_EQ(XlsText(odd.cells, FormatsOf(odd.isBiff8)), odd.expected) << odd.title;
 }
 
-TEST(XlsRows, SystemOf1904MovesDatesButNoTimes) {
+TEST(XlsRows, The1904SystemMovesDatesButNotTimes) {
     SXlsParts parts = FormatsOf(true);
     parts.strGlobals += Record(ERecord::DateMode, Int(1));
     EXPECT_EQ(XlsText(Number(0, 0, 0.5, 1) + Number(0, 1, 1.5, 2), parts), "d1462.5 '36:00:00';");
@@ -150,7 +150,7 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
         parts.isBiff8 = false;
         if (known.page)
             parts.strGlobals = Record(ERecord::CodePage, Int(*known.page));
-        // A currency sign in a format says nothing of dates, whatever it is.
+        // The code page of a format does not matter.
         parts.strGlobals += Record(ERecord::Format, Int(164) + "\2\x80" + "0");
         const std::string text = known.bytes;
         EXPECT_EQ(OutcomeOf([&] { return XlsText(Cell(ERecord::Label, 0, 0, Int(text.size()) + text), parts); }),
@@ -159,8 +159,8 @@ TEST(XlsRows, TextsBeforeExcel97AreInTheirCodePage) {
     }
 }
 
-/// A sheet alone without a version: what many a program writes by hand.
-TEST(XlsBook, SheetAloneIsAWorkbookOfOneSheet) {
+/// Some programs write a single sheet, without a version.
+TEST(XlsBook, ASheetWithoutAWorkbookIsTheOnlySheet) {
     for (const unsigned version : {0U, 0x580U}) {
         const auto source =
             OpenXlsBytes(Record(ERecord::Bof, Int(version) + Int(0x10) + Int(0, 4)) + Number(0, 0, 7) +
@@ -170,18 +170,25 @@ TEST(XlsBook, SheetAloneIsAWorkbookOfOneSheet) {
     }
 }
 
-TEST(XlsBook, HiddenSheetsAreListedAndSheetsOfOtherKindsAreNot) {
+TEST(XlsBook, HiddenAndDamagedSheetsAreListedAndOtherKindsOfSheetsAreNot) {
     SXlsParts parts;
     parts.sheets = {{"Chart", "", 0, 2},
                     {"It's", Number(0, 0, 1), 1},
                     {"Macros", "", 0, 1},
                     {"Q2", Number(0, 0, 2), 2},
-                    {"Module", "", 0, 6}};
+                    {"Module", "", 0, 6},
+                    {"Bad", Record(ERecord::Number, "x")},
+                    {"Nowhere", "", 0, 0, 0x7FFFFFFF},
+                    {"Inside", "", 0, 0, 20},
+                    {"NoBegin", Number(0, 0, 3), 0, 0, {}, false}};
     for (const bool isBiff8 : {true, false}) {
         parts.isBiff8 = isBiff8;
         const auto source = OpenXlsBytes(parts.Stream());
-        EXPECT_EQ(ListText(*source), u"'It''s$'|Q2$|");
-        EXPECT_EQ(RowsText(*source->OpenTable(u"Q2$")), "2;");
+        EXPECT_EQ(ListText(*source), u"'It''s$'|Q2$|Bad$|Nowhere$|Inside$|NoBegin$|");
+        EXPECT_EQ(RowsText(*source->OpenTable(u"Q2$")) + RowsText(*source->OpenTable(u"NoBegin$")), "2;3;");
+        for (const char16_t* name : {u"Bad$", u"Nowhere$", u"Inside$"})
+            EXPECT_THROW(source->OpenTable(name), Platform::_com_error);
+        EXPECT_EQ(RowsText(*source->OpenTable(u"'It''s$'")), "1;");
     }
 }
 
@@ -204,22 +211,6 @@ TEST(XlsBook, OtherFilesAreRefusedWithAReason) {
                   std::string("book.xls: ") + known.failure);
 }
 
-TEST(XlsBook, OneDamagedSheetLeavesTheOthersReadable) {
-    SXlsParts parts;
-    parts.sheets = {{"Bad", Record(ERecord::Number, "x")},
-                    {"Nowhere", "", 0, 0, 0x7FFFFFFF},
-                    {"Within", "", 0, 0, 20},
-                    {"Headless", Number(0, 0, 2), 0, 0, {}, false},
-                    {"Good", Number(0, 0, 1)}};
-    const auto source = OpenXlsBytes(parts.Stream());
-    EXPECT_EQ(ListText(*source), u"Bad$|Nowhere$|Within$|Headless$|Good$|");
-    EXPECT_THROW(source->OpenTable(u"Within$"), Platform::_com_error);
-    EXPECT_EQ(RowsText(*source->OpenTable(u"Headless$")), "2;");
-    EXPECT_THROW(source->OpenTable(u"Bad$"), Platform::_com_error);
-    EXPECT_THROW(source->OpenTable(u"Nowhere$"), Platform::_com_error);
-    EXPECT_EQ(RowsText(*source->OpenTable(u"Good$")), "1;");
-}
-
 struct SNameCase {
     std::string strName;
     std::string strFormula;
@@ -227,17 +218,8 @@ struct SNameCase {
     unsigned owner = 0; ///< the number of a tab, from 1
 };
 
-std::string NameRecords(const std::vector<SNameCase>& names, bool isBiff8) {
-    std::string records;
-    for (const SNameCase& name : names)
-        records += Record(ERecord::Name, Int(name.flags) + Int(0, 1) + Int(name.strName.size(), 1) +
-                                             Int(name.strFormula.size()) + Int(0) + Int(name.owner) + Int(0, 4) +
-                                             (isBiff8 ? Narrow(name.strName) : name.strName) + name.strFormula);
-    return records;
-}
-
 /// The first tab is a chart, the second one the sheet "Sheet1".
-SXlsParts BookWithNames(const std::vector<SNameCase>& names, bool isBiff8) {
+void ExpectNames(const std::vector<SNameCase>& names, bool isBiff8) {
     SXlsParts parts;
     parts.isBiff8 = isBiff8;
     parts.sheets = {{"Chart", "", 0, 2}, {"Sheet1", Number(1, 1, 1) + Number(1, 2, 2) + Number(2, 1, 3)}};
@@ -245,11 +227,11 @@ SXlsParts BookWithNames(const std::vector<SNameCase>& names, bool isBiff8) {
         parts.strShared = Record(ERecord::SupBook, Int(1) + Int(1) + "\0x"s) + Record(ERecord::SupBook, "\2\0\1\4"s) +
                           Record(ERecord::ExternSheet, Int(4) + Int(1) + Int(1) + Int(1) + Int(0) + Int(1) + Int(1)) +
                           Record(ERecord::Continue, Int(1) + Int(0) + Int(1) + Int(1) + Int(0xFFFE) + Int(0xFFFE));
-    parts.strShared += NameRecords(names, isBiff8);
-    return parts;
-}
-
-void ExpectNames(const SXlsParts& parts) {
+    for (const SNameCase& name : names)
+        parts.strShared +=
+            Record(ERecord::Name, Int(name.flags) + Int(0, 1) + Int(name.strName.size(), 1) +
+                                      Int(name.strFormula.size()) + Int(0) + Int(name.owner) + Int(0, 4) +
+                                      (isBiff8 ? Narrow(name.strName) : name.strName) + name.strFormula);
     const auto source = OpenXlsBytes(parts.Stream());
     EXPECT_EQ(ListText(*source), u"Sheet1$|Area|Cell|Columns|Row|Sheet1$Print_Area|");
     const struct {
@@ -269,40 +251,40 @@ TEST(XlsBook, DefinedNamesOfPlainRangesFollowTheSheets) {
         return token + Int(sheet) + Int(r1) + Int(r2) + Int(c1) + Int(c2);
     };
     const auto cell = "\x5A"s + Int(0) + Int(2) + Int(0xC001);
-    ExpectNames(BookWithNames({{"Area", area(0, 0, 1, 0, 2)},
-                               {"Cell", cell},
-                               {"Columns", area(0, 0, 0xFFFF, 1, 2, '\x7B')},
-                               {"Row", area(0, 1, 1, 0, 255)},
-                               {"Hidden", area(0, 0, 1, 0, 2), 1},
-                               {"Chart", area(3, 0, 1, 0, 2)},
-                               {"Elsewhere", area(1, 0, 1, 0, 2)},
-                               {"Several", area(2, 0, 1, 0, 2)},
-                               {"Nowhere", area(9, 0, 1, 0, 2)},
-                               {"Gone", area(0, 0, 1, 0, 2, '\x3D')},
-                               {"Sum", cell + cell + "\3"},
-                               {"Five", "\x1E\5\0"s},
-                               {"", area(0, 0, 1, 0, 2)},
-                               {"\x06", area(0, 1, 2, 1, 1), 0x20, 2},
-                               {"\x06", area(0, 1, 2, 1, 1), 0x20, 1},
-                               {"\x7F", area(0, 1, 2, 1, 1), 0x20, 2}},
-                              true));
+    ExpectNames({{"Area", area(0, 0, 1, 0, 2)},
+                 {"Cell", cell},
+                 {"Columns", area(0, 0, 0xFFFF, 1, 2, '\x7B')},
+                 {"Row", area(0, 1, 1, 0, 255)},
+                 {"Hidden", area(0, 0, 1, 0, 2), 1},
+                 {"Chart", area(3, 0, 1, 0, 2)},
+                 {"Elsewhere", area(1, 0, 1, 0, 2)},
+                 {"Several", area(2, 0, 1, 0, 2)},
+                 {"Nowhere", area(9, 0, 1, 0, 2)},
+                 {"Gone", area(0, 0, 1, 0, 2, '\x3D')},
+                 {"Sum", cell + cell + "\3"},
+                 {"Five", "\x1E\5\0"s},
+                 {"", area(0, 0, 1, 0, 2)},
+                 {"\x06", area(0, 1, 2, 1, 1), 0x20, 2},
+                 {"\x06", area(0, 1, 2, 1, 1), 0x20, 1},
+                 {"\x7F", area(0, 1, 2, 1, 1), 0x20, 2}},
+                true);
 }
 
 TEST(XlsBook, DefinedNamesOfExcel5) {
     const auto area = [](unsigned sheet, unsigned tab, unsigned r1, unsigned r2, unsigned c1, unsigned c2) {
         return "\x3B"s + Int(sheet) + Int(0, 8) + Int(tab) + Int(tab) + Int(r1) + Int(r2) + Int(c1, 1) + Int(c2, 1);
     };
-    ExpectNames(BookWithNames({{"Area", area(0xFFFF, 1, 0, 1, 0, 2)},
-                               {"Cell", "\x3A"s + Int(0xFFFF) + Int(0, 8) + Int(1) + Int(1) + Int(0xC002) + "\1"},
-                               {"Columns", area(0xFFFF, 1, 0, 0x3FFF, 1, 2)},
-                               {"Row", area(0xFFFF, 1, 1, 1, 0, 255)},
-                               {"Elsewhere", area(1, 1, 0, 1, 0, 2)},
-                               {"Deleted", area(0xFFFF, 0xFFFF, 0, 1, 0, 2)},
-                               {"\x06", area(0xFFFF, 1, 1, 2, 1, 1), 0x20, 2}},
-                              false));
+    ExpectNames({{"Area", area(0xFFFF, 1, 0, 1, 0, 2)},
+                 {"Cell", "\x3A"s + Int(0xFFFF) + Int(0, 8) + Int(1) + Int(1) + Int(0xC002) + "\1"},
+                 {"Columns", area(0xFFFF, 1, 0, 0x3FFF, 1, 2)},
+                 {"Row", area(0xFFFF, 1, 1, 1, 0, 255)},
+                 {"Elsewhere", area(1, 1, 0, 1, 0, 2)},
+                 {"Deleted", area(0xFFFF, 0xFFFF, 0, 1, 0, 2)},
+                 {"\x06", area(0xFFFF, 1, 1, 2, 1, 1), 0x20, 2}},
+                false);
 }
 
-/// A piece of the table of shared texts that no border cuts: a byte, or a character.
+/// A byte or a character in the table of shared strings; records end only between these.
 struct SAtom {
     char16_t value;
     bool isCharacter = false;
@@ -322,8 +304,8 @@ void AddSharedText(std::vector<SAtom>& atoms, std::u16string_view text, bool isW
     addBytes(std::string(runs * 4 + phonetic, 'f'));
 }
 
-/// Writes the table with a border before each of the atoms in `borders`. There, the characters that follow change
-/// between one byte and two, if they are to and can.
+/// The table with a new record before each of the atoms in `borders`. There, the following characters change between
+/// one byte and two if `doChange` is set and they can.
 std::string SharedTable(const std::vector<SAtom>& atoms, const std::set<std::size_t>& borders, bool doChange) {
     std::string records;
     std::string body = Int(9, 4) + Int(6, 4);
@@ -350,7 +332,7 @@ std::string SharedTable(const std::vector<SAtom>& atoms, const std::set<std::siz
     return records + Record(type, body);
 }
 
-TEST(XlsSharedTexts, AreTheSameWhereverTheTableIsCut) {
+TEST(XlsSharedStrings, AreTheSameWhereverARecordEnds) {
     std::vector<SAtom> atoms;
     AddSharedText(atoms, u"plain é", false, 0, 0);
     AddSharedText(atoms, u"東 京a", true, 0, 0);

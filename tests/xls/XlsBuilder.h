@@ -1,4 +1,4 @@
-// Workbooks of records built in memory, right or wrong on purpose.
+// xls workbooks built in memory, valid or not.
 #pragma once
 
 #include "providers/xls/RecordTypes.h"
@@ -15,7 +15,7 @@ namespace NSTQ::Tests {
 
 using Providers::ERecord;
 
-/// Little-endian, in that many bytes.
+/// A little-endian number.
 inline std::string Int(std::uint64_t number, std::size_t bytes = 2) {
     return LittleEndian(number, bytes);
 }
@@ -33,7 +33,7 @@ inline std::string Cell(ERecord type, unsigned row, unsigned column, std::string
     return Record(type, Int(row) + Int(column) + Int(style) + std::string(value));
 }
 
-/// The bytes of a text, or the text with the byte that tells how many bytes a character takes.
+/// A text of two bytes (Wide) or one byte (Narrow) per character, after the byte that says which.
 inline std::string Wide(std::u16string_view text) {
     std::string bytes = "\1";
     for (const char16_t unit : text)
@@ -67,7 +67,7 @@ struct SXlsSheet {
 struct SXlsParts {
     bool isBiff8 = true;
     std::string strGlobals; ///< records before the list of the sheets
-    std::string strShared;  ///< records behind it
+    std::string strShared;  ///< records after it
     std::vector<SXlsSheet> sheets = {{}};
 
     std::string Begin(unsigned type) const {
@@ -102,7 +102,7 @@ inline std::unique_ptr<Platform::IDataSource> OpenXlsBytes(std::string bytes, bo
                               {"book.xls", passWord, hasHeader});
 }
 
-/// The rows of a sheet with these cells.
+/// The rows of a sheet that has these cells.
 inline std::string XlsText(std::string_view cells, SXlsParts parts = {}) {
     parts.sheets[0].strCells = cells;
     return RowsText(*OpenXlsBytes(parts.Stream())->OpenTable(u"Sheet1$"));

@@ -1,4 +1,4 @@
-// Workbooks that are unusual but right: what each gives, in the quick and in the general way through a sheet.
+// Workbooks that are unusual but valid, and their rows, from both scanners of sheets.
 #include "providers/common/CSourceError.h"
 #include "providers/workbook/CFormatCode.h"
 #include "providers/workbook/CTextPool.h"
@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Gives every element a prefix, which leads a sheet past the quick way.
+/// Adds a prefix to every element, so that the fast scanner does not accept the sheet.
 std::string WithPrefixes(std::string_view xml) {
     std::string prefixed;
     for (std::size_t i = 0; i < xml.size(); ++i) {
@@ -39,22 +39,21 @@ std::string ToUtf16Bytes(std::string_view xml, bool isBig, bool hasMark) {
 struct SRowsCase {
     const char* title;
     const char* rows;
-    const char* expected; ///< rows end with ;, - is nothing, texts stand in quotes, dates behind a d
+    const char* expected; ///< rows end with ;, - is null, texts are quoted, dates begin with d
 };
 
-// Shared texts 0 to 6 and the formats of `commonParts` belong to these.
+// With the shared strings 0 to 4 and the formats of CommonParts.
 const SRowsCase rowsCases[] = {
-    {"numbers as they come", R"(<row r="1"><c r="A1"><v>12.5</v></c><c r="B1"><v>-1E-3</v></c></row>)",
-     "12.5 -0.001;"},
+    {"numbers", R"(<row r="1"><c r="A1"><v>12.5</v></c><c r="B1"><v>-1E-3</v></c></row>)", "12.5 -0.001;"},
     {"blanks around values", "<row r=\"1\"><c r=\"A1\"><v> 7\n</v></c><c r=\"B1\"><v>  </v></c></row>", "7;"},
-    {"a number that is none",
+    {"invalid numbers",
      R"(<row r="1"><c r="A1"><v>abc</v></c><c r="B1"><v>1e999</v></c><c r="C1"><v>inf</v></c></row>)",
      "'abc' '1e999' 'inf';"},
-    {"neither rows nor cells with references",
-     "<row><c><v>1</v></c><c><v>2</v></c></row><row><c/><c><v>3</v></c></row>", "1 2;- 3;"},
+    {"rows and cells without references", "<row><c><v>1</v></c><c><v>2</v></c></row><row><c/><c><v>3</v></c></row>",
+     "1 2;- 3;"},
     {"a reference, then none",
      R"(<row r="2"><c r="C2"><v>1</v></c><c><v>2</v></c></row><row><c r="C3"><v>3</v></c></row>)", "1 2;3 -;"},
-    {"references and a style that are none", R"(<row r="1"><c r="0"><v>1</v></c><c r="1" s=""><v>2</v></c></row>)",
+    {"invalid references and an empty style", R"(<row r="1"><c r="0"><v>1</v></c><c r="1" s=""><v>2</v></c></row>)",
      "1 2;"},
     {"cells out of order in a row", R"(<row r="1"><c r="C1"><v>3</v></c><c r="A1"><v>1</v></c><c><v>2</v></c></row>)",
      "1 2 3;"},
@@ -71,7 +70,7 @@ const SRowsCase rowsCases[] = {
      R"(<row r="2"><c r="A2" s="1"/></row><row r="4"><c r="C4"><v>1</v></c></row><row r="6">)"
      R"(<c r="B6"><v>2</v></c><c r="F6"><v></v></c></row><row r="9"/>)",
      "- 1;- -;2 -;"},
-    {"nothing but formats", R"(<row r="1"><c r="A1" s="1"/></row><row r="2"/>)", ""},
+    {"only formats", R"(<row r="1"><c r="A1" s="1"/></row><row r="2"/>)", ""},
     {"texts, even empty ones, are values",
      R"(<row r="1"><c r="A1" t="str"><v></v></c><c r="B1" t="inlineStr"><is><t></t></is></c>)"
      R"(<c r="C1" t="s"><v>1</v></c><c r="D1" t="s"/></row>)",
@@ -80,14 +79,13 @@ const SRowsCase rowsCases[] = {
      R"(<row r="1"><c r="A1" t="s"><v>0</v></c><c r="B1" t="s"><v>2</v></c>)"
      R"(<c r="C1" t="s"><v>3</v></c></row>)",
      "'plain' ' rich text' '東京';"},
-    {"escapes are taken back in texts alone",
+    {"escapes are decoded only in texts",
      R"(<row r="1"><c r="A1" t="s"><v>4</v></c><c r="B1" t="inlineStr"><is><t>_x005F_x0041_</t></is></c>)"
      R"(<c r="C1" t="str"><v>_x00zz_x0042__x43_</v></c><c r="D1" t="e"><v>_x0041_</v></c></row>)",
      "'a\rb' '_x0041_' '_x00zzB_x43_' '_x0041_';"},
-    {"inline texts with runs and notes of pronunciation",
-     R"(<row r="1">)"
-     R"(<c r="A1" t="inlineStr"><is><r><rPr><b/></rPr><t>a</t></r><r><t xml:space="preserve"> b </t></r><rPh><t>no</t></rPh></is></c></row>)"
-     R"()",
+    {"inline texts with runs and phonetic texts",
+     R"(<row r="1"><c r="A1" t="inlineStr"><is><r><rPr><b/></rPr><t>a</t></r>)"
+     R"(<r><t xml:space="preserve"> b </t></r><rPh><t>no</t></rPh></is></c></row>)",
      "'a b ';"},
     {"results of formulas",
      R"(<row r="1"><c r="A1"><f>1+1</f><v>2</v></c><c r="B1" t="str"><f t="shared" si="0"/><v>x</v></c>)"
@@ -102,7 +100,7 @@ const SRowsCase rowsCases[] = {
      R"(<c r="C1" s="3"><v>1.5</v></c><c r="D1" s="4"><v>45000</v></c>)"
      R"(<c r="E1" s="99"><v>45000</v></c></row>)",
      "d45000.75 d45000 '36:00:00' 45000 45000;"},
-    {"spans by format and in words",
+    {"durations by format and in ISO 8601",
      R"(<row r="1"><c r="A1" s="3"><v>10.6320601851852</v></c><c r="B1" s="3"><v>-0.0208333</v></c>)"
      R"(<c r="C1" s="3"><v>-1e-9</v></c><c r="D1" s="3"><v>1e10</v></c><c r="E1" t="d"><v>PT0H11M0.000S</v></c>)"
      R"(<c r="F1" t="d"><v>-P1DT12.5H</v></c><c r="G1" t="d"><v>P2W</v></c><c r="H1" t="d"><v>P1M</v></c>)"
@@ -110,15 +108,15 @@ const SRowsCase rowsCases[] = {
      R"(<c r="L1" s="5"><v>1</v></c><c r="M1" s="5"><v>-2</v></c></row>)",
      "'255:10:10' '-0:30:00' '0:00:00' 10000000000 '0:11:00' '-36:30:00' '336:00:00' 'P1M' 'P1DT' 'PT1M1H' 0 "
      "'24:00:00' d-2;"},
-    {"days before the leap day that never was",
+    {"days before 29 February 1900, which did not exist",
      R"(<row r="1"><c r="A1" s="1"><v>0.5</v></c><c r="B1" s="1"><v>1</v></c><c r="C1" s="1"><v>59</v></c>)"
      R"(<c r="D1" s="1"><v>61</v></c><c r="E1" s="1"><v>-1.25</v></c></row>)",
      "d0.5 d2 d60 d61 d-2.75;"},
-    {"no date of any year stays a number",
+    {"numbers out of the range of dates",
      R"(<row r="1"><c r="A1" s="1"><v>2958465</v></c><c r="B1" s="1"><v>2958466</v></c>)"
      R"(<c r="C1" s="1"><v>-1e9</v></c></row>)",
      "d2958465 2958466 -1000000000;"},
-    {"dates in words",
+    {"dates in ISO 8601",
      R"(<row r="1"><c r="A1" t="d"><v>2023-03-15T18:00:00</v></c>)"
      R"(<c r="B1" t="d"><v>1899-12-29T06:00:00.000Z</v></c><c r="C1" t="d"><v>12:00</v></c>)"
      R"(<c r="D1" t="d"><v>2023-02-30</v></c><c r="E1" t="d"><v>2023-03-15</v></c></row>)",
@@ -132,7 +130,7 @@ const SRowsCase rowsCases[] = {
      "<row  r = '1' spans=\"1:2\"><c s='1' r='a1'\n><v >1</v ></c ><c t=\"str\" r=\"B1\" ><v xml:space=\"preserve\"> "
      "x </v></c></row >",
      "d2 ' x ';"},
-    {"unknown elements are passed over",
+    {"unknown elements are skipped",
      R"(<row r="1"><c r="A1"><ext><v>9</v><c r="Z9"><v>9</v></c></ext><v>1</v></c><other>)"
      R"(<c r="B1"><v>9</v></c></other></row><c r="Z3"><v>9</v></c>)",
      "1;"},
@@ -154,7 +152,7 @@ SXlsxParts CommonParts(std::string_view rows) {
     return parts;
 }
 
-TEST(XlsxRows, OddSheetsGiveTheirCellsInEveryForm) {
+TEST(XlsxRows, OddSheetsHaveTheirCellsInEveryForm) {
     for (const SRowsCase& odd : rowsCases) {
         SCOPED_TRACE(odd.title);
         SXlsxParts parts = CommonParts(odd.rows);
@@ -170,7 +168,7 @@ TEST(XlsxRows, OddSheetsGiveTheirCellsInEveryForm) {
     }
 }
 
-TEST(XlsxRows, SystemOf1904MovesDatesButNoTimes) {
+TEST(XlsxRows, The1904SystemMovesDatesButNotTimes) {
     SXlsxParts parts = CommonParts("<row r='1'><c r='A1' s='1'><v>0.5</v></c><c r='B1' s='6'><v>0.5</v></c>"
                                    "<c r='C1' s='3'><v>1.5</v></c><c r='D1' t='d'><v>2023-03-15</v></c></row>");
     parts.strFormats.insert(parts.strFormats.rfind("</cellXfs>"), "<xf numFmtId='20'/>");
@@ -182,7 +180,7 @@ TEST(XlsxRows, FirstRowNamesTheColumns) {
     SXlsxParts parts = CommonParts("<row><c t='str'><v> Name </v></c><c/><c t='str'><v>NAME</v></c><c><v>7.5</v></c>"
                                    "<c t='str'><v>F2</v></c><c t='str'><v>name1</v></c></row><row><c><v>1</v></c><c "
                                    "r='F2' t='s'><v>0</v></c></row>");
-    // The rows outlive their source.
+    // The rows remain valid without their source.
     const auto rows = OpenBytes(parts.File(), true)->OpenTable(u"Sheet1$");
     EXPECT_EQ(rows->GetColumnNames(),
               (std::vector<std::u16string>{u"Name", u"F2", u"NAME1", u"7.5", u"F21", u"name11"}));
@@ -199,12 +197,16 @@ TEST(XlsxTables, SheetsOpenByEveryFormOfTheirNames) {
         const char16_t* listed;
         const char16_t* made;
     } cases[] = {
-        {"Sheet1", u"Sheet1$", u"Sheet1$"},      {"It's a.b!c", u"'It''s a.b!c$'", u"It''s a.b!c$"},
-        {"日本 語", u"'日本 語$'", u"日本 語$"}, {"日本語", u"日本語$", u"日本語$"},
-        {"2024", u"'2024$'", u"2024$"},          {"a$", u"'a$$'", u"a$$"},
-        {"it''s", u"'it''''s$'", u"it''''s$"},   {"it's", u"'it''s$'", u"it''s$"},
-        {"全角！", u"'全角！$'", u"全角！$"},    {"Größe_1", u"Größe_1$", u"Größe_1$"},
-        {"&lt;x&gt;", u"'<x>$'", u"<x>$"},       {"😀", u"'😀$'", u"😀$"},
+        {"Sheet1", u"Sheet1$", u"Sheet1$"},
+        {"It's a.b!c", u"'It''s a.b!c$'", u"It''s a.b!c$"},
+        {"日本 語", u"'日本 語$'", u"日本 語$"},
+        {"2024", u"'2024$'", u"2024$"},
+        {"a$", u"'a$$'", u"a$$"},
+        {"it''s", u"'it''''s$'", u"it''''s$"},
+        {"全角！", u"'全角！$'", u"全角！$"},
+        {"Größe_1", u"Größe_1$", u"Größe_1$"},
+        {"&lt;x&gt;", u"'<x>$'", u"<x>$"},
+        {"😀", u"'😀$'", u"😀$"},
     };
     SXlsxParts parts;
     parts.sheetNames.clear();
@@ -225,7 +227,7 @@ TEST(XlsxTables, SheetsOpenByEveryFormOfTheirNames) {
     for (const char16_t* unknown : {u"Sheet2$", u"Sheet1", u"", u"$", u"'Sheet1$", u"Sheet1$'"}) {
         try {
             source->OpenTable(unknown);
-            ADD_FAILURE() << "opened a table that there is not";
+            ADD_FAILURE() << "opened a table that does not exist";
         } catch (const Platform::_com_error& error) {
             EXPECT_EQ(error.Error(), Platform::DB_E_NOTABLE);
             EXPECT_NE(std::string(error.Description()).find("book.xlsx"), std::string::npos);
@@ -240,24 +242,27 @@ TEST(XlsxTables, DefinedNamesOfPlainRangesFollowTheSheets) {
     parts.strNames =
         "<definedName name='Area'>'It''s'!$A$1:$C$2</definedName>"
         "<definedName name='Cell'>Sheet1!B3</definedName><definedName name='Columns'>Sheet1!$B:$C</definedName>"
-        "<definedName name='Row'>Sheet1!$2:$2</definedName><definedName name='Below'>Sheet1!$B$3:$B$9</definedName>"
+        "<definedName name='Row'>Sheet1!$2:$2</definedName>"
         "<definedName name='Two'>Sheet1!$A$1,Sheet1!$B$1</definedName><definedName name='Gone'>#REF!</definedName>"
         "<definedName name='Formula'>SUM(Sheet1!$A$1)</definedName><definedName name='Constant'>5</definedName>"
         "<definedName name='Hidden' hidden='1'>Sheet1!$A$1</definedName>"
         "<definedName name='Elsewhere'>[1]Sheet1!$A$1</definedName>"
         "<definedName name='_xlnm.Print_Area' localSheetId='0'>'It''s'!$B$2:$B$3</definedName>";
     const auto source = OpenBytes(parts.File());
-    EXPECT_EQ(ListText(*source), u"'It''s$'|Sheet1$|Area|Cell|Columns|Row|Below|'It''s$'Print_Area|");
+    EXPECT_EQ(ListText(*source), u"'It''s$'|Sheet1$|Area|Cell|Columns|Row|'It''s$'Print_Area|");
     const struct {
         const char16_t* name;
         const char* rows;
-    } cases[] = {{u"Area", "- - -;- 1 2;"}, {u"Cell", "3;"},  {u"Columns", "- -;1 2;3 -;"},
-                 {u"Row", "- 1 2;"},        {u"Below", "3;"}, {u"'It''s$'Print_Area", "1;3;"}};
+    } cases[] = {{u"Area", "- - -;- 1 2;"},
+                 {u"Cell", "3;"},
+                 {u"Columns", "- -;1 2;3 -;"},
+                 {u"Row", "- 1 2;"},
+                 {u"'It''s$'Print_Area", "1;3;"}};
     for (const auto& known : cases)
         EXPECT_EQ(RowsText(*source->OpenTable(known.name)), known.rows) << Platform::AnsiFromWide(known.name);
 }
 
-TEST(XlsxPackage, TargetsAndNamesOfPartsAreFoundInEveryForm) {
+TEST(XlsxPackage, PartsAreFoundByEveryFormOfTheirNames) {
     for (const char* target :
          {"/xl/worksheets/sheet1.xml", "worksheets/../worksheets/./sheet1.xml", "Worksheets/Sheet1.XML",
           "worksheets\\sheet1.xml", "../xl/worksheets/sheet%31.xml", "../../../xl/worksheets/sheet1.xml"}) {
@@ -268,7 +273,7 @@ TEST(XlsxPackage, TargetsAndNamesOfPartsAreFoundInEveryForm) {
     }
 }
 
-TEST(XlsxPackage, SheetsOfOtherKindsAreLeftOutAndThoseWithoutTheirPartAreNot) {
+TEST(XlsxPackage, OtherKindsOfSheetsAreNotListedButSheetsWithoutAPartAre) {
     SXlsxParts parts;
     parts.strRows = "<row><c><v>1</v></c></row>";
     parts.strWorkbookPart =
@@ -284,7 +289,7 @@ TEST(XlsxPackage, SheetsOfOtherKindsAreLeftOutAndThoseWithoutTheirPartAreNot) {
     EXPECT_EQ(RowsText(*source->OpenTable(u"Sheet1$")), "1;");
 }
 
-TEST(XlsxFormats, CodesTellDatesFromNumbers) {
+TEST(XlsxFormats, CodesDistinguishDatesFromNumbers) {
     using Providers::EDateKind;
     const std::pair<EDateKind, std::vector<const char*>> cases[] = {
         {EDateKind::None,
@@ -333,7 +338,7 @@ TEST(XlsxReferences, CellsAreInsideTheGridOrRefused) {
         EXPECT_FALSE(SCCellReference::ParseRange(wrong)) << wrong;
 }
 
-TEST(SharedStrings, KeepToTheirBudget) {
+TEST(SharedStrings, AreLimitedInSize) {
     const std::string text((1U << 20) - 16, 'x');
     for (const std::uint64_t packedSize : {0U, 1U << 20}) {
         Providers::CTextPool pool(packedSize);

@@ -1,4 +1,4 @@
-// Workbooks built in memory from pieces of XML, right or wrong on purpose, and what comes out of them as text.
+// Workbooks built in memory from pieces of XML, valid or not, and their rows as text.
 #pragma once
 
 #include "providers/xlsx/Xlsx.h"
@@ -10,13 +10,13 @@
 
 namespace NSTQ::Tests {
 
-/// The same entry with its content packed.
+/// The same entry with its content deflated.
 inline SZipEntryText Deflated(SZipEntryText entry) {
     uLongf size = compressBound(static_cast<uLong>(entry.content.size()));
     std::string packed(size, '\0');
     compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(entry.content.data()),
              static_cast<uLong>(entry.content.size()));
-    entry.packed = packed.substr(2, size - 6); // without what frames it outside of packages
+    entry.packed = packed.substr(2, size - 6); // without the zlib header and checksum
     entry.method = 8;
     return entry;
 }
@@ -26,11 +26,11 @@ inline constexpr std::string_view officeNamespace =
 
 /// A workbook with one sheet, "Sheet1", unless its parts are replaced.
 struct SXlsxParts {
-    std::string strRows;    ///< what stands in sheetData
-    std::string strStrings; ///< what stands in sst
-    std::string strFormats; ///< what stands in styleSheet
+    std::string strRows;    ///< content of sheetData
+    std::string strStrings; ///< content of sst
+    std::string strFormats; ///< content of styleSheet
     std::string strBookProperties;
-    std::string strNames; ///< what stands in definedNames
+    std::string strNames; ///< content of definedNames
     std::vector<std::string> sheetNames = {"Sheet1"};
     std::string strTarget = "worksheets/sheet1.xml";
     std::string strSheetMode;    ///< further attributes of the sheet's relationship

@@ -1,4 +1,4 @@
-// The zip directory and the entries' contents: right ones in every form, forged ones refused.
+// The zip directory and the contents of entries: valid forms are read, forged ones refused.
 #include "providers/zip/CZipArchive.h"
 #include "xlsx/XlsxBuilder.h"
 
@@ -35,7 +35,7 @@ std::string Noise(std::size_t size) {
     return noise;
 }
 
-TEST(ZipReader, GivesStoredAndDeflatedEntriesInEveryFormOfDirectory) {
+TEST(ZipReader, ReadsStoredAndDeflatedEntriesInEveryFormOfDirectory) {
     const std::string large = Noise(200000);
     SZipEntryText wide = Deflated({.name = "Dir\\B.xml", .content = large, .size = ~0U, .packedSize = ~0U});
     wide.extra = LittleEndian(1, 2) + LittleEndian(16, 2) + LittleEndian(large.size(), 8) +
@@ -53,13 +53,12 @@ TEST(ZipReader, GivesStoredAndDeflatedEntriesInEveryFormOfDirectory) {
         EXPECT_EQ(Content(bytes, "a"), "stored");
         EXPECT_EQ(Content(bytes, "dir/b.XML"), large);
         EXPECT_EQ(Content(bytes, "C"), large);
-        EXPECT_EQ(Content(bytes, "empty"), "");
-        EXPECT_EQ(Content(bytes, "none"), "");
+        EXPECT_EQ(Content(bytes, "empty") + Content(bytes, "none"), "");
         EXPECT_EQ(Content(bytes, "b"), "no entry");
     }
 }
 
-/// tests/hostile has what the directory of any package is refused for.
+/// tests/hostile has the forged directories.
 TEST(ZipReader, RefusesForgedEntries) {
     const struct {
         const char* title;
@@ -83,7 +82,7 @@ TEST(ZipReader, RefusesForgedEntries) {
     EXPECT_THROW(Content(MakeZip({{.name = "a/b"}, {.name = "A\\B"}}), "a/b"), CSourceError);
 }
 
-TEST(ZipReader, BoundsWhatUnfolds) {
+TEST(ZipReader, LimitsTheUnpackedSizeAndRatio) {
     const std::string zeros(1U << 20, '\0');
     const std::string zip = MakeZip({Deflated({.name = "a", .content = zeros})});
     EXPECT_EQ(Content(zip, "a", {zeros.size(), zeros.size(), 1}).size(), zeros.size());
@@ -92,7 +91,7 @@ TEST(ZipReader, BoundsWhatUnfolds) {
     EXPECT_THROW(Content(zip, "a", {zeros.size() - 1, zeros.size(), 2000}), CSourceError);
 }
 
-TEST(ZipReader, NoChangedByteLeadsAstray) {
+TEST(ZipReader, AnyChangedByteIsReadOrRefused) {
     const std::string whole =
         MakeZip({Deflated({.name = "a", .content = Noise(100)}), {.name = "b", .content = "stored"}}, {.wide = true});
     for (std::size_t at = 0; at < whole.size(); ++at)
