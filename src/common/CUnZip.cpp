@@ -1,8 +1,8 @@
 #include "common/CUnZip.h"
 
 #include "common/CUnpackPlan.h"
+#include "platform/errors/LastError.h"
 #include "platform/files/CExtractFolder.h"
-#include "platform/files/ErrorTable.h"
 #include "platform/files/Files.h"
 #include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"

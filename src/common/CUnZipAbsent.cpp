@@ -1,7 +1,7 @@
 // Replaces unpacking in a build without the zip provider.
 #include "common/CUnZip.h"
 
-#include "platform/files/ErrorTable.h"
+#include "platform/errors/LastError.h"
 #include "platform/files/Files.h"
 
 namespace NSTQ::NSTQCore {

@@ -1,20 +1,12 @@
 #include "common/SCTmpDirPath.h"
 
-#include "platform/files/ErrorTable.h"
-#include "platform/files/Files.h"
+#include "platform/Port.h"
+#include "platform/errors/LastError.h"
 #include "platform/files/Path.h"
-#include "platform/files/SystemCall.h"
-
-#include <sys/random.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +14,8 @@
 namespace NSTQ::NSTQCore {
 
 namespace {
+
+namespace Port = Platform::Port;
 
 std::string ToHex(std::uint32_t number, std::size_t digits = 1) {
     constexpr std::string_view hexDigits = "0123456789abcdef";
@@ -31,57 +25,13 @@ std::string ToHex(std::uint32_t number, std::size_t digits = 1) {
     return text;
 }
 
-std::uint32_t MakeRandom() {
-    std::uint32_t number = 0;
-    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == sizeof number)
-        return number;
-    // Early at boot there is none yet. The clock suffices, because the number need not be secret.
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<std::uint32_t>(now.tv_nsec) * 0x9E3779B1U;
-}
-
-bool IsUsableTemporaryFolder(const char* path) {
-    struct stat status {};
-    if (path == nullptr || path[0] != '/' || Platform::RetryInterrupted([&] { return ::stat(path, &status); }) != 0 ||
-        !S_ISDIR(status.st_mode))
-        return false;
-    const bool othersMayExchange = (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0;
-    return !othersMayExchange && ::access(path, W_OK | X_OK) == 0;
-}
-
-/// Returns it without a separator at the end.
-bool FindTemporaryFolder(std::string& folder) {
-    const std::array candidates{static_cast<const char*>(::secure_getenv("TMPDIR")), "/tmp"};
-    const auto* found = std::find_if(candidates.begin(), candidates.end(), IsUsableTemporaryFolder);
-    if (found == candidates.end())
-        return Platform::FailWith(Platform::ERROR_PATH_NOT_FOUND);
-    folder = *found;
-    folder.resize(folder.find_last_not_of('/') + 1);
-    return true;
-}
-
-/// An existing folder must be one that only this user can have created and can read.
-bool MakePrivateFolder(const std::string& path) {
-    constexpr mode_t userOnly = 0700;
-    constexpr mode_t anybodyElse = 0077;
-    if (Platform::RetryInterrupted([&] { return ::mkdir(path.c_str(), userOnly); }) == 0)
-        return true;
-    struct stat status {};
-    if (errno != EEXIST || Platform::RetryInterrupted([&] { return ::lstat(path.c_str(), &status); }) != 0)
-        return Platform::FailFromSystem(path);
-    if (!S_ISDIR(status.st_mode) || status.st_uid != ::geteuid() || (status.st_mode & anybodyElse) != 0)
-        return Platform::FailWith(Platform::ERROR_ACCESS_DENIED);
-    return true;
-}
-
 /// Creates every level below `userFolder` and returns the path of the last one in `folder`.
 bool MakeLevels(const std::string& userFolder, const std::vector<std::string>& levels, std::string& folder) {
     folder = userFolder;
-    bool made = MakePrivateFolder(folder);
+    bool made = Platform::Succeeds(Port::MakePrivateFolder(folder));
     for (std::size_t i = 0; made && i < levels.size(); ++i) {
         folder += '/' + levels[i];
-        made = MakePrivateFolder(folder);
+        made = Platform::Succeeds(Port::MakePrivateFolder(folder));
     }
     return made;
 }
@@ -90,12 +40,12 @@ bool MakeLevels(const std::string& userFolder, const std::vector<std::string>& l
 bool MakeFolder(const std::vector<std::string>& levels, std::string& folder) {
     constexpr int maxAttempts = 16;
     std::string temporaryFolder;
-    if (!FindTemporaryFolder(temporaryFolder))
+    if (!Platform::Succeeds(Port::FindTemporaryFolder(temporaryFolder)))
         return false;
-    const std::string userFolder = temporaryFolder + "/tqc-" + std::to_string(::geteuid());
+    const std::string userFolder = temporaryFolder + "/tqc-" + Port::GetUserTag();
     bool made = MakeLevels(userFolder, levels, folder);
     for (int i = 0; !made && Platform::GetLastError() == Platform::ERROR_ACCESS_DENIED && i < maxAttempts; ++i)
-        made = MakeLevels(userFolder + '-' + ToHex(MakeRandom(), 8), levels, folder);
+        made = MakeLevels(userFolder + '-' + ToHex(Port::MakeRandomNumber(), 8), levels, folder);
     return made;
 }
 
@@ -110,7 +60,7 @@ bool SplitLevels(const std::string& subFolder, std::vector<std::string>& levels)
     for (std::size_t from = 0; from < path.size();) {
         const std::size_t end = std::min(path.find('/', from), path.size());
         const std::string level = path.substr(from, end - from);
-        if (level.empty() || level == "." || level == "..")
+        if (level.empty() || level == "." || level == ".." || !Port::IsPlainName(level))
             return Platform::FailWith(Platform::ERROR_INVALID_PARAMETER);
         levels.push_back(level);
         from = end + 1;
@@ -123,20 +73,22 @@ bool ConvertPrefix(const char* prefix, std::string& name) {
         return true;
     if (!Platform::MakeSystemPath(prefix, name))
         return false;
-    return name.find('/') == std::string::npos || Platform::FailWith(Platform::ERROR_INVALID_PARAMETER);
+    return (name.find('/') == std::string::npos && Port::IsPlainName(name)) ||
+           Platform::FailWith(Platform::ERROR_INVALID_PARAMETER);
 }
 
 /// The counter makes names unique within a process, its random start among processes that share a folder but are in
 /// different process namespaces.
 bool FindFreePath(const std::string& start, std::string& path, DWORD& number) {
-    static std::atomic<std::uint32_t> counter{MakeRandom()};
+    static std::atomic<std::uint32_t> counter{Port::MakeRandomNumber()};
     constexpr int maxAttempts = 1000;
     for (int i = 0; i < maxAttempts; ++i) {
         number = counter++;
-        path = start + ToHex(static_cast<std::uint32_t>(::getpid())) + '-' + ToHex(number, 8);
-        struct stat status {};
-        if (Platform::RetryInterrupted([&] { return ::lstat(path.c_str(), &status); }) != 0)
-            return errno == ENOENT || Platform::FailFromSystem(path);
+        path = start + ToHex(Port::GetProcessNumber()) + '-' + ToHex(number, 8);
+        Port::SStatus status;
+        const DWORD code = Port::GetLinkStatus(path, status);
+        if (code != Platform::ERROR_SUCCESS)
+            return code == Platform::ERROR_FILE_NOT_FOUND || Platform::FailWith(code);
     }
     return Platform::FailWith(Platform::ERROR_FILE_EXISTS);
 }

@@ -328,7 +328,7 @@ TEST(PosixOpen, NeverUsesTheNumberOfAClosedStandardStream) {
                   ::close(STDOUT_FILENO);
                   const TFile file = Create(folder.Path("file"));
                   const bool isClean = ::write(STDOUT_FILENO, "stray", 5) < 0 && Write(file, "data");
-                  return isClean && ::fcntl(DescriptorOfHandle(file.get()), F_GETFD) == FD_CLOEXEC ? 0 : 1;
+                  return isClean && ::fcntl(static_cast<int>(FileOf(file.get())), F_GETFD) == FD_CLOEXEC ? 0 : 1;
               }),
               0);
     EXPECT_EQ(folder.ReadFile("file"), "data");

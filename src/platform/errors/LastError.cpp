@@ -14,4 +14,13 @@ void SetLastError(DWORD code) {
     lastError = code;
 }
 
+bool FailWith(DWORD code) {
+    SetLastError(code);
+    return false;
+}
+
+bool Succeeds(DWORD code) {
+    return code == ERROR_SUCCESS || FailWith(code);
+}
+
 } // namespace NSTQ::Platform

@@ -3,10 +3,6 @@
 
 #include "tqcAccess/Types.h"
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
-
 namespace NSTQ::Platform {
 
 inline constexpr DWORD ERROR_SUCCESS = 0;
@@ -42,5 +38,9 @@ inline constexpr DWORD ERROR_FILE_CORRUPT = 1392;
 DWORD GetLastError();
 void SetLastError(DWORD code);
 
+/// Stores `code` as the last error and returns false, for the end of a failing operation.
+bool FailWith(DWORD code);
+/// True for ERROR_SUCCESS; any other code becomes the last error.
+bool Succeeds(DWORD code);
+
 } // namespace NSTQ::Platform
-#endif

@@ -1,11 +1,11 @@
 // A new folder that is filled from an untrusted source.
 //
-// Every step goes down from a descriptor, one name at a time and never through a link; nothing that exists is
+// Every step goes down from an open folder, one name at a time and never through a link; nothing that exists is
 // replaced. The caller has checked the paths: relative, in the system's form ("a/b/c"), without ".", ".." and empty
 // parts. Created files and folders stay. On failure the operations return false with the cause in GetLastError.
 #pragma once
 
-#include "platform/files/Descriptor.h"
+#include "platform/Port.h"
 
 #include <cstddef>
 #include <span>
@@ -20,11 +20,12 @@ public:
     CExtractFolder& operator=(const CExtractFolder&) = delete;
     ~CExtractFolder();
 
-    /// Creates the folder itself with mode 0700. `folder` is a path in the ANSI code page that must not exist yet.
+    /// Creates the folder itself for this user only. `folder` is a path in the ANSI code page that must not exist
+    /// yet.
     bool Create(const char* folder);
-    /// Creates a folder and the ones above it with mode 0700; existing ones are used.
+    /// Creates a folder and the ones above it, for this user only; existing ones are used.
     bool MakeFolder(const std::string& path);
-    /// Creates a new file with mode 0600 and the folders above it. The file before it must have been closed.
+    /// Creates a new file, for this user only, and the folders above it. The file before it must have been closed.
     bool MakeFile(const std::string& path);
     /// Appends all of `bytes` to the file.
     bool Write(std::span<const std::byte> bytes);
@@ -32,10 +33,11 @@ public:
     bool CloseFile();
 
 private:
-    CDescriptor OpenFolder(const std::string& path) const;
+    DWORD Enter(std::string_view path, Port::TFile& folder) const;
+    void Leave(Port::TFile folder) const;
 
-    int m_folder = -1;
-    int m_file = -1;
+    Port::TFile m_folder = Port::noFile;
+    Port::TFile m_file = Port::noFile;
 };
 
 } // namespace NSTQ::Platform

@@ -1,13 +1,6 @@
-#include "platform/files/Descriptor.h"
-#include "platform/files/ErrorTable.h"
 #include "platform/files/FileHandle.h"
 #include "platform/files/Files.h"
 #include "platform/files/Path.h"
-#include "platform/files/SystemCall.h"
-
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 
 #include <charconv>
 #include <optional>
@@ -17,108 +10,51 @@ namespace NSTQ::Platform {
 
 namespace {
 
-struct SRequest {
-    DWORD access;
-    DWORD share;
-    DWORD disposition;
-    DWORD flags;
+constexpr DWORD readAndWrite = GENERIC_READ | GENERIC_WRITE;
 
-    bool Reads() const { return (access & GENERIC_READ) != 0; }
-    bool Writes() const { return (access & GENERIC_WRITE) != 0; }
-    bool IsValid() const {
-        constexpr DWORD knownAccess = GENERIC_READ | GENERIC_WRITE;
-        constexpr DWORD knownShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-        constexpr DWORD knownFlags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
-        return access != 0 && (access & ~knownAccess) == 0 && (share & ~knownShare) == 0 &&
-               (flags & ~knownFlags) == 0 && disposition >= CREATE_NEW && disposition <= OPEN_EXISTING;
-    }
-    int OpenFlags() const {
-        const int mode = Reads() && Writes() ? O_RDWR : Writes() ? O_WRONLY : O_RDONLY;
-        // A reader must not wait for a pipe that it will reject.
-        return mode | O_CLOEXEC | O_NOCTTY | (Reads() ? O_NONBLOCK : 0);
-    }
-};
-
-int Open(const std::string& path, int flags) {
-    constexpr mode_t anybodyLessUmask = 0666;
-    return RetryInterrupted([&] { return ::open(path.c_str(), flags, anybodyLessUmask); });
+bool IsValid(DWORD access, DWORD share, DWORD disposition, DWORD flags) {
+    constexpr DWORD knownShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    constexpr DWORD knownFlags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
+    return access != 0 && (access & ~readAndWrite) == 0 && (share & ~knownShare) == 0 && (flags & ~knownFlags) == 0 &&
+           disposition >= CREATE_NEW && disposition <= OPEN_EXISTING;
 }
 
-/// Tries an existing file first, because only this shows whether there was one.
-CDescriptor OpenFile(const std::string& path, const SRequest& request, bool& existed) {
-    const int flags = request.OpenFlags();
-    existed = request.disposition != CREATE_NEW;
-    int descriptor = existed ? Open(path, flags) : Open(path, flags | O_CREAT | O_EXCL);
-    if (descriptor < 0 && errno == ENOENT && request.disposition == CREATE_ALWAYS) {
-        existed = false;
-        descriptor = Open(path, flags | O_CREAT);
-    }
-    return CDescriptor(MoveAboveStandardStreams(descriptor));
+Port::EAccess ToAccess(DWORD access) {
+    return access == readAndWrite    ? Port::EAccess::ReadAndWrite
+           : access == GENERIC_WRITE ? Port::EAccess::Write
+                                     : Port::EAccess::Read;
 }
 
-/// The error code for a file of a type that is rejected, or 0.
-DWORD CheckKind(const SRequest& request, mode_t mode, bool existed) {
-    constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-    if (S_ISDIR(mode))
-        return ERROR_ACCESS_DENIED;
-    if (request.Reads() && !S_ISREG(mode))
-        return ERROR_NOT_SUPPORTED;
-    // The system allows a privileged process to write to read-only files; Windows allows nobody to.
-    if (request.Writes() && existed && S_ISREG(mode) && (mode & anyWrite) == 0)
-        return ERROR_ACCESS_DENIED;
-    return ERROR_SUCCESS;
+Port::EDisposition ToDisposition(DWORD disposition) {
+    return disposition == CREATE_NEW      ? Port::EDisposition::CreateNew
+           : disposition == CREATE_ALWAYS ? Port::EDisposition::CreateAlways
+                                          : Port::EDisposition::OpenExisting;
 }
 
-/// Only a lock that somebody else holds is a failure; file systems without locks return various errors.
-bool TakeLock(int descriptor, DWORD share) {
-    const int operation = (share == 0 ? LOCK_EX : LOCK_SH) | LOCK_NB;
-    return RetryInterrupted([&] { return ::flock(descriptor, operation); }) == 0 || errno != EWOULDBLOCK;
-}
-
-bool PrepareFile(int descriptor, const SRequest& request, bool existed) {
-    struct stat status {};
-    if (RetryInterrupted([&] { return ::fstat(descriptor, &status); }) != 0)
-        return FailFromSystem();
-    if (const DWORD code = CheckKind(request, status.st_mode, existed); code != ERROR_SUCCESS)
-        return FailWith(code);
-    if (!S_ISREG(status.st_mode))
-        return true;
-    if (!TakeLock(descriptor, request.share))
-        return FailWith(ERROR_SHARING_VIOLATION);
-    if (request.disposition == CREATE_ALWAYS && RetryInterrupted([&] { return ::ftruncate(descriptor, 0); }) != 0)
-        return FailFromSystem();
-    if ((request.flags & FILE_FLAG_SEQUENTIAL_SCAN) != 0)
-        ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
-    return true;
-}
-
-/// The descriptor of a path such as "/dev/stdout".
-std::optional<int> FindOpenDescriptor(std::string_view path) {
+/// The number of an open file in a path such as "/dev/stdout".
+std::optional<int> FindOpenNumber(std::string_view path) {
     constexpr std::string_view folder = "/dev/fd/";
     if (path == "/dev/stdout")
-        return STDOUT_FILENO;
+        return 1;
     if (path == "/dev/stderr")
-        return STDERR_FILENO;
+        return 2;
     if (!path.starts_with(folder))
         return std::nullopt;
-    int descriptor = -1;
-    const auto [end, error] = std::from_chars(path.data() + folder.size(), path.data() + path.size(), descriptor);
-    if (error != std::errc{} || end != path.data() + path.size() || descriptor < 0)
+    int number = -1;
+    const auto [end, error] = std::from_chars(path.data() + folder.size(), path.data() + path.size(), number);
+    if (error != std::errc{} || end != path.data() + path.size() || number < 0)
         return std::nullopt;
-    return descriptor;
+    return number;
 }
 
-HANDLE DuplicateForWriting(int descriptor, const SRequest& request) {
-    const int mode = ::fcntl(descriptor, F_GETFL);
-    CDescriptor copy(mode < 0 ? -1 : DuplicateAboveStandardStreams(descriptor));
-    if (!copy.IsOpen())
-        FailFromSystem();
-    else if (request.disposition == CREATE_NEW)
-        FailWith(ERROR_FILE_EXISTS);
-    else if ((mode & O_ACCMODE) == O_RDONLY)
-        FailWith(ERROR_ACCESS_DENIED);
-    else
-        return HandleOfDescriptor(copy.Release());
+HANDLE DuplicateAs(int number, Port::EAccess access, bool mustBeNew = false) {
+    Port::TFile copy = Port::noFile;
+    if (!Succeeds(Port::Duplicate(number, access, copy)))
+        return INVALID_HANDLE_VALUE;
+    if (!mustBeNew)
+        return HandleOf(copy);
+    Port::Close(copy);
+    SetLastError(ERROR_FILE_EXISTS);
     return INVALID_HANDLE_VALUE;
 }
 
@@ -126,37 +62,32 @@ HANDLE DuplicateForWriting(int descriptor, const SRequest& request) {
 
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, const void* securityAttributes, DWORD disposition,
                    DWORD flags, HANDLE templateFile) {
-    const SRequest request{access, share, disposition, flags};
-    if (securityAttributes != nullptr || templateFile != nullptr || !request.IsValid()) {
+    if (securityAttributes != nullptr || templateFile != nullptr || !IsValid(access, share, disposition, flags)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return INVALID_HANDLE_VALUE;
     }
     std::string systemPath;
     if (!MakeSystemPath(path, systemPath))
         return INVALID_HANDLE_VALUE;
-    if (!request.Reads())
-        if (const std::optional<int> descriptor = FindOpenDescriptor(systemPath))
-            return DuplicateForWriting(*descriptor, request);
+    if (access == GENERIC_WRITE)
+        if (const std::optional<int> number = FindOpenNumber(systemPath))
+            return DuplicateAs(*number, Port::EAccess::Write, disposition == CREATE_NEW);
 
+    Port::TFile file = Port::noFile;
     bool existed = false;
-    CDescriptor file = OpenFile(systemPath, request, existed);
-    if (!file.IsOpen()) {
-        FailFromSystem(systemPath);
-        return INVALID_HANDLE_VALUE;
-    }
-    if (!PrepareFile(file.Get(), request, existed))
+    const Port::SOpening opening{.access = ToAccess(access),
+                                 .share = share == 0 ? Port::EShare::Exclusive : Port::EShare::Shared,
+                                 .disposition = ToDisposition(disposition),
+                                 .isSequential = (flags & FILE_FLAG_SEQUENTIAL_SCAN) != 0};
+    if (!Succeeds(Port::Open(systemPath, opening, file, existed)))
         return INVALID_HANDLE_VALUE;
     if (disposition == CREATE_ALWAYS)
         SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
-    return HandleOfDescriptor(file.Release());
+    return HandleOf(file);
 }
 
 HANDLE DuplicateDescriptor(int descriptor) {
-    const int copy = DuplicateAboveStandardStreams(descriptor);
-    if (copy >= 0)
-        return HandleOfDescriptor(copy);
-    FailFromSystem();
-    return INVALID_HANDLE_VALUE;
+    return DuplicateAs(descriptor, Port::EAccess::Read);
 }
 
 } // namespace NSTQ::Platform

@@ -1,19 +1,18 @@
-// The HANDLE of a file contains its descriptor, so that opening a file allocates nothing.
+// The HANDLE of a file contains the file of the port, so that opening a file allocates nothing.
 #pragma once
 
-#include "tqcAccess/Types.h"
+#include "platform/Port.h"
 
 namespace NSTQ::Platform {
 
-/// One is added, so that descriptor 0 is not the null handle.
-inline HANDLE HandleOfDescriptor(int descriptor) {
-    return reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(descriptor) + 1);
+/// One is added, so that file 0 is not the null handle.
+inline HANDLE HandleOf(Port::TFile file) {
+    return reinterpret_cast<HANDLE>(file + 1);
 }
 
-/// -1, which every system call rejects as a bad descriptor, if the handle is not that of a file.
-inline int DescriptorOfHandle(HANDLE file) {
-    const auto value = reinterpret_cast<std::uintptr_t>(file);
-    return value == 0 || value > 0x7FFFFFFF ? -1 : static_cast<int>(value - 1);
+/// None if the handle is not that of a file.
+inline Port::TFile FileOf(HANDLE handle) {
+    return reinterpret_cast<Port::TFile>(handle) - 1;
 }
 
 } // namespace NSTQ::Platform

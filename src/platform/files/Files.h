@@ -1,4 +1,4 @@
-// The file functions of Windows, implemented with POSIX.
+// The file functions of Windows, implemented over the port (platform/Port.h).
 //
 // Paths are texts in the ANSI code page. They are converted to UTF-8 first, and only then both '\' and '/' are
 // separators, because 0x5C is also a trail byte of Shift_JIS. With code page 65001 the bytes are not changed. A name
@@ -20,10 +20,6 @@
 
 #include "platform/errors/LastError.h"
 #include "tqcAccess/Types.h"
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
 
 namespace NSTQ::Platform {
 
@@ -100,4 +96,3 @@ bool CloseHandle(HANDLE file);
 bool DeleteFileA(const char* path);
 
 } // namespace NSTQ::Platform
-#endif

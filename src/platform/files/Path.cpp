@@ -1,11 +1,10 @@
 #include "platform/files/Path.h"
 
-#include "platform/files/ErrorTable.h"
-#include "platform/files/Files.h"
+#include "platform/Port.h"
+#include "platform/errors/LastError.h"
 #include "tqcAccess/CodePage.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 
 namespace NSTQ::Platform {
@@ -15,9 +14,6 @@ namespace {
 constexpr char escapeMark = '\x01';
 constexpr std::size_t escapeLength = 3;
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
-/// In the longest form each byte of the system's path is an escape.
-constexpr std::size_t maxAnsiPathLength = std::size_t{PATH_MAX} * escapeLength;
-
 /// One character during conversion; an invalid sequence gives as many as it has bytes.
 struct SConverted {
     char bytes[16];
@@ -141,6 +137,8 @@ bool AppendAsAnsi(std::string_view character, std::string& name) {
 DWORD ConvertToSystemPath(const char* path, std::string& systemPath) {
     if (path == nullptr || *path == '\0')
         return ERROR_PATH_NOT_FOUND;
+    // In the longest form each byte of the system's path is an escape.
+    const std::size_t maxAnsiPathLength = Port::GetMaxPathLength() * escapeLength;
     const std::size_t length = ::strnlen(path, maxAnsiPathLength + 1);
     if (length > maxAnsiPathLength)
         return ERROR_FILENAME_EXCED_RANGE;

@@ -1,6 +1,6 @@
 #include "providers/zip/CLibZipReader.h"
 
-#include "platform/files/ErrorTable.h"
+#include "platform/errors/LastError.h"
 #include "platform/files/Files.h"
 
 #include <algorithm>

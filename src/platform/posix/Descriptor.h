@@ -1,13 +1,16 @@
 // File descriptors: one that is owned, and where their numbers may lie.
 #pragma once
 
+#include "platform/Port.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <utility>
 
-namespace NSTQ::Platform {
+namespace NSTQ::Platform::Port {
 
 class CDescriptor {
 public:
@@ -41,6 +44,11 @@ private:
     int m_descriptor;
 };
 
+/// -1, which every system call rejects as a bad descriptor, if it is that of no file.
+inline int DescriptorOf(TFile file) {
+    return file < 0 || file > INT_MAX ? -1 : static_cast<int>(file);
+}
+
 /// Gives the copy a number above the standard streams.
 inline int DuplicateAboveStandardStreams(int descriptor) {
     return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -55,4 +63,4 @@ inline int MoveAboveStandardStreams(int descriptor) {
     return DuplicateAboveStandardStreams(descriptor);
 }
 
-} // namespace NSTQ::Platform
+} // namespace NSTQ::Platform::Port

@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-namespace NSTQ::Platform {
+namespace NSTQ::Platform::Port {
 
 /// Repeats `call` (which returns -1 and sets errno on failure) as long as a signal interrupts it.
 template <class TCall>
@@ -14,4 +14,4 @@ auto RetryInterrupted(TCall call) {
     return result;
 }
 
-} // namespace NSTQ::Platform
+} // namespace NSTQ::Platform::Port

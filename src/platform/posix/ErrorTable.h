@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace NSTQ::Platform {
+namespace NSTQ::Platform::Port {
 
 /// The Windows code for an `errno` value. Numbers outside the table give 1117 (I/O device): the cause is neither in
 /// the arguments nor something that the caller can correct.
@@ -15,11 +15,8 @@ DWORD ErrorCodeFromSystem(int error);
 /// last component is missing, 3 if its folder is missing or not a folder.
 DWORD PathErrorCodeFromSystem(int error, const std::string& path);
 
-/// Stores the code of `errno` as the last error and returns false, for the end of a failing operation.
-bool FailFromSystem();
-bool FailFromSystem(const std::string& path);
+/// The same for `errno`.
+DWORD LastCode();
+DWORD LastCode(const std::string& path);
 
-/// Stores `code` as the last error and returns false.
-bool FailWith(DWORD code);
-
-} // namespace NSTQ::Platform
+} // namespace NSTQ::Platform::Port

@@ -1,11 +1,11 @@
-#include "platform/files/ErrorTable.h"
+#include "platform/posix/ErrorTable.h"
 
-#include "platform/files/Files.h"
-#include "platform/files/SystemCall.h"
+#include "platform/errors/LastError.h"
+#include "platform/posix/SystemCall.h"
 
 #include <sys/stat.h>
 
-namespace NSTQ::Platform {
+namespace NSTQ::Platform::Port {
 
 namespace {
 
@@ -73,17 +73,12 @@ DWORD PathErrorCodeFromSystem(int error, const std::string& path) {
     return ErrorCodeFromSystem(error);
 }
 
-bool FailFromSystem() {
-    return FailWith(ErrorCodeFromSystem(errno));
+DWORD LastCode() {
+    return ErrorCodeFromSystem(errno);
 }
 
-bool FailFromSystem(const std::string& path) {
-    return FailWith(PathErrorCodeFromSystem(errno, path));
+DWORD LastCode(const std::string& path) {
+    return PathErrorCodeFromSystem(errno, path);
 }
 
-bool FailWith(DWORD code) {
-    SetLastError(code);
-    return false;
-}
-
-} // namespace NSTQ::Platform
+} // namespace NSTQ::Platform::Port
