@@ -157,13 +157,13 @@ TEST_F(InputOutput, DescribesFilesInJson) {
     };
     EXPECT_EQ(info("bad.csv"), "{\n  \"file\": \"bad.csv\",\n  \"type\": \"csv\",\n"
                                "  \"description\": \"comma-separated text\",\n  \"size\": 32,\n  \"updated\": TIME,\n"
-                               "  \"characterSet\": \"utf-8\",\n  \"mark\": true,\n  \"lineEnd\": \"crlf\"\n}\n");
+                               "  \"characterSet\": \"utf-8\",\n  \"bom\": true,\n  \"lineEnd\": \"crlf\"\n}\n");
     // Neither the name nor the content is UTF-8, and the type is unknown.
     m_folder.WriteFile("\"\x1F\xC2\x9B\xFF.q", "\xFF\n");
     EXPECT_EQ(info("\"\x1F\xC2\x9B\xFF.q"),
               "{\n  \"file\": \"\\\"\\u001F\\u009B\xEF\xBF\xBD.q\",\n  \"type\": null,\n"
               "  \"description\": \"unknown\",\n  \"size\": 2,\n  \"updated\": TIME,\n"
-              "  \"characterSet\": null,\n  \"mark\": false,\n  \"lineEnd\": \"lf\"\n}\n");
+              "  \"characterSet\": null,\n  \"bom\": false,\n  \"lineEnd\": \"lf\"\n}\n");
     EXPECT_THAT(info("z.xtqf"), testing::AllOf(HasSubstr("\"dataFileSize\": 10,"), HasSubstr("\"lineEnd\": \"lf\"")));
 }
 

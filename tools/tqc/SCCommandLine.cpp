@@ -3,6 +3,7 @@
 #include "CFailure.h"
 #include "CFixSourceReader.h"
 #include "CFormulaGuard.h"
+#include "CHelpFormatter.h"
 #include "COutputTarget.h"
 #include "SCCodePageNames.h"
 #include "SCErrorText.h"
@@ -16,6 +17,7 @@
 #include <cerrno>
 #include <charconv>
 #include <iostream>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -81,8 +83,7 @@ public:
     explicit CParser(SOptions& options) : m_options(options) {
         m_app.name("tqc");
         m_app.set_version_flag("--version", "tqc " TQC_VERSION);
-        m_app.get_formatter()->column_width(33);
-        m_app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+        m_app.formatter(std::make_shared<CHelpFormatter>());
         m_app.footer(SCHelpText::examples);
         m_app.require_subcommand(0, 1);
         m_files = AddFiles(m_app, "files to read; - is standard input and needs --type");

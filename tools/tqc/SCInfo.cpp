@@ -108,7 +108,7 @@ void AddText(CJsonWriter& json, const char* key, const std::string& value) {
 void AddTextFacts(CJsonWriter& json, const CTextFile& text) {
     const CTextFile::SCharacterSet set = text.CharacterSet();
     AddText(json, "characterSet", set.name);
-    json.Add("mark", set.hasBom);
+    json.Add("bom", set.hasBom);
     json.Add("lineEnd", NameLineEnd(text.LineEnd()).code);
 }
 
