@@ -1,6 +1,7 @@
 #include "hostile/CBlowUp.h"
 
 #include "support/LittleEndian.h"
+#include "support/Repeat.h"
 
 #include <algorithm>
 #include <set>
@@ -43,14 +44,6 @@ std::vector<std::pair<std::size_t, std::size_t>> DigitRuns(std::string_view text
 
 } // namespace
 
-std::string Repeated(std::string_view text, std::size_t size) {
-    std::string repeated;
-    repeated.reserve(size);
-    while (repeated.size() + text.size() <= size)
-        repeated += text;
-    return repeated;
-}
-
 void CBlowUp::Replace(std::string how, std::size_t at, std::size_t size, std::function<std::string()> text) {
     m_cases.push_back({m_title + ' ' + std::to_string(at) + ": " + std::move(how),
                        [part = m_part, wrap = m_wrap, at, size, text = std::move(text)] {
@@ -63,23 +56,20 @@ void CBlowUp::Replace(std::string how, std::size_t at, std::size_t size, std::fu
 void CBlowUp::Fill(std::size_t at, std::size_t size) {
     for (const std::string_view filler : m_form.fillers)
         Replace("much of " + std::string(filler), at, size,
-                [=, most = m_form.most] { return Repeated(filler, most); });
+                [=, most = m_form.most] { return Repeat(filler, most / filler.size()); });
 }
 
-void CBlowUp::Repeat(std::size_t at, std::size_t size, std::size_t head) {
+void CBlowUp::RepeatPart(std::size_t at, std::size_t size, std::size_t head) {
     const std::string piece = m_part->substr(at, size);
     const std::size_t count = m_form.most / size;
     for (const std::size_t most : std::set{m_form.most, m_form.mostRepeated})
-        Replace("repeated to " + std::to_string(most), at, size, [=] { return Repeated(piece, most); });
+        Replace("repeated to " + std::to_string(most), at, size, [=] { return Repeat(piece, most / piece.size()); });
     for (const auto& [first, length] : DigitRuns(piece.substr(0, head))) {
         const std::string number = piece.substr(first, length);
         for (const std::uint64_t step : {std::uint64_t{1}, CollidingStep(count), ~std::uint64_t{0}})
             Replace("repeated, counting " + number + " by " + std::to_string(step), at, size, [=] {
                 const std::uint64_t from = step > count << 8 ? count : std::stoull(number);
-                std::string text;
-                for (std::size_t i = 0; i < count; ++i)
-                    text += WithNumber(piece, number, from + i * step);
-                return text;
+                return Repeat([&](std::size_t i) { return WithNumber(piece, number, from + i * step); }, count);
             });
     }
 }
@@ -94,12 +84,6 @@ void CBlowUp::Numbers(std::size_t at, std::size_t size) {
                         [number = number, width = width] { return LittleEndian(number, width); });
 }
 
-void CBlowUp::Digits() {
-    for (const auto& [at, size] : DigitRuns(*m_part))
-        for (const char* number : {"0", "16384", "1048576", "4294967295", "99999999999999999999", "1e308"})
-            Replace(number, at, size, [=] { return std::string(number); });
-}
-
 void CBlowUp::Tag(std::size_t at, std::size_t size) {
     const std::string_view tag = std::string_view(*m_part).substr(at, size);
     for (std::size_t quote = 0; (quote = tag.find_first_of("'\"", quote)) != tag.npos;) {
@@ -109,15 +93,12 @@ void CBlowUp::Tag(std::size_t at, std::size_t size) {
     }
     const std::size_t nameEnd = at + tag.find_first_of(" />", 1);
     Replace("many attributes", nameEnd, 0, [most = m_form.most] {
-        std::string text;
-        for (std::size_t i = 0; text.size() < most; ++i)
-            text += " a" + std::to_string(i) + "=''";
-        return text;
+        return Repeat([](std::size_t i) { return " a" + std::to_string(i) + "=''"; }, most / 10);
     });
     Replace("blanks in the tag", nameEnd, 0, [most = m_form.most] { return std::string(most, ' '); });
-    for (const char* filler : {"<!---->", "<?a?>", " ", "<a/>"})
-        Replace("preceded by many " + std::string(filler), at, 0,
-                [=, most = m_form.most] { return Repeated(filler, most); });
+    for (const std::string filler : {"<!---->", "<?a?>", " ", "<a/>"})
+        Replace("preceded by many " + filler, at, 0,
+                [=, most = m_form.most] { return Repeat(filler, most / filler.size()); });
 }
 
 void CBlowUp::Xml() {
@@ -131,16 +112,17 @@ void CBlowUp::Xml() {
             const auto [start, size] = open.back();
             open.pop_back();
             if (isNew(start, end)) {
-                Repeat(start, end - start, size);
-                Replace("nested", start, 0,
-                        [most = m_form.most, tag = xml.substr(start, size)] { return Repeated(tag, most); });
+                RepeatPart(start, end - start, size);
+                Replace("nested", start, 0, [most = m_form.most, tag = xml.substr(start, size)] {
+                    return Repeat(tag, most / tag.size());
+                });
             }
         } else if (xml[at + 1] != '?') {
             const bool isEmpty = xml[end - 2] == '/';
             if (isNew(at, end)) {
                 Tag(at, end - at);
                 if (isEmpty)
-                    Repeat(at, end - at, end - at);
+                    RepeatPart(at, end - at, end - at);
             }
             if (!isEmpty)
                 open.emplace_back(at, end - at);
@@ -149,7 +131,9 @@ void CBlowUp::Xml() {
         if (at > end && isNew(end - 1, at + 1))
             Fill(end, at - end);
     }
-    Digits();
+    for (const auto& [at, size] : DigitRuns(xml))
+        for (const char* number : {"0", "16384", "1048576", "4294967295", "99999999999999999999", "1e308"})
+            Replace(number, at, size, [=] { return std::string(number); });
 }
 
 } // namespace NSTQ::Tests

@@ -4,7 +4,6 @@
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
-#include "platform/ado/DataSource.h"
 #include "support/Sanitized.h"
 #include "support/TempFolder.h"
 #include "tqcAccess/ComError.h"
@@ -26,25 +25,7 @@ using namespace NSTQCore;
 
 namespace {
 
-/// What a workbook or database says when all of it is read past the readers, which keep only the code.
-std::string CauseOf(const CSourceDataInfo& info) {
-    const char* connect = "";
-    info.GetConnectString(connect);
-    try {
-        const auto source = Platform::OpenDataSource(Platform::ParseConnectionString(connect));
-        for (const Platform::STableSchema& table : source->ListTables()) {
-            const auto rows = source->OpenTable(table.name);
-            while (rows->MoveNext())
-                for (std::size_t column = 0; column < rows->GetColumnNames().size(); ++column)
-                    rows->GetValue(column);
-        }
-    } catch (const Platform::_com_error& error) {
-        return error.Description();
-    }
-    return "nothing to be found";
-}
-
-/// A failed read of a text goes on where it stopped; another is the last.
+/// A failed read of a text file continues behind the fault; another failure is the end.
 std::string ReadRows(IDataAccess& reader, bool isText = false) {
     std::size_t rows = 0;
     const char** fields = nullptr;
@@ -55,54 +36,56 @@ std::string ReadRows(IDataAccess& reader, bool isText = false) {
     return reader.HasNextLineData() ? "not read" : std::to_string(rows) + " rows";
 }
 
-std::string OutcomeOf(Platform::HRESULT error) {
-    return error == Platform::E_FAIL              ? "refused"
-           : error == Platform::DB_E_DATAOVERFLOW ? "beyond a limit"
+std::string ReadText(IDataAccess&& reader, const CSourceDataInfo& info) {
+    return reader.FileOpen(&info) ? ReadRows(reader, true) : "not opened " + std::to_string(reader.GetErrorCode());
+}
+
+std::string OutcomeOf(Platform::HRESULT error, const char* cause) {
+    return error == Platform::E_FAIL              ? std::string("refused: ") + cause
+           : error == Platform::DB_E_DATAOVERFLOW ? std::string("beyond a limit: ") + cause
            : error == Platform::DB_E_NOTABLE      ? "no table"
                                                   : "raised " + std::to_string(error);
 }
 
 std::string ReadPrepared(CSourceDataInfo& info, CSourceDataInfo::ESourceDataOpen prepared, std::uint32_t table) {
-    if (prepared == CSourceDataInfo::SDO_PASSWORD_ERROR || prepared == CSourceDataInfo::SDO_ACCESS_DENIED)
+    const char* connect = nullptr;
+    DWORD size = 0, tables = 0;
+    switch (prepared) {
+    case CSourceDataInfo::SDO_PASSWORD_ERROR:
+    case CSourceDataInfo::SDO_ACCESS_DENIED:
+        // Listing the tables again raises the cause; a package has none.
+        if (info.GetConnectString(connect))
+            CADOOperater::GetSchemaNameSize(size, tables, connect);
         return "refused";
-    if (prepared == CSourceDataInfo::SDO_PACKAGE || prepared == CSourceDataInfo::SDO_TEXT_FILE) {
-        CCsvDataAccess reader(300, 65535, 65535);
-        return reader.FileOpen(&info) ? ReadRows(reader, true)
-                                      : "not opened " + std::to_string(reader.GetErrorCode());
+    case CSourceDataInfo::SDO_PACKAGE:
+    case CSourceDataInfo::SDO_TEXT_FILE:
+        return ReadText(CCsvDataAccess(300, 65535, 65535), info);
+    case CSourceDataInfo::SDO_FIX_FILE:
+        return ReadText(CFixDataAccess(300, 65535, 65535, &info), info);
+    case CSourceDataInfo::SDO_DATABASE: {
+        if (!info.SetSelectSchemaIndx(table))
+            return "no table";
+        CADOOperater reader(300, 65535, 65535);
+        return reader.FileOpen(&info) ? ReadRows(reader)
+                                      : OutcomeOf(reader.GetErrorRet(), reader.GetErrorDescription());
     }
-    if (prepared == CSourceDataInfo::SDO_FIX_FILE) {
-        CFixDataAccess reader(300, 65535, 65535, &info);
-        return reader.FileOpen(&info) ? ReadRows(reader, true) : "not opened";
-    }
-    if (prepared != CSourceDataInfo::SDO_DATABASE)
+    default:
         return "prepared " + std::to_string(prepared);
-    if (!info.SetSelectSchemaIndx(table))
-        return "no table";
-    CADOOperater reader(300, 65535, 65535);
-    return reader.FileOpen(&info) ? ReadRows(reader) : OutcomeOf(reader.GetErrorRet());
+    }
 }
 
-} // namespace
-
-std::string RunSource(const std::string& path, std::uint32_t table) {
+std::string RunTable(const std::string& path, std::uint32_t table) {
     CSourceDataInfo info;
-    // Of texts those of fixed length only.
+    // Of text files those of fixed length only.
     if (!info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_FIX))
         return "no type";
     info.SetFixColLen({3, 10, 200});
-    std::string outcome;
-    const auto prepared = info.PrepareReadSourceData(true);
     try {
-        outcome = ReadPrepared(info, prepared, table);
+        return ReadPrepared(info, info.PrepareReadSourceData(true), table);
     } catch (const Platform::_com_error& error) {
-        outcome = OutcomeOf(error.Error());
+        return OutcomeOf(error.Error(), error.Description());
     }
-    const char* connect = nullptr;
-    const bool hasCause = outcome == "refused" || outcome == "beyond a limit";
-    return hasCause && info.GetConnectString(connect) ? outcome + ": " + CauseOf(info) : outcome;
 }
-
-namespace {
 
 /// Runs `work` in a child that is stopped after a while, and measures it.
 SMeasured Measure(const std::function<std::string()>& work, rlim_t addressSpace = RLIM_INFINITY) {
@@ -165,6 +148,14 @@ void ChooseTemporaryFolder() {
 }
 
 } // namespace
+
+std::string RunSource(const std::string& path) {
+    return RunTable(path, 0);
+}
+
+std::string RunSecondTable(const std::string& path) {
+    return RunTable(path, 1);
+}
 
 SMeasured RunCase(const SHostileKind& kind, const SHostileCase& hostile) {
     ChooseTemporaryFolder();

@@ -1,6 +1,7 @@
-// From a package to its data file, and the removal of the folder that it was unpacked into.
+// From an xtqf package to its data file, and the removal of the folder with its content.
 #include "CSourceDataInfo.h"
 #include "support/Faults.h"
+#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
 #include "tqcAccess/SystemPath.h"
@@ -13,12 +14,10 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 
+namespace NSTQ::Tests {
 namespace {
 
-using namespace NSTQ;
-using namespace NSTQ::NSTQCore;
-using NSTQ::Tests::CTempFolder;
-namespace Faults = NSTQ::Tests::Faults;
+using namespace NSTQCore;
 namespace fs = std::filesystem;
 
 class Package : public testing::Test {
@@ -35,22 +34,20 @@ protected:
         return m_info->PrepareReadSourceData(false);
     }
     static std::string DataArchive() {
-        return Tests::MakeZip(
+        return MakeZip(
             {{.name = "TqData\\SourceFile.csv", .content = "a,b\r\n"}, {.name = "other/x", .content = ""}});
     }
     std::string Unpacked() const { return m_info->GetUncompressFolderPath(); }
-    /// The folder of a package that was prepared, for a test of its removal.
+    /// Prepares a package and returns its folder.
     std::string PreparedFolder() {
         EXPECT_EQ(Prepare(), CSourceDataInfo::SDO_PACKAGE);
         return Unpacked();
     }
 };
 
-TEST_F(Package, ItsDataFileIsNamedAndItsFolderGoesWithTheRecord) {
+TEST_F(Package, RemovalStaysInsideTheFolder) {
     const std::string unpacked = PreparedFolder();
-    struct stat status {};
-    ASSERT_EQ(::stat(unpacked.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0700U);
+    EXPECT_EQ(fs::status(unpacked).permissions(), fs::perms::owner_all);
     const char* path = nullptr;
     ASSERT_TRUE(m_info->GetFilePath(path));
     EXPECT_EQ(path, unpacked + "\\TqData\\SourceFile.csv");
@@ -59,50 +56,36 @@ TEST_F(Package, ItsDataFileIsNamedAndItsFolderGoesWithTheRecord) {
     EXPECT_EQ(systemPath, unpacked + "/TqData/SourceFile.csv");
     EXPECT_TRUE(fs::exists(systemPath));
 
-    m_info.reset();
-    EXPECT_FALSE(fs::exists(unpacked));
-}
-
-TEST_F(Package, RemovalStaysInsideTheFolder) {
-    const std::string unpacked = PreparedFolder();
+    const std::string victims = m_folder.MakeFolder("tmp/victims");
     m_folder.WriteFile("victim", "kept");
-    m_folder.MakeFolder("tmp/victims");
     m_folder.WriteFile("tmp/victims/victim", "kept");
     fs::create_symlink(m_folder.Path("victim"), unpacked + "/link");
-    fs::create_directory_symlink(m_folder.Path("tmp/victims"), unpacked + "/folder-link");
-    // One name each, however it looks: with separators of the other kind, not in the code page, with a best fit.
+    fs::create_directory_symlink(victims, unpacked + "/folder-link");
+    // Plain names, although they contain other separators, bytes that are not in the code page, or a best fit.
     for (const char* name : {"..\\..\\victim", "victim\\victim", "caf\xC3\xA9", "\xC2\xA5", "\0015C", "\xFF"})
         std::ofstream(unpacked + '/' + name) << "x";
     fs::create_directories(unpacked + "/\xE8\xA1\xA8/deep/er");
     std::ofstream(unpacked + "/\xE8\xA1\xA8/deep/er/file") << "x";
-
     m_info.reset();
     EXPECT_FALSE(fs::exists(fs::symlink_status(unpacked)));
-    EXPECT_EQ(m_folder.ReadFile("victim"), "kept");
-    EXPECT_EQ(m_folder.ReadFile("tmp/victims/victim"), "kept");
+    EXPECT_EQ(m_folder.ReadFile("victim") + m_folder.ReadFile("tmp/victims/victim"), "keptkept");
 }
 
-TEST_F(Package, NothingOfItStaysWhateverItsNames) {
-    const auto repeat = [](const std::string& text, int times) {
-        std::string all;
-        while (times-- > 0)
-            all += text;
-        return all;
-    };
-    for (const std::string& name : {repeat("a", 100) + '/' + repeat("b", 100) + '/' + repeat("c", 50),
-                                    repeat("d/", 60) + "x", repeat("가", 24) + ".csv", repeat("é", 127)})
+TEST_F(Package, NothingRemainsWhateverTheNames) {
+    for (const std::string& name : {std::string(100, 'a') + '/' + std::string(100, 'b') + '/' + std::string(50, 'c'),
+                                    Repeat("d/", 60) + "x", Repeat("가", 24) + ".csv", Repeat("é", 127)})
         for (const bool isGood : {true, false}) {
-            const auto crc = Tests::Crc32(isGood ? "1" : "2");
-            EXPECT_EQ(Prepare(Tests::MakeZip(
-                          {{.name = name, .flags = Tests::utf8Flag}, {.name = "x", .content = "1", .crc = crc}})),
-                      isGood ? CSourceDataInfo::SDO_PACKAGE : CSourceDataInfo::SDO_PASSWORD_ERROR);
+            const auto crc = Crc32(isGood ? "1" : "2");
+            EXPECT_EQ(
+                Prepare(MakeZip({{.name = name, .flags = utf8Flag}, {.name = "x", .content = "1", .crc = crc}})),
+                isGood ? CSourceDataInfo::SDO_PACKAGE : CSourceDataInfo::SDO_PASSWORD_ERROR);
             ASSERT_TRUE(fs::exists(Unpacked() + '/' + name)) << name;
             m_info = std::make_unique<CSourceDataInfo>();
             EXPECT_TRUE(fs::is_empty(m_folder.Path("tmp/tqc-" + std::to_string(::geteuid()) + "/Core/tqcAccess")));
         }
 }
 
-/// Deeper than paths can be and descriptors go.
+/// Deeper than the longest path, with few descriptors.
 TEST_F(Package, ADeepFolderIsRemoved) {
     const std::string unpacked = PreparedFolder();
     int folder = ::open(unpacked.c_str(), O_DIRECTORY);
@@ -115,7 +98,7 @@ TEST_F(Package, ADeepFolderIsRemoved) {
     }
     ::close(folder);
     rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    ::getrlimit(RLIMIT_NOFILE, &before);
     const rlimit few{static_cast<rlim_t>(folder) + 3, before.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &few);
     m_info.reset();
@@ -123,23 +106,21 @@ TEST_F(Package, ADeepFolderIsRemoved) {
     EXPECT_FALSE(fs::exists(unpacked));
 }
 
-TEST_F(Package, AFolderThatBecameALinkIsNotEntered) {
-    const std::string unpacked = PreparedFolder();
-    fs::rename(unpacked, unpacked + "-moved");
-    fs::create_directory_symlink(unpacked + "-moved", unpacked);
+TEST_F(Package, WhatCannotBeRemovedRemains) {
+    const std::string linked = PreparedFolder();
+    fs::rename(linked, linked + "-moved");
+    fs::create_directory_symlink(linked + "-moved", linked);
+    m_info = std::make_unique<CSourceDataInfo>();
+    EXPECT_TRUE(fs::exists(linked + "-moved/TqData/SourceFile.csv")) << "a link is not followed";
+
+    const std::string readOnly = PreparedFolder();
+    ::chmod((readOnly + "/TqData/SourceFile.csv").c_str(), 0400);
     m_info.reset();
-    EXPECT_TRUE(fs::exists(unpacked + "-moved/TqData/SourceFile.csv"));
+    EXPECT_TRUE(fs::exists(readOnly + "/TqData/SourceFile.csv"));
+    EXPECT_FALSE(fs::exists(readOnly + "/other"));
 }
 
-TEST_F(Package, AReadOnlyFileStaysWithItsFolders) {
-    const std::string unpacked = PreparedFolder();
-    ::chmod((unpacked + "/TqData/SourceFile.csv").c_str(), 0400);
-    m_info.reset();
-    EXPECT_TRUE(fs::exists(unpacked + "/TqData/SourceFile.csv"));
-    EXPECT_FALSE(fs::exists(unpacked + "/other"));
-}
-
-TEST_F(Package, ASecondPreparationAndACloneNameOneFolderEach) {
+TEST_F(Package, EachPreparationHasItsFolderAndAClonesIsTheSame) {
     const std::string first = PreparedFolder();
     ASSERT_EQ(m_info->PrepareReadSourceData(false), CSourceDataInfo::SDO_PACKAGE);
     const std::string second = Unpacked();
@@ -188,3 +169,4 @@ TEST(PassWord, TooLongOrNoneKeepsTheOldOne) {
 }
 
 } // namespace
+} // namespace NSTQ::Tests

@@ -5,21 +5,15 @@
 
 #include <gtest/gtest.h>
 
+namespace NSTQ::Tests {
 namespace {
 
-using namespace NSTQ;
-using namespace NSTQ::NSTQCore;
-using NSTQ::Tests::CTempFolder;
+using namespace NSTQCore;
+using enum SCDeclareConstant::ESourceFileType;
 using Type = SCDeclareConstant::ESourceFileType;
 
-constexpr Type XTQF = SCDeclareConstant::SFT_XTQF;
-constexpr Type CSV = SCDeclareConstant::SFT_CSV;
-constexpr Type TXT = SCDeclareConstant::SFT_TXT;
-constexpr Type FIX = SCDeclareConstant::SFT_FIX;
-constexpr Type UNKNOWN = SCDeclareConstant::SFT_UNKNOWN;
-
 Type TypeOf(const CSourceDataInfo& info) {
-    auto type = UNKNOWN;
+    auto type = SFT_UNKNOWN;
     info.GetSourceFileType(type);
     return type;
 }
@@ -31,52 +25,45 @@ std::string PathOf(const CSourceDataInfo& info) {
 
 TEST(SourceDataInfo, TheExtensionDecidesWithoutTheFile) {
     const std::pair<const char*, Type> cases[] = {
-        {"/no/DATA.CSV", CSV},
-        {"/no/data.Csv", CSV},
-        {"/no/book.XLSX", SCDeclareConstant::SFT_XLSX},
-        {"/no/book.xls", SCDeclareConstant::SFT_XLS},
-        {"/no/data.mdb", SCDeclareConstant::SFT_MDB},
-        {"/no/data.accdb", SCDeclareConstant::SFT_ACCDB},
-        {"/no/pack.xtqf", XTQF},
-        {"/no/a.b.csv", CSV},
-        {"/no/file", UNKNOWN},
-        {".csv", UNKNOWN}, // a dot at the very start begins no extension
-        {"/no/missing.txt", FIX},
-        {"/no/missing.spc", UNKNOWN},
-        {"/no/missing.", UNKNOWN},
-        {"/no.csv/missing", UNKNOWN}, // the extension is "csv/missing"
+        {"/no/DATA.CSV", SFT_CSV},     {"/no/data.Csv", SFT_CSV},
+        {"/no/book.XLSX", SFT_XLSX},   {"/no/book.xls", SFT_XLS},
+        {"/no/data.mdb", SFT_MDB},     {"/no/data.accdb", SFT_ACCDB},
+        {"/no/pack.xtqf", SFT_XTQF},   {"/no/a.b.csv", SFT_CSV},
+        {"/no/file", SFT_UNKNOWN},     {".csv", SFT_UNKNOWN}, // a dot at the very start begins no extension
+        {"/no/missing.txt", SFT_FIX},  {"/no/missing.spc", SFT_UNKNOWN},
+        {"/no/missing.", SFT_UNKNOWN}, {"/no.csv/missing", SFT_UNKNOWN}, // the extension is "csv/missing"
     };
     for (const auto& [path, expected] : cases) {
         CSourceDataInfo info;
-        EXPECT_EQ(info.SetCommonInfo(path, UNKNOWN), expected != UNKNOWN) << path;
+        EXPECT_EQ(info.SetCommonInfo(path, SFT_UNKNOWN), expected != SFT_UNKNOWN) << path;
         EXPECT_EQ(TypeOf(info), expected) << path;
     }
 }
 
 TEST(SourceDataInfo, TheFirstLineDecidesTheTypeOfTextFiles) {
     const std::tuple<const char*, std::string, Type, Type> cases[] = {
-        {"commas", "x,y\r\nz\tz\r\n", CSV, CSV},
-        {"tabs", "a\tb\r\n", TXT, TXT},
-        {"tab and comma", "a\t,b\r\n", TXT, TXT},
-        {"neither", "abc\r\n,", FIX, FIX},
-        {"only LF line ends", "x,y\n", FIX, UNKNOWN},
-        {"a lone CR does not end the line", "a\r,b\r\n", CSV, CSV},
-        {"a CR as the last byte", "a,b\r", FIX, UNKNOWN},
-        {"a comma in quotes counts", "\"a,b\"\r\n", CSV, CSV},
-        {"empty", "", FIX, UNKNOWN},
-        {"an over-long first line", "," + std::string(4095, 'a') + "\r\n", FIX, UNKNOWN},
-        {"CR as the last byte scanned, LF behind it", "," + std::string(4094, 'a') + "\r\n", CSV, CSV},
+        {"commas", "x,y\r\nz\tz\r\n", SFT_CSV, SFT_CSV},
+        {"tabs", "a\tb\r\n", SFT_TXT, SFT_TXT},
+        {"tab and comma", "a\t,b\r\n", SFT_TXT, SFT_TXT},
+        {"neither", "abc\r\n,", SFT_FIX, SFT_FIX},
+        {"only LF line ends", "x,y\n", SFT_FIX, SFT_UNKNOWN},
+        {"a lone CR does not end the line", "a\r,b\r\n", SFT_CSV, SFT_CSV},
+        {"a CR as the last byte", "a,b\r", SFT_FIX, SFT_UNKNOWN},
+        {"a comma in quotes counts", "\"a,b\"\r\n", SFT_CSV, SFT_CSV},
+        {"empty", "", SFT_FIX, SFT_UNKNOWN},
+        {"an over-long first line", "," + std::string(4095, 'a') + "\r\n", SFT_FIX, SFT_UNKNOWN},
+        {"CR as the last byte scanned, LF behind it", "," + std::string(4094, 'a') + "\r\n", SFT_CSV, SFT_CSV},
     };
     const CTempFolder folder;
     for (const auto& [title, content, asTxt, asOther] : cases) {
         SCOPED_TRACE(title);
         folder.WriteFile("a.txt", content);
         folder.WriteFile("a.dat", content);
-        const std::tuple<const char*, Type, Type> given[] = {{"a.txt", UNKNOWN, asTxt},
-                                                             {"a.txt", TXT, TXT},
-                                                             {"a.txt", FIX, FIX},
-                                                             {"a.dat", UNKNOWN, asOther},
-                                                             {"a.dat", FIX, asOther}};
+        const std::tuple<const char*, Type, Type> given[] = {{"a.txt", SFT_UNKNOWN, asTxt},
+                                                             {"a.txt", SFT_TXT, SFT_TXT},
+                                                             {"a.txt", SFT_FIX, SFT_FIX},
+                                                             {"a.dat", SFT_UNKNOWN, asOther},
+                                                             {"a.dat", SFT_FIX, asOther}};
         for (const auto& [name, type, expected] : given) {
             CSourceDataInfo info;
             info.SetCommonInfo(folder.Path(name).c_str(), type);
@@ -84,8 +71,8 @@ TEST(SourceDataInfo, TheFirstLineDecidesTheTypeOfTextFiles) {
         }
     }
     CSourceDataInfo scansTen(256, 10);
-    EXPECT_TRUE(scansTen.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghi\r\n").c_str(), UNKNOWN));
-    EXPECT_FALSE(scansTen.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghij\r\n").c_str(), UNKNOWN));
+    EXPECT_TRUE(scansTen.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghi\r\n").c_str(), SFT_UNKNOWN));
+    EXPECT_FALSE(scansTen.SetCommonInfo(folder.WriteFile("a.dat", "abcdefghij\r\n").c_str(), SFT_UNKNOWN));
 }
 
 TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
@@ -93,26 +80,24 @@ TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
     std::string longest = folder.WriteFile("a.csv", "");
     longest.insert(0, 260 - longest.size(), '/');
     CSourceDataInfo info;
-    auto type = CSV;
+    auto type = SFT_CSV;
     const char* path = "untouched";
     EXPECT_FALSE(info.GetSourceFileType(type) || info.GetFilePath(path));
-    EXPECT_EQ(type, CSV);
+    EXPECT_EQ(type, SFT_CSV);
     EXPECT_STREQ(path, "untouched");
-    ASSERT_TRUE(info.SetCommonInfo(longest.c_str(), UNKNOWN));
+    ASSERT_TRUE(info.SetCommonInfo(longest.c_str(), SFT_UNKNOWN));
     FILETIME time{};
     EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime != 0);
+    EXPECT_FALSE(info.SetCommonInfo(nullptr, SFT_FIX));
     EXPECT_EQ(PathOf(info), longest);
+    EXPECT_EQ(TypeOf(info), SFT_CSV);
 
-    EXPECT_FALSE(info.SetCommonInfo(nullptr, FIX));
-    EXPECT_EQ(PathOf(info), longest);
-    EXPECT_EQ(TypeOf(info), CSV);
-
-    EXPECT_FALSE(info.SetCommonInfo(("/" + longest).c_str(), CSV));
+    EXPECT_FALSE(info.SetCommonInfo(("/" + longest).c_str(), SFT_CSV));
     EXPECT_EQ(PathOf(info), "");
-    EXPECT_EQ(TypeOf(info), UNKNOWN);
+    EXPECT_EQ(TypeOf(info), SFT_UNKNOWN);
     EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime == 0 && time.dwLowDateTime == 0);
 
-    EXPECT_FALSE(info.SetCommonInfo("/no/file", CSV));
+    EXPECT_FALSE(info.SetCommonInfo("/no/file", SFT_CSV));
     EXPECT_EQ(PathOf(info), "/no/file") << "an undetermined source keeps its path";
 }
 
@@ -120,20 +105,20 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
     const CTempFolder folder;
     const std::string path = folder.WriteFile("a.csv", "a");
     CSourceDataInfo info(1, 2);
-    info.SetCommonInfo(path.c_str(), UNKNOWN);
+    info.SetCommonInfo(path.c_str(), SFT_UNKNOWN);
     info.SetDelimiter('\n', '\0');
     info.SetReadCharSet(CSourceDataInfo::RCS_UTF8);
     info.SetStartReadRowCnt(7);
     info.SetKeepLineEnds(true);
     const char* own = nullptr;
     ASSERT_TRUE(info.GetFilePath(own));
-    EXPECT_TRUE(info.SetCommonInfo(own, UNKNOWN));
+    EXPECT_TRUE(info.SetCommonInfo(own, SFT_UNKNOWN));
     FILETIME written{};
     ASSERT_TRUE(SCFilePath::GetFileTime(path.c_str(), SCFilePath::FTT_UPDATE, written));
     const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
     for (const CSourceDataInfo* one : {&info, clone.get()}) {
         EXPECT_EQ(PathOf(*one), path);
-        EXPECT_EQ(TypeOf(*one), CSV);
+        EXPECT_EQ(TypeOf(*one), SFT_CSV);
         char pre = 0, post = 1;
         one->GetDelimiter(&pre, &post);
         EXPECT_EQ(std::string({pre, post}), std::string("\n\0", 2));
@@ -149,7 +134,7 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
 
 TEST(SourceDataInfo, APackagesPathIsItsDataFile) {
     CSourceDataInfo info;
-    info.SetCommonInfo("/no/pack.xtqf", UNKNOWN);
+    info.SetCommonInfo("/no/pack.xtqf", SFT_UNKNOWN);
     EXPECT_EQ(PathOf(info), "");
     info.SetXtqfSourceFilePath("/tmp/SourceFile.csv");
     EXPECT_EQ(PathOf(info), "/tmp/SourceFile.csv");
@@ -168,3 +153,4 @@ TEST(DataAccessDefine, TheMessageIsWhatItsUnicodeTextGivesInCodePage932) {
 }
 
 } // namespace
+} // namespace NSTQ::Tests

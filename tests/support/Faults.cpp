@@ -23,43 +23,35 @@ Scope*& InForce(Call call) {
     return inForce[static_cast<std::size_t>(call)];
 }
 
-/// True when the call is to fail; errno is set then.
-bool Fails(Call call) {
-    Scope* fault = InForce(call);
-    if (fault == nullptr || !fault->Strike() || fault->Limit() != 0)
-        return false;
-    errno = fault->Error();
-    return true;
-}
-
-/// As Fails; a short transfer gets its size cut instead.
-bool FailsTransfer(Call call, std::size_t& size) {
+/// True when the call is to fail; errno is set then. A short transfer gets another size instead.
+bool Fails(Call call, std::size_t* size = nullptr) {
     Scope* fault = InForce(call);
     if (fault == nullptr || !fault->Strike())
         return false;
     errno = fault->Error();
-    size = std::min(size, fault->Limit());
+    if (size != nullptr)
+        *size = std::min(*size, fault->Limit());
     return fault->Limit() == 0;
 }
 
 } // namespace
 
 Scope::Scope(Call call, std::size_t nth, int error, Times times)
-    : m_eCall(call), m_uNth(nth), m_uLimit(0), m_iError(error), m_eTimes(times), m_pPrevious(InForce(call)) {
+    : m_call(call), m_nth(nth), m_limit(0), m_error(error), m_times(times), m_previous(InForce(call)) {
     InForce(call) = this;
 }
 
 Scope::Scope(Call call, std::size_t nth, Short limit, Times times) : Scope(call, nth, 0, times) {
-    m_uLimit = std::max<std::size_t>(limit.bytes, 1);
+    m_limit = std::max<std::size_t>(limit.bytes, 1);
 }
 
 Scope::~Scope() {
-    InForce(m_eCall) = m_pPrevious;
+    InForce(m_call) = m_previous;
 }
 
 bool Scope::Strike() {
-    ++m_uCalls;
-    return m_uCalls == m_uNth || (m_eTimes == Times::Always && m_uCalls > m_uNth);
+    ++m_calls;
+    return m_calls == m_nth || (m_times == Times::Always && m_calls > m_nth);
 }
 
 std::ptrdiff_t LiveAllocations() {
@@ -77,7 +69,7 @@ std::size_t OpenDescriptors() {
 
 using namespace NSTQ::Tests::Faults;
 
-/// Wraps a call that is made as it is or gives `failed`.
+/// Wraps a call that is made unchanged or returns `failed`.
 #define TQC_WRAP(kind, failed, type, name, parameters, arguments)                                                    \
     type __real_##name parameters;                                                                                   \
     type __wrap_##name parameters {                                                                                  \
@@ -87,12 +79,12 @@ using namespace NSTQ::Tests::Faults;
 #define TQC_WRAP_TRANSFER(kind, name, parameters, arguments)                                                         \
     ssize_t __real_##name parameters;                                                                                \
     ssize_t __wrap_##name parameters {                                                                               \
-        return FailsTransfer(Call::kind, size) ? -1 : __real_##name arguments;                                       \
+        return Fails(Call::kind, &size) ? -1 : __real_##name arguments;                                              \
     }
 
-// The linker leads a call of `name` to `__wrap_name` and one of `__real_name` to the system. Other names of the same
-// call are led to the same wrapper (tests/support.cmake), which 64-bit systems allow. They also allow a wrapper to
-// take an argument that was not given, as long as nobody looks at it: the mode of an open that creates nothing.
+// The linker makes a call of `name` one of `__wrap_name`, and one of `__real_name` a call of the system. Other names
+// of the same call get the same wrapper (tests/support.cmake), which is possible on 64-bit systems. There a wrapper
+// may also take an argument that was not given, unless it is used: the mode of an open that creates nothing.
 extern "C" {
 
 TQC_WRAP(Open, -1, int, open, (const char* path, int flags, mode_t mode), (path, flags, mode))
@@ -153,12 +145,6 @@ void* Allocate(std::size_t size) noexcept {
     return block;
 }
 
-void* OrThrow(void* block) {
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-
 void Free(void* block) noexcept {
     if (block != nullptr)
         --liveAllocations;
@@ -167,13 +153,14 @@ void Free(void* block) noexcept {
 
 } // namespace
 
-// No type of the library asks for more alignment than malloc gives.
+// No type of the library needs more alignment than malloc guarantees.
 
 void* operator new(std::size_t size) {
-    return OrThrow(Allocate(size));
+    void* const block = Allocate(size);
+    return block != nullptr ? block : throw std::bad_alloc();
 }
 void* operator new[](std::size_t size) {
-    return OrThrow(Allocate(size));
+    return operator new(size);
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return Allocate(size);

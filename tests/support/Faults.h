@@ -1,16 +1,16 @@
-// Faults put in place of system calls and allocations, so that error paths run in tests.
+// Faults in place of system calls and allocations, so that error paths run in tests.
 //
-// A test program gets them by linking `tqc_fault_injection` (tests/support.cmake): the linker leads the calls of the
-// library and of the test to wrappers, whatever their name variant (open64, __read_chk …); without a fault in force
-// these only pass them on. Faults act on the thread that made them and count its calls from then on. One fault per
-// kind of call is in force; a second one of the same kind takes its place until it ends.
+// A test program gets them by linking `tqc_fault_injection` (tests/support.cmake): the linker replaces the calls of
+// the library and of the test, whatever variant of the name they use (open64, __read_chk, ...), by wrappers. Faults
+// affect the thread that made them and count its calls from then on. One fault per kind of call is active; a second
+// one of the same kind replaces it until it ends.
 //
 //     {
 //         Faults::Scope fault{Faults::Call::Read, 3, EIO};            // the third read fails
 //         EXPECT_FALSE(reader.Read());
 //     }
-//     const auto slow = Faults::Reads(1);                              // every read delivers one byte
-//     const auto calls = Faults::ForEachFailure(Faults::Call::Read, EIO, [&] { … });
+//     const auto slow = Faults::Reads(1);                              // every read returns one byte
+//     const auto calls = Faults::ForEachFailure(Faults::Call::Read, EIO, [&] { ... });
 #pragma once
 
 #include <cstddef>
@@ -40,7 +40,7 @@ enum class Call {
 
 inline constexpr std::size_t callCount = static_cast<std::size_t>(Call::Allocate) + 1;
 
-/// A fault's reach: the one call, or that call and all after it.
+/// Which calls fail: the one, or that one and all after it.
 enum class Times { Once, Always };
 
 /// Makes Read and Write transfer at most this many bytes (at least 1) instead of failing.
@@ -48,7 +48,7 @@ struct Short {
     std::size_t bytes;
 };
 
-/// Keeps one fault in force for as long as it lives.
+/// One fault, active as long as the object exists.
 class Scope {
 public:
     /// The `nth` call (from 1) fails with `error`. A close that fails has closed nevertheless, as on Linux.
@@ -58,25 +58,25 @@ public:
     Scope& operator=(const Scope&) = delete;
     ~Scope();
 
-    /// How many calls of the kind there were, the failed ones among them.
-    std::size_t Calls() const { return m_uCalls; }
-    /// True when the fault has struck.
-    bool Fired() const { return m_uCalls >= m_uNth; }
+    /// How many calls of the kind there were, including the failed ones.
+    std::size_t Calls() const { return m_calls; }
+    /// True when the fault has occurred.
+    bool Fired() const { return m_calls >= m_nth; }
 
-    /// For the wrappers: counts one call and tells whether the fault strikes it.
+    /// For the wrappers: counts one call and returns true when the fault affects it.
     bool Strike();
-    int Error() const { return m_iError; }
-    /// The bytes that a struck call may transfer; 0 when it is to fail.
-    std::size_t Limit() const { return m_uLimit; }
+    int Error() const { return m_error; }
+    /// The bytes that an affected call may transfer; 0 when it is to fail.
+    std::size_t Limit() const { return m_limit; }
 
 private:
-    Call m_eCall;
-    std::size_t m_uNth;
-    std::size_t m_uLimit;
-    int m_iError;
-    Times m_eTimes;
-    std::size_t m_uCalls = 0;
-    Scope* m_pPrevious;
+    Call m_call;
+    std::size_t m_nth;
+    std::size_t m_limit;
+    int m_error;
+    Times m_times;
+    std::size_t m_calls = 0;
+    Scope* m_previous;
 };
 
 /// Every read (write) transfers at most `bytes` bytes.
@@ -87,9 +87,9 @@ private:
     return {Call::Write, 1, Short{bytes}, Times::Always};
 }
 
-/// Runs `run(n)` with the n-th call failing with an error number or coming short (Short), for n = 1, 2, … until a run
-/// makes fewer than n calls. Returns how many runs met a fault. With Call::Allocate `run` must catch std::bad_alloc
-/// and keep test assertions, which allocate, behind the code under test.
+/// Calls `run(n)` with the n-th call failing with an error number or being short (Short), for n = 1, 2, ... until a
+/// run makes fewer than n calls. Returns in how many runs a fault occurred. With Call::Allocate `run` must catch
+/// std::bad_alloc and make test assertions, which allocate, after the code under test.
 template <class TFault, class TRun>
 std::size_t ForEachFailure(Call call, TFault what, TRun run) {
     for (std::size_t n = 1;; ++n) {

@@ -1,4 +1,4 @@
-// The text readers when the system fails them; DifferentialTest.cpp has reads that fail between two records.
+// The text readers when the system fails; DifferentialTest.cpp has reads that fail between two records.
 #include "support/Faults.h"
 #include "CFixDataAccess.h"
 #include "support/Repeat.h"
@@ -11,67 +11,55 @@
 namespace NSTQ::Tests {
 namespace {
 
-using NSTQCore::CSourceDataInfo;
+const std::string text = Repeat("12345,\"quoted, \"\"text\", x \r\n", 8000);
 
-class CTextFaults : public testing::Test {
-protected:
-    /// Calls `use` with the reader of each grammar, which has the text open.
-    template <class TUse>
-    void ForEachReader(TUse use) {
+TEST(TextFaults, RowsAllocateNothingAndAFileThatBecomesShorterEnds) {
+    using enum NSTQCore::SCDeclareConstant::ESourceFileType;
+    using NSTQCore::CSourceDataInfo;
+    const CTempFolder folder;
+    for (const auto& [type, charSet] : {std::pair(SFT_CSV, CSourceDataInfo::RCS_ANSI),
+                                        {SFT_CSV, CSourceDataInfo::RCS_UTF8},
+                                        {SFT_FIX, CSourceDataInfo::RCS_ANSI}}) {
+        SCOPED_TRACE(std::to_string(type) + ' ' + std::to_string(charSet));
+        const std::string path = folder.WriteFile("fault.dat", text);
         CSourceDataInfo info;
+        info.SetCommonInfo(path.c_str(), type);
+        info.SetReadCharSet(charSet);
+        info.PrepareReadSourceData(false);
         info.SetFixColLen({9, 4});
         NSTQCore::CCsvDataAccess delimited(9, 4096, 255);
         NSTQCore::CFixDataAccess fixed(9, 4096, 255, &info);
-        const std::tuple<const char*, NSTQCore::IDataAccess*, CSourceDataInfo::EReadCharSet> readers[] = {
-            {"ansi", &delimited, CSourceDataInfo::RCS_ANSI},
-            {"utf8", &delimited, CSourceDataInfo::RCS_UTF8},
-            {"fixed", &fixed, CSourceDataInfo::RCS_ANSI}};
-        for (const auto& [title, reader, charSet] : readers) {
-            SCOPED_TRACE(title);
-            const std::string path = m_folder.WriteFile("fault.csv", m_text);
-            info.SetCommonInfo(path.c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
-            info.SetReadCharSet(charSet);
-            ASSERT_TRUE(reader->FileOpen(&info));
-            use(*reader, path);
+        NSTQCore::IDataAccess& reader = type == SFT_FIX ? static_cast<NSTQCore::IDataAccess&>(fixed) : delimited;
+        const auto countRows = [&] {
+            const char** fields = nullptr;
+            const WORD* lengths = nullptr;
+            DWORD count = 0, rows = 0;
+            for (; reader.HasNextLineData() && rows < 50000 && reader.GetErrorCode() == 0; ++rows)
+                reader.GetLineData(fields, lengths, count);
+            return rows;
+        };
+        ASSERT_TRUE(reader.FileOpen(&info));
+        {
+            const Faults::Scope allocations(Faults::Call::Allocate, SIZE_MAX, 0);
+            const DWORD rows = countRows();
+            EXPECT_EQ(allocations.Calls(), 0U);
+            EXPECT_GT(rows, 5000U);
         }
-    }
-
-    CTempFolder m_folder;
-    CAnsiPage m_page{932};
-    const std::string m_text = Repeat("12345,\"quoted, \"\"text\", x \r\n", 8000);
-    const char** m_fields = nullptr;
-    const WORD* m_lengths = nullptr;
-    DWORD m_count = 0;
-};
-
-TEST_F(CTextFaults, AFileThatBecomesShorterEnds) {
-    ForEachReader([&](NSTQCore::IDataAccess& reader, const std::string& path) {
+        ASSERT_TRUE(reader.FileOpen(&info));
         std::filesystem::resize_file(path, 100000);
-        int rows = 0;
-        for (; reader.HasNextLineData() && rows < 50000; ++rows) {
-            EXPECT_EQ(reader.GetErrorCode(), 0U) << rows;
-            reader.GetLineData(m_fields, m_lengths, m_count);
-        }
-        EXPECT_LT(rows, 50000);
+        EXPECT_LT(countRows(), 50000U);
+        EXPECT_FALSE(reader.HasNextLineData());
         EXPECT_EQ(reader.GetErrorCode(), 38U);
-    });
+    }
 }
 
-TEST_F(CTextFaults, RowsAllocateNothing) {
-    ForEachReader([&](NSTQCore::IDataAccess& reader, const std::string&) {
-        int rows = 0;
-        const Faults::Scope allocations(Faults::Call::Allocate, SIZE_MAX, 0);
-        while (reader.HasNextLineData() && reader.GetLineData(m_fields, m_lengths, m_count))
-            ++rows;
-        EXPECT_EQ(allocations.Calls(), 0U);
-        EXPECT_GT(rows, 5000);
-    });
-}
-
-TEST_F(CTextFaults, AFailedMoveMovesNothing) {
+TEST(TextFaults, AFailedMoveMovesNothing) {
+    const CTempFolder folder;
     for (const bool utf8 : {false, true}) {
-        CTestedReader reader(CSettings{.utf8 = utf8});
-        ASSERT_TRUE(reader.Open(m_folder.WriteFile("fault.csv", m_text)));
+        const CSettings settings{.utf8 = utf8};
+        CTestedReader reader(settings);
+        ASSERT_TRUE(reader.Open(folder.WriteFile("fault.csv", text)));
+        CReferenceReader plain(settings, text);
         CRecord actual, expected;
         reader.Read(actual);
         {
@@ -82,11 +70,8 @@ TEST_F(CTextFaults, AFailedMoveMovesNothing) {
             EXPECT_FALSE(actual.result);
             EXPECT_TRUE(actual.failedRead);
         }
-        CReferenceReader plain(CSettings{.utf8 = utf8}, m_text);
         plain.Read(expected);
-        plain.Read(expected);
-        reader.Read(actual);
-        EXPECT_TRUE(AreEqual(expected, actual)) << utf8;
+        EXPECT_TRUE(Agree(settings, text, reader, plain, 1));
     }
 }
 

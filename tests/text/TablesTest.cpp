@@ -1,4 +1,4 @@
-// What the readers of delimited text give for inputs that a person would name.
+// What the readers of delimited text return for typical inputs and for odd ones.
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
@@ -11,8 +11,9 @@ namespace {
 using NSTQCore::CSourceDataInfo;
 using TReads = std::vector<std::string>;
 
-/// `reads` are all reads until HasNextLineData is false. `+3:a|b|`: true, a count of 3, the fields a, b and an empty
-/// one. `-77:(none)`: false, no fields, and the count that stood there before (77). `<a>` behind it: the raw record.
+/// `reads` are all reads until HasNextLineData is false. `+3:a|b|` means: true, a count of 3, the fields a, b and an
+/// empty one. `-77:(none)` means: false, no fields, and the count that the variable had before (77). `<a>` after that
+/// is the raw record.
 struct CCase {
     const char* title;
     std::string input;
@@ -28,17 +29,17 @@ const CCase pageCases[] = {
     {"a separator before the line end", "a,b,\r\n", {"+3:a|b|", "+0:"}},
     {"an empty line has one empty field", "\r\n", {"+1:", "+0:"}},
     {"spaces inside quotes are trimmed too", "\"  a b \"\r\n", {"+1:a b", "+0:"}},
-    {"a blank after the closing quote is inside the field", "\"ab\" c \r\n", {"+1:ab c", "+0:"}},
+    {"a space after the closing quote is inside the field", "\"ab\" c \r\n", {"+1:ab c", "+0:"}},
     {"a TAB is a space that stays", "a\tb,c\t,\td,\"\t\" \r\n", {"+4:a b|c | d| ", "+0:"}},
     {"a line end inside quotes ends the record", "\"a\r\nb\",c\r\n", {"+1:a", "+2:b\"|c", "+0:"}},
     {"or is dropped", "\"a\r\nb\",c\r\n", {"+2:ab|c", "+0:"}, quoteNewLine},
     {"or kept", "\"a\r\n b\rc\n\",d\re\r\n", {"+2:a\r\n b\rc\n|de", "+0:"}, {.keepLineEnds = true}},
     {"SUB at a field's start", "a,\x1Ag\r\n", {"-1:a", "+1:g", "+0:"}},
-    {"a line end of 0x80 or above never matches", "a\x81g", {"+1:a\x81g"}, {.pre = '\x81', .post = 0}},
-    {"a record at the limit fails and goes on", "abcd\r\n", {"-1:(none)", "+1:", "+0:"}, lineOf4},
-    {"the end of the file forgives it", "abcd", {"+1:abcd"}, lineOf4},
+    {"a line end above 0x7F never matches", "a\x81g", {"+1:a\x81g"}, {.pre = '\x81', .post = 0}},
+    {"a record at the limit fails and continues", "abcd\r\n", {"-1:(none)", "+1:", "+0:"}, lineOf4},
+    {"but not at the end of the file", "abcd", {"+1:abcd"}, lineOf4},
     {"more fields than the arrays hold", "a,b,c\r\n", {"+3:a|b", "+0:"}, {.maxFields = 2}},
-    {"a long field is cut, never behind a lead byte", "ab\x83\x5Cg\r\n", {"+1:ab", "+0:"}, {.maxField = 3}},
+    {"a long field is truncated, never behind a lead byte", "ab\x83\x5Cg\r\n", {"+1:ab", "+0:"}, {.maxField = 3}},
     {"raw records", "ab\r\nabc\r\nd\r\n", {"+1:ab<ab\r\n>", "-1:abc<>", "+1:d<d\r\n>", "+0:<>"}, raw},
 };
 
@@ -48,9 +49,9 @@ const CCase convertedCases[] = {
     {"SUB after something", "a\x1A,\x1Ag", {"+1:a", "+2:|", "+1:g"}},
     {"a line end inside quotes, dropped", "\"a\r\nb\",c\r\n", {"+2:ab|c"}, quoteNewLine},
     {"Japanese", "\xE3\x81\x82\xE3\x82\xBD,\xEF\xBD\xB1\r\n", {"+2:\x82\xA0\x83\x5C|\xB1"}},
-    {"no form in the page, and invalid", "\xC3\xA9\xF0\x9F\x98\x80,\xE3\x81,\xFF", {"+3:e??|?|?"}},
+    {"not in the code page, and invalid", "\xC3\xA9\xF0\x9F\x98\x80,\xE3\x81,\xFF", {"+3:e??|?|?"}},
     {"more fields than the arrays hold are not counted", "a,b,c\r\n", {"+2:a|b"}, {.maxFields = 2}},
-    {"a record that fits before its conversion only", "a,bc\r\n", {"+0:"}, lineOf4},
+    {"a record that fits only before its conversion", "a,bc\r\n", {"+0:"}, lineOf4},
     {"a record that does not fit", "abcde\r\n", {"-77:(none)", "+0:"}, lineOf4},
 };
 
@@ -99,7 +100,7 @@ TEST_F(CTables, RecordsFromFilesAndStreams) {
         Check(test, true);
 }
 
-// The first row is what settles the character set; a BOM is data where it is not skipped.
+// The first row determines the character set; a BOM that is not skipped is data.
 TEST_F(CTables, ByteOrderMark) {
     using enum CSourceDataInfo::EReadCharSet;
     const std::string bom = "\xEF\xBB\xBF";
@@ -179,7 +180,7 @@ TEST_F(CTables, FilesThatDoNotOpen) {
     EXPECT_FALSE(reader.HasNextLineData());
 }
 
-/// A host's own reader, which counts line ends with the operations that are there for subclasses.
+/// A reader outside the library, which counts line ends with the operations for subclasses.
 class CLineCounter : public NSTQCore::VCTextFileOperater {
 public:
     CLineCounter() : VCTextFileOperater(1, 10, 10) {}
@@ -198,27 +199,22 @@ public:
 TEST_F(CTables, SubclassesReadWithTheBasesOperations) {
     CSourceDataInfo info;
     info.SetCommonInfo(Write("a\r\n\rb\r\r\n\n\r").c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
-    const struct {
-        char pre;
-        char post;
-        DWORD lines;
-    } cases[] = {{'\r', '\n', 2}, {'\n', '\0', 3}, {'\r', '\0', 5}};
-    for (const auto& c : cases) {
+    for (const auto& [pre, post, expected] : {std::tuple('\r', '\n', 2U), {'\n', '\0', 3U}, {'\r', '\0', 5U}}) {
         CLineCounter reader;
-        reader.SetDelimiter(c.pre, c.post);
+        reader.SetDelimiter(pre, post);
         ASSERT_TRUE(reader.FileOpen(&info));
         char bytes[2] = {};
+        EXPECT_TRUE(reader.CopyReadBuffData(bytes, 2, 63998, 2));
         EXPECT_TRUE(reader.CopyReadBuffData(bytes, 2, 0, 2));
         EXPECT_EQ(std::string_view(bytes, 2), "a\r");
         EXPECT_FALSE(reader.CopyReadBuffData(bytes, 1, 0, 2));
-        EXPECT_TRUE(reader.CopyReadBuffData(bytes, 2, 63998, 2));
-        EXPECT_FALSE(reader.CopyReadBuffData(bytes, 2, 63999, 2));
-        EXPECT_FALSE(reader.CopyReadBuffData(bytes, 2, 0xFFFFFFFF, 2));
+        for (const DWORD behind : {63999U, 0xFFFFFFFFU})
+            EXPECT_FALSE(reader.CopyReadBuffData(bytes, 2, behind, 2));
         const char** fields = nullptr;
         const WORD* lengths = nullptr;
         DWORD lines = 0;
         EXPECT_TRUE(reader.GetLineData(fields, lengths, lines));
-        EXPECT_EQ(lines, c.lines) << static_cast<int>(c.pre);
+        EXPECT_EQ(lines, expected) << static_cast<int>(pre);
     }
 }
 
