@@ -149,6 +149,9 @@ bool BeginsWithDrive(std::string_view path);
 /// Whether one name, without separator, stands for a file of exactly this name: always on POSIX; on Windows not if it
 /// has a colon or another character that is reserved, ends in a dot or blank, or is that of a device ("NUL.csv").
 bool IsPlainName(std::string_view name);
+/// One name in a form that is the same for all names of the same file in a folder: unchanged on POSIX, without regard
+/// to case on Windows.
+std::string ToComparableName(std::string name);
 
 // --- Folders ---
 

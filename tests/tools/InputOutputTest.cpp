@@ -51,7 +51,7 @@ TEST_F(InputOutput, WritesTheRequestedFilesAndNoOthers) {
         {"a.csv b.csv -o ./b.csv", "", "", "would replace the input b.csv", 2},
         // One output each.
         {"b.csv a.tsv --out-dir x/y", "", "", "", 0, "x/y/a.csv{t,u\r\n}x/y/b.csv{n,v\r\n3,x\r\n}"},
-        {"b.csv no.csv wide.csv --out-dir x", "", "", "no.csv: No such file", 3,
+        {"b.csv no.csv wide.csv --out-dir x", "", "", "no.csv: no such file", 3,
          "x/b.csv{n,v\r\n3,x\r\n}x/wide.csv{p,q,r\r\n}"},
         {"b.csv a.csv a.tsv --out-dir x", "", "", "x/a.csv: would be the output of both a.csv and a.tsv", 2},
         {"a.tsv a.csv --out-dir .", "", "", "would replace the input a.csv", 2},

@@ -103,7 +103,7 @@ TEST_F(Tool, RefusesInvalidArgumentsAndFiles) {
         {"a.csv --max-fields 0", "", "", "1 to 65535", 2},
         {"a.csv --max-field-size 12x", "", "", "1 to 65535", 2},
         {"a.csv --skip -1", "", "", "0 to 18446744073709551615", 2},
-        {"missing.csv", "", "", "missing.csv: No such file", 3},
+        {"missing.csv", "", "", "missing.csv: no such file", 3},
         {"folder.csv", "", "", "a folder", 3},
         {Repeat("./", 130) + "a.csv", "", "", "260 bytes", 6},
         {"a.csv --output=", "", "", "--output", 2},

@@ -4,54 +4,57 @@
 #include "SCDataAccessDefine.h"
 #include "SCErrorText.h"
 
-#include <fcntl.h>
-
-#include <cerrno>
-
 namespace NSTQ::Tool {
 namespace {
 
 /// Reads until the text is full or the file ends: detection must not depend on the pieces in which a pipe delivers
-/// the data. False on an error.
-bool Fill(std::string& text, int descriptor) {
+/// the data. Returns 0 or an error code.
+DWORD Fill(std::string& text, Port::TFile file) {
     std::size_t size = 0;
-    while (size < text.size()) {
-        const ssize_t got = CDescriptor::Read(descriptor, text.data() + size, text.size() - size);
-        if (got < 0)
-            return false;
-        if (got == 0)
-            break;
-        size += static_cast<std::size_t>(got);
+    DWORD got = 1;
+    while (size < text.size() && got > 0) {
+        const DWORD code = Port::Read(file, text.data() + size, static_cast<DWORD>(text.size() - size), got);
+        if (code != 0)
+            return code;
+        size += got;
     }
     text.resize(size);
-    return true;
+    return 0;
+}
+
+[[noreturn]] void RefuseFolder(const std::string& name) {
+    throw CFailure(EExitStatus::NotFound, name, "is a folder; give a file in it");
 }
 
 } // namespace
 
-CFileHead::CFileHead(int descriptor, const std::string& name) {
+CFileHead::CFileHead(Port::TFile file, const std::string& name) {
     constexpr std::size_t sizeMax = NSTQCore::SCDataAccessDefine::READ_BUFF_SIZE;
-    if (::fstat(descriptor, &m_status) != 0)
-        throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
-    if (S_ISDIR(m_status.st_mode))
-        throw CFailure(EExitStatus::NotFound, name, "is a folder; give a file in it");
+    if (const DWORD code = Port::GetStatus(file, m_status); code != 0)
+        throw CFailure(EExitStatus::NotFound, name, SCErrorText::Of(code));
+    if (m_status.kind == Port::EKind::Folder)
+        RefuseFolder(name);
     m_bytes.resize(sizeMax);
-    if (!Fill(m_bytes, descriptor))
-        throw CFailure(EExitStatus::Unsupported, name, "cannot be read: " + SCErrorText::OfSystem(errno));
+    if (const DWORD code = Fill(m_bytes, file); code != 0)
+        throw CFailure(EExitStatus::Unsupported, name, "cannot be read: " + SCErrorText::Of(code));
     m_isWholeFile = m_bytes.size() < sizeMax;
 }
 
-CDescriptor CFileHead::Open(const std::string& path, const std::string& name) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0)
-        throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
-    return CDescriptor(descriptor);
+COpenFile CFileHead::Open(const std::string& path, const std::string& name) {
+    Port::TFile file = Port::noFile;
+    Port::SStatus status;
+    const DWORD code = Port::OpenToRead(path, false, file);
+    if (code != 0 && Port::GetStatus(path, status) == 0 && status.kind == Port::EKind::Folder)
+        RefuseFolder(name);
+    if (code != 0)
+        throw CFailure(EExitStatus::NotFound, name, SCErrorText::Of(code));
+    return COpenFile(file);
 }
 
-bool CFileHead::IsFileOf(int descriptor) const {
-    struct stat other {};
-    return ::fstat(descriptor, &other) == 0 && S_ISREG(other.st_mode) && other.st_dev == m_status.st_dev &&
-           other.st_ino == m_status.st_ino;
+bool CFileHead::IsFileOf(Port::TFile other) const {
+    Port::SStatus status;
+    return Port::GetStatus(other, status) == 0 && status.kind == Port::EKind::Regular &&
+           status.device == m_status.device && status.number == m_status.number;
 }
 
 } // namespace NSTQ::Tool

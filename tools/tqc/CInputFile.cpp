@@ -6,32 +6,21 @@
 #include "SCSignals.h"
 #include "SCTypeNames.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <array>
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
 
 namespace NSTQ::Tool {
 namespace {
 
+/// For messages.
 std::string TemporaryFolder() {
-    const char* const folder = std::getenv("TMPDIR");
-    return folder != nullptr && *folder != '\0' ? folder : "/tmp";
-}
-
-/// A template for a name in the temporary folder.
-std::string PrivateName(const std::string& extension) {
-    return TemporaryFolder() + "/tqc-XXXXXX" + extension;
+    std::string folder;
+    return Port::FindTemporaryFolder(folder) == 0 ? folder : Port::GetTemporaryFolderVariable();
 }
 
 bool IsStream(const std::string& name) {
-    struct stat status {};
-    return ::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+    Port::SStatus status;
+    return Port::GetStatus(name, status) == 0 && status.kind != Port::EKind::Regular &&
+           status.kind != Port::EKind::Folder;
 }
 
 } // namespace
@@ -39,28 +28,30 @@ bool IsStream(const std::string& name) {
 CInputFile::CInputFile(const SOptions& options, const std::string& name)
     : m_options(options), m_name(name), m_path(name), m_type(options.type) {
     if (IsStandardInput(name)) {
-        TakeStream(STDIN_FILENO);
+        TakeStream(Port::GetStandardStream(Port::EStream::Input));
     } else if (IsStream(name)) {
-        m_opened.Reset(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-        if (m_opened.Get() < 0)
-            throw CFailure(EExitStatus::NotFound, name, SCErrorText::OfSystem(errno));
-        TakeStream(m_opened.Get());
+        Port::TFile file = Port::noFile;
+        if (const DWORD code = Port::OpenToRead(name, true, file); code != 0)
+            throw CFailure(EExitStatus::NotFound, name, SCErrorText::Of(code));
+        m_opened.Reset(file);
+        TakeStream(file);
     } else {
         TakeFile();
     }
 }
 
 CInputFile::~CInputFile() {
+    m_copy.Reset(Port::noFile);
     if (m_temporary.empty())
         return;
     const SCSignals::CHeld held;
-    ::unlink(m_temporary.c_str());
+    Port::Discard(m_temporary.c_str());
     SCSignals::ForgetFile(m_temporary.c_str());
 }
 
 void CInputFile::TakeFile() {
     m_isFile = true;
-    const CDescriptor file = CFileHead::Open(m_path, m_name);
+    const COpenFile file = CFileHead::Open(m_path, m_name);
     m_head = CFileHead(file.Get(), m_name);
     if (!m_type)
         m_type = SCContentProbe::FindType(file.Get(), m_head);
@@ -69,15 +60,15 @@ void CInputFile::TakeFile() {
         LinkUnderExtension('.' + SCTypeNames::Of(*m_type));
 }
 
-void CInputFile::TakeStream(int descriptor) {
+void CInputFile::TakeStream(Port::TFile stream) {
     if (!m_type && !m_options.separator && IsStandardInput(m_name))
         throw CFailure(EExitStatus::Usage, "-",
                        "the type of standard input is unknown; give --type: " + SCTypeNames::All());
     const auto type = m_type.value_or(SCTypeNames::OfFile(m_name));
     const bool isText = type == SCDeclareConstant::SFT_UNKNOWN || SCTypeNames::IsText(type);
     if (isText && MayStream()) {
-        m_stream = descriptor;
-        m_head = CFileHead(descriptor, m_name);
+        m_stream = Port::NumberOf(stream);
+        m_head = CFileHead(stream, m_name);
         return;
     }
     if (isText) {
@@ -86,8 +77,9 @@ void CInputFile::TakeStream(int descriptor) {
         m_type = type; // the copy goes by it
         CreateNamed('.' + SCTypeNames::Of(type));
     }
-    CopyStream(descriptor);
-    ::lseek(m_copy.Get(), 0, SEEK_SET);
+    CopyStream(stream);
+    LONGLONG start = 0;
+    Port::Seek(m_copy.Get(), 0, Port::EOrigin::Start, start);
     m_head = CFileHead(m_copy.Get(), m_name);
 }
 
@@ -96,64 +88,58 @@ bool CInputFile::MayStream() const {
 }
 
 /// Copies until the end of the stream.
-void CInputFile::CopyStream(int descriptor) {
+void CInputFile::CopyStream(Port::TFile stream) {
     std::array<char, 65536> bytes{};
     for (;;) {
-        const ssize_t got = CDescriptor::Read(descriptor, bytes.data(), bytes.size());
-        if (got < 0)
-            throw CFailure(EExitStatus::NotFound, m_name, "cannot be read: " + SCErrorText::OfSystem(errno));
+        DWORD got = 0;
+        DWORD put = 0;
+        if (const DWORD code = Port::Read(stream, bytes.data(), bytes.size(), got); code != 0)
+            throw CFailure(EExitStatus::NotFound, m_name, "cannot be read: " + SCErrorText::Of(code));
         if (got == 0)
             return;
-        for (ssize_t done = 0; done < got;) {
-            const ssize_t put = ::write(m_copy.Get(), bytes.data() + done, static_cast<std::size_t>(got - done));
-            if (put < 0 && errno != EINTR)
-                FailToStore("; set TMPDIR to a folder with more room");
-            done += std::max<ssize_t>(put, 0);
-        }
+        if (const DWORD code = Port::Write(m_copy.Get(), bytes.data(), got, put); code != 0)
+            FailToStore(code,
+                        std::string("; set ") + Port::GetTemporaryFolderVariable() + " to a folder with more room");
     }
 }
 
-/// With the reason from the system.
-void CInputFile::FailToStore(const std::string& hint) const {
+void CInputFile::FailToStore(DWORD code, const std::string& hint) const {
     const std::string input = IsStandardInput(m_name) ? "standard input" : m_name;
     throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(),
-                   input + " cannot be stored there: " + SCErrorText::OfSystem(errno) + hint);
+                   input + " cannot be stored there: " + SCErrorText::Of(code) + hint);
 }
 
 /// If the file system supports files without a name, nothing remains, whatever ends the program.
 void CInputFile::CreateNameless() {
-    m_copy.Reset(::open(TemporaryFolder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (m_copy.Get() < 0) {
-        const SCSignals::CHeld held;
-        CreateNamed("");
-        ::unlink(m_temporary.c_str());
-        SCSignals::ForgetFile(m_temporary.c_str());
-        m_temporary.clear();
-    }
-    m_path = "/proc/self/fd/" + std::to_string(m_copy.Get());
+    const SCSignals::CHeld held;
+    Port::TFile file = Port::noFile;
+    bool isNamed = false;
+    if (const DWORD code = Port::MakeTemporaryFile(file, m_path, isNamed); code != 0)
+        FailToStore(code, "");
+    m_copy.Reset(file);
+    if (isNamed)
+        RemoveLater(m_path);
 }
 
 void CInputFile::CreateNamed(const std::string& extension) {
-    std::string path = PrivateName(extension);
     const SCSignals::CHeld held;
-    m_copy.Reset(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
-    if (m_copy.Get() < 0)
-        FailToStore("");
-    m_path = m_temporary = path;
-    SCSignals::RemoveFile(m_temporary.c_str());
+    Port::TFile file = Port::noFile;
+    if (const DWORD code = Port::MakeTemporaryFile(extension, file, m_path); code != 0)
+        FailToStore(code, "");
+    m_copy.Reset(file);
+    RemoveLater(m_path);
 }
 
 void CInputFile::LinkUnderExtension(const std::string& extension) {
-    std::array<char, PATH_MAX> real{};
-    if (::realpath(m_name.c_str(), real.data()) == nullptr)
-        throw CFailure(EExitStatus::NotFound, m_name, SCErrorText::OfSystem(errno));
-    std::string path = PrivateName(extension);
     const SCSignals::CHeld held;
-    const CDescriptor file(::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC));
-    // The name belongs to this program: the permissions of the folder prevent others from using it meanwhile.
-    if (file.Get() < 0 || ::unlink(path.c_str()) != 0 || ::symlink(real.data(), path.c_str()) != 0)
-        throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(), SCErrorText::OfSystem(errno));
-    m_path = m_temporary = path;
+    if (const DWORD code = Port::MakeTemporaryLink(m_name, extension, m_path); code != 0)
+        throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(),
+                       m_name + " cannot be given another name there: " + SCErrorText::Of(code));
+    RemoveLater(m_path);
+}
+
+void CInputFile::RemoveLater(const std::string& path) {
+    m_temporary = path;
     SCSignals::RemoveFile(m_temporary.c_str());
 }
 

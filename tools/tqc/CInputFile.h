@@ -2,14 +2,14 @@
 //
 // Text from standard input, a named pipe or a device is read from there, once. If the program has to read data twice
 // (workbooks, databases and packages, the size for info, rejected rows), the input is first copied to a private file,
-// which is removed at the end, also after a signal. The copy of text has no name. A workbook, database or package is
-// detected by its bytes; if its name has another extension, the program creates a link with the right one, because
-// the library uses the extension.
+// which is removed at the end, also after a signal. The copy of text has no name where the system has such files. A
+// workbook, database or package is detected by its bytes; if its name has another extension, the program creates a
+// link with the right one, because the library uses the extension.
 #pragma once
 
-#include "CDescriptor.h"
 #include "CFailure.h"
 #include "CFileHead.h"
+#include "COpenFile.h"
 #include "SOptions.h"
 #include "tqcAccess/ComError.h"
 
@@ -33,7 +33,7 @@ public:
     const std::string& Name() const { return m_name; }
     /// The path that is read, unless the input is a stream.
     const std::string& Path() const { return m_path; }
-    /// The descriptor of a stream, which is read once; else negative.
+    /// The number of a stream, which is read once, for the library; else negative.
     int Stream() const { return m_stream; }
     /// Whether it is the given file itself, and all of its bytes can be examined.
     bool IsFile() const { return m_isFile; }
@@ -46,12 +46,13 @@ public:
 
 private:
     void TakeFile();
-    void TakeStream(int descriptor);
+    void TakeStream(Port::TFile stream);
     bool MayStream() const;
-    void CopyStream(int descriptor);
-    [[noreturn]] void FailToStore(const std::string& hint) const;
+    void CopyStream(Port::TFile stream);
+    [[noreturn]] void FailToStore(DWORD code, const std::string& hint) const;
     void CreateNameless();
     void CreateNamed(const std::string& extension);
+    void RemoveLater(const std::string& path);
     void LinkUnderExtension(const std::string& extension);
 
     const SOptions& m_options;
@@ -61,8 +62,8 @@ private:
     bool m_isFile = false;
     std::optional<SCDeclareConstant::ESourceFileType> m_type;
     CFileHead m_head;
-    CDescriptor m_opened;    ///< a pipe or device that is read
-    CDescriptor m_copy;      ///< of a stream
+    COpenFile m_opened;      ///< a pipe or device that is read
+    COpenFile m_copy;        ///< of a stream
     std::string m_temporary; ///< the file to remove at the end
 };
 

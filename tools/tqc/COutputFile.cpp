@@ -9,11 +9,11 @@ COutputFile::COutputFile(const SOptions& options, const std::string& name) : m_t
     m_writer.SetSeparator(options.outputSeparator);
     m_writer.SetDelimiter(options.outputLineEnd.first, options.outputLineEnd.second);
     m_writer.SetQuoteLineEnds(true);
-    // Before the writer opens the same descriptor, whose position is then after the BOM.
+    // Before the writer opens the same file, whose position is then after the BOM.
     if (options.addBom)
         m_target.Write(reinterpret_cast<const char*>(SCDataAccessDefine::BOM_UTF8),
                        sizeof SCDataAccessDefine::BOM_UTF8);
-    if (!m_writer.FileOpen(m_target.DescriptorPath().c_str()))
+    if (!m_writer.FileOpen(m_target.OpenPath().c_str()))
         CheckWriter();
 }
 
@@ -27,7 +27,7 @@ bool COutputFile::CheckWriter() {
     if (code == SCErrorText::brokenPipe)
         return false;
     if (code != 0)
-        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), SCErrorText::OfLibrary(code));
+        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), SCErrorText::Of(code));
     return true;
 }
 

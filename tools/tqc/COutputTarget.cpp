@@ -3,52 +3,35 @@
 #include "CFailure.h"
 #include "SCErrorText.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
 #include <charconv>
-#include <climits>
+#include <optional>
 #include <string_view>
 
 namespace NSTQ::Tool {
 namespace {
 
-constexpr std::string_view descriptors = "/dev/fd/";
+constexpr std::string_view openFiles = "/dev/fd/";
 
-/// The number in names of open descriptors, such as /dev/fd/3; -1 for other names.
-int DescriptorOfName(std::string_view name) {
+/// The number of an open file in names such as /dev/fd/3.
+std::optional<int> NumberOfName(std::string_view name) {
     if (name.empty() || name == "/dev/stdout")
-        return STDOUT_FILENO;
+        return Port::NumberOf(Port::GetStandardStream(Port::EStream::Output));
     if (name == "/dev/stderr")
-        return STDERR_FILENO;
-    int descriptor = -1;
-    if (name.starts_with(descriptors))
-        std::from_chars(name.data() + descriptors.size(), name.data() + name.size(), descriptor);
-    return descriptor;
+        return Port::NumberOf(Port::GetStandardStream(Port::EStream::Error));
+    int number = -1;
+    if (!name.starts_with(openFiles))
+        return std::nullopt;
+    const auto [end, error] = std::from_chars(name.data() + openFiles.size(), name.data() + name.size(), number);
+    return error == std::errc{} && end == name.data() + name.size() && number >= 0 ? std::optional(number)
+                                                                                   : std::nullopt;
 }
 
 /// Replacing a file needs no write permission for it, but the protection is respected nevertheless.
-void CheckReplaceable(const std::string& path, const struct stat& status) {
-    constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-    if (S_ISDIR(status.st_mode))
+void CheckReplaceable(const std::string& path, const Port::SStatus& status) {
+    if (status.kind == Port::EKind::Folder)
         throw CFailure(EExitStatus::OutputFailed, path, "is a folder; give the name of a file in it");
-    if ((status.st_mode & anyWrite) == 0 || ::access(path.c_str(), W_OK) != 0)
+    if (status.isReadOnly || Port::CheckAccess(path, Port::EAccess::Write) != 0)
         throw CFailure(EExitStatus::OutputFailed, path, "the file exists and is not writable; try another name");
-}
-
-/// Whether another user may have planted the link: in a folder that everybody can write to, such as /tmp, the system
-/// does not follow the links of other users, but it does not notice that this program does.
-bool IsPlanted(const std::string& link) {
-    constexpr mode_t shared = S_ISVTX | S_IWOTH;
-    struct stat own {};
-    struct stat folder {};
-    const std::size_t nameAt = link.find_last_of('/') + 1;
-    return ::lstat(link.c_str(), &own) == 0 && own.st_uid != ::geteuid() &&
-           ::stat(nameAt == 0 ? "." : link.substr(0, nameAt).c_str(), &folder) == 0 &&
-           (folder.st_mode & shared) == shared && own.st_uid != folder.st_uid;
 }
 
 } // namespace
@@ -59,57 +42,52 @@ bool COutputTarget::IsStandardOutputName(const std::string& name) {
 
 std::string COutputTarget::FollowLinks(std::string path) {
     constexpr int linksMax = 40;
+    std::string next;
+    bool isPlanted = false;
     for (int i = 0; i < linksMax; ++i) {
-        std::array<char, PATH_MAX> link{};
-        const ssize_t length = ::readlink(path.c_str(), link.data(), link.size());
-        if (length < 0)
+        if (!Port::ReadLink(path, next, isPlanted))
             return path;
-        if (IsPlanted(path))
+        if (isPlanted)
             throw CFailure(
                 EExitStatus::OutputFailed, path,
                 "a link that belongs to another user, in a folder that everybody can write to; give the file itself");
-        const std::string next(link.data(), static_cast<std::size_t>(length));
-        if (next.starts_with('/'))
-            path = next;
-        else
-            path.replace(path.find_last_of('/') + 1, std::string::npos, next);
+        path = next;
     }
-    throw CFailure(EExitStatus::OutputFailed, path, SCErrorText::OfSystem(ELOOP));
+    throw CFailure(EExitStatus::OutputFailed, path, "too many links, one after the other");
 }
 
-COutputTarget::COutputTarget(const std::string& name)
-    : m_name(IsStandardOutputName(name) ? "" : name), m_descriptor(DescriptorOfName(m_name)) {
-    if (m_descriptor >= 0)
+COutputTarget::COutputTarget(const std::string& name) : m_name(IsStandardOutputName(name) ? "" : name) {
+    if (const auto number = NumberOfName(m_name)) {
+        Port::TFile file = Port::noFile;
+        Check(Port::Duplicate(*number, Port::EAccess::Write, file));
+        m_opened.Reset(file);
         return;
-    const std::string path = FollowLinks(m_name);
-    struct stat status {};
-    const bool exists = ::stat(path.c_str(), &status) == 0;
-    if (exists && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode))) {
-        OpenDevice(path);
+    }
+    Open(FollowLinks(m_name));
+}
+
+void COutputTarget::Open(const std::string& path) {
+    Port::SStatus status;
+    const bool exists = Port::GetStatus(path, status) == 0;
+    if (exists && (status.kind == Port::EKind::Device || status.kind == Port::EKind::Pipe)) {
+        Port::TFile file = Port::noFile;
+        Check(Port::OpenDevice(path, file));
+        m_opened.Reset(file);
         return;
     }
     if (exists)
         CheckReplaceable(path, status);
     m_temporary = std::make_unique<CTemporaryFile>(path);
-    m_descriptor = m_temporary->Descriptor();
 }
 
-COutputTarget::~COutputTarget() {
-    if (m_isOwned)
-        ::close(m_descriptor);
+/// Throws CFailure unless the code is 0.
+void COutputTarget::Check(DWORD code) const {
+    if (code != 0)
+        throw CFailure(EExitStatus::OutputFailed, Describe(), SCErrorText::Of(code));
 }
 
-void COutputTarget::OpenDevice(const std::string& path) {
-    // With O_CREAT the system rejects a pipe that another user has planted.
-    constexpr mode_t owner = S_IRUSR | S_IWUSR;
-    m_descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, owner);
-    if (m_descriptor < 0)
-        throw CFailure(EExitStatus::OutputFailed, m_name, SCErrorText::OfSystem(errno));
-    m_isOwned = true;
-}
-
-std::string COutputTarget::DescriptorPath() const {
-    return std::string(descriptors) + std::to_string(m_descriptor);
+std::string COutputTarget::OpenPath() const {
+    return std::string(openFiles) + std::to_string(Port::NumberOf(File()));
 }
 
 std::string COutputTarget::Describe() const {
@@ -117,16 +95,11 @@ std::string COutputTarget::Describe() const {
 }
 
 bool COutputTarget::Write(const char* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = ::write(m_descriptor, bytes, size);
-        if (written < 0 && errno == EPIPE)
-            return false;
-        if (written < 0 && errno != EINTR)
-            throw CFailure(EExitStatus::OutputFailed, Describe(), SCErrorText::OfSystem(errno));
-        const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
-        bytes += done;
-        size -= done;
-    }
+    DWORD written = 0;
+    const DWORD code = Port::Write(File(), bytes, static_cast<DWORD>(size), written);
+    if (code == SCErrorText::brokenPipe)
+        return false;
+    Check(code);
     return true;
 }
 

@@ -1,7 +1,8 @@
-// The target of an output: standard output, an existing descriptor, device or pipe, or a file that is replaced after
-// everything has been written.
+// The target of an output: standard output, an open file, device or pipe, or a file that is replaced after everything
+// has been written.
 #pragma once
 
+#include "COpenFile.h"
 #include "CTemporaryFile.h"
 
 #include <memory>
@@ -13,19 +14,14 @@ class COutputTarget {
 public:
     /// Opens the target; an empty name, "-" and "/dev/stdout" are standard output. Throws CFailure.
     explicit COutputTarget(const std::string& name);
-    /// Removes a file that has not replaced the target.
-    ~COutputTarget();
-    COutputTarget(const COutputTarget&) = delete;
-    COutputTarget& operator=(const COutputTarget&) = delete;
 
     static bool IsStandardOutputName(const std::string& name);
     /// The path at the end of a chain of links, which may end at a file that does not exist yet. Throws CFailure.
     static std::string FollowLinks(std::string path);
 
     bool IsStandardOutput() const { return m_name.empty(); }
-    int Descriptor() const { return m_descriptor; }
-    /// The descriptor as a path, which no code page changes and which is never too long.
-    std::string DescriptorPath() const;
+    /// The open file as a path of the library, which no code page changes and which is never too long.
+    std::string OpenPath() const;
     /// For messages.
     std::string Describe() const;
 
@@ -35,12 +31,13 @@ public:
     void Replace();
 
 private:
-    void OpenDevice(const std::string& path);
+    Port::TFile File() const { return m_temporary ? m_temporary->File() : m_opened.Get(); }
+    void Open(const std::string& path);
+    void Check(DWORD code) const;
 
-    std::string m_name; ///< empty for standard output
-    std::unique_ptr<CTemporaryFile> m_temporary;
-    int m_descriptor = -1;
-    bool m_isOwned = false; ///< the descriptor is to be closed here
+    std::string m_name;                          ///< empty for standard output
+    std::unique_ptr<CTemporaryFile> m_temporary; ///< removed at the end unless it has replaced the target
+    COpenFile m_opened;                          ///< anything else
 };
 
 } // namespace NSTQ::Tool

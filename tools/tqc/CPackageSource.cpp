@@ -7,8 +7,6 @@
 #include "SCSignals.h"
 #include "SCTypeNames.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 
 namespace NSTQ::Tool {
@@ -69,10 +67,10 @@ bool CPackageSource::Unpack(bool mayAsk) {
     if (result != CSourceDataInfo::SDO_PACKAGE || !m_info.GetFilePath(path))
         Explain();
     const std::string dataPath = SCPathText::ToSystem(path);
-    if (::access(dataPath.c_str(), F_OK) != 0)
+    if (Port::SStatus status; Port::GetStatus(dataPath, status) != 0)
         throw CFailure(EExitStatus::Unsupported, m_input.Name(),
                        "the package does not contain TqData/SourceFile.csv");
-    const CDescriptor file = CFileHead::Open(dataPath, m_input.Name());
+    const COpenFile file = CFileHead::Open(dataPath, m_input.Name());
     m_text.emplace(m_options, CTextFile::SPlace{m_input.Name(), dataPath, -1}, CFileHead(file.Get(), m_input.Name()));
     return true;
 }
@@ -103,10 +101,10 @@ void CPackageSource::Explain() const {
     const SFault& fault = FindFault(m_info.GetErrorCode());
     const bool needsPassword = fault.status == EExitStatus::Password && *m_info.GetPassWordString() == '\0';
     throw CFailure(fault.status, m_input.Name(),
-                   needsPassword           ? "needs a password; give it with --password-file or --password-fd"
-                   : fault.text != nullptr ? std::string("cannot be unpacked: ") + fault.text
-                                           : "cannot be unpacked into the temporary folder: " +
-                                                 SCErrorText::OfLibrary(m_info.GetErrorCode()));
+                   needsPassword ? "needs a password; give it with --password-file or --password-fd"
+                   : fault.text != nullptr
+                       ? std::string("cannot be unpacked: ") + fault.text
+                       : "cannot be unpacked into the temporary folder: " + SCErrorText::Of(m_info.GetErrorCode()));
 }
 
 } // namespace NSTQ::Tool

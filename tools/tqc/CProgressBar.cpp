@@ -2,21 +2,22 @@
 
 #include "SCTerminal.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 
 namespace NSTQ::Tool {
 namespace {
 
+namespace Port = Platform::Port;
+
 constexpr int barWidth = 40;
 constexpr int barColumns = barWidth + 8; ///< with the brackets and the number
 
 double SizeOf(const std::string& file) {
-    struct stat status {};
-    return ::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? static_cast<double>(status.st_size) : 0;
+    Port::SStatus status;
+    return Port::GetStatus(file, status) == 0 && status.kind == Port::EKind::Regular
+               ? static_cast<double>(status.size)
+               : 0;
 }
 
 } // namespace
@@ -55,7 +56,7 @@ void CProgressBar::Show(int thousandths) {
 void CProgressBar::Draw(int thousandths) const {
     const std::string bar(static_cast<std::size_t>(thousandths * barWidth / 1000), '#');
     // A line that is too long would be wrapped, and only its last part could be overwritten.
-    const int room = SCTerminal::CountColumns(STDERR_FILENO) - barColumns - 2;
+    const int room = SCTerminal::CountColumns(Port::EStream::Error) - barColumns - 2;
     const std::string name = SCTerminal::CutToColumns(SCTerminal::OnOneLine(m_name), room);
     std::fprintf(stderr, "\r[%-*s] %3d %% %s\033[K", barWidth, bar.c_str(), thousandths / 10, name.c_str());
 }

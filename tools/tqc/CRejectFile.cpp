@@ -3,11 +3,7 @@
 #include "CFailure.h"
 #include "SCErrorText.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
 namespace NSTQ::Tool {
 namespace {
@@ -21,13 +17,14 @@ CRejectFile::CRejectFile(const std::string& name, bool isGuarded)
 
 void CRejectFile::SetSource(const std::string& file, const CTextFile* text) {
     m_file = file;
-    m_source.Reset(-1);
+    m_source.Reset(Port::noFile);
     if (text == nullptr)
         return;
     m_lineEnd = text->LineEnd().Bytes();
-    m_source.Reset(::open(text->Path().c_str(), O_RDONLY | O_CLOEXEC));
-    if (m_source.Get() < 0)
-        throw CFailure(EExitStatus::NotFound, file, SCErrorText::OfSystem(errno));
+    Port::TFile source = Port::noFile;
+    if (const DWORD code = Port::OpenToRead(text->Path(), false, source); code != 0)
+        throw CFailure(EExitStatus::NotFound, file, SCErrorText::Of(code));
+    m_source.Reset(source);
 }
 
 void CRejectFile::AddText(std::uint64_t row, LONGLONG offset, LONGLONG size, std::string_view cause) {
@@ -78,10 +75,11 @@ void CRejectFile::CopyRecord(LONGLONG offset, LONGLONG size) {
 /// The bytes at that position, at most one piece. Throws CFailure when there are none.
 std::string_view CRejectFile::ReadAt(LONGLONG offset, LONGLONG size) {
     m_piece.resize(std::min(pieceSize, static_cast<std::size_t>(size)));
-    const ssize_t got = ::pread(m_source.Get(), m_piece.data(), m_piece.size(), offset);
-    if (got <= 0)
+    DWORD got = 0;
+    const auto room = static_cast<DWORD>(m_piece.size());
+    if (Port::ReadAt(m_source.Get(), offset, m_piece.data(), room, got) != 0 || got == 0)
         throw CFailure(EExitStatus::Unsupported, m_file, "a rejected row cannot be read again; the file has changed");
-    return std::string_view(m_piece).substr(0, static_cast<std::size_t>(got));
+    return std::string_view(m_piece).substr(0, got);
 }
 
 void CRejectFile::AddQuoted(std::string_view text) {

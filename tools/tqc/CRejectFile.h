@@ -6,8 +6,8 @@
 // Lines end with CR LF. With --formula-guard it contains apostrophes as well.
 #pragma once
 
-#include "CDescriptor.h"
 #include "CFormulaGuard.h"
+#include "COpenFile.h"
 #include "COutputTarget.h"
 #include "CTextFile.h"
 
@@ -51,8 +51,8 @@ private:
     std::string m_buffer;
     std::string m_file;
     std::string m_lineEnd;
-    std::string m_piece;  ///< of a record that is copied
-    CDescriptor m_source; ///< of text: the file that the rows are read from again
+    std::string m_piece; ///< of a record that is copied
+    COpenFile m_source;  ///< of text: the file that the rows are read from again
 };
 
 } // namespace NSTQ::Tool

@@ -2,8 +2,6 @@
 
 #include "SCTerminal.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 
 namespace NSTQ::Tool {
@@ -38,7 +36,7 @@ void CReporter::Finish() {
 }
 
 void CReporter::Print(std::string_view message) {
-    const bool isColoured = SCTerminal::IsColoured(STDERR_FILENO);
+    const bool isColoured = SCTerminal::IsColoured(Platform::Port::EStream::Error);
     const std::string line =
         (isColoured ? "\033[1;31mtqc:\033[0m " : "tqc: ") + SCTerminal::OnOneLine(message) + '\n';
     std::fputs(line.c_str(), stderr);

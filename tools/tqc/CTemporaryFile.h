@@ -3,8 +3,10 @@
 // Other programs see the old file or the new one. If the file system supports files without a name, nothing remains,
 // whatever ends the program; the file gets its name when it is complete. On other file systems it has a hidden name
 // in the folder of the target (".TARGET.tqc-" and eight letters), and the signal handler removes it; the same applies
-// during the two system calls that replace an existing file by one without a name.
+// during the two steps that replace an existing file by one without a name.
 #pragma once
+
+#include "COpenFile.h"
 
 #include <string>
 
@@ -12,33 +14,32 @@ namespace NSTQ::Tool {
 
 class CTemporaryFile {
 public:
-    /// Creates the file, with the owner and mode of an existing target. Throws CFailure.
+    /// Creates the file, with the owner and permissions of an existing target. Throws CFailure.
     explicit CTemporaryFile(const std::string& target);
     ~CTemporaryFile();
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
 
-    int Descriptor() const { return m_descriptor; }
+    Port::TFile File() const { return m_file.Get(); }
 
     /// Writes the data to disk and replaces the target. Later writes are then visible immediately, and a second call
     /// only writes them to disk. Throws CFailure; the target is then unchanged.
     void Replace();
 
 private:
-    bool CreateNameless();
     void CreateNamed();
-    void TakeOverTarget();
-    bool TryNames(bool (CTemporaryFile::*create)());
-    bool CreateAtPath();
-    bool LinkToPath();
+    DWORD TryNames(DWORD (CTemporaryFile::*create)());
+    DWORD CreateAtPath();
+    DWORD LinkToPath();
+    bool PlaceNameless();
     void Forget();
-    [[noreturn]] void Fail(int error, const char* hint = "") const;
+    void Check(DWORD code, const char* hint = "") const;
 
     std::string m_target;
     std::string m_path; ///< the hidden name; empty if there is none
-    int m_descriptor = -1;
+    COpenFile m_file;
     bool m_isPlaced = false;
-    unsigned m_mode = 0; ///< set when it replaces the target; before only the owner may read it
+    std::uint32_t m_permissions = 0; ///< set when it replaces the target; before only the owner may read it
 };
 
 } // namespace NSTQ::Tool

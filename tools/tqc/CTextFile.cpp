@@ -100,7 +100,7 @@ void CTextFile::OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& 
         reader.SetStream(m_head.IsWholeFile() ? -1 : m_place.stream, Head().data(),
                          static_cast<DWORD>(Head().size()));
     if (!reader.FileOpen(&info))
-        throw CFailure(EExitStatus::NotFound, m_place.name, SCErrorText::OfLibrary(reader.GetErrorCode()));
+        throw CFailure(EExitStatus::NotFound, m_place.name, SCErrorText::Of(reader.GetErrorCode()));
 }
 
 } // namespace NSTQ::Tool

@@ -17,7 +17,7 @@ public:
     struct SPlace {
         std::string name; ///< its name in messages
         std::string path;
-        int stream; ///< a descriptor that is read once; negative for a file
+        int stream; ///< the number of one that is read once; negative for a file
     };
     /// A character set: its name ("utf-8"), or none if it is unknown, and whether there is a BOM.
     struct SCharacterSet {

@@ -1,9 +1,8 @@
 #include "SCCodePageNames.h"
 
 #include "AsciiCase.h"
+#include "platform/Port.h"
 #include "tqcAccess/CodePage.h"
-
-#include <cstdlib>
 
 namespace NSTQ::Tool {
 namespace {
@@ -30,15 +29,6 @@ std::string Simplify(std::string_view name) {
     return simple;
 }
 
-/// "ja_JP.SJIS@modifier" has the character set "SJIS".
-std::string_view CharacterSetOf(std::string_view locale) {
-    const std::size_t dot = locale.find('.');
-    if (dot == std::string_view::npos)
-        return {};
-    const std::string_view rest = locale.substr(dot + 1);
-    return rest.substr(0, rest.find('@'));
-}
-
 } // namespace
 
 std::optional<unsigned> SCCodePageNames::Find(std::string_view name) {
@@ -50,12 +40,7 @@ std::optional<unsigned> SCCodePageNames::Find(std::string_view name) {
 }
 
 unsigned SCCodePageNames::OfLocale() {
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const char* const value = std::getenv(variable);
-        if (value != nullptr && *value != '\0')
-            return Find(CharacterSetOf(value)).value_or(Platform::CP_UTF8);
-    }
-    return Platform::CP_UTF8;
+    return Find(Platform::Port::GetLocaleEncoding()).value_or(Platform::CP_UTF8);
 }
 
 std::string SCCodePageNames::NameOf(unsigned codePage) {

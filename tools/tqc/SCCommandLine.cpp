@@ -9,6 +9,7 @@
 #include "SCErrorText.h"
 #include "SCHelpText.h"
 #include "SCTypeNames.h"
+#include "platform/Port.h"
 #include "tqcAccess/CodePage.h"
 
 #include <CLI/CLI.hpp>
@@ -113,13 +114,15 @@ public:
             if (error.get_exit_code() == 0) {
                 m_app.exit(error);
                 if (!std::cout.flush())
-                    throw CFailure(EExitStatus::OutputFailed, "standard output", SCErrorText::OfSystem(errno));
+                    throw CFailure(EExitStatus::OutputFailed, "standard output",
+                                   SCErrorText::Of(Platform::Port::CodeOfErrno(errno)));
                 return false;
             }
             throw CFailure(EExitStatus::Usage, std::string(error.what()) + "; see: tqc --help");
         }
         if (m_options.files.empty())
             throw CFailure(EExitStatus::Usage, "no file given; see: tqc --help");
+        ConvertPaths();
         CheckFiles();
         CheckOutputs();
         CheckTogether();
@@ -327,6 +330,14 @@ private:
                 Refuse(name, value, "a path");
             target = value;
         });
+    }
+
+    void ConvertPaths() {
+        for (std::string& file : m_options.files)
+            file = Platform::Port::ToPortPath(file);
+        for (std::string* const path :
+             {&m_options.output, &m_options.outputFolder, &m_options.rejects, &m_options.passwordFile})
+            *path = Platform::Port::ToPortPath(*path);
     }
 
     /// Throws CFailure.

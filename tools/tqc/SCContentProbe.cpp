@@ -5,11 +5,8 @@
 #include "SCTextProbe.h"
 #include "SCTypeNames.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
 
 namespace NSTQ::Tool {
@@ -22,16 +19,14 @@ constexpr std::string_view zipMark = "PK\x03\x04"sv;
 constexpr std::string_view compoundMark = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv;
 
 /// What there is of `size` bytes at the offset.
-std::string ReadAt(int descriptor, std::uint64_t offset, std::size_t size) {
+std::string ReadAt(Port::TFile file, std::uint64_t offset, std::size_t size) {
     std::string bytes(size, '\0');
     std::size_t done = 0;
-    while (done < size) {
-        const ssize_t got = ::pread(descriptor, bytes.data() + done, size - done, static_cast<off_t>(offset + done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        done += static_cast<std::size_t>(got);
+    DWORD got = 1;
+    while (done < size && got > 0) {
+        Port::ReadAt(file, static_cast<LONGLONG>(offset + done), bytes.data() + done, static_cast<DWORD>(size - done),
+                     got);
+        done += got;
     }
     bytes.resize(done);
     return bytes;
@@ -51,17 +46,17 @@ struct SExtent {
 };
 
 /// Of the directory at the end of a zip archive; empty when it cannot be found.
-SExtent FindZipDirectory(int descriptor, std::uint64_t fileSize) {
+SExtent FindZipDirectory(Port::TFile file, std::uint64_t fileSize) {
     constexpr std::size_t endSize = 22;
     constexpr std::size_t locatorSize = 20;
     constexpr std::size_t end64Size = 56;
     constexpr std::uint64_t tailMax = locatorSize + endSize + 65535;
-    const std::string tail = ReadAt(descriptor, fileSize - std::min(fileSize, tailMax), tailMax);
+    const std::string tail = ReadAt(file, fileSize - std::min(fileSize, tailMax), tailMax);
     const std::size_t end = tail.rfind("PK\x05\x06"sv);
     if (end == std::string::npos || tail.size() - end < endSize)
         return {};
     if (end >= locatorSize && tail.compare(end - locatorSize, 4, "PK\x06\x07"sv) == 0) {
-        const std::string end64 = ReadAt(descriptor, NumberAt(tail, end - locatorSize + 8, 8), end64Size);
+        const std::string end64 = ReadAt(file, NumberAt(tail, end - locatorSize + 8, 8), end64Size);
         if (end64.size() == end64Size)
             return {NumberAt(end64, 48, 8), NumberAt(end64, 40, 8)};
     }
@@ -85,13 +80,13 @@ EType FindTypeByName(std::string_view name) {
     return SCDeclareConstant::SFT_UNKNOWN;
 }
 
-EType FindTypeOfZip(int descriptor, std::uint64_t fileSize) {
+EType FindTypeOfZip(Port::TFile file, std::uint64_t fileSize) {
     constexpr std::size_t headerSize = 46;
     // The first names of a directory that is longer than any in use tell as well.
     constexpr std::uint64_t directoryMax = 16 << 20;
-    const SExtent extent = FindZipDirectory(descriptor, fileSize);
+    const SExtent extent = FindZipDirectory(file, fileSize);
     const std::string bytes =
-        ReadAt(descriptor, extent.offset, static_cast<std::size_t>(std::min(extent.size, directoryMax)));
+        ReadAt(file, extent.offset, static_cast<std::size_t>(std::min(extent.size, directoryMax)));
     std::string_view directory = bytes;
     EType found = SCDeclareConstant::SFT_UNKNOWN;
     while (found == SCDeclareConstant::SFT_UNKNOWN && directory.size() > headerSize &&
@@ -105,12 +100,12 @@ EType FindTypeOfZip(int descriptor, std::uint64_t fileSize) {
 }
 
 /// The reader of workbooks finds out by itself what a compound file holds; this tells what to call it.
-EType FindTypeOfCompoundFile(int descriptor, std::string_view head) {
+EType FindTypeOfCompoundFile(Port::TFile file, std::string_view head) {
     constexpr std::size_t directoryStart = 2048;
     const unsigned shift = static_cast<unsigned>(NumberAt(head, 30, 2)) & 0x0F;
     const std::uint64_t offset = (NumberAt(head, 48, 4) + 1) << shift;
     const bool isEncrypted =
-        ReadAt(descriptor, offset, directoryStart).find("E\0n\0c\0r\0y\0p\0t\0e\0d\0P\0a\0c\0k\0a\0g\0e\0\0\0"sv) !=
+        ReadAt(file, offset, directoryStart).find("E\0n\0c\0r\0y\0p\0t\0e\0d\0P\0a\0c\0k\0a\0g\0e\0\0\0"sv) !=
         std::string::npos;
     return isEncrypted ? SCDeclareConstant::SFT_XLSX : SCDeclareConstant::SFT_XLS;
 }
@@ -174,14 +169,14 @@ std::string FindByteOrder(std::string_view head) {
 
 } // namespace
 
-std::optional<EType> SCContentProbe::FindType(int descriptor, const CFileHead& head) {
+std::optional<EType> SCContentProbe::FindType(Port::TFile file, const CFileHead& head) {
     constexpr std::size_t compoundHeaderSize = 512;
     const std::string_view bytes = head.Bytes();
     EType type = SCDeclareConstant::SFT_UNKNOWN;
     if (bytes.starts_with(zipMark))
-        type = FindTypeOfZip(descriptor, static_cast<std::uint64_t>(head.Size()));
+        type = FindTypeOfZip(file, static_cast<std::uint64_t>(head.Size()));
     else if (bytes.size() >= compoundHeaderSize && bytes.starts_with(compoundMark))
-        type = FindTypeOfCompoundFile(descriptor, bytes);
+        type = FindTypeOfCompoundFile(file, bytes);
     else
         type = FindTypeByMark(bytes);
     return type == SCDeclareConstant::SFT_UNKNOWN ? std::nullopt : std::optional(type);

@@ -13,8 +13,8 @@ namespace NSTQ::Tool {
 class SCContentProbe {
 public:
     /// Of a workbook, database or package, whose beginning is `head`; none for anything else and for what cannot be
-    /// read. The position in the file stays where it is.
-    static std::optional<SCDeclareConstant::ESourceFileType> FindType(int descriptor, const CFileHead& head);
+    /// read. The position in the file is unspecified afterwards.
+    static std::optional<SCDeclareConstant::ESourceFileType> FindType(Port::TFile file, const CFileHead& head);
 
     /// What a file of this name and with these first bytes seems to be, unless it is text, and what can be done with
     /// it. Empty for text, also for UTF-16 text with a BOM. `isSearched`: FindType has found nothing in it.

@@ -8,15 +8,12 @@
 #include "CReporter.h"
 #include "CRowPump.h"
 #include "CTextFile.h"
+#include "SCErrorText.h"
 #include "SCSources.h"
 #include "SCTargets.h"
 #include "SCTerminal.h"
 #include "tqcAccess/ComError.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -25,10 +22,11 @@ namespace {
 
 /// Rows that a terminal shows would be mixed with it, and so would be what another program shows that reads them.
 bool IsProgressWanted(const SOptions& options) {
-    struct stat status {};
+    Port::SStatus status;
     const bool isShown = options.outputFolder.empty() && COutputTarget::IsStandardOutputName(options.output) &&
-                         ::fstat(STDOUT_FILENO, &status) == 0 && !S_ISREG(status.st_mode);
-    return SCTerminal::IsLively(STDERR_FILENO) && !options.quiet && !isShown;
+                         Port::GetStatus(Port::GetStandardStream(Port::EStream::Output), status) == 0 &&
+                         status.kind != Port::EKind::Regular;
+    return SCTerminal::IsLively(Port::EStream::Error) && !options.quiet && !isShown;
 }
 
 /// The objects that the outputs share.
@@ -73,7 +71,7 @@ private:
         // Only now, so that nothing is written to a device or pipe if the file cannot be read.
         if (!m_output)
             m_output.emplace(m_options, m_name);
-        if (m_output->IsStandardOutput() && input.Head().IsFileOf(STDOUT_FILENO))
+        if (m_output->IsStandardOutput() && input.Head().IsFileOf(Port::GetStandardStream(Port::EStream::Output)))
             throw CFailure(EExitStatus::Usage, input.Name(), "standard output is the input file; use -o");
         if (m_rejects != nullptr)
             m_rejects->SetSource(input.Name(), source->Text());
@@ -137,11 +135,22 @@ EExitStatus IntoFolder(const SOptions& options, const std::vector<std::string>& 
     return status;
 }
 
+bool IsFolder(const std::string& path) {
+    Port::SStatus status;
+    return Port::GetStatus(path, status) == 0 && status.kind == Port::EKind::Folder;
+}
+
+/// With the folders above it.
 void MakeFolder(const std::string& path) {
-    std::error_code error;
-    std::filesystem::create_directories(path, error);
-    if (error)
-        throw CFailure(EExitStatus::OutputFailed, path, error.message());
+    for (std::size_t end = 0; end < path.size();) {
+        end = std::min(path.find('/', end + 1), path.size());
+        const std::string level = path.substr(0, end);
+        if (IsFolder(level))
+            continue;
+        const DWORD code = Port::MakeFolder(level);
+        if (code != 0 && !IsFolder(level))
+            throw CFailure(EExitStatus::OutputFailed, path, SCErrorText::Of(code));
+    }
 }
 
 } // namespace

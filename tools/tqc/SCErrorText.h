@@ -1,4 +1,4 @@
-// Texts of the error codes of the library and of the system.
+// Texts of the error codes of the library and of the port.
 #pragma once
 
 #include "tqcAccess/Types.h"
@@ -9,11 +9,10 @@ namespace NSTQ::Tool {
 
 class SCErrorText {
 public:
+    static constexpr DWORD fileExists = 80;
     static constexpr DWORD brokenPipe = 109;
 
-    static std::string OfLibrary(DWORD code);
-    /// `error` is an errno value.
-    static std::string OfSystem(int error);
+    static std::string Of(DWORD code);
 };
 
 } // namespace NSTQ::Tool

@@ -12,17 +12,22 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
+#include <cstdlib>
 #include <optional>
 
 namespace NSTQ::Tool {
 namespace {
 
-std::string DescribeTime(std::time_t time, const char* form) {
-    std::tm local{};
+/// `middle` stands between date and time, `end` before the offset from UTC. Empty if the time is unknown.
+std::string DescribeTime(const FILETIME& time, const char* middle, const char* end) {
+    Platform::Port::SLocalTime local;
     char text[64] = "";
-    if (::localtime_r(&time, &local) != nullptr)
-        std::strftime(text, sizeof text, form, &local);
+    if (!Platform::Port::ToLocalTime(time, local))
+        return text;
+    const int offset = std::abs(local.minutesEast);
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d%s%02d:%02d:%02d%s%c%02d%02d", local.year, local.month, local.day,
+                  middle, local.hour, local.minute, local.second, end, local.minutesEast < 0 ? '-' : '+', offset / 60,
+                  offset % 60);
     return text;
 }
 
@@ -119,7 +124,7 @@ void ShowAsJson(ISource& source, const CInputFile& input) {
     AddText(json, "type", SCTypeNames::Of(source.Type()));
     json.Add("description", SCTypeNames::Describe(source.Type()));
     json.Add("size", std::int64_t{input.Head().Size()});
-    AddText(json, "updated", DescribeTime(input.Head().UpdateTime(), "%Y-%m-%dT%H:%M:%S%z"));
+    AddText(json, "updated", DescribeTime(input.Head().UpdateTime(), "T", ""));
     source.LookInside();
     const CTextFile* const text = source.Text();
     if (source.Type() == SCDeclareConstant::SFT_XTQF)
@@ -131,7 +136,7 @@ void ShowAsJson(ISource& source, const CInputFile& input) {
 }
 
 void ShowInWords(ISource& source, const CInputFile& input) {
-    const std::string time = DescribeTime(input.Head().UpdateTime(), "%Y-%m-%d %H:%M:%S %z");
+    const std::string time = DescribeTime(input.Head().UpdateTime(), " ", " ");
     std::printf("Type:          %s\n", SCTypeNames::Describe(source.Type()).c_str());
     std::printf("Size:          %lld bytes\n", static_cast<long long>(input.Head().Size()));
     std::printf("Updated:       %s\n", time.empty() ? "unknown" : time.c_str());

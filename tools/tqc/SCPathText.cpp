@@ -3,6 +3,7 @@
 #include "CFailure.h"
 #include "SCCodePageNames.h"
 #include "SCErrorText.h"
+#include "platform/Port.h"
 #include "tqcAccess/CodePage.h"
 #include "tqcAccess/SystemPath.h"
 
@@ -44,7 +45,8 @@ std::string SCPathText::Convert(std::string_view text, unsigned from, unsigned t
 }
 
 std::string SCPathText::ToLibrary(const std::string& path) {
-    if (path.find_first_of("\\\x01") != std::string::npos)
+    const bool isCut = !Port::IsBackslashSeparator() && path.find('\\') != std::string::npos;
+    if (isCut || path.find('\x01') != std::string::npos)
         throw CFailure(EExitStatus::Usage, path,
                        "the name holds a '\\', which would be read as '/'; use a link with another name");
     std::string text = path.size() > maxPathLength * 4 ? path : ToAnsi(path, path, "the name");
@@ -69,7 +71,7 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
 std::string SCPathText::ToSystem(const char* path) {
     std::string systemPath;
     if (const DWORD code = ConvertToSystemPath(path, systemPath); code != 0)
-        throw CFailure(EExitStatus::Unsupported, path, SCErrorText::OfLibrary(code));
+        throw CFailure(EExitStatus::Unsupported, path, SCErrorText::Of(code));
     return systemPath;
 }
 

@@ -101,8 +101,7 @@ void ShowFields(const SOptions& options, const std::string& name, ISourceReader&
         const bool complete = reader.Rows().GetLineData(fields, lengths, count);
         const std::string found = "row " + std::to_string(row + 1);
         if (const DWORD code = reader.Rows().GetErrorCode(); code != 0)
-            throw CFailure(EExitStatus::Unsupported, name,
-                           found + " cannot be read: " + SCErrorText::OfLibrary(code));
+            throw CFailure(EExitStatus::Unsupported, name, found + " cannot be read: " + SCErrorText::Of(code));
         if (fields == nullptr)
             throw CFailure(EExitStatus::Limit, name,
                            found + " has " + std::to_string(options.maxLineSize) +

@@ -1,7 +1,6 @@
 #include "SCSignals.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
+#include "platform/Port.h"
 
 #include <array>
 #include <atomic>
@@ -9,25 +8,12 @@
 namespace NSTQ::Tool {
 namespace {
 
-constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
+namespace Port = Platform::Port;
 
 // Atomic and lock-free, so that a handler may look at them.
 std::array<std::atomic<const char*>, 8> g_files{};
 std::atomic<const char*> g_folder{nullptr};
-std::atomic<const termios*> g_terminalSettings{nullptr};
-std::atomic<int> g_terminal{-1};
-static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
-
-/// A tree cannot be walked in a handler, but another program may be started there. It never follows a link.
-void RemoveTree(const char* path) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::execl("/bin/rm", "rm", "-rf", "--", path, static_cast<char*>(nullptr));
-        ::_exit(1);
-    }
-    if (child > 0)
-        ::waitpid(child, nullptr, 0);
-}
+static_assert(std::atomic<const char*>::is_always_lock_free);
 
 void Exchange(const char* before, const char* after) {
     for (auto& file : g_files)
@@ -35,31 +21,18 @@ void Exchange(const char* before, const char* after) {
             return;
 }
 
-/// Only functions that may be called in a handler.
-void PutRightAndEnd(int signal) {
-    if (const termios* settings = g_terminalSettings.load())
-        ::tcsetattr(g_terminal, TCSANOW, settings);
+void CleanUp() {
     for (const auto& file : g_files)
         if (const char* path = file.load())
-            ::unlink(path);
+            Port::Discard(path);
     if (const char* path = g_folder.load())
-        RemoveTree(path);
-    ::signal(signal, SIG_DFL);
-    ::raise(signal);
+        Port::DiscardTree(path);
 }
 
 } // namespace
 
 void SCSignals::Handle() {
-    for (const int signal : endingSignals) {
-        struct sigaction action {};
-        ::sigaction(signal, nullptr, &action);
-        if (action.sa_handler == SIG_IGN)
-            continue;
-        action.sa_handler = PutRightAndEnd;
-        ::sigfillset(&action.sa_mask);
-        ::sigaction(signal, &action, nullptr);
-    }
+    Port::HandleInterruption(CleanUp);
 }
 
 void SCSignals::RemoveFile(const char* path) {
@@ -74,21 +47,12 @@ void SCSignals::RemoveFolder(const char* path) {
     g_folder = path;
 }
 
-void SCSignals::RestoreTerminal(int terminal, const termios* settings) {
-    g_terminal = terminal;
-    g_terminalSettings = settings;
-}
-
 SCSignals::CHeld::CHeld() {
-    sigset_t held;
-    ::sigemptyset(&held);
-    for (const int signal : endingSignals)
-        ::sigaddset(&held, signal);
-    ::sigprocmask(SIG_BLOCK, &held, &m_before);
+    Port::HoldInterruption();
 }
 
 SCSignals::CHeld::~CHeld() {
-    ::sigprocmask(SIG_SETMASK, &m_before, nullptr);
+    Port::ReleaseInterruption();
 }
 
 } // namespace NSTQ::Tool

@@ -1,36 +1,27 @@
-// Cleans up when a signal ends the program: temporary files, the folder of an unpacked package, and the terminal
-// while a password is typed.
+// Cleans up when an interruption ends the program: temporary files and the folder of an unpacked package.
 #pragma once
-
-#include <csignal>
-#include <termios.h>
 
 namespace NSTQ::Tool {
 
 class SCSignals {
 public:
-    /// Handles the signals that end a program, except those that are ignored.
+    /// Cleans up whenever the user or the system ends the program.
     static void Handle();
 
-    /// The handler removes the file until it is unregistered; the text must be valid until then. There is room for
-    /// more files than the program has at a time.
+    /// The file is removed then, until it is unregistered; the text must be valid until then. There is room for more
+    /// files than the program has at a time.
     static void RemoveFile(const char* path);
     static void ForgetFile(const char* path);
-
-    // What else the handler does; null means nothing. The texts must stay as long as they are set.
+    /// So is the folder, with everything in it; null means none. The text must stay as long as it is set.
     static void RemoveFolder(const char* path);
-    static void RestoreTerminal(int terminal, const termios* settings);
 
-    /// Blocks the signals during its lifetime, so that a file and its registration change together.
+    /// Delays interruptions during its lifetime, so that a file and its registration change together.
     class CHeld {
     public:
         CHeld();
         CHeld(const CHeld&) = delete;
         CHeld& operator=(const CHeld&) = delete;
         ~CHeld();
-
-    private:
-        sigset_t m_before;
     };
 };
 

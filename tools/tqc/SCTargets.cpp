@@ -5,47 +5,47 @@
 #include "COutputTarget.h"
 #include "SCErrorText.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <filesystem>
 #include <map>
 #include <tuple>
 
 namespace NSTQ::Tool {
 namespace {
 
-/// Identifies a file: device and inode of an existing one, else those of its folder, with its name.
-using CIdentity = std::tuple<dev_t, ino_t, std::string>;
+/// Identifies a file: device and number of an existing one, else those of its folder, with its name.
+using CIdentity = std::tuple<std::uint64_t, std::uint64_t, std::string>;
 
 /// False for pipes and devices, which are not replaced.
 bool IsReplaced(const std::string& name) {
-    struct stat status {};
+    Port::SStatus status;
     return !COutputTarget::IsStandardOutputName(name) &&
-           (::stat(name.c_str(), &status) != 0 || S_ISREG(status.st_mode));
+           (Port::GetStatus(name, status) != 0 || status.kind == Port::EKind::Regular);
 }
 
 CIdentity Identify(const std::string& name) {
-    struct stat status {};
-    if (::stat(name.c_str(), &status) == 0)
-        return {status.st_dev, status.st_ino, ""};
-    const std::filesystem::path path = COutputTarget::FollowLinks(name);
-    const std::string folder = path.has_parent_path() ? path.parent_path().string() : ".";
-    if (::stat(folder.c_str(), &status) != 0)
-        return {0, 0, path.string()};
-    return {status.st_dev, status.st_ino, path.filename().string()};
+    Port::SStatus status;
+    if (Port::GetStatus(name, status) == 0)
+        return {status.device, status.number, ""};
+    const std::string path = COutputTarget::FollowLinks(name);
+    const std::size_t nameAt = path.find_last_of('/') + 1;
+    if (Port::GetStatus(nameAt == 0 ? "." : path.substr(0, nameAt), status) != 0)
+        return {0, 0, path};
+    return {status.device, status.number, Port::ToComparableName(path.substr(nameAt))};
+}
+
+/// The last name of a path, with the extension "csv" instead of its own.
+std::string NameOfOutput(const std::string& path) {
+    const std::string name = path.substr(path.find_last_of('/') + 1);
+    const std::size_t dot = name.find_last_of('.');
+    return (dot == std::string::npos || dot == 0 ? name : name.substr(0, dot)) + ".csv";
 }
 
 } // namespace
 
 std::vector<std::string> SCTargets::InFolder(const SOptions& options) {
     std::vector<std::string> targets;
-    for (const std::string& file : options.files) {
-        std::filesystem::path name =
-            CInputFile::IsStandardInput(file) ? "stdin" : std::filesystem::path(file).filename();
-        targets.push_back(std::filesystem::path(options.outputFolder) / name.replace_extension("csv"));
-    }
+    const std::string folder = options.outputFolder + (options.outputFolder.ends_with('/') ? "" : "/");
+    for (const std::string& file : options.files)
+        targets.push_back(folder + NameOfOutput(CInputFile::IsStandardInput(file) ? "stdin" : file));
     return targets;
 }
 
@@ -81,8 +81,9 @@ void SCTargets::Check(const SOptions& options, const std::vector<std::string>& t
 
 void SCTargets::CheckInputs(const SOptions& options) {
     for (const std::string& file : options.files)
-        if (!CInputFile::IsStandardInput(file) && ::access(file.c_str(), R_OK) != 0)
-            throw CFailure(EExitStatus::NotFound, file, SCErrorText::OfSystem(errno));
+        if (!CInputFile::IsStandardInput(file))
+            if (const DWORD code = Port::CheckAccess(file, Port::EAccess::Read); code != 0)
+                throw CFailure(EExitStatus::NotFound, file, SCErrorText::Of(code));
 }
 
 } // namespace NSTQ::Tool

@@ -3,9 +3,6 @@
 #include "SCCodePageNames.h"
 #include "SCPathText.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
@@ -13,20 +10,22 @@
 
 namespace NSTQ::Tool {
 
-bool SCTerminal::IsLively(int descriptor) {
+namespace Port = Platform::Port;
+
+bool SCTerminal::IsLively(Port::EStream stream) {
     const char* const terminal = std::getenv("TERM");
-    return ::isatty(descriptor) != 0 && (terminal == nullptr || std::string_view(terminal) != "dumb");
+    return Port::IsTerminal(stream) && (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
-bool SCTerminal::IsColoured(int descriptor) {
+bool SCTerminal::IsColoured(Port::EStream stream) {
     const char* const refusal = std::getenv("NO_COLOR");
-    return (refusal == nullptr || *refusal == '\0') && IsLively(descriptor);
+    return (refusal == nullptr || *refusal == '\0') && IsLively(stream);
 }
 
-int SCTerminal::CountColumns(int descriptor) {
+int SCTerminal::CountColumns(Port::EStream stream) {
     constexpr int usual = 80;
-    winsize size{};
-    return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+    const int columns = Port::CountTerminalColumns(stream);
+    return columns > 0 ? columns : usual;
 }
 
 /// Characters that take two columns have three bytes or more, though not all of these take two.

@@ -1,6 +1,7 @@
 // Output that only a terminal gets.
 #pragma once
 
+#include "platform/Port.h"
 #include "tqcAccess/Types.h"
 
 #include <string>
@@ -10,12 +11,12 @@ namespace NSTQ::Tool {
 
 class SCTerminal {
 public:
-    /// Whether the descriptor is a terminal on which lines can be overwritten.
-    static bool IsLively(int descriptor);
+    /// Whether the stream is a terminal on which lines can be overwritten.
+    static bool IsLively(Platform::Port::EStream stream);
     /// Whether it also shows colours: not when NO_COLOR is set and not empty.
-    static bool IsColoured(int descriptor);
+    static bool IsColoured(Platform::Port::EStream stream);
     /// The columns of the terminal; 80 if unknown.
-    static int CountColumns(int descriptor);
+    static int CountColumns(Platform::Port::EStream stream);
     /// As many UTF-8 characters as fit in `columns`.
     static std::string CutToColumns(const std::string& text, int columns);
     /// A character that would move the cursor, control the terminal, or change the order of the text:

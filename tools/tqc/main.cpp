@@ -9,42 +9,36 @@
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
+#include "platform/Port.h"
 #include "tqcAccess/ComError.h"
 #include "tqcAccess/UserLocale.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <new>
+#include <string>
+#include <vector>
 
 namespace NSTQ::Tool {
 namespace {
-
-/// A file with the descriptor of a closed standard stream would receive the data for that stream. So closed ones are
-/// opened in a way that makes their use fail, so that the problem is noticed.
-void FillStandardStreams() {
-    constexpr int modes[] = {O_WRONLY, O_RDONLY, O_RDWR};
-    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
-        if (::fcntl(stream, F_GETFD) < 0)
-            ::open("/dev/null", modes[stream]);
-}
 
 void ShowOne(const SOptions& options, void (*show)(const SOptions&, const CInputFile&)) {
     const CInputFile input(options, options.files[0]);
     try {
         show(options, input);
-        if (std::fflush(stdout) != 0 && errno != EPIPE)
-            throw CFailure(EExitStatus::OutputFailed, "standard output", SCErrorText::OfSystem(errno));
+        const DWORD code = std::fflush(stdout) == 0 ? 0 : Platform::Port::CodeOfErrno(errno);
+        if (code != 0 && code != SCErrorText::brokenPipe)
+            throw CFailure(EExitStatus::OutputFailed, "standard output", SCErrorText::Of(code));
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }
 }
 
-EExitStatus Run(int argc, const char* const* argv) {
-    const auto options = SCCommandLine::Parse(argc, argv);
+EExitStatus Run(const std::vector<std::string>& arguments) {
+    std::vector<const char*> texts;
+    for (const std::string& argument : arguments)
+        texts.push_back(argument.c_str());
+    const auto options = SCCommandLine::Parse(static_cast<int>(texts.size()), texts.data());
     if (!options)
         return EExitStatus::Ok;
     if (options->fullNumbers)
@@ -70,13 +64,10 @@ EExitStatus Run(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
     using namespace NSTQ::Tool;
-    FillStandardStreams();
-    // A failing write returns an error; the signals would only end the program.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    NSTQ::Platform::Port::PrepareProgram();
     SCSignals::Handle();
     try {
-        return static_cast<int>(Run(argc, argv));
+        return static_cast<int>(Run(NSTQ::Platform::Port::GetArguments(argc, argv)));
     } catch (const CFailure& failure) {
         CReporter::Print(failure.what());
         return static_cast<int>(failure.Status());

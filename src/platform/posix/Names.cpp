@@ -16,6 +16,10 @@ bool IsBackslashSeparator() {
     return false;
 }
 
+std::string ToComparableName(std::string name) {
+    return name;
+}
+
 bool BeginsWithDrive(std::string_view /*path*/) {
     return false;
 }
