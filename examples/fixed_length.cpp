@@ -1,4 +1,4 @@
-// Shows the first rows of fixed-length text, or reads it by the widths of its columns in bytes.
+// Shows the first rows of fixed-length text, or reads all rows, given the widths of the columns in bytes.
 //
 //     fixed_length ledger.txt                          the preview
 //     fixed_length ledger.txt 6 20 10                  the rows
@@ -15,7 +15,7 @@ using namespace NSTQ::NSTQCore;
 
 int main(int argc, char** argv) {
     constexpr DWORD maxFields = 64;
-    Platform::SetAnsiCodePage(Platform::CP_UTF8); // of the path, as the shell gives it
+    Platform::SetAnsiCodePage(Platform::CP_UTF8); // the encoding of the path, from the shell
     CSourceDataInfo info;
     if (argc < 2 || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_FIX) ||
         info.PrepareReadSourceData(true) != CSourceDataInfo::SDO_FIX_FILE) {
@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
     for (int i = 2; i < argc; ++i)
         widths.push_back(static_cast<WORD>(std::atoi(argv[i])));
     info.SetFixColLen(widths);
-    CFixDataAccess reader(maxFields, 65535, 65535, &info); // copies the widths: set them before
+    CFixDataAccess reader(maxFields, 65535, 65535, &info); // copies the widths, which must be set before
     if (!reader.FileOpen(&info)) {
         std::fprintf(stderr, "%s: error %u\n", argv[1], static_cast<unsigned>(reader.GetErrorCode()));
         return 1;

@@ -30,13 +30,13 @@ int Convert(CSourceDataInfo& info, DWORD number, const char* path) {
     while (reader.HasNextLineData() && reader.GetLineData(fields, lengths, count))
         output.WriteLineData(fields, lengths, count);
     output.FileClose();
-    return output.GetErrorCode() == 0 ? 0 : 1; // a full disk, for one
+    return output.GetErrorCode() == 0 ? 0 : 1; // not 0 if the disk is full, for example
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    Platform::SetAnsiCodePage(Platform::CP_UTF8); // all of a workbook's characters
+    Platform::SetAnsiCodePage(Platform::CP_UTF8); // so that every character of a workbook is kept
     CSourceDataInfo info;
     if ((argc != 2 && argc != 4) || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_UNKNOWN))
         return 2;
@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
         std::printf("%zu %s\n", i, names[i]);
     try {
         return argc == 2 ? 0 : Convert(info, static_cast<DWORD>(std::atoi(argv[2])), argv[3]);
-    } catch (const Platform::_com_error& error) { // reading raises, opening reports
+    } catch (const Platform::_com_error& error) { // reading throws; opening returns false
         std::fprintf(stderr, "%s: %s\n", argv[1], error.what());
         return 1;
     }

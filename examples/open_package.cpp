@@ -15,8 +15,8 @@ using namespace NSTQ::NSTQCore;
 
 namespace {
 
-/// The data file is Shift_JIS, so the ANSI code page stays 932, and a path, which the shell gives in UTF-8, has to be
-/// converted to it. Where the data are UTF-8, SetAnsiCodePage(CP_UTF8) is simpler.
+/// Converts a path from the shell, which is UTF-8, to the ANSI code page. That is 932 here, because the data file is
+/// Shift_JIS. For a data file in UTF-8 it is simpler to call SetAnsiCodePage(CP_UTF8).
 std::string ToAnsi(const char* text) {
     std::u16string wide(std::strlen(text) + 1, u'\0');
     const int units =
@@ -57,7 +57,7 @@ int main(int argc, char** argv) {
     const WORD* lengths = nullptr;
     DWORD count = 0;
     while (reader.HasNextLineData() && reader.GetLineData(fields, lengths, count)) {
-        if (count == 0) // after the last line end
+        if (count == 0) // the row after the last line end
             continue;
         for (DWORD i = 0; i < std::min(count, maxFields); ++i)
             std::printf("[%s]", fields[i]);

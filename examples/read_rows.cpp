@@ -1,4 +1,4 @@
-// Reads a delimited text file row by row and prints its fields, one row a line, in UTF-8.
+// Reads delimited text and prints one row on each line, its fields in brackets, in UTF-8.
 //
 //     read_rows 価格.csv
 #include "CDataAccess.h"
@@ -13,7 +13,7 @@ using namespace NSTQ::NSTQCore;
 
 int main(int argc, char** argv) {
     constexpr DWORD maxFields = 256;
-    Platform::SetAnsiCodePage(Platform::CP_UTF8); // of the path as the shell gives it, and of the fields
+    Platform::SetAnsiCodePage(Platform::CP_UTF8); // the encoding of the path, from the shell, and of the fields
     CSourceDataInfo info;
     if (argc != 2 || !info.SetCommonInfo(argv[1], SCDeclareConstant::SFT_UNKNOWN))
         return 2;
@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     const WORD* lengths = nullptr;
     DWORD count = 0;
     while (access.HasNextLineData() && access.GetLineData(fields, lengths, count)) {
-        if (count == 0) // after the last line end
+        if (count == 0) // the row after the last line end
             continue;
         for (DWORD i = 0; i < std::min(count, maxFields); ++i)
             std::printf("[%s]", fields[i]);
