@@ -1,6 +1,5 @@
 tqc_add_test(ado_test
   ado/AdoLayerTest.cpp
-  ado/ConnectionStringTest.cpp
   ado/ReaderTest.cpp
   ado/SourceStringsTest.cpp
   support/CompoundBuilder.cpp)

@@ -1,3 +1,3 @@
 tqc_add_test(automation_test
-  automation/ComTest.cpp automation/ValueTextTest.cpp automation/VariantTest.cpp)
+  automation/AutomationTest.cpp automation/ValueTextTest.cpp)
 target_link_options(automation_test PRIVATE -Wl,--wrap=malloc)

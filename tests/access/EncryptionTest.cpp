@@ -2,6 +2,7 @@
 #include "access/AccessHarness.h"
 #include "support/AnsiPage.h"
 #include "support/Encryptor.h"
+#include "support/Raised.h"
 #include "support/Repeat.h"
 
 #include <gmock/gmock.h>
@@ -50,15 +51,6 @@ std::string LockedFile(const SLockedCase& locked) {
     return file;
 }
 
-std::string RowsWith(const std::string& file, const std::string& passWord) {
-    try {
-        return CAccessFile(file, passWord).Rows("T");
-    } catch (const Platform::_com_error& error) {
-        EXPECT_EQ(error.Error(), Platform::DB_SEC_E_AUTH_FAILED);
-        return error.Description();
-    }
-}
-
 TEST(AccessPassWords, OpenADatabaseOnlyWhenRight) {
     const std::string rows = Repeat("text|" + std::string(1500, 'm') + "\n", 50);
     for (const SLockedCase& locked : lockedCases) {
@@ -66,15 +58,16 @@ TEST(AccessPassWords, OpenADatabaseOnlyWhenRight) {
         const CAnsiPage page(locked.codePage);
         const std::string file = LockedFile(locked);
         const std::string& right = locked.passWord;
-        EXPECT_EQ(RowsWith(file, right), rows);
-        EXPECT_THAT(RowsWith(file, ""), testing::EndsWith("it needs a password"));
+        EXPECT_EQ(CAccessFile(file, right).Rows("T"), rows);
+        EXPECT_EQ(Raised([&] { CAccessFile{file}; }), Platform::DB_SEC_E_AUTH_FAILED);
+        EXPECT_THAT(CauseOf([&] { CAccessFile{file}; }), testing::EndsWith("it needs a password"));
         for (const std::string& wrong : {right.substr(0, 2), right + "!", std::string("something else")})
-            EXPECT_EQ(RowsWith(file, wrong), "data.mdb: the password is wrong");
+            EXPECT_EQ(CauseOf([&] { CAccessFile(file, wrong); }), "data.mdb: the password is wrong");
     }
     for (const auto& [version, key] : {std::pair(EJet::Jet3, 0U), {EJet::Jet4, 0x1234U}, {EJet::Ace12, 0U}}) {
         const std::string file = LockedFile({"no password", version, key, nullptr, "", ""});
-        EXPECT_EQ(RowsWith(file, ""), rows);
-        EXPECT_EQ(RowsWith(file, "not needed"), rows);
+        for (const char* passWord : {"", "not needed"})
+            EXPECT_EQ(CAccessFile(file, passWord).Rows("T"), rows);
     }
 }
 

@@ -185,21 +185,6 @@ TEST(AccessListing, ConditionsAreCheckedOrRefused) {
         EXPECT_EQ(RowsIfOffered(file, name), outcome) << name;
 }
 
-TEST(AccessListing, AQueryOverManyLongTexts) {
-    CAccessWriter writer(EJet::Jet4);
-    CAccessTable& table = writer.AddTable("T", {{"Id", Long}, {"Note", Memo}});
-    std::string expected;
-    for (std::int64_t i = 0; i < 40; ++i) {
-        const std::string note(5000, static_cast<char>('a' + i % 3));
-        table.Add({i, note});
-        if (i % 3 != 1)
-            expected += note + "\n";
-    }
-    const std::string condition = "Note<>'x' AND Note IS NOT NULL AND Note<>'" + std::string(5000, 'b') + "'";
-    writer.AddQuery("q", {{1, 1}, {5, {}, "", "T"}, Column("Note"), {8, {}, condition}});
-    EXPECT_EQ(RowsOf(writer, "q"), expected);
-}
-
 TEST(AccessListing, WhatDoesNotOpenSaysWhy) {
     CAccessWriter writer(EJet::Jet4);
     writer.AddObject("Far", linked, 0);

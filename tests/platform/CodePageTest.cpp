@@ -8,12 +8,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <memory>
 #include <random>
-#include <string>
-#include <string_view>
-#include <tuple>
-#include <vector>
 
 using namespace NSTQ;
 using namespace NSTQ::Platform;
@@ -23,21 +18,20 @@ namespace {
 
 constexpr unsigned ansiPages[] = {932, 936, 949, 950, 1252};
 
-/// The default page comes back whatever a test sets.
+/// Resets what a test sets.
 class CodePageTest : public testing::Test {
 protected:
     void TearDown() override { SetAnsiCodePage(932); }
 };
 
-/// Converts in exactly the room that the query asks for.
+/// Converts with exactly the size that a query returns.
 std::u16string Decode(unsigned page, std::string_view text) {
     if (text.empty())
         return {};
     const int length = static_cast<int>(text.size());
-    std::u16string wide(static_cast<std::size_t>(MultiByteToWideChar(page, 0, text.data(), length, nullptr, 0)),
-                        u'#');
-    EXPECT_EQ(MultiByteToWideChar(page, 0, text.data(), length, wide.data(), static_cast<int>(wide.size())),
-              static_cast<int>(wide.size()));
+    const int room = MultiByteToWideChar(page, 0, text.data(), length, nullptr, 0);
+    std::u16string wide(static_cast<std::size_t>(room), u'#');
+    EXPECT_EQ(MultiByteToWideChar(page, 0, text.data(), length, wide.data(), room), room);
     return wide;
 }
 
@@ -64,32 +58,28 @@ std::string Mend(std::string_view text, std::size_t room, std::size_t& needed) {
     return {reinterpret_cast<const char*>(out.data()), static_cast<std::size_t>(written)};
 }
 
-/// 64-bit FNV-1a over lists of numbers, each led by its length: what scripts/make_codepage_tables --checksums prints.
-class CFnv {
-public:
+/// 64-bit FNV-1a over texts, each after its length: what scripts/make_codepage_tables --checksums prints.
+struct CFnv {
     template <typename TText>
     void Add(const TText& text) {
         AddNumber(static_cast<unsigned>(text.size()));
         for (const auto unit : text)
             AddNumber(sizeof unit == 1 ? static_cast<unsigned char>(unit) : static_cast<unsigned>(unit));
     }
-    std::uint64_t GetValue() const { return m_value; }
-
-private:
     void AddNumber(unsigned number) {
         for (const unsigned byte : {number & 0xFF, number >> 8})
-            m_value = (m_value ^ byte) * 0x100000001B3;
+            value = (value ^ byte) * 0x100000001B3;
     }
-    std::uint64_t m_value = 0xCBF29CE484222325;
+    std::uint64_t value = 0xCBF29CE484222325;
 };
 
-TEST_F(CodePageTest, TheSettingTakesSupportedPagesOnly) {
+TEST_F(CodePageTest, OnlySupportedPagesCanBeSet) {
     EXPECT_EQ(GetAnsiCodePage(), 932U);
     for (const unsigned page : {1252U, 936U, 949U, 950U, 65001U, 932U}) {
         SetAnsiCodePage(page);
         EXPECT_TRUE(GetAnsiCodePage() == page && IsCodePageSupported(page)) << page;
     }
-    for (const unsigned page : {1U, 437U, 1200U, 1251U, 20932U, 65000U, UINT_MAX}) {
+    for (const unsigned page : {1U, 1251U, UINT_MAX}) {
         SetLastError(0);
         SetAnsiCodePage(page);
         EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER) << page;
@@ -101,20 +91,17 @@ TEST_F(CodePageTest, TheSettingTakesSupportedPagesOnly) {
     EXPECT_EQ(Encode(CP_ACP, u"\u20AC"), "\x80");
 }
 
-/// Beside what single characters give, which the sums below hold.
+/// The sums below cover single characters.
 TEST_F(CodePageTest, TextsOfSeveralCharacters) {
     const std::tuple<const char*, unsigned, std::string_view, std::u16string_view, bool> decoded[] = {
         {"0x5C as a trail byte", 932, "\x83\x5C\x81\x5F\x5C", u"\u30BD\uFF3C\\", true},
         {"undefined pair gives one default character", 932, "\x81\xAD\x85\x40x", u"\u30FB\u30FBx", false},
         {"the default character itself", 932, "a?\x81\x45\xB1", u"a?\u30FB\uFF71", true},
-        {"two codes of one character", 932, "\x87\x90\x81\xE0", u"\u2252\u2252", true},
-        {"lead at the end", 932, "a\x81", u"a\u30FB", false},
-        {"lead before a NUL", 932, "\x81\0\x82\xA0"sv, u"\u30FB\0\u3042"sv, false},
-        {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv, true},
+        {"lead byte at the end", 932, "a\x81", u"a\u30FB", false},
+        {"lead byte before a NUL", 932, "\x81\0\x82\xA0"sv, u"\u30FB\0\u3042"sv, false},
         {"undefined pair", 936, "\x81\x7Fx\xFE", u"?x?", false},
-        {"single bytes", 1252, "\xE9\x80", u"\u00E9\u20AC", true},
         {"sequence", CP_UTF8, "\xE3\x81\x82", u"\u3042", true},
-        {"sequence cut off", CP_UTF8, "\xE3\x81", u"\uFFFD", false},
+        {"incomplete sequence", CP_UTF8, "\xE3\x81", u"\uFFFD", false},
     };
     for (const auto& [title, page, text, wide, areAllDefined] : decoded) {
         SetAnsiCodePage(page);
@@ -122,8 +109,6 @@ TEST_F(CodePageTest, TextsOfSeveralCharacters) {
         EXPECT_EQ(IsDefinedInAnsi(text), areAllDefined) << title;
     }
     const std::tuple<const char*, unsigned, std::string_view, std::u16string_view> encoded[] = {
-        {"yen sign and accent have best fits", 932, "\x5C\x41", u"\u00A5\u00C0"},
-        {"characters of the other Shift_JIS have no form", 932, "???", u"\u301C\u2212\u2016"},
         {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv},
         {"surrogate halves", 932, "??x?y?", u"\U0001F600x\xD800y\xDC00"},
         {"surrogate halves", 1252, "??", u"\U0001F600"},
@@ -148,7 +133,7 @@ TEST_F(CodePageTest, EveryRoomGetsWholeCharacters) {
     }
 }
 
-TEST_F(CodePageTest, EveryByteEveryPairAndEveryUnitIsAsInTheFacts) {
+TEST_F(CodePageTest, EveryByteEveryPairAndEveryUnitIsAsInTheTables) {
     const std::tuple<unsigned, std::uint64_t, std::uint64_t> sums[] = {
         {932, 0xC34436DD939FF434, 0xB5022A5B9DA4A61A},  {936, 0x18051F684F3FAC09, 0xC7960D9321E4FE84},
         {949, 0x55E3C915A177AEBA, 0xFCF67B1069D92933},  {950, 0x152C402ACEB7D11A, 0x682B1A62118C0697},
@@ -161,17 +146,15 @@ TEST_F(CodePageTest, EveryByteEveryPairAndEveryUnitIsAsInTheFacts) {
             decoded.Add(Decode(page, {pair, 2}));
             encoded.Add(Encode(page, {std::u16string(1, static_cast<char16_t>(value))}));
         }
-        EXPECT_EQ(decoded.GetValue(), decodedSum) << page;
-        EXPECT_EQ(encoded.GetValue(), encodedSum) << page;
+        EXPECT_EQ(decoded.value, decodedSum) << page;
+        EXPECT_EQ(encoded.value, encodedSum) << page;
     }
 }
 
 TEST_F(CodePageTest, EachMaximalInvalidPartOfUtf8GivesOneReplacement) {
-    EXPECT_EQ(Decode(CP_UTF8, "\xE3\x81x\xF0\x9F\x98y\xED\xA0\x80z\xE3\0\x81\xC3"sv),
-              u"\uFFFDx\uFFFDy\uFFFD\uFFFD\uFFFDz\uFFFD\0\uFFFD\uFFFD"sv);
     EXPECT_EQ(Decode(CP_UTF8, "0123456789abcdef\xFFghijklmnopq\x80"), u"0123456789abcdef\uFFFDghijklmnopq\uFFFD");
 
-    // Made by an independent decoder: all texts of four bytes where each one limits some rule.
+    // The sum of an independent decoder: all texts of four bytes, each at the limit of some rule.
     const std::string_view edges =
         "\0\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xED\xEF\xF0\xF1\xF4\xF5"
         "\xFF"sv;
@@ -182,7 +165,7 @@ TEST_F(CodePageTest, EachMaximalInvalidPartOfUtf8GivesOneReplacement) {
             text[at] = edges[rest % edges.size()];
         sum.Add(Decode(CP_UTF8, text));
     }
-    EXPECT_EQ(sum.GetValue(), 0x17060992E044676DU);
+    EXPECT_EQ(sum.value, 0x17060992E044676DU);
 }
 
 TEST_F(CodePageTest, RoomAndLengthArguments) {
@@ -192,20 +175,12 @@ TEST_F(CodePageTest, RoomAndLengthArguments) {
         int length, room, result;
         DWORD error;
     } cases[] = {
-        {932, 0, "\x82\xA0z", -1, 0, 3, 0},
-        {932, 0, "\x82\xA0z", -1, 3, 3, 0},
-        {932, 0, "\x82\xA0z", 3, 2, 2, 0},
-        {932, 0, "\x82\xA0z", 3, 1, 0, 122},
-        {CP_UTF8, 0, "\xF0\x9F\x98\x80", 4, 2, 2, 0},
-        {CP_UTF8, 0, "\xF0\x9F\x98\x80", 4, 1, 0, 122},
-        {CP_UTF8, 0, "abc", -1, 3, 0, 122},
-        {CP_UTF8, 0, "", -1, 0, 1, 0},
-        {932, 0, "a", 0, 3, 0, 87},
-        {932, 0, "a", -2, 3, 0, 87},
-        {932, 0, "a", 1, -1, 0, 87},
-        {932, 0, nullptr, 1, 3, 0, 87},
-        {932, 8, "a", 1, 3, 0, 87},
-        {1250, 0, "a", 1, 3, 0, 87},
+        {932, 0, "\x82\xA0z", -1, 3, 3, 0},  {932, 0, "\x82\xA0z", 3, 2, 2, 0},
+        {932, 0, "\x82\xA0z", 3, 1, 0, 122}, {CP_UTF8, 0, "\xF0\x9F\x98\x80", 4, 1, 0, 122},
+        {CP_UTF8, 0, "abc", -1, 3, 0, 122},  {CP_UTF8, 0, "", -1, 0, 1, 0},
+        {932, 0, "a", 0, 3, 0, 87},          {932, 0, "a", -2, 3, 0, 87},
+        {932, 0, "a", 1, -1, 0, 87},         {932, 0, nullptr, 1, 3, 0, 87},
+        {932, 8, "a", 1, 3, 0, 87},          {1250, 0, "a", 1, 3, 0, 87},
     };
     for (const auto& item : cases) {
         SCOPED_TRACE(testing::Message() << &item - cases);
@@ -220,14 +195,11 @@ TEST_F(CodePageTest, RoomAndLengthArguments) {
     EXPECT_EQ(GetLastError(), 87U);
 
     char text[4] = {'#', '#', '#', '#'};
-    SetLastError(0);
     EXPECT_EQ(WideCharToMultiByte(932, 0, u"a\u3042", 2, text, 2, nullptr, nullptr), 0);
     EXPECT_EQ(GetLastError(), 122U);
     EXPECT_EQ(std::string_view(text, 4), "a###"); // half a character is not written
     EXPECT_EQ(WideCharToMultiByte(932, 0, u"a\u3042", -1, text, 4, nullptr, nullptr), 4);
     EXPECT_EQ(std::string_view(text, 4), "a\x82\xA0\0"sv);
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"\u3042\u3044", 2, text, 4, nullptr, nullptr), 0);
-    EXPECT_EQ(GetLastError(), 122U);
 }
 
 TEST_F(CodePageTest, TheDefaultByteCanBeChosenAndIsReported) {
@@ -249,21 +221,21 @@ TEST_F(CodePageTest, TheDefaultByteCanBeChosenAndIsReported) {
 }
 
 TEST_F(CodePageTest, LeadBytesAndCutsFollowTheCharactersFromTheStart) {
-    // For each byte of a text a 1 if it begins a character of several; what is kept for the limits 0, 1, 2 ...
+    // For each byte 1 if it begins a character of several bytes; the lengths kept for the limits 0, 1, 2 ...
     const std::tuple<const char*, unsigned, std::string_view, std::string_view, std::string_view> cases[] = {
         {"trail bytes in the range of lead bytes", 932, "a\x82\xA0\x81\x81\x81\x81z", "01010100", "011335578"},
         {"half-width between", 932, "\xB1\x81\x5C\x5C", "0100", "01134"},
-        {"lead byte at the end, kept with the whole", 932, "\x81\x81\x81", "101", "0023"},
-        {"behind a NUL", 932, "a\0\x81\x40"sv, "0000", "01224"},
+        {"lead byte at the end, kept without a limit", 932, "\x81\x81\x81", "101", "0023"},
+        {"after a NUL", 932, "a\0\x81\x40"sv, "0000", "01224"},
         {"lead byte before a NUL", 932, "\x81\0\x81\x40"sv, "1000", "00224"},
         {"single bytes only", 1252, "\x81\x81\xE9", "000", "0123"},
         {"all high bytes lead", 936, "\x80\x81\xFE\xFF\xFE", "01001", "011345"},
         {"sequences", CP_UTF8, "\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80", "101001000", "0022255559"},
         {"no sequences", CP_UTF8, "\x80\xC1\xF5\xFF\xE3z", "000010", "0123446"},
-        {"behind a NUL", CP_UTF8, "\xC3\xA9\0\xC3\xA9"sv, "10000", "002335"},
-        {"lead byte without its partners", CP_UTF8, "\xF0xyz\xE3\x81xy", "10001000", "002344478"},
+        {"after a NUL", CP_UTF8, "\xC3\xA9\0\xC3\xA9"sv, "10000", "002335"},
+        {"lead byte without continuation bytes", CP_UTF8, "\xF0xyz\xE3\x81xy", "10001000", "002344478"},
         {"stray continuation bytes", CP_UTF8, "\x80\x80\x80\x80\x80", "00000", "012345"},
-        {"more of them than announced", CP_UTF8, "\xC3\x80\x80\x80\x80", "10000", "002345"},
+        {"too many continuation bytes", CP_UTF8, "\xC3\x80\x80\x80\x80", "10000", "002345"},
     };
     for (const auto& [title, page, text, leads, kept] : cases) {
         SCOPED_TRACE(testing::Message() << page << ' ' << title);
@@ -312,7 +284,7 @@ TEST_F(CodePageTest, TextsAreOrderedByTheirCharacters) {
         return (order > 0) - (order < 0);
     };
     const std::tuple<unsigned, const char*, const char*, int> pairs[] = {
-        {932, "ab", "a", 1},           {932, "\x82\xA0", "\x82\xA0", 0}, {932, "\x82\xA0", "\x82\xA1", -1},
+        {932, "ab", "a", 1},           {932, "\x82\xA0", "\x82\xA0", 0},
         {932, "\xB1", "\x82\xA0", -1}, // half-width comes before, though its byte is higher
         {932, "a\x81", "a", 0},        {1252, "\xB1", "\x82\xA0", 1},
     };
@@ -323,9 +295,9 @@ TEST_F(CodePageTest, TextsAreOrderedByTheirCharacters) {
     }
 }
 
-TEST_F(CodePageTest, InPlaceEveryCharacterFitsAndIsWhatTheTwoCallsGive) {
-    // Each character of a text is converted on its own, so what holds for every character and for every invalid part
-    // (all are among the texts of three bytes) holds for all texts.
+TEST_F(CodePageTest, EveryCharacterIsConvertedInPlaceAsByTheTwoCalls) {
+    // Each character is converted on its own, so every character and every invalid part (all are among the texts of
+    // three bytes) stand for all texts.
     const std::string_view edges = "a\x80\x8F\x90\xA0\xBF\xC0\xC2\xE0\xE3\xED\xF0\xF4\xFF";
     for (const unsigned page : ansiPages) {
         SetAnsiCodePage(page);
@@ -347,13 +319,13 @@ TEST_F(CodePageTest, InPlaceEveryCharacterFitsAndIsWhatTheTwoCallsGive) {
     }
 }
 
-TEST_F(CodePageTest, InPlaceRandomTextsAreWhatTheTwoCallsGive) {
+TEST_F(CodePageTest, RandomTextsAreConvertedInPlaceAsByTheTwoCalls) {
     std::mt19937 random(20240229);
-    // Pieces of this begin and end in the midst of characters.
+    // Parts of this begin and end inside characters.
     const std::string_view source = "b,\"\t\0"
                                     "0123456789\xC3\xA9\xE3\x81\x82\xE2\x82\xAC\xF0\x9F\x98\x80\xFF"
                                     "a\xED\xA0\x80\xEF\xBC\xA1\xC0\xE3\x81\x82\xE3\x82\xBD"sv;
-    // Of these one byte alone is changed. They are the ends of the ranges that their lead bytes stand for.
+    // One byte of these is changed. They are at the ends of the ranges of their lead bytes.
     const std::string_view whole[] = {"0123456789",   "\xC2\x80",         "\xE0\xA0\x80",     "\xED\x9F\xBF",
                                       "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "\xE3\x81\x82"};
     const auto kernels = Tests::Kernels();
@@ -374,19 +346,19 @@ TEST_F(CodePageTest, InPlaceRandomTextsAreWhatTheTwoCallsGive) {
         SetAnsiCodePage(CP_UTF8);
         EXPECT_EQ(ConvertInPlace(text), text); // documented: left to MendUtf8
         const std::string mended = Encode(CP_UTF8, Decode(CP_UTF8, text));
-        // At any room: whole characters as far as they fit, and the full length in the answer.
+        // At any size: the whole characters that fit, and the needed size.
         const std::size_t room = random() % (mended.size() + 2);
         std::size_t needed = 0;
         ASSERT_EQ(Mend(text, room, needed), mended.substr(0, KeptTextLength(mended.data(), mended.size(), room)));
         ASSERT_EQ(needed, mended.size());
-        const auto differing = std::mismatch(text.begin(), text.end(), mended.begin(), mended.end()).first;
-        const std::size_t same = static_cast<std::size_t>(differing - text.begin());
+        const auto same = std::mismatch(text.begin(), text.end(), mended.begin(), mended.end()).first - text.begin();
         for (const Scan::EKernel name : kernels) {
             const Tests::CKernel kernel(name);
             const std::size_t valid = CountValidUtf8(text.data(), text.size());
             ASSERT_EQ(text == mended, valid == text.size());
-            ASSERT_LE(valid, same);
-            ASSERT_LE(same - valid, 2U); // EF BF of an invalid sequence begins like its replacement
+            // EF BF of an invalid sequence begins like its replacement.
+            const std::ptrdiff_t alike = same - static_cast<std::ptrdiff_t>(valid);
+            ASSERT_TRUE(alike >= 0 && alike <= 2) << alike;
         }
     }
 }

@@ -17,11 +17,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <memory>
-#include <span>
 
 namespace NSTQ::Tests {
 namespace {
@@ -67,18 +65,12 @@ std::string Read(const TFile& file, DWORD size = 100) {
     return text;
 }
 
-struct SRefusal {
-    const char* title;
-    std::string path;
-    DWORD access;
-    DWORD disposition;
-    DWORD code;
-};
+using TRefusal = std::tuple<const char*, std::string, DWORD, DWORD, DWORD>;
 
-void ExpectRefused(std::span<const SRefusal> cases) {
-    for (const SRefusal& known : cases) {
-        EXPECT_EQ(Open(known.path, known.access, shareAll, known.disposition), nullptr) << known.title;
-        EXPECT_EQ(GetLastError(), known.code) << known.title;
+void ExpectRefused(const std::vector<TRefusal>& cases) {
+    for (const auto& [title, path, access, disposition, code] : cases) {
+        EXPECT_EQ(Open(path, access, shareAll, disposition), nullptr) << title;
+        EXPECT_EQ(GetLastError(), code) << title;
     }
 }
 
@@ -88,7 +80,7 @@ TEST(Open, RefusesWithTheCodeOfTheCause) {
     folder.WriteFile("file", "text");
     const std::string readOnly = folder.WriteFile("read-only", "kept");
     std::filesystem::permissions(readOnly, std::filesystem::perms{0444});
-    ExpectRefused(std::to_array<SRefusal>({
+    ExpectRefused({
         {"missing file", folder.Path("none"), GENERIC_READ, OPEN_EXISTING, 2},
         {"missing folder", folder.Path("none\\file"), GENERIC_READ, OPEN_EXISTING, 3},
         {"file in place of a folder", folder.Path("file\\x"), GENERIC_READ, OPEN_EXISTING, 3},
@@ -98,7 +90,7 @@ TEST(Open, RefusesWithTheCodeOfTheCause) {
         {"write a read-only file", readOnly, GENERIC_WRITE, CREATE_ALWAYS, 5},
         {"new file that exists", folder.Path("file"), GENERIC_WRITE, CREATE_NEW, 80},
         {"unknown disposition", folder.Path("file"), GENERIC_READ, 5, 87},
-    }));
+    });
     EXPECT_EQ(folder.ReadFile("read-only"), "kept");
 }
 
@@ -212,7 +204,7 @@ TEST(PosixOpen, RefusesWithTheCodeOfTheCause) {
     ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
     ASSERT_EQ(::symlink("nowhere", folder.Path("dangling").c_str()), 0);
     const std::size_t before = Faults::OpenDescriptors();
-    ExpectRefused(std::to_array<SRefusal>({
+    ExpectRefused({
         {"link to a missing file", folder.Path("dangling"), GENERIC_READ, OPEN_EXISTING, 2},
         {"read a pipe without waiting", folder.Path("pipe"), GENERIC_READ, OPEN_EXISTING, 50},
         {"new file where a link is", folder.Path("dangling"), GENERIC_WRITE, CREATE_NEW, 80},
@@ -223,7 +215,7 @@ TEST(PosixOpen, RefusesWithTheCodeOfTheCause) {
         {"incomplete escape", folder.Path("\0015"), GENERIC_READ, OPEN_EXISTING, 123},
         {"long name", folder.Path(std::string(256, 'n')), GENERIC_WRITE, CREATE_ALWAYS, 111},
         {"long path", std::string(20000, '/'), GENERIC_READ, OPEN_EXISTING, 206},
-    }));
+    });
     EXPECT_EQ(Faults::OpenDescriptors(), before);
     EXPECT_TRUE(Write(Create(folder.Path("dangling")), "text")) << "writing follows links";
     EXPECT_EQ(folder.ReadFile("nowhere"), "text");

@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <set>
 #include <thread>
 
@@ -30,31 +29,25 @@ using testing::UnorderedElementsAreArray;
 using TLines = std::vector<std::string>;
 using TEntries = std::vector<SZipEntryText>;
 
-/// "d700 path" for a folder, "f600 path content" for a file, "l path" for anything else; in no order.
+/// "d path" for a folder, "f path content" for a file, "l path" for a link; in no order.
 TLines List(const std::string& root) {
-    namespace fs = std::filesystem;
     TLines lines;
-    for (const auto& entry : fs::recursive_directory_iterator(root)) {
-        const std::string path = fs::relative(entry.path(), root).string();
-        struct stat status {};
-        EXPECT_EQ(::lstat(entry.path().c_str(), &status), 0);
-        char mode[8];
-        std::snprintf(mode, sizeof mode, "%03o ", status.st_mode & 0777);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        const std::string path = std::filesystem::relative(entry.path(), root).string();
         std::ifstream file(entry.path(), std::ios::binary);
-        if (S_ISREG(status.st_mode))
-            lines.push_back("f" + (mode + path) + ' ' + std::string(std::istreambuf_iterator<char>(file), {}));
-        else
-            lines.push_back(S_ISDIR(status.st_mode) ? "d" + (mode + path) : "l " + path);
+        lines.push_back(entry.is_symlink()     ? "l " + path
+                        : entry.is_directory() ? "d " + path
+                                               : "f " + path + ' ' + std::string(std::istreambuf_iterator(file), {}));
     }
     return lines;
 }
 
-/// An archive in a folder of its own, with something beside it that nobody may touch.
+/// An archive in a new folder, with another file that must not change.
 class CPackage {
 public:
     explicit CPackage(const std::string& archive) {
         m_oFolder.WriteFile("archive.xtqf", archive);
-        m_oFolder.WriteFile("x", "beside");
+        m_oFolder.WriteFile("x", "other");
         m_vecBefore = List(m_oFolder.Path());
     }
 
@@ -64,7 +57,7 @@ public:
     TLines Unpacked() const { return List(m_oFolder.Path("out")); }
     bool HasFolder() const { return m_oFolder.Exists("out"); }
     const CTempFolder& Folder() const { return m_oFolder; }
-    /// Removes what was unpacked and tells whether all else is as it was.
+    /// Removes what was unpacked and returns whether everything else is unchanged.
     bool IsRestUntouched() const {
         std::filesystem::remove_all(m_oFolder.Path("out"));
         return List(m_oFolder.Path()) == m_vecBefore;
@@ -81,7 +74,7 @@ struct SRecipe {
     const char* password = nullptr;
 };
 
-/// What other programs make: an archive from the zip library.
+/// An archive that the zip library writes, like those of other programs.
 std::string MakeWithLibrary(const std::string& name, const std::string& content, const SRecipe& recipe) {
     const CTempFolder folder;
     const std::string path = folder.Path("made.zip");
@@ -99,7 +92,7 @@ std::string MakeWithLibrary(const std::string& name, const std::string& content,
     return folder.ReadFile("made.zip");
 }
 
-/// Makes AES entries, of which there is one, those of the second version: without a checksum.
+/// Changes the one AES entry to the second version, which has no checksum.
 std::string WithoutChecksum(std::string archive) {
     constexpr std::pair<std::string_view, std::size_t> checksums[] = {{"PK\x03\x04", 14}, {"PK\x01\x02", 16}};
     for (const auto& [header, offset] : checksums)
@@ -110,7 +103,7 @@ std::string WithoutChecksum(std::string archive) {
     return archive;
 }
 
-TEST(Package, UnpacksWhatOtherProgramsWrite) {
+TEST(Package, UnpacksTheFormsThatOtherProgramsWrite) {
     const auto wide = [](std::uint64_t size, std::uint64_t position) {
         return LittleEndian(0xCAFE, 2) + LittleEndian(2, 2) + "zz" + LittleEndian(1, 2) + LittleEndian(24, 2) +
                LittleEndian(size, 8) + LittleEndian(size, 8) + LittleEndian(position, 8);
@@ -119,32 +112,32 @@ TEST(Package, UnpacksWhatOtherProgramsWrite) {
         "PK\x07\x08" + LittleEndian(Crc32("abc"), 4) + LittleEndian(3, 4) + LittleEndian(3, 4);
     const std::tuple<const char*, std::string, TLines> cases[] = {
         {"an empty archive", MakeZip({}), {}},
-        {"folders on the way are made",
+        {"missing folders are created",
          MakeZip({{.name = "a/b/c.txt", .content = "1"}, {.name = "a/d.txt"}}),
-         {"d700 a", "d700 a/b", "f600 a/b/c.txt 1", "f600 a/d.txt "}},
+         {"d a", "d a/b", "f a/b/c.txt 1", "f a/d.txt "}},
         {"both separators, folders before and after their files",
          MakeZip({{.name = "a\\"}, {.name = "a\\b/c", .content = "1"}, {.name = "a/b/"}, {.name = "a-b"}}),
-         {"d700 a", "d700 a/b", "f600 a/b/c 1", "f600 a-b "}},
-        {"folders known by attributes alone, whatever mode they ask for",
+         {"d a", "d a/b", "f a/b/c 1", "f a-b "}},
+        {"folders recognised only by their attributes",
          MakeZip({{.name = "u", .madeBy = unixHost, .attributes = UnixMode(S_IFDIR | 07777)},
                   {.name = "d", .attributes = 0x10},
                   {.name = "f", .madeBy = unixHost, .attributes = UnixMode(S_IFREG | S_ISUID | 0777)}}),
-         {"d700 u", "d700 d", "f600 f "}},
-        {"Japanese names in the code page, with a trail byte like a separator",
+         {"d u", "d d", "f f "}},
+        {"Japanese names in the code page, with a trail byte that equals a separator",
          MakeZip({{.name = "\x93\xFA\x96\x7B\\\x95\x5C.csv", .content = "1"}}),
-         {"d700 日本", "f600 日本/表.csv 1"}},
-        {"Japanese names in UTF-8, also what the code page does not have",
+         {"d 日本", "f 日本/表.csv 1"}},
+        {"Japanese names in UTF-8, with a character that the code page does not have",
          MakeZip({{.name = "日本/表é.csv", .content = "1", .flags = utf8Flag}}),
-         {"d700 日本", "f600 日本/表é.csv 1"}},
+         {"d 日本", "f 日本/表é.csv 1"}},
         {"letter case makes two names; dots may stand in names",
          MakeZip({{.name = "A..b"}, {.name = "a..b"}, {.name = "...", .content = "1"}}),
-         {"f600 A..b ", "f600 a..b ", "f600 ... 1"}},
+         {"f A..b ", "f a..b ", "f ... 1"}},
         {"a data descriptor",
          MakeZip({{.name = "a", .content = "abc", .flags = 8, .descriptor = descriptor}}),
-         {"f600 a abc"}},
-        {"a comment, and an archive that holds an archive",
+         {"f a abc"}},
+        {"a comment, and an archive in an archive",
          MakeZip({{.name = "in.zip", .content = MakeZip({{.name = "x"}})}}, {.comment = "PK\x05\x06 made"}),
-         {"f600 in.zip " + MakeZip({{.name = "x"}})}},
+         {"f in.zip " + MakeZip({{.name = "x"}})}},
         {"64-bit sizes",
          MakeZip({{.name = "a",
                    .content = "abc",
@@ -153,22 +146,22 @@ TEST(Package, UnpacksWhatOtherProgramsWrite) {
                    .headerPosition = ~0U,
                    .extra = wide(3, 0)}},
                  {.count = 0xFFFF, .directorySize = ~0U, .directoryPosition = ~0U, .wide = true}),
-         {"f600 a abc"}},
+         {"f a abc"}},
         {"bytes before the first entry",
          MakeZip({{.name = "a", .content = "1"}}, {.prefix = "#!/bin/sh"}),
-         {"f600 a 1"}},
+         {"f a 1"}},
     };
     for (const auto& [title, archive, unpacked] : cases) {
         SCOPED_TRACE(title);
         const CPackage package(archive);
-        EXPECT_TRUE(package.Uncompress("a password that nothing asks for"));
+        EXPECT_TRUE(package.Uncompress("a password that is not needed"));
         EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(unpacked));
         EXPECT_TRUE(package.IsRestUntouched());
     }
 }
 
-TEST(Package, DecryptsWithTheRightPasswordOnly) {
-    // Also more than one block, and a password that is no text in UTF-8.
+TEST(Package, DecryptsOnlyWithTheRightPassword) {
+    // More than one block, and a password that is not valid UTF-8.
     const std::string content = std::string(150'000, 'a') + "end";
     const char* const password = "\x95\x5C pass";
     constexpr int secondVersion = 1 << 20;
@@ -187,7 +180,7 @@ TEST(Package, DecryptsWithTheRightPasswordOnly) {
             EXPECT_FALSE(package.Uncompress("") || package.Uncompress(nullptr) || package.HasFolder());
             EXPECT_EQ(Platform::GetLastError(), Platform::ERROR_INVALID_PASSWORD);
             EXPECT_TRUE(package.Uncompress(password));
-            EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(TLines{"d700 a", "f600 a/b " + content}));
+            EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(TLines{"d a", "f a/b " + content}));
 
             EXPECT_TRUE(CPackage(MakeWithLibrary("a", "", recipe)).Uncompress(password));
             archive[archive.size() / 2] ^= 1;
@@ -199,14 +192,14 @@ TEST(Package, DecryptsWithTheRightPasswordOnly) {
         }
 }
 
-TEST(Package, RefusesContentThatIsNotWhatWasClaimed) {
+TEST(Package, RefusesContentThatDiffersFromTheDirectory) {
     const std::string packed = DeflateStored("abcdef");
     const std::pair<const char*, SZipEntryText> cases[] = {
         {"a wrong checksum", {.name = "x", .content = "abc", .crc = 1}},
         {"more than claimed", {.name = "x", .content = "abc", .method = 8, .packed = packed}},
         {"less than claimed", {.name = "x", .content = "abcdefghi", .method = 8, .packed = packed}},
         {"stored, with two sizes", {.name = "x", .content = "abc", .size = 2}},
-        {"cut within", {.name = "x", .content = "abcdef", .method = 8, .packed = packed.substr(0, 8)}},
+        {"truncated", {.name = "x", .content = "abcdef", .method = 8, .packed = packed.substr(0, 8)}},
         {"no deflate", {.name = "x", .content = "abcdef", .method = 8, .packed = "\xFF\xFF\xFF"}},
     };
     for (const auto& [title, entry] : cases) {
@@ -220,20 +213,16 @@ TEST(Package, RefusesContentThatIsNotWhatWasClaimed) {
     }
 }
 
-TEST(Package, TakesWhatReachesTheCaps) {
+TEST(Package, AcceptsWhatIsExactlyAtTheLimits) {
     const std::string zeros(3 << 20, '\0');
-    EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros, {})).Uncompress()) << "the best that deflate can do";
+    EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros, {})).Uncompress()) << "the highest ratio of deflate";
     EXPECT_FALSE(CPackage(MakeWithLibrary("a", zeros, {.method = ZIP_CM_BZIP2})).Uncompress());
     EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros.substr(0, 1 << 20), {.method = ZIP_CM_BZIP2})).Uncompress());
-    TEntries entries;
-    for (std::size_t i = 0; i < CUnZip::MAX_ENTRIES; ++i)
-        entries.push_back({.name = std::to_string(i) + '/'});
-    EXPECT_TRUE(CPackage(MakeZip(entries)).Uncompress());
-    entries.assign(CUnZip::MAX_AES_ENTRIES, {.name = "",
-                                             .content = std::string(28, 'a'),
-                                             .flags = 1,
-                                             .method = 99,
-                                             .extra = std::string("\x01\x99\x07\0\x02\0AE\x01\0\0", 11)});
+    TEntries entries(CUnZip::MAX_AES_ENTRIES, {.name = "",
+                                               .content = std::string(28, 'a'),
+                                               .flags = 1,
+                                               .method = 99,
+                                               .extra = std::string("\x01\x99\x07\0\x02\0AE\x01\0\0", 11)});
     for (SZipEntryText& entry : entries)
         entry.name = std::to_string(&entry - entries.data());
     for (const bool isTooMany : {false, true}) {
@@ -244,7 +233,21 @@ TEST(Package, TakesWhatReachesTheCaps) {
     }
 }
 
-TEST(Package, TakesOnlyANewFolderAndARegularFile) {
+// Below: what only POSIX systems have. Links, pipes, file modes and owners, TMPDIR, and system calls that are made to
+// fail.
+
+TEST(PosixPackage, OnlyTheOwnerHasAccess) {
+    const CPackage package(MakeZip({{.name = "u", .madeBy = unixHost, .attributes = UnixMode(S_IFDIR | 07777)},
+                                    {.name = "u/d/f", .madeBy = unixHost, .attributes = UnixMode(S_IFREG | 04777)}}));
+    EXPECT_TRUE(package.Uncompress());
+    for (const char* name : {"out", "out/u", "out/u/d", "out/u/d/f"}) {
+        struct stat status {};
+        EXPECT_EQ(::stat(package.Folder().Path(name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, S_ISDIR(status.st_mode) ? 0700U : 0600U) << name;
+    }
+}
+
+TEST(PosixPackage, NeedsANewFolderAndARegularFile) {
     const CPackage package(MakeZip({{.name = "a"}}));
     const CTempFolder& folder = package.Folder();
     folder.MakeFolder("there");
@@ -264,7 +267,7 @@ TEST(Package, TakesOnlyANewFolderAndARegularFile) {
     EXPECT_TRUE(CUnZip(folder.Path("archive.link").c_str(), "").Uncompress(out.c_str()));
 }
 
-TEST(Package, FailsWhereWhatIsUnpackedMayBeLost) {
+TEST(PosixPackage, FailsWhenAnUnpackedFileMayBeIncomplete) {
     using Faults::Call;
     const CPackage package(MakeZip({{.name = "a/b/c", .content = "abc"}, {.name = "d/"}, {.name = "e"}}));
     for (const Call call : {Call::Read, Call::Write, Call::MakeFolder, Call::Close}) {
@@ -273,7 +276,7 @@ TEST(Package, FailsWhereWhatIsUnpackedMayBeLost) {
             failures += package.Uncompress() ? 0U : 1U;
             EXPECT_TRUE(package.IsRestUntouched());
         });
-        // Only closing what was written can lose anything.
+        // Only two of the calls of close are for a written file.
         EXPECT_EQ(failures, call == Call::Close ? 2U : calls) << static_cast<int>(call);
     }
 }
@@ -295,22 +298,25 @@ SName MakeName(DWORD size = 260, std::string_view subFolder = "Core\\tqcAccess\\
     return name;
 }
 
-class TmpName : public testing::Test {
+class PosixTmpName : public testing::Test {
 protected:
-    TmpName() { SetTmpDir(folder.Path() + "//"); }
-    ~TmpName() override { ::unsetenv("TMPDIR"); }
+    PosixTmpName() { SetTmpDir(folder.Path() + "//"); }
+    ~PosixTmpName() override { ::unsetenv("TMPDIR"); }
     static void SetTmpDir(const std::string& value) { ::setenv("TMPDIR", value.c_str(), 1); }
 
     const CTempFolder folder;
     const std::string userFolder = "tqc-" + std::to_string(::geteuid());
 };
 
-TEST_F(TmpName, IsFreeAndInAPrivateFolder) {
+TEST_F(PosixTmpName, IsUnusedAndInAPrivateFolder) {
     const SName name = MakeName();
     ASSERT_TRUE(name.made);
     EXPECT_THAT(name.path, StartsWith(folder.Path(userFolder + "/Core/tqcAccess/TQD")));
-    EXPECT_THAT(List(folder.Path()), UnorderedElementsAre("d700 " + userFolder, "d700 " + userFolder + "/Core",
-                                                          "d700 " + userFolder + "/Core/tqcAccess"));
+    EXPECT_THAT(List(folder.Path()), UnorderedElementsAre("d " + userFolder, "d " + userFolder + "/Core",
+                                                          "d " + userFolder + "/Core/tqcAccess"));
+    for (const char* level : {"", "/Core", "/Core/tqcAccess"})
+        EXPECT_EQ(std::filesystem::status(folder.Path(userFolder + level)).permissions(),
+                  std::filesystem::perms{0700});
     const auto size = static_cast<DWORD>(name.path.size());
     EXPECT_TRUE(MakeName(size + 1).made);
     for (const DWORD room : {size, DWORD{1}, DWORD{0}}) {
@@ -325,11 +331,11 @@ TEST_F(TmpName, IsFreeAndInAPrivateFolder) {
     EXPECT_FALSE(MakeName(260, "a", "b/c").made);
 }
 
-TEST_F(TmpName, PassesOverWhatSomebodyElsePutThere) {
+TEST_F(PosixTmpName, AvoidsWhatIsNotTheUsersPrivateFolder) {
     const struct {
         const char* title;
         mode_t mode;      ///< of a folder or a file
-        const char* link; ///< where the user's folder leads instead, or, with a mode, the one below it
+        const char* link; ///< the target of a link at the user's folder or, if there is a mode, below it
         uid_t owner = ::geteuid();
     } cases[] = {
         {"a file", S_IFREG | 0600, nullptr},
@@ -338,7 +344,7 @@ TEST_F(TmpName, PassesOverWhatSomebodyElsePutThere) {
         {"readable by all", S_IFDIR | 0755, nullptr},
         {"writable by the group", S_IFDIR | 0720, nullptr},
         {"another user's", S_IFDIR | 0700, nullptr, 65534},
-        {"a bad level below", S_IFDIR | 0700, "/tmp"},
+        {"a link below", S_IFDIR | 0700, "/tmp"},
     };
     for (const auto& [title, mode, link, owner] : cases) {
         if (owner != ::geteuid() && ::geteuid() != 0)
@@ -360,7 +366,7 @@ TEST_F(TmpName, PassesOverWhatSomebodyElsePutThere) {
     }
 }
 
-TEST_F(TmpName, GoesToTmpWhenTheSettingIsOfNoUse) {
+TEST_F(PosixTmpName, IsInTmpWhenTmpdirIsInvalid) {
     folder.WriteFile("file", "");
     ASSERT_EQ(::chmod(folder.MakeFolder("open").c_str(), 0777), 0);
     for (const std::string& value :
@@ -372,7 +378,7 @@ TEST_F(TmpName, GoesToTmpWhenTheSettingIsOfNoUse) {
     EXPECT_THAT(MakeName().path, StartsWith(folder.Path("open/")));
 }
 
-TEST_F(TmpName, IsTextInTheCodePageThatLeadsToANewPackageFolder) {
+TEST_F(PosixTmpName, IsInTheAnsiCodePageAndCanBeUnpackedTo) {
     const CPackage package(MakeZip({{.name = "a", .content = "1"}}));
     SetTmpDir(folder.MakeFolder("表 é\\"));
     const SName name = MakeName();
@@ -381,7 +387,7 @@ TEST_F(TmpName, IsTextInTheCodePageThatLeadsToANewPackageFolder) {
     EXPECT_THAT(List(folder.Path()), testing::Contains(testing::EndsWith("/a 1")));
 }
 
-TEST_F(TmpName, FailsWithTheSystem) {
+TEST_F(PosixTmpName, FailsWhenAFolderCannotBeMade) {
     for (const std::size_t level : {1U, 2U, 3U}) {
         const Faults::Scope fault(Faults::Call::MakeFolder, level, EROFS);
         const SName name = MakeName();
@@ -391,7 +397,7 @@ TEST_F(TmpName, FailsWithTheSystem) {
     }
 }
 
-TEST_F(TmpName, IsNeverGivenTwice) {
+TEST_F(PosixTmpName, IsNeverReturnedTwice) {
     std::vector<SName> names(1600);
     {
         std::vector<std::jthread> threads;
@@ -400,12 +406,8 @@ TEST_F(TmpName, IsNeverGivenTwice) {
     }
     std::set<std::string> paths;
     std::set<DWORD> numbers;
-    for (const SName& name : names) {
-        paths.insert(name.path);
-        numbers.insert(name.number);
-    }
-    EXPECT_EQ(paths.size(), names.size());
-    EXPECT_EQ(numbers.size(), names.size());
+    for (const SName& name : names)
+        EXPECT_TRUE(paths.insert(name.path).second && numbers.insert(name.number).second) << name.path;
 }
 
 } // namespace

@@ -1,7 +1,8 @@
-// Values of each type, written short, and the HRESULT of a call.
+// Values of each type, written short.
 #pragma once
 
 #include "platform/automation/Variant.h"
+#include "support/Raised.h"
 
 #include <cstdio>
 #include <string>
@@ -37,17 +38,6 @@ inline Platform::VARIANT Decimal(DWORD high, std::uint64_t low, std::uint8_t sca
 inline Platform::VARIANT Text(std::u16string_view text) {
     return Value(Platform::VT_BSTR, &Platform::VARIANT::bstrVal,
                  Platform::SysAllocStringLen(text.data(), static_cast<DWORD>(text.size())));
-}
-
-/// The HRESULT that `call` raises as _com_error, or 0.
-template <class TCall>
-Platform::HRESULT Raised(TCall call) {
-    try {
-        call();
-        return 0;
-    } catch (const Platform::_com_error& error) {
-        return error.Error();
-    }
 }
 
 /// The text, or `#` and the HRESULT.

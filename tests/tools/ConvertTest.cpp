@@ -25,7 +25,6 @@ TEST_F(Convert, BetweenEncodings) {
         {"a.csv --encoding 932 --code-page 1252 --add-bom --output-encoding utf-8", SJIS, BOM + UTF8_OUT},
         // Characters that the output cannot represent, or only in another form, and invalid bytes.
         {"a.csv --output-encoding 932", "a,\xC3\xA9\xE2\x82\xAC\nb\n", "a,e?\r\nb\r\n", "row 1: replaced", 1},
-        {"a.csv --output-encoding 932", "\xC2\xA5\n", "\\\r\n", "row 1: replaced", 1},
         {"a.csv --encoding 932", "a,\x81\x20\xFFz\n", "a,\xE3\x83\xBB\xEF\xA3\xB3z\r\n",
          "row 1: bytes that are invalid in shift_jis", 1},
         {"a.csv --output-encoding 932 --strict", "a\n\xE2\x82\xAC\n", "a\r\n", "row 2: characters", 5},
@@ -50,7 +49,6 @@ TEST_F(Convert, BetweenEncodings) {
          "a.csv: not UTF-8; give its encoding with --encoding: 932"}, // りんごください表 in EUC
         {"a.csv --limit 0", UTF8 + UTF8 + "\xFF\n", "", "a.csv: mostly UTF-8"},
         {"a.csv", fill + "\xE8\xA1\xA8\nz\n", fillOut + "\xE8\xA1\xA8\r\nz\r\n"},
-        {"a.csv", std::string(63'999, 'x') + "\xE8\xA1\xA8\n", std::string(63'999, 'x') + "\xE8\xA1\xA8\r\n"},
         {"a.csv", fill + "\xE8\xA1z\n", fillOut + "\xEF\xBF\xBDz\r\n", "a.csv: row 64: bytes that", 1},
         // A second code of a character, and the default character itself, are no loss.
         {"a.csv --encoding 932", "\x87\x90?,\x81\x45\n", "\xE2\x89\x92?,\xE3\x83\xBB\r\n"},

@@ -3,6 +3,7 @@
 #include "providers/workbook/CFormatCode.h"
 #include "providers/workbook/CTextPool.h"
 #include "providers/workbook/SCCellReference.h"
+#include "support/Raised.h"
 #include "xlsx/XlsxBuilder.h"
 
 #include "tqcAccess/CodePage.h"
@@ -224,15 +225,8 @@ TEST(XlsxTables, SheetsOpenByEveryFormOfTheirNames) {
         EXPECT_NO_THROW(source->OpenTable(cases[i].made));
     }
     EXPECT_NO_THROW(source->OpenTable(u"It's a.b!c$"));
-    for (const char16_t* unknown : {u"Sheet2$", u"Sheet1", u"", u"$", u"'Sheet1$", u"Sheet1$'"}) {
-        try {
-            source->OpenTable(unknown);
-            ADD_FAILURE() << "opened a table that does not exist";
-        } catch (const Platform::_com_error& error) {
-            EXPECT_EQ(error.Error(), Platform::DB_E_NOTABLE);
-            EXPECT_NE(std::string(error.Description()).find("book.xlsx"), std::string::npos);
-        }
-    }
+    for (const char16_t* unknown : {u"Sheet2$", u"Sheet1", u"", u"$", u"'Sheet1$", u"Sheet1$'"})
+        EXPECT_EQ(Raised([&] { source->OpenTable(unknown); }), Platform::DB_E_NOTABLE);
 }
 
 TEST(XlsxTables, DefinedNamesOfPlainRangesFollowTheSheets) {
@@ -250,16 +244,13 @@ TEST(XlsxTables, DefinedNamesOfPlainRangesFollowTheSheets) {
         "<definedName name='_xlnm.Print_Area' localSheetId='0'>'It''s'!$B$2:$B$3</definedName>";
     const auto source = OpenBytes(parts.File());
     EXPECT_EQ(ListText(*source), u"'It''s$'|Sheet1$|Area|Cell|Columns|Row|'It''s$'Print_Area|");
-    const struct {
-        const char16_t* name;
-        const char* rows;
-    } cases[] = {{u"Area", "- - -;- 1 2;"},
-                 {u"Cell", "3;"},
-                 {u"Columns", "- -;1 2;3 -;"},
-                 {u"Row", "- 1 2;"},
-                 {u"'It''s$'Print_Area", "1;3;"}};
-    for (const auto& known : cases)
-        EXPECT_EQ(RowsText(*source->OpenTable(known.name)), known.rows) << Platform::AnsiFromWide(known.name);
+    const std::pair<const char16_t*, const char*> cases[] = {{u"Area", "- - -;- 1 2;"},
+                                                             {u"Cell", "3;"},
+                                                             {u"Columns", "- -;1 2;3 -;"},
+                                                             {u"Row", "- 1 2;"},
+                                                             {u"'It''s$'Print_Area", "1;3;"}};
+    for (const auto& [name, rows] : cases)
+        EXPECT_EQ(RowsText(*source->OpenTable(name)), rows) << Platform::AnsiFromWide(name);
 }
 
 TEST(XlsxPackage, PartsAreFoundByEveryFormOfTheirNames) {
@@ -304,10 +295,8 @@ TEST(XlsxFormats, CodesDistinguishDatesFromNumbers) {
     for (const auto& [kind, codes] : cases)
         for (const char* code : codes)
             EXPECT_EQ(Providers::CFormatCode(code).CommonKind(), kind) << code;
-    const struct {
-        const char* code;
-        EDateKind kinds[4]; ///< of 200, 1, 0 and -1
-    } varying[] = {
+    // The kinds of 200, 1, 0 and -1.
+    const std::pair<const char*, std::array<EDateKind, 4>> varying[] = {
         {"yy;0", {EDateKind::Date, EDateKind::Date, EDateKind::Date, EDateKind::None}},
         {"0;h:mm;yy;@", {EDateKind::None, EDateKind::None, EDateKind::Date, EDateKind::Time}},
         {"[=0]?;-[h]:mm;[hh]:mm", {EDateKind::Elapsed, EDateKind::Elapsed, EDateKind::None, EDateKind::Elapsed}},
@@ -317,11 +306,10 @@ TEST(XlsxFormats, CodesDistinguishDatesFromNumbers) {
         {"[<>1]yy", {EDateKind::Date, EDateKind::None, EDateKind::Date, EDateKind::Date}},
         {"0;;yy", {EDateKind::None, EDateKind::None, EDateKind::Date, EDateKind::None}},
     };
-    for (const auto& known : varying) {
-        const Providers::CFormatCode code(known.code);
-        EXPECT_EQ(code.CommonKind(), std::nullopt) << known.code;
-        for (std::size_t i = 0; i < 4; ++i)
-            EXPECT_EQ(code.KindOf(std::array{200.0, 1.0, 0.0, -1.0}[i]), known.kinds[i]) << known.code << i;
+    for (const auto& [text, kinds] : varying) {
+        const Providers::CFormatCode code(text);
+        EXPECT_EQ(code.CommonKind(), std::nullopt) << text;
+        EXPECT_EQ((std::array{code.KindOf(200), code.KindOf(1), code.KindOf(0), code.KindOf(-1)}), kinds) << text;
     }
 }
 
