@@ -3,4 +3,4 @@ tqc_add_test(ado_test
   ado/ReaderTest.cpp
   ado/SourceStringsTest.cpp
   support/CompoundBuilder.cpp)
-target_link_libraries(ado_test PRIVATE tqc_fault_injection)
+target_link_libraries(ado_test PRIVATE tqc_port_faults)

@@ -1,9 +1,11 @@
-// Faults in place of system calls and allocations, so that error paths run in tests.
+// Faults in place of calls of the system and allocations, so that error paths run in tests.
 //
-// A test program gets them by linking `tqc_fault_injection` (tests/support.cmake): the linker replaces the calls of
-// the library and of the test, whatever variant of the name they use (open64, __read_chk, ...), by wrappers. Faults
-// affect the thread that made them and count its calls from then on. One fault per kind of call is active; a second
-// one of the same kind replaces it until it ends.
+// A test program gets them by linking one of two libraries (tests/support.cmake). With `tqc_port_faults` the linker
+// replaces calls of the port (platform/Port.h), which both systems have, by wrappers: Open, Read, Write, Seek and
+// MakeFolder. With `tqc_system_faults` it replaces the system calls of the library and of the test, whatever variant
+// of the name they use (open64, __read_chk, ...); short transfers of Write exist only there. Both have Allocate.
+// Faults affect the thread that made them and count its calls from then on. One fault per kind of call is active; a
+// second one of the same kind replaces it until it ends.
 //
 //     {
 //         Faults::Scope fault{Faults::Call::Read, 3, EIO};            // the third read fails
@@ -63,7 +65,7 @@ public:
     /// True when the fault has occurred.
     bool Fired() const { return m_calls >= m_nth; }
 
-    /// For the wrappers: counts one call and returns true when the fault affects it.
+    /// For FindStriking.
     bool Strike();
     int Error() const { return m_error; }
     /// The bytes that an affected call may transfer; 0 when it is to fail.
@@ -78,6 +80,9 @@ private:
     std::size_t m_calls = 0;
     Scope* m_previous;
 };
+
+/// For the wrappers: counts one call and returns the fault that affects it, or null.
+Scope* FindStriking(Call call);
 
 /// Every read (write) transfers at most `bytes` bytes.
 [[nodiscard]] inline Scope Reads(std::size_t bytes) {
