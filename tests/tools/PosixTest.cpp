@@ -352,11 +352,9 @@ TEST_F(Posix, CompletesInBash) {
     const std::pair<const char*, std::string> cases[] = {
         {"book.xlsx --sheet _", "Q\\ 1\nQ\xE2\x82\xAC\nIt\\'s\n"},
         {"-o a.csv ./book.xlsx --sheet = It", "It\\'s\n"},
-        {"preview book.xlsx --sheet \"Q~", "Q 1\n"},
         {"--type xlsx book.dat --sheet Q\\~", "Q\\ 1\n"},
         {"a.csv --sheet _", ""},
         {"--type x", "xls\nxlsx\nxtqf\n"},
-        {"info a.csv --js", "--json\n"},
         {"a.csv --out", "--output\n--out-dir\n--output-separator\n--output-eol\n--output-encoding\n"},
         {"l", "list\nlong.csv\n"},
         {"a.csv --out-dir t", "tmp\n"},
