@@ -237,6 +237,7 @@ TEST(EncryptedWorkbook, PreparesWithItsPasswordAndHashesEachPasswordOnce) {
                                         SCDeclareConstant::SFT_UNKNOWN));
         for (const auto& [given, prepared] : {std::pair("wrong", CSourceDataInfo::SDO_PASSWORD_ERROR),
                                               {"", CSourceDataInfo::SDO_PASSWORD_ERROR},
+                                              {"wrong", CSourceDataInfo::SDO_PASSWORD_ERROR},
                                               {passWord, CSourceDataInfo::SDO_DATABASE}}) {
             const auto prepare = [&, wanted = prepared] { EXPECT_EQ(info->PrepareReadSourceData(true), wanted); };
             ASSERT_TRUE(info->SetPassWordString(given));

@@ -122,6 +122,7 @@ TEST_F(CsvOutPut, FieldsAroundAndAboveTheBufferSizeAreWritten) {
 TEST_F(CsvOutPut, OpeningAnotherFileClosesTheFirstUnlessThePathIsInvalid) {
     EXPECT_TRUE(WriteRow(m_writer, {"a", " \x83,"}));
     EXPECT_FALSE(m_writer.FileOpen(m_folder.Path("..").c_str()));
+    EXPECT_FALSE(CCsvOutPut().FileOpen(m_folder.Path("out.csv").c_str())) << "it is locked";
     EXPECT_EQ(m_writer.GetErrorCode(), 0U);
     EXPECT_FALSE(m_writer.FileOpen("relative.csv"));
     EXPECT_EQ(m_writer.GetErrorCode(), 3U);

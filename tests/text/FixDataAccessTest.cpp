@@ -57,7 +57,7 @@ TEST(FixPreview, HoldsTheFirstThreeRows) {
         std::string preview;
         bool lineEnd;
     } cases[] = {
-        {"three of four rows", "row\r\n\r\nc\rd\n\r\ne", "row\r\n\r\nc\rd\n\r\n", true},
+        {"three of four rows", "row\r\n\r\nc\rd\n\r\r\ne", "row\r\n\r\nc\rd\n\r\r\n", true},
         {"no line end", longText, longText.substr(0, 12288), false},
         {"empty", "", "", false},
         {"a NUL ends the text", std::string("a\0b\r\n", 5), "a", true},

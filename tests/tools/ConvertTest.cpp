@@ -63,7 +63,7 @@ TEST_F(Convert, BetweenEncodings) {
 
 TEST_F(Convert, EverySampleToUtf8AndBack) {
     const std::string samples = TQC_SAMPLES "/";
-    m_folder.WriteFile("key", "secret\n");
+    m_folder.WriteFile("key", "secret\r\n");
     const std::string lines[] = {
         "prices-sjis.csv --encoding 932",
         "prices-utf8.csv",

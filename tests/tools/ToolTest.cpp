@@ -79,7 +79,8 @@ TEST_F(Tool, ReportsEachRowThatIsNotComplete) {
          "row 2: the quote at byte 4 of the file is not closed; try", 5},
         {"a.csv", std::string(65'534, 'x') + "\nb\n", std::string(65'534, 'x') + "\r\nb\r\n"},
         {"a.csv", "a,b,\x1A\x63\nd\n", "a,b\r\nc\r\nd\r\n", "row 1: ended by a SUB byte", 1},
-        {"a.csv", "a\n\x1A\x62\n", "a\r\nb\r\n", "row 2: a SUB byte", 1},
+        {"a.csv --max-fields 1", "a\n\x1A\x62\nc,d\n", "a\r\nb\r\nc\r\n",
+         "row 2: a SUB byte (1A) before it was dropped\ntqc: a.csv: row 3", 1},
         {"a.csv --max-fields 2 --quiet", "1,2,3\n", "1,2\r\n", "", 1},
         {"a.csv --skip 1 --limit 2", "1\n2\n3\n4\n", "2\r\n3\r\n"},
     };
@@ -220,6 +221,7 @@ TEST_F(InputOutput, WritesTheRequestedFilesAndNoOthers) {
         {"b.csv --rejects r", "", "n,v\r\n3,x\r\n", "", 0, "r{" + head + "}"},
         {"b.csv --rejects b.csv", "", "", "is also an input or the output", 2},
         {"b.csv --rejects r --on-error stop", "", "", "--on-error skip", 2},
+        {"b.csv --strict --replace", "", "", "exclude each other", 2},
         {"b.csv --rejects -", "", "", "both be standard output", 2},
         // Arguments in the wrong place.
         {"list a.csv b.csv", "", "", "this command takes one file", 2},

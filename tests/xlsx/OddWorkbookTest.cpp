@@ -76,14 +76,14 @@ const SRowsCase rowsCases[] = {
      R"(<row r="1"><c r="A1" t="str"><v></v></c><c r="B1" t="inlineStr"><is><t></t></is></c>)"
      R"(<c r="C1" t="s"><v>1</v></c><c r="D1" t="s"/></row>)",
      "'' '' '';"},
-    {"shared texts: plain, rich, phonetic",
+    {"shared texts: plain, rich, phonetic, and the last one again after another text",
      R"(<row r="1"><c r="A1" t="s"><v>0</v></c><c r="B1" t="s"><v>2</v></c>)"
-     R"(<c r="C1" t="s"><v>3</v></c></row>)",
-     "'plain' ' rich text' '東京';"},
+     R"(<c r="C1" t="s"><v>3</v></c><c r="D1" t="str"><v>x</v></c><c r="E1" t="s"><v>3</v></c></row>)",
+     "'plain' ' rich text' '東京' 'x' '東京';"},
     {"escapes are decoded only in texts",
      R"(<row r="1"><c r="A1" t="s"><v>4</v></c><c r="B1" t="inlineStr"><is><t>_x005F_x0041_</t></is></c>)"
-     R"(<c r="C1" t="str"><v>_x00zz_x0042__x43_</v></c><c r="D1" t="e"><v>_x0041_</v></c></row>)",
-     "'a\rb' '_x0041_' '_x00zzB_x43_' '_x0041_';"},
+     R"(<c r="C1" t="str"><v>_x00zz_x004a__x43_</v></c><c r="D1" t="e"><v>_x0041_</v></c></row>)",
+     "'a\rb' '_x0041_' '_x00zzJ_x43_' '_x0041_';"},
     {"inline texts with runs and phonetic texts",
      R"(<row r="1"><c r="A1" t="inlineStr"><is><r><rPr><b/></rPr><t>a</t></r>)"
      R"(<r><t xml:space="preserve"> b </t></r><rPh><t>no</t></rPh></is></c></row>)",
@@ -111,8 +111,8 @@ const SRowsCase rowsCases[] = {
      "'24:00:00' d-2;"},
     {"days before 29 February 1900, which did not exist",
      R"(<row r="1"><c r="A1" s="1"><v>0.5</v></c><c r="B1" s="1"><v>1</v></c><c r="C1" s="1"><v>59</v></c>)"
-     R"(<c r="D1" s="1"><v>61</v></c><c r="E1" s="1"><v>-1.25</v></c></row>)",
-     "d0.5 d2 d60 d61 d-2.75;"},
+     R"(<c r="D1" s="1"><v>60</v></c><c r="E1" s="1"><v>-1.25</v></c></row>)",
+     "d0.5 d2 d60 d60 d-2.75;"},
     {"numbers out of the range of dates",
      R"(<row r="1"><c r="A1" s="1"><v>2958465</v></c><c r="B1" s="1"><v>2958466</v></c>)"
      R"(<c r="C1" s="1"><v>-1e9</v></c></row>)",
@@ -241,6 +241,7 @@ TEST(XlsxTables, DefinedNamesOfPlainRangesFollowTheSheets) {
         "<definedName name='Formula'>SUM(Sheet1!$A$1)</definedName><definedName name='Constant'>5</definedName>"
         "<definedName name='Hidden' hidden='1'>Sheet1!$A$1</definedName>"
         "<definedName name='Elsewhere'>[1]Sheet1!$A$1</definedName>"
+        "<definedName name='Other' localSheetId='1'>'It''s'!$A$1</definedName>"
         "<definedName name='_xlnm.Print_Area' localSheetId='0'>'It''s'!$B$2:$B$3</definedName>";
     const auto source = OpenBytes(parts.File());
     EXPECT_EQ(ListText(*source), u"'It''s$'|Sheet1$|Area|Cell|Columns|Row|'It''s$'Print_Area|");
