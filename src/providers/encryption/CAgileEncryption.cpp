@@ -2,11 +2,11 @@
 
 #include "providers/common/CSourceError.h"
 #include "providers/common/CXmlScanner.h"
+#include "providers/encryption/Base64.h"
 
 #include <algorithm>
 #include <charconv>
 #include <memory>
-#include <openssl/evp.h>
 
 namespace NSTQ::Providers {
 
@@ -54,15 +54,9 @@ std::uint32_t ReadNumber(CXmlScanner& xml, std::string_view name, std::uint32_t 
 }
 
 std::vector<unsigned char> ReadBytes(CXmlScanner& xml, std::string_view name) {
-    const std::string_view text = xml.GetAttribute(name);
-    std::vector<unsigned char> bytes(text.size() / 4 * 3 + 1);
-    const int size = EVP_DecodeBlock(bytes.data(), reinterpret_cast<const unsigned char*>(text.data()),
-                                     static_cast<int>(text.size()));
-    // The count includes a 0 for each '=' at the end.
-    const auto fill = static_cast<int>(text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0);
-    if (size - fill < 1)
+    std::vector<unsigned char> bytes = DecodeBase64(xml.GetAttribute(name));
+    if (bytes.empty())
         xml.Fail("invalid " + std::string(name));
-    bytes.resize(static_cast<std::size_t>(size - fill));
     return bytes;
 }
 
@@ -85,7 +79,7 @@ std::vector<unsigned char> Unlocked(std::vector<unsigned char> bytes, CHash& has
                                     const TPurpose& purpose, std::size_t keySize,
                                     std::span<const unsigned char> start) {
     const CSecretBytes key = hash.Of({spun.Bytes(), purpose}).Resized(keySize, padding);
-    CAesCipher(key.Bytes(), EChaining::Cbc).Decrypt(start, bytes);
+    CAesCipher(key.Bytes(), EAes::DecryptChain).Apply(start, bytes);
     return bytes;
 }
 
@@ -164,7 +158,7 @@ void CAgileEncryption::Unlock(const CPassWord& passWord) {
     if (!std::ranges::equal(digest.Bytes(), std::span(wanted).first(digest.Size())))
         passWord.Refuse();
     TBytes key = unlock(m_lock.key, keyPurpose);
-    m_cipher.emplace(std::span(key).first(m_data.keySize), EChaining::Cbc);
+    m_cipher.emplace(std::span(key).first(m_data.keySize), EAes::DecryptChain);
     m_dataHash.emplace(m_data.hash);
     Wipe(key);
 }
@@ -172,7 +166,7 @@ void CAgileEncryption::Unlock(const CPassWord& passWord) {
 void CAgileEncryption::DecryptBlock(std::uint32_t number, std::span<unsigned char> bytes) {
     const CSecretBytes start =
         m_dataHash->Of({m_data.salt, LittleEndian32(number)}).Resized(CAesCipher::blockSize, padding);
-    m_cipher->Decrypt(start.Bytes(), bytes);
+    m_cipher->Apply(start.Bytes(), bytes);
 }
 
 } // namespace NSTQ::Providers

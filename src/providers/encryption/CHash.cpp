@@ -2,39 +2,18 @@
 
 #include "providers/encryption/CSpunDigests.h"
 
-#include <openssl/evp.h>
-
 namespace NSTQ::Providers {
 
-namespace {
-
-struct SHashKind {
-    const char* name;
-    std::size_t size;
-};
-
-/// In the order of EHash.
-constexpr SHashKind kinds[] = {{"MD5", 16}, {"SHA1", 20}, {"SHA256", 32}, {"SHA384", 48}, {"SHA512", 64}};
-
-} // namespace
-
-CHash::CHash(EHash hash)
-    : m_kind(hash), m_digest(EVP_MD_fetch(nullptr, kinds[static_cast<std::size_t>(hash)].name, nullptr)),
-      m_context(EVP_MD_CTX_new()), m_size(kinds[static_cast<std::size_t>(hash)].size) {
-    CheckLibCrypto(m_digest != nullptr && m_context != nullptr, kinds[static_cast<std::size_t>(hash)].name);
-}
-
 CSecretBytes CHash::Of(std::initializer_list<TBytes> parts) {
-    CSecretBytes digest(m_size);
+    CSecretBytes digest(Size());
     Into(digest.Bytes(), parts);
     return digest;
 }
 
 void CHash::Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts) {
-    bool isDone = EVP_DigestInit_ex2(m_context.get(), m_digest.get(), nullptr) == 1;
     for (const TBytes part : parts)
-        isDone = isDone && EVP_DigestUpdate(m_context.get(), part.data(), part.size()) == 1;
-    CheckLibCrypto(isDone && EVP_DigestFinal_ex(m_context.get(), target.data(), nullptr) == 1, "a digest");
+        m_digest->Add(part);
+    m_digest->End(target);
 }
 
 CSecretBytes CHash::Spin(TBytes salt, TBytes passWord, std::uint32_t spinCount) {

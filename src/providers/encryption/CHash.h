@@ -2,27 +2,29 @@
 #pragma once
 
 #include "providers/encryption/CSecretBytes.h"
-#include "providers/encryption/LibCrypto.h"
+#include "providers/encryption/SystemCrypto.h"
 
 #include <cstdint>
 #include <initializer_list>
 
 namespace NSTQ::Providers {
 
-enum class EHash { Md5, Sha1, Sha256, Sha384, Sha512 };
-
 class CHash {
 public:
     using TBytes = std::span<const unsigned char>;
 
     /// Throws CSourceError when the system does not allow this digest.
-    explicit CHash(EHash hash);
+    explicit CHash(EHash hash) : m_kind(hash), m_digest(MakeSystemDigest(hash)) {}
 
-    std::size_t Size() const { return m_size; }
+    std::size_t Size() const { return DigestSize(m_kind); }
     /// The digest of the concatenated parts.
     CSecretBytes Of(std::initializer_list<TBytes> parts);
     /// The same into `target`, which has Size() bytes and may be one of the parts.
     void Into(std::span<unsigned char> target, std::initializer_list<TBytes> parts);
+    /// The same for parts that come one after another: End puts the digest of those added since the previous one into
+    /// `target`.
+    void Add(TBytes part) { m_digest->Add(part); }
+    void End(std::span<unsigned char> target) { m_digest->End(target); }
 
     /// The digest of salt and password, hashed `spinCount` more times after the number of the round, which makes
     /// guessing passwords slow. CSpunDigests keeps it for the next time.
@@ -30,9 +32,7 @@ public:
 
 private:
     EHash m_kind;
-    TLibCryptoPtr<evp_md_st> m_digest;
-    TLibCryptoPtr<evp_md_ctx_st> m_context;
-    std::size_t m_size;
+    std::unique_ptr<ISystemDigest> m_digest;
 };
 
 /// A number as these schemes hash it: four bytes, little-endian.

@@ -1,12 +1,13 @@
 #include "providers/encryption/CSecretBytes.h"
 
+#include "platform/automation/WipeMemory.h"
+
 #include <algorithm>
-#include <openssl/crypto.h>
 
 namespace NSTQ::Providers {
 
 void Wipe(std::span<unsigned char> bytes) {
-    OPENSSL_cleanse(bytes.data(), bytes.size());
+    Platform::WipeMemory(bytes.data(), bytes.size());
 }
 
 CSecretBytes CSecretBytes::Resized(std::size_t size, unsigned char fill) const {

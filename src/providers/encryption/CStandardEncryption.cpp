@@ -52,7 +52,7 @@ void CStandardEncryption::Unlock(const CPassWord& passWord) {
 
 void CStandardEncryption::SelectBlock(std::uint32_t block) {
     const CSecretBytes digest = HashBlock(m_hash, m_passWordHash, block);
-    m_cipher.emplace(MakeKey(m_hash, digest, m_description.keySize).Bytes(), EChaining::None);
+    m_cipher.emplace(MakeKey(m_hash, digest, m_description.keySize).Bytes(), EAes::DecryptBlocks);
 }
 
 } // namespace NSTQ::Providers

@@ -25,7 +25,7 @@ public:
     void SelectBlock(std::uint32_t block);
 
     /// Decrypts in place whole blocks of 16 bytes. To be called after Unlock.
-    void Decrypt(std::span<unsigned char> bytes) { m_cipher->Decrypt({}, bytes); }
+    void Decrypt(std::span<unsigned char> bytes) { m_cipher->Apply({}, bytes); }
 
 private:
     SCryptoApi m_description;

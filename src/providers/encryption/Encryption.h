@@ -1,15 +1,16 @@
-// The interface to encrypted files for the other providers. A build without libcrypto uses EncryptionAbsent.cpp
+// The interface to encrypted files for the other providers. A build without encryption uses EncryptionAbsent.cpp
 // instead, in which each function throws CSourceError.
 //
-// Passwords are in the ANSI code page. Each function throws CSourceError when the description of the encryption is
-// damaged or the encryption method is unknown, and CPassWordRefused, whose text says which, when the password is
-// missing or wrong.
+// Passwords are in the ANSI code page. Each function, where not stated otherwise, throws CSourceError when the
+// description of the encryption is damaged or the encryption method is unknown, and CPassWordRefused, whose text says
+// which, when the password is missing or wrong.
 #pragma once
 
 #include "providers/common/ByteSources.h"
 #include "providers/compound/CCompoundFile.h"
 #include "providers/encryption/IRecordCipher.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -37,5 +38,23 @@ FDecryptBlock MakePageDecoder(std::uint32_t key, std::span<const unsigned char> 
                               const std::string& passWord);
 /// Decodes the pages of a Jet database, which takes no password.
 FDecryptBlock MakeJetPageDecoder(std::uint32_t key);
+
+/// The bytes of an encrypted entry of a zip archive, and what the directory says of their encryption.
+struct SEncryptedEntry {
+    std::shared_ptr<IRandomAccess> archive;
+    std::uint64_t position;
+    std::uint64_t size;
+    /// 1, 2 and 3 for AES with a key of 128, 192 and 256 bits, 0 for the traditional encryption.
+    unsigned aesStrength;
+    /// With the traditional encryption, what the byte before the content may be if the password is right.
+    std::array<unsigned char, 2> checks;
+};
+
+/// Whether this build decrypts such entries; always false without encryption. Throws nothing.
+bool CanDecryptEntry(unsigned aesStrength);
+/// The decrypted content of an entry, still compressed. AES entries are read as a whole first, and refused with
+/// CSourceError when their authentication code is wrong. The traditional encryption accepts a wrong password in one
+/// case of 256, and then gives other bytes.
+std::unique_ptr<IByteStream> DecryptEntry(const SEncryptedEntry& entry, const std::string& passWord);
 
 } // namespace NSTQ::Providers

@@ -29,6 +29,14 @@ FDecryptBlock MakeJetPageDecoder(std::uint32_t) {
     Fail();
 }
 
+bool CanDecryptEntry(unsigned) {
+    return false;
+}
+
+std::unique_ptr<IByteStream> DecryptEntry(const SEncryptedEntry&, const std::string&) {
+    Fail();
+}
+
 } // namespace NSTQ::Providers
 
 namespace NSTQ::Platform {
