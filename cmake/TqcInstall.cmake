@@ -22,12 +22,12 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/tqcAccessConfig.cmake.in
 write_basic_package_version_file(tqcAccessConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/tqcAccessConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/tqcAccessConfigVersion.cmake
-  ${CMAKE_CURRENT_LIST_DIR}/FindTqcLibZip.cmake
   DESTINATION ${tqc_cmake_dir} COMPONENT development)
 
 # Libs.private and not Requires.private: pkg-config wants the latter installed even for the shared library.
 set(tqc_private_libraries
-  "$<$<BOOL:${TQC_WITH_ZIP}>:-lzip>" "$<$<BOOL:${TQC_WITH_XLSX}>:-lz>" "$<$<BOOL:${TQC_WITH_ENCRYPTION}>:-lcrypto>")
+  "$<$<OR:$<BOOL:${TQC_WITH_ZIP}>,$<BOOL:${TQC_WITH_XLSX}>>:-lz>"
+  "$<$<BOOL:${TQC_WITH_ENCRYPTION}>:$<IF:$<BOOL:${WIN32}>,-lbcrypt,-lcrypto>>")
 # Relative, so that an installed tree can be moved.
 file(RELATIVE_PATH tqc_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

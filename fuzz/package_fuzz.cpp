@@ -3,11 +3,12 @@
 // archive, then the entries: a byte for encryption and compression, the size of the content in two bytes, the
 // content.
 #include "UnpackRun.h"
-#include "ZipEncryption.h"
+#include "support/ZipEncryption.h"
 
 namespace {
 
 using namespace NSTQ::Fuzz;
+using NSTQ::Tests::EZipEncryption;
 using NSTQ::Tests::SZipEntryText;
 
 constexpr std::size_t maxEntries = 4;
@@ -45,10 +46,9 @@ void AddEntry(CFuzzInput& input, SPackage& package) {
         entry.size = static_cast<std::uint32_t>(claimed);
     entry.method = packing == 1 || packing == 2 ? 8 : 0;
     package.isWhole &= packing != 2;
-    package.isLocked |=
-        encryption > EZipEncryption::Traditional || (encryption == EZipEncryption::Traditional && !content.empty());
+    package.isLocked |= encryption != EZipEncryption::None;
     package.tree.emplace(entry.name, content);
-    package.entries.push_back(Encrypted(std::move(entry), encryption, isSecondVersion, "secret"));
+    package.entries.push_back(NSTQ::Tests::Encrypted(std::move(entry), encryption, isSecondVersion, "secret"));
 }
 
 } // namespace

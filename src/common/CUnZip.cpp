@@ -1,12 +1,13 @@
 #include "common/CUnZip.h"
 
 #include "common/CUnpackPlan.h"
+#include "platform/automation/WipeMemory.h"
 #include "platform/errors/LastError.h"
 #include "platform/files/CExtractFolder.h"
 #include "platform/files/Files.h"
 #include "providers/common/CFileAccess.h"
 #include "providers/common/CSourceError.h"
-#include "providers/zip/CLibZipReader.h"
+#include "providers/zip/CZipEntryStream.h"
 
 #include <array>
 
@@ -17,31 +18,63 @@ namespace {
 using namespace Platform;
 using namespace Providers;
 
-/// The last read, which returns nothing, verifies the checksum.
-bool CopyContent(CLibZipReader& reader, std::uint64_t size, Platform::CExtractFolder& folder) {
+constexpr SInflateLimits limits = {CUnZip::MAX_TOTAL_SIZE, CUnZip::RATIO_FREE_SIZE, CUnZip::MAX_RATIO};
+
+/// Stores the code for content that cannot be read, unless there is a system error.
+bool FailFromContent(DWORD code) {
+    return GetLastError() == ERROR_SUCCESS ? FailWith(code) : false;
+}
+
+bool CanReadAll(const std::vector<SZipEntry>& entries, bool hasPassWord) {
+    for (const SZipEntry& entry : entries) {
+        if (!CZipEntryStream::Supports(entry))
+            return FailWith(ERROR_NOT_SUPPORTED);
+        if (entry.IsEncrypted() && !hasPassWord)
+            return FailWith(ERROR_INVALID_PASSWORD);
+    }
+    return true;
+}
+
+/// Before each read the last error is cleared, which tells an error of the system from damaged content.
+bool CopyContent(CZipEntryStream& content, CExtractFolder& folder) {
     constexpr std::size_t blockSize = 65536;
-    std::array<std::byte, blockSize> block;
-    std::size_t count = 0;
-    for (std::uint64_t left = size;; left -= count) {
-        if (!reader.Read(block, count))
-            return false;
-        if (count == 0 || count > left)
-            return (count == 0 && left == 0) || reader.FailAsDamaged();
-        if (!folder.Write(std::span(block).first(count)))
+    std::array<unsigned char, blockSize> block;
+    for (;;) {
+        SetLastError(ERROR_SUCCESS);
+        const std::size_t count = content.Read(block);
+        if (count == 0)
+            return true;
+        if (!folder.Write(std::as_bytes(std::span(block).first(count))))
             return false;
     }
 }
 
-bool UnpackFile(CLibZipReader& reader, std::size_t index, const SPlannedEntry& entry,
-                Platform::CExtractFolder& folder) {
-    return reader.OpenEntry(index) && folder.MakeFile(entry.path) && CopyContent(reader, entry.size, folder) &&
-           folder.CloseFile();
+/// What an archive is unpacked with.
+struct SUnpacking {
+    std::shared_ptr<CFileAccess> archive;
+    const std::string& passWord;
+    CExtractFolder folder;
+};
+
+/// Traditional encryption accepts one of 256 wrong passwords, and then cannot distinguish it from damage.
+bool UnpackFile(SUnpacking& unpacking, const SZipEntry& entry, const std::string& path) {
+    try {
+        SetLastError(ERROR_SUCCESS);
+        CZipEntryStream content(unpacking.archive, entry, limits, unpacking.passWord);
+        return unpacking.folder.MakeFile(path) && CopyContent(content, unpacking.folder) &&
+               unpacking.folder.CloseFile();
+    } catch (const CPassWordRefused&) {
+        return FailWith(ERROR_INVALID_PASSWORD);
+    } catch (const CSourceError&) {
+        return FailFromContent(entry.IsEncrypted() && !entry.IsAes() ? ERROR_CRC : ERROR_FILE_CORRUPT);
+    }
 }
 
-bool UnpackAll(const CUnpackPlan& plan, CLibZipReader& reader, Platform::CExtractFolder& folder) {
-    for (std::size_t i = 0; i < plan.Entries().size(); ++i) {
-        const SPlannedEntry& entry = plan.Entries()[i];
-        if (!(entry.isFolder ? folder.MakeFolder(entry.path) : UnpackFile(reader, i, entry, folder)))
+bool UnpackAll(SUnpacking& unpacking, const CUnpackPlan& plan, const std::vector<SZipEntry>& entries) {
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const SPlannedEntry& planned = plan.Entries()[i];
+        if (!(planned.isFolder ? unpacking.folder.MakeFolder(planned.path)
+                               : UnpackFile(unpacking, entries[i], planned.path)))
             return false;
     }
     return true;
@@ -52,21 +85,21 @@ bool UnpackAll(const CUnpackPlan& plan, CLibZipReader& reader, Platform::CExtrac
 CUnZip::CUnZip(const char* pArchive, const char* pPassWord)
     : m_strArchive(pArchive != nullptr ? pArchive : ""), m_strPassWord(pPassWord != nullptr ? pPassWord : "") {}
 
-CUnZip::~CUnZip() = default;
+CUnZip::~CUnZip() {
+    WipeMemory(m_strPassWord.data(), m_strPassWord.size());
+}
 
 bool CUnZip::Uncompress(const char* pFolder) {
     SetLastError(ERROR_SUCCESS);
     try {
-        CFileAccess input(m_strArchive);
-        const CZipDirectory directory(input, {MAX_ENTRIES, MAX_DIRECTORY_SIZE, false});
+        SUnpacking unpacking{std::make_shared<CFileAccess>(m_strArchive), m_strPassWord, {}};
+        const CZipDirectory directory(*unpacking.archive, {MAX_ENTRIES, MAX_DIRECTORY_SIZE, false});
         CUnpackPlan plan;
-        CLibZipReader reader(input, m_strPassWord);
-        Platform::CExtractFolder folder;
-        return (plan.Make(directory) || FailWith(ERROR_INVALID_DATA)) && reader.Open(directory) &&
-               folder.Create(pFolder) && UnpackAll(plan, reader, folder);
+        return (plan.Make(directory) || FailWith(ERROR_INVALID_DATA)) &&
+               CanReadAll(directory.Entries(), !m_strPassWord.empty()) && unpacking.folder.Create(pFolder) &&
+               UnpackAll(unpacking, plan, directory.Entries());
     } catch (const CSourceError&) {
-        // Either there is a system error, or the archive is damaged.
-        return GetLastError() == ERROR_SUCCESS ? FailWith(ERROR_FILE_CORRUPT) : false;
+        return FailFromContent(ERROR_FILE_CORRUPT);
     }
 }
 

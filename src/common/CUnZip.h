@@ -57,7 +57,7 @@ public:
     static constexpr std::size_t MAX_PATH_SIZE = 1'024;
 
     /// Keeps copies of the archive's path (text in the ANSI code page) and of the password, whose bytes are used
-    /// unchanged; null or empty means none. Opens nothing.
+    /// unchanged and wiped at the end; null or empty means none. Opens nothing.
     CUnZip(const char* pArchive, const char* pPassWord);
     CUnZip(const CUnZip&) = delete;
     CUnZip& operator=(const CUnZip&) = delete;

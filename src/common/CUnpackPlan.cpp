@@ -125,7 +125,7 @@ bool CUnpackPlan::FitsTogether() const {
 
 bool CUnpackPlan::Make(const CZipDirectory& directory) {
     std::uint64_t total = 0;
-    const auto isAes = [](const SZipEntry& entry) { return entry.aesVersion != 0; };
+    const auto isAes = [](const SZipEntry& entry) { return entry.IsAes(); };
     if (std::count_if(directory.Entries().begin(), directory.Entries().end(), isAes) >
         static_cast<std::ptrdiff_t>(CUnZip::MAX_AES_ENTRIES))
         return false;

@@ -2,13 +2,13 @@
 
 #include "common/SCTmpDirPath.h"
 #include "platform/files/Files.h"
+#include "support/Deflated.h"
 #include "support/Faults.h"
 #include "support/TempFolder.h"
-#include "support/ZipWriter.h"
+#include "support/ZipEncryption.h"
 #include "tqcAccess/CodePage.h"
 
 #include <gmock/gmock.h>
-#include <zip.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -68,41 +68,6 @@ private:
     TLines m_vecBefore;
 };
 
-struct SRecipe {
-    zip_int32_t method = ZIP_CM_DEFLATE;
-    zip_uint16_t encryption = ZIP_EM_NONE;
-    const char* password = nullptr;
-};
-
-/// An archive that the zip library writes, like those of other programs.
-std::string MakeWithLibrary(const std::string& name, const std::string& content, const SRecipe& recipe) {
-    const CTempFolder folder;
-    const std::string path = folder.Path("made.zip");
-    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_EXCL, nullptr);
-    zip_source_t* source = zip_source_buffer(archive, content.data(), content.size(), 0);
-    const zip_int64_t index = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
-    EXPECT_GE(index, 0);
-    EXPECT_EQ(zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), recipe.method, 0), 0);
-    if (recipe.encryption != ZIP_EM_NONE) {
-        EXPECT_EQ(
-            zip_file_set_encryption(archive, static_cast<zip_uint64_t>(index), recipe.encryption, recipe.password),
-            0);
-    }
-    EXPECT_EQ(zip_close(archive), 0);
-    return folder.ReadFile("made.zip");
-}
-
-/// Changes the one AES entry to the second version, which has no checksum.
-std::string WithoutChecksum(std::string archive) {
-    constexpr std::pair<std::string_view, std::size_t> checksums[] = {{"PK\x03\x04", 14}, {"PK\x01\x02", 16}};
-    for (const auto& [header, offset] : checksums)
-        archive.replace(archive.find(header) + offset, 4, 4, '\0');
-    const std::string first("\x01\x99\x07\0\x01", 5);
-    for (std::size_t at = archive.find(first); at != std::string::npos; at = archive.find(first, at))
-        archive[at + 4] = 2;
-    return archive;
-}
-
 TEST(Package, UnpacksTheFormsThatOtherProgramsWrite) {
     const auto wide = [](std::uint64_t size, std::uint64_t position) {
         return LittleEndian(0xCAFE, 2) + LittleEndian(2, 2) + "zz" + LittleEndian(1, 2) + LittleEndian(24, 2) +
@@ -160,37 +125,74 @@ TEST(Package, UnpacksTheFormsThatOtherProgramsWrite) {
     }
 }
 
+#if defined(TQC_WITH_ENCRYPTION)
+
 TEST(Package, DecryptsOnlyWithTheRightPassword) {
+    using enum EZipEncryption;
     // More than one block, and a password that is not valid UTF-8.
-    const std::string content = std::string(150'000, 'a') + "end";
+    const SZipEntryText plain{.name = "a/b", .content = std::string(150'000, 'a') + "end"};
     const char* const password = "\x95\x5C pass";
-    constexpr int secondVersion = 1 << 20;
-    for (const int encryption : {ZIP_EM_TRAD_PKWARE, ZIP_EM_AES_128, ZIP_EM_AES_192, ZIP_EM_AES_256,
-                                 ZIP_EM_AES_128 | secondVersion, ZIP_EM_AES_256 | secondVersion})
-        for (const zip_int32_t method : {ZIP_CM_STORE, ZIP_CM_DEFLATE}) {
-            SCOPED_TRACE(testing::Message() << encryption << ' ' << method);
-            const SRecipe recipe{method, static_cast<zip_uint16_t>(encryption & ~secondVersion), password};
-            std::string archive = MakeWithLibrary("a/b", content, recipe);
-            if ((encryption & secondVersion) != 0)
-                archive = WithoutChecksum(std::move(archive));
+    for (const auto& [encryption, isSecondVersion] : {std::pair{Traditional, false},
+                                                      {Aes128, false},
+                                                      {Aes192, false},
+                                                      {Aes256, false},
+                                                      {Aes128, true},
+                                                      {Aes256, true}})
+        for (const SZipEntryText& entry : {plain, Deflated(plain)}) {
+            SCOPED_TRACE(testing::Message()
+                         << static_cast<int>(encryption) << isSecondVersion << ' ' << entry.method);
+            std::string archive = MakeZip({Encrypted(entry, encryption, isSecondVersion, password)});
             const CPackage package(archive);
             EXPECT_FALSE(package.Uncompress("wrong"));
-            const DWORD wrong = Platform::GetLastError();
+            EXPECT_EQ(Platform::GetLastError(), Platform::ERROR_INVALID_PASSWORD);
             EXPECT_TRUE(package.IsRestUntouched());
             EXPECT_FALSE(package.Uncompress("") || package.Uncompress(nullptr) || package.HasFolder());
             EXPECT_EQ(Platform::GetLastError(), Platform::ERROR_INVALID_PASSWORD);
             EXPECT_TRUE(package.Uncompress(password));
-            EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(TLines{"d a", "f a/b " + content}));
+            EXPECT_THAT(package.Unpacked(), UnorderedElementsAreArray(TLines{"d a", "f a/b " + plain.content}));
 
-            EXPECT_TRUE(CPackage(MakeWithLibrary("a", "", recipe)).Uncompress(password));
+            EXPECT_TRUE(CPackage(MakeZip({Encrypted({.name = "a"}, encryption, isSecondVersion, password)}))
+                            .Uncompress(password));
             archive[archive.size() / 2] ^= 1;
-            EXPECT_FALSE(CPackage(archive).Uncompress(password)) << "a changed byte";
-            // One of 256 wrong passwords passes the traditional encryption.
-            const bool isClear = encryption != ZIP_EM_TRAD_PKWARE;
+            const CPackage changed(archive);
+            EXPECT_FALSE(changed.Uncompress(password)) << "a changed byte";
+            // Traditional encryption accepts one of 256 wrong passwords.
+            const bool isClear = encryption != Traditional;
             EXPECT_EQ(Platform::GetLastError(), isClear ? Platform::ERROR_FILE_CORRUPT : Platform::ERROR_CRC);
-            EXPECT_TRUE(wrong == Platform::ERROR_INVALID_PASSWORD || (!isClear && wrong == Platform::ERROR_CRC));
+            EXPECT_TRUE(!isClear || !changed.Folder().Exists("out/a")) << "nothing of a forged entry is written";
         }
 }
+
+TEST(Package, RefusesUnknownAndTruncatedEncryption) {
+    const auto aes = [](std::uint8_t version, std::uint8_t strength, std::uint8_t method, std::uint16_t flags = 1,
+                        std::size_t size = 40) {
+        SZipEntryText entry{.name = "x", .content = std::string(size, 'a'), .flags = flags, .method = 99};
+        entry.extra = LittleEndian(0x9901, 2) + LittleEndian(7, 2) + LittleEndian(version, 2) + "AE" +
+                      static_cast<char>(strength) + LittleEndian(method, 2);
+        return entry;
+    };
+    const SZipEntryText shortTraditional{.name = "x", .content = std::string(11, 'a'), .flags = 1};
+    const std::pair<SZipEntryText, DWORD> cases[] = {
+        {aes(0, 1, 0), Platform::ERROR_NOT_SUPPORTED},       {aes(3, 1, 0), Platform::ERROR_NOT_SUPPORTED},
+        {aes(2, 0, 0), Platform::ERROR_NOT_SUPPORTED},       {aes(2, 4, 0), Platform::ERROR_NOT_SUPPORTED},
+        {aes(2, 1, 12), Platform::ERROR_NOT_SUPPORTED},      {aes(2, 1, 0, 0), Platform::ERROR_NOT_SUPPORTED},
+        {aes(2, 1, 0, 1, 19), Platform::ERROR_FILE_CORRUPT}, {shortTraditional, Platform::ERROR_CRC},
+    };
+    for (const auto& [entry, code] : cases) {
+        EXPECT_FALSE(CPackage(MakeZip({entry})).Uncompress("x"));
+        EXPECT_EQ(Platform::GetLastError(), code);
+    }
+}
+
+#else
+
+TEST(Package, IsRefusedWhenItIsEncrypted) {
+    const CPackage package(MakeZip({{.name = "x", .content = std::string(40, 'a'), .flags = 1}}));
+    EXPECT_FALSE(package.Uncompress("x") || package.HasFolder());
+    EXPECT_EQ(Platform::GetLastError(), Platform::ERROR_NOT_SUPPORTED);
+}
+
+#endif
 
 TEST(Package, RefusesContentThatDiffersFromTheDirectory) {
     const std::string packed = DeflateStored("abcdef");
@@ -214,10 +216,8 @@ TEST(Package, RefusesContentThatDiffersFromTheDirectory) {
 }
 
 TEST(Package, AcceptsWhatIsExactlyAtTheLimits) {
-    const std::string zeros(3 << 20, '\0');
-    EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros, {})).Uncompress()) << "the highest ratio of deflate";
-    EXPECT_FALSE(CPackage(MakeWithLibrary("a", zeros, {.method = ZIP_CM_BZIP2})).Uncompress());
-    EXPECT_TRUE(CPackage(MakeWithLibrary("a", zeros.substr(0, 1 << 20), {.method = ZIP_CM_BZIP2})).Uncompress());
+    EXPECT_TRUE(CPackage(MakeZip({Deflated({.name = "a", .content = std::string(3 << 20, '\0')})})).Uncompress())
+        << "the highest ratio of deflate";
     TEntries entries(CUnZip::MAX_AES_ENTRIES, {.name = "",
                                                .content = std::string(28, 'a'),
                                                .flags = 1,

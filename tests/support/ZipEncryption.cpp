@@ -1,22 +1,25 @@
-#include "ZipEncryption.h"
-
-#include "FuzzSupport.h"
+#include "support/ZipEncryption.h"
 
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
+#include <array>
 #include <map>
+#include <stdexcept>
 #include <utility>
 
-namespace NSTQ::Fuzz {
+namespace NSTQ::Tests {
 namespace {
-
-using Tests::LittleEndian;
 
 constexpr std::uint16_t encryptedFlag = 1;
 
 const unsigned char* Bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+void Require(bool isTrue, const char* what) {
+    if (!isTrue)
+        throw std::runtime_error(what);
 }
 
 /// The traditional cipher of zip archives: each byte of the password and of the content changes its three keys.
@@ -55,7 +58,7 @@ private:
 };
 
 /// The key of the cipher, the key of the authentication code and the two bytes that verify a password, one after
-/// another. Deriving them takes a thousand rounds, so they are kept: the fuzzer uses only a few.
+/// another. Deriving them takes a thousand rounds, so they are kept: tests and fuzzers use only a few.
 const std::string& AesKeys(std::string_view passWord, const std::string& salt) {
     static std::map<std::pair<std::string, std::string>, std::string> known;
     std::string& keys = known[{std::string(passWord), salt}];
@@ -103,13 +106,13 @@ std::string EncryptAes(std::string text, std::size_t keySize, std::string_view p
 
 } // namespace
 
-Tests::SZipEntryText Encrypted(Tests::SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
-                               std::string_view passWord) {
+SZipEntryText Encrypted(SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
+                        std::string_view passWord) {
     if (encryption == EZipEncryption::None)
         return entry;
     entry.flags |= encryptedFlag;
     const std::string packed = entry.packed.value_or(entry.content);
-    const std::uint32_t crc = entry.crc.value_or(Tests::Crc32(entry.content));
+    const std::uint32_t crc = entry.crc.value_or(Crc32(entry.content));
     if (encryption == EZipEncryption::Traditional) {
         entry.packed = CTraditional(passWord).Encrypt(std::string(11, 's') + static_cast<char>(crc >> 24) + packed);
         return entry;
@@ -122,4 +125,4 @@ Tests::SZipEntryText Encrypted(Tests::SZipEntryText entry, EZipEncryption encryp
     return entry;
 }
 
-} // namespace NSTQ::Fuzz
+} // namespace NSTQ::Tests

@@ -3,12 +3,12 @@
 
 #include "support/ZipWriter.h"
 
-namespace NSTQ::Fuzz {
+namespace NSTQ::Tests {
 
 enum class EZipEncryption { None, Traditional, Aes128, Aes192, Aes256 };
 
 /// Returns the entry with its packed bytes encrypted. `isSecondVersion`: AES entries have no checksum (AE-2).
-Tests::SZipEntryText Encrypted(Tests::SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
-                               std::string_view passWord);
+SZipEntryText Encrypted(SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
+                        std::string_view passWord);
 
-} // namespace NSTQ::Fuzz
+} // namespace NSTQ::Tests

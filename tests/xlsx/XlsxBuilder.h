@@ -2,24 +2,11 @@
 #pragma once
 
 #include "providers/xlsx/Xlsx.h"
+#include "support/Deflated.h"
 #include "support/MemoryAccess.h"
 #include "support/RowsText.h"
-#include "support/ZipWriter.h"
-
-#include <zlib.h>
 
 namespace NSTQ::Tests {
-
-/// The same entry with its content deflated.
-inline SZipEntryText Deflated(SZipEntryText entry) {
-    uLongf size = compressBound(static_cast<uLong>(entry.content.size()));
-    std::string packed(size, '\0');
-    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(entry.content.data()),
-             static_cast<uLong>(entry.content.size()));
-    entry.packed = packed.substr(2, size - 6); // without the zlib header and checksum
-    entry.method = 8;
-    return entry;
-}
 
 inline constexpr std::string_view officeNamespace =
     "http://schemas.openxmlformats.org/officeDocument/2006/relationships";

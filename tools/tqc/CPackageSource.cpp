@@ -25,7 +25,7 @@ constexpr DWORD unclearFault = 23;
 constexpr SFault faults[] = {
     {13, EExitStatus::Unsupported, "it contains names, links or sizes that are not allowed"},
     {unclearFault, EExitStatus::Password, "the password is wrong, or the package is damaged"},
-    {50, EExitStatus::Unsupported, "its compression or encryption method is unknown"},
+    {50, EExitStatus::Unsupported, "its compression or encryption method is not supported"},
     {86, EExitStatus::Password, "the password is wrong"},
     {1392, EExitStatus::Unsupported, "the package is damaged"},
     {0, EExitStatus::OutputFailed, nullptr},

@@ -2,7 +2,6 @@
 
 #include "platform/codepage/AsciiCase.h"
 #include "providers/common/CSourceError.h"
-#include "providers/zip/CZipEntryStream.h"
 
 #include <algorithm>
 
@@ -42,6 +41,8 @@ const SZipEntry* CZipArchive::Find(std::string_view name) const {
 }
 
 std::unique_ptr<IByteStream> CZipArchive::Open(const SZipEntry& entry, const SInflateLimits& limits) const {
+    if (entry.IsEncrypted())
+        throw CSourceError("zip entry " + PrintableName(entry.name) + ": it is encrypted");
     return std::make_unique<CZipEntryStream>(m_input, entry, limits);
 }
 

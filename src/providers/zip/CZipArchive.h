@@ -4,19 +4,12 @@
 #pragma once
 
 #include "providers/common/ByteSources.h"
-#include "providers/zip/CZipDirectory.h"
+#include "providers/zip/CZipEntryStream.h"
 
 #include <memory>
 #include <string_view>
 
 namespace NSTQ::Providers {
-
-/// Limits of the decompressed size of an entry. Bytes are counted while they are read.
-struct SInflateLimits {
-    std::uint64_t maxSize;  ///< total bytes
-    std::uint64_t freeSize; ///< bytes that are allowed whatever the ratio
-    std::uint64_t maxRatio; ///< above `freeSize`: bytes out for each byte in
-};
 
 class CZipArchive {
 public:

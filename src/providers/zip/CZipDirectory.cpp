@@ -142,30 +142,26 @@ void CZipDirectory::ReadSizes64(std::span<const unsigned char> extra, SZipEntry&
     Require(content.IsGood(), "the zip directory has a damaged zip64 field");
 }
 
-/// `position` is that of the extra fields in the file.
-void CZipDirectory::ReadAes(std::span<const unsigned char> extra, std::uint64_t position, SZipEntry& entry) {
-    constexpr std::uint16_t aesMethod = 99;
+void CZipDirectory::ReadAes(std::span<const unsigned char> extra, SZipEntry& entry) {
     constexpr std::uint16_t aesField = 0x9901;
-    constexpr std::size_t methodOffset = 5;
-    if (entry.method != aesMethod)
+    if (!entry.IsAes())
         return;
-    const auto field = FindField(extra, aesField);
-    CByteReader content(field);
+    CByteReader content(FindField(extra, aesField));
     entry.aesVersion = content.Take<std::uint16_t>();
-    content.Skip(methodOffset - sizeof entry.aesVersion);
+    content.Skip(2);
+    entry.aesStrength = content.Take<std::uint8_t>();
     entry.aesMethod = content.Take<std::uint16_t>();
     Require(content.IsGood(), "the zip directory has a damaged field of encryption");
-    entry.aesMethodPosition = position + static_cast<std::uint64_t>(field.data() - extra.data()) + methodOffset;
 }
 
-/// `endPosition` is where the directory ends in the file.
-void CZipDirectory::TakeEntry(CByteReader& reader, std::uint64_t endPosition) {
+void CZipDirectory::TakeEntry(CByteReader& reader) {
     SZipEntry entry{};
     const bool isEntry = reader.Take<std::uint32_t>() == entrySignature;
     reader.Skip(4);
     entry.flags = reader.Take<std::uint16_t>();
     entry.method = reader.Take<std::uint16_t>();
-    reader.Skip(4);
+    entry.modifiedTime = reader.Take<std::uint16_t>();
+    reader.Skip(2);
     entry.crc = reader.Take<std::uint32_t>();
     entry.packedSize = reader.Take<std::uint32_t>();
     entry.size = reader.Take<std::uint32_t>();
@@ -178,12 +174,11 @@ void CZipDirectory::TakeEntry(CByteReader& reader, std::uint64_t endPosition) {
     entry.headerPosition = reader.Take<std::uint32_t>();
     entry.name = ToText(reader.TakeBytes(nameSize));
     const auto extra = reader.TakeBytes(extraSize);
-    const std::uint64_t extraPosition = endPosition - reader.Left() - extra.size();
     reader.Skip(commentSize);
     Require(isEntry && reader.IsGood() && (disk == 0 || disk == elsewhere16) && (entry.flags & unsupportedFlags) == 0,
             "the zip directory is damaged");
     ReadSizes64(extra, entry);
-    ReadAes(extra, extraPosition, entry);
+    ReadAes(extra, entry);
     m_entries.push_back(std::move(entry));
 }
 
@@ -236,7 +231,7 @@ CZipDirectory::CZipDirectory(IRandomAccess& input, const SZipCaps& caps) {
     CByteReader reader{bytes};
     m_entries.reserve(static_cast<std::size_t>(end.count));
     for (std::uint64_t i = 0; i < end.count; ++i)
-        TakeEntry(reader, end.directoryPosition + end.size);
+        TakeEntry(reader);
     Require(reader.Left() == 0, "the zip directory is damaged");
     CheckHeaders(input, end.directoryPosition);
 }

@@ -1,6 +1,8 @@
 #include "providers/zip/CZipEntryStream.h"
 
+#include "providers/common/CRangeStream.h"
 #include "providers/common/CSourceError.h"
+#include "providers/encryption/Encryption.h"
 
 #include <algorithm>
 #include <new>
@@ -9,32 +11,66 @@ namespace NSTQ::Providers {
 
 namespace {
 
-constexpr std::uint16_t storedMethod = 0;
-constexpr std::uint16_t deflatedMethod = 8;
+unsigned StrengthOf(const SZipEntry& entry) {
+    return entry.IsAes() ? entry.aesStrength : 0;
+}
+
+/// The byte before the content of a traditional encryption repeats one of the checksum; programs that do not know
+/// that yet when they begin repeat one of the time.
+std::unique_ptr<IByteStream> OpenPacked(const std::shared_ptr<IRandomAccess>& archive, const SZipEntry& entry,
+                                        const std::string& passWord) {
+    if (!entry.IsEncrypted())
+        return std::make_unique<CRangeStream>(archive, entry.dataPosition, entry.packedSize);
+    const auto crcByte = static_cast<unsigned char>(entry.crc >> 24);
+    const auto timeByte = static_cast<unsigned char>(entry.modifiedTime >> 8);
+    const bool isTimeAllowed = (entry.flags & SZipEntry::descriptorFlag) != 0;
+    return DecryptEntry({archive,
+                         entry.dataPosition,
+                         entry.packedSize,
+                         StrengthOf(entry),
+                         {crcByte, isTimeAllowed ? timeByte : crcByte}},
+                        passWord);
+}
 
 } // namespace
 
-CZipEntryStream::CZipEntryStream(std::shared_ptr<IRandomAccess> input, const SZipEntry& entry,
-                                 const SInflateLimits& limits)
-    : m_archive(std::move(input)), m_name(entry.name), m_limits(limits), m_offset(entry.dataPosition),
-      m_left(entry.packedSize), m_size(entry.size), m_wantedCrc(entry.crc),
-      m_isDeflated(entry.method == deflatedMethod) {
-    if (entry.IsEncrypted())
-        Fail("it is encrypted");
-    if (entry.method != storedMethod && entry.method != deflatedMethod)
-        Fail("its compression method is unknown: " + std::to_string(entry.method));
-    if (!m_isDeflated && entry.packedSize != entry.size)
-        Fail("it is stored without compression, but has two different sizes");
-    if (entry.size > m_limits.maxSize)
-        Fail("it is larger than allowed: " + std::to_string(entry.size) + " bytes");
+bool CZipEntryStream::Supports(const SZipEntry& entry) {
+    constexpr std::uint16_t lastVersion = 2;
+    const std::uint16_t method = entry.Compression();
+    if (method != SZipEntry::stored && method != SZipEntry::deflated)
+        return false;
+    if (!entry.IsEncrypted())
+        return !entry.IsAes();
+    const bool isStrengthKnown =
+        !entry.IsAes() || (entry.aesVersion >= 1 && entry.aesVersion <= lastVersion && entry.aesStrength >= 1);
+    return isStrengthKnown && CanDecryptEntry(StrengthOf(entry));
+}
+
+CZipEntryStream::CZipEntryStream(const std::shared_ptr<IRandomAccess>& archive, const SZipEntry& entry,
+                                 const SInflateLimits& limits, const std::string& passWord)
+    : m_name(entry.name), m_limits(limits), m_size(entry.size), m_wantedCrc(entry.crc),
+      m_hasChecksum(entry.HasChecksum()), m_isDeflated(entry.Compression() == SZipEntry::deflated) {
+    CheckClaims(entry);
+    m_packed = OpenPacked(archive, entry, passWord);
+    if (!m_isDeflated)
+        return;
     m_input.resize(inputSize);
-    if (m_isDeflated && inflateInit2(&m_zlib, -MAX_WBITS) != Z_OK)
+    if (inflateInit2(&m_zlib, -MAX_WBITS) != Z_OK)
         throw std::bad_alloc();
 }
 
 CZipEntryStream::~CZipEntryStream() {
     if (m_isDeflated)
         inflateEnd(&m_zlib);
+}
+
+void CZipEntryStream::CheckClaims(const SZipEntry& entry) const {
+    if (!Supports(entry))
+        Fail("its compression method or encryption is unknown: " + std::to_string(entry.Compression()));
+    if (!m_isDeflated && !entry.IsEncrypted() && entry.packedSize != entry.size)
+        Fail("it is stored without compression, but has two different sizes");
+    if (entry.size > m_limits.maxSize)
+        Fail("it is larger than allowed: " + std::to_string(entry.size) + " bytes");
 }
 
 std::size_t CZipEntryStream::Read(std::span<unsigned char> target) {
@@ -48,12 +84,9 @@ std::size_t CZipEntryStream::Read(std::span<unsigned char> target) {
 }
 
 void CZipEntryStream::FillInput() {
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, m_input.size()));
+    const std::size_t count = m_packed->Read(m_input);
     if (count == 0)
         Fail("its compressed bytes end too early");
-    m_archive->ReadAt(m_offset, std::span(m_input).first(count));
-    m_offset += count;
-    m_left -= count;
     m_zlib.next_in = m_input.data();
     m_zlib.avail_in = static_cast<uInt>(count);
 }
@@ -78,12 +111,9 @@ std::size_t CZipEntryStream::Inflate(std::span<unsigned char> target) {
 }
 
 std::size_t CZipEntryStream::CopyStored(std::span<unsigned char> target) {
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, target.size()));
-    m_archive->ReadAt(m_offset, target.first(count));
-    m_offset += count;
-    m_left -= count;
+    const std::size_t count = m_packed->Read(target);
     m_consumed += count;
-    m_isEnd = m_left == 0;
+    m_isEnd = count == 0;
     return count;
 }
 
@@ -94,13 +124,14 @@ void CZipEntryStream::Count(std::span<const unsigned char> bytes) {
     // Only the compressed bytes read so far count, so that a forged size has no effect.
     if (m_produced > m_limits.freeSize && m_produced / m_limits.maxRatio > m_consumed)
         Fail("its compression ratio exceeds " + std::to_string(m_limits.maxRatio));
-    m_crc = static_cast<std::uint32_t>(crc32_z(m_crc, bytes.data(), bytes.size()));
+    if (m_hasChecksum)
+        m_crc = static_cast<std::uint32_t>(crc32_z(m_crc, bytes.data(), bytes.size()));
 }
 
 void CZipEntryStream::CheckEnd() const {
     if (m_produced != m_size)
         Fail("its decompressed size is not " + std::to_string(m_size) + " bytes");
-    if (m_crc != m_wantedCrc)
+    if (m_hasChecksum && m_crc != m_wantedCrc)
         Fail("its checksum is wrong");
 }
 
