@@ -10,11 +10,13 @@
 //                entry included), more than MAX_PARTS parts in all names, more than MAX_AES_ENTRIES entries with AES,
 //                states more than MAX_TOTAL_SIZE bytes in total, or has an entry of more than RATIO_FREE_SIZE bytes
 //                that states more than MAX_RATIO times its compressed size
-//   names        an entry's name is empty or has an empty part, ".", "..", a drive letter ("C:"), a separator at its
-//                start, a control character, more than MAX_DEPTH parts or MAX_PATH_SIZE bytes, a part of more than
-//                255 bytes, bytes that are not UTF-8 although it is flagged so, or characters that the ANSI code page
-//                cannot represent
-//   conflicts    two entries have the same path, or one is a file where another needs a folder (case-sensitive)
+//   names        an entry's name has a separator at its start, an empty part, or one that SCEntryNames does not
+//                allow: ".", "..", one that ends with a dot or blank, has a colon ("C:") or is that of a device
+//                ("nul.csv"); a control character, more than MAX_DEPTH parts or MAX_PATH_SIZE bytes, a part of more
+//                than 255 bytes, bytes that are not UTF-8 although it is flagged so, or characters that the ANSI code
+//                page cannot represent
+//   conflicts    two entries have the same path, or one is a file where another needs a folder, or two paths name a
+//                folder in different case; without regard to case, as SCEntryNames folds it
 //   types        an entry is a link, a device, a pipe or a socket by its attributes, or a folder with content
 //   methods      a compression or encryption is unknown, or an entry is encrypted and the password is empty
 //

@@ -1,6 +1,7 @@
 #include "common/CUnpackPlan.h"
 
 #include "common/CUnZip.h"
+#include "common/SCEntryNames.h"
 #include "platform/files/Files.h"
 #include "platform/files/Path.h"
 #include "tqcAccess/CodePage.h"
@@ -31,13 +32,10 @@ bool ConvertName(const SZipEntry& entry, std::string& path) {
     return Platform::CountValidUtf8(path.data(), path.size()) == path.size();
 }
 
-bool IsDriveLetter(std::string_view part) {
-    return part.size() >= 2 && part[1] == ':' && ((part[0] | 0x20) >= 'a' && (part[0] | 0x20) <= 'z');
-}
-
+/// Not "." and ".." either, which end with a dot.
 bool IsPartAllowed(std::string_view part) {
     constexpr std::size_t maxPartSize = 255;
-    return !part.empty() && part != "." && part != ".." && part.size() <= maxPartSize && !IsDriveLetter(part);
+    return part.size() <= maxPartSize && SCEntryNames::IsAllowed(part);
 }
 
 bool IsPathAllowed(std::string_view path) {
@@ -83,44 +81,54 @@ bool PlanEntry(const SZipEntry& entry, SPlannedEntry& planned) {
     return IsPathAllowed(planned.path) && FindKind(entry, isNamedFolder, planned.isFolder) && IsRatioAllowed(entry);
 }
 
-/// Sorts paths so that the content of a folder follows it directly: no allowed character sorts below this separator.
-std::string MakeSortKey(std::string path) {
-    std::replace(path.begin(), path.end(), '/', '\0');
-    return path;
+/// An entry as it is sorted and compared. Each part of a path ends with NUL, which is below every allowed character:
+/// the content of a folder follows it directly.
+struct SKey {
+    explicit SKey(const SPlannedEntry& entry) : path(entry.path + '/'), isFolder(entry.isFolder) {
+        std::replace(path.begin(), path.end(), '/', '\0');
+        folded = SCEntryNames::Fold(path);
+    }
+
+    std::string path;
+    std::string folded; ///< as long as the path
+    bool isFolder;
+};
+
+std::size_t CountParts(std::string_view path) {
+    return static_cast<std::size_t>(std::count(path.begin(), path.end(), '\0'));
 }
 
-/// The parts of a path that it does not share with the one before it in that order: what has to be made for it.
-std::size_t CountNewParts(std::string_view before, std::string_view path) {
+/// The beginning of the second path that consists of the folders (or the file) that both have.
+std::string_view SharedParts(std::string_view before, std::string_view path) {
     const auto differs = std::mismatch(before.begin(), before.end(), path.begin(), path.end()).second;
-    const bool isBelow = differs != path.end() && *differs == '\0';
-    return 1 + static_cast<std::size_t>(std::count(differs, path.end(), '\0')) - (isBelow ? 1 : 0);
+    const std::string_view same = path.substr(0, static_cast<std::size_t>(differs - path.begin()));
+    return same.substr(0, same.rfind('\0') + 1);
+}
+
+/// Two names that differ in case alone are one on Windows.
+bool Conflicts(const SKey& left, const SKey& right) {
+    const std::size_t shared = SharedParts(left.folded, right.folded).size();
+    return left.folded == right.folded || (!left.isFolder && right.folded.starts_with(left.folded)) ||
+           left.path.compare(0, shared, right.path, 0, shared) != 0;
 }
 
 } // namespace
 
 bool CUnpackPlan::FitsTogether() const {
-    struct SKey {
-        std::string key;
-        bool isFolder;
-    };
-    std::vector<SKey> keys;
-    keys.reserve(m_entries.size());
-    for (const SPlannedEntry& entry : m_entries)
-        keys.push_back({MakeSortKey(entry.path), entry.isFolder});
-    std::sort(keys.begin(), keys.end(), [](const SKey& left, const SKey& right) { return left.key < right.key; });
-    const auto conflicts = [](const SKey& left, const SKey& right) {
-        return left.key == right.key || (!left.isFolder && right.key.starts_with(left.key + '\0'));
-    };
+    std::vector<SKey> keys(m_entries.begin(), m_entries.end());
+    std::sort(keys.begin(), keys.end(),
+              [](const SKey& left, const SKey& right) { return left.folded < right.folded; });
     std::size_t made = 0;
     std::size_t parts = 0;
     std::string_view before;
     for (const SKey& key : keys) {
-        made += CountNewParts(before, key.key);
-        parts += CountNewParts({}, key.key);
-        before = key.key;
+        const std::size_t count = CountParts(key.folded);
+        made += count - CountParts(SharedParts(before, key.folded));
+        parts += count;
+        before = key.folded;
     }
     return made <= CUnZip::MAX_ENTRIES && parts <= CUnZip::MAX_PARTS &&
-           std::adjacent_find(keys.begin(), keys.end(), conflicts) == keys.end();
+           std::adjacent_find(keys.begin(), keys.end(), Conflicts) == keys.end();
 }
 
 bool CUnpackPlan::Make(const CZipDirectory& directory) {

@@ -35,6 +35,15 @@ void AddNames(std::vector<SHostileCase>& cases) {
         "a\0015Cx"};
     for (const std::string name : names)
         add("the name " + name, {Named(name)});
+    for (const std::string name :
+         {"a.csv:x", ":", "a./x", "x.", "x ", "...", "CON", "a/nul.csv", "Aux .a.b", "lPt9", "CONOUT$", "clock$.x"})
+        add("the name " + name, {Named(name)});
+    add("a device with a superscript digit", {Named("com\u00B2", utf8Flag)});
+    add("names that differ in case", {Named("A"), Named("a")});
+    add("names that differ in the case of other letters",
+        {Named("\u00C9\u0416\uFF21", utf8Flag), Named("\u00E9\u0436\uFF41", utf8Flag)});
+    add("folders that differ in case", {Named("a/x"), Named("A/y")});
+    add("a file and a folder that differ in case", {Named("a"), Named("A/y")});
     add("a NUL", {Named(std::string("x\0.csv", 6))});
     add("a NUL in UTF-8", {Named(std::string("x\0.csv", 6), utf8Flag)});
     add("invalid UTF-8", {Named("\x95\x5C", utf8Flag)});
