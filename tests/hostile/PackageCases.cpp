@@ -106,6 +106,7 @@ TArchives Structures() {
         {"nothing", ""},
         {"bytes after the end", good + '\n'},
         {"a second end in the comment", MakeZip({Named("good")}, {.comment = MakeZip({})})},
+        {"bytes between the directory and its end", std::string(good).insert(good.size() - 22, 1, 'x')},
         {"a truncated comment", MakeZip({Named("good")}, {.comment = "abc", .commentSize = 4})},
         {"entries that share their data", MakeZip({Named("good"), {.name = "good", .headerPosition = 0}})},
         {"an entry in the data of another one",

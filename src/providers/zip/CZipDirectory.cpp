@@ -50,6 +50,16 @@ void Require(bool isTrue, const char* otherwise) {
         throw CSourceError(otherwise);
 }
 
+/// Whether a record that could be the end, with a comment up to the end of the file, begins before `at`.
+bool HasEndBefore(std::string_view tail, std::size_t at) {
+    while (at > 0 && (at = tail.rfind(endSignatureBytes, at - 1)) != std::string_view::npos) {
+        const auto* const record = reinterpret_cast<const unsigned char*>(tail.data()) + at;
+        if (ReadU16(record + endSize - 2) == tail.size() - at - endSize)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 struct CZipDirectory::SEnd {
@@ -60,8 +70,8 @@ struct CZipDirectory::SEnd {
     std::uint64_t directoryPosition = 0;
 };
 
-/// Without a tail only the last record that could be the end is tried: a second one inside its comment would make a
-/// second directory.
+/// Without a tail only the last record that could be the end is tried, and no other may have a comment that ends with
+/// the file: a second one inside the comment of the first would make a second directory.
 CZipDirectory::SEnd CZipDirectory::FindEnd(IRandomAccess& input, bool isTailAllowed) {
     constexpr const char* isNone = "not a zip archive, or its end is missing";
     std::vector<unsigned char> tail(
@@ -84,6 +94,7 @@ CZipDirectory::SEnd CZipDirectory::FindEnd(IRandomAccess& input, bool isTailAllo
         end.position = input.Size() - tail.size() + at;
         const auto isFirstDisk = [](std::uint16_t number) { return number == 0 || number == elsewhere16; };
         if (commentSize == reader.Left() || (isTailAllowed && commentSize < reader.Left())) {
+            Require(isTailAllowed || !HasEndBefore(text, at), "the zip archive has two ends");
             Require(isFirstDisk(disk) && isFirstDisk(directoryDisk) && diskCount == end.count,
                     "the zip archive is split into several files");
             return end;
@@ -224,6 +235,9 @@ CZipDirectory::CZipDirectory(IRandomAccess& input, const SZipCaps& caps) {
     ReadEnd64(input, end);
     Require(end.directoryPosition <= end.position && end.size <= end.position - end.directoryPosition,
             "the zip directory lies outside the file");
+    // Some programs look for the directory where it is stated, others right before its end.
+    Require(caps.isTailAllowed || end.directoryPosition + end.size == end.position,
+            "the zip directory does not precede its end");
     Require(end.count <= caps.maxEntries && end.size <= caps.maxSize && end.count <= end.size / entrySize,
             "the zip directory states too many entries");
     std::vector<unsigned char> bytes(static_cast<std::size_t>(end.size));
