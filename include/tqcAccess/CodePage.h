@@ -15,8 +15,11 @@
 
 namespace NSTQ::Platform {
 
+// In a program that includes <windows.h> first, the macros of that header; see ComError.h.
+#if !defined(CP_ACP)
 inline constexpr unsigned CP_ACP = 0;      ///< the ANSI code page that is set
 inline constexpr unsigned CP_UTF8 = 65001; ///< UTF-8
+#endif
 
 /// Makes `codePage` the ANSI code page. An unsupported one changes nothing, and GetLastError returns 87 (invalid
 /// parameter). CP_ACP changes nothing.

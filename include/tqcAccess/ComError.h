@@ -13,12 +13,16 @@ namespace NSTQ::Platform {
 /// A result code; negative means failure.
 using HRESULT = LONG;
 
-inline constexpr HRESULT S_OK = 0;    ///< success
-inline constexpr HRESULT S_FALSE = 1; ///< success with nothing done
 /// A result from its usual hexadecimal form, whose highest bit is set for failures.
 inline constexpr HRESULT MakeHresult(DWORD code) {
     return static_cast<HRESULT>(code);
 }
+
+// In a program that includes <windows.h> first, these are the macros of that header, with the same values; in one
+// that includes it at all they are to be used without a namespace before them.
+#if !defined(S_OK)
+inline constexpr HRESULT S_OK = 0;                                ///< success
+inline constexpr HRESULT S_FALSE = 1;                             ///< success with nothing done
 inline constexpr HRESULT E_POINTER = MakeHresult(0x80004003);     ///< a null parameter or object
 inline constexpr HRESULT E_FAIL = MakeHresult(0x80004005);        ///< an unspecified failure
 inline constexpr HRESULT E_INVALIDARG = MakeHresult(0x80070057);  ///< an invalid argument
@@ -27,9 +31,12 @@ inline constexpr HRESULT DISP_E_TYPEMISMATCH =
     MakeHresult(0x80020005);                                         ///< a value that cannot be converted to a type
 inline constexpr HRESULT DISP_E_OVERFLOW = MakeHresult(0x8002000A);  ///< a value that is too large for a type
 inline constexpr HRESULT CO_E_CLASSSTRING = MakeHresult(0x800401F3); ///< unknown ProgID
-inline constexpr HRESULT DB_E_NOTABLE = MakeHresult(0x80040E37);     ///< no such sheet or table
-inline constexpr HRESULT DB_SEC_E_AUTH_FAILED = MakeHresult(0x80040E4D);  ///< wrong or missing database password
-inline constexpr HRESULT DB_E_DATAOVERFLOW = MakeHresult(0x80040E57);     ///< a row or name does not fit the buffers
+#endif
+#if !defined(DB_E_NOTABLE)
+inline constexpr HRESULT DB_E_NOTABLE = MakeHresult(0x80040E37);         ///< no such sheet or table
+inline constexpr HRESULT DB_SEC_E_AUTH_FAILED = MakeHresult(0x80040E4D); ///< wrong or missing database password
+inline constexpr HRESULT DB_E_DATAOVERFLOW = MakeHresult(0x80040E57);    ///< a row or name does not fit the buffers
+#endif
 inline constexpr HRESULT adErrProviderNotFound = MakeHresult(0x800A0E7A); ///< no provider for such a source
 inline constexpr HRESULT adErrObjectClosed = MakeHresult(0x800A0E78);     ///< the object is closed
 inline constexpr HRESULT adErrObjectOpen = MakeHresult(0x800A0E79);       ///< the object is open already
