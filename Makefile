@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
-.PHONY: demo test quick bench check fuzz asan coverage docs install uninstall package clean
+.PHONY: demo test quick bench check fuzz asan coverage windows test-windows docs install uninstall package clean
 
 demo:
 	scripts/install_packages build
@@ -49,6 +49,20 @@ asan:
 	cmake --preset asan
 	cmake --build --preset asan --parallel $(JOBS)
 	ctest --preset asan --parallel $(JOBS)
+
+# The DLL, tqc.exe and, in build/windows, a zip of them with headers, import library and manual.
+windows:
+	scripts/install_packages windows
+	cmake --preset windows
+	cmake --build --preset windows --parallel $(JOBS) --target tqc tqcAccess tqc_manual
+	cd build/windows && cpack
+
+# Under Wine, in a prefix in the build folder.
+test-windows:
+	scripts/install_packages windows
+	cmake --preset windows
+	cmake --build --preset windows --parallel $(JOBS)
+	ctest --preset windows --parallel $(JOBS)
 
 fuzz:
 	scripts/install_packages build fuzz

@@ -1,0 +1,22 @@
+# CLI11 and GoogleTest for a build for another system, from the packages of this one. The folder /usr/include is not to
+# get onto the include path there, so CLI11, which is headers only, is linked to from the build tree.
+find_path(TQC_CLI11_INCLUDE_DIR CLI/CLI.hpp NO_CMAKE_FIND_ROOT_PATH)
+find_path(TQC_GTEST_SOURCE_DIR googletest/CMakeLists.txt PATHS /usr/src/googletest NO_CMAKE_FIND_ROOT_PATH)
+mark_as_advanced(TQC_CLI11_INCLUDE_DIR TQC_GTEST_SOURCE_DIR)
+if(TQC_BUILD_TOOL AND NOT TQC_CLI11_INCLUDE_DIR)
+  message(FATAL_ERROR "install libcli11-dev, or build without tqc (-DTQC_BUILD_TOOL=OFF)")
+endif()
+if(TQC_BUILD_TESTS AND NOT TQC_GTEST_SOURCE_DIR)
+  message(FATAL_ERROR "install googletest, or build without the tests (-DTQC_BUILD_TESTS=OFF)")
+endif()
+
+if(TQC_BUILD_TOOL)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/cli11)
+  file(CREATE_LINK ${TQC_CLI11_INCLUDE_DIR}/CLI ${PROJECT_BINARY_DIR}/cli11/CLI SYMBOLIC)
+  add_library(CLI11::CLI11 INTERFACE IMPORTED GLOBAL)
+  target_include_directories(CLI11::CLI11 INTERFACE ${PROJECT_BINARY_DIR}/cli11)
+endif()
+if(TQC_BUILD_TESTS)
+  set(INSTALL_GTEST OFF CACHE INTERNAL "")
+  add_subdirectory(${TQC_GTEST_SOURCE_DIR} ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+endif()
