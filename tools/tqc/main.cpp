@@ -36,6 +36,7 @@ void ShowOne(const SOptions& options, void (*show)(const SOptions&, const CInput
 
 EExitStatus Run(const std::vector<std::string>& arguments) {
     std::vector<const char*> texts;
+    texts.reserve(arguments.size());
     for (const std::string& argument : arguments)
         texts.push_back(argument.c_str());
     const auto options = SCCommandLine::Parse(static_cast<int>(texts.size()), texts.data());
