@@ -37,11 +37,13 @@ std::string ReadAll(const SLayout& layout, const std::string& path) {
     const WORD* lengths = nullptr;
     std::string records;
     CRecord row;
+    DWORD count = 0;
     for (row.result = true; row.result && reader.HasNextLineData(); records += Show(row) + ' ') {
-        row.result = reader.GetLineData(data, lengths, row.count);
+        row.result = reader.GetLineData(data, lengths, count);
+        row.count = count;
         row.assigned = data != nullptr;
         row.fields.clear();
-        for (DWORD i = 0; i < std::min(row.count, layout.maxFields); ++i) {
+        for (DWORD i = 0; i < std::min(count, layout.maxFields); ++i) {
             row.fields.emplace_back(data[i], lengths[i]);
             EXPECT_EQ(data[i][lengths[i]], '\0');
         }
@@ -157,7 +159,7 @@ TEST(FixReader, KernelsAndFillsChangeNothing) {
         for (const Scan::EKernel each : Kernels()) {
             const CKernel kernel(each);
             expected = expected.empty() ? ReadAll(layout, path) : expected;
-            for (const std::size_t size : {std::size_t{64000}, 1 + random() % 200}) {
+            for (const std::size_t size : {std::size_t{64000}, std::size_t{1 + random() % 200}}) {
                 const auto reads = Faults::Reads(size);
                 ASSERT_EQ(ReadAll(layout, path), expected) << "round " << round << ": " << Escape(text);
             }

@@ -74,7 +74,7 @@ private:
         record.result = call(fields, lengths, count, raw, rawSize);
         record.count = count;
         record.assigned = fields != nullptr;
-        record.fields.resize(record.assigned ? std::min(count, m_settings.maxFields) : 0);
+        record.fields.resize(record.assigned ? std::min<std::size_t>(count, m_settings.maxFields) : 0);
         for (std::size_t i = 0; i < record.fields.size(); ++i) {
             record.fields[i].assign(fields[i], lengths[i]);
             if (fields[i][lengths[i]] != '\0')

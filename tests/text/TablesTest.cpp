@@ -1,12 +1,12 @@
 // What the readers of delimited text return for typical inputs and for odd ones.
+#include "platform/Port.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace NSTQ::Tests {
 namespace {
+
+namespace Port = Platform::Port;
 
 using NSTQCore::CSourceDataInfo;
 using TReads = std::vector<std::string>;
@@ -66,11 +66,14 @@ protected:
         CheckReads(reader, test);
         for (const std::size_t head : {std::size_t{0}, test.input.size()}) {
             SCOPED_TRACE("as a stream");
-            const int file = ::open(m_folder.Path("table.csv").c_str(), O_RDONLY | O_CLOEXEC);
-            ::lseek(file, static_cast<off_t>(head), SEEK_SET);
-            ASSERT_TRUE(reader.SetStream(head == 0 ? file : -1, test.input.data(), static_cast<DWORD>(head)));
+            Port::TFile file = Port::noFile;
+            LONGLONG position = 0;
+            Port::OpenToRead(m_folder.Path("table.csv"), false, file);
+            Port::Seek(file, static_cast<LONGLONG>(head), Port::EOrigin::Start, position);
+            ASSERT_TRUE(
+                reader.SetStream(head == 0 ? Port::NumberOf(file) : -1, test.input.data(), static_cast<DWORD>(head)));
             ASSERT_TRUE(reader.Open(m_folder.Path("table.csv")));
-            ::close(file);
+            Port::Close(file);
             EXPECT_EQ(reader.GetReadPosition(), 0);
             CheckReads(reader, test);
             EXPECT_FALSE(reader.MoveFileBegin());
