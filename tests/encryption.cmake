@@ -1,3 +1,4 @@
+tqc_add_test(system_crypto_test encryption/SystemCryptoTest.cpp)
 tqc_add_test(encryption_test
   encryption/EncryptionTest.cpp
   support/CompoundBuilder.cpp

@@ -14,6 +14,12 @@ foreach(order FIRST LAST)
   add_test(NAME system_header_${order} COMMAND system_header_${order})
 endforeach()
 
+if(TQC_WITH_ENCRYPTION)
+  tqc_add_test(system_crypto_test encryption/SystemCryptoTest.cpp)
+endif()
+# The tests encrypt by libcrypto, which is not there; what decrypts is the same on both systems but for the suite above.
+set(TQC_WITH_ENCRYPTION OFF)
+
 # Suites that need nothing but what both systems have.
 include(compound.cmake)
 include(xlsx.cmake)

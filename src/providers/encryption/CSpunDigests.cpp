@@ -3,6 +3,7 @@
 #include "platform/ado/Provider.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace NSTQ::Providers {
 
@@ -18,7 +19,7 @@ CSpunDigests& CSpunDigests::Get() {
 }
 
 std::optional<CSecretBytes> CSpunDigests::Find(EHash hash, std::uint32_t spinCount, const CSecretBytes& first) {
-    const std::scoped_lock lock(m_mutex);
+    const std::scoped_lock lock(m_lock);
     for (const SEntry& entry : m_entries) {
         if (entry.hash == hash && entry.spinCount == spinCount &&
             std::ranges::equal(entry.first.Bytes(), first.Bytes()))
@@ -28,13 +29,13 @@ std::optional<CSecretBytes> CSpunDigests::Find(EHash hash, std::uint32_t spinCou
 }
 
 void CSpunDigests::Keep(EHash hash, std::uint32_t spinCount, const CSecretBytes& first, const CSecretBytes& last) {
-    const std::scoped_lock lock(m_mutex);
+    const std::scoped_lock lock(m_lock);
     m_entries[m_next] = {hash, spinCount, first, last};
     m_next = (m_next + 1) % count;
 }
 
 void CSpunDigests::Clear() {
-    const std::scoped_lock lock(m_mutex);
+    const std::scoped_lock lock(m_lock);
     m_entries.fill({});
     m_next = 0;
 }

@@ -12,7 +12,7 @@
 #include "providers/encryption/CHash.h"
 
 #include <array>
-#include <mutex>
+#include <atomic>
 #include <optional>
 
 namespace NSTQ::Providers {
@@ -38,7 +38,24 @@ private:
     /// Enough for the password of a source and those tried before it.
     static constexpr std::size_t count = 4;
 
-    std::mutex m_mutex;
+    /// A mutex that is initialised at compile time on every system, which std::mutex is not. It is held for as long
+    /// as it takes to copy a few digests.
+    class CLock {
+    public:
+        void lock() {
+            while (m_isHeld.test_and_set(std::memory_order_acquire))
+                m_isHeld.wait(true, std::memory_order_relaxed);
+        }
+        void unlock() {
+            m_isHeld.clear(std::memory_order_release);
+            m_isHeld.notify_one();
+        }
+
+    private:
+        std::atomic_flag m_isHeld;
+    };
+
+    CLock m_lock;
     std::array<SEntry, count> m_entries; ///< free ones have empty digests
     std::size_t m_next = 0;
 };
