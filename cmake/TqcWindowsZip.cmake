@@ -10,7 +10,7 @@ if(TQC_BUILD_TOOL)
   mark_as_advanced(TQC_MANDOC)
   set(manual ${PROJECT_BINARY_DIR}/tqc.html)
   add_custom_command(OUTPUT ${manual} DEPENDS ${PROJECT_SOURCE_DIR}/man/tqc.1
-    COMMAND ${TQC_MANDOC} -T html -O toc ${PROJECT_SOURCE_DIR}/man/tqc.1 >${manual} VERBATIM)
+    COMMAND ${TQC_MANDOC} -T html ${PROJECT_SOURCE_DIR}/man/tqc.1 > ${manual} VERBATIM)
   add_custom_target(tqc_manual ALL DEPENDS ${manual})
   install(FILES ${manual} DESTINATION doc)
 endif()

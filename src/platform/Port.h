@@ -208,7 +208,8 @@ std::uint32_t MakeRandomNumber();
 void PrepareProgram();
 /// The arguments of `main` in UTF-8, with the name of the program.
 std::vector<std::string> GetArguments(int argc, const char* const* argv);
-/// The name of the encoding of the user's locale, such as "SJIS", "cp932" or "UTF-8"; empty if unknown.
+/// The name of the encoding of the user's locale, such as "SJIS" or "UTF-8"; empty if unknown. UTF-8 on Windows, as
+/// on its console.
 std::string GetLocaleEncoding();
 /// The code for an errno of the standard library's functions.
 DWORD CodeOfErrno(int error);

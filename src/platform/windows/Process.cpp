@@ -46,8 +46,8 @@ std::vector<std::string> GetArguments(int argc, const char* const* argv) {
 }
 
 std::string GetLocaleEncoding() {
-    const unsigned codePage = ::GetACP();
-    return codePage == CP_UTF8 ? "UTF-8" : "cp" + std::to_string(codePage);
+    // Arguments and console have UTF-8 here, and the ANSI page of most users has no room for the tables of others.
+    return "UTF-8";
 }
 
 DWORD CodeOfErrno(int error) {
