@@ -14,7 +14,6 @@ foreach(order FIRST LAST)
   add_test(NAME system_header_${order} COMMAND system_header_${order})
 endforeach()
 
-<<<<<<< HEAD
 if(TQC_WITH_ENCRYPTION)
   tqc_add_test(system_crypto_test encryption/SystemCryptoTest.cpp)
 endif()
@@ -22,10 +21,6 @@ endif()
 set(TQC_WITH_ENCRYPTION OFF)
 
 # Suites that need nothing but what both systems have.
-=======
-# Suites that need nothing but what both systems have; those of encryption make their files with libcrypto.
-set(TQC_WITH_ENCRYPTION OFF)
->>>>>>> eadc761 (Read encrypted sources with the DLL, and let tqc.exe speak UTF-8)
 include(compound.cmake)
 include(xlsx.cmake)
 include(xls.cmake)
