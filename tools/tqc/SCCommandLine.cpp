@@ -83,6 +83,8 @@ class CParser {
 public:
     explicit CParser(SOptions& options) : m_options(options) {
         m_app.name("tqc");
+        // A path may begin with '/' on Windows too.
+        m_app.allow_windows_style_options(false);
         m_app.set_version_flag("--version", "tqc " TQC_VERSION);
         m_app.formatter(std::make_shared<CHelpFormatter>());
         m_app.footer(SCHelpText::examples);

@@ -45,7 +45,9 @@ DWORD CreateTemporary(const std::string& extension, DWORD flags, TFile& file, st
 /// A symbolic link, which needs a right that not every user has; else a second name, which has to be on the same
 /// volume, and through which a read-only file could not be discarded; else a copy.
 DWORD LinkOrCopy(const std::wstring& original, const std::wstring& path) {
-    if (::CreateSymbolicLinkW(path.c_str(), original.c_str(), SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE))
+    // Wine reports success and makes none.
+    if (::CreateSymbolicLinkW(path.c_str(), original.c_str(), SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) &&
+        ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES)
         return ERROR_SUCCESS;
     const DWORD attributes = ::GetFileAttributesW(original.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) == 0 &&
