@@ -1,6 +1,5 @@
 tqc_add_test(ado_test
   ado/AdoLayerTest.cpp
   ado/ReaderTest.cpp
-  ado/SourceStringsTest.cpp
-  support/CompoundBuilder.cpp)
+  ado/SourceStringsTest.cpp)
 target_link_libraries(ado_test PRIVATE tqc_port_faults)

@@ -1,6 +1,6 @@
 tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
 if(TQC_WITH_ZIP)
-  target_sources(sourceinfo_test PRIVATE sourceinfo/PackagePreparationTest.cpp support/ZipWriter.cpp)
+  target_sources(sourceinfo_test PRIVATE sourceinfo/PackagePreparationTest.cpp)
 endif()
 tqc_add_test(output_test output/CsvOutPutTest.cpp)
 tqc_add_test(framework_test framework/FacadeTest.cpp)

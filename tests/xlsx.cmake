@@ -1,5 +1,4 @@
 tqc_add_test(xlsx_test
   xlsx/OddWorkbookTest.cpp
   xlsx/XmlScannerTest.cpp
-  xlsx/ZipArchiveTest.cpp
-  support/ZipWriter.cpp)
+  xlsx/ZipArchiveTest.cpp)

@@ -1,4 +1,4 @@
-// Encrypted workbooks: each scheme opens with its password and says what is wrong without it or with damage.
+// Encrypted workbooks: each scheme opens with its password, and reports a wrong or missing one and damage.
 #include "providers/encryption/Encryption.h"
 #include "CADOOperater.h"
 #include "CSourceDataInfo.h"
@@ -48,7 +48,7 @@ std::span<unsigned char> Bytes(std::string& text) {
     return {reinterpret_cast<unsigned char*>(text.data()), text.size()};
 }
 
-/// What `read` gives or, after "error: ", what it says is wrong.
+/// What `read` returns or, after "error: ", the description of its error.
 std::string Attempt(const std::function<std::string()>& read) {
     try {
         return read();
@@ -108,55 +108,51 @@ TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
 }
 
 TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
-    // What replaces what, each time it stands in the description, and the error.
-    const std::tuple<const char*, std::string_view, std::string, const char*> cases[] = {
-        {"years of work", "spinCount='1000'", "spinCount='2000001'", "invalid spinCount"},
-        {"no number", "spinCount='1000'", "spinCount='1x'", "invalid spinCount"},
-        {"another digest", "'SHA512'", "'RIPEMD-160'", "the digest \"RIPEMD-160\" is unknown"},
-        {"another cipher", "'AES'", "'DES'", "the cipherAlgorithm \"DES\" is unknown"},
-        {"another chaining", "CBC", "CFB", "the cipherChaining \"ChainingModeCFB\" is unknown"},
-        {"a short key", "keyBits='256'", "keyBits='64'", "invalid keyBits"},
-        {"a key of odd size", "keyBits='256'", "keyBits='136'", "invalid keyBits"},
-        {"a salt of another size", "saltSize='16'", "saltSize='17'", "invalid saltSize"},
-        {"salts that are no bytes", "saltValue='", "saltValue='*", "invalid saltValue"},
-        {"a verifier cut off", "HashInput='", "HashInput='AAAA", "value is truncated"},
-        {"a verifier too short", "HashInput='", "HashInput='*' x='", "invalid encryptedVerifierHashInput"},
-        {"a key too short", "KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='", "invalid encryptedKeyValue"},
-        {"certificates only", "keyEncryptor/password", "x", "certificate only"},
-        {"no data key", "keyData", "keyDatum", "how the data are encrypted"},
-        {"entities", "<encryption", "<!DOCTYPE x><encryption", "EncryptionInfo: "},
-        {"not closed", "</encryption>", "", "EncryptionInfo: "},
-    };
-    const SEncryptedPackage whole = EncryptAgile(Noise(5000), passWord, "SHA512", 256);
-    for (const auto& [title, replaced, with, error] : cases) {
-        SEncryptedPackage forged = whole;
-        for (std::size_t at = 8; (at = forged.info.find(replaced, at)) != std::string::npos; at += with.size())
-            forged.info.replace(at, replaced.size(), with);
-        EXPECT_THAT(Open(forged, passWord), HasSubstr(error)) << title;
-    }
-}
-
-TEST(EncryptedPackage, RefusesForgedFrames) {
     const SEncryptedPackage agile = EncryptAgile(Noise(5000), passWord, "SHA512", 256);
     const SEncryptedPackage standard = EncryptStandard(Noise(5000), passWord, 128);
-    const auto patched = [](std::string text, std::size_t at, std::uint64_t value, std::size_t size) {
+    // Replaces a piece of XML wherever it occurs.
+    const auto with = [&](std::string_view piece, std::string_view text) {
+        SEncryptedPackage forged = agile;
+        for (std::size_t at = 8; (at = forged.info.find(piece, at)) != std::string::npos; at += text.size())
+            forged.info.replace(at, piece.size(), text);
+        return forged;
+    };
+    const auto put = [](std::string text, std::size_t at, std::uint64_t value, std::size_t size = 4) {
         return text.replace(at, size, LittleEndian(value, size));
     };
+    const auto header = [&](std::size_t at, std::uint32_t value) {
+        return SEncryptedPackage{put(standard.info, at, value), standard.package};
+    };
     const std::tuple<const char*, SEncryptedPackage, const char*> cases[] = {
-        {"extensible",
-         {patched(agile.info, 0, 0x00030004, 4), agile.package},
-         "unknown encryption method (version 4.3)"},
-        {"nothing described", {"", agile.package}, "unknown encryption method"},
+        {"years of work", with("spinCount='1000'", "spinCount='2000001'"), "invalid spinCount"},
+        {"no number", with("spinCount='1000'", "spinCount='1x'"), "invalid spinCount"},
+        {"another digest", with("'SHA512'", "'RIPEMD-160'"), "the digest \"RIPEMD-160\" is unknown"},
+        {"another cipher", with("'AES'", "'DES'"), "the cipherAlgorithm \"DES\" is unknown"},
+        {"another chaining", with("CBC", "CFB"), "the cipherChaining \"ChainingModeCFB\" is unknown"},
+        {"a short key", with("keyBits='256'", "keyBits='64'"), "invalid keyBits"},
+        {"a key of odd size", with("keyBits='256'", "keyBits='136'"), "invalid keyBits"},
+        {"a salt of another size", with("saltSize='16'", "saltSize='17'"), "invalid saltSize"},
+        {"invalid Base64", with("saltValue='", "saltValue='*"), "invalid saltValue"},
+        {"a truncated verifier", with("HashInput='", "HashInput='AAAA"), "value is truncated"},
+        {"a short verifier", with("HashInput='", "HashInput='*' x='"), "invalid encryptedVerifierHashInput"},
+        {"a short data key", with("KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='"),
+         "invalid encryptedKeyValue"},
+        {"certificates only", with("keyEncryptor/password", "x"), "certificate only"},
+        {"no data key", with("keyData", "keyDatum"), "how the data are encrypted"},
+        {"entities", with("<encryption", "<!DOCTYPE x><encryption"), "EncryptionInfo: "},
+        {"not closed", with("</encryption>", ""), "EncryptionInfo: "},
+        {"extensible", {put(agile.info, 0, 0x00030004), agile.package}, "unknown encryption method (version 4.3)"},
+        {"no description", {"", agile.package}, "unknown encryption method"},
         {"no segments", {agile.info, ""}, "ends too early"},
-        {"a size beyond the segments", {agile.info, patched(agile.package, 0, 5009, 8)}, "package ends too early"},
-        {"a size near 2^64", {agile.info, patched(agile.package, 0, ~7ULL, 8)}, "package ends too early"},
+        {"a size beyond the segments", {agile.info, put(agile.package, 0, 5009, 8)}, "package ends too early"},
+        {"a size near 2^64", {agile.info, put(agile.package, 0, ~7ULL, 8)}, "package ends too early"},
         {"a description of a megabyte", {agile.info + std::string(1 << 20, ' '), agile.package}, "too large"},
-        {"a header of another size", {patched(standard.info, 8, 0xFFFFFFF0, 4), standard.package}, "damaged"},
-        {"a salt of another size", {patched(standard.info, 62, 8, 4), standard.package}, "damaged"},
-        {"RC4", {patched(standard.info, 20, 0x6801, 4), standard.package}, "algorithm 26625"},
-        {"MD5", {patched(standard.info, 24, 0x8003, 4), standard.package}, "digest 32771"},
-        {"a key of 2^31 bits", {patched(standard.info, 28, 1U << 31, 4), standard.package}, "damaged"},
-        {"a key that is not the cipher's", {patched(standard.info, 28, 256, 4), standard.package}, "key of 32 bytes"},
+        {"a header of another size", header(8, 0xFFFFFFF0), "damaged"},
+        {"another salt size", header(62, 8), "damaged"},
+        {"RC4", header(20, 0x6801), "algorithm 26625"},
+        {"MD5", header(24, 0x8003), "digest 32771"},
+        {"a key of 2^31 bits", header(28, 1U << 31), "damaged"},
+        {"a key size of another cipher", header(28, 256), "key of 32 bytes"},
     };
     for (const auto& [title, forged, error] : cases)
         EXPECT_THAT(Open(forged, passWord), HasSubstr(error)) << title;
@@ -167,7 +163,7 @@ std::string DecryptRecords(const std::string& filePass, bool isBiff8, const char
     return Attempt([&] {
         std::string copy = filePass;
         const auto cipher = MakeRecordCipher(Bytes(copy), isBiff8, given);
-        // Every second piece first, then the others: there are gaps, and it goes back once.
+        // First every second piece, then the others.
         for (const std::size_t first : {step, std::size_t{0}})
             for (std::size_t at = first; at < bytes.size(); at += 2 * step)
                 cipher->Decrypt(Bytes(bytes).subspan(at, std::min(step, bytes.size() - at)), at, 8224);
@@ -177,13 +173,14 @@ std::string DecryptRecords(const std::string& filePass, bool isBiff8, const char
 
 TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
     const std::string zeros(10'000, '\0');
-    const std::pair<const char*, SRecordEncryption> schemes[] = {
-        {"40 bits", EncryptRecords(Rc4Cipher40Bit(passWord), zeros.size())},
-        {"system, 40 bits", EncryptRecords(Rc4Cipher(passWord, 40), zeros.size())},
-        {"system, 56 bits", EncryptRecords(Rc4Cipher(passWord, 56), zeros.size())},
-        {"system, 128 bits", EncryptRecords(Rc4Cipher(passWord, 128), zeros.size())},
+    const std::pair<const char*, SBlockCipher> schemes[] = {
+        {"40 bits", Rc4Cipher40Bit(passWord)},
+        {"system, 40 bits", Rc4Cipher(passWord, 40)},
+        {"system, 56 bits", Rc4Cipher(passWord, 56)},
+        {"system, 128 bits", Rc4Cipher(passWord, 128)},
     };
-    for (const auto& [title, encryption] : schemes) {
+    for (const auto& [title, scheme] : schemes) {
+        const SRecordEncryption encryption = EncryptRecords(scheme, zeros.size());
         for (const std::size_t step : std::initializer_list<std::size_t>{1, 7, 512, 1023, 1024, 1025, 4000})
             EXPECT_TRUE(DecryptRecords(encryption.filePass, true, passWord, zeros, step) ==
                         encryption.keyStream.substr(0, zeros.size()))
@@ -217,8 +214,8 @@ TEST(RecordCipher, TakesObfuscationBack) {
     }
 }
 
-/// What an encrypted source costs is its rounds of hashing: once for each password, however often it is opened, until
-/// the description that has the password is gone.
+/// The rounds of hashing, which take the time, are done once for each password, however often the source is opened,
+/// while the description with the password exists.
 TEST(EncryptedWorkbook, PreparesWithItsPasswordAndHashesEachPasswordOnce) {
     using namespace NSTQCore;
     const CAnsiPage page(932);

@@ -1,12 +1,13 @@
-// Every kind of source from its path to its last row while each system call and each allocation fails in turn, at
-// every position until none fails any more. A failure is reported in the way that is documented, or harms nothing:
-// there are never other rows than those of the file. Nothing leaks.
+// Every kind of source is read from its path to its last row while each system call and each allocation fails in
+// turn, at every position. A failure is reported as documented or has no effect: there are never other rows than
+// those of the file. Nothing leaks.
 #include "CADOOperater.h"
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
 #include "support/Encryptor.h"
 #include "support/Faults.h"
+#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
 #include "tqcAccess/ComError.h"
@@ -25,8 +26,6 @@ using namespace NSTQCore;
 using Faults::Call;
 using Info = CSourceDataInfo;
 
-constexpr WORD fixWidths[] = {6, 12};
-
 /// More than two fills of the read buffer.
 std::string MakeText(std::string_view rowEnd) {
     std::string text;
@@ -35,40 +34,20 @@ std::string MakeText(std::string_view rowEnd) {
     return text;
 }
 
-std::string MakeCsv() {
-    return MakeText(",\"a, b\", c \r\n");
-}
-
-std::string MakeUtf8() {
-    return "\xEF\xBB\xBF" + MakeText(",\xE5\x95\x86\xE5\x93\x81,\"x\"\r\n");
-}
-
-std::string MakeFix() {
-    return MakeText("twelve bytes\r\n");
-}
-
-std::string MakePackage() {
-    return MakeZip({{.name = "other/x", .content = "x"}, {.name = "TqData\\SourceFile.csv", .content = MakeCsv()}});
-}
-
 std::string MakeXlsx() {
     SXlsxParts parts;
-    for (int row = 0; row < 3000; ++row)
-        parts.strRows += "<row><c><v>" + std::to_string(row) + "</v></c><c t='s'><v>0</v></c></row>";
+    parts.strRows = Repeat(
+        [](std::size_t row) { return "<row><c><v>" + std::to_string(row) + "</v></c><c t='s'><v>0</v></c></row>"; },
+        3000);
     parts.strStrings = "<si><t>shared</t></si>";
     parts.isDeflated = true;
     return parts.File();
 }
 
-/// The sample takes too long to open for thousands of times.
-std::string MakeLockedXlsx() {
-    return EncryptAgile(MakeXlsx(), "secret", "SHA512", 256, 10).File();
-}
-
 struct SKind {
     const char* title;
     const char* fileName;
-    std::string (*make)(); ///< null: the sample of that name
+    std::string content; ///< empty: the sample of that name
     Info::ESourceDataOpen prepared;
     /// What preparation may give instead when the system fails (EIO).
     std::set<Info::ESourceDataOpen> failed;
@@ -76,24 +55,30 @@ struct SKind {
     std::size_t rows = 2000; ///< at least
 };
 
-const std::set<Info::ESourceDataOpen> noDatabase = {Info::SDO_PASSWORD_ERROR, Info::SDO_ACCESS_DENIED};
-
-const SKind kinds[] = {
-    {"csv", "a.csv", MakeCsv, Info::SDO_TEXT_FILE, {}},
-    {"utf8", "a.csv", MakeUtf8, Info::SDO_TEXT_FILE, {}},
-    {"fixed", "a.txt", MakeFix, Info::SDO_FIX_FILE, {Info::SDO_READ_ERROR}},
-    {"package", "a.xtqf", MakePackage, Info::SDO_PACKAGE, {Info::SDO_PASSWORD_ERROR, Info::SDO_TMPFILE_ERROR}},
-    {"xlsx", "a.xlsx", MakeXlsx, Info::SDO_DATABASE, noDatabase},
-    {"locked_xlsx", "a.xlsx", MakeLockedXlsx, Info::SDO_DATABASE, noDatabase, "secret"},
-    {"xls", "prices.xls", nullptr, Info::SDO_DATABASE, noDatabase, "", 3},
-    {"mdb", "stock.mdb", nullptr, Info::SDO_DATABASE, noDatabase, "", 2},
-    {"accdb", "stock.accdb", nullptr, Info::SDO_DATABASE, noDatabase, "", 2},
-};
+std::vector<SKind> Kinds() {
+    const std::string csv = MakeText(",\"a, b\", c \r\n");
+    const std::string package =
+        MakeZip({{.name = "other/x", .content = "x"}, {.name = "TqData\\SourceFile.csv", .content = csv}});
+    const std::set<Info::ESourceDataOpen> noDatabase = {Info::SDO_PASSWORD_ERROR, Info::SDO_ACCESS_DENIED};
+    return {
+        {"csv", "a.csv", csv, Info::SDO_TEXT_FILE, {}},
+        {"utf8", "a.csv", "\xEF\xBB\xBF" + MakeText(",\xE5\x95\x86\xE5\x93\x81,\"x\"\r\n"), Info::SDO_TEXT_FILE, {}},
+        {"fixed", "a.txt", MakeText("twelve bytes\r\n"), Info::SDO_FIX_FILE, {Info::SDO_READ_ERROR}},
+        {"package", "a.xtqf", package, Info::SDO_PACKAGE, {Info::SDO_PASSWORD_ERROR, Info::SDO_TMPFILE_ERROR}},
+        {"xlsx", "a.xlsx", MakeXlsx(), Info::SDO_DATABASE, noDatabase},
+        // The locked sample takes too long to be opened thousands of times.
+        {"locked_xlsx", "a.xlsx", EncryptAgile(MakeXlsx(), "secret", "SHA512", 256, 10).File(), Info::SDO_DATABASE,
+         noDatabase, "secret"},
+        {"xls", "prices.xls", "", Info::SDO_DATABASE, noDatabase, "", 3},
+        {"mdb", "stock.mdb", "", Info::SDO_DATABASE, noDatabase, "", 2},
+        {"accdb", "stock.accdb", "", Info::SDO_DATABASE, noDatabase, "", 2},
+    };
+}
 
 struct SOutcome {
     Info::ESourceDataOpen prepared = Info::SDO_FAILED;
     bool reported = false;  ///< by a result, an error code or an exception
-    std::size_t rows = 0;   ///< handed out before a failure was reported
+    std::size_t rows = 0;   ///< before a failure was reported
     std::uint64_t hash = 0; ///< of their fields; nothing is allocated for it
     bool operator==(const SOutcome&) const = default;
     friend std::ostream& operator<<(std::ostream& stream, const SOutcome& outcome) {
@@ -124,7 +109,7 @@ std::unique_ptr<IDataAccess> MakeReader(Info& info, Info::ESourceDataOpen prepar
     }
     if (prepared != Info::SDO_FIX_FILE)
         return std::make_unique<CCsvDataAccess>(8, 1000, 100);
-    info.SetFixColLen({std::begin(fixWidths), std::end(fixWidths)});
+    info.SetFixColLen({6, 12});
     return std::make_unique<CFixDataAccess>(8, 1000, 100, &info);
 }
 
@@ -143,7 +128,7 @@ void Live(const char* path, const char* passWord, SOutcome& outcome) {
     const std::unique_ptr<IDataAccess> reader = MakeReader(info, outcome.prepared);
     outcome.reported = !reader->FileOpen(&info);
     ReadRows(*reader, outcome);
-    // Once more from the beginning, where that can be.
+    // Once more from the beginning, where that is possible.
     if (!outcome.reported && outcome.prepared != Info::SDO_DATABASE) {
         outcome.reported = !reader->MoveFileBegin();
         ReadRows(*reader, outcome);
@@ -174,7 +159,7 @@ protected:
     void TearDown() override { ::unsetenv("TMPDIR"); }
 
     /// Lives once for each position of the fault; `isRight` judges each outcome. Returns the number of positions.
-    /// Asserts only afterwards: assertions allocate, and the fault is still in force.
+    /// Asserts only afterwards: assertions allocate, and the fault is still active.
     template <class TFault, class TJudge>
     std::size_t LiveWithEach(Call call, TFault fault, TJudge isRight) {
         const std::size_t descriptors = Faults::OpenDescriptors();
@@ -185,25 +170,22 @@ protected:
             const SOutcome outcome = LiveOrFail(m_path.c_str(), GetParam().passWord);
             if (Faults::LiveAllocations() != blocks || Faults::OpenDescriptors() != descriptors)
                 left = nth;
-            if (!isRight(outcome)) {
-                wrong = nth;
-                last = outcome;
-            }
+            if (!isRight(outcome))
+                wrong = nth, last = outcome;
         });
-        const auto kind = static_cast<int>(call);
-        EXPECT_EQ(left, 0U) << "the last position at which something was left, of call " << kind;
-        EXPECT_EQ(wrong, 0U) << "the last position that gave something else, of call " << kind << ": " << last;
+        EXPECT_EQ(left, 0U) << "the last position that leaked, of call " << static_cast<int>(call);
+        EXPECT_EQ(wrong, 0U) << "the last wrong position, of call " << static_cast<int>(call) << ": " << last;
         return faults;
     }
     bool IsReportedOrGood(const SOutcome& outcome) const { return outcome.reported || outcome == m_good; }
 
     CTempFolder m_folder;
-    std::string m_path = GetParam().make != nullptr ? m_folder.WriteFile(GetParam().fileName, GetParam().make())
-                                                    : std::string(TQC_SAMPLES "/") + GetParam().fileName;
+    std::string m_path = GetParam().content.empty() ? std::string(TQC_SAMPLES "/") + GetParam().fileName
+                                                    : m_folder.WriteFile(GetParam().fileName, GetParam().content);
     SOutcome m_good;
 };
 
-TEST_P(SourceFaults, EverySystemCallThatFailsIsReportedOrHarmsNothing) {
+TEST_P(SourceFaults, EverySystemCallThatFailsIsReportedOrHasNoEffect) {
     for (const Call call :
          {Call::Open, Call::Close, Call::Read, Call::Write, Call::Seek, Call::Stat, Call::Truncate, Call::Lock,
           Call::Duplicate, Call::Unlink, Call::RemoveFolder, Call::MakeFolder, Call::OpenFolder, Call::ReadFolder}) {
@@ -224,12 +206,12 @@ TEST_P(SourceFaults, ShortTransfersChangeNothing) {
             LiveWithEach(call, Faults::Short{bytes}, [&](const SOutcome& outcome) { return outcome == m_good; });
 }
 
-TEST_P(SourceFaults, EveryAllocationThatFailsIsReportedOrHarmsNothing) {
+TEST_P(SourceFaults, EveryAllocationThatFailsIsReportedOrHasNoEffect) {
     EXPECT_GT(LiveWithEach(Call::Allocate, 0, [&](const SOutcome& outcome) { return IsReportedOrGood(outcome); }),
               10U);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, SourceFaults, testing::ValuesIn(kinds),
+INSTANTIATE_TEST_SUITE_P(All, SourceFaults, testing::ValuesIn(Kinds()),
                          [](const auto& kind) { return std::string(kind.param.title); });
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "support/AccessPages.h"
 
-#include "support/Rc4.h"
-
 #include <stdexcept>
 
 namespace NSTQ::Tests {

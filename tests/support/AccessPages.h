@@ -1,4 +1,4 @@
-// The pages of an Access database while it is built, and the records that stand on data pages.
+// The pages of an Access database while it is built, and the records on data pages.
 #pragma once
 
 #include "support/LittleEndian.h"
@@ -23,7 +23,7 @@ public:
     std::size_t Size() const { return IsJet3() ? 2048 : 4096; }
     std::uint32_t Count() const { return static_cast<std::uint32_t>(m_strBytes.size() / Size()); }
 
-    /// Adds a page of zeros and gives its number.
+    /// Adds a page of zeros and returns its number.
     std::uint32_t Add();
     void Put(std::uint32_t page, std::size_t offset, std::string_view bytes);
     void Put(std::uint32_t page, std::size_t offset, std::uint64_t value, std::size_t width);
@@ -37,7 +37,7 @@ private:
     std::string m_strBytes;
 };
 
-/// Where a record stands.
+/// Where a record is.
 struct SRecordPlace {
     std::uint32_t page = 0;
     std::uint32_t row = 0;

@@ -6,7 +6,7 @@
 namespace NSTQ::Tests {
 namespace {
 
-/// What Jet 4 repeats in definitions; nobody knows why.
+/// Numbers that Jet 4 repeats in definitions; their meaning is unknown.
 constexpr std::uint32_t mark = 0x659;
 constexpr std::uint32_t indexMark = 0x783;
 constexpr std::size_t pageHeader = 8; ///< of a definition page
@@ -42,7 +42,7 @@ CAccessTable& CAccessTable::Add(const AccessRow& row, SAccessRowOptions options)
     }
     if (options.place == ERowPlace::Moved) {
         const SRecordPlace place = m_moved.Add(record, CRecordPages::deletedFlag);
-        m_rows.Add(place.Pointer() + "what stood here before", CRecordPages::pointerFlag);
+        m_rows.Add(place.Pointer() + "the former content", CRecordPages::pointerFlag);
     } else {
         m_rows.Add(record);
     }
@@ -125,7 +125,7 @@ std::string CAccessTable::Definition() const {
     return Zeros(pageHeader) + LittleEndian(body.size() + 4, 4) + body;
 }
 
-/// Each page has a header and goes on where the one before ended.
+/// Each page has a header and continues the one before.
 void CAccessTable::WriteDefinition() {
     const std::string whole = Definition();
     const std::size_t perPage = m_pages.Size() - pageHeader;
@@ -171,8 +171,8 @@ void CAccessTable::Finish() {
     WriteMap(m_longMap, m_long.Numbers());
 }
 
-/// Twelve bytes with size and place; the content in them, in a record of a page, or in a chain of records that each
-/// begin with a pointer to the next.
+/// Twelve bytes with size and place; the content follows, or is in a record of a page, or in a chain of records that
+/// each begin with a pointer to the next.
 std::string CAccessTable::LongValue(const std::string& content) {
     using enum SAccessTableOptions::ELongValue;
     auto form = m_options.longValue;
@@ -198,7 +198,7 @@ std::string CAccessTable::Record(const AccessRow& row, std::size_t columns) {
     if (row.size() != columns)
         throw std::logic_error("a row with another number of values");
     std::string fixed, variable, nulls((columns + 7) / 8, '\0');
-    // What is left of the last byte says nothing.
+    // The unused bits of the last byte have no meaning.
     if (columns % 8 != 0 && columns < m_columns.size())
         nulls.back() = static_cast<char>(0xFF << columns % 8);
     std::vector<std::size_t> offsets;

@@ -7,8 +7,8 @@ namespace NSTQ::Tests {
 
 enum class ERowPlace {
     Plain,
-    Deleted, ///< its slot says so
-    Moved    ///< its slot holds a pointer to it
+    Deleted, ///< marked in its slot
+    Moved    ///< its slot refers to a pointer to it
 };
 
 struct SAccessRowOptions {
@@ -32,12 +32,11 @@ public:
 
     CAccessTable& Add(const AccessRow& row, SAccessRowOptions options = {});
     SAccessTableOptions& Options() { return m_options; }
-    /// Writes the definition and the usage maps; nothing is added afterwards.
+    /// Writes the definition and the usage maps; nothing may be added afterwards.
     void Finish();
 
     std::uint32_t DefinitionPage(std::size_t index = 0) const { return m_definitionPages.at(index); }
     const std::vector<std::uint32_t>& RowPages() const { return m_rows.Numbers(); }
-    const std::vector<std::uint32_t>& MovedPages() const { return m_moved.Numbers(); }
     const std::vector<std::uint32_t>& LongPages() const { return m_long.Numbers(); }
     SRecordPlace MapPlace() const { return m_usedMap; }
 

@@ -8,8 +8,8 @@
 namespace NSTQ::Tests {
 namespace {
 
-/// A letter of Latin-1 becomes its byte, a run of others stands between two zeros. Texts with a character that ends
-/// in a zero byte stay as they are, and so do texts that would not get shorter.
+/// A letter of Latin-1 becomes its byte, and a run of others is enclosed in two zeros. Texts with a character whose
+/// first byte is zero, and texts that would not get shorter, remain unchanged.
 std::string Compressed(const std::string& utf16) {
     std::string result = "\xFF\xFE";
     bool isPlain = true;
@@ -27,25 +27,19 @@ std::string Compressed(const std::string& utf16) {
     return result.size() < utf16.size() ? result : utf16;
 }
 
-/// The magnitude as 128 bits: four words of 32 bits, the highest first.
-std::array<std::uint32_t, 4> Words(std::string_view digits) {
-    std::array<std::uint32_t, 4> words{};
-    for (const char digit : digits) {
+/// The sign, then four words of 32 bits, the highest first. In a calculated column: the size of what follows, the
+/// scale, the sign, and the words of each half exchanged.
+std::string NumericBytes(const SAccessColumn& column, std::string_view digits) {
+    const bool isNegative = digits.starts_with('-');
+    std::array<std::uint64_t, 4> words{};
+    for (const char digit : digits.substr(isNegative ? 1 : 0)) {
         std::uint64_t carry = static_cast<std::uint64_t>(digit - '0');
-        for (std::size_t i = words.size(); i-- > 0;) {
-            carry += std::uint64_t{words[i]} * 10;
-            words[i] = static_cast<std::uint32_t>(carry);
+        for (auto word = words.rbegin(); word != words.rend(); ++word) {
+            carry += *word * 10;
+            *word = carry & 0xFFFFFFFF;
             carry >>= 32;
         }
     }
-    return words;
-}
-
-/// The sign, then the words. In a calculated column: the size of what follows, the scale, the sign, and the words of
-/// each half the other way round.
-std::string NumericBytes(const SAccessColumn& column, std::string_view digits) {
-    const bool isNegative = digits.starts_with('-');
-    const auto words = Words(digits.substr(isNegative ? 1 : 0));
     std::string bytes;
     if (column.isCalculated)
         bytes = LittleEndian(18, 2) + static_cast<char>(column.scale);
@@ -67,9 +61,7 @@ std::string PlainBytes(const SAccessColumn& column, const AccessValue& value, bo
     case EAccess::Text:
     case EAccess::Memo: {
         const std::string& text = std::get<std::string>(value);
-        if (isJet3)
-            return text;
-        return column.isCompressed ? Compressed(Utf16Bytes(text)) : Utf16Bytes(text);
+        return isJet3 ? text : column.isCompressed ? Compressed(Utf16Bytes(text)) : Utf16Bytes(text);
     }
     case EAccess::Numeric:
         return NumericBytes(column, std::get<std::string>(value));

@@ -34,10 +34,10 @@ struct SAccessColumn {
     unsigned char scale = 0;
     bool isVariable = false;               ///< a type of fixed size among the variable ones, as system tables have it
     bool isCalculated = false;             ///< the value in a wrapper
-    bool isDeleted = false;                ///< not in the definition any more, but in the rows
+    bool isDeleted = false;                ///< no longer in the definition, but in the rows
     bool isCompressed = true;              ///< texts of Jet 4 may be compressed
-    std::optional<EAccess> shownType = {}; ///< what the definition says, when that is not the type of the values
-    std::optional<unsigned> position = {}; ///< where it is shown; its place among the columns otherwise
+    std::optional<EAccess> shownType = {}; ///< the one in the definition, if that is not the type of the values
+    std::optional<unsigned> position = {}; ///< where it is shown; by default its place among the columns
 
     bool IsInVariablePart() const;
     bool IsLongValue() const { return type == EAccess::Ole || type == EAccess::Memo; }

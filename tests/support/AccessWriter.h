@@ -1,5 +1,5 @@
 // Access databases built byte by byte for tests: mdb of Jet 3 and Jet 4, accdb of 2007 to 2019, right or wrong on
-// purpose. What it knows of the format is its own and is not shared with the reader.
+// purpose. It shares no code with the reader.
 #pragma once
 
 #include "support/AccessTable.h"
@@ -24,10 +24,10 @@ public:
 
     explicit CAccessWriter(EJet version);
 
-    /// Of the header, with which nothing is encrypted.
+    /// The one in the header, which encrypts nothing.
     void SetPassWord(std::string passWord) { m_strPassWord = std::move(passWord); }
     void SetCodePage(unsigned codePage) { m_uCodePage = codePage; }
-    /// Jet 3 and 4: encodes the pages. Otherwise it only stands in the header, for pages that are encrypted
+    /// Encodes the pages of Jet 3 and 4. Otherwise it is only written into the header, for pages that are encrypted
     /// afterwards.
     void SetKey(std::uint32_t key) { m_uKey = key; }
 
@@ -37,10 +37,10 @@ public:
     void AddObject(const std::string& name, int type, std::int64_t flags) {
         Catalogue(m_nextId++, name, type, flags);
     }
-    /// Columns and condition as they stand in SQL. `flags` 0 is a selection.
+    /// Columns and condition as in SQL. `flags` 0 is a selection.
     void AddQuery(const std::string& name, const std::vector<SAccessQueryRow>& rows, std::int64_t flags = 0);
 
-    /// Writes what was left open and gives the pages; nothing is added afterwards.
+    /// Writes what is missing and returns the pages; nothing may be added afterwards.
     CAccessPages& Finish();
 
     CAccessPages& Pages() { return m_pages; }

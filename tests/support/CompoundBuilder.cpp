@@ -13,8 +13,7 @@ constexpr std::uint32_t none = 0xFFFFFFFF;
 constexpr std::size_t miniSize = 64;
 constexpr std::uint32_t miniCutOff = 4096;
 constexpr std::size_t entrySize = 128;
-/// So many sectors of the allocation table are listed in the header.
-constexpr std::size_t headed = 109;
+constexpr std::size_t headed = 109; ///< the sectors of the FAT that the header lists
 
 /// Streams cut into sectors of one size, and the table of their chains.
 struct SSectors {
@@ -98,7 +97,7 @@ CCompoundBuilder& CCompoundBuilder::Add(const std::u16string& path, std::string 
     return *this;
 }
 
-/// The children of a storage form a tree that is a mere chain. `starts` has those of all entries, the root first.
+/// The children of a storage are a tree that is a chain. `starts` has those of all entries, the root first.
 std::string CCompoundBuilder::Directory(const std::vector<std::uint32_t>& starts, std::size_t miniBytes) const {
     const auto parent = [](std::u16string_view path) {
         const std::size_t slash = path.rfind(u'/');
@@ -120,7 +119,7 @@ std::string CCompoundBuilder::Directory(const std::vector<std::uint32_t>& starts
     return directory;
 }
 
-/// What stands behind the contents: the allocation table and, beyond what the header lists of it, the list of it.
+/// Returns what follows the contents: the FAT and, beyond what the header lists of it, the list of its sectors.
 std::string CCompoundBuilder::AddTable(SCompoundBytes& file, std::vector<std::uint32_t> table) {
     const std::size_t perSector = file.sectorSize / 4;
     const std::size_t contentCount = table.size();
@@ -136,25 +135,19 @@ std::string CCompoundBuilder::AddTable(SCompoundBytes& file, std::vector<std::ui
     const auto listStart = static_cast<std::uint32_t>(table.size());
     table.resize(table.size() + listCount, 0xFFFFFFFC);
     std::string bytes = Numbers(table, tableCount * perSector);
-    for (std::size_t i = 0, at = headed; i < listCount; ++i, at += perSector - 1) {
-        std::vector<std::uint32_t> list(perSector, none);
-        std::copy(file.tableSectors.begin() + static_cast<std::ptrdiff_t>(at),
-                  file.tableSectors.begin() + static_cast<std::ptrdiff_t>(std::min(tableCount, at + perSector - 1)),
-                  list.begin());
-        list.back() = i + 1 < listCount ? listStart + static_cast<std::uint32_t>(i + 1) : endOfChain;
-        bytes += Numbers(list, perSector);
+    const std::string sectors = Numbers(file.tableSectors, headed + listCount * (perSector - 1));
+    for (std::size_t i = 0; i < listCount; ++i) {
+        bytes += sectors.substr(4 * (headed + i * (perSector - 1)), 4 * (perSector - 1));
+        bytes += LittleEndian(i + 1 < listCount ? listStart + i + 1 : endOfChain, 4);
     }
     file.bytes += Numbers({listCount == 0 ? endOfChain : listStart, static_cast<std::uint32_t>(listCount)}, 2);
-    file.bytes += Numbers({file.tableSectors.begin(),
-                           file.tableSectors.begin() + static_cast<std::ptrdiff_t>(std::min(headed, tableCount))},
-                          headed);
+    file.bytes += sectors.substr(0, 4 * headed);
     file.Set(44, static_cast<std::uint32_t>(tableCount));
     return bytes;
 }
 
 SCompoundBytes CCompoundBuilder::Finish(const SCompoundForm& form) const {
-    std::vector<std::string> small;
-    std::vector<std::string> large;
+    std::vector<std::string> small, large;
     for (const SEntry& entry : m_entries)
         (entry.content.size() < miniCutOff ? small : large).push_back(entry.content);
     const SSectors mini = Place(small, miniSize, form);
@@ -162,7 +155,7 @@ SCompoundBytes CCompoundBuilder::Finish(const SCompoundForm& form) const {
     large.push_back(mini.bytes);
     large.push_back(Padded(Numbers(mini.table, 0), form.sectorSize, '\xFF'));
     large.push_back(Padded(std::string((m_entries.size() + 1) * entrySize, '\0'), form.sectorSize));
-    // Where all lies does not depend on what is in it, and the directory has to tell.
+    // The places do not depend on the content, and the directory contains them.
     SSectors sectors = Place(large, form.sectorSize, form);
     std::vector<std::uint32_t> starts{sectors.starts[own]};
     for (std::size_t i = 0, smallAt = 0, largeAt = 0; i < m_entries.size(); ++i)

@@ -1,4 +1,4 @@
-// Writes compound files, right ones and wrong ones.
+// Writes compound files, valid and forged ones.
 //
 //     CCompoundBuilder builder;
 //     builder.Add(u"Workbook", records).Add(u"\x0006DataSpaces/Version", version);
@@ -15,9 +15,9 @@ namespace NSTQ::Tests {
 
 struct SCompoundForm {
     std::size_t sectorSize = 512;
-    /// Gives neighbours in a stream places far apart, the later ones first.
+    /// Places neighbouring sectors of a stream far apart, the later ones first.
     bool isScattered = false;
-    /// A sector more at the end of each chain than the stream needs.
+    /// One sector more at the end of each chain than the stream needs.
     bool hasLongChains = false;
 };
 
@@ -27,7 +27,7 @@ struct SCompoundBytes {
 
     std::string bytes;
     std::size_t sectorSize = 512;
-    std::vector<std::uint32_t> tableSectors{};       ///< those of the allocation table
+    std::vector<std::uint32_t> tableSectors{};       ///< those of the FAT
     std::map<std::u16string, std::size_t> entries{}; ///< by the path: offsets
 
     void Set(std::size_t offset, std::uint32_t value);
@@ -36,13 +36,13 @@ struct SCompoundBytes {
         Set(entries.at(path) + field, value);
     }
     std::uint32_t GetEntry(const std::u16string& path, EField field) const { return Get(entries.at(path) + field); }
-    /// What the allocation table says of a sector.
+    /// Where the FAT entry of a sector is.
     std::size_t TableOffset(std::uint32_t sector) const;
 };
 
 class CCompoundBuilder {
 public:
-    /// Storages on the path come with the first stream in them.
+    /// Adds the storages on the path with the first stream in them.
     CCompoundBuilder& Add(const std::u16string& path, std::string content);
     SCompoundBytes Finish(const SCompoundForm& form = {}) const;
 

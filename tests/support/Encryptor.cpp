@@ -2,7 +2,6 @@
 
 #include "support/CompoundBuilder.h"
 #include "support/LittleEndian.h"
-#include "support/Rc4.h"
 
 #include <openssl/evp.h>
 
@@ -41,12 +40,6 @@ std::string Aes(const std::string& key, const std::string& start, std::string te
     return out;
 }
 
-std::string Xor(std::string text, std::string_view with) {
-    for (std::size_t i = 0; i < text.size(); ++i)
-        text[i] = static_cast<char>(text[i] ^ with[i]);
-    return text;
-}
-
 std::string Wide(std::string_view text) {
     std::string wide;
     for (const char c : text)
@@ -59,11 +52,6 @@ std::string Base64(const std::string& text) {
     coded.resize(static_cast<std::size_t>(
         EVP_EncodeBlock(reinterpret_cast<unsigned char*>(coded.data()), Bytes(text), static_cast<int>(text.size()))));
     return coded;
-}
-
-std::string Fitted(std::string text, std::size_t size) {
-    text.resize(size, '\x36');
-    return text;
 }
 
 std::string Spin(const char* hash, const std::string& salted, unsigned count) {
@@ -96,7 +84,9 @@ std::string SEncryptedPackage::File(std::uint32_t claimed) const {
 SBlockCipher AgileCipher(std::string_view passWord, const char* hash, unsigned keyBits, unsigned spinCount) {
     const std::string spun = Spin(hash, salt + Wide(passWord), spinCount);
     const auto lock = [&](std::string_view purpose, const std::string& text) {
-        return Base64(Aes(Fitted(Hash(hash, spun + std::string(purpose)), keyBits / 8), salt, text));
+        std::string key = Hash(hash, spun + std::string(purpose));
+        key.resize(keyBits / 8, '\x36');
+        return Base64(Aes(key, salt, text));
     };
     const std::string key = Noise(keyBits / 8, 17);
     const std::string dataSalt = Noise(16, 19);
@@ -124,7 +114,10 @@ SBlockCipher StandardCipher(std::string_view passWord, unsigned keyBits, unsigne
     const auto encrypt = [=](std::uint32_t block, std::string text) {
         const std::string digest = Hash("SHA1", spun + LittleEndian(block, 4));
         const auto half = [&](char filling) {
-            return Hash("SHA1", Xor(std::string(20, filling), digest) + std::string(44, filling));
+            std::string mixed(64, filling);
+            for (std::size_t i = 0; i < digest.size(); ++i)
+                mixed[i] ^= digest[i];
+            return Hash("SHA1", mixed);
         };
         return Aes((half(0x36) + half(0x5C)).substr(0, keyBits / 8), {}, std::move(text));
     };

@@ -1,4 +1,4 @@
-// Encrypts, written from the descriptions of the formats: what the readers have to open. Passwords are Latin-1.
+// Encrypts as the descriptions of the formats say. Passwords are Latin-1.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ struct SBlockCipher {
 };
 /// `hash` is a name as libcrypto knows it: "SHA512".
 SBlockCipher AgileCipher(std::string_view passWord, const char* hash, unsigned keyBits, unsigned spinCount = 1000);
-/// AES whose key has 50000 rounds in packages, in databases maybe none.
+/// AES; the key takes 50000 rounds in packages and may take none in databases.
 SBlockCipher StandardCipher(std::string_view passWord, unsigned keyBits, unsigned spinCount = 50000);
 SBlockCipher Rc4Cipher40Bit(std::string_view passWord);
 SBlockCipher Rc4Cipher(std::string_view passWord, unsigned keyBits);
@@ -24,8 +24,7 @@ SBlockCipher Rc4Cipher(std::string_view passWord, unsigned keyBits);
 struct SEncryptedPackage {
     std::string info;
     std::string package;
-    /// Both in a compound file.
-    /// The directory may claim another size of the package.
+    /// Both in a compound file, whose directory may claim another size of the package.
     std::string File(std::uint32_t claimed = 0) const;
 };
 SEncryptedPackage EncryptAgile(std::string_view package, std::string_view passWord, const char* hash,
@@ -39,7 +38,7 @@ struct SRecordEncryption {
 };
 SRecordEncryption EncryptRecords(const SBlockCipher& cipher, std::size_t streamSize);
 
-/// Encrypts the pages of an accdb but for page 0, which it has say how. `key` is the one in the header.
+/// Encrypts all pages of an accdb except page 0, which gets the description. `key` is the one in the header.
 void EncryptDatabase(std::string& file, const SBlockCipher& cipher, std::uint32_t key);
 
 /// The obfuscation of records.

@@ -1,5 +1,5 @@
-// The library against the plain reader: all short inputs, bytes at the ends of the read buffer, and long random ones.
-// TQC_TEST_UTF8 (0 or 1) chooses the grammar, so that the two halves run side by side.
+// Compares the library with the simple reader: all short inputs, bytes at the ends of the read buffer, and long
+// random inputs. TQC_TEST_UTF8 (0 or 1) chooses the grammar, so that the two halves run at the same time.
 #include "support/Faults.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
@@ -68,7 +68,7 @@ protected:
 };
 
 TEST_P(CDifferential, AllShortTexts) {
-    // Each variation sees all texts one token shorter than the longest ones, which the variations share out.
+    // Each variation reads all texts but the longest ones, of which each is read with one variation.
     const std::size_t longest = isSanitized ? 5 : 6;
     for (std::size_t length = 0; length < longest; ++length)
         ForEachText(length, [&](const std::string& text, std::size_t) {
@@ -83,7 +83,7 @@ TEST_P(CDifferential, AllShortTexts) {
     });
 }
 
-/// A text where every kernel takes it: enough bytes behind it, and before it ordinary ones that shift it over the
+/// A text where every kernel processes it: enough bytes follow it, and ordinary ones before it shift it over the
 /// places where two blocks meet.
 std::string InBlocks(const std::string& text, std::size_t number) {
     constexpr std::size_t shifts[] = {0, 58, 59, 60, 61, 62, 63, 64, 126};
@@ -130,7 +130,7 @@ std::string RandomText(std::mt19937& random, std::size_t length) {
                   {"\r\n", "\"\"", ",\"", "\xFF", "\xE3\x81\x82", "\xC3\xA9", "text", "\xF0\xA0\x80\x8B", "\xE9"});
     // Of one byte in the page, of none, overlong, half a pair, of two in Korean and Japanese.
     tokens.insert(tokens.end(), {"\xEF\xBD\xB1", "\xE3\x80\x9C", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xE6\xBC\xA2"});
-    // A few favourites give each text its own character; without plain ones among them no record is ever long.
+    // Each text consists mainly of a few tokens; without plain ones among them no record would be long.
     std::vector<std::string> favourites(tokens.begin(), tokens.begin() + 1);
     for (std::size_t i = 0, count = pick(6); i < count; ++i)
         favourites.push_back(tokens[pick(tokens.size())]);
@@ -151,7 +151,7 @@ TEST_P(CDifferential, RandomTextsInBlocks) {
     }
 }
 
-// Fills that end anywhere, in blocks and out of them, and fills that fail.
+// Fills that end anywhere, in blocks and outside them, and fills that fail.
 TEST_P(CDifferential, RandomLongTexts) {
     constexpr std::uint32_t limits[] = {0,   1,   2,   3,    5,     20,    64,    65,   190,
                                         193, 255, 300, 4096, 63999, 64000, 65535, 70000};
@@ -167,10 +167,10 @@ TEST_P(CDifferential, RandomLongTexts) {
         }
         const std::string text = RandomText(random, random() % (round % 4 == 0 ? 200000 : 4000));
         CTestedReader tested(settings);
-        // Where the character set is looked for, opening asks until four bytes have come.
+        // When the character set is detected, opening reads until it has four bytes.
         constexpr std::size_t sizes[] = {130, 1000, 64000, 1, 2, 7};
         CReads reads{.size = sizes[random() % (text.size() > 4000 ? 3 : 6)], .first = isUtf8 ? 4U : 1U};
-        // Whole reads fail once, the last time where the file has ended: later a record may ask more than once.
+        // Whole reads fail once, at the latest at the end of the file: after that a record may read more than once.
         reads.failing = reads.size == 64000 ? 2 + random() % (text.size() / 64000 + 1) : 0;
         const auto fault =
             reads.failing > 0 ? Faults::Scope(Faults::Call::Read, reads.failing, EIO) : Faults::Reads(reads.size);

@@ -1,4 +1,4 @@
-// What the tests of the text readers share: the library's reader and the plain one side by side.
+// Shared by the tests of the text readers: the library's reader and the simple one.
 #pragma once
 
 #include "CCsvDataAccess.h"
@@ -16,7 +16,7 @@
 
 namespace NSTQ::Tests {
 
-/// The library's reader; it can also be filled without a file, which makes millions of inputs affordable.
+/// The library's reader; it can also be filled without a file, so that tests can read millions of inputs.
 class CTestedReader : public NSTQCore::CCsvDataAccess {
 public:
     explicit CTestedReader(const CSettings& settings)
@@ -27,7 +27,7 @@ public:
         m_info.SetKeepLineEnds(settings.keepLineEnds);
     }
 
-    /// Describes the file at the first call only, so that later ones make just the reader's own system calls.
+    /// Describes the file at the first call only, so that later ones make only the reader's own system calls.
     bool Open(const std::string& path) {
         if (path != m_path) {
             m_path = path;
@@ -37,7 +37,7 @@ public:
         return FileOpen(&m_info);
     }
 
-    /// Stands as after the first fill of a file of these bytes; the open file, an empty one, serves the refills.
+    /// The state after the first fill from a file of these bytes; refills read the open file, which is empty.
     void Load(std::string_view bytes) {
         bytes.copy(reinterpret_cast<char*>(m_pReadBuff.get()), bytes.size());
         m_dwReadSize = static_cast<NSTQ::DWORD>(bytes.size());
@@ -81,7 +81,7 @@ private:
                 record.fields[i] += "<no NUL>";
         }
         record.raw.assign(raw == nullptr ? "" : raw, raw == nullptr ? 0 : rawSize);
-        // The slack that kernels may look at.
+        // The slack that kernels may read.
         const char* const slack = m_pLineBuff.get() + m_dwMaxLineSize + 1;
         if (std::any_of(slack, slack + Scan::readSlack, [](char byte) { return byte != '\0'; }))
             record.raw += "<written behind the line buffer>";
@@ -100,7 +100,7 @@ inline std::string Escape(std::string_view text) {
     return testing::PrintToString(std::string(text.substr(0, 400)));
 }
 
-/// TablesTest.cpp tells how to read it.
+/// TablesTest.cpp explains the notation.
 inline std::string Show(const CRecord& record) {
     std::string text = (record.result ? "+" : "-") + std::to_string(record.count) + ':';
     for (std::size_t i = 0; i < record.fields.size(); ++i)
@@ -156,7 +156,7 @@ inline std::vector<CSettings> Variations(bool utf8) {
     all[7] = {.title = "tinier limits, raw", .raw = true, .maxFields = 1, .maxLine = 3, .maxField = 1};
     all[8] = {.title = "line end NUL SUB, short lines", .pre = '\0', .post = 0x1A, .maxLine = 2};
     all[9] = {.title = "line end space TAB, nothing stored", .pre = ' ', .post = '\t', .maxFields = 0, .maxField = 0};
-    // Limits that come within reach in the middle of what a kernel would take.
+    // Limits that are reached in the middle of what a kernel would process.
     all[10] = {.title = "limits of a few blocks", .maxFields = 4, .maxLine = 270, .maxField = 66};
     all[11] = {.title = "high separator", .separator = '\x81'};
     all[12] = {.title = "line ends kept, raw", .raw = true, .keepLineEnds = true};

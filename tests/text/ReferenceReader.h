@@ -1,6 +1,6 @@
-// A plain reader of delimited text, written for reading rather than for speed: a whole file in memory, one byte at a
-// time. The library must agree with it on every input: results, fields, counts, raw records, and what the refills of
-// the read buffer make of HasNextLineData and GetReadPosition.
+// A simple reader of delimited text, which has the whole file in memory and processes one byte at a time. The library
+// must agree with it on every input: results, fields, counts, raw records, and what HasNextLineData and
+// GetReadPosition return after refills of the read buffer.
 #pragma once
 
 #include "platform/automation/Bstr.h"
@@ -30,10 +30,10 @@ struct CSettings {
     bool keepLineEnds = false;
 };
 
-/// What one read gives. Before the read `count` holds what the caller's variable holds.
+/// The result of one read. Before the read `count` is the value of the caller's variable.
 struct CRecord {
     bool result = false;
-    bool assigned = false; ///< the arrays (and the raw record) were handed out
+    bool assigned = false; ///< the arrays (and the raw record) were returned
     bool rawFits = true;
     bool hasNext = false;
     bool failedRead = false; ///< the error code is the system's
@@ -45,7 +45,7 @@ struct CRecord {
 };
 
 /// How the file's bytes arrive: the most bytes of one read, and which read fails (from 1, the one at opening).
-/// Opening asks on until it has `first` bytes.
+/// Opening reads until it has `first` bytes.
 struct CReads {
     std::size_t size = 64000;
     std::size_t failing = 0;
@@ -102,8 +102,8 @@ public:
 private:
     static constexpr int tab = 0x09, sub = 0x1A, space = 0x20, quote = 0x22;
 
-    /// A field keeps a TAB until its end, so that trimming tells the space that it becomes from a real one; the bytes
-    /// of a line end that stays are marked.
+    /// A field contains its TABs until its end, so that trimming distinguishes the spaces that they become from other
+    /// spaces; the bytes of a line end that is kept are marked.
     static constexpr char16_t kept = 0x100;
     static std::string Finish(const std::u16string& field) {
         std::string text;
@@ -112,7 +112,7 @@ private:
         return text;
     }
 
-    /// Inside quotes, behind `byte`: whether it is or begins a line end that stays.
+    /// Inside quotes, after `byte`: whether it is or begins a line end that is kept.
     template <class TString>
     bool KeepLineEnd(int byte, TString& text, char16_t mark) {
         if (!m_settings.keepLineEnds)
@@ -137,7 +137,7 @@ private:
         return Platform::GetAnsiCodePage() == 932 && isLead ? 2 : 1;
     }
 
-    /// In UTF-8 a byte of another kind begins a character, whatever the byte before it has promised.
+    /// In UTF-8 a byte of another kind begins a character, whatever the first byte of the last one says.
     static bool ContinuesCharacter(char byte) {
         return !IsUtf8Page() || (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
     }
@@ -207,7 +207,7 @@ private:
         return true;
     }
 
-    /// False when SUB stands where the field would begin.
+    /// False when there is a SUB where the field would begin.
     bool ReadOneField(std::u16string& field) {
         SkipBlanks();
         if (m_end)
@@ -297,16 +297,14 @@ private:
         const std::size_t limit = m_settings.maxField;
         if (field.size() <= limit)
             return field;
-        std::size_t last = 0; // where the last character begins that begins below the limit
-        std::size_t end = 0;
+        std::size_t size = 0;
         for (std::size_t at = 0; at < limit;) {
-            last = at;
-            end = at + CharacterLength(field[at]);
+            const std::size_t start = at, end = at + CharacterLength(field[at]);
             for (++at; at < end && at < field.size() && ContinuesCharacter(field[at]); ++at) {
             }
+            size = end <= limit ? limit : start;
         }
-        field.resize(end <= limit ? limit : last);
-        return field;
+        return field.substr(0, size);
     }
 
     bool ReadConverted(CRecord& record) {
@@ -332,7 +330,7 @@ private:
     bool Collect(std::string& text) {
         bool quoted = false, done = false, fits = true;
         std::int64_t opening = -1;
-        // The file is asked for the next byte even after the record's end.
+        // The next byte is requested even after the record's end.
         while (fits && Available() && !done) {
             const int byte = Next();
             opening = quoted ? opening : static_cast<std::int64_t>(m_pos);
@@ -377,11 +375,11 @@ private:
     std::size_t m_pos = 0;
     std::size_t m_fillStart = 0;
     std::size_t m_fillEnd = 0;
-    bool m_exhausted = false; ///< a read has failed or given nothing: this record gets no more bytes
+    bool m_exhausted = false; ///< a read has failed or returned nothing: this record gets no more bytes
     bool m_failedRead = false;
     std::int64_t m_openQuote = -1;
     std::uint32_t m_counter = 0; ///< bytes and field ends of the record so far
-    bool m_end = false;          ///< the record's end has been met
+    bool m_end = false;          ///< the record's end has been read
 };
 
 } // namespace NSTQ::Tests

@@ -1,7 +1,13 @@
-// What the readers of delimited text return for typical inputs and for odd ones.
+// What the readers of delimited text return for typical inputs, for odd ones, and when the system fails;
+// DifferentialTest.cpp has reads that fail between two records.
+#include "CFixDataAccess.h"
 #include "platform/Port.h"
+#include "support/Faults.h"
+#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
+
+#include <cerrno>
 
 namespace NSTQ::Tests {
 namespace {
@@ -96,6 +102,8 @@ protected:
     CAnsiPage m_page{932};
 };
 
+const std::string longText = Repeat("12345,\"quoted, \"\"text\", x \r\n", 8000);
+
 TEST_F(CTables, RecordsFromFilesAndStreams) {
     for (const CCase& test : pageCases)
         Check(test, false);
@@ -147,9 +155,7 @@ TEST_F(CTables, MovesToEitherEnd) {
         CTestedReader reader(CSettings{.utf8 = utf8});
         CRecord record;
         ASSERT_TRUE(reader.Open(Write("")));
-        EXPECT_FALSE(reader.HasNextLineData());
-        EXPECT_TRUE(reader.MoveFileEnd());
-        EXPECT_EQ(reader.GetReadPosition(), 0);
+        EXPECT_TRUE(!reader.HasNextLineData() && reader.MoveFileEnd() && reader.GetReadPosition() == 0);
 
         ASSERT_TRUE(reader.Open(Write("a\r\nb\r\n")));
         ASSERT_TRUE(reader.MoveFileEnd());
@@ -157,8 +163,7 @@ TEST_F(CTables, MovesToEitherEnd) {
         EXPECT_EQ(ShowAll(record), "\"+0:\" raw \"\" next 0 position 1000 failed read 0");
         reader.ReadLine(1, record);
         EXPECT_EQ(Show(record), "+1:b");
-        ASSERT_TRUE(reader.MoveFileBegin());
-        EXPECT_TRUE(reader.HasNextLineData());
+        EXPECT_TRUE(reader.MoveFileBegin() && reader.HasNextLineData());
     }
 }
 
@@ -169,18 +174,75 @@ TEST_F(CTables, FilesThatDoNotOpen) {
     EXPECT_EQ(reader.GetErrorCode(), NSTQCore::VCTextFileOperater::DW_ERROR_PATH_NOT_FOUND);
     EXPECT_FALSE(reader.Open(m_folder.Path("missing.csv")));
     EXPECT_EQ(reader.GetErrorCode(), 2U);
-    EXPECT_FALSE(reader.HasNextLineData());
-    EXPECT_FALSE(reader.MoveFileBegin());
+    EXPECT_FALSE(reader.HasNextLineData() || reader.MoveFileBegin());
     EXPECT_NE(reader.GetErrorCode(), 0U);
-    // The reader is still of use, and opening another file lets go of the first one.
-    ASSERT_TRUE(reader.Open(Write("a\r\n")));
-    EXPECT_EQ(reader.GetErrorCode(), 0U);
-    ASSERT_TRUE(reader.Open(m_folder.WriteFile("other.csv", "b,c")));
+    // The reader can still be used, and opening another file closes the first one.
+    for (const auto& [name, content] : {std::pair("a.csv", "a\r\n"), {"b.csv", "b,c"}})
+        ASSERT_TRUE(reader.Open(m_folder.WriteFile(name, content)) && reader.GetErrorCode() == 0);
     CRecord record;
     reader.Read(record);
     EXPECT_EQ(Show(record), "+2:b|c");
     EXPECT_TRUE(reader.FileClose());
     EXPECT_FALSE(reader.HasNextLineData());
+}
+
+TEST_F(CTables, RowsAllocateNothingAndAFileThatBecomesShorterEnds) {
+    using enum NSTQCore::SCDeclareConstant::ESourceFileType;
+    for (const auto& [type, charSet] : {std::pair(SFT_CSV, CSourceDataInfo::RCS_ANSI),
+                                        {SFT_CSV, CSourceDataInfo::RCS_UTF8},
+                                        {SFT_FIX, CSourceDataInfo::RCS_ANSI}}) {
+        SCOPED_TRACE(std::to_string(type) + ' ' + std::to_string(charSet));
+        const std::string path = Write(longText);
+        CSourceDataInfo info;
+        info.SetCommonInfo(path.c_str(), type);
+        info.SetReadCharSet(charSet);
+        info.PrepareReadSourceData(false);
+        info.SetFixColLen({9, 4});
+        NSTQCore::CCsvDataAccess delimited(9, 4096, 255);
+        NSTQCore::CFixDataAccess fixed(9, 4096, 255, &info);
+        NSTQCore::IDataAccess& reader = type == SFT_FIX ? static_cast<NSTQCore::IDataAccess&>(fixed) : delimited;
+        const auto countRows = [&] {
+            const char** fields = nullptr;
+            const WORD* lengths = nullptr;
+            DWORD count = 0, rows = 0;
+            for (; reader.HasNextLineData() && rows < 50000 && reader.GetErrorCode() == 0; ++rows)
+                reader.GetLineData(fields, lengths, count);
+            return rows;
+        };
+        ASSERT_TRUE(reader.FileOpen(&info));
+        {
+            const Faults::Scope allocations(Faults::Call::Allocate, SIZE_MAX, 0);
+            const DWORD rows = countRows();
+            EXPECT_EQ(allocations.Calls(), 0U);
+            EXPECT_GT(rows, 5000U);
+        }
+        ASSERT_TRUE(reader.FileOpen(&info));
+        std::filesystem::resize_file(path, 100000);
+        EXPECT_LT(countRows(), 50000U);
+        EXPECT_FALSE(reader.HasNextLineData());
+        EXPECT_EQ(reader.GetErrorCode(), 38U);
+    }
+}
+
+TEST_F(CTables, AFailedMoveMovesNothing) {
+    for (const bool utf8 : {false, true}) {
+        const CSettings settings{.utf8 = utf8};
+        CTestedReader reader(settings);
+        ASSERT_TRUE(reader.Open(Write(longText)));
+        CReferenceReader plain(settings, longText);
+        CRecord actual, expected;
+        reader.Read(actual);
+        {
+            const Faults::Scope fault(Faults::Call::Seek, 1, EIO, Faults::Times::Always);
+            EXPECT_FALSE(reader.MoveFileBegin());
+            EXPECT_FALSE(reader.MoveFileEnd());
+            reader.ReadLine(0, actual);
+            EXPECT_FALSE(actual.result);
+            EXPECT_TRUE(actual.failedRead);
+        }
+        plain.Read(expected);
+        EXPECT_TRUE(Agree(settings, longText, reader, plain, 1));
+    }
 }
 
 /// A reader outside the library, which counts line ends with the operations for subclasses.
