@@ -57,9 +57,11 @@ windows:
 	cmake --build --preset windows --parallel $(JOBS) --target tqc tqcAccess tqc_manual
 	cd build/windows && cpack
 
-# Under Wine, in a prefix in the build folder.
+# Under Wine, in a prefix in the build folder. The program of Linux is what that of Windows is compared with.
 test-windows:
-	scripts/install_packages windows
+	scripts/install_packages build windows
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target tqc
 	cmake --preset windows
 	cmake --build --preset windows --parallel $(JOBS)
 	ctest --preset windows --parallel $(JOBS)

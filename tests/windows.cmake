@@ -4,6 +4,10 @@ add_test(NAME system_dlls_only COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/check
 if(TARGET tqc)
   add_test(NAME program_dlls COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/check_imports
     ${CMAKE_OBJDUMP} $<TARGET_FILE:tqc> tqcAccess.dll)
+  set(TQC_LINUX_PROGRAM ${PROJECT_SOURCE_DIR}/build/release/tools/tqc/tqc
+    CACHE FILEPATH "The program of Linux, with which that of Windows is compared")
+  add_test(NAME same_as_on_linux COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/compare_programs
+    ${PROJECT_SOURCE_DIR}/examples/data ${TQC_LINUX_PROGRAM} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:tqc>)
 endif()
 
 # Programs that include the header of the system before and after those of the library.
@@ -20,9 +24,30 @@ endif()
 # The tests encrypt by libcrypto, which is not there; what decrypts is the same on both systems but for the suite above.
 set(TQC_WITH_ENCRYPTION OFF)
 
-# Suites that need nothing but what both systems have.
+# Suites of both systems. What runs on Linux only:
+# - files_test, package_test and source_faults_test put faults in place of its system calls;
+# - tool_test starts tqc with fork, and hostile_test and blown_up_test limit and measure what they start;
+# - PackagePreparationTest.cpp limits open files and plants links; output_test protects pages of memory;
+# - automation_test lets malloc fail, also for the runtime of the compiler, which is in the program on Windows;
+# - encryption_test encrypts by libcrypto, which Debian does not have for Windows;
+# - the fuzz targets and the replay of their seeds map memory and stand in for read;
+# - the tests of installed files and of symbols are about ELF, pkg-config and dlopen.
+include(support.cmake)
 include(compound.cmake)
 include(xlsx.cmake)
 include(xls.cmake)
 include(access.cmake)
+include(ado.cmake)
+include(text.cmake)
 tqc_add_test(codepage_test platform/CodePageTest.cpp)
+tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
+tqc_add_test(framework_test framework/FacadeTest.cpp)
+tqc_add_test(fixed_text_test text/FixDataAccessTest.cpp)
+foreach(test fixed_text_test sourceinfo_test framework_test)
+  target_link_libraries(${test} PRIVATE tqc_port_faults)
+endforeach()
+# Names with quotes, and paths that any number of slashes may begin, are of Linux.
+set_tests_properties(ado_test PROPERTIES ENVIRONMENT
+  GTEST_FILTER=-Sources.StringsHaveProviderPathAndPropertiesAndOpenTheFile)
+set_tests_properties(sourceinfo_test PROPERTIES ENVIRONMENT
+  GTEST_FILTER=-SourceDataInfo.ARefusedPathLeavesNoStaleDescription)

@@ -173,10 +173,10 @@ DWORD EnterFolder(TFile parent, const std::string& name, TFile& folder);
 /// Creates the file `name` in `folder` for writing, for this user only. 80 if there is anything of this name.
 DWORD MakeFileIn(TFile folder, const std::string& name, TFile& file);
 
-/// Removes a folder and everything below it, whatever its names and depth, with a constant number of open files and
-/// constant stack. Links are removed and never followed; if the folder itself is a link, it stays. Read-only files
-/// stay with the folders above them, and so does what the system refuses to remove; the rest is removed. The result
-/// tells whether the folder itself was removed.
+/// Removes a folder and everything below it, whatever its names and depth, with constant stack and, on POSIX, a
+/// constant number of open files (on Windows one for each level). Links are removed and never followed; if the folder
+/// itself is a link, it stays. Read-only files stay with the folders above them, and so does what the system refuses
+/// to remove; the rest is removed. The result tells whether the folder itself was removed.
 DWORD RemoveTree(const std::string& path);
 
 /// Removes a file or a link (not what it leads to), open or not. 5 for a folder and for a read-only file.
@@ -260,7 +260,8 @@ DWORD MakeTemporaryLink(const std::string& original, const std::string& extensio
 /// Creates a file without a name in the folder of `target`, for writing, for this user only. 50 where there are no
 /// such files, as on Windows; other codes as well, after which a hidden name may still work.
 DWORD MakeNamelessFile(const std::string& target, TFile& file);
-/// Creates a new file for writing, for this user only. 80 if the path exists.
+/// Creates a new file for writing, on POSIX for this user only; on Windows with the rights that its folder passes on,
+/// which `target` shall have at the end. 80 if the path exists.
 DWORD MakeHiddenFile(const std::string& path, TFile& file);
 /// Gives a file without a name its name. 80 if the path exists.
 DWORD GiveName(TFile file, const std::string& path);

@@ -23,10 +23,32 @@ bool IsLink(HANDLE file, DWORD attributes) {
            IsReparseTagNameSurrogate(tag.ReparseTag);
 }
 
+/// Without the identity, in place of which the handle itself stands: no other open file has the same.
+DWORD GetUnidentifiedStatus(HANDLE file, SStatus& status) {
+    FILE_STANDARD_INFO standard{};
+    FILE_BASIC_INFO basic{};
+    if (!::GetFileInformationByHandleEx(file, FileStandardInfo, &standard, sizeof standard) ||
+        !::GetFileInformationByHandleEx(file, FileBasicInfo, &basic, sizeof basic))
+        return LastCode();
+    const auto time = [](const LARGE_INTEGER& value) {
+        return NSTQ::FILETIME{value.LowPart, static_cast<DWORD>(value.HighPart)};
+    };
+    status.kind = standard.Directory ? EKind::Folder : EKind::Regular;
+    status.isReadOnly = !standard.Directory && (basic.FileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+    status.size = standard.EndOfFile.QuadPart;
+    status.device = ~std::uint64_t{0};
+    status.number = static_cast<std::uint64_t>(FileOfHandle(file));
+    status.createTime = time(basic.CreationTime);
+    status.accessTime = time(basic.LastAccessTime);
+    status.updateTime = time(basic.LastWriteTime);
+    return ERROR_SUCCESS;
+}
+
+/// Some file systems, and Wine for a standard stream that is a file, do not tell the identity.
 DWORD GetDiskStatus(HANDLE file, SStatus& status) {
     BY_HANDLE_FILE_INFORMATION information{};
     if (!::GetFileInformationByHandle(file, &information))
-        return LastCode();
+        return GetUnidentifiedStatus(file, status);
     const DWORD attributes = information.dwFileAttributes;
     const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     status.kind = IsLink(file, attributes) ? EKind::Link : isFolder ? EKind::Folder : EKind::Regular;
