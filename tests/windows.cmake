@@ -31,6 +31,8 @@ set(TQC_WITH_ENCRYPTION OFF)
 # - automation_test lets malloc fail, also for the runtime of the compiler, which is in the program on Windows;
 # - encryption_test encrypts by libcrypto, which Debian does not have for Windows;
 # - the fuzz targets and the replay of their seeds map memory and stand in for read;
+# - text_ansi_test and text_utf8_test compare the kernels with the plain readers for minutes, and nothing in them is of
+#   the system;
 # - the tests of installed files and of symbols are about ELF, pkg-config and dlopen.
 include(support.cmake)
 include(compound.cmake)
@@ -38,7 +40,8 @@ include(xlsx.cmake)
 include(xls.cmake)
 include(access.cmake)
 include(ado.cmake)
-include(text.cmake)
+tqc_add_test(text_test text/TablesTest.cpp)
+target_link_libraries(text_test PRIVATE tqc_port_faults)
 tqc_add_test(codepage_test platform/CodePageTest.cpp)
 tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
 tqc_add_test(framework_test framework/FacadeTest.cpp)
