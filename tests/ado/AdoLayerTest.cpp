@@ -171,7 +171,7 @@ TEST_F(AdoLayer, SourcesThatCannotBeOpenedAreDescribed) {
     };
     const auto xls = SetProvider(ESourceFormat::Xls, nullptr);
     for (const auto& [provider, path, hr, described] : cases) {
-        const auto open = [&] { OpenDataSource({provider, path, "Excel 8.0", ""}); };
+        const auto open = [&, &name = provider, &file = path] { OpenDataSource({name, file, "Excel 8.0", ""}); };
         EXPECT_EQ(Raised(open), hr) << described;
         EXPECT_THAT(CauseOf(open), testing::HasSubstr(described));
     }

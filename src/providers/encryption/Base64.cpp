@@ -13,8 +13,8 @@ constexpr auto digits = [] {
     constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::array<unsigned char, 256> values{};
     values.fill(noDigit);
-    for (unsigned char value = 0; value < alphabet.size(); ++value)
-        values[static_cast<unsigned char>(alphabet[value])] = value;
+    for (std::size_t value = 0; value < alphabet.size(); ++value)
+        values[static_cast<unsigned char>(alphabet[value])] = static_cast<unsigned char>(value);
     return values;
 }();
 
