@@ -194,7 +194,7 @@ TEST(XlsBook, OtherFilesAreRefusedWithAReason) {
         {SXlsParts().Begin(5), "the stream of the workbook ends before its sheets"},
     };
     for (const auto& [bytes, cause] : cases)
-        EXPECT_EQ(CauseOf([&] { OpenXlsBytes(bytes); }), "book.xls: " + cause);
+        EXPECT_EQ(CauseOf([&, &file = bytes] { OpenXlsBytes(file); }), "book.xls: " + cause);
 }
 
 struct SNameCase {
