@@ -1,10 +1,8 @@
 #include "common/SCEntryNames.h"
 
-#include "platform/codepage/AsciiCase.h"
+#include "platform/codepage/DeviceNames.h"
 #include "platform/codepage/LetterCase.h"
 #include "platform/codepage/Utf8.h"
-
-#include <algorithm>
 
 namespace NSTQ::NSTQCore {
 
@@ -17,26 +15,11 @@ void Overwrite(char* at, unsigned char length, char32_t character) {
     at[0] = static_cast<char>((length == 2 ? 0xC0 : 0xE0) | character);
 }
 
-/// Of three letters and a number.
-bool IsNumberedDevice(std::string_view name) {
-    constexpr std::string_view numbers[] = {"1", "2", "3", "4",      "5",      "6",
-                                            "7", "8", "9", "\u00B9", "\u00B2", "\u00B3"};
-    const std::string_view letters = name.substr(0, 3);
-    return (letters == "com" || letters == "lpt") && std::ranges::find(numbers, name.substr(3)) != std::end(numbers);
-}
-
-bool IsDevice(std::string_view name) {
-    constexpr std::string_view devices[] = {"con", "prn", "aux", "nul", "conin$", "conout$", "clock$"};
-    const std::size_t end = name.substr(0, name.find('.')).find_last_not_of(' ');
-    const std::string base = Platform::ToAsciiLowerText(std::string(name.substr(0, end + 1)));
-    return std::ranges::find(devices, base) != std::end(devices) || (base.size() > 3 && IsNumberedDevice(base));
-}
-
 } // namespace
 
 bool SCEntryNames::IsAllowed(std::string_view name) {
     return !name.empty() && name.back() != '.' && name.back() != ' ' && name.find(':') == std::string_view::npos &&
-           !IsDevice(name);
+           !Platform::IsDeviceName(name);
 }
 
 std::string SCEntryNames::Fold(std::string path) {

@@ -15,8 +15,7 @@ public:
     ///
     ///   is empty or ends with a dot or a blank, which are removed
     ///   has a colon, which begins a drive or a stream of a file
-    ///   is that of a device, in any case and with any extension: CON, PRN, AUX, NUL, COM and LPT with a digit from 1
-    ///   to 9 (also superscript), CONIN$, CONOUT$, CLOCK$
+    ///   is that of a device, in any case and with any extension, as in IsDeviceName: CON, NUL, COM1 and others
     ///
     /// Other characters that Windows reserves (< > " | ? *) are allowed: they are names on other systems, and on
     /// Windows no file can be created with them.

@@ -14,6 +14,7 @@
 #include "SCTerminal.h"
 #include "tqcAccess/ComError.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 

@@ -1,9 +1,11 @@
 #include "platform/windows/Console.h"
 #include "platform/windows/System.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
+#include <span>
 
 namespace NSTQ::Platform::Port {
 
@@ -42,17 +44,24 @@ bool Print(HANDLE console, std::wstring_view text) {
     return ::WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
-/// Reads up to the end of the line, of which the whole is taken from the console.
-bool ReadLine(HANDLE console, std::wstring& line) {
+/// Reads up to the end of the line, of which the whole is taken from the console; what has no room is lost.
+/// Nothing of it stays elsewhere in memory.
+bool ReadLine(HANDLE console, std::span<wchar_t> room, std::wstring_view& line) {
     std::array<wchar_t, 256> units;
     DWORD count = 0;
-    while (!line.ends_with(L'\n')) {
-        if (!::ReadConsoleW(console, units.data(), static_cast<DWORD>(units.size()), &count, nullptr) || count == 0)
-            return false;
-        line.append(units.data(), count);
+    std::size_t size = 0;
+    bool isEnd = false;
+    while (!isEnd && ::ReadConsoleW(console, units.data(), static_cast<DWORD>(units.size()), &count, nullptr) &&
+           count > 0) {
+        const std::size_t kept = std::min<std::size_t>(count, room.size() - size);
+        std::copy_n(units.begin(), kept, room.begin() + static_cast<std::ptrdiff_t>(size));
+        size += kept;
+        isEnd = units[count - 1] == L'\n';
     }
-    line.resize(line.find_last_not_of(L"\r\n") + 1);
-    return true;
+    ::SecureZeroMemory(units.data(), sizeof units);
+    line = std::wstring_view(room.data(), size);
+    line = line.substr(0, line.find_last_not_of(L"\r\n") + 1);
+    return isEnd;
 }
 
 } // namespace
@@ -98,17 +107,19 @@ bool AskSecret(const std::string& prompt, std::size_t sizeMax, std::string& line
     DWORD mode = 0;
     if (!input.IsOpen() || !output.IsOpen() || !::GetConsoleMode(input.Get(), &mode))
         return false;
-    std::wstring typed;
+    // One more than allowed, so that a line that is too long is noticed.
+    std::wstring room(sizeMax + 1, L'\0');
+    std::wstring_view typed;
     HoldInterruption();
     const bool isSilent = Change(g_input, input.Get(), mode, (mode & ~DWORD{ENABLE_ECHO_INPUT}) | ENABLE_LINE_INPUT);
     ReleaseInterruption();
-    const bool isRead = isSilent && Print(output.Get(), ToWide(prompt)) && ReadLine(input.Get(), typed);
+    const bool isRead = isSilent && Print(output.Get(), ToWide(prompt)) && ReadLine(input.Get(), room, typed);
     HoldInterruption();
     Restore(g_input);
     ReleaseInterruption();
     Print(output.Get(), L"\r\n");
     line = FromWide(typed);
-    ::SecureZeroMemory(typed.data(), typed.size() * sizeof(wchar_t));
+    ::SecureZeroMemory(room.data(), room.size() * sizeof(wchar_t));
     return isRead && line.size() <= sizeMax;
 }
 
