@@ -29,6 +29,7 @@
 #pragma once
 
 #include "IDataAccess.h"
+#include "tqcAccess/DataType.h"
 
 #include <cstddef>
 #include <memory>
@@ -74,6 +75,13 @@ public:
     /// The column names, in the form and the buffers of a row, but each length includes the NUL, and leading spaces
     /// are kept. Does not move; overwrites the row that was returned last. 0 columns before FileOpen.
     bool GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD& dwCount);
+
+    /// The types of the columns: from the definition of a table or query, in a sheet the type that all its cells
+    /// share; see tqcAccess/DataType.h. Does not move and leaves the last row and the names as they are. On success
+    /// `pTypes` points to `dwCount` types, which belong to the reader and are valid until the next GetFieldsType,
+    /// FileOpen or OpenTable or the reader's destruction. 0 columns before FileOpen. Throws as GetFieldsName does;
+    /// the parameters are then not written.
+    bool GetFieldsType(const SFieldType*& pTypes, DWORD& dwCount);
 
     /// Not supported: always false. GetErrorRet is 0 and GetErrorDescription empty afterwards.
     bool MoveFileBegin() override;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <vector>
 
 namespace NSTQ::NSTQCore {
 
@@ -62,6 +63,7 @@ struct CADOOperater::SAdo {
     CComPtr<_Connection> pConnection = CreateAdoObject<_Connection>(SCDataAccessDefine::ADODB_CONNECTION);
     CComPtr<_Recordset> pRecordset = CreateAdoObject<_Recordset>(SCDataAccessDefine::ADODB_RECORDSET);
     CVariant converted;
+    std::vector<SFieldType> types;     ///< those handed out last
     std::optional<_com_error> failure; ///< of the last FileOpen; its description is what the host sees
 
     SAdo() { pRecordset->PutCursorLocation(adUseClient); }
@@ -210,6 +212,20 @@ bool CADOOperater::GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD&
     dwCount = m_dwFieldCnt;
     ppData = m_ppFieldData.get();
     pLen = m_pFieldLen.get();
+    return true;
+}
+
+bool CADOOperater::GetFieldsType(const SFieldType*& pTypes, DWORD& dwCount) {
+    std::vector<SFieldType> types;
+    types.reserve(m_dwFieldCnt);
+    for (DWORD i = 0; i < m_dwFieldCnt; ++i) {
+        Field& field = GetColumn(*m_pAdo->pRecordset.Get(), i);
+        types.push_back({field.GetType(), field.GetPrecision(), field.GetNumericScale(),
+                         static_cast<DWORD>(field.GetDefinedSize())});
+    }
+    m_pAdo->types = std::move(types);
+    pTypes = m_pAdo->types.data();
+    dwCount = m_dwFieldCnt;
     return true;
 }
 

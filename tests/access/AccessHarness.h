@@ -29,17 +29,24 @@ public:
                 names += (names.empty() ? "" : "|") + Utf8(table.name);
         return names;
     }
-    /// A line for each row, with '|' between the fields; where a call fails, "raised " and the description.
+    std::unique_ptr<Platform::IRowSource> Open(const std::string& table) const {
+        return m_source->OpenTable(Providers::ToUtf16(table));
+    }
+    /// A line for each row, with '|' between the fields; where a call fails, "raised " and the description. The exact
+    /// values have the same texts.
     std::string Rows(const std::string& table, bool hasHeaderRow = false) const {
         std::string text;
         try {
-            const auto rows = m_source->OpenTable(Providers::ToUtf16(table));
+            const auto rows = Open(table);
             const auto& names = rows->GetColumnNames();
             for (std::size_t i = 0; hasHeaderRow && i < names.size(); ++i)
                 text += Utf8(names[i]) + (i + 1 < names.size() ? '|' : '\n');
             while (rows->MoveNext())
-                for (std::size_t i = 0; i < names.size(); ++i)
-                    text += FieldText(rows->GetValue(i)) + (i + 1 < names.size() ? '|' : '\n');
+                for (std::size_t i = 0; i < names.size(); ++i) {
+                    const std::string field = FieldText(rows->GetValue(i));
+                    EXPECT_EQ(ExactText(rows->GetExactValue(i)), field);
+                    text += field + (i + 1 < names.size() ? '|' : '\n');
+                }
         } catch (const Platform::_com_error& error) {
             EXPECT_TRUE(error.Error() == Platform::E_FAIL || error.Error() == Platform::DB_E_NOTABLE);
             text += std::string("raised ") + error.Description();
@@ -51,6 +58,14 @@ private:
     static std::string Utf8(std::u16string_view text) {
         std::string bytes;
         return std::string(Providers::ToUtf8(text, bytes));
+    }
+    static std::string ExactText(const Platform::SExactValue& exact) {
+        if (exact.value.vt != (Platform::VT_ARRAY | Platform::VT_UI1))
+            return FieldText(exact.value);
+        std::string text = "0x";
+        for (const unsigned char byte : exact.bytes)
+            text += {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
+        return text;
     }
     static std::string FieldText(const Platform::VARIANT& value) {
         Platform::CVariant text;

@@ -1,15 +1,19 @@
 // Each type of column at its limits, as text, and the values that are refused.
 #include "access/AccessHarness.h"
 #include "providers/access/SCColumnProperties.h"
+#include "support/Raised.h"
 
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <map>
+#include <numeric>
 
 namespace NSTQ::Tests {
 namespace {
 
 using enum EAccess;
+using namespace Platform;
 using namespace std::string_literals;
 using Whole = std::numeric_limits<std::int64_t>;
 using Real = std::numeric_limits<double>;
@@ -115,6 +119,38 @@ const SValueCase valueCases[] = {
     {{"", ExtendedDate}, extendedDate, "2024-01-31 23:59:59.1234567", EJet::Ace16},
 };
 
+/// Precision, scale and size are those that the writer states.
+const std::map<EAccess, SFieldType> typesOfColumns = {
+    {Boolean, {EDataType::adBoolean}},
+    {Byte, {EDataType::adUnsignedTinyInt}},
+    {Integer, {EDataType::adSmallInt}},
+    {Long, {EDataType::adInteger}},
+    {Currency, {EDataType::adCurrency}},
+    {Single, {EDataType::adSingle}},
+    {Double, {EDataType::adDouble}},
+    {Date, {EDataType::adDate}},
+    {Binary, {EDataType::adVarBinary, 0, 0, 255}},
+    {Text, {EDataType::adVarWChar, 0, 0, 255}},
+    {Ole, {EDataType::adLongVarBinary}},
+    {Memo, {EDataType::adLongVarWChar}},
+    {Guid, {EDataType::adGUID}},
+    {Numeric, {EDataType::adNumeric, 28}},
+    {Complex, {EDataType::adVarWChar}},
+    {Large, {EDataType::adBigInt}},
+    {ExtendedDate, {EDataType::adVarWChar}},
+};
+
+void ExpectType(const SAccessColumn& column, const SFieldType& type) {
+    const EAccess shown = column.shownType.value_or(column.type);
+    SFieldType expected = typesOfColumns.at(shown);
+    expected.numericScale = column.scale;
+    if (column.isCalculated)
+        expected = {shown == Numeric ? EDataType::adDecimal : expected.type};
+    else if (column.shownType)
+        expected = {expected.type, type.precision, type.numericScale, type.definedSize};
+    EXPECT_EQ(type, expected);
+}
+
 TEST(AccessValues, EachTypeAtItsLimits) {
     for (const EJet version : allVersions) {
         std::vector<SAccessColumn> columns;
@@ -130,7 +166,13 @@ TEST(AccessValues, EachTypeAtItsLimits) {
         }
         CAccessWriter writer(version);
         writer.AddTable("T", columns).Add(row);
-        std::string rest = RowsOf(writer);
+        const CAccessFile file(writer.Finish().Bytes());
+        std::string rest = file.Rows("T");
+        const auto types = file.Open("T")->GetColumnTypes();
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            SCOPED_TRACE("version " + std::to_string(int(version)) + ", column " + std::to_string(i));
+            ExpectType(columns[i], types.at(i));
+        }
         for (std::size_t i = 0; i < expected.size(); ++i) {
             const std::size_t end = std::min(rest.find_first_of("|\n"), rest.size());
             EXPECT_EQ(rest.substr(0, end), expected[i]) << "version " << int(version) << ", column " << i;
@@ -165,6 +207,29 @@ TEST(AccessValues, InvalidOnesSayWhy) {
         writer.AddTable("T", {wrong.column}).Add({wrong.strValue});
         EXPECT_THAT(RowsOf(writer), testing::ContainsRegex("raised data.mdb: .*" + std::string(wrong.words)));
     }
+}
+
+/// What a reader shows of bytes ends after 65535; a long value is returned as long as the file may hold it.
+TEST(AccessValues, ExactValuesAreWhole) {
+    std::string bytes(200000, '\0'), text = std::string(100000, 'x') + "ソ";
+    std::iota(bytes.begin(), bytes.end(), '\0');
+    CAccessWriter writer(EJet::Jet4);
+    writer.AddTable("T", {{"b", Ole}, {"m", Memo}}).Add({bytes, text}).Add({{}, {}});
+    writer.AddTable("Long", {Raw(Memo)}).Add({"\1\0\0\4"s + std::string(8, '\0')});
+    const CAccessFile file(writer.Finish().Bytes());
+    const auto rows = file.Open("T");
+    ASSERT_TRUE(rows->MoveNext());
+    EXPECT_EQ(SysStringLen(rows->GetValue(0).bstrVal), 2 + 2 * 65535U);
+    const SExactValue exact = rows->GetExactValue(0);
+    EXPECT_EQ(exact.value.vt, VT_ARRAY | VT_UI1);
+    EXPECT_EQ(std::string(exact.bytes.begin(), exact.bytes.end()), bytes);
+    EXPECT_EQ(BstrView(rows->GetExactValue(1).value.bstrVal), Providers::ToUtf16(text));
+    ASSERT_TRUE(rows->MoveNext());
+    EXPECT_EQ(rows->GetExactValue(0).value.vt, VT_NULL);
+    EXPECT_TRUE(rows->GetExactValue(0).bytes.empty());
+    const auto damaged = file.Open("Long");
+    ASSERT_TRUE(damaged->MoveNext());
+    EXPECT_THAT(CauseOf([&] { damaged->GetExactValue(0); }), testing::HasSubstr("longer than the file"));
 }
 
 /// A record of a long value belongs to one field: a file that has more to read than it holds is forged.

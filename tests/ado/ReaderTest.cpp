@@ -64,8 +64,14 @@ protected:
 
 TEST_F(Reader, ReadsRowsOnceAndTellsItsPosition) {
     script.table = {{u"ID", u" Na me "}, {{1.0, u"one"}, {2.0, Value(VT_NULL)}, {7.5, Date(45000.75)}}};
+    script.table.types[0] = {EDataType::adNumeric, 18, 4, 0};
+    script.table.types[1].definedSize = 40;
     CADOOperater reader(2, 99, 20);
     Returned row;
+    const SFieldType* types = nullptr;
+    DWORD typeCount = 77;
+    EXPECT_TRUE(reader.GetFieldsType(types, typeCount));
+    EXPECT_EQ(typeCount, 0U);
     EXPECT_TRUE(reader.GetFieldsName(row.data, row.lengths, row.count));
     EXPECT_EQ(row.count, 0U);
     EXPECT_EQ(Raised([&] { reader.GetLineData(row.data, row.lengths, row.count); }), adErrObjectClosed);
@@ -84,6 +90,8 @@ TEST_F(Reader, ReadsRowsOnceAndTellsItsPosition) {
         EXPECT_EQ(row.Texts(), rows[i]);
         Returned other;
         EXPECT_TRUE(reader.GetFieldsName(other.data, other.lengths, other.count));
+        EXPECT_TRUE(reader.GetFieldsType(types, typeCount));
+        EXPECT_EQ(std::vector(types, types + typeCount), script.table.types);
         other = {};
         EXPECT_FALSE(reader.MoveFileBegin() || reader.MoveFileEnd());
         for (const DWORD line : {0U, 1U, 0xFFFFFFFFU})

@@ -32,6 +32,7 @@ private:
 struct Table {
     std::vector<std::u16string> columns;
     std::vector<std::vector<Cell>> rows;
+    std::vector<SFieldType> types = std::vector<SFieldType>(columns.size());
 };
 
 struct CScript {
@@ -79,6 +80,7 @@ struct CScriptedRows final : Platform::IRowSource {
         script.Do("GetColumnNames");
         return table.columns;
     }
+    const std::vector<SFieldType>& GetColumnTypes() const override { return table.types; }
     std::int64_t GetRowCount() const override {
         script.Do("GetRowCount");
         return script.recordCount == -2 ? static_cast<std::int64_t>(table.rows.size()) : script.recordCount;

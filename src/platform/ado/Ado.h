@@ -20,6 +20,7 @@
 
 #include "platform/automation/Com.h"
 #include "platform/automation/Variant.h"
+#include "tqcAccess/DataType.h"
 
 #include <cstdint>
 #include <string_view>
@@ -43,6 +44,15 @@ class Field {
 public:
     virtual const VARIANT& GetValue() = 0;
     virtual std::u16string_view GetName() = 0;
+    /// The type of the column, with precision and scale of adNumeric and the size of texts and bytes; see SFieldType
+    /// in tqcAccess/DataType.h. Does not depend on the current row.
+    virtual EDataType GetType() = 0;
+    virtual std::uint8_t GetPrecision() = 0;
+    virtual std::uint8_t GetNumericScale() = 0;
+    virtual LONG GetDefinedSize() = 0;
+    /// Not part of ADO, whose Value is exact: the whole value, where GetValue returns it as a reader shows it, with
+    /// bytes as a text of digits. Valid until GetValue or GetExactValue of any field, MoveNext or Close.
+    virtual SExactValue GetExactValue() = 0;
 
 protected:
     ~Field() = default;

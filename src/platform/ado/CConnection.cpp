@@ -17,6 +17,7 @@ public:
     explicit CSchemaRows(std::vector<STableSchema> tables) : m_tables(std::move(tables)) {}
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    const std::vector<SFieldType>& GetColumnTypes() const override { return m_types; }
     std::int64_t GetRowCount() const override { return static_cast<std::int64_t>(m_tables.size()); }
     bool MoveNext() override {
         if (m_next == m_tables.size())
@@ -39,6 +40,7 @@ private:
     }
 
     const std::vector<std::u16string> m_names = {u"TABLE_NAME", u"TABLE_TYPE"};
+    const std::vector<SFieldType> m_types{m_names.size()};
     std::vector<STableSchema> m_tables;
     std::size_t m_next = 0;
     std::array<CVariant, 2> m_values;

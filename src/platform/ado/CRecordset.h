@@ -32,8 +32,15 @@ private:
         CField(CRecordset& owner, std::size_t column) : m_owner(owner), m_column(column) {}
         const VARIANT& GetValue() override { return m_owner.GetCurrentRow().GetValue(m_column); }
         std::u16string_view GetName() override { return m_owner.GetRows().GetColumnNames()[m_column]; }
+        EDataType GetType() override { return GetFieldType().type; }
+        std::uint8_t GetPrecision() override { return GetFieldType().precision; }
+        std::uint8_t GetNumericScale() override { return GetFieldType().numericScale; }
+        LONG GetDefinedSize() override { return static_cast<LONG>(GetFieldType().definedSize); }
+        SExactValue GetExactValue() override { return m_owner.GetCurrentRow().GetExactValue(m_column); }
 
     private:
+        const SFieldType& GetFieldType() const { return m_owner.GetRows().GetColumnTypes()[m_column]; }
+
         CRecordset& m_owner;
         std::size_t m_column;
     };

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "platform/automation/Variant.h"
+#include "tqcAccess/DataType.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,6 +32,9 @@ public:
     virtual ~IRowSource() = default;
     /// One name for each column; they do not change.
     virtual const std::vector<std::u16string>& GetColumnNames() const = 0;
+    /// One type for each column, from the definition of a table or from all cells of a sheet, known before the first
+    /// row is read; see tqcAccess/DataType.h. They do not change.
+    virtual const std::vector<SFieldType>& GetColumnTypes() const = 0;
     /// Known before the first row is read.
     virtual std::int64_t GetRowCount() const = 0;
     /// Steps to the next row (the first, when called first). False past the last row.
@@ -39,8 +43,12 @@ public:
     virtual bool IsNullRow() const { return false; }
     /// A value of the current row, computed by this call. It and its text belong to the row source and are valid
     /// until the next call of this or MoveNext, so that a row of long texts takes the memory of one. A text may be
-    /// truncated if it is longer than any field that a reader returns.
+    /// truncated if it is longer than any field that a reader returns, and bytes are a text of digits.
     virtual const VARIANT& GetValue(std::size_t column) = 0;
+    /// The same value without loss: texts are whole, bytes are bytes. It takes the memory of the value, which is at
+    /// most 2^30 bytes in a database and 2^22 in a workbook; DB_E_DATAOVERFLOW for a text that cannot be returned as
+    /// a whole. Valid as the result of GetValue.
+    virtual SExactValue GetExactValue(std::size_t column) { return {GetValue(column), {}}; }
 };
 
 /// An open workbook or database.

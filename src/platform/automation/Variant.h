@@ -5,6 +5,7 @@
 #include "tqcAccess/ComError.h"
 
 #include <cstdint>
+#include <span>
 
 namespace NSTQ::Platform {
 
@@ -96,6 +97,13 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 ///   VT_DATE      date, space and time in the locale's formats, rounded to the second, maybe to the next day.
 ///                The date alone when the value has no fraction, the time alone when the day is day 0
 HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, WORD flags, VARTYPE type);
+
+/// A value as its source holds it, whatever its size: a whole text, or bytes. Both members belong to whoever returns
+/// it.
+struct SExactValue {
+    const VARIANT& value;                 ///< VT_ARRAY | VT_UI1, with no member of its own, when the value is `bytes`
+    std::span<const unsigned char> bytes; ///< empty for every other value
+};
 
 /// Owns a VARIANT.
 class CVariant {

@@ -23,7 +23,7 @@ constexpr std::size_t calculatedLengthAt = 16;
 constexpr std::size_t calculatedAt = 20;
 constexpr double firstDay = -657434;                     // 0100-01-01
 constexpr double lastMoment = 2958465 + 86399.5 / 86400; // 9999-12-31, before the values that round to the next day
-constexpr int maxScale = 28;
+constexpr unsigned char maxScale = 28;
 constexpr unsigned char negativeSign = 0x80;
 
 CBytes Unwrap(CBytes bytes) {
@@ -222,22 +222,66 @@ std::span<const unsigned char> CFieldDecoder::GetBytes(const SColumn& column, co
     return column.IsLongValue() ? m_longValues.Read(*bytes) : *bytes;
 }
 
+SFieldType CFieldDecoder::GetType(const SColumn& column) const {
+    SFieldType result = {FactsOf(column.type).dataType};
+    const std::size_t unitSize = column.type == EColumnType::Text && !m_database.GetFormat().IsJet3() ? 2 : 1;
+    switch (result.type) {
+    case EDataType::adNumeric:
+        if (column.isCalculated)
+            return {EDataType::adDecimal};
+        result.numericScale = std::min<unsigned char>(column.scale, maxScale);
+        result.precision = column.precision;
+        if (column.precision == 0 || column.precision > maxScale || column.precision < column.scale)
+            result.precision = maxScale;
+        break;
+    case EDataType::adVarBinary:
+        if (!column.isVariable)
+            result.type = EDataType::adBinary;
+        break;
+    default:
+        break;
+    }
+    if (FactsOf(column.type).size == 0 && !column.IsLongValue() && !column.isCalculated)
+        result.definedSize = static_cast<DWORD>(column.length / unitSize);
+    return result;
+}
+
 void CFieldDecoder::Decode(const SColumn& column, const CRowFields& fields, SFieldValue& target) {
+    if (const auto bytes = Read(column, fields, {maxBinary, CLongValues::maxShown}, target))
+        DecodeBytes(column, *bytes, target);
+}
+
+void CFieldDecoder::DecodeExactly(const SColumn& column, const CRowFields& fields, SFieldValue& target) {
+    const auto bytes = Read(column, fields, {CLongValues::noLimit, CLongValues::maxSize}, target);
+    if (!bytes)
+        return;
+    const EDataType type = FactsOf(column.type).dataType;
+    if (type != EDataType::adVarBinary && type != EDataType::adLongVarBinary) {
+        DecodeBytes(column, *bytes, target);
+        return;
+    }
+    target.value.vt = VT_ARRAY | VT_UI1;
+    target.bytes = *bytes;
+}
+
+/// The bytes to decode; none when `target` has the value already.
+std::optional<CBytes> CFieldDecoder::Read(const SColumn& column, const CRowFields& fields,
+                                          const SLongValueLimits& limits, SFieldValue& target) {
+    target.bytes = {};
     if (column.type == EColumnType::Boolean && !column.isCalculated) {
         target.value.vt = VT_BOOL;
         target.value.boolVal = fields.IsSet(column) ? VARIANT_TRUE : VARIANT_FALSE;
-        return;
+        return std::nullopt;
     }
     target.value.vt = VT_NULL;
-    const auto field = fields.GetField(column);
-    if (!field)
-        return;
-    CBytes bytes = *field;
-    if (column.IsLongValue())
-        bytes = m_longValues.Read(bytes, column.type == EColumnType::Ole ? maxBinary : CLongValues::noLimit);
-    if (column.isCalculated)
-        bytes = Unwrap(bytes);
-    DecodeBytes(column, bytes, target);
+    auto bytes = fields.GetField(column);
+    if (!bytes)
+        return std::nullopt;
+    if (column.IsLongValue()) {
+        const bool isBinary = column.type == EColumnType::Ole;
+        bytes = m_longValues.Read(*bytes, isBinary ? limits.binary : CLongValues::noLimit, limits.longest);
+    }
+    return column.isCalculated ? Unwrap(*bytes) : *bytes;
 }
 
 void CFieldDecoder::DecodeBytes(const SColumn& column, CBytes bytes, SFieldValue& target) {

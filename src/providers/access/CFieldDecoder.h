@@ -13,6 +13,7 @@
 //                                which is more than a field of a reader can hold
 //   Complex                      VT_BSTR, empty: attachments and multivalued fields are in separate tables
 //   calculated                   the value stored with the row, by the type of the result
+// An exact value of Binary, Ole and unknown types has all its bytes, and no text of them is made.
 #pragma once
 
 #include "platform/automation/Variant.h"
@@ -25,6 +26,7 @@ namespace NSTQ::Providers {
 struct SFieldValue {
     Platform::VARIANT value = {};
     Platform::CBstr text;
+    std::span<const unsigned char> bytes; ///< the exact value of bytes, whose memory is the decoder's or the row's
 };
 
 class CFieldDecoder {
@@ -32,8 +34,13 @@ public:
     /// `database` outlives the object.
     explicit CFieldDecoder(const CDatabase& database) : m_database(database), m_longValues(database) {}
 
+    /// The type of the values of a column.
+    SFieldType GetType(const SColumn& column) const;
     /// Stores the field of the column in `target`; VT_NULL when there is none. Throws CSourceError.
     void Decode(const SColumn& column, const CRowFields& fields, SFieldValue& target);
+    /// The same for the exact value: bytes are VT_ARRAY | VT_UI1 and in `target.bytes`, valid until the next call and
+    /// as long as the row.
+    void DecodeExactly(const SColumn& column, const CRowFields& fields, SFieldValue& target);
     /// The bytes of a field, a long value as a whole; none when it is null. Valid until the next call and as long as
     /// the row.
     std::span<const unsigned char> GetBytes(const SColumn& column, const CRowFields& fields);
@@ -41,6 +48,14 @@ public:
 private:
     using CBytes = std::span<const unsigned char>;
 
+    /// In bytes.
+    struct SLongValueLimits {
+        std::size_t binary;  ///< of an OLE object only so many are read
+        std::size_t longest; ///< a longer value is an error
+    };
+
+    std::optional<CBytes> Read(const SColumn& column, const CRowFields& fields, const SLongValueLimits& limits,
+                               SFieldValue& target);
     void DecodeBytes(const SColumn& column, CBytes bytes, SFieldValue& target);
     void DecodeOther(const SColumn& column, CBytes bytes, SFieldValue& target);
     void DecodeText(CBytes bytes, SFieldValue& target);

@@ -25,9 +25,10 @@ constexpr std::size_t leastCost = 16;
 } // namespace
 
 CLongValues::CLongValues(const CDatabase& database)
-    : m_reader(database, pagesAtOnce), m_budget(4 * database.GetFileSize()) {}
+    : m_reader(database, pagesAtOnce), m_fileSize(database.GetFileSize()), m_budget(4 * m_fileSize) {}
 
-std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> field, std::size_t limit) {
+std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> field, std::size_t limit,
+                                                 std::size_t longest) {
     if (field.size() < headerSize) {
         if (field.empty())
             return {};
@@ -37,7 +38,7 @@ std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> 
     const std::size_t length = flags & lengthMask;
     const std::uint32_t pointer = ReadU32(field.data() + pointerAt);
     if ((flags & inlineFlag) == 0 && (flags & onePieceFlag) == 0)
-        return length == 0 ? field.first(0) : ReadChain(pointer, std::min(length, limit));
+        return length == 0 ? field.first(0) : ReadChain(pointer, std::min(length, limit), longest);
     const auto piece = (flags & inlineFlag) != 0 ? field.subspan(headerSize) : GetPiece(pointer);
     if (piece.size() < length)
         throw CSourceError("a long value ends too early");
@@ -51,10 +52,13 @@ std::span<const unsigned char> CLongValues::GetPiece(std::uint32_t pointer) {
     return m_reader.GetDataPage(address.page).GetRow(address.row).bytes;
 }
 
-std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std::size_t size) {
-    if (size > maxSize)
+std::span<const unsigned char> CLongValues::ReadChain(std::uint32_t pointer, std::size_t size, std::size_t longest) {
+    if (size > longest)
         throw CSourceError("a long value of " + std::to_string(size) + " bytes is too long to be read");
+    if (size > m_fileSize)
+        throw CSourceError("a long value of " + std::to_string(size) + " bytes is longer than the file");
     m_value.clear();
+    m_value.reserve(size);
     // Detects cycles: pieces at growing distances are remembered, and a cyclic chain reaches one of them again.
     std::uint32_t kept = pointer;
     std::size_t steps = 0;

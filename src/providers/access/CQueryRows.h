@@ -13,10 +13,14 @@ public:
     CQueryRows(const std::shared_ptr<const CDatabase>& database, SQueryPlan plan);
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    const std::vector<SFieldType>& GetColumnTypes() const override { return m_types; }
     std::int64_t GetRowCount() const override { return m_rowCount; }
     bool MoveNext() override { return MoveNext(m_rows); }
     const Platform::VARIANT& GetValue(std::size_t column) override {
         return m_rows.GetValue(m_plan.outputs[column].column);
+    }
+    Platform::SExactValue GetExactValue(std::size_t column) override {
+        return m_rows.GetExactValue(m_plan.outputs[column].column);
     }
 
 private:
@@ -25,6 +29,7 @@ private:
     SQueryPlan m_plan;
     CTableRows m_rows;
     std::vector<std::u16string> m_names;
+    std::vector<SFieldType> m_types;
     std::int64_t m_rowCount;
 };
 

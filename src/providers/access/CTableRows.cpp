@@ -10,8 +10,11 @@ CTableRows::CTableRows(std::shared_ptr<const CDatabase> database, STableDefiniti
     : m_database(std::move(database)), m_table(std::move(table)), m_scan(*m_database, m_table),
       m_decoder(*m_database) {
     m_names.reserve(m_table.columns.size());
-    for (const SColumn& column : m_table.columns)
+    m_types.reserve(m_table.columns.size());
+    for (const SColumn& column : m_table.columns) {
         m_names.push_back(column.name);
+        m_types.push_back(m_decoder.GetType(column));
+    }
 }
 
 bool CTableRows::MoveNext() {
@@ -22,6 +25,12 @@ const VARIANT& CTableRows::GetValue(std::size_t column) {
     RaiseAsComError(m_database->GetPath(),
                     [&] { m_decoder.Decode(m_table.columns[column], m_scan.GetFields(), m_value); });
     return m_value.value;
+}
+
+SExactValue CTableRows::GetExactValue(std::size_t column) {
+    RaiseAsComError(m_database->GetPath(),
+                    [&] { m_decoder.DecodeExactly(m_table.columns[column], m_scan.GetFields(), m_value); });
+    return {m_value.value, m_value.bytes};
 }
 
 std::span<const unsigned char> CTableRows::GetBytes(std::size_t column) {

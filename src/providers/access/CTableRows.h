@@ -15,6 +15,7 @@ public:
     CTableRows(std::shared_ptr<const CDatabase> database, STableDefinition table);
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    const std::vector<SFieldType>& GetColumnTypes() const override { return m_types; }
     /// The count in the definition, which may be wrong if the database was not closed properly. Counting the rows
     /// would require reading the table twice; MoveNext returns all rows, whatever their number.
     std::int64_t GetRowCount() const override { return m_table.rowCount; }
@@ -23,6 +24,7 @@ public:
     /// As in CTableScan. Throws CSourceError.
     void MoveTo(const SRowAddress& place) { m_scan.MoveTo(place); }
     const Platform::VARIANT& GetValue(std::size_t column) override;
+    Platform::SExactValue GetExactValue(std::size_t column) override;
     /// The bytes of a value, none when it is null; valid until the next call for a value or row.
     std::span<const unsigned char> GetBytes(std::size_t column);
 
@@ -32,6 +34,7 @@ private:
     CTableScan m_scan;
     CFieldDecoder m_decoder;
     std::vector<std::u16string> m_names;
+    std::vector<SFieldType> m_types;
     SFieldValue m_value; ///< the value that was requested last
 };
 

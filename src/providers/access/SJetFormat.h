@@ -33,6 +33,7 @@ struct SJetFormat {
     std::size_t numberAt;
     std::size_t variableIndexAt;
     std::size_t positionAt;
+    std::size_t precisionAt;
     std::size_t scaleAt;
     std::size_t flagsAt;
     std::size_t extraFlagsAt; ///< 0 when there are none
@@ -58,6 +59,7 @@ inline constexpr SJetFormat jet3Format = {
     .numberAt = 1,
     .variableIndexAt = 3,
     .positionAt = 5,
+    .precisionAt = 11,
     .scaleAt = 12,
     .flagsAt = 13,
     .extraFlagsAt = 0,
@@ -81,6 +83,7 @@ inline constexpr SJetFormat jet4Format = {
     .numberAt = 5,
     .variableIndexAt = 7,
     .positionAt = 9,
+    .precisionAt = 11,
     .scaleAt = 12,
     .flagsAt = 15,
     .extraFlagsAt = 16,

@@ -75,6 +75,7 @@ private:
         column.fixedOffset = ReadU16(descriptor + format.fixedOffsetAt);
         column.position = ReadU16(descriptor + format.positionAt);
         column.length = ReadU16(descriptor + format.lengthAt);
+        column.precision = descriptor[format.precisionAt];
         column.scale = descriptor[format.scaleAt];
         return column;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "providers/access/CDatabase.h"
+#include "tqcAccess/DataType.h"
 
 #include <string>
 #include <vector>
@@ -34,38 +35,47 @@ enum class EValueClass : unsigned char { None, Number, Text, Date };
 struct STypeFacts {
     EValueClass valueClass;
     std::uint8_t size; ///< bytes of a value; 0 if the column has it
+    EDataType dataType;
 };
 
 constexpr STypeFacts FactsOf(EColumnType type) {
     using enum EColumnType;
+    using enum EDataType;
     switch (type) {
     case Boolean:
+        return {EValueClass::Number, 1, adBoolean};
     case Byte:
-        return {EValueClass::Number, 1};
+        return {EValueClass::Number, 1, adUnsignedTinyInt};
     case Integer:
-        return {EValueClass::Number, 2};
+        return {EValueClass::Number, 2, adSmallInt};
     case Long:
+        return {EValueClass::Number, 4, adInteger};
     case Single:
-        return {EValueClass::Number, 4};
+        return {EValueClass::Number, 4, adSingle};
     case Currency:
+        return {EValueClass::Number, 8, adCurrency};
     case Double:
+        return {EValueClass::Number, 8, adDouble};
     case BigInt:
-        return {EValueClass::Number, 8};
+        return {EValueClass::Number, 8, adBigInt};
     case Numeric:
-        return {EValueClass::Number, 17};
+        return {EValueClass::Number, 17, adNumeric};
     case DateTime:
-        return {EValueClass::Date, 8};
+        return {EValueClass::Date, 8, adDate};
     case Text:
+        return {EValueClass::Text, 0, adVarWChar};
     case Memo:
-        return {EValueClass::Text, 0};
+        return {EValueClass::Text, 0, adLongVarWChar};
     case Complex:
-        return {EValueClass::None, 4};
+        return {EValueClass::None, 4, adVarWChar};
     case Guid:
-        return {EValueClass::None, 16};
+        return {EValueClass::None, 16, adGUID};
     case ExtendedDateTime:
-        return {EValueClass::None, 42};
+        return {EValueClass::None, 42, adVarWChar};
+    case Ole:
+        return {EValueClass::None, 0, adLongVarBinary};
     default:
-        return {EValueClass::None, 0};
+        return {EValueClass::None, 0, adVarBinary};
     }
 }
 
@@ -79,7 +89,8 @@ struct SColumn {
     std::uint16_t fixedOffset;
     std::uint16_t position; ///< the display position; columns that were never moved may all have 0
     std::uint16_t length;   ///< bytes, if the type does not determine them
-    std::uint8_t scale;
+    std::uint8_t precision; ///< digits of a decimal number
+    std::uint8_t scale;     ///< those of them after the point
 
     bool IsLongValue() const { return type == EColumnType::Ole || type == EColumnType::Memo; }
     /// Bytes of a value that is not variable.

@@ -19,6 +19,7 @@ CSheetRows::CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<IC
       m_hasPending(m_cells->Next(m_pending)), m_columns(range.last.column - range.first.column + 1) {
     m_null.vt = VT_NULL;
     NameColumns(hasHeader);
+    m_types.resize(m_columns.size());
 }
 
 void CSheetRows::NameColumns(bool hasHeader) {

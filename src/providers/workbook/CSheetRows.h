@@ -24,6 +24,7 @@ public:
                bool hasHeader);
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    const std::vector<SFieldType>& GetColumnTypes() const override { return m_types; }
     std::int64_t GetRowCount() const override { return m_rowCount; }
     bool MoveNext() override;
     bool IsNullRow() const override { return !m_hasCells; }
@@ -75,6 +76,7 @@ private:
     std::vector<SColumn> m_columns;
     std::string m_rowText;
     std::vector<std::u16string> m_names;
+    std::vector<SFieldType> m_types;
     Platform::VARIANT m_null = {};
     Platform::VARIANT m_value = {};    ///< of the cell that was requested last
     Platform::CBstr m_text;            ///< the text that it may point to, with reused memory

@@ -17,12 +17,14 @@ namespace {
 class CNoRows : public IRowSource {
 public:
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
+    const std::vector<SFieldType>& GetColumnTypes() const override { return m_types; }
     std::int64_t GetRowCount() const override { return 0; }
     bool MoveNext() override { return false; }
     const VARIANT& GetValue(std::size_t) override { return m_null; }
 
 private:
     std::vector<std::u16string> m_names;
+    std::vector<SFieldType> m_types;
     VARIANT m_null = {};
 };
 
