@@ -2,7 +2,8 @@
 //
 // On Linux the code page is a setting of this layer and not of the locale: the library reads no environment
 // variable and never calls setlocale. A host sets it once, before it uses anything else of the library, from one
-// thread; afterwards all functions here are thread-safe.
+// thread; afterwards all functions here are thread-safe. A thread may have another one for a while, with
+// CThreadCodePage, so that sources in different encodings can be read at the same time.
 //
 // Code pages: 932 (Japanese, the default), 1252, 936, 949, 950 and 65001 (UTF-8).
 // A "double-byte character" of page 65001 is a whole UTF-8 sequence of two to four bytes.
@@ -25,8 +26,28 @@ inline constexpr unsigned CP_UTF8 = 65001; ///< UTF-8
 /// parameter). CP_ACP changes nothing.
 TQCACCESS_API void SetAnsiCodePage(unsigned codePage);
 
-/// The ANSI code page that is set.
+/// The ANSI code page of this thread: its own one, else the one that is set.
 TQCACCESS_API unsigned GetAnsiCodePage();
+
+/// Gives the thread that creates it an ANSI code page of its own until it is destroyed, on the same thread; then the
+/// one before applies again. Everything that is done with a source (description, reader, writer) must be done while
+/// the same page applies.
+class TQCACCESS_API CThreadCodePage {
+public:
+    /// `codePage` and `pathCodePage` are as for SetAnsiCodePage: CP_ACP and an unsupported page stand for the one
+    /// that applies now. Paths are converted by the second one, so that a file can have a name that the code page of
+    /// its content cannot represent; all other texts by the first one.
+    explicit CThreadCodePage(unsigned codePage, unsigned pathCodePage);
+    /// The same page for texts and paths.
+    explicit CThreadCodePage(unsigned codePage) : CThreadCodePage(codePage, codePage) {}
+    CThreadCodePage(const CThreadCodePage&) = delete;
+    CThreadCodePage& operator=(const CThreadCodePage&) = delete;
+    ~CThreadCodePage();
+
+private:
+    unsigned m_codePageBefore; ///< 0 when the thread had none
+    unsigned m_pathCodePageBefore;
+};
 
 /// Whether `codePage` is one of those above or CP_ACP.
 TQCACCESS_API bool IsCodePageSupported(unsigned codePage);

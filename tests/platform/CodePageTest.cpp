@@ -3,12 +3,14 @@
 #include "platform/codepage/Transcode.h"
 #include "platform/files/Files.h"
 #include "support/Kernels.h"
+#include "tqcAccess/SystemPath.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
 #include <random>
+#include <thread>
 
 using namespace NSTQ;
 using namespace NSTQ::Platform;
@@ -361,6 +363,36 @@ TEST_F(CodePageTest, RandomTextsAreConvertedInPlaceAsByTheTwoCalls) {
             ASSERT_TRUE(alike >= 0 && alike <= 2) << alike;
         }
     }
+}
+
+TEST_F(CodePageTest, AThreadHasAPageOfItsOwnForAWhile) {
+    constexpr std::string_view hiraganaA = "\x82\xA0"; // in 932; in 1252 two characters
+    const auto decoded = [&] { return Decode(CP_ACP, hiraganaA); };
+    {
+        const CThreadCodePage latin(1252);
+        EXPECT_EQ(decoded(), u"\u201A\u00A0");
+        std::thread([&] {
+            EXPECT_EQ(GetAnsiCodePage(), 932U);
+            const CThreadCodePage own(65001);
+            EXPECT_EQ(decoded(), u"\uFFFD\uFFFD");
+        }).join();
+        const CThreadCodePage unsupported(437);
+        EXPECT_EQ(GetAnsiCodePage(), 1252U);
+        SetAnsiCodePage(936);
+        EXPECT_EQ(GetAnsiCodePage(), 1252U);
+    }
+    EXPECT_EQ(GetAnsiCodePage(), 936U);
+
+    // Paths may have another one than texts.
+    std::string path;
+    const CThreadCodePage outer(932, CP_UTF8);
+    {
+        const CThreadCodePage inner(1252, CP_ACP);
+        EXPECT_EQ(ConvertToSystemPath("/\xE3\x81\x82", path), 0U);
+        EXPECT_EQ(path, "/\xE3\x81\x82");
+        EXPECT_EQ(decoded(), u"\u201A\u00A0");
+    }
+    EXPECT_EQ(decoded(), u"\u3042");
 }
 
 } // namespace

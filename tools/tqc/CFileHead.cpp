@@ -2,7 +2,7 @@
 
 #include "CFailure.h"
 #include "SCDataAccessDefine.h"
-#include "SCErrorText.h"
+#include "tqcAccess/ErrorText.h"
 
 namespace NSTQ::Tool {
 namespace {
@@ -31,12 +31,12 @@ DWORD Fill(std::string& text, Port::TFile file) {
 CFileHead::CFileHead(Port::TFile file, const std::string& name) {
     constexpr std::size_t sizeMax = NSTQCore::SCDataAccessDefine::READ_BUFF_SIZE;
     if (const DWORD code = Port::GetStatus(file, m_status); code != 0)
-        throw CFailure(EExitStatus::NotFound, name, SCErrorText::Of(code));
+        throw CFailure(EExitStatus::NotFound, name, Platform::GetErrorText(code));
     if (m_status.kind == Port::EKind::Folder)
         RefuseFolder(name);
     m_bytes.resize(sizeMax);
     if (const DWORD code = Fill(m_bytes, file); code != 0)
-        throw CFailure(EExitStatus::Unsupported, name, "cannot be read: " + SCErrorText::Of(code));
+        throw CFailure(EExitStatus::Unsupported, name, "cannot be read: " + Platform::GetErrorText(code));
     m_isWholeFile = m_bytes.size() < sizeMax;
 }
 
@@ -47,7 +47,7 @@ COpenFile CFileHead::Open(const std::string& path, const std::string& name) {
     if (code != 0 && Port::GetStatus(path, status) == 0 && status.kind == Port::EKind::Folder)
         RefuseFolder(name);
     if (code != 0)
-        throw CFailure(EExitStatus::NotFound, name, SCErrorText::Of(code));
+        throw CFailure(EExitStatus::NotFound, name, Platform::GetErrorText(code));
     return COpenFile(file);
 }
 

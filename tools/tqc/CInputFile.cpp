@@ -1,10 +1,10 @@
 #include "CInputFile.h"
 
 #include "SCContentProbe.h"
-#include "SCErrorText.h"
 #include "SCPassWord.h"
 #include "SCSignals.h"
 #include "SCTypeNames.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <array>
 
@@ -32,7 +32,7 @@ CInputFile::CInputFile(const SOptions& options, const std::string& name)
     } else if (IsStream(name)) {
         Port::TFile file = Port::noFile;
         if (const DWORD code = Port::OpenToRead(name, true, file); code != 0)
-            throw CFailure(EExitStatus::NotFound, name, SCErrorText::Of(code));
+            throw CFailure(EExitStatus::NotFound, name, Platform::GetErrorText(code));
         m_opened.Reset(file);
         TakeStream(file);
     } else {
@@ -94,7 +94,7 @@ void CInputFile::CopyStream(Port::TFile stream) {
         DWORD got = 0;
         DWORD put = 0;
         if (const DWORD code = Port::Read(stream, bytes.data(), bytes.size(), got); code != 0)
-            throw CFailure(EExitStatus::NotFound, m_name, "cannot be read: " + SCErrorText::Of(code));
+            throw CFailure(EExitStatus::NotFound, m_name, "cannot be read: " + Platform::GetErrorText(code));
         if (got == 0)
             return;
         if (const DWORD code = Port::Write(m_copy.Get(), bytes.data(), got, put); code != 0)
@@ -106,7 +106,7 @@ void CInputFile::CopyStream(Port::TFile stream) {
 void CInputFile::FailToStore(DWORD code, const std::string& hint) const {
     const std::string input = IsStandardInput(m_name) ? "standard input" : m_name;
     throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(),
-                   input + " cannot be stored there: " + SCErrorText::Of(code) + hint);
+                   input + " cannot be stored there: " + Platform::GetErrorText(code) + hint);
 }
 
 /// If the file system supports files without a name, nothing remains, whatever ends the program.
@@ -134,7 +134,7 @@ void CInputFile::LinkUnderExtension(const std::string& extension) {
     const SCSignals::CHeld held;
     if (const DWORD code = Port::MakeTemporaryLink(m_name, extension, m_path); code != 0)
         throw CFailure(EExitStatus::OutputFailed, TemporaryFolder(),
-                       m_name + " cannot be given another name there: " + SCErrorText::Of(code));
+                       m_name + " cannot be given another name there: " + Platform::GetErrorText(code));
     RemoveLater(m_path);
 }
 

@@ -1,9 +1,9 @@
 // A source that may have a password and is prepared before it is read: a workbook, a database or a package.
 #pragma once
 
-#include "CCodePage.h"
 #include "CInputFile.h"
 #include "ISource.h"
+#include "tqcAccess/CodePage.h"
 
 #include <optional>
 #include <string>
@@ -34,7 +34,7 @@ private:
     /// for a damaged workbook or package.
     virtual bool IsLocked() const = 0;
 
-    CCodePage m_page;
+    Platform::CThreadCodePage m_page;
 };
 
 } // namespace NSTQ::Tool

@@ -7,6 +7,10 @@ namespace NSTQ::Tool {
 
 namespace Port = Platform::Port;
 
+// Codes of the port that the program acts on.
+inline constexpr DWORD fileExists = 80;
+inline constexpr DWORD brokenPipe = 109;
+
 class COpenFile {
 public:
     explicit COpenFile(Port::TFile file = Port::noFile) : m_file(file) {}

@@ -1,7 +1,7 @@
 #include "COutputFile.h"
 
 #include "CFailure.h"
-#include "SCErrorText.h"
+#include "tqcAccess/ErrorText.h"
 
 namespace NSTQ::Tool {
 
@@ -24,10 +24,10 @@ COutputFile::~COutputFile() {
 /// False when the reader has closed the pipe, because it needs no more data.
 bool COutputFile::CheckWriter() {
     const DWORD code = m_writer.GetErrorCode();
-    if (code == SCErrorText::brokenPipe)
+    if (code == brokenPipe)
         return false;
     if (code != 0)
-        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), SCErrorText::Of(code));
+        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(), Platform::GetErrorText(code));
     return true;
 }
 

@@ -1,7 +1,7 @@
 #include "COutputTarget.h"
 
 #include "CFailure.h"
-#include "SCErrorText.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <charconv>
 #include <optional>
@@ -83,7 +83,7 @@ void COutputTarget::Open(const std::string& path) {
 /// Throws CFailure unless the code is 0.
 void COutputTarget::Check(DWORD code) const {
     if (code != 0)
-        throw CFailure(EExitStatus::OutputFailed, Describe(), SCErrorText::Of(code));
+        throw CFailure(EExitStatus::OutputFailed, Describe(), Platform::GetErrorText(code));
 }
 
 std::string COutputTarget::OpenPath() const {
@@ -97,7 +97,7 @@ std::string COutputTarget::Describe() const {
 bool COutputTarget::Write(const char* bytes, std::size_t size) {
     DWORD written = 0;
     const DWORD code = Port::Write(File(), bytes, static_cast<DWORD>(size), written);
-    if (code == SCErrorText::brokenPipe)
+    if (code == brokenPipe)
         return false;
     Check(code);
     return true;

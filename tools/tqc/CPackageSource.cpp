@@ -1,11 +1,11 @@
 #include "CPackageSource.h"
 
 #include "CFailure.h"
-#include "SCErrorText.h"
 #include "SCPassWord.h"
 #include "SCPathText.h"
 #include "SCSignals.h"
 #include "SCTypeNames.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
 
@@ -101,10 +101,10 @@ void CPackageSource::Explain() const {
     const SFault& fault = FindFault(m_info.GetErrorCode());
     const bool needsPassword = fault.status == EExitStatus::Password && *m_info.GetPassWordString() == '\0';
     throw CFailure(fault.status, m_input.Name(),
-                   needsPassword ? "needs a password; give it with --password-file or --password-fd"
-                   : fault.text != nullptr
-                       ? std::string("cannot be unpacked: ") + fault.text
-                       : "cannot be unpacked into the temporary folder: " + SCErrorText::Of(m_info.GetErrorCode()));
+                   needsPassword           ? "needs a password; give it with --password-file or --password-fd"
+                   : fault.text != nullptr ? std::string("cannot be unpacked: ") + fault.text
+                                           : "cannot be unpacked into the temporary folder: " +
+                                                 Platform::GetErrorText(m_info.GetErrorCode()));
 }
 
 } // namespace NSTQ::Tool

@@ -1,10 +1,10 @@
 // A package: a zip archive with a data file of delimited text, which is unpacked to be read.
 #pragma once
 
-#include "CCodePage.h"
 #include "CLockableSource.h"
 #include "CTextFile.h"
 #include "CUnpackFolder.h"
+#include "tqcAccess/CodePage.h"
 
 #include <optional>
 #include <string>
@@ -33,7 +33,7 @@ private:
     CSourceDataInfo m_info;
     std::optional<CTextFile> m_text;
     /// The code page of the data file, which may differ from that of the paths, which is restored afterwards.
-    std::optional<CCodePage> m_dataPage;
+    std::optional<Platform::CThreadCodePage> m_dataPage;
 };
 
 } // namespace NSTQ::Tool

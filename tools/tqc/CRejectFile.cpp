@@ -1,7 +1,7 @@
 #include "CRejectFile.h"
 
 #include "CFailure.h"
-#include "SCErrorText.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
 
@@ -23,7 +23,7 @@ void CRejectFile::SetSource(const std::string& file, const CTextFile* text) {
     m_lineEnd = text->LineEnd().Bytes();
     Port::TFile source = Port::noFile;
     if (const DWORD code = Port::OpenToRead(text->Path(), false, source); code != 0)
-        throw CFailure(EExitStatus::NotFound, file, SCErrorText::Of(code));
+        throw CFailure(EExitStatus::NotFound, file, Platform::GetErrorText(code));
     m_source.Reset(source);
 }
 

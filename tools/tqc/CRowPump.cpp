@@ -1,9 +1,9 @@
 #include "CRowPump.h"
 
 #include "CFailure.h"
-#include "SCErrorText.h"
 #include "tqcAccess/CodePage.h"
 #include "tqcAccess/ComError.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
 
@@ -94,7 +94,7 @@ bool CRowPump::ReadRecord() {
     const bool complete = GetLineData();
     if (const DWORD code = m_rows.GetErrorCode(); code != 0)
         throw CFailure(EExitStatus::Unsupported, m_reporter.File(),
-                       "reading failed after row " + std::to_string(m_row) + ": " + SCErrorText::Of(code));
+                       "reading failed after row " + std::to_string(m_row) + ": " + Platform::GetErrorText(code));
     m_recordSize = m_reader.GetPosition() - start;
     return complete;
 }

@@ -1,8 +1,8 @@
 #include "CTemporaryFile.h"
 
 #include "CFailure.h"
-#include "SCErrorText.h"
 #include "SCSignals.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <random>
 #include <string_view>
@@ -40,8 +40,8 @@ void CTemporaryFile::CreateNamed() {
 DWORD CTemporaryFile::TryNames(DWORD (CTemporaryFile::*create)()) {
     constexpr int attempts = 100;
     std::random_device random;
-    DWORD code = SCErrorText::fileExists;
-    for (int attempt = 0; attempt < attempts && code == SCErrorText::fileExists; ++attempt) {
+    DWORD code = fileExists;
+    for (int attempt = 0; attempt < attempts && code == fileExists; ++attempt) {
         m_path = MakeName(m_target, random);
         code = (this->*create)();
     }
@@ -82,7 +82,7 @@ bool CTemporaryFile::PlaceNameless() {
     DWORD code = Port::GiveName(m_file.Get(), m_target);
     if (code == 0)
         return true;
-    if (code == SCErrorText::fileExists)
+    if (code == fileExists)
         code = TryNames(&CTemporaryFile::LinkToPath);
     Check(code);
     return false;
@@ -96,7 +96,7 @@ void CTemporaryFile::Forget() {
 /// Throws CFailure unless the code is 0.
 void CTemporaryFile::Check(DWORD code, const char* hint) const {
     if (code != 0)
-        throw CFailure(EExitStatus::OutputFailed, m_target, SCErrorText::Of(code) + hint);
+        throw CFailure(EExitStatus::OutputFailed, m_target, Platform::GetErrorText(code) + hint);
 }
 
 CTemporaryFile::~CTemporaryFile() {

@@ -6,9 +6,8 @@
 #include "SCCodePageNames.h"
 #include "SCContentProbe.h"
 #include "SCEncodingGuess.h"
-#include "SCErrorText.h"
-#include "SCTextProbe.h"
 #include "tqcAccess/CodePage.h"
+#include "tqcAccess/ErrorText.h"
 
 namespace NSTQ::Tool {
 namespace {
@@ -100,7 +99,7 @@ void CTextFile::OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& 
         reader.SetStream(m_head.IsWholeFile() ? -1 : m_place.stream, Head().data(),
                          static_cast<DWORD>(Head().size()));
     if (!reader.FileOpen(&info))
-        throw CFailure(EExitStatus::NotFound, m_place.name, SCErrorText::Of(reader.GetErrorCode()));
+        throw CFailure(EExitStatus::NotFound, m_place.name, Platform::GetErrorText(reader.GetErrorCode()));
 }
 
 } // namespace NSTQ::Tool

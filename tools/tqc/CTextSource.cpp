@@ -3,7 +3,6 @@
 #include "CFailure.h"
 #include "SCContentProbe.h"
 #include "SCPathText.h"
-#include "SCTextProbe.h"
 #include "SCTypeNames.h"
 
 namespace NSTQ::Tool {

@@ -1,10 +1,10 @@
 // A source of delimited or fixed-length text, or of text whose type is not known yet.
 #pragma once
 
-#include "CCodePage.h"
 #include "CInputFile.h"
 #include "CTextFile.h"
 #include "ISource.h"
+#include "tqcAccess/CodePage.h"
 
 namespace NSTQ::Tool {
 
@@ -25,7 +25,7 @@ private:
     const SOptions& m_options;
     const CInputFile& m_input;
     CTextFile m_text;
-    CCodePage m_page;
+    Platform::CThreadCodePage m_page;
     CSourceDataInfo m_info;
     SCDeclareConstant::ESourceFileType m_type;
 };

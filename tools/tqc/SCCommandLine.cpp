@@ -6,11 +6,11 @@
 #include "CHelpFormatter.h"
 #include "COutputTarget.h"
 #include "SCCodePageNames.h"
-#include "SCErrorText.h"
 #include "SCHelpText.h"
 #include "SCTypeNames.h"
 #include "platform/Port.h"
 #include "tqcAccess/CodePage.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <CLI/CLI.hpp>
 
@@ -117,7 +117,7 @@ public:
                 m_app.exit(error);
                 if (!std::cout.flush())
                     throw CFailure(EExitStatus::OutputFailed, "standard output",
-                                   SCErrorText::Of(Platform::Port::CodeOfErrno(errno)));
+                                   Platform::GetErrorText(Platform::Port::CodeOfErrno(errno)));
                 return false;
             }
             throw CFailure(EExitStatus::Usage, std::string(error.what()) + "; see: tqc --help");

@@ -2,7 +2,6 @@
 
 #include "AsciiCase.h"
 #include "CFailure.h"
-#include "SCTextProbe.h"
 #include "SCTypeNames.h"
 
 #include <algorithm>

@@ -8,11 +8,11 @@
 #include "CReporter.h"
 #include "CRowPump.h"
 #include "CTextFile.h"
-#include "SCErrorText.h"
 #include "SCSources.h"
 #include "SCTargets.h"
 #include "SCTerminal.h"
 #include "tqcAccess/ComError.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
 #include <memory>
@@ -150,7 +150,7 @@ void MakeFolder(const std::string& path) {
             continue;
         const DWORD code = Port::MakeFolder(level);
         if (code != 0 && !IsFolder(level))
-            throw CFailure(EExitStatus::OutputFailed, path, SCErrorText::Of(code));
+            throw CFailure(EExitStatus::OutputFailed, path, Platform::GetErrorText(code));
     }
 }
 

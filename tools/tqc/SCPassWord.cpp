@@ -2,9 +2,9 @@
 
 #include "CFailure.h"
 #include "COpenFile.h"
-#include "SCErrorText.h"
 #include "SCPathText.h"
 #include "SCTerminal.h"
+#include "tqcAccess/ErrorText.h"
 
 namespace NSTQ::Tool {
 namespace {
@@ -34,7 +34,7 @@ std::string ReadFrom(DWORD code, Port::TFile file, const std::string& name) {
     if (code == 0)
         code = ReadLine(file, line);
     if (code != 0)
-        throw CFailure(EExitStatus::NotFound, name, "the password cannot be read: " + SCErrorText::Of(code));
+        throw CFailure(EExitStatus::NotFound, name, "the password cannot be read: " + Platform::GetErrorText(code));
     return line;
 }
 

@@ -2,9 +2,9 @@
 
 #include "CFailure.h"
 #include "SCCodePageNames.h"
-#include "SCErrorText.h"
 #include "platform/Port.h"
 #include "tqcAccess/CodePage.h"
+#include "tqcAccess/ErrorText.h"
 #include "tqcAccess/SystemPath.h"
 
 #include <algorithm>
@@ -71,7 +71,7 @@ std::string SCPathText::ToAnsi(const std::string& text, const std::string& subje
 std::string SCPathText::ToSystem(const char* path) {
     std::string systemPath;
     if (const DWORD code = ConvertToSystemPath(path, systemPath); code != 0)
-        throw CFailure(EExitStatus::Unsupported, path, SCErrorText::Of(code));
+        throw CFailure(EExitStatus::Unsupported, path, Platform::GetErrorText(code));
     return systemPath;
 }
 

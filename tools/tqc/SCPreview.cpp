@@ -4,10 +4,10 @@
 #include "CReporter.h"
 #include "CRowEncoder.h"
 #include "CTextFile.h"
-#include "SCErrorText.h"
 #include "SCSources.h"
 #include "SCTerminal.h"
 #include "tqcAccess/CodePage.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -101,7 +101,8 @@ void ShowFields(const SOptions& options, const std::string& name, ISourceReader&
         const bool complete = reader.Rows().GetLineData(fields, lengths, count);
         const std::string found = "row " + std::to_string(row + 1);
         if (const DWORD code = reader.Rows().GetErrorCode(); code != 0)
-            throw CFailure(EExitStatus::Unsupported, name, found + " cannot be read: " + SCErrorText::Of(code));
+            throw CFailure(EExitStatus::Unsupported, name,
+                           found + " cannot be read: " + Platform::GetErrorText(code));
         if (fields == nullptr)
             throw CFailure(EExitStatus::Limit, name,
                            found + " has " + std::to_string(options.maxLineSize) +

@@ -3,7 +3,7 @@
 #include "CFailure.h"
 #include "CInputFile.h"
 #include "COutputTarget.h"
-#include "SCErrorText.h"
+#include "tqcAccess/ErrorText.h"
 
 #include <map>
 #include <tuple>
@@ -83,7 +83,7 @@ void SCTargets::CheckInputs(const SOptions& options) {
     for (const std::string& file : options.files)
         if (!CInputFile::IsStandardInput(file))
             if (const DWORD code = Port::CheckAccess(file, Port::EAccess::Read); code != 0)
-                throw CFailure(EExitStatus::NotFound, file, SCErrorText::Of(code));
+                throw CFailure(EExitStatus::NotFound, file, Platform::GetErrorText(code));
 }
 
 } // namespace NSTQ::Tool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CSourceDataInfo.h"
+#include "SCTextProbe.h"
 
 #include <cstdint>
 #include <limits>
@@ -14,14 +15,8 @@ namespace NSTQ::Tool {
 using NSTQCore::CSourceDataInfo;
 using NSTQCore::SCDataAccessDefine;
 using NSTQCore::SCDeclareConstant;
-
-/// The two bytes of a line end; the second one is 0 when there is only one.
-struct SLineEnd {
-    char first = SCDataAccessDefine::CR_CODE;
-    char second = SCDataAccessDefine::LF_CODE;
-
-    std::string Bytes() const { return second == 0 ? std::string{first} : std::string{first, second}; }
-};
+using NSTQCore::SCTextProbe;
+using NSTQCore::SLineEnd;
 
 /// The maximum of 16-bit lengths; also the default.
 inline constexpr DWORD maxLength = 65535;

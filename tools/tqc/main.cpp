@@ -5,12 +5,12 @@
 #include "CReporter.h"
 #include "SCCommandLine.h"
 #include "SCConvert.h"
-#include "SCErrorText.h"
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
 #include "platform/Port.h"
 #include "tqcAccess/ComError.h"
+#include "tqcAccess/ErrorText.h"
 #include "tqcAccess/UserLocale.h"
 
 #include <cerrno>
@@ -27,8 +27,8 @@ void ShowOne(const SOptions& options, void (*show)(const SOptions&, const CInput
     try {
         show(options, input);
         const DWORD code = std::fflush(stdout) == 0 ? 0 : Platform::Port::CodeOfErrno(errno);
-        if (code != 0 && code != SCErrorText::brokenPipe)
-            throw CFailure(EExitStatus::OutputFailed, "standard output", SCErrorText::Of(code));
+        if (code != 0 && code != brokenPipe)
+            throw CFailure(EExitStatus::OutputFailed, "standard output", Platform::GetErrorText(code));
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }

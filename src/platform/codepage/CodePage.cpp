@@ -17,6 +17,23 @@ constinit const CCodePageTables codePageUtf8 = {
 
 constinit std::atomic<const CCodePageTables*> ansiTables{&codePage932};
 
+/// Null in a thread without pages of its own.
+constinit thread_local const CCodePageTables* threadTables = nullptr;
+constinit thread_local const CCodePageTables* threadPathTables = nullptr;
+
+const CCodePageTables& ChooseTables(const CCodePageTables* own) {
+    return own != nullptr ? *own : *ansiTables.load(std::memory_order_acquire);
+}
+
+unsigned GetNumber(const CCodePageTables* tables) {
+    return tables == nullptr ? 0 : tables->m_codePage;
+}
+
+/// A page of a thread before; null for 0.
+const CCodePageTables* FindOwnTables(unsigned codePage) {
+    return codePage == 0 ? nullptr : FindTables(codePage);
+}
+
 /// The difference between the lower and the upper case of a Latin letter, ASCII or full-width.
 constexpr unsigned caseDistance = 0x20;
 constexpr char16_t fullWidthA = 0xFF21;
@@ -50,7 +67,28 @@ unsigned TakeCharacter(const CCodePageTables& page, const unsigned char*& text) 
 } // namespace
 
 const CCodePageTables& GetAnsiTables() {
-    return *ansiTables.load(std::memory_order_acquire);
+    return ChooseTables(threadTables);
+}
+
+CPathCodePage::CPathCodePage() : m_before(threadTables) {
+    threadTables = threadPathTables;
+}
+
+CPathCodePage::~CPathCodePage() {
+    threadTables = m_before;
+}
+
+CThreadCodePage::CThreadCodePage(unsigned codePage, unsigned pathCodePage)
+    : m_codePageBefore(GetNumber(threadTables)), m_pathCodePageBefore(GetNumber(threadPathTables)) {
+    const CCodePageTables* const page = FindTables(codePage);
+    const CCodePageTables* const pathPage = pathCodePage == CP_ACP ? nullptr : FindTables(pathCodePage);
+    threadPathTables = pathPage == nullptr ? &ChooseTables(threadPathTables) : pathPage;
+    threadTables = page == nullptr ? &GetAnsiTables() : page;
+}
+
+CThreadCodePage::~CThreadCodePage() {
+    threadTables = FindOwnTables(m_codePageBefore);
+    threadPathTables = FindOwnTables(m_pathCodePageBefore);
 }
 
 const CCodePageTables* FindTables(unsigned codePage) {

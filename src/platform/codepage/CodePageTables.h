@@ -49,8 +49,20 @@ extern const CCodePageTables codePage949;
 extern const CCodePageTables codePage950;
 extern const CCodePageTables codePage1252;
 
-/// The page that is set with SetAnsiCodePage.
+/// The page of this thread (CThreadCodePage), else the one that is set with SetAnsiCodePage.
 const CCodePageTables& GetAnsiTables();
+
+/// While it exists, the page of paths is the ANSI code page of this thread: for the conversion of a path.
+class CPathCodePage {
+public:
+    CPathCodePage();
+    CPathCodePage(const CPathCodePage&) = delete;
+    CPathCodePage& operator=(const CPathCodePage&) = delete;
+    ~CPathCodePage();
+
+private:
+    const CCodePageTables* m_before;
+};
 
 /// The page of that number, the ANSI page for CP_ACP, null when it is not supported.
 const CCodePageTables* FindTables(unsigned codePage);

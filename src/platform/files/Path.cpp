@@ -1,6 +1,7 @@
 #include "platform/files/Path.h"
 
 #include "platform/Port.h"
+#include "platform/codepage/CodePageTables.h"
 #include "platform/errors/LastError.h"
 #include "tqcAccess/CodePage.h"
 
@@ -142,6 +143,7 @@ DWORD ConvertToSystemPath(const char* path, std::string& systemPath) {
     const std::size_t length = ::strnlen(path, maxAnsiPathLength + 1);
     if (length > maxAnsiPathLength)
         return ERROR_FILENAME_EXCED_RANGE;
+    const CPathCodePage pathPage;
     if (!ConvertAnsiToUtf8({path, length}, systemPath))
         return ERROR_INVALID_NAME;
     std::replace(systemPath.begin(), systemPath.end(), '\\', '/');
@@ -154,6 +156,7 @@ bool MakeSystemPath(const char* path, std::string& systemPath) {
 }
 
 std::string ConvertToAnsiName(std::string_view systemName) {
+    const CPathCodePage pathPage;
     const bool isUtf8 = GetAnsiCodePage() == CP_UTF8;
     std::string name;
     while (!systemName.empty()) {

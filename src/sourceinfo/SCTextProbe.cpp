@@ -2,7 +2,7 @@
 
 #include "tqcAccess/CodePage.h"
 
-namespace NSTQ::Tool {
+namespace NSTQ::NSTQCore {
 namespace {
 
 constexpr char cr = SCDataAccessDefine::CR_CODE;
@@ -79,4 +79,4 @@ bool SCTextProbe::IsUtf8(std::string_view head) {
     return Platform::CountValidUtf8(lines.data(), lines.size()) == lines.size();
 }
 
-} // namespace NSTQ::Tool
+} // namespace NSTQ::NSTQCore
