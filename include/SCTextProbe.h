@@ -13,8 +13,8 @@ namespace NSTQ::NSTQCore {
 
 /// The two bytes of a line end; the second one is 0 when there is only one.
 struct SLineEnd {
-    char first = SCDataAccessDefine::CR_CODE;
-    char second = SCDataAccessDefine::LF_CODE;
+    char first = SCDataAccessDefine::CR_CODE;  ///< also the only one
+    char second = SCDataAccessDefine::LF_CODE; ///< 0 when there is none
 
     /// Both, or the only one.
     std::string Bytes() const { return second == 0 ? std::string{first} : std::string{first, second}; }

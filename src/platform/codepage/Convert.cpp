@@ -94,6 +94,41 @@ private:
     TUnit* m_end;
 };
 
+/// Stores UTF-8 in a buffer that has room for all of it, and remembers whether a certain unit came.
+class CUtf8Sink {
+public:
+    CUtf8Sink(char* buffer, char16_t sought)
+        : m_buffer(reinterpret_cast<unsigned char*>(buffer)), m_next(m_buffer), m_sought(sought) {}
+
+    bool TakeAscii(const unsigned char*& text, const unsigned char* end) {
+        CopyAscii(m_next, text, end);
+        return true;
+    }
+    bool Put(char16_t unit) {
+        m_hasSought = m_hasSought || unit == m_sought;
+        if (unit < 0x80) {
+            *m_next++ = static_cast<unsigned char>(unit);
+            return true;
+        }
+        if (unit >= 0x800) {
+            *m_next++ = static_cast<unsigned char>(0xE0 | unit >> 12);
+            *m_next++ = static_cast<unsigned char>(0x80 | (unit >> 6 & 0x3F));
+        } else {
+            *m_next++ = static_cast<unsigned char>(0xC0 | unit >> 6);
+        }
+        *m_next++ = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+        return true;
+    }
+    std::size_t GetCount() const { return static_cast<std::size_t>(m_next - m_buffer); }
+    bool HasSought() const { return m_hasSought; }
+
+private:
+    unsigned char* m_buffer;
+    unsigned char* m_next;
+    char16_t m_sought;
+    bool m_hasSought = false;
+};
+
 // Decoders: the character at `text`, whose first byte is above 0x7F, is put into the sink, and `text` is advanced.
 
 class CSingleByteDecoder {
@@ -285,6 +320,22 @@ SBoundedText ConvertWideToAnsi(std::u16string_view text, char* out, std::size_t 
     CDefaultByte defaultByte{'?', false};
     const bool isComplete = EncodeText(GetAnsiTables(), text.data(), text.size(), defaultByte, sink);
     return {sink.GetCount(), isComplete};
+}
+
+SUtf8Text ConvertAnsiToUtf8(std::string_view text, char* out) {
+    const CCodePageTables& page = GetAnsiTables();
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    if (page.IsUtf8()) {
+        const bool isValid = CountValidUtf8(text.data(), text.size()) == text.size();
+        return {MendUtf8(bytes, text.size(), reinterpret_cast<unsigned char*>(out), text.size() * maxUtf8PerByte),
+                isValid};
+    }
+    CUtf8Sink sink(out, page.m_defaultCharacter);
+    if (page.IsDoubleByte())
+        ConvertText(bytes, bytes + text.size(), CDoubleByteDecoder(page), sink);
+    else
+        ConvertText(bytes, bytes + text.size(), CSingleByteDecoder(page), sink);
+    return {sink.GetCount(), !sink.HasSought() || IsDefinedInAnsi(text)};
 }
 
 bool IsDefinedInAnsi(std::string_view text) {

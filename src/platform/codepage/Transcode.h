@@ -17,6 +17,18 @@ struct SBoundedText {
 /// the end of `out` with its `room` bytes. Adds no NUL.
 SBoundedText ConvertWideToAnsi(std::u16string_view text, char* out, std::size_t room);
 
+/// How many bytes a byte of the ANSI code page takes in UTF-8 at most.
+inline constexpr std::size_t maxUtf8PerByte = 3;
+
+struct SUtf8Text {
+    std::size_t length; ///< bytes written
+    bool isDefined;     ///< whether the page defines all of the text, so that no default character stands in it
+};
+
+/// Converts text of the ANSI code page to UTF-8: the result of MultiByteToWideChar and WideCharToMultiByte with flags
+/// 0, without the UTF-16 text between them. `out` must have room for maxUtf8PerByte times the bytes of `text`.
+SUtf8Text ConvertAnsiToUtf8(std::string_view text, char* out);
+
 /// Whether every character of `text` is defined in the ANSI code page, so that MultiByteToWideChar substitutes none.
 bool IsDefinedInAnsi(std::string_view text);
 

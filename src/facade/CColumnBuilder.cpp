@@ -1,0 +1,276 @@
+#include "CColumnBuilder.h"
+
+#include "CFault.h"
+#include "platform/codepage/Transcode.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+namespace NSTQ::NSTQCore {
+
+using namespace NSTQ::Platform;
+
+namespace {
+
+__extension__ using TInt128 = __int128;
+__extension__ using TUint128 = unsigned __int128;
+
+constexpr std::size_t maxValueSize = std::size_t{1} << 30;
+constexpr unsigned currencyScale = 4;
+
+/// What an array owns, as its private data.
+struct SOwned {
+    std::vector<std::uint8_t> validity;
+    std::vector<std::int32_t> offsets;
+    std::vector<char> bytes;
+    const void* buffers[3] = {};
+};
+
+void ReleaseArray(ArrowArray* array) {
+    delete static_cast<SOwned*>(array->private_data);
+    array->release = nullptr;
+}
+
+bool HasOffsets(SColumnForm::EKind kind) {
+    return kind == SColumnForm::EKind::Text || kind == SColumnForm::EKind::Binary;
+}
+
+[[noreturn]] void FailWithOtherType() {
+    throw CFault(TQC_UNSUPPORTED, "a value has another type than its column");
+}
+
+/// The integer of a value of one of the integer types. False for other types.
+bool GetInteger(const VARIANT& value, std::int64_t& integer) {
+    switch (value.vt) {
+    case VT_I1:
+        integer = value.cVal;
+        return true;
+    case VT_UI1:
+        integer = value.bVal;
+        return true;
+    case VT_I2:
+        integer = value.iVal;
+        return true;
+    case VT_UI2:
+        integer = value.uiVal;
+        return true;
+    case VT_I4:
+    case VT_INT:
+        integer = value.lVal;
+        return true;
+    case VT_UI4:
+    case VT_UINT:
+        integer = value.ulVal;
+        return true;
+    case VT_I8:
+        integer = value.llVal;
+        return true;
+    case VT_BOOL:
+        integer = value.boolVal != VARIANT_FALSE ? 1 : 0;
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// `number` times ten to the power of `digits`. Throws CFault for more than 38 digits.
+TUint128 ScaleUp(TUint128 number, unsigned digits) {
+    constexpr TUint128 limit = std::numeric_limits<TInt128>::max() / 10;
+    for (; digits > 0; --digits) {
+        if (number > limit)
+            throw CFault(TQC_LIMIT, "a decimal number has more digits than its column");
+        number *= 10;
+    }
+    return number;
+}
+
+/// The same for a negative power; nothing but zeros may be lost.
+TUint128 ScaleDown(TUint128 number, unsigned digits) {
+    for (; digits > 0; --digits) {
+        if (number % 10 != 0)
+            throw CFault(TQC_LIMIT, "a decimal number has more digits after the decimal sign than its column");
+        number /= 10;
+    }
+    return number;
+}
+
+} // namespace
+
+std::string SColumnForm::GetFormat() const {
+    switch (kind) {
+    case EKind::Int64:
+        return "l";
+    case EKind::Float64:
+        return "g";
+    case EKind::Decimal:
+        return "d:" + std::to_string(precision) + "," + std::to_string(scale);
+    case EKind::Timestamp:
+        return "tsu:";
+    case EKind::Bool:
+        return "b";
+    case EKind::Binary:
+        return "z";
+    default:
+        return "u";
+    }
+}
+
+CColumnBuilder::CColumnBuilder(const SColumnForm& form) : m_form(form) {
+    if (HasOffsets(form.kind))
+        m_offsets.push_back(0);
+}
+
+void CColumnBuilder::MarkValid() {
+    if (!m_validity.empty()) {
+        m_validity.resize(static_cast<std::size_t>(m_length / 8 + 1));
+        m_validity[static_cast<std::size_t>(m_length / 8)] |= static_cast<std::uint8_t>(1U << (m_length % 8));
+    }
+    ++m_length;
+}
+
+void CColumnBuilder::AppendNull() {
+    if (m_validity.empty()) {
+        m_validity.assign(static_cast<std::size_t>(m_length / 8 + 1), 0xFF);
+        m_validity.back() = static_cast<std::uint8_t>((1U << (m_length % 8)) - 1);
+    }
+    m_validity.resize(static_cast<std::size_t>(m_length / 8 + 1));
+    ++m_nullCount;
+    switch (m_form.kind) {
+    case SColumnForm::EKind::Text:
+    case SColumnForm::EKind::Binary:
+        m_offsets.push_back(m_offsets.back());
+        break;
+    case SColumnForm::EKind::Bool:
+        m_bytes.resize(static_cast<std::size_t>(m_length / 8 + 1));
+        break;
+    default:
+        m_bytes.resize(m_bytes.size() + (m_form.kind == SColumnForm::EKind::Decimal ? 16 : 8));
+    }
+    ++m_length;
+}
+
+/// Room for more bytes at the end, which the caller fills and whose number it corrects.
+char* CColumnBuilder::Reserve(std::size_t size) {
+    const std::size_t used = m_bytes.size();
+    m_bytes.resize(used + size);
+    return m_bytes.data() + used;
+}
+
+void CColumnBuilder::AppendBytes(std::string_view bytes) {
+    if (bytes.size() > maxValueSize)
+        throw CFault(TQC_LIMIT, "a value has more than 1 GiB");
+    m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+    m_offsets.push_back(static_cast<std::int32_t>(m_bytes.size()));
+    MarkValid();
+}
+
+void CColumnBuilder::AppendText(std::u16string_view text) {
+    constexpr std::size_t bytesPerUnit = 3;
+    if (text.size() > maxValueSize / bytesPerUnit)
+        throw CFault(TQC_LIMIT, "a text has more than 357 million characters");
+    const std::size_t used = m_bytes.size();
+    const std::size_t room = text.size() * bytesPerUnit;
+    m_bytes.resize(used + ConvertWideToAnsi(text, Reserve(room), room).length);
+    m_offsets.push_back(static_cast<std::int32_t>(m_bytes.size()));
+    MarkValid();
+}
+
+template <class TValue>
+void CColumnBuilder::AppendFixed(TValue value) {
+    std::memcpy(Reserve(sizeof value), &value, sizeof value);
+    MarkValid();
+}
+
+void CColumnBuilder::AppendBit(bool value) {
+    m_bytes.resize(static_cast<std::size_t>(m_length / 8 + 1));
+    if (value)
+        m_bytes.back() = static_cast<char>(m_bytes.back() | static_cast<char>(1U << (m_length % 8)));
+    MarkValid();
+}
+
+void CColumnBuilder::AppendDecimal(const DECIMAL& value) {
+    const TUint128 digits = TUint128{value.Hi32} << 64 | value.Lo64;
+    const TUint128 scaled = value.scale <= m_form.scale
+                                ? ScaleUp(digits, static_cast<unsigned>(m_form.scale - value.scale))
+                                : ScaleDown(digits, static_cast<unsigned>(value.scale - m_form.scale));
+    AppendFixed(value.sign != 0 ? -static_cast<TInt128>(scaled) : static_cast<TInt128>(scaled));
+}
+
+/// Rounded to the millisecond: the fraction of a day does not represent microseconds exactly, and an even second must
+/// remain one.
+void CColumnBuilder::AppendDate(double date) {
+    constexpr std::int64_t epoch = 25569; // 1970-01-01
+    constexpr std::int64_t millisecondsPerDay = 86400000;
+    constexpr double limit = 3000000; // beyond the years 100 to 9999 that a date can have
+    if (!(std::fabs(date) < limit))
+        throw CFault(TQC_UNSUPPORTED, "a date is out of range");
+    const double day = std::trunc(date);
+    const auto time = std::llround(std::fabs(date - day) * static_cast<double>(millisecondsPerDay));
+    AppendFixed((static_cast<std::int64_t>(day) - epoch) * millisecondsPerDay * 1000 + time * 1000);
+}
+
+void CColumnBuilder::AppendValue(const VARIANT& value) {
+    if (value.vt == VT_NULL || value.vt == VT_EMPTY)
+        return AppendNull();
+    std::int64_t integer = 0;
+    const bool isInteger = GetInteger(value, integer);
+    switch (m_form.kind) {
+    case SColumnForm::EKind::Int64:
+        return isInteger ? AppendFixed(integer) : FailWithOtherType();
+    case SColumnForm::EKind::Bool:
+        return isInteger ? AppendBit(integer != 0) : FailWithOtherType();
+    case SColumnForm::EKind::Float64:
+        if (value.vt == VT_R8)
+            return AppendFixed(value.dblVal);
+        if (value.vt == VT_R4)
+            return AppendFixed(static_cast<double>(value.fltVal));
+        return isInteger ? AppendFixed(static_cast<double>(integer)) : FailWithOtherType();
+    case SColumnForm::EKind::Timestamp:
+        // One outside the years 100 to 9999 is a number.
+        if (value.vt != VT_DATE && value.vt != VT_R8)
+            FailWithOtherType();
+        return AppendDate(value.vt == VT_DATE ? value.date : value.dblVal);
+    case SColumnForm::EKind::Decimal: {
+        if (value.vt == VT_DECIMAL)
+            return AppendDecimal(value.decVal);
+        if (!isInteger && value.vt != VT_CY)
+            FailWithOtherType();
+        const std::int64_t digits = isInteger ? integer : value.cyVal;
+        const auto magnitude =
+            digits < 0 ? ~static_cast<std::uint64_t>(digits) + 1 : static_cast<std::uint64_t>(digits);
+        return AppendDecimal({static_cast<std::uint8_t>(isInteger ? 0 : currencyScale),
+                              static_cast<std::uint8_t>(digits < 0 ? 0x80 : 0), 0, magnitude});
+    }
+    default:
+        FailWithOtherType();
+    }
+}
+
+void CColumnBuilder::MoveTo(ArrowArray& array) {
+    auto owned = std::make_unique<SOwned>();
+    CColumnBuilder next(m_form);
+    next.m_bytes.reserve(m_bytes.size());
+    next.m_offsets.reserve(m_offsets.size());
+    owned->validity = std::move(m_validity);
+    owned->offsets = std::move(m_offsets);
+    owned->bytes = std::move(m_bytes);
+    owned->buffers[0] = m_nullCount == 0 ? nullptr : owned->validity.data();
+    const bool hasOffsets = HasOffsets(m_form.kind);
+    owned->buffers[1] = hasOffsets ? static_cast<const void*>(owned->offsets.data()) : owned->bytes.data();
+    owned->buffers[2] = hasOffsets ? owned->bytes.data() : nullptr;
+    array = {};
+    array.length = m_length;
+    array.null_count = m_nullCount;
+    array.n_buffers = hasOffsets ? 3 : 2;
+    array.buffers = owned->buffers;
+    array.release = &ReleaseArray;
+    array.private_data = owned.release();
+    m_length = m_nullCount = 0;
+    m_validity.clear();
+    m_offsets = std::move(next.m_offsets);
+    m_bytes = std::move(next.m_bytes);
+}
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,201 @@
+#include "CTextRows.h"
+
+#include "CCsvDataAccess.h"
+#include "CFault.h"
+#include "CFixDataAccess.h"
+#include "platform/codepage/Transcode.h"
+#include "platform/codepage/Utf8.h"
+#include "tqcAccess/CodePageNames.h"
+#include "tqcAccess/ErrorText.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace NSTQ::NSTQCore {
+
+using namespace NSTQ::Platform;
+
+namespace {
+
+/// The maximum of 16-bit lengths. A row that is not longer has no more fields either.
+constexpr DWORD maxSize = 65535;
+
+} // namespace
+
+/// A reader with what its users do not see.
+class CTextRows::IReader {
+public:
+    virtual ~IReader() = default;
+    virtual IDataAccess& Rows() = 0;
+    /// The file offset of the next byte to be read.
+    virtual LONGLONG GetPosition() const = 0;
+    /// The byte before it; 0 at the start of a fill.
+    virtual char GetLastByte() const = 0;
+};
+
+template <class TReader>
+class CTextRows::CReader final : public IReader, public TReader {
+public:
+    using TReader::TReader;
+
+    IDataAccess& Rows() override { return *this; }
+    LONGLONG GetPosition() const override { return TReader::m_llReadOffset + TReader::GetReadBuffPos(); }
+    char GetLastByte() const override {
+        const DWORD position = TReader::GetReadBuffPos();
+        return position == 0 ? '\0' : static_cast<char>(TReader::m_pReadBuff[position - 1]);
+    }
+};
+
+std::unique_ptr<CTextRows::IReader> CTextRows::Open(const CSourceFile& file) {
+    const CSourceDataInfo& info = file.GetInfo();
+    const auto open = [&](auto reader) {
+        reader->SetSeparator(file.GetSeparator());
+        reader->SetDelimiter(file.GetLineEnd().first, file.GetLineEnd().second);
+        if (!reader->FileOpen(&info))
+            throw CFault(TQC_IO, GetErrorText(reader->GetErrorCode()),
+                         static_cast<std::int32_t>(reader->GetErrorCode()));
+        reader->SetCharSet(CSourceDataInfo::RCS_ANSI);
+        if (file.IsOnlyBom())
+            reader->MoveFileEnd();
+        return std::unique_ptr<IReader>(std::move(reader));
+    };
+    if (file.GetType() == TQC_FIXED)
+        return open(std::make_unique<CReader<CFixDataAccess>>(maxSize, maxSize, maxSize, &info));
+    return open(std::make_unique<CReader<CCsvDataAccess>>(maxSize, maxSize, maxSize));
+}
+
+CTextRows::CTextRows(std::shared_ptr<const CSourceFile> file) : m_file(std::move(file)), m_reader(Open(*m_file)) {
+    m_hasFirst = ReadRow();
+    if (!m_hasFirst)
+        return;
+    const bool hasHeader = m_file->HasHeader();
+    const std::size_t count = m_file->GetType() == TQC_FIXED ? m_file->GetWidths().size() : m_fields.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool isNamed = hasHeader && i < m_fields.size() && m_fields[i].length > 0;
+        m_columns.push_back(
+            {isNamed ? std::string(m_fields[i].text, m_fields[i].length) : "F" + std::to_string(i + 1),
+             static_cast<int>(EDataType::adVarWChar),
+             {}});
+    }
+    m_hasFirst = !hasHeader;
+}
+
+CTextRows::~CTextRows() = default;
+
+int CTextRows::GetProgress() const {
+    return m_reader->Rows().GetReadPosition();
+}
+
+bool CTextRows::MoveNext() {
+    if (!m_hasFirst)
+        return ReadRow();
+    m_hasFirst = false;
+    return true;
+}
+
+std::string CTextRows::DescribeRow() const {
+    return "row " + std::to_string(m_row);
+}
+
+/// Reads the next record that is a row. False at the end.
+bool CTextRows::ReadRecord(SRecord& record) {
+    IDataAccess& rows = m_reader->Rows();
+    while (rows.HasNextLineData()) {
+        const char** fields = nullptr;
+        const LONGLONG start = m_reader->GetPosition();
+        const bool isRead = rows.GetLineData(fields, record.lengths, record.count);
+        record.fields = fields;
+        record.size = m_reader->GetPosition() - start;
+        if (const DWORD code = rows.GetErrorCode(); code != 0)
+            throw CFault(TQC_IO, "reading failed after " + DescribeRow() + ": " + GetErrorText(code),
+                         static_cast<std::int32_t>(code));
+        if (record.size == 0)
+            return false;
+        ++m_row;
+        if (fields == nullptr)
+            throw CFault(TQC_LIMIT, DescribeRow() +
+                                        ": more than 65535 bytes, which is the maximum; a closing quote may "
+                                        "be missing");
+        // A SUB where a record begins is no row; at the end of the file it only marks that.
+        const bool isMark = record.size == 1 && m_reader->GetLastByte() == SCDataAccessDefine::SUB_CODE;
+        if (isRead && record.count > 0 && !isMark)
+            return true;
+        --m_row;
+        if (record.count == 0)
+            return false;
+    }
+    return false;
+}
+
+bool CTextRows::ReadRow() {
+    SRecord record;
+    if (!ReadRecord(record))
+        return false;
+    if (m_file->GetType() == TQC_FIXED)
+        CheckRest(record);
+    if (AreInPlace(record)) {
+        m_fields.resize(record.count);
+        for (DWORD i = 0; i < record.count; ++i)
+            m_fields[i] = {record.fields[i], record.lengths[i]};
+    } else {
+        ConvertFields(record);
+    }
+    return true;
+}
+
+/// Takes away the column that holds what follows the last one, which must be nothing.
+void CTextRows::CheckRest(SRecord& record) const {
+    const std::size_t columns = m_file->GetWidths().size();
+    if (record.count <= columns)
+        return;
+    if (record.lengths[columns] > 0 || record.size >= static_cast<LONGLONG>(maxSize - columns))
+        throw CFault(TQC_LIMIT, DescribeRow() + ": text after the last column; give larger or more widths");
+    record.count = static_cast<DWORD>(columns);
+}
+
+/// Whether the fields are valid UTF-8 as they are. The readers store them one after the other, each with a NUL.
+bool CTextRows::AreInPlace(const SRecord& record) const {
+    const bool isUtf8 = m_file->GetCodePage() == CP_UTF8;
+    for (DWORD i = 0; i < record.count;) {
+        const char* const begin = record.fields[i];
+        const char* end = begin + record.lengths[i];
+        while (++i < record.count && record.fields[i] == end + 1)
+            end = record.fields[i] + record.lengths[i];
+        const auto size = static_cast<std::size_t>(end - begin);
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(begin);
+        if (isUtf8 ? CountValidUtf8(begin, size) != size : SkipAscii(bytes, bytes + size) != bytes + size)
+            return false;
+    }
+    return true;
+}
+
+void CTextRows::ConvertFields(const SRecord& record) {
+    std::size_t room = 0;
+    for (DWORD i = 0; i < record.count; ++i)
+        room += record.lengths[i] * maxUtf8PerByte + 1;
+    m_text.resize(std::max(m_text.size(), room));
+    m_fields.resize(record.count);
+    char* to = m_text.data();
+    for (DWORD i = 0; i < record.count; ++i) {
+        const SUtf8Text text = ConvertAnsiToUtf8({record.fields[i], record.lengths[i]}, to);
+        if (!text.isDefined && !m_file->ReplacesInvalid())
+            throw CFault(TQC_INVALID_TEXT,
+                         DescribeRow() + ": field " + std::to_string(i + 1) + " has bytes that are invalid in " +
+                             std::string(GetCodePageName(m_file->GetCodePage())) + "; try another encoding");
+        m_fields[i] = {to, text.length};
+        to += text.length;
+        *to++ = '\0';
+    }
+}
+
+void CTextRows::AppendTo(std::span<CColumnBuilder> builders) {
+    if (m_fields.size() > builders.size())
+        throw CFault(TQC_LIMIT, DescribeRow() + ": " + std::to_string(m_fields.size()) + " fields, but there are " +
+                                    std::to_string(builders.size()) + " columns");
+    for (std::size_t i = 0; i < m_fields.size(); ++i)
+        builders[i].AppendBytes({m_fields[i].text, m_fields[i].length});
+    for (CColumnBuilder& builder : builders.subspan(m_fields.size()))
+        builder.AppendNull();
+}
+
+} // namespace NSTQ::NSTQCore

@@ -1,0 +1,54 @@
+// The rows of delimited or fixed-length text behind the C interface.
+#pragma once
+
+#include "CSourceFile.h"
+#include "IRows.h"
+
+#include <memory>
+
+namespace NSTQ::NSTQCore {
+
+class CTextRows final : public IRows {
+public:
+    /// Opens the text of `file`, and reads the row that tells the columns.
+    explicit CTextRows(std::shared_ptr<const CSourceFile> file);
+    ~CTextRows() override;
+
+    const std::vector<SColumn>& GetColumns() const override { return m_columns; }
+    std::int64_t GetCount() const override { return -1; }
+    int GetProgress() const override;
+    bool MoveNext() override;
+    std::span<const tqc_field> GetTexts() override { return m_fields; }
+    void AppendTo(std::span<CColumnBuilder> builders) override;
+
+private:
+    class IReader;
+    template <class TReader>
+    class CReader;
+
+    /// A record as a reader returns it.
+    struct SRecord {
+        const char* const* fields = nullptr;
+        const WORD* lengths = nullptr;
+        DWORD count = 0;
+        LONGLONG size = 0; ///< in the file
+    };
+
+    static std::unique_ptr<IReader> Open(const CSourceFile& file);
+    bool ReadRecord(SRecord& record);
+    bool ReadRow();
+    void CheckRest(SRecord& record) const;
+    bool AreInPlace(const SRecord& record) const;
+    void ConvertFields(const SRecord& record);
+    std::string DescribeRow() const;
+
+    std::shared_ptr<const CSourceFile> m_file;
+    std::unique_ptr<IReader> m_reader;
+    std::vector<SColumn> m_columns;
+    std::vector<tqc_field> m_fields;
+    std::vector<char> m_text; ///< the fields in UTF-8 when they cannot stay in the reader's buffer
+    std::int64_t m_row = 0;   ///< in the file, from 1
+    bool m_hasFirst = false;  ///< the first row, which told the number of columns, is still to be returned
+};
+
+} // namespace NSTQ::NSTQCore
