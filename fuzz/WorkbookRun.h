@@ -8,6 +8,14 @@
 
 namespace NSTQ::Fuzz {
 
+inline void ReadValue(Platform::IRowSource& rows, std::size_t column) {
+    const Platform::VARIANT& value = rows.GetValue(column);
+    const EDataType type = rows.GetColumnTypes()[column].type;
+    Tests::ValueText(value);
+    Require(value.vt == Platform::VT_NULL || type == EDataType::adVarWChar || type == Tests::TypeOf(value.vt),
+            "a value has the type of its column");
+}
+
 inline void ReadRows(Platform::IRowSource& rows) {
     // A forged sheet of a few bytes may have the maximum number of rows.
     constexpr std::int64_t rowsRead = 20'000;
@@ -15,7 +23,7 @@ inline void ReadRows(Platform::IRowSource& rows) {
     while (count < rowsRead && rows.MoveNext()) {
         ++count;
         for (std::size_t i = 0; i < std::min<std::size_t>(rows.GetColumnNames().size(), 50); ++i)
-            Tests::ValueText(rows.GetValue(i));
+            ReadValue(rows, i);
     }
     Require(count == std::min(rows.GetRowCount(), rowsRead), "there are as many rows as claimed");
 }

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace NSTQ::Tests {
 
@@ -37,18 +38,40 @@ inline std::string ValueText(const Platform::VARIANT& value) {
     }
 }
 
-/// Rows end with ';', cells are separated by blanks. Every other value is asked for twice, some rows not at all.
+/// The type of a column in which every value is of this kind.
+inline EDataType TypeOf(Platform::VARTYPE kind) {
+    switch (kind) {
+    case Platform::VT_R8:
+        return EDataType::adDouble;
+    case Platform::VT_DATE:
+        return EDataType::adDate;
+    case Platform::VT_BOOL:
+        return EDataType::adBoolean;
+    default:
+        return EDataType::adVarWChar;
+    }
+}
+
+/// Rows end with ';', cells are separated by blanks. Every other value is asked for twice. The columns have the types
+/// that their values share.
 inline std::string RowsText(Platform::IRowSource& rows) {
     std::string text;
     std::int64_t count = 0;
+    std::vector<EDataType> types(rows.GetColumnNames().size());
     for (; rows.MoveNext(); ++count) {
         for (std::size_t i = 0; i < rows.GetColumnNames().size(); ++i) {
             if (i % 2 == 1)
                 rows.GetValue(i);
             text += (i == 0 ? "" : " ") + ValueText(rows.GetValue(i));
+            if (const auto kind = rows.GetExactValue(i).value.vt; kind != Platform::VT_NULL)
+                types[i] =
+                    types[i] == EDataType::adEmpty || types[i] == TypeOf(kind) ? TypeOf(kind) : EDataType::adVarWChar;
         }
         text += ';';
     }
+    for (std::size_t i = 0; i < types.size(); ++i)
+        if (rows.GetColumnTypes()[i].type != (types[i] == EDataType::adEmpty ? EDataType::adVarWChar : types[i]))
+            text += " but column " + std::to_string(i) + " has another type";
     return count == rows.GetRowCount() ? text : text + " but " + std::to_string(rows.GetRowCount()) + " rows claimed";
 }
 

@@ -41,6 +41,10 @@ const SCellsCase cellsCases[] = {
     {"numbers in a run",
      Record(ERecord::MulRk, Int(2) + Int(1) + Int(0) + Int(7 << 2 | 2, 4) + Int(1) + Int(45000 << 2 | 2, 4) + Int(2)),
      "7 d45000;"},
+    {"columns with one type and with several",
+     Number(0, 0, 45000, 1) + Number(0, 1, 45000, 1) + Number(0, 2, 1) + Number(0, 3, 1) + Number(1, 0, 150000, 1) +
+         Number(1, 1, 3e6, 1) + Number(1, 2, -1e300) + Label(1, 3, "a"),
+     "d45000 d45000 1 1;d150000 3000000 -1e+300 'a';"},
     {"blank cells",
      Record(ERecord{0x201}, Int(0) + Int(0) + Int(1)) + Number(2, 3, 1) +
          Record(ERecord{0xBE}, Int(9) + Int(0) + Int(1) + Int(1) + Int(1)),

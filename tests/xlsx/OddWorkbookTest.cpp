@@ -8,7 +8,7 @@
 
 #include "tqcAccess/CodePage.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace NSTQ::Tests {
 namespace {
@@ -189,6 +189,81 @@ TEST(XlsxRows, FirstRowNamesTheColumns) {
     const auto unnamed = OpenBytes(parts.File())->OpenTable(u"Sheet1$");
     EXPECT_EQ(unnamed->GetColumnNames().back(), u"F6");
     EXPECT_EQ(unnamed->GetRowCount(), 2);
+}
+
+using enum EDataType;
+
+const struct {
+    EDataType type;
+    std::vector<std::string> cells; ///< from the attributes on
+    EDataType typeBelowHeader = type;
+} typesCases[] = {
+    {adDouble,
+     {"><v>1</v>", "><v>-0.25</v>", "><v>1E3</v>", "><v>.5</v>", " s='4'><v>" + std::string(305, '9') + "</v>"}},
+    {adDouble, {"><v>1</v>", " s='1'/>", "><v>2</v>"}},
+    {adVarWChar, {" t='str'><v>Title</v>", "><v>1</v>", "><v>2</v>"}, adDouble},
+    {adVarWChar, {" t='str'><v>Title</v>", " s='2'><v>1</v>", " s='1'><v>2</v>"}, adDate},
+    {adVarWChar, {" t='str'><v>Title</v>", " s='2'/>"}},
+    {adVarWChar, {"><v>1</v>", "><v>2</v>", "><v>3</v>", "><v>x</v>"}},
+    {adVarWChar, {"><v>1</v>", "><v>2</v>", "><v>2.</v>", "><v>1.2.3</v>"}},
+    {adVarWChar, {"><v>1</v>", "><v>2</v>", "><v>" + std::string(310, '9') + "</v>"}},
+    {adVarWChar, {"><v>1</v>", "><v>2</v>", " t='e'><v>#N/A</v>"}},
+    {adVarWChar, {"><v>1</v>", "><v>2</v>", " t='b'><v>1</v>"}},
+    {adVarWChar, {"><v>1</v>", "><v>2</v>", " s='2'><v>3</v>"}},
+    {adVarWChar, {" t='str'><v>1</v>", " t='s'><v>0</v>", " t='inlineStr'><is><t/></is>"}},
+    {adBoolean, {" t='b'><v>1</v>", " t='b'><v>0</v>", " t='b'><v>true</v>"}},
+    {adVarWChar, {" t='b'><v>1</v>", " t='b'><v>0</v>", " t='b'><v>2</v>"}},
+    {adDate,
+     {" s='2'><v>45000</v>", " s='2'><v>0.5</v>", " s='2'><v>-7</v>", " s='1'><v>250000</v>",
+      " t='d'><v>2023-03-15</v>"}},
+    {adVarWChar, {" s='2'><v>45000</v>", " s='2'><v>45001</v>", " s='2'><v>2958466</v>"}},
+    {adVarWChar, {" s='2'><v>45000</v>", " s='2'><v>45001</v>", " s='2'><v>x</v>"}},
+    {adVarWChar, {" s='3'><v>1</v>", " s='3'><v>2</v>", " t='d'><v>PT1H</v>"}},
+    {adDouble, {" s='3'><v>1e10</v>", " s='3'><v>2e10</v>", "><v>1</v>"}},
+    {adDouble, {" s='5'><v>0</v>", " s='5'><v>0.0</v>", "><v>1</v>"}},
+    {adVarWChar, {" s='5'><v>0</v>", " s='5'><v>0</v>", " s='5'><v>1</v>"}},
+    {adVarWChar, {" s='5'><v>-1</v>", " s='5'><v>-2</v>", " s='5'><v>0</v>"}},
+};
+
+/// Whatever the order of the rows: that of the sheet or reversed, so that the header comes last.
+TEST(XlsxTypes, AColumnHasTheTypeThatItsCellsShare) {
+    for (const auto& known : typesCases)
+        for (const bool isReversed : {false, true}) {
+            std::string rows;
+            for (std::size_t i = 1; i <= known.cells.size(); ++i) {
+                const std::string reference = "A" + std::to_string(i);
+                const std::string& cell = known.cells[i - 1];
+                std::string row = "<row r='" + reference.substr(1) + "'><c r='" + reference + "'" + cell;
+                row += cell.ends_with("/>") && !cell.starts_with(" t=") ? "</row>" : "</c></row>";
+                rows = isReversed ? row + rows : rows + row;
+            }
+            SCOPED_TRACE(rows);
+            SXlsxParts parts = CommonParts(rows);
+            parts.strNames = "<definedName name='Rows'>Sheet1!$A:$A</definedName>";
+            for (const char16_t* name : {u"Sheet1$", u"Rows"})
+                for (const bool hasHeader : {false, true}) {
+                    const auto table = OpenBytes(parts.File(), hasHeader)->OpenTable(name);
+                    EXPECT_EQ(table->GetColumnTypes().at(0).type, hasHeader ? known.typeBelowHeader : known.type);
+                    EXPECT_THAT(RowsText(*table), testing::Not(testing::HasSubstr("but")));
+                }
+        }
+}
+
+/// A reader shows at most 65535 bytes.
+TEST(XlsxRows, ExactTextsAreWholeOrAnError) {
+    const std::string longest(65538, 'x'), control = std::string(70000, '\n') + "x";
+    SXlsxParts parts;
+    parts.strStrings = "<si><t>" + longest + "</t></si><si><t>" + control + "</t></si><si><t>short</t></si>";
+    parts.strRows = "<row><c t='s'><v>0</v></c><c t='s'><v>1</v></c><c t='s'><v>2</v></c><c t='str'><v>" + longest +
+                    "</v></c></row>";
+    const auto rows = OpenBytes(parts.File())->OpenTable(u"Sheet1$");
+    ASSERT_TRUE(rows->MoveNext());
+    for (const std::size_t cut : {0U, 1U}) {
+        EXPECT_EQ(Raised([&] { rows->GetExactValue(cut); }), Platform::DB_E_DATAOVERFLOW);
+        EXPECT_EQ(rows->GetValue(cut).vt, Platform::VT_BSTR);
+    }
+    EXPECT_EQ(ValueText(rows->GetExactValue(2).value), "'short'");
+    EXPECT_EQ(ValueText(rows->GetExactValue(3).value), "'" + longest + "'");
 }
 
 TEST(XlsxTables, SheetsOpenByEveryFormOfTheirNames) {

@@ -28,6 +28,12 @@ public:
         const SFormat& format = m_styles[style];
         return format.isVarying ? m_varying[format.index].KindOf(number) : format.kind;
     }
+    /// The result of GetKind for every number; nothing when it differs between numbers.
+    std::optional<EDateKind> GetCommonKind(std::uint32_t style) const {
+        if (style >= m_styles.size())
+            return EDateKind::None;
+        return m_styles[style].isVarying ? std::nullopt : std::optional(m_styles[style].kind);
+    }
     static EDateKind KindOfBuiltIn(std::uint32_t id);
 
 private:

@@ -13,13 +13,12 @@ namespace NSTQ::Providers {
 using namespace Platform;
 
 CSheetRows::CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells,
-                       const SCellRange& range, bool hasHeader)
-    : m_book(std::move(book)), m_cells(std::move(cells)), m_range(range), m_row(range.first.row - 1),
-      m_rowCount(static_cast<std::int64_t>(range.last.row) - range.first.row + 1),
+                       const SCellRange& range, std::vector<SFieldType> types, bool hasHeader)
+    : m_book(std::move(book)), m_cells(std::move(cells)), m_types(std::move(types)), m_range(range),
+      m_row(range.first.row - 1), m_rowCount(static_cast<std::int64_t>(range.last.row) - range.first.row + 1),
       m_hasPending(m_cells->Next(m_pending)), m_columns(range.last.column - range.first.column + 1) {
     m_null.vt = VT_NULL;
     NameColumns(hasHeader);
-    m_types.resize(m_columns.size());
 }
 
 void CSheetRows::NameColumns(bool hasHeader) {
@@ -93,8 +92,30 @@ const VARIANT& CSheetRows::GetValue(std::size_t column) {
     return m_value;
 }
 
+SExactValue CSheetRows::GetExactValue(std::size_t column) {
+    const SColumn& cell = m_columns[column];
+    if (cell.row != m_row)
+        return {m_null, {}};
+    RaiseAsComError(m_book->GetPath(), [&] {
+        if (cell.kind == ECellKind::Text) {
+            SetEscaped(GetText(cell));
+            return;
+        }
+        Convert(cell);
+        const bool isShared = cell.kind == ECellKind::Shared || cell.kind == ECellKind::SharedDigits;
+        if (isShared && m_book->IsSharedTextCut(m_sharedText))
+            throw CSourceError("row " + std::to_string(m_row) + ": a shared string is longer than any cell can be",
+                               DB_E_DATAOVERFLOW);
+    });
+    return {m_value, {}};
+}
+
+std::string_view CSheetRows::GetText(const SColumn& column) const {
+    return std::string_view(m_rowText).substr(column.textBegin, column.textSize);
+}
+
 void CSheetRows::Convert(const SColumn& column) {
-    const std::string_view text = std::string_view(m_rowText).substr(column.textBegin, column.textSize);
+    const std::string_view text = GetText(column);
     switch (column.kind) {
     case ECellKind::Number:
         SetNumber(column.number, column.style);
@@ -128,13 +149,13 @@ void CSheetRows::Convert(const SColumn& column) {
 }
 
 void CSheetRows::ConvertBoolean(std::string_view text) {
-    const bool isTrue = text == "1" || text == "true";
-    if (!isTrue && text != "0" && text != "false") {
+    const std::optional<bool> isTrue = SCCellValue::ParseBoolean(text);
+    if (!isTrue) {
         SetUtf8(text);
         return;
     }
     m_value.vt = VT_BOOL;
-    m_value.boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
+    m_value.boolVal = *isTrue ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
 /// An ISO date is a date whatever its number format, and a duration is a span.

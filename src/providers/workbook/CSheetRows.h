@@ -17,11 +17,11 @@ namespace NSTQ::Providers {
 
 class CSheetRows : public Platform::IRowSource {
 public:
-    /// `cells` come row by row; those outside `range` are skipped. With `hasHeader` the first row of the range
-    /// gives the names of the columns: "F" and their number for blank ones, a number after repeated ones. Throws
-    /// CSourceError; the operations below throw _com_error.
+    /// `cells` come row by row; those outside `range` are skipped. Its columns have these `types`. With `hasHeader`
+    /// the first row of the range gives the names of the columns: "F" and their number for blank ones, a number after
+    /// repeated ones. Throws CSourceError; the operations below throw _com_error.
     CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells, const SCellRange& range,
-               bool hasHeader);
+               std::vector<SFieldType> types, bool hasHeader);
 
     const std::vector<std::u16string>& GetColumnNames() const override { return m_names; }
     const std::vector<SFieldType>& GetColumnTypes() const override { return m_types; }
@@ -29,6 +29,10 @@ public:
     bool MoveNext() override;
     bool IsNullRow() const override { return !m_hasCells; }
     const Platform::VARIANT& GetValue(std::size_t column) override;
+    /// As the interface says. Workbooks hold texts of 32767 characters; a longer one in the sheet is returned as a
+    /// whole. A shared one is kept only as far as a field can show it; a text that has lost its end, which has more
+    /// than 65536 characters, gives DB_E_DATAOVERFLOW.
+    Platform::SExactValue GetExactValue(std::size_t column) override;
 
 private:
     /// The maximum of bytes of all values of a row: far more than any line buffer.
@@ -50,6 +54,7 @@ private:
     void KeepCell();
     void NameColumns(bool hasHeader);
     std::u16string HeaderText(std::size_t column);
+    std::string_view GetText(const SColumn& column) const;
     void Convert(const SColumn& column);
     void ConvertBoolean(std::string_view text);
     void ConvertIsoDate(std::string_view text, std::uint32_t style);
@@ -67,6 +72,7 @@ private:
 
     std::shared_ptr<const IWorkbook> m_book;
     std::unique_ptr<ICellSource> m_cells;
+    std::vector<SFieldType> m_types;
     SCellRange m_range;
     std::uint32_t m_row;
     std::int64_t m_rowCount;
@@ -76,7 +82,6 @@ private:
     std::vector<SColumn> m_columns;
     std::string m_rowText;
     std::vector<std::u16string> m_names;
-    std::vector<SFieldType> m_types;
     Platform::VARIANT m_null = {};
     Platform::VARIANT m_value = {};    ///< of the cell that was requested last
     Platform::CBstr m_text;            ///< the text that it may point to, with reused memory

@@ -7,12 +7,14 @@
 
 namespace NSTQ::Providers {
 
-void CTextPool::Add(std::string_view text) {
+void CTextPool::Add(std::string_view text, bool isCut) {
     const std::size_t cost = text.size() + sizeof(std::string_view);
     if (cost > m_budget)
         throw CSourceError("its shared strings need too much memory relative to their size in the file",
                            Platform::DB_E_DATAOVERFLOW);
     m_budget -= cost;
+    if (isCut)
+        m_cut.push_back(m_texts.size());
     char* const place = Reserve(text.size());
     if (!text.empty())
         std::memcpy(place, text.data(), text.size());

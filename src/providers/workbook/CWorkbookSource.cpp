@@ -3,6 +3,7 @@
 #include "providers/common/CSourceError.h"
 #include "providers/workbook/CSheetRows.h"
 #include "providers/workbook/CSortedCells.h"
+#include "providers/workbook/MeasureSheet.h"
 #include "providers/workbook/SCTableNames.h"
 
 #include <algorithm>
@@ -54,7 +55,13 @@ std::unique_ptr<IRowSource> CWorkbookSource::OpenTable(std::u16string_view name)
 }
 
 std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const SCellRange* range) {
-    SUsedRange used = MeasureSheet(*m_book->OpenCells(sheet));
+    CColumnTypes types(*m_book, range, m_hasHeader);
+    SUsedRange used = MeasureSheet(*m_book->OpenCells(sheet), types);
+    if (!used.isOrdered && m_hasHeader && range == nullptr) {
+        // The row that came first is not the header.
+        types = CColumnTypes(*m_book, &used.range, m_hasHeader);
+        MeasureSheet(*m_book->OpenCells(sheet), types);
+    }
     if (used.isEmpty)
         return std::make_unique<CNoRows>();
     if (range != nullptr) {
@@ -69,7 +76,8 @@ std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const 
     std::unique_ptr<ICellSource> cells = m_book->OpenCells(sheet);
     if (!used.isOrdered)
         cells = std::make_unique<CSortedCells>(*cells);
-    return std::make_unique<CSheetRows>(m_book, std::move(cells), used.range, m_hasHeader);
+    return std::make_unique<CSheetRows>(m_book, std::move(cells), used.range, types.GetTypes(used.range),
+                                        m_hasHeader);
 }
 
 } // namespace NSTQ::Providers

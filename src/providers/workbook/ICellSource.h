@@ -35,14 +35,4 @@ public:
     virtual bool Next(SCell& cell) = 0;
 };
 
-/// The range of the values of a sheet.
-struct SUsedRange {
-    bool isEmpty = true;
-    bool isOrdered = true; ///< no cell comes after one of a later row
-    SCellRange range;
-};
-
-/// Reads all cells. There is no other way to determine the used range: what a sheet states is often wrong.
-SUsedRange MeasureSheet(ICellSource& cells);
-
 } // namespace NSTQ::Providers

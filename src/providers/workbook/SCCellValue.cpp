@@ -97,6 +97,11 @@ std::optional<double> SCCellValue::ParseNumber(std::string_view text) {
     return isWhole && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
+std::optional<bool> SCCellValue::ParseBoolean(std::string_view text) {
+    const bool isTrue = text == "1" || text == "true";
+    return isTrue || text == "0" || text == "false" ? std::optional(isTrue) : std::nullopt;
+}
+
 std::optional<double> SCCellValue::ParseIsoDate(std::string_view text) {
     if (text.size() > 2 && text[2] == ':')
         return TakeTime(text);

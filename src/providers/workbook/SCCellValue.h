@@ -15,6 +15,8 @@ public:
 
     /// A finite number, if that is the whole text; nothing for any other text.
     static std::optional<double> ParseNumber(std::string_view text);
+    /// "1", "true", "0" and "false".
+    static std::optional<bool> ParseBoolean(std::string_view text);
     /// "2023-03-15", "2023-03-15T18:00:00", "18:00", with a fraction of a second and a Z, as days since 1899-12-30.
     static std::optional<double> ParseIsoDate(std::string_view text);
     /// "PT0H11M0.000S", "-P1DT12H", "P2W" as days. Nothing for other texts and for years and months, whose length

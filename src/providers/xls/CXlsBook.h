@@ -23,8 +23,12 @@ public:
     EDateKind GetDateKind(std::uint32_t style, double number) const override {
         return m_formats.GetKind(style, number);
     }
+    std::optional<EDateKind> GetCommonDateKind(std::uint32_t style) const override {
+        return m_formats.GetCommonKind(style);
+    }
     std::size_t GetSharedTextCount() const override { return m_sharedTexts.GetCount(); }
     std::string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
+    bool IsSharedTextCut(std::size_t index) const override { return m_sharedTexts.IsCut(index); }
 
 private:
     /// Data that is needed only while reading.

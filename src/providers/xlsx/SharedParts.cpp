@@ -52,7 +52,8 @@ CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part) {
         text.clear();
         ReadRichText(xml, text);
         TakeBackEscapes(text);
-        texts.Add(CutForField(text));
+        const std::string_view kept = CutForField(text);
+        texts.Add(kept, kept.size() < text.size());
     }
     return texts;
 }

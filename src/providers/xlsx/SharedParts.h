@@ -12,7 +12,7 @@ namespace NSTQ::Providers {
 /// CSourceError.
 void ReadRichText(CXmlScanner& xml, std::string& target);
 
-/// Reads the part with the shared strings. Throws CSourceError.
+/// Reads the part with the shared strings; of each text as much as the largest field can show. Throws CSourceError.
 CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part);
 
 /// Reads the styles part. Throws CSourceError.
