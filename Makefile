@@ -11,7 +11,7 @@ demo:
 	scripts/demo build/release/tools/tqc/tqc
 
 test:
-	scripts/install_packages build
+	scripts/install_packages build python
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS)
 	ctest --preset release --parallel $(JOBS)
@@ -23,12 +23,14 @@ quick:
 	ctest --preset dev --parallel $(JOBS) --label-regex '^quick$$'
 
 bench:
-	scripts/install_packages build bench
+	scripts/install_packages build bench python
 	cmake --preset release -DTQC_BUILD_BENCH=ON -DTQC_BENCH_SIZE=$${SIZE:-256000000}
 	cmake --build --preset release --parallel $(JOBS) --target bench_files
 	cmake --build --preset release --parallel $(JOBS) --target bench_xls
 	cmake --build --preset release --parallel $(JOBS) --target bench_xlsx
 	cmake --build --preset release --parallel $(JOBS) --target run_access_benchmark
+	cmake --build --preset release --parallel $(JOBS) --target run_batch_benchmark
+	cmake --build --preset release --parallel $(JOBS) --target run_python_benchmark
 	cmake --build --preset release --parallel $(JOBS) --target run_benchmarks
 
 # With CHANGED=1 the static analysis looks only at what differs from the branch main, and needs nothing built.

@@ -226,7 +226,7 @@ struct ArrowArrayStream {
 TQCACCESS_API tqc_status tqc_get_schema(tqc_rows* rows, struct ArrowSchema* schema, tqc_error** error);
 
 /** Reads the next rows, at most `max_rows` (0: as many as are sensible), into a new struct array, which the caller
-   owns: it calls `batch->release`, also after the rows are closed. A batch also ends before its texts exceed 16 MiB,
+   owns: it calls `batch->release`, also after the rows are closed. A batch also ends once its values exceed 16 MiB,
    so that it always fits offsets of 32 bits. TQC_END when there is no further row. Rows that tqc_next_row has read
    are not in it. After a failure the rows can only be closed.
 

@@ -1,13 +1,13 @@
 #include "CBatch.h"
 
-#include <algorithm>
 #include <memory>
 
 namespace NSTQ::NSTQCore {
 namespace {
 
-constexpr std::size_t defaultRows = 65536;
-constexpr std::size_t maxTextSize = std::size_t{16} << 20;
+/// Few enough that the buffers stay in the cache.
+constexpr std::size_t defaultRows = 8192;
+constexpr std::size_t maxSize = std::size_t{16} << 20;
 
 /// What a struct owns: its children, which are released with it unless the caller has moved them away.
 template <class TArrow>
@@ -65,14 +65,9 @@ CBatch::CBatch(IRows& rows) : m_rows(rows) {
 bool CBatch::Read(std::size_t maxRows, ArrowArray& array) {
     const std::size_t limit = maxRows == 0 ? defaultRows : maxRows;
     std::size_t count = 0;
-    std::size_t textSize = 0;
-    while (count < limit && textSize < maxTextSize && m_rows.MoveNext()) {
-        m_rows.AppendTo(m_builders);
-        ++count;
-        textSize = 0;
-        for (const CColumnBuilder& builder : m_builders)
-            textSize = std::max(textSize, builder.GetSize());
-    }
+    std::size_t size = 0;
+    for (; count < limit && size < maxSize && m_rows.MoveNext(); ++count)
+        size += m_rows.AppendTo(m_builders);
     if (count == 0)
         return false;
     auto owned = std::make_unique<SChildren<ArrowArray>>(m_builders.size());

@@ -13,7 +13,7 @@ public:
     /// The rows must outlive it.
     explicit CBatch(IRows& rows);
 
-    /// Reads at most `maxRows` rows (0: a default), fewer when their texts would exceed 16 MiB, into a struct array
+    /// Reads at most `maxRows` rows (0: a default), fewer once their values exceed 16 MiB, into a struct array
     /// that the caller owns. False when there is no further row. Throws what IRows does.
     bool Read(std::size_t maxRows, ArrowArray& array);
 

@@ -22,9 +22,9 @@ constexpr unsigned currencyScale = 4;
 
 /// What an array owns, as its private data.
 struct SOwned {
-    std::vector<std::uint8_t> validity;
-    std::vector<std::int32_t> offsets;
-    std::vector<char> bytes;
+    CGrowingBuffer<std::uint8_t> validity;
+    CGrowingBuffer<std::int32_t> offsets;
+    CGrowingBuffer<char> bytes;
     const void* buffers[3] = {};
 };
 
@@ -119,74 +119,62 @@ std::string SColumnForm::GetFormat() const {
 
 CColumnBuilder::CColumnBuilder(const SColumnForm& form) : m_form(form) {
     if (HasOffsets(form.kind))
-        m_offsets.push_back(0);
+        m_offsets.Append(0);
 }
 
-void CColumnBuilder::MarkValid() {
-    if (!m_validity.empty()) {
-        m_validity.resize(static_cast<std::size_t>(m_length / 8 + 1));
-        m_validity[static_cast<std::size_t>(m_length / 8)] |= static_cast<std::uint8_t>(1U << (m_length % 8));
-    }
-    ++m_length;
+void CColumnBuilder::MarkValidBit() {
+    m_validity.FillTo(GetBitSize());
+    m_validity.Last() |= static_cast<std::uint8_t>(1U << (m_length % 8));
 }
 
 void CColumnBuilder::AppendNull() {
-    if (m_validity.empty()) {
-        m_validity.assign(static_cast<std::size_t>(m_length / 8 + 1), 0xFF);
-        m_validity.back() = static_cast<std::uint8_t>((1U << (m_length % 8)) - 1);
+    if (m_validity.IsEmpty()) {
+        std::memset(m_validity.Reserve(GetBitSize()), 0xFF, GetBitSize());
+        m_validity.Advance(GetBitSize());
+        m_validity.Last() = static_cast<std::uint8_t>((1U << (m_length % 8)) - 1);
     }
-    m_validity.resize(static_cast<std::size_t>(m_length / 8 + 1));
+    m_validity.FillTo(GetBitSize());
     ++m_nullCount;
     switch (m_form.kind) {
     case SColumnForm::EKind::Text:
     case SColumnForm::EKind::Binary:
-        m_offsets.push_back(m_offsets.back());
+        m_offsets.Append(m_offsets.Last());
         break;
     case SColumnForm::EKind::Bool:
-        m_bytes.resize(static_cast<std::size_t>(m_length / 8 + 1));
+        m_bytes.FillTo(GetBitSize());
         break;
     default:
-        m_bytes.resize(m_bytes.size() + (m_form.kind == SColumnForm::EKind::Decimal ? 16 : 8));
+        m_bytes.FillTo(m_bytes.GetSize() + (m_form.kind == SColumnForm::EKind::Decimal ? 16 : 8));
     }
     ++m_length;
-}
-
-/// Room for more bytes at the end, which the caller fills and whose number it corrects.
-char* CColumnBuilder::Reserve(std::size_t size) {
-    const std::size_t used = m_bytes.size();
-    m_bytes.resize(used + size);
-    return m_bytes.data() + used;
 }
 
 void CColumnBuilder::AppendBytes(std::string_view bytes) {
     if (bytes.size() > maxValueSize)
         throw CFault(TQC_LIMIT, "a value has more than 1 GiB");
-    m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
-    m_offsets.push_back(static_cast<std::int32_t>(m_bytes.size()));
-    MarkValid();
+    bytes.copy(m_bytes.Reserve(bytes.size()), bytes.size());
+    FinishBytes(bytes.size());
 }
 
 void CColumnBuilder::AppendText(std::u16string_view text) {
     constexpr std::size_t bytesPerUnit = 3;
     if (text.size() > maxValueSize / bytesPerUnit)
         throw CFault(TQC_LIMIT, "a text has more than 357 million characters");
-    const std::size_t used = m_bytes.size();
     const std::size_t room = text.size() * bytesPerUnit;
-    m_bytes.resize(used + ConvertWideToAnsi(text, Reserve(room), room).length);
-    m_offsets.push_back(static_cast<std::int32_t>(m_bytes.size()));
-    MarkValid();
+    FinishBytes(ConvertWideToAnsi(text, m_bytes.Reserve(room), room).length);
 }
 
 template <class TValue>
 void CColumnBuilder::AppendFixed(TValue value) {
-    std::memcpy(Reserve(sizeof value), &value, sizeof value);
+    std::memcpy(m_bytes.Reserve(sizeof value), &value, sizeof value);
+    m_bytes.Advance(sizeof value);
     MarkValid();
 }
 
 void CColumnBuilder::AppendBit(bool value) {
-    m_bytes.resize(static_cast<std::size_t>(m_length / 8 + 1));
+    m_bytes.FillTo(GetBitSize());
     if (value)
-        m_bytes.back() = static_cast<char>(m_bytes.back() | static_cast<char>(1U << (m_length % 8)));
+        m_bytes.Last() = static_cast<char>(m_bytes.Last() | static_cast<char>(1U << (m_length % 8)));
     MarkValid();
 }
 
@@ -250,16 +238,16 @@ void CColumnBuilder::AppendValue(const VARIANT& value) {
 
 void CColumnBuilder::MoveTo(ArrowArray& array) {
     auto owned = std::make_unique<SOwned>();
-    CColumnBuilder next(m_form);
-    next.m_bytes.reserve(m_bytes.size());
-    next.m_offsets.reserve(m_offsets.size());
+    const bool hasOffsets = HasOffsets(m_form.kind);
+    // The next batch will be about as large.
+    CGrowingBuffer<std::int32_t> nextOffsets(hasOffsets ? m_offsets.GetSize() : 0);
+    CGrowingBuffer<char> nextBytes(m_bytes.GetSize());
     owned->validity = std::move(m_validity);
     owned->offsets = std::move(m_offsets);
     owned->bytes = std::move(m_bytes);
-    owned->buffers[0] = m_nullCount == 0 ? nullptr : owned->validity.data();
-    const bool hasOffsets = HasOffsets(m_form.kind);
-    owned->buffers[1] = hasOffsets ? static_cast<const void*>(owned->offsets.data()) : owned->bytes.data();
-    owned->buffers[2] = hasOffsets ? owned->bytes.data() : nullptr;
+    owned->buffers[0] = m_nullCount == 0 ? nullptr : owned->validity.GetData();
+    owned->buffers[1] = hasOffsets ? static_cast<const void*>(owned->offsets.GetData()) : owned->bytes.GetData();
+    owned->buffers[2] = hasOffsets ? owned->bytes.GetData() : nullptr;
     array = {};
     array.length = m_length;
     array.null_count = m_nullCount;
@@ -268,9 +256,11 @@ void CColumnBuilder::MoveTo(ArrowArray& array) {
     array.release = &ReleaseArray;
     array.private_data = owned.release();
     m_length = m_nullCount = 0;
-    m_validity.clear();
-    m_offsets = std::move(next.m_offsets);
-    m_bytes = std::move(next.m_bytes);
+    m_validity = {};
+    m_bytes = std::move(nextBytes);
+    m_offsets = std::move(nextOffsets);
+    if (hasOffsets)
+        m_offsets.Append(0);
 }
 
 } // namespace NSTQ::NSTQCore

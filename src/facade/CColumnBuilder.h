@@ -1,15 +1,15 @@
 // Collects the values of one column in the buffers of an Arrow array.
 #pragma once
 
+#include "CGrowingBuffer.h"
 #include "platform/automation/Variant.h"
+#include "platform/codepage/CUtf8Converter.h"
 #include "tqcAccess.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace NSTQ::NSTQCore {
 
@@ -32,13 +32,21 @@ public:
     void AppendNull();
     /// UTF-8 for a column of text, bytes for a binary one.
     void AppendBytes(std::string_view bytes);
+    /// Text of another code page, at most 65535 bytes. False when it has bytes that the page does not define; they
+    /// are replaced.
+    bool AppendText(std::string_view text, const Platform::CUtf8Converter& converter) {
+        char* const to = m_bytes.Reserve(text.size() * Platform::maxUtf8PerByte);
+        const Platform::SUtf8Text added = converter.Convert(text, to);
+        FinishBytes(added.length);
+        return added.isDefined;
+    }
     void AppendText(std::u16string_view text);
     /// A value of another kind of column: a null value is a null. Throws CFault for one that the column cannot
     /// represent.
     void AppendValue(const Platform::VARIANT& value);
 
-    /// How many bytes the texts have that were collected.
-    std::size_t GetSize() const { return m_bytes.size(); }
+    /// How many bytes the values have that were collected.
+    std::size_t GetSize() const { return m_bytes.GetSize(); }
 
     /// Moves what was collected to an array that owns it; then the builder is empty. Throws std::bad_alloc, and then
     /// changes nothing.
@@ -50,15 +58,25 @@ private:
     void AppendBit(bool value);
     void AppendDecimal(const Platform::DECIMAL& value);
     void AppendDate(double date);
-    void MarkValid();
-    char* Reserve(std::size_t size);
+    void FinishBytes(std::size_t added) {
+        m_bytes.Advance(added);
+        m_offsets.Append(static_cast<std::int32_t>(m_bytes.GetSize()));
+        MarkValid();
+    }
+    void MarkValid() {
+        if (!m_validity.IsEmpty())
+            MarkValidBit();
+        ++m_length;
+    }
+    void MarkValidBit();
+    std::size_t GetBitSize() const { return static_cast<std::size_t>(m_length / 8 + 1); }
 
     SColumnForm m_form;
     std::int64_t m_length = 0;
     std::int64_t m_nullCount = 0;
-    std::vector<std::uint8_t> m_validity; ///< a bit for each value; empty while there is no null
-    std::vector<std::int32_t> m_offsets;  ///< of text and binary: one more than values
-    std::vector<char> m_bytes;            ///< texts, or values of fixed width
+    CGrowingBuffer<std::uint8_t> m_validity; ///< a bit for each value; empty while there is no null
+    CGrowingBuffer<std::int32_t> m_offsets;  ///< of text and binary: one more than values
+    CGrowingBuffer<char> m_bytes;            ///< texts, or values of fixed width
 };
 
 } // namespace NSTQ::NSTQCore

@@ -144,14 +144,18 @@ void CTabularRows::AppendValue(std::size_t column, CColumnBuilder& builder) {
         builder.AppendValue(value.value);
 }
 
-void CTabularRows::AppendTo(std::span<CColumnBuilder> builders) {
+std::size_t CTabularRows::AppendTo(std::span<CColumnBuilder> builders) {
     const bool isNullRow = m_rows->IsNullRow();
+    std::size_t size = 0;
     for (std::size_t column = 0; column < builders.size(); ++column) {
+        CColumnBuilder& builder = builders[column];
+        const std::size_t before = builder.GetSize();
         try {
             if (isNullRow)
-                builders[column].AppendNull();
+                builder.AppendNull();
             else
-                AppendValue(column, builders[column]);
+                AppendValue(column, builder);
+            size += builder.GetSize() - before;
         } catch (const CFault& fault) {
             throw CFault(fault.GetStatus(),
                          "row " + std::to_string(m_read) + ": column " + std::to_string(column + 1) + ": " +
@@ -159,6 +163,7 @@ void CTabularRows::AppendTo(std::span<CColumnBuilder> builders) {
                          fault.GetCode());
         }
     }
+    return size;
 }
 
 } // namespace NSTQ::NSTQCore

@@ -18,7 +18,7 @@ public:
     int GetProgress() const override;
     bool MoveNext() override;
     std::span<const tqc_field> GetTexts() override;
-    void AppendTo(std::span<CColumnBuilder> builders) override;
+    std::size_t AppendTo(std::span<CColumnBuilder> builders) override;
 
 private:
     std::u16string_view GetText(const Platform::VARIANT& value);

@@ -69,6 +69,7 @@ CTextRows::CTextRows(std::shared_ptr<const CSourceFile> file) : m_file(std::move
     if (!m_hasFirst)
         return;
     const bool hasHeader = m_file->HasHeader();
+    GetTexts();
     const std::size_t count = m_file->GetType() == TQC_FIXED ? m_file->GetWidths().size() : m_fields.size();
     for (std::size_t i = 0; i < count; ++i) {
         const bool isNamed = hasHeader && i < m_fields.size() && m_fields[i].length > 0;
@@ -128,39 +129,42 @@ bool CTextRows::ReadRecord(SRecord& record) {
 }
 
 bool CTextRows::ReadRow() {
-    SRecord record;
-    if (!ReadRecord(record))
+    if (!ReadRecord(m_record))
         return false;
     if (m_file->GetType() == TQC_FIXED)
-        CheckRest(record);
-    if (AreInPlace(record)) {
-        m_fields.resize(record.count);
-        for (DWORD i = 0; i < record.count; ++i)
-            m_fields[i] = {record.fields[i], record.lengths[i]};
-    } else {
-        ConvertFields(record);
-    }
+        CheckRest();
     return true;
 }
 
 /// Takes away the column that holds what follows the last one, which must be nothing.
-void CTextRows::CheckRest(SRecord& record) const {
+void CTextRows::CheckRest() {
     const std::size_t columns = m_file->GetWidths().size();
-    if (record.count <= columns)
+    if (m_record.count <= columns)
         return;
-    if (record.lengths[columns] > 0 || record.size >= static_cast<LONGLONG>(maxSize - columns))
+    if (m_record.lengths[columns] > 0 || m_record.size >= static_cast<LONGLONG>(maxSize - columns))
         throw CFault(TQC_LIMIT, DescribeRow() + ": text after the last column; give larger or more widths");
-    record.count = static_cast<DWORD>(columns);
+    m_record.count = static_cast<DWORD>(columns);
+}
+
+std::span<const tqc_field> CTextRows::GetTexts() {
+    if (AreInPlace()) {
+        m_fields.resize(m_record.count);
+        for (DWORD i = 0; i < m_record.count; ++i)
+            m_fields[i] = {m_record.fields[i], m_record.lengths[i]};
+    } else {
+        ConvertFields();
+    }
+    return m_fields;
 }
 
 /// Whether the fields are valid UTF-8 as they are. The readers store them one after the other, each with a NUL.
-bool CTextRows::AreInPlace(const SRecord& record) const {
+bool CTextRows::AreInPlace() const {
     const bool isUtf8 = m_file->GetCodePage() == CP_UTF8;
-    for (DWORD i = 0; i < record.count;) {
-        const char* const begin = record.fields[i];
-        const char* end = begin + record.lengths[i];
-        while (++i < record.count && record.fields[i] == end + 1)
-            end = record.fields[i] + record.lengths[i];
+    for (DWORD i = 0; i < m_record.count;) {
+        const char* const begin = m_record.fields[i];
+        const char* end = begin + m_record.lengths[i];
+        while (++i < m_record.count && m_record.fields[i] == end + 1)
+            end = m_record.fields[i] + m_record.lengths[i];
         const auto size = static_cast<std::size_t>(end - begin);
         const auto* const bytes = reinterpret_cast<const unsigned char*>(begin);
         if (isUtf8 ? CountValidUtf8(begin, size) != size : SkipAscii(bytes, bytes + size) != bytes + size)
@@ -169,33 +173,45 @@ bool CTextRows::AreInPlace(const SRecord& record) const {
     return true;
 }
 
-void CTextRows::ConvertFields(const SRecord& record) {
+void CTextRows::FailWithInvalidText(DWORD field) const {
+    throw CFault(TQC_INVALID_TEXT,
+                 DescribeRow() + ": field " + std::to_string(field + 1) + " has bytes that are invalid in " +
+                     std::string(GetCodePageName(m_file->GetCodePage())) + "; try another encoding");
+}
+
+void CTextRows::ConvertFields() {
     std::size_t room = 0;
-    for (DWORD i = 0; i < record.count; ++i)
-        room += record.lengths[i] * maxUtf8PerByte + 1;
+    for (DWORD i = 0; i < m_record.count; ++i)
+        room += m_record.lengths[i] * maxUtf8PerByte + 1;
     m_text.resize(std::max(m_text.size(), room));
-    m_fields.resize(record.count);
+    m_fields.resize(m_record.count);
     char* to = m_text.data();
-    for (DWORD i = 0; i < record.count; ++i) {
-        const SUtf8Text text = ConvertAnsiToUtf8({record.fields[i], record.lengths[i]}, to);
+    for (DWORD i = 0; i < m_record.count; ++i) {
+        const SUtf8Text text = ConvertAnsiToUtf8({m_record.fields[i], m_record.lengths[i]}, to);
         if (!text.isDefined && !m_file->ReplacesInvalid())
-            throw CFault(TQC_INVALID_TEXT,
-                         DescribeRow() + ": field " + std::to_string(i + 1) + " has bytes that are invalid in " +
-                             std::string(GetCodePageName(m_file->GetCodePage())) + "; try another encoding");
+            FailWithInvalidText(i);
         m_fields[i] = {to, text.length};
         to += text.length;
         *to++ = '\0';
     }
 }
 
-void CTextRows::AppendTo(std::span<CColumnBuilder> builders) {
-    if (m_fields.size() > builders.size())
-        throw CFault(TQC_LIMIT, DescribeRow() + ": " + std::to_string(m_fields.size()) + " fields, but there are " +
+std::size_t CTextRows::AppendTo(std::span<CColumnBuilder> builders) {
+    if (m_record.count > builders.size())
+        throw CFault(TQC_LIMIT, DescribeRow() + ": " + std::to_string(m_record.count) + " fields, but there are " +
                                     std::to_string(builders.size()) + " columns");
-    for (std::size_t i = 0; i < m_fields.size(); ++i)
-        builders[i].AppendBytes({m_fields[i].text, m_fields[i].length});
-    for (CColumnBuilder& builder : builders.subspan(m_fields.size()))
+    const CUtf8Converter converter;
+    const bool isKnown = m_file->GetCodePage() == CP_UTF8 && AreInPlace();
+    for (DWORD i = 0; i < m_record.count; ++i) {
+        const std::string_view text(m_record.fields[i], m_record.lengths[i]);
+        if (isKnown)
+            builders[i].AppendBytes(text);
+        else if (!builders[i].AppendText(text, converter) && !m_file->ReplacesInvalid())
+            FailWithInvalidText(i);
+    }
+    for (CColumnBuilder& builder : builders.subspan(m_record.count))
         builder.AppendNull();
+    return static_cast<std::size_t>(m_record.size);
 }
 
 } // namespace NSTQ::NSTQCore

@@ -18,8 +18,8 @@ public:
     std::int64_t GetCount() const override { return -1; }
     int GetProgress() const override;
     bool MoveNext() override;
-    std::span<const tqc_field> GetTexts() override { return m_fields; }
-    void AppendTo(std::span<CColumnBuilder> builders) override;
+    std::span<const tqc_field> GetTexts() override;
+    std::size_t AppendTo(std::span<CColumnBuilder> builders) override;
 
 private:
     class IReader;
@@ -37,13 +37,15 @@ private:
     static std::unique_ptr<IReader> Open(const CSourceFile& file);
     bool ReadRecord(SRecord& record);
     bool ReadRow();
-    void CheckRest(SRecord& record) const;
-    bool AreInPlace(const SRecord& record) const;
-    void ConvertFields(const SRecord& record);
+    void CheckRest();
+    bool AreInPlace() const;
+    void ConvertFields();
+    [[noreturn]] void FailWithInvalidText(DWORD field) const;
     std::string DescribeRow() const;
 
     std::shared_ptr<const CSourceFile> m_file;
     std::unique_ptr<IReader> m_reader;
+    SRecord m_record; ///< the current row
     std::vector<SColumn> m_columns;
     std::vector<tqc_field> m_fields;
     std::vector<char> m_text; ///< the fields in UTF-8 when they cannot stay in the reader's buffer
