@@ -1,5 +1,6 @@
-// batch_bench FILE: reads a CSV file in Shift_JIS five times in turn as rows, with the C++ reader, and as Arrow batches
-// in UTF-8, with the C interface, and prints the medians and their ratio. Fails when both do not find the same texts.
+// batch_bench FILE: reads a CSV file in Shift_JIS five times in turn as rows, with the C++ reader, and as Arrow
+// batches in UTF-8, with the C interface, and prints the medians and their ratio. Fails when both do not find the
+// same texts.
 #include "CCsvDataAccess.h"
 #include "tqcAccess.h"
 
