@@ -45,6 +45,7 @@ public:
                 for (std::size_t i = 0; i < names.size(); ++i) {
                     const std::string field = FieldText(rows->GetValue(i));
                     EXPECT_EQ(ExactText(rows->GetExactValue(i)), field);
+                    ExpectType(rows->GetColumnTypes().at(i).type, rows->GetValue(i).vt);
                     text += field + (i + 1 < names.size() ? '|' : '\n');
                 }
         } catch (const Platform::_com_error& error) {
@@ -58,6 +59,15 @@ private:
     static std::string Utf8(std::u16string_view text) {
         std::string bytes;
         return std::string(Providers::ToUtf8(text, bytes));
+    }
+    /// The kinds of values and the types of columns have the same numbers, except texts and bytes.
+    static void ExpectType(EDataType type, Platform::VARTYPE kind) {
+        if (kind == Platform::VT_NULL || (type == EDataType::adDate && kind == Platform::VT_R8))
+            return;
+        if (kind == Platform::VT_BSTR)
+            EXPECT_TRUE(type == EDataType::adGUID || type >= EDataType::adBinary) << int(type);
+        else
+            EXPECT_EQ(type, kind == Platform::VT_DECIMAL && type == EDataType::adNumeric ? type : EDataType{kind});
     }
     static std::string ExactText(const Platform::SExactValue& exact) {
         if (exact.value.vt != (Platform::VT_ARRAY | Platform::VT_UI1))

@@ -119,31 +119,26 @@ const SValueCase valueCases[] = {
     {{"", ExtendedDate}, extendedDate, "2024-01-31 23:59:59.1234567", EJet::Ace16},
 };
 
-/// Precision, scale and size are those that the writer states.
+/// The types that the kinds of their values do not tell, with the precision and sizes that the writer states.
 const std::map<EAccess, SFieldType> typesOfColumns = {
-    {Boolean, {EDataType::adBoolean}},
-    {Byte, {EDataType::adUnsignedTinyInt}},
-    {Integer, {EDataType::adSmallInt}},
-    {Long, {EDataType::adInteger}},
-    {Currency, {EDataType::adCurrency}},
-    {Single, {EDataType::adSingle}},
-    {Double, {EDataType::adDouble}},
-    {Date, {EDataType::adDate}},
     {Binary, {EDataType::adVarBinary, 0, 0, 255}},
     {Text, {EDataType::adVarWChar, 0, 0, 255}},
     {Ole, {EDataType::adLongVarBinary}},
     {Memo, {EDataType::adLongVarWChar}},
     {Guid, {EDataType::adGUID}},
-    {Numeric, {EDataType::adNumeric, 28}},
+    {Numeric, {EDataType::adNumeric, 26}},
     {Complex, {EDataType::adVarWChar}},
-    {Large, {EDataType::adBigInt}},
     {ExtendedDate, {EDataType::adVarWChar}},
 };
 
 void ExpectType(const SAccessColumn& column, const SFieldType& type) {
     const EAccess shown = column.shownType.value_or(column.type);
+    if (!typesOfColumns.contains(shown))
+        return;
     SFieldType expected = typesOfColumns.at(shown);
     expected.numericScale = column.scale;
+    if (column.scale > expected.precision)
+        expected.precision = 28;
     if (column.isCalculated)
         expected = {shown == Numeric ? EDataType::adDecimal : expected.type};
     else if (column.shownType)

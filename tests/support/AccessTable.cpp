@@ -69,8 +69,8 @@ std::string CAccessTable::ColumnEntry(std::size_t number, unsigned variableBefor
     const std::string end = LittleEndian(fixedOffset, 2) + LittleEndian(size, 2);
     std::string facts = LittleEndian(0x409, 2) + LittleEndian(isJet3 ? 1252 : 0, 2); // order of texts, code page
     if (column.type == EAccess::Numeric)
-        facts = isJet3 ? std::string("\x09\x04\x1C", 3) + static_cast<char>(column.scale)
-                       : std::string(1, 28) + static_cast<char>(column.scale) + Zeros(2);
+        facts = isJet3 ? std::string("\x09\x04\x1A", 3) + static_cast<char>(column.scale)
+                       : std::string(1, 26) + static_cast<char>(column.scale) + Zeros(2);
     if (column.type == EAccess::Complex)
         facts = LittleEndian(number + 1, 4);
     const std::string type = LittleEndian(static_cast<std::uint64_t>(column.shownType.value_or(column.type)), 1);
