@@ -3,11 +3,11 @@
 
 #include "CGrowingBuffer.h"
 #include "platform/automation/Variant.h"
-#include "platform/codepage/CUtf8Converter.h"
 #include "tqcAccess.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -32,14 +32,17 @@ public:
     void AppendNull();
     /// UTF-8 for a column of text, bytes for a binary one.
     void AppendBytes(std::string_view bytes);
-    /// Text of another code page, at most 65535 bytes. False when it has bytes that the page does not define; they
-    /// are replaced.
-    bool AppendText(std::string_view text, const Platform::CUtf8Converter& converter) {
-        char* const to = m_bytes.Reserve(text.size() * Platform::maxUtf8PerByte);
-        const Platform::SUtf8Text added = converter.Convert(text, to);
-        FinishBytes(added.length);
-        return added.isDefined;
+    /// The same for bytes after which blockSize more can be read, at most 65535 of them: short ones, which most are,
+    /// are copied without a branch.
+    void AppendBlock(const char* bytes, std::size_t size) {
+        char* const to = m_bytes.Reserve(size + blockSize);
+        if (size <= blockSize)
+            std::memcpy(to, bytes, blockSize);
+        else
+            std::memcpy(to, bytes, size);
+        FinishBytes(size);
     }
+    static constexpr std::size_t blockSize = 32;
     void AppendText(std::u16string_view text);
     /// A value of another kind of column: a null value is a null. Throws CFault for one that the column cannot
     /// represent.

@@ -17,7 +17,8 @@ using namespace NSTQ::Platform;
 
 namespace {
 
-/// The maximum of 16-bit lengths. A row that is not longer has no more fields either.
+/// The maximum of 16-bit lengths, and that of a reader's line buffer without its last NUL. A row that is not longer
+/// has no more fields either.
 constexpr DWORD maxSize = 65535;
 
 } // namespace
@@ -31,6 +32,8 @@ public:
     virtual LONGLONG GetPosition() const = 0;
     /// The byte before it; 0 at the start of a fill.
     virtual char GetLastByte() const = 0;
+    /// The end of the memory that the fields of a record are stored in, one after the other and each with a NUL.
+    virtual const char* GetBufferEnd() const = 0;
 };
 
 template <class TReader>
@@ -44,6 +47,7 @@ public:
         const DWORD position = TReader::GetReadBuffPos();
         return position == 0 ? '\0' : static_cast<char>(TReader::m_pReadBuff[position - 1]);
     }
+    const char* GetBufferEnd() const override { return TReader::m_pLineBuff.get() + maxSize + 1; }
 };
 
 std::unique_ptr<CTextRows::IReader> CTextRows::Open(const CSourceFile& file) {
@@ -146,70 +150,74 @@ void CTextRows::CheckRest() {
     m_record.count = static_cast<DWORD>(columns);
 }
 
+/// From the first to the last byte of the fields, with the NULs between them.
+std::string_view CTextRows::GetRecordText() const {
+    if (m_record.count == 0)
+        return {};
+    const char* const begin = m_record.fields[0];
+    const DWORD last = m_record.count - 1;
+    return {begin, static_cast<std::size_t>(m_record.fields[last] + m_record.lengths[last] - begin)};
+}
+
+/// Whether the fields are valid UTF-8 as they are.
+bool CTextRows::IsInPlace() const {
+    const std::string_view text = GetRecordText();
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return m_file->GetCodePage() == CP_UTF8 ? CountValidUtf8(text.data(), text.size()) == text.size()
+                                            : SkipAscii(bytes, bytes + text.size()) == bytes + text.size();
+}
+
 std::span<const tqc_field> CTextRows::GetTexts() {
-    if (AreInPlace()) {
-        m_fields.resize(m_record.count);
-        for (DWORD i = 0; i < m_record.count; ++i)
-            m_fields[i] = {m_record.fields[i], m_record.lengths[i]};
-    } else {
+    m_fields.resize(m_record.count);
+    if (!IsInPlace()) {
         ConvertFields();
+        return m_fields;
     }
+    for (DWORD i = 0; i < m_record.count; ++i)
+        m_fields[i] = {m_record.fields[i], m_record.lengths[i]};
+    m_textEnd = m_reader->GetBufferEnd();
     return m_fields;
 }
 
-/// Whether the fields are valid UTF-8 as they are. The readers store them one after the other, each with a NUL.
-bool CTextRows::AreInPlace() const {
-    const bool isUtf8 = m_file->GetCodePage() == CP_UTF8;
-    for (DWORD i = 0; i < m_record.count;) {
-        const char* const begin = m_record.fields[i];
-        const char* end = begin + m_record.lengths[i];
-        while (++i < m_record.count && m_record.fields[i] == end + 1)
-            end = m_record.fields[i] + m_record.lengths[i];
-        const auto size = static_cast<std::size_t>(end - begin);
-        const auto* const bytes = reinterpret_cast<const unsigned char*>(begin);
-        if (isUtf8 ? CountValidUtf8(begin, size) != size : SkipAscii(bytes, bytes + size) != bytes + size)
-            return false;
-    }
-    return true;
-}
-
-void CTextRows::FailWithInvalidText(DWORD field) const {
+/// Says which field has bytes that the code page does not define.
+void CTextRows::FailWithInvalidText() const {
+    DWORD field = 0;
+    while (field + 1 < m_record.count && IsDefinedInAnsi({m_record.fields[field], m_record.lengths[field]}))
+        ++field;
     throw CFault(TQC_INVALID_TEXT,
                  DescribeRow() + ": field " + std::to_string(field + 1) + " has bytes that are invalid in " +
                      std::string(GetCodePageName(m_file->GetCodePage())) + "; try another encoding");
 }
 
+/// Converts all fields at once: the NULs between them are characters like any other.
 void CTextRows::ConvertFields() {
-    std::size_t room = 0;
-    for (DWORD i = 0; i < m_record.count; ++i)
-        room += m_record.lengths[i] * maxUtf8PerByte + 1;
-    m_text.resize(std::max(m_text.size(), room));
-    m_fields.resize(m_record.count);
-    char* to = m_text.data();
-    for (DWORD i = 0; i < m_record.count; ++i) {
-        const SUtf8Text text = ConvertAnsiToUtf8({m_record.fields[i], m_record.lengths[i]}, to);
-        if (!text.isDefined && !m_file->ReplacesInvalid())
-            FailWithInvalidText(i);
-        m_fields[i] = {to, text.length};
-        to += text.length;
-        *to++ = '\0';
+    const std::string_view text = GetRecordText();
+    m_text.resize(std::max(m_text.size(), text.size() * maxUtf8PerByte + CColumnBuilder::blockSize + 1));
+    m_textEnd = m_text.data() + m_text.size();
+    const SUtf8Text converted = ConvertAnsiToUtf8(text, m_text.data());
+    if (!converted.isDefined && !m_file->ReplacesInvalid())
+        FailWithInvalidText();
+    m_text[converted.length] = '\0';
+    const char* field = m_text.data();
+    for (tqc_field& taken : m_fields) {
+        taken = {field, std::strlen(field)};
+        field += taken.length + 1;
     }
 }
 
 std::size_t CTextRows::AppendTo(std::span<CColumnBuilder> builders) {
-    if (m_record.count > builders.size())
-        throw CFault(TQC_LIMIT, DescribeRow() + ": " + std::to_string(m_record.count) + " fields, but there are " +
+    const auto fields = GetTexts();
+    if (fields.size() > builders.size())
+        throw CFault(TQC_LIMIT, DescribeRow() + ": " + std::to_string(fields.size()) + " fields, but there are " +
                                     std::to_string(builders.size()) + " columns");
-    const CUtf8Converter converter;
-    const bool isKnown = m_file->GetCodePage() == CP_UTF8 && AreInPlace();
-    for (DWORD i = 0; i < m_record.count; ++i) {
-        const std::string_view text(m_record.fields[i], m_record.lengths[i]);
-        if (isKnown)
-            builders[i].AppendBytes(text);
-        else if (!builders[i].AppendText(text, converter) && !m_file->ReplacesInvalid())
-            FailWithInvalidText(i);
+    const char* const lastBlock = m_textEnd - CColumnBuilder::blockSize;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (fields[i].text <= lastBlock)
+            builders[i].AppendBlock(fields[i].text, fields[i].length);
+        else
+            builders[i].AppendBytes({fields[i].text, fields[i].length});
     }
-    for (CColumnBuilder& builder : builders.subspan(m_record.count))
+    for (CColumnBuilder& builder : builders.subspan(fields.size()))
         builder.AppendNull();
     return static_cast<std::size_t>(m_record.size);
 }

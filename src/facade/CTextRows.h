@@ -5,6 +5,7 @@
 #include "IRows.h"
 
 #include <memory>
+#include <string_view>
 
 namespace NSTQ::NSTQCore {
 
@@ -38,9 +39,11 @@ private:
     bool ReadRecord(SRecord& record);
     bool ReadRow();
     void CheckRest();
-    bool AreInPlace() const;
+    std::string_view GetRecordText() const;
+    bool IsInPlace() const;
+    void TakeFields(const char* text);
     void ConvertFields();
-    [[noreturn]] void FailWithInvalidText(DWORD field) const;
+    [[noreturn]] void FailWithInvalidText() const;
     std::string DescribeRow() const;
 
     std::shared_ptr<const CSourceFile> m_file;
@@ -48,9 +51,10 @@ private:
     SRecord m_record; ///< the current row
     std::vector<SColumn> m_columns;
     std::vector<tqc_field> m_fields;
-    std::vector<char> m_text; ///< the fields in UTF-8 when they cannot stay in the reader's buffer
-    std::int64_t m_row = 0;   ///< in the file, from 1
-    bool m_hasFirst = false;  ///< the first row, which told the number of columns, is still to be returned
+    std::vector<char> m_text;        ///< the fields in UTF-8 when they cannot stay in the reader's buffer
+    const char* m_textEnd = nullptr; ///< of the memory that has the fields, all of which can be read
+    std::int64_t m_row = 0;          ///< in the file, from 1
+    bool m_hasFirst = false;         ///< the first row, which told the number of columns, is still to be returned
 };
 
 } // namespace NSTQ::NSTQCore

@@ -8,6 +8,7 @@
 #include "platform/errors/LastError.h"
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <concepts>
 #include <cstring>
@@ -118,6 +119,25 @@ public:
         }
         *m_next++ = static_cast<unsigned char>(0x80 | (unit & 0x3F));
         return true;
+    }
+    /// Takes pairs whose characters have three bytes, which nearly all have, up to anything else.
+    void TakePairs(const CCodePageTables& page, const unsigned char*& text, const unsigned char* end) {
+        if constexpr (std::endian::native != std::endian::little)
+            return;
+        const unsigned char* from = text;
+        unsigned char* to = m_next;
+        while (end - from >= 2 && page.IsLead(from[0]) && from[1] != 0) {
+            const std::uint32_t unit = page.DecodePair(from[0], from[1]);
+            if (unit < 0x800 || unit == m_sought)
+                break;
+            // One byte too many is written, in the room that two bytes of text have.
+            const std::uint32_t bytes = 0x8080E0U | unit >> 12 | (unit & 0xFC0) << 2 | (unit & 0x3F) << 16;
+            std::memcpy(to, &bytes, sizeof bytes);
+            from += 2;
+            to += 3;
+        }
+        text = from;
+        m_next = to;
     }
     std::size_t GetCount() const { return static_cast<std::size_t>(m_next - m_buffer); }
     bool HasSought() const { return m_hasSought; }
@@ -330,11 +350,17 @@ SUtf8Text ConvertAnsiToUtf8(std::string_view text, char* out) {
         return {MendUtf8(bytes, text.size(), reinterpret_cast<unsigned char*>(out), text.size() * maxUtf8PerByte),
                 isValid};
     }
+    const unsigned char* const end = bytes + text.size();
+    const unsigned char* from = bytes;
     CUtf8Sink sink(out, page.m_defaultCharacter);
-    if (page.IsDoubleByte())
-        ConvertText(bytes, bytes + text.size(), CDoubleByteDecoder(page), sink);
-    else
-        ConvertText(bytes, bytes + text.size(), CSingleByteDecoder(page), sink);
+    if (!page.IsDoubleByte())
+        ConvertText(from, end, CSingleByteDecoder(page), sink);
+    while (page.IsDoubleByte() && from != end) {
+        sink.TakeAscii(from, end);
+        sink.TakePairs(page, from, end);
+        if (from != end && *from >= 0x80)
+            CDoubleByteDecoder(page).TakeCharacter(from, end, sink);
+    }
     return {sink.GetCount(), !sink.HasSought() || IsDefinedInAnsi(text)};
 }
 
