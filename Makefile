@@ -86,7 +86,8 @@ docs:
 	scripts/install_packages docs
 	scripts/make_docs build/docs
 
-# PREFIX is where it will be, DESTDIR what is put before every path meanwhile.
+# PREFIX is where it will be, DESTDIR what is put before every path meanwhile. The Python module is included where the
+# headers of Python are (python3-dev).
 install:
 	scripts/install_packages build
 	cmake --preset install -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX))
@@ -97,7 +98,7 @@ install:
 uninstall:
 	scripts/uninstall build/install/install_manifest.txt
 
-# Debian packages of the library, of what programs are built with, and of tqc, to build/package.
+# Debian packages of the library, of what programs are built with, of tqc and of the Python module, to build/package.
 package:
 	scripts/install_packages build package
 	cmake --preset package

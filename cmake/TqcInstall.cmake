@@ -1,5 +1,5 @@
 # What is installed and where: component `runtime` (the shared library), `development` (headers, the static library,
-# CMake package, pkg-config file) and, beside the program, `tool`.
+# CMake package, pkg-config file) and, beside the program and the Python module, `tool` and `python`.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

@@ -1,4 +1,4 @@
-# Debian packages of the three components, by `cpack -G DEB` in a build with the prefix /usr (`make package`).
+# Debian packages of the components, by `cpack -G DEB` in a build with the prefix /usr (`make package`).
 set(TQC_PACKAGE_CONTACT "tqcAccess developers <developers@tqcaccess.invalid>" CACHE STRING
   "The maintainer that packages name")
 
@@ -13,6 +13,9 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(TQC_BUILD_TOOL)
   list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+if(TARGET tqcaccess_python_installed)
+  list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 # The program's own library is not installed when its dependencies are looked up.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -57,4 +60,16 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} ${tq
 set(CPACK_DEBIAN_TOOL_DESCRIPTION
 "The program. It shows and converts comma- and tab-separated text, fixed-length
 text, packages, workbooks and databases on the command line.")
+
+# The scripts of the package make and remove the files that Python compiles.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tqcaccess)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} ${tqc_version}, ${tqc_python_needed}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-pandas)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  "${CMAKE_CURRENT_LIST_DIR}/python/postinst;${CMAKE_CURRENT_LIST_DIR}/python/prerm")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"The Python module. It gives the rows of text, workbooks, databases and packages
+as typed values, Arrow streams and data frames of pandas.")
 include(CPack)

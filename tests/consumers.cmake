@@ -12,13 +12,13 @@ add_test(NAME load_unload COMMAND load_unload $<TARGET_FILE:tqcAccess>)
 set(consumers ${CMAKE_CURRENT_BINARY_DIR}/consumers)
 add_test(NAME consumer_install
   COMMAND ${CMAKE_COMMAND} -E env --unset=DESTDIR sh -e -c
-    "rm -rf $1; for part in runtime development tool; do $0 --install $2 --prefix $1 --component $part; done"
+    "rm -rf $1; for part in runtime development tool python; do $0 --install $2 --prefix $1 --component $part; done"
     ${CMAKE_COMMAND} ${consumers}/prefix ${PROJECT_BINARY_DIR})
 set_tests_properties(consumer_install PROPERTIES FIXTURES_SETUP installed_library)
 set(manifest ${PROJECT_BINARY_DIR}/install_manifest)
 add_test(NAME consumer_uninstall
   COMMAND ${CMAKE_COMMAND} -E env --unset=DESTDIR sh -e -c
-    "$0 $2_runtime.txt $2_development.txt $2_tool.txt; test -z \"$(find $1 -not -type d -o -name tqcAccess)\""
+    "$0 $2_runtime.txt $2_development.txt $2_tool.txt $2_python.txt; test -z \"$(find $1 -not -type d -o -iname tqcAccess)\""
     ${PROJECT_SOURCE_DIR}/scripts/uninstall ${consumers}/prefix ${manifest})
 set_tests_properties(consumer_uninstall PROPERTIES FIXTURES_CLEANUP installed_library)
 
@@ -27,6 +27,14 @@ if(TARGET tqc)
   add_test(NAME runpath COMMAND sh -e -c "$0 \"$@\"; $1 --version" ${PROJECT_SOURCE_DIR}/scripts/check_runpath
     ${installed_program} $<TARGET_FILE:tqc> $<TARGET_FILE:tqcAccess> $<TARGET_FILE:load_unload>)
   set_tests_properties(runpath PROPERTIES FIXTURES_REQUIRED installed_library)
+endif()
+
+if(TARGET tqcaccess_python_installed)
+  add_test(NAME consumer_python COMMAND sh -e -c
+    "$0 $1/tqcaccess/_tqcaccess*.so; PYTHONPATH=$1 $2 -c 'import sys, tqcaccess; tqcaccess.tables(sys.argv[1])' $3"
+    ${PROJECT_SOURCE_DIR}/scripts/check_runpath ${consumers}/prefix/${tqc_python_dir} ${Python3_EXECUTABLE}
+    ${PROJECT_SOURCE_DIR}/examples/data/prices-utf8.csv)
+  set_tests_properties(consumer_python PROPERTIES FIXTURES_REQUIRED installed_library)
 endif()
 
 # tqc_add_consumer(NAME option...): configures, builds and runs the project in tests/consumers with these options.
