@@ -49,6 +49,7 @@ def _metadata_files():
         "Requires-Python: >=3.9\n"
         "Provides-Extra: pandas\n"
         'Requires-Dist: pandas (>=1.5) ; extra == "pandas"\n'
+        'Requires-Dist: numpy (>=1.23) ; extra == "pandas"\n'
     )
     wheel = f"Wheel-Version: 1.0\nGenerator: tqcaccess_build\nRoot-Is-Purelib: false\nTag: {_tag()}\n"
     licence = (PROJECT_FOLDER / "LICENSE").read_text(encoding="utf-8")

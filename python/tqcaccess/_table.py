@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import itertools
 from typing import TYPE_CHECKING, Any, Dict, List, NamedTuple, Optional, Tuple
 
 from . import _tqcaccess
@@ -115,11 +116,9 @@ def _make_series(kind: str, chunks: List[Tuple[Any, Any]]) -> Any:
     import pandas
 
     if kind not in _NUMPY_TYPES:
-        values = numpy.empty(sum(len(chunk) for chunk, _ in chunks), dtype=object)
-        start = 0
-        for chunk, _ in chunks:
-            values[start : start + len(chunk)] = chunk
-            start += len(chunk)
+        count = sum(len(chunk) for chunk, _ in chunks)
+        # An assignment would look for the items of each value first.
+        values = numpy.fromiter(itertools.chain.from_iterable(chunk for chunk, _ in chunks), dtype=object, count=count)
         return pandas.Series(values, copy=False)
 
     dtype = _NUMPY_TYPES[kind]
