@@ -25,3 +25,15 @@ if(TARGET read_rows)
     tqc_add_example_test(table UTF-8 read_table stock.accdb)
   endif()
 endif()
+
+# Those of Python, and the ones in its document.
+if(TARGET tqcaccess_python AND TQC_WITH_ACCESS AND TQC_WITH_XLSX AND TQC_WITH_ENCRYPTION)
+  add_test(NAME example_frame COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/examples/compare
+    ${CMAKE_CURRENT_SOURCE_DIR}/examples/frame.txt UTF-8
+    ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/examples/read_frame.py stock.accdb Parts)
+  add_test(NAME example_python_document
+    COMMAND ${Python3_EXECUTABLE} -m doctest ${PROJECT_SOURCE_DIR}/docs/python.md)
+  set_tests_properties(example_frame example_python_document PROPERTIES
+    WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}/examples/data SKIP_REGULAR_EXPRESSION "No module named 'pandas'"
+    ENVIRONMENT "PYTHONPATH=${PROJECT_BINARY_DIR}/python;PYTHONDONTWRITEBYTECODE=1;PYTHONUTF8=1")
+endif()

@@ -136,6 +136,7 @@ class Rows(Iterator[Tuple[object, ...]]):
 
     def __init__(self, source: "_tqcaccess.Source", position: int) -> None:
         self._source = source
+        self._encoding = source.encoding
         self._rows = source.open_rows(position)
         self._columns = [Column._make_from(column) for column in self._rows.columns]
         # A row of text has as many fields as it has in the file.
@@ -145,6 +146,11 @@ class Rows(Iterator[Tuple[object, ...]]):
     def columns(self) -> List[Column]:
         """Name and type of each column."""
         return list(self._columns)
+
+    @property
+    def encoding(self) -> str:
+        """The encoding of text, such as "shift_jis"; empty for workbooks and databases."""
+        return self._encoding
 
     @property
     def row_count(self) -> Optional[int]:

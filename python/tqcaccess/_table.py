@@ -66,6 +66,11 @@ class Table:
         return list(self._columns)
 
     @property
+    def encoding(self) -> str:
+        """The encoding of text, such as "shift_jis"; empty for workbooks and databases."""
+        return self._source.encoding
+
+    @property
     def row_count(self) -> Optional[int]:
         """The number of rows without the header row; None for text, which does not tell."""
         return self._row_count
