@@ -3,9 +3,9 @@
 #include "CFault.h"
 #include "platform/codepage/Transcode.h"
 
+#include <array>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 
 namespace NSTQ::NSTQCore {
@@ -45,7 +45,7 @@ bool HasOffsets(SColumnForm::EKind kind) {
 bool GetInteger(const VARIANT& value, std::int64_t& integer) {
     switch (value.vt) {
     case VT_I1:
-        integer = value.cVal;
+        integer = +value.cVal;
         return true;
     case VT_UI1:
         integer = value.bVal;
@@ -75,25 +75,30 @@ bool GetInteger(const VARIANT& value, std::int64_t& integer) {
     }
 }
 
-/// `number` times ten to the power of `digits`. Throws CFault for more than 38 digits.
-TUint128 ScaleUp(TUint128 number, unsigned digits) {
-    constexpr TUint128 limit = std::numeric_limits<TInt128>::max() / 10;
-    for (; digits > 0; --digits) {
-        if (number > limit)
-            throw CFault(TQC_LIMIT, "a decimal number has more digits than its column");
-        number *= 10;
-    }
-    return number;
-}
+constexpr std::size_t maxDigits = 38;
+constexpr auto powersOfTen = [] {
+    std::array<TUint128, maxDigits + 1> powers{1};
+    for (std::size_t i = 1; i <= maxDigits; ++i)
+        powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
 
-/// The same for a negative power; nothing but zeros may be lost.
-TUint128 ScaleDown(TUint128 number, unsigned digits) {
-    for (; digits > 0; --digits) {
-        if (number % 10 != 0)
+/// The digits of `value` for a column. Throws CFault for one that is too large and one that would lose digits.
+TInt128 Rescale(const DECIMAL& value, const SColumnForm& form) {
+    TUint128 digits = TUint128{value.Hi32} << 64 | value.Lo64;
+    if (value.scale > form.scale) {
+        const TUint128 divisor = powersOfTen[static_cast<std::size_t>(value.scale - form.scale)];
+        if (digits % divisor != 0)
             throw CFault(TQC_LIMIT, "a decimal number has more digits after the decimal sign than its column");
-        number /= 10;
+        digits /= divisor;
+    } else {
+        const TUint128 factor = powersOfTen[static_cast<std::size_t>(form.scale - value.scale)];
+        // Above this the product may not fit.
+        digits = digits < powersOfTen[maxDigits] / factor ? digits * factor : powersOfTen[maxDigits];
     }
-    return number;
+    if (digits >= powersOfTen[form.precision])
+        throw CFault(TQC_LIMIT, "a decimal number has more digits than its column");
+    return value.sign != 0 ? -static_cast<TInt128>(digits) : static_cast<TInt128>(digits);
 }
 
 } // namespace
@@ -179,11 +184,7 @@ void CColumnBuilder::AppendBit(bool value) {
 }
 
 void CColumnBuilder::AppendDecimal(const DECIMAL& value) {
-    const TUint128 digits = TUint128{value.Hi32} << 64 | value.Lo64;
-    const TUint128 scaled = value.scale <= m_form.scale
-                                ? ScaleUp(digits, static_cast<unsigned>(m_form.scale - value.scale))
-                                : ScaleDown(digits, static_cast<unsigned>(value.scale - m_form.scale));
-    AppendFixed(value.sign != 0 ? -static_cast<TInt128>(scaled) : static_cast<TInt128>(scaled));
+    AppendFixed(Rescale(value, m_form));
 }
 
 /// Rounded to the millisecond: the fraction of a day does not represent microseconds exactly, and an even second must

@@ -10,6 +10,7 @@
 #include "common/SCFilePath.h"
 #include "platform/codepage/AsciiCase.h"
 #include "platform/codepage/Transcode.h"
+#include "platform/errors/LastError.h"
 #include "tqcAccess/CodePage.h"
 #include "tqcAccess/CodePageNames.h"
 #include "tqcAccess/ComError.h"
@@ -99,6 +100,10 @@ void Store(tqc_error** error, tqc_status status, std::int32_t code, const SSubje
     }
 }
 
+tqc_status StatusOf(const CFault& fault) {
+    return fault.GetCode() == ERROR_NOT_ENOUGH_MEMORY ? TQC_NO_MEMORY : fault.GetStatus();
+}
+
 tqc_status StatusOf(const _com_error& error) {
     if (error.Error() == DB_SEC_E_AUTH_FAILED || dynamic_cast<const CPassWordError*>(&error) != nullptr)
         return TQC_PASSWORD;
@@ -121,7 +126,7 @@ tqc_status Guard(tqc_error** error, const SSubject& subject, TAction action) noe
     try {
         return action();
     } catch (const CFault& fault) {
-        status = fault.GetStatus();
+        status = StatusOf(fault);
         Store(error, status, fault.GetCode(), subject, fault.what());
     } catch (const _com_error& failure) {
         status = StatusOf(failure);
@@ -290,6 +295,7 @@ const char* GetLastErrorOfStream(ArrowArrayStream* stream) {
 }
 
 void ReleaseStream(ArrowArrayStream* stream) {
+    const CThreadCodePage page(CP_UTF8);
     delete &GetStream(stream);
     stream->release = nullptr;
 }

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 
 namespace NSTQ::NSTQCore {
 
@@ -186,6 +187,8 @@ std::string CSourceFile::Unpack(const char* passWord) {
     if (!m_info->SetPassWordString(passWord))
         throw CFault(TQC_INVALID_ARGUMENT, "the password has 260 bytes or more");
     const auto result = m_info->PrepareReadSourceData(true);
+    if (result == CSourceDataInfo::SDO_EXCEPTION)
+        throw std::bad_alloc();
     const char* path = nullptr;
     if (result != CSourceDataInfo::SDO_PACKAGE || !m_info->GetFilePath(path)) {
         const DWORD code = m_info->GetErrorCode();

@@ -52,6 +52,13 @@ std::string ConvertInPlace(std::string text) {
     return text;
 }
 
+/// With the room that is documented. The second is whether the page defines all of it.
+std::pair<std::string, bool> ConvertToUtf8(std::string_view text) {
+    std::string out(text.size() * maxUtf8PerByte, '#');
+    const SUtf8Text result = ConvertAnsiToUtf8(text, out.data());
+    return {out.substr(0, result.length), result.isDefined};
+}
+
 std::string Mend(std::string_view text, std::size_t room, std::size_t& needed) {
     std::vector<unsigned char> out(room + 1, 0xAA);
     needed = MendUtf8(reinterpret_cast<const unsigned char*>(text.data()), text.size(), out.data(), room);
@@ -109,6 +116,7 @@ TEST_F(CodePageTest, TextsOfSeveralCharacters) {
         SetAnsiCodePage(page);
         EXPECT_EQ(Decode(page, text), wide) << title;
         EXPECT_EQ(IsDefinedInAnsi(text), areAllDefined) << title;
+        EXPECT_EQ(ConvertToUtf8(text), std::pair(Encode(CP_UTF8, wide), areAllDefined)) << title;
     }
     const std::tuple<const char*, unsigned, std::string_view, std::u16string_view> encoded[] = {
         {"NUL inside", 932, "a\0\x82\xA0"sv, u"a\0\u3042"sv},
@@ -150,6 +158,21 @@ TEST_F(CodePageTest, EveryByteEveryPairAndEveryUnitIsAsInTheTables) {
         }
         EXPECT_EQ(decoded.value, decodedSum) << page;
         EXPECT_EQ(encoded.value, encodedSum) << page;
+    }
+}
+
+TEST_F(CodePageTest, EveryByteAndEveryPairIsConvertedToUtf8AsByTheTwoCalls) {
+    for (const unsigned page : {932U, 936U, 949U, 950U, 1252U, CP_UTF8}) {
+        SetAnsiCodePage(page);
+        for (unsigned value = 0; value <= 0xFFFF; ++value) {
+            // The beginnings of the text are the single bytes, and lead bytes at the end.
+            const char text[] = {static_cast<char>(value >> 8), static_cast<char>(value & 0xFF), 'z'};
+            for (std::size_t size = value % 0x100 == 0 ? 1 : 2; size <= 3; ++size) {
+                const std::string_view part(text, size);
+                ASSERT_EQ(ConvertToUtf8(part), std::pair(Encode(CP_UTF8, Decode(page, part)), IsDefinedInAnsi(part)))
+                    << page << ' ' << std::hex << value << ' ' << size;
+            }
+        }
     }
 }
 

@@ -1,0 +1,5 @@
+if(TQC_WITH_ZIP AND TQC_WITH_XLSX AND TQC_WITH_XLS AND TQC_WITH_ACCESS)
+  tqc_add_test(c_interface_test facade/CInterfaceTest.cpp)
+  target_link_libraries(c_interface_test PRIVATE tqc_port_faults)
+  target_compile_definitions(c_interface_test PRIVATE TQC_SAMPLES="${PROJECT_SOURCE_DIR}/examples/data")
+endif()
