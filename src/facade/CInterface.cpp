@@ -446,7 +446,8 @@ tqc_status tqc_get_schema(tqc_rows* rows, ArrowSchema* schema, tqc_error** error
 
 tqc_status tqc_next_batch(tqc_rows* rows, std::size_t max_rows, ArrowArray* batch, tqc_error** error) {
     const tqc_status status = Read(rows, error, [&] {
-        Require(batch != nullptr, "no place for the batch");
+        if (batch == nullptr)
+            FailWithArgument("no place for the batch");
         if (!rows->batch)
             rows->batch = std::make_unique<CBatch>(*rows->rows);
         return rows->batch->Read(max_rows, *batch) ? TQC_OK : TQC_END;
