@@ -72,6 +72,14 @@ def _build_module(build_folder):
     return package
 
 
+def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
+    folder = pathlib.Path(metadata_directory) / _dist_info()
+    folder.mkdir()
+    for file, text in _metadata_files().items():
+        (folder / file).write_text(text, encoding="utf-8")
+    return folder.name
+
+
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     name = f"{NAME}-{_version()}-{_tag()}.whl"
     record = io.StringIO()

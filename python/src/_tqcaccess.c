@@ -543,6 +543,90 @@ static PyType_Spec source_spec = {"tqcaccess._tqcaccess.Source", sizeof(SourceOb
 
 static PyTypeObject* source_type;
 
+/* ------------------------------------------------------------------------------------------------ writer */
+
+typedef struct {
+    PyObject_HEAD
+    tqc_writer* writer;
+    tqc_field* fields; /* of one row */
+    Py_ssize_t capacity;
+} WriterObject;
+
+static void Writer_dealloc(WriterObject* self) {
+    PyTypeObject* type = Py_TYPE(self);
+    tqc_close_writer(self->writer, NULL);
+    PyMem_Free(self->fields);
+    type->tp_free(self);
+    Py_DECREF(type);
+}
+
+static PyObject* Writer_close(WriterObject* self, PyObject* Py_UNUSED(ignored)) {
+    tqc_writer* writer = self->writer;
+    tqc_error* error = NULL;
+    tqc_status status;
+    self->writer = NULL;
+    Py_BEGIN_ALLOW_THREADS
+    status = tqc_close_writer(writer, &error);
+    Py_END_ALLOW_THREADS
+    if (status != TQC_OK)
+        return raise_error(error);
+    Py_RETURN_NONE;
+}
+
+/* Makes room for the fields of a row. False with an exception. */
+static int reserve_fields(WriterObject* self, Py_ssize_t count) {
+    tqc_field* fields = self->fields;
+    if (count <= self->capacity)
+        return 1;
+    PyMem_Resize(fields, tqc_field, (size_t)count);
+    if (fields == NULL) {
+        PyErr_NoMemory();
+        return 0;
+    }
+    self->fields = fields;
+    self->capacity = count;
+    return 1;
+}
+
+/* The lock is kept: nobody changes the list meanwhile, which owns the bytes of its texts. */
+static PyObject* Writer_write(WriterObject* self, PyObject* args) {
+    PyObject* row;
+    Py_ssize_t i;
+    tqc_error* error = NULL;
+    if (!PyArg_ParseTuple(args, "O!", &PyList_Type, &row) || !require_open(self->writer, "writer") ||
+        !reserve_fields(self, PyList_GET_SIZE(row)))
+        return NULL;
+    for (i = 0; i < PyList_GET_SIZE(row); ++i) {
+        PyObject* text = PyList_GET_ITEM(row, i);
+        Py_ssize_t size = 0;
+        self->fields[i].text = text == Py_None ? NULL : PyUnicode_AsUTF8AndSize(text, &size);
+        self->fields[i].length = (size_t)size;
+        if (self->fields[i].text == NULL && text != Py_None)
+            return NULL;
+    }
+    if (tqc_write_row(self->writer, self->fields, (size_t)PyList_GET_SIZE(row), &error) != TQC_OK)
+        return raise_error(error);
+    Py_RETURN_NONE;
+}
+
+static PyMethodDef writer_methods[] = {
+    {"write", (PyCFunction)Writer_write, METH_VARARGS, "Writes a list of texts and None as a row."},
+    {"close", (PyCFunction)Writer_close, METH_NOARGS, "Writes what is left and closes the file."},
+    {NULL, NULL, 0, NULL},
+};
+
+static PyType_Slot writer_slots[] = {
+    {Py_tp_dealloc, (void*)Writer_dealloc},
+    {Py_tp_methods, writer_methods},
+    {Py_tp_doc, (void*)"A file of CSV that is written."},
+    {0, NULL},
+};
+
+static PyType_Spec writer_spec = {"tqcaccess._tqcaccess.Writer", sizeof(WriterObject), 0,
+                                  Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION, writer_slots};
+
+static PyTypeObject* writer_type;
+
 /* ------------------------------------------------------------------------------------------------ module */
 
 /* The widths of a sequence. The caller frees them with PyMem_Free. False with an exception. */
@@ -610,6 +694,32 @@ static PyObject* module_open(PyObject* Py_UNUSED(module), PyObject* args) {
     return raise_error(error);
 }
 
+static PyObject* module_open_writer(PyObject* Py_UNUSED(module), PyObject* args) {
+    const char* path;
+    const char* separator;
+    int lf_only;
+    tqc_writer_options options;
+    tqc_error* error = NULL;
+    tqc_status status;
+    WriterObject* object;
+    memset(&options, 0, sizeof options);
+    options.size = sizeof options;
+    if (!PyArg_ParseTuple(args, "szsp", &path, &options.encoding, &separator, &lf_only))
+        return NULL;
+    options.separator = separator[0];
+    options.lf_only = (char)lf_only;
+    object = (WriterObject*)writer_type->tp_alloc(writer_type, 0);
+    if (object == NULL)
+        return NULL;
+    Py_BEGIN_ALLOW_THREADS
+    status = tqc_open_writer(path, &options, &object->writer, &error);
+    Py_END_ALLOW_THREADS
+    if (status == TQC_OK)
+        return (PyObject*)object;
+    Py_DECREF(object);
+    return raise_error(error);
+}
+
 static PyObject* module_set_error_class(PyObject* Py_UNUSED(module), PyObject* function) {
     Py_XSETREF(error_class, Py_NewRef(function));
     Py_RETURN_NONE;
@@ -617,6 +727,7 @@ static PyObject* module_set_error_class(PyObject* Py_UNUSED(module), PyObject* f
 
 static PyMethodDef module_methods[] = {
     {"open", module_open, METH_VARARGS, "Opens a source."},
+    {"open_writer", module_open_writer, METH_VARARGS, "Creates a file of CSV."},
     {"set_error_class", module_set_error_class, METH_O, "What makes the exception for an error."},
     {NULL, NULL, 0, NULL},
 };
@@ -634,8 +745,9 @@ PyMODINIT_FUNC PyInit__tqcaccess(void) {
     Py_XDECREF(decimal);
     source_type = (PyTypeObject*)PyType_FromSpec(&source_spec);
     rows_type = (PyTypeObject*)PyType_FromSpec(&rows_spec);
+    writer_type = (PyTypeObject*)PyType_FromSpec(&writer_spec);
     if (module == NULL || decimal_class == NULL || PyDateTimeAPI == NULL || source_type == NULL || rows_type == NULL ||
-        PyModule_AddStringConstant(module, "version", tqc_version()) < 0) {
+        writer_type == NULL || PyModule_AddStringConstant(module, "version", tqc_version()) < 0) {
         Py_XDECREF(module);
         return NULL;
     }

@@ -179,6 +179,34 @@ def test_ten_thousand_opens_leave_nothing(write):
     assert peak() - before < 4096  # KiB
 
 
+def test_rows_that_are_written_are_read_again(tmp_path):
+    path = tmp_path / "出力.csv"
+    day = datetime.datetime(2023, 3, 15, 9)
+    values = [1, 0.1, 1e300, float("nan"), decimal.Decimal("1E+3"), True, day, day.date(), None, 'あ "い",\n', ""]
+    tqcaccess.write(path, [values, ["b"]], header=["表"], encoding="cp932", separator=";", line_end="\n")
+    assert path.read_bytes().decode("cp932").split("\n")[0] == "表"
+    with tqcaccess.rows(path, header=False, separator=";", encoding="cp932", type="csv") as rows:
+        assert list(rows) == [
+            ("表",),
+            ("1", "0.1", "1e+300", "", "1000", "TRUE", "2023-03-15 09:00:00", "2023-03-15", "", 'あ "い",\n', ""),
+            ("b",),
+        ]
+    for error, row, options in [
+        (tqcaccess.InvalidTextError, ["a", "あ"], {"encoding": "cp1252"}),
+        (tqcaccess.LimitError, ["a" * 65536], {}),
+        (TypeError, [b"a"], {}),
+        (TypeError, "abc", {}),
+        (ValueError, [], {"line_end": "\r"}),
+        (ValueError, [], {"separator": "あ"}),
+        (ValueError, [], {"encoding": "klingon"}),
+    ]:
+        with pytest.raises(error):
+            tqcaccess.write(path, [["first"], row], **options)
+    assert path.read_bytes() == b"first\r\n"
+    with pytest.raises(tqcaccess.Error, match="no such"):
+        tqcaccess.write(tmp_path / "no" / "a.csv", [])
+
+
 def test_two_threads_read_two_encodings(write):
     texts = {"utf-8": "価格", "cp1252": "Größe", "gbk": "价格"}
     paths = {encoding: write(encoding, (text + "\n").encode(encoding) * 500) for encoding, text in texts.items()}

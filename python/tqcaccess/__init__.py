@@ -1,4 +1,4 @@
-"""Reads text, workbooks, databases and packages as typed rows, Arrow streams and data frames.
+"""Reads text, workbooks, databases and packages as typed rows, Arrow streams and data frames, and writes CSV.
 
     import tqcaccess
 
@@ -31,6 +31,7 @@ from ._errors import (
     UnsupportedError,
 )
 from ._table import Column, Table
+from ._write import write
 
 __all__ = [
     "Column",
@@ -47,6 +48,7 @@ __all__ = [
     "read",
     "rows",
     "tables",
+    "write",
 ]
 
 __version__: str = _tqcaccess.version

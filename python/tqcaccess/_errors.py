@@ -6,13 +6,16 @@ from . import _tqcaccess
 
 
 class Error(Exception):
-    """A source that cannot be opened or read. str(error) is a sentence that says what failed, where and why."""
+    """A source that cannot be opened or read, or an output that cannot be written.
+
+    str(error) is a sentence that says what failed, where and why.
+    """
 
     def __init__(self, message: str, file: str = "", table: str = "", code: int = 0) -> None:
         super().__init__(message)
         #: The sentence.
         self.message = message
-        #: The path as it was given.
+        #: The path of the source or output as it was given.
         self.file = file
         #: The sheet or table; empty when none is concerned.
         self.table = table
@@ -40,11 +43,11 @@ class LimitError(Error):
 
 
 class ReadError(Error):
-    """The system could not read."""
+    """The system could not read or write."""
 
 
 class InvalidTextError(Error):
-    """Bytes that are invalid in the encoding of the text."""
+    """Bytes that are invalid in the encoding of a text, or characters that the encoding of an output does not have."""
 
 
 # In the order of the statuses of the C interface.
