@@ -24,6 +24,15 @@ endif()
 # The tests encrypt by libcrypto, which is not there; what decrypts is the same on both systems but for the suite above.
 set(TQC_WITH_ENCRYPTION OFF)
 
+if(TQC_WITH_SYSTEM_ADO)
+  # The other suites read workbooks and databases by the library's own providers, which none of its readers then uses.
+  return()
+endif()
+tqc_add_test(system_ado_test windows/SystemAdoTest.cpp)
+target_compile_definitions(system_ado_test PRIVATE
+  TQC_TEST_DATABASE="${PROJECT_SOURCE_DIR}/examples/data/stock.accdb")
+target_link_libraries(system_ado_test PRIVATE system_ado)
+
 # Suites of both systems. What runs on Linux only:
 # - files_test, package_test and source_faults_test put faults in place of its system calls;
 # - tool_test starts tqc with fork, and hostile_test and blown_up_test limit and measure what they start;

@@ -46,20 +46,7 @@ private:
     std::array<CVariant, 2> m_values;
 };
 
-template <class T>
-CComPtr<IUnknown> MakeClass() {
-    return CComPtr<IUnknown>(MakeComObject<T>());
-}
-
 } // namespace
-
-std::span<const SBuiltinClass> GetBuiltinClasses() {
-    static constexpr SBuiltinClass classes[] = {
-        {u"ADODB.Connection", &MakeClass<CConnection>},
-        {u"ADODB.Recordset", &MakeClass<CRecordset>},
-    };
-    return classes;
-}
 
 void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) {
     if (m_source)

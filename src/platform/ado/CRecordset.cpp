@@ -1,8 +1,8 @@
 #include "platform/ado/CRecordset.h"
 
 #include "platform/ado/CConnection.h"
+#include "platform/ado/FindField.h"
 #include "platform/ado/Statement.h"
-#include "platform/codepage/AsciiCase.h"
 
 #include <string>
 
@@ -100,19 +100,7 @@ void CRecordset::Close() {
 }
 
 Field* CRecordset::CFields::GetItem(const VARIANT& index) {
-    if (index.vt == VT_I4) {
-        if (index.lVal >= 0 && static_cast<std::size_t>(index.lVal) < m_fields.size())
-            return &m_fields[static_cast<std::size_t>(index.lVal)];
-        throw _com_error(adErrItemNotFound, "there is no column " + std::to_string(index.lVal));
-    }
-    if (index.vt != VT_BSTR)
-        throw _com_error(adErrInvalidArgument, "a column is selected by its number or name");
-    const std::u16string_view name = BstrView(index.bstrVal);
-    for (CField& field : m_fields) {
-        if (IsEqualIgnoringCase(field.GetName(), name))
-            return &field;
-    }
-    throw _com_error(adErrItemNotFound, "there is no column \"" + AnsiFromWide(name) + '"');
+    return FindField(m_fields, index);
 }
 
 } // namespace NSTQ::Platform

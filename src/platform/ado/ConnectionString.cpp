@@ -72,29 +72,6 @@ std::string_view Between(std::string_view text, std::string_view before, std::st
     return text.substr(start, text.find(after, start) - start);
 }
 
-std::optional<SConnectionString> ParseBuilt(std::string_view text) {
-    if (text.empty() || text.back() != ';')
-        return std::nullopt;
-    std::optional<SSeam> seam;
-    std::string_view inner;
-    for (const SBuiltShape& shape : GetBuiltShapes()) {
-        const std::string_view prefix(shape.prefix);
-        if (!text.starts_with(prefix))
-            continue;
-        inner = text.substr(prefix.size(), text.size() - prefix.size() - 1);
-        FindSeams(inner, shape, seam);
-    }
-    const std::string_view start = Trim(inner).substr(0, 1);
-    if (!seam || (!seam->fits && (start == "\"" || start == "'")))
-        return std::nullopt;
-    SConnectionString result;
-    result.provider = Between(seam->shape.prefix, "=", ";");
-    result.dataSource = inner.substr(0, seam->position);
-    result.properties = Between(seam->shape.properties, "\"", "\"");
-    result.passWord = inner.substr(seam->position + seam->length);
-    return result;
-}
-
 /// Splits an ordinary string into keys and values.
 class CPairReader {
 public:
@@ -185,8 +162,31 @@ SConnectionString ParseOrdinary(std::string_view text) {
 
 } // namespace
 
+std::optional<SConnectionString> ParseBuiltConnectionString(std::string_view text) {
+    if (text.empty() || text.back() != ';')
+        return std::nullopt;
+    std::optional<SSeam> seam;
+    std::string_view inner;
+    for (const SBuiltShape& shape : GetBuiltShapes()) {
+        const std::string_view prefix(shape.prefix);
+        if (!text.starts_with(prefix))
+            continue;
+        inner = text.substr(prefix.size(), text.size() - prefix.size() - 1);
+        FindSeams(inner, shape, seam);
+    }
+    const std::string_view start = Trim(inner).substr(0, 1);
+    if (!seam || (!seam->fits && (start == "\"" || start == "'")))
+        return std::nullopt;
+    SConnectionString result;
+    result.provider = Between(seam->shape.prefix, "=", ";");
+    result.dataSource = inner.substr(0, seam->position);
+    result.properties = Between(seam->shape.properties, "\"", "\"");
+    result.passWord = inner.substr(seam->position + seam->length);
+    return result;
+}
+
 SConnectionString ParseConnectionString(std::string_view text) {
-    if (auto built = ParseBuilt(text))
+    if (auto built = ParseBuiltConnectionString(text))
         return *std::move(built);
     return ParseOrdinary(text);
 }

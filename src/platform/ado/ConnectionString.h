@@ -23,6 +23,7 @@
 
 #include "platform/ado/Ado.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -41,5 +42,8 @@ struct SConnectionString {
 
 /// Reads a string in the ANSI code page. Raises DB_E_BADINITSTRING for a malformed one.
 SConnectionString ParseConnectionString(std::string_view text);
+
+/// Only a string that CSourceDataInfo has built; nothing for any other.
+std::optional<SConnectionString> ParseBuiltConnectionString(std::string_view text);
 
 } // namespace NSTQ::Platform

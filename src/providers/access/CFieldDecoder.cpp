@@ -1,5 +1,6 @@
 #include "providers/access/CFieldDecoder.h"
 
+#include "platform/automation/BytesText.h"
 #include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
 
@@ -17,7 +18,6 @@ namespace {
 
 using CBytes = std::span<const unsigned char>;
 
-constexpr std::size_t maxBinary = 65535;
 /// Precedes a calculated value: sixteen bytes and its length.
 constexpr std::size_t calculatedLengthAt = 16;
 constexpr std::size_t calculatedAt = 20;
@@ -32,20 +32,6 @@ CBytes Unwrap(CBytes bytes) {
     const std::size_t length = ReadU32(bytes.data() + calculatedLengthAt);
     bytes = bytes.subspan(calculatedAt);
     return bytes.first(std::min(length, bytes.size()));
-}
-
-void PutHex(WCHAR*& to, unsigned char byte) {
-    static constexpr char16_t digits[] = u"0123456789ABCDEF";
-    *to++ = digits[byte >> 4];
-    *to++ = digits[byte & 15];
-}
-
-void DecodeBinary(CBytes bytes, CBstr& text) {
-    WCHAR* to = text.Resize(2 + 2 * bytes.size());
-    *to++ = u'0';
-    *to++ = u'x';
-    for (const unsigned char byte : bytes)
-        PutHex(to, byte);
 }
 
 void DecodeGuid(const unsigned char* bytes, CBstr& text) {
@@ -247,7 +233,7 @@ SFieldType CFieldDecoder::GetType(const SColumn& column) const {
 }
 
 void CFieldDecoder::Decode(const SColumn& column, const CRowFields& fields, SFieldValue& target) {
-    if (const auto bytes = Read(column, fields, {maxBinary, CLongValues::maxShown}, target))
+    if (const auto bytes = Read(column, fields, {maxShownBytes, CLongValues::maxShown}, target))
         DecodeBytes(column, *bytes, target);
 }
 
@@ -309,7 +295,7 @@ void CFieldDecoder::DecodeOther(const SColumn& column, CBytes bytes, SFieldValue
     if (column.type == EColumnType::Guid && bytes.size() == guidSize)
         DecodeGuid(bytes.data(), target.text);
     else if (column.type != EColumnType::ExtendedDateTime || !DecodeExtendedDate(characters, target.text))
-        DecodeBinary(bytes.first(std::min(bytes.size(), maxBinary)), target.text);
+        AssignBytesText(target.text, bytes);
     SetText(target);
 }
 
