@@ -36,7 +36,7 @@ target_link_libraries(system_ado_test PRIVATE system_ado)
 # Suites of both systems. What runs on Linux only:
 # - files_test, package_test and source_faults_test put faults in place of its system calls;
 # - tool_test starts tqc with fork, and hostile_test and blown_up_test limit and measure what they start;
-# - PackagePreparationTest.cpp limits open files and plants links; output_test protects pages of memory;
+# - PackagePreparationTest.cpp limits open files and plants links;
 # - encryption_test encrypts by libcrypto, which Debian does not have for Windows;
 # - the fuzz targets and the replay of their seeds map memory and stand in for read;
 # - text_utf8_test, and all but random texts of one code page of text_ansi_test, compare the kernels with the plain
@@ -60,7 +60,8 @@ tqc_add_test(codepage_test platform/CodePageTest.cpp)
 tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
 tqc_add_test(framework_test framework/FacadeTest.cpp)
 tqc_add_test(fixed_text_test text/FixDataAccessTest.cpp)
-foreach(test fixed_text_test sourceinfo_test framework_test)
+tqc_add_test(output_test output/CsvOutPutTest.cpp support/CTextBeforeTheEnd.cpp)
+foreach(test fixed_text_test sourceinfo_test framework_test output_test)
   target_link_libraries(${test} PRIVATE tqc_port_faults)
 endforeach()
 # Names with quotes, and paths that any number of slashes may begin, are of Linux.

@@ -1,5 +1,6 @@
 #include "CCsvOutPut.h"
 #include "platform/files/Files.h"
+#include "support/CTextBeforeTheEnd.h"
 #include "support/Faults.h"
 #include "support/Kernels.h"
 #include "support/TempFolder.h"
@@ -9,7 +10,6 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <random>
-#include <sys/mman.h>
 #include <vector>
 
 namespace {
@@ -51,27 +51,9 @@ protected:
     }
 };
 
-/// A text whose last byte is the last readable one.
-class CTextBeforeTheEnd {
-public:
-    CTextBeforeTheEnd() { ::mprotect(m_pMemory + SIZE, 4096, PROT_NONE); }
-    CTextBeforeTheEnd(const CTextBeforeTheEnd&) = delete;
-    CTextBeforeTheEnd& operator=(const CTextBeforeTheEnd&) = delete;
-    ~CTextBeforeTheEnd() { ::munmap(m_pMemory, SIZE + 4096); }
-
-    const char* Put(const std::string& text) {
-        return std::copy(text.begin(), text.end(), m_pMemory + SIZE - text.size()) - text.size();
-    }
-
-private:
-    static constexpr std::size_t SIZE = 65536;
-    char* const m_pMemory =
-        static_cast<char*>(::mmap(nullptr, SIZE + 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-};
-
 TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
     std::mt19937 random(20240229);
-    CTextBeforeTheEnd last;
+    NSTQ::Tests::CTextBeforeTheEnd last;
     for (const auto kernel : NSTQ::Tests::Kernels()) {
         const NSTQ::Tests::CKernel use(kernel);
         for (const char separator : {',', '\t', '"', '\0', '\x81', 'a'}) {
