@@ -48,7 +48,7 @@ class Column(NamedTuple):
 class Table:
     """A sheet, table or text. Each reading starts at its first row.
 
-    Engines take it as it is: duckdb.sql("SELECT * FROM table"), pyarrow.table(table), polars.DataFrame(table).
+    Engines take it as it is: duckdb.sql("SELECT * FROM parts"), pyarrow.table(parts), polars.DataFrame(parts).
     """
 
     def __init__(self, source: "_tqcaccess.Source", position: int) -> None:
