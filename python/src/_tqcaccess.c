@@ -361,8 +361,9 @@ static PyObject* Rows_export_stream(RowsObject* self, PyObject* Py_UNUSED(ignore
     struct ArrowArrayStream* stream;
     tqc_error* error = NULL;
     PyObject* capsule;
-    if (!require_open(self->rows, "reader"))
+    if (!require_open(self->rows, "reader") || !begin_use(self->owner))
         return NULL;
+    self->owner->is_busy = 0; /* the lock is kept until the rows are given away */
     stream = PyMem_Calloc(1, sizeof *stream);
     if (stream == NULL)
         return PyErr_NoMemory();

@@ -226,6 +226,25 @@ def test_two_threads_read_two_encodings(write):
     assert wrong == []
 
 
+def test_streams_of_one_table_do_not_disturb_each_other():
+    table = tqcaccess.read(DATA / "prices-locked.xlsx", password="secret")
+    failed = []
+
+    def open_streams():
+        try:
+            for _ in range(5):
+                table.__arrow_c_stream__()
+        except Exception as error:
+            failed.append(error)
+
+    threads = [threading.Thread(target=open_streams) for _ in range(6)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert failed == []
+
+
 class TestFrames:
     @pytest.fixture(autouse=True)
     def _pandas(self):

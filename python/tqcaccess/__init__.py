@@ -17,6 +17,7 @@ interpreter lock is released while they are read.
 
 from __future__ import annotations
 
+import functools
 import os
 from typing import Iterator, List, NamedTuple, Optional, Sequence, Tuple, Union
 
@@ -244,7 +245,8 @@ def read(
 
     The arguments are those of rows. Nothing is read yet but what tells the columns.
     """
-    source = _open(
+    open_source = functools.partial(
+        _open,
         path,
         header=header,
         encoding=encoding,
@@ -254,4 +256,5 @@ def read(
         widths=widths,
         errors=errors,
     )
-    return Table(source, _find(source, table))
+    source = open_source()
+    return Table(source, _find(source, table), open_source)

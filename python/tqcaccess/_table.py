@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import itertools
-from typing import TYPE_CHECKING, Any, Dict, List, NamedTuple, Optional, Tuple
+from typing import TYPE_CHECKING, Any, Callable, Dict, List, NamedTuple, Optional, Tuple
 
 from . import _tqcaccess
 
@@ -46,14 +46,18 @@ class Column(NamedTuple):
 
 
 class Table:
-    """A sheet, table or text. Each reading starts at its first row.
+    """A sheet, table or text. Each reading starts at its first row, and opens the source anew except for the first, so
+    that several may go on at the same time, on different threads as well.
 
     Engines take it as it is: duckdb.sql("SELECT * FROM parts"), pyarrow.table(parts), polars.DataFrame(parts).
     """
 
-    def __init__(self, source: "_tqcaccess.Source", position: int) -> None:
-        self._source = source
+    def __init__(
+        self, source: "_tqcaccess.Source", position: int, open_source: Callable[[], "_tqcaccess.Source"]
+    ) -> None:
+        self._open_source = open_source
         self._position = position
+        self._encoding = source.encoding
         # The rows that told the columns are the ones of the first reading.
         self._first: Optional[_tqcaccess.Rows] = source.open_rows(position)
         self._columns = [Column._make_from(column) for column in self._first.columns]
@@ -68,7 +72,7 @@ class Table:
     @property
     def encoding(self) -> str:
         """The encoding of text, such as "shift_jis"; empty for workbooks and databases."""
-        return self._source.encoding
+        return self._encoding
 
     @property
     def row_count(self) -> Optional[int]:
@@ -77,7 +81,7 @@ class Table:
 
     def _open(self) -> "_tqcaccess.Rows":
         rows, self._first = self._first, None
-        return rows if rows is not None else self._source.open_rows(self._position)
+        return rows if rows is not None else self._open_source().open_rows(self._position)
 
     def __arrow_c_stream__(self, requested_schema: Any = None) -> Any:
         """The rows as a stream of the Arrow C data interface, in a capsule.
