@@ -39,7 +39,7 @@ def write(
     separator: str = ",",
     line_end: str = "\r\n",
 ) -> None:
-    """Writes rows to a CSV file, which is created or emptied first.
+    """Writes rows to a CSV file, which is created or emptied first, and so must not be the one that is being read.
 
     rows       lists or tuples of values, such as those of tqcaccess.rows or DataFrame.itertuples(index=False)
     header     the names for a first row
