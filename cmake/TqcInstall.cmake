@@ -25,9 +25,11 @@ install(FILES
   DESTINATION ${tqc_cmake_dir} COMPONENT development)
 
 # Libs.private and not Requires.private: pkg-config wants the latter installed even for the shared library.
+# The runtime of C++ is for programs in C.
 set(tqc_private_libraries
   "$<$<OR:$<BOOL:${TQC_WITH_ZIP}>,$<BOOL:${TQC_WITH_XLSX}>>:-lz>"
-  "$<$<BOOL:${TQC_WITH_ENCRYPTION}>:$<IF:$<BOOL:${WIN32}>,-lbcrypt,-lcrypto>>")
+  "$<$<BOOL:${TQC_WITH_ENCRYPTION}>:$<IF:$<BOOL:${WIN32}>,-lbcrypt,-lcrypto>>"
+  -lstdc++ -lm)
 # Relative, so that an installed tree can be moved.
 file(RELATIVE_PATH tqc_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

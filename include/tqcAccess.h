@@ -25,9 +25,9 @@
  * Memory   What a function opens or returns to be freed has a function for that, which accepts NULL. Pointers inside
  *          an object are valid as long as its description says.
  * Threads  One thread at a time uses a source and its rows, or a writer; it need not always be the same thread.
- * Different ones are independent and may be used at the same time: each source has its own encoding. Structs  Structs
- * of options begin with their size, so that a program built with an older header goes on working. Initialize them
- * with zeros: zero is the default of each option.
+ *          Different ones are independent and may be used at the same time: each source has its own encoding.
+ * Structs  Structs of options begin with their size, so that a program built with an older header goes on working.
+ *          Initialize them with zeros: zero is the default of each option.
  */
 #pragma once
 
@@ -104,7 +104,8 @@ typedef struct tqc_options {
     char separator;       /**< of delimited text; 0: that of the type */
     char no_header;       /**< not 0: the first row of text and of sheets is a row like any other, and the columns
                              are named F1, F2, ...; tables of databases have names anyway */
-    char replace_invalid; /**< not 0: bytes that are invalid in the encoding become U+FFFD; else they are an error */
+    char replace_invalid; /**< not 0: bytes that are invalid in the encoding become U+FFFD in UTF-8, else the default
+                             character of the code page, such as U+30FB in Shift_JIS; 0: they are an error */
     char quotes_end_at_line; /**< not 0: a line end inside quotes ends the row; else it is content */
     const uint16_t* widths;  /**< of the columns of fixed-length text, in bytes */
     size_t width_count;      /**< the number of `widths` */
@@ -228,10 +229,11 @@ TQCACCESS_API tqc_status tqc_get_schema(tqc_rows* rows, struct ArrowSchema* sche
 /** Reads the next rows, at most `max_rows` (0: as many as are sensible), into a new struct array, which the caller
    owns: it calls `batch->release`, also after the rows are closed. A batch also ends once its values exceed 16 MiB,
    so that it always fits offsets of 32 bits. TQC_END when there is no further row. Rows that tqc_next_row has read
-   are not in it. After a failure the rows can only be closed.
+   are not in it. After a failure, also TQC_INVALID_TEXT, the rows can only be closed, and those that were collected
+   for this batch are lost.
 
-   TQC_LIMIT: a row of delimited text with more fields than there are columns, as for tqc_next_row, and one value of
-   more than 1 GiB. */
+   TQC_LIMIT: as for tqc_next_row; a row of delimited text with more fields than there are columns; a decimal number
+   with more digits than its column; a value of more than 1 GiB. */
 TQCACCESS_API tqc_status tqc_next_batch(tqc_rows* rows, size_t max_rows, struct ArrowArray* batch, tqc_error** error);
 
 /** Turns the rows into a stream for an engine that reads Arrow; the stream owns them from now on, and `rows` must not

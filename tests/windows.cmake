@@ -1,6 +1,10 @@
 # What only a build for Windows has to show.
 add_test(NAME system_dlls_only COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/check_imports
   ${CMAKE_OBJDUMP} $<TARGET_FILE:tqcAccess>)
+if(TQC_WITH_ACCESS)
+  add_test(NAME c_consumer COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/c_consumer ${CMAKE_C_COMPILER}
+    ${PROJECT_SOURCE_DIR} $<TARGET_FILE:tqcAccess> $<TARGET_LINKER_FILE:tqcAccess> ${CMAKE_CROSSCOMPILING_EMULATOR})
+endif()
 if(TARGET tqc)
   add_test(NAME program_dlls COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/check_imports
     ${CMAKE_OBJDUMP} $<TARGET_FILE:tqc> tqcAccess.dll)

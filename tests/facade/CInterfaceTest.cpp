@@ -440,16 +440,16 @@ std::pair<int, std::int64_t> Live(const char* path, const tqc_options& options) 
 TEST_F(CInterface, LackOfMemoryIsReportedAndLeavesNothing) {
     SXlsxParts parts;
     parts.strRows = Repeat("<row><c><v>1</v></c><c t='str'><v>x</v></c></row>", 3000);
-    const std::string text = "a,b\n" + Repeat("\x82\xA0,\"x\"\n", 9000), samples = TQC_SAMPLES "/";
+    const std::string text = "a,b\n" + Repeat("\x82\xA0,\"x\"\n", 3000), samples = TQC_SAMPLES "/";
     const std::string package = MakeZip({{.name = "TqData\\SourceFile.csv", .content = text}});
     const struct {
         std::string path;
         SSetting setting;
         std::int64_t rows;
     } cases[] = {
-        {m_folder.WriteFile("a.csv", text), {"cp932"}, 9000},
+        {m_folder.WriteFile("a.csv", text), {"cp932"}, 3000},
         {m_folder.WriteFile("a.txt", "ab1\ncd2\n"), {.type = TQC_FIXED, .widths = {2, 1}, .hasNoHeader = true}, 2},
-        {m_folder.WriteFile("a.xtqf", package), {"cp932"}, 9000},
+        {m_folder.WriteFile("a.xtqf", package), {"cp932"}, 3000},
         {m_folder.WriteFile("a.xlsx", parts.File()), {.hasNoHeader = true}, 3000},
         {samples + "prices.xls", {}, 3},
         {samples + "stock.mdb", {}, 3},
