@@ -3,7 +3,7 @@
 
 #include "FuzzSupport.h"
 #include "providers/access/Access.h"
-#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 
 #include <algorithm>
 

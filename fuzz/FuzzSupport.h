@@ -3,8 +3,7 @@
 // content of the file that is read.
 #pragma once
 
-#include "support/AnsiPage.h"
-#include "support/Kernels.h"
+#include "support/Chosen.h"
 
 #include <array>
 #include <cstddef>

@@ -2,7 +2,7 @@
 // never more than the file.
 #include "FuzzSupport.h"
 #include "providers/compound/CCompoundFile.h"
-#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 
 #include <vector>
 

@@ -4,7 +4,7 @@
 #include "FuzzSupport.h"
 #include "providers/encryption/Encryption.h"
 #include "support/CompoundBuilder.h"
-#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 
 #include <vector>
 

@@ -3,7 +3,7 @@
 // archive, then the entries: a byte for encryption and compression, the size of the content in two bytes, the
 // content.
 #include "UnpackRun.h"
-#include "support/ZipEncryption.h"
+#include "support/Encryptor.h"
 
 namespace {
 

@@ -39,7 +39,7 @@ target_link_libraries(system_ado_test PRIVATE system_ado)
 
 # Suites of both systems. What runs on Linux only:
 # - files_test, package_test and source_faults_test put faults in place of its system calls;
-# - tool_test starts tqc with fork, and hostile_test and blown_up_test limit and measure what they start;
+# - tool_test starts tqc with fork, and hostile_test limits and measures what it starts;
 # - PackagePreparationTest.cpp limits open files and plants links;
 # - encryption_test encrypts by libcrypto, which Debian does not have for Windows;
 # - the fuzz targets and the replay of their seeds map memory and stand in for read;

@@ -4,7 +4,7 @@
 #include "providers/access/Access.h"
 #include "providers/common/TextConversion.h"
 #include "support/AccessWriter.h"
-#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 #include "tqcAccess/ComError.h"
 
 #include <gtest/gtest.h>

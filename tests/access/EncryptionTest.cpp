@@ -1,9 +1,9 @@
 // Databases with passwords: only in the header, with encoded pages, and with encrypted pages.
 #include "access/AccessHarness.h"
-#include "support/AnsiPage.h"
+#include "support/Bytes.h"
+#include "support/Chosen.h"
 #include "support/Encryptor.h"
 #include "support/Raised.h"
-#include "support/Repeat.h"
 
 #include <gmock/gmock.h>
 

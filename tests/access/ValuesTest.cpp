@@ -164,13 +164,11 @@ TEST(AccessValues, EachTypeAtItsLimits) {
         const CAccessFile file(writer.Finish().Bytes());
         std::string rest = file.Rows("T");
         const auto types = file.Open("T")->GetColumnTypes();
-        for (std::size_t i = 0; i < columns.size(); ++i) {
+        for (std::size_t i = 0; i < expected.size(); ++i) {
             SCOPED_TRACE("version " + std::to_string(int(version)) + ", column " + std::to_string(i));
             ExpectType(columns[i], types.at(i));
-        }
-        for (std::size_t i = 0; i < expected.size(); ++i) {
             const std::size_t end = std::min(rest.find_first_of("|\n"), rest.size());
-            EXPECT_EQ(rest.substr(0, end), expected[i]) << "version " << int(version) << ", column " << i;
+            EXPECT_EQ(rest.substr(0, end), expected[i]);
             rest.erase(0, end + 1);
         }
         EXPECT_EQ(rest, "");

@@ -5,7 +5,6 @@
 #include "platform/ado/DataSource.h"
 #include "platform/ado/Statement.h"
 #include "support/CompoundBuilder.h"
-#include "tqcAccess/CodePage.h"
 
 #include <gmock/gmock.h>
 
@@ -18,23 +17,6 @@ using namespace NSTQ::Platform;
 using namespace NSTQ::Providers;
 using namespace NSTQ::Tests;
 using namespace std::string_literals;
-
-/// A compound file with these empty streams.
-SCompoundBytes CompoundFile(const std::vector<std::u16string>& names) {
-    CCompoundBuilder builder;
-    for (const auto& name : names)
-        builder.Add(name, "");
-    return builder.Finish();
-}
-
-template <class T>
-CComPtr<T> Create(const char16_t* progId) {
-    CLSID clsid{};
-    CComPtr<T> object;
-    EXPECT_EQ(CLSIDFromProgID(progId, &clsid), S_OK);
-    EXPECT_EQ(CoCreateInstance(clsid, object), S_OK);
-    return object;
-}
 
 class AdoLayer : public CScriptedTest {
 protected:
@@ -51,6 +33,14 @@ protected:
             [&] { rows->Open(Cell(statement).Value(), connection, adOpenForwardOnly, adLockReadOnly, adCmdText); });
     }
 
+    template <class T>
+    static CComPtr<T> Create(const char16_t* progId) {
+        CLSID clsid{};
+        CComPtr<T> object;
+        EXPECT_TRUE(CLSIDFromProgID(progId, &clsid) == S_OK && CoCreateInstance(clsid, object) == S_OK);
+        return object;
+    }
+
     const CComApartment apartment;
 };
 
@@ -65,72 +55,41 @@ TEST_F(AdoLayer, CallsInTheWrongStateAreRefused) {
         EXPECT_EQ(Raised(call), adErrObjectClosed) << &call - closed;
     EXPECT_EQ(Open(rows, connection), adErrObjectClosed);
     EXPECT_EQ(Open(rows, nullptr), adErrInvalidArgument);
-    EXPECT_EQ(Raised([&] { rows->PutCursorLocation(7); }), adErrInvalidArgument);
-    rows->PutCursorLocation(adUseClient);
-
-    EXPECT_EQ(Open(connection), 0);
-    EXPECT_EQ(Open(connection), adErrObjectOpen);
-    EXPECT_EQ(Raised([&] { connection->OpenSchema(4); }), adErrInvalidArgument);
-    EXPECT_EQ(Open(rows, connection, u"SELECT * FROM [missing]"), DB_E_NOTABLE);
+    for (const HRESULT expected : {S_OK, adErrObjectOpen})
+        EXPECT_EQ(Open(connection), expected);
     EXPECT_EQ(Open(rows, connection, u"DROP TABLE [T$]"), DB_E_ERRORSINCOMMAND);
-    EXPECT_EQ(Open(rows, connection), 0);
-    EXPECT_EQ(Open(rows, connection), adErrObjectOpen);
-    EXPECT_EQ(Raised([&] { rows->PutCursorLocation(adUseClient); }), adErrObjectOpen);
+    for (const HRESULT expected : {S_OK, adErrObjectOpen})
+        EXPECT_EQ(Open(rows, connection), expected);
     connection->Close();
     connection = nullptr;
-
-    EXPECT_EQ(rows->GetRecordCount(), 1);
     Fields& fields = *rows->GetFields();
-    EXPECT_EQ(fields.GetCount(), 2);
+    EXPECT_TRUE(rows->GetRecordCount() == 1 && fields.GetCount() == 2);
     const auto index = [](LONG number) { return Value(VT_I4, &VARIANT::lVal, number); };
     for (const Cell& none : {Cell(index(-1)), Cell(index(2)), Cell(u"Nam")})
         EXPECT_EQ(Raised([&] { fields.GetItem(none.Value()); }), adErrItemNotFound);
     Field* const name = fields.GetItem(Cell(u"nAME").Value());
-    EXPECT_EQ(name, fields.GetItem(index(1)));
-    EXPECT_EQ(name->GetName(), u"Name");
-    EXPECT_EQ(name->GetValue().dblVal, 11);
+    EXPECT_TRUE(name == fields.GetItem(index(1)) && name->GetValue().dblVal == 11);
     rows->MoveNext();
-    EXPECT_TRUE(rows->GetEOF());
-    EXPECT_EQ(Raised([&] { name->GetValue(); }), adErrNoCurrentRecord);
+    EXPECT_TRUE(rows->GetEOF() && Raised([&] { name->GetValue(); }) == adErrNoCurrentRecord);
     EXPECT_EQ(Raised([&] { rows->MoveNext(); }), adErrNoCurrentRecord);
-    rows->Close();
-    EXPECT_EQ(Raised([&] { rows->GetEOF(); }), adErrObjectClosed);
-}
-
-TEST_F(AdoLayer, AFailedMoveIsFinal) {
-    const auto connection = Create<_Connection>(u"ADODB.Connection");
-    const auto rows = Create<_Recordset>(u"ADODB.Recordset");
-    ASSERT_EQ(Open(connection), 0);
-    script.FailAt("MoveNext", E_FAIL, 2);
-    ASSERT_EQ(Open(rows, connection), 0);
-    EXPECT_EQ(Raised([&] { rows->MoveNext(); }), E_FAIL);
-    EXPECT_EQ(Raised([&] { rows->MoveNext(); }), E_FAIL);
-    EXPECT_EQ(Raised([&] { rows->GetEOF(); }), E_FAIL);
-    EXPECT_EQ(Raised([&] { rows->GetFields()->GetItem(Cell(u"F1").Value())->GetValue(); }), E_FAIL);
-    rows->Close();
-    script.FailAt("MoveNext", E_FAIL);
-    EXPECT_EQ(Open(rows, connection), E_FAIL);
-    EXPECT_EQ(Open(rows, connection), 0);
 }
 
 TEST_F(AdoLayer, TheContentSelectsTheProviderAndTheStringStatesWhatIsExpected) {
     const auto zip = "PK\x03\x04"s;
     const auto jet = "\0\1\0\0Standard Jet DB\0"s;
     const auto ace = "\0\1\0\0Standard ACE DB\0"s;
-    const auto sealed =
-        CompoundFile({u"DataSpaces/Version", u"DataSpaceMap", u"EncryptionInfo", u"EncryptedPackage"});
-    // The directory lies behind the part that 109 sectors of the allocation table describe.
-    const auto large = CCompoundBuilder()
-                           .Add(u"DataSpaces/Version", "")
-                           .Add(u"EncryptionInfo", Noise(110 * 128 * 512))
-                           .Add(u"EncryptedPackage", "")
-                           .Finish();
+    const auto book = CCompoundBuilder().Add(u"Workbook", "").Finish();
+    // The directory of a large one lies behind the part that 109 sectors of the allocation table describe.
+    const auto seal = [](std::size_t size) {
+        return CCompoundBuilder().Add(u"EncryptionInfo", Noise(size)).Add(u"Map", "").Add(u"EncryptedPackage", "");
+    };
+    const auto sealed = seal(0).Finish(), large = seal(110 * 128 * 512).Finish();
     constexpr ESourceFormat none{9}; // refused with E_FAIL
     using enum ESourceFormat;
     const std::tuple<const char*, std::string, std::string, ESourceFormat> cases[] = {
         {"xlsx", zip, "Excel 12.0;HDR=NO;IMEX=1", Xlsx},
         {"xlsx as the old kind", zip, "excel 8.0", Xlsx},
-        {"xls", CompoundFile({u"Workbook"}).bytes, "Excel 12.0", Xls},
+        {"xls", book.bytes, "Excel 12.0", Xls},
         {"record stream", "\x09\x08\x08\x00\x00\x05"s, "Excel 8.0", Xls},
         {"encrypted workbook", sealed.bytes, "Excel 12.0", Xlsx},
         {"encrypted workbook with its directory at the end", large.bytes, "Excel 12.0", Xlsx},
@@ -166,8 +125,7 @@ TEST_F(AdoLayer, SourcesThatCannotBeOpenedAreDescribed) {
         {ace, "", E_FAIL, "no file"},
         {ace, "/no/such", E_FAIL, "/no/such: the file cannot be opened (error 3)"},
         {ace, script.folder.Path(), E_FAIL, "cannot be opened"},
-        {ace, script.folder.WriteFile("x", CompoundFile({u"Workbook"}).bytes), adErrProviderNotFound,
-         "not read xls files"},
+        {ace, script.folder.WriteFile("x", "\x09\x08\x08\x00\x00\x05"s), adErrProviderNotFound, "not read xls files"},
     };
     const auto xls = SetProvider(ESourceFormat::Xls, nullptr);
     for (const auto& [provider, path, hr, described] : cases) {
@@ -191,18 +149,15 @@ TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
         {"Data Source=;Extended Properties=p;Unknown=\"q;\"", "", "p"},
         {"Data Source=\tC:\\dir\\a.xls\r\n", "C:\\dir\\a.xls", ""},
         // Quoted, but otherwise like the strings that the library builds.
-        {"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"/d/a;b.xlsx\";Extended Properties=\"Excel "
-         "12.0;HDR=NO;IMEX=1\";Jet OLEDB:Database Password=;",
-         "/d/a;b.xlsx", "Excel 12.0;HDR=NO;IMEX=1"},
+        {"Data Source=\"/d/a;b.xlsx\";Extended Properties=\"Excel 12.0;HDR=NO\";Jet OLEDB:Database Password=;",
+         "/d/a;b.xlsx", "Excel 12.0;HDR=NO"},
     };
     for (const auto& [text, source, properties] : cases) {
         const auto parsed = ParseConnectionString(text);
-        EXPECT_EQ(parsed.dataSource, source) << text;
-        EXPECT_EQ(parsed.properties, properties) << text;
+        EXPECT_EQ(parsed.dataSource + '|' + parsed.properties, source + ('|' + std::string(properties))) << text;
     }
     const auto all = ParseConnectionString("provider=P;JET OLEDB:database password='x;y'");
-    EXPECT_EQ(all.provider, "P");
-    EXPECT_EQ(all.passWord, "x;y");
+    EXPECT_EQ(all.provider + all.passWord, "Px;y");
     for (const char* text : {"a", "Data Source=a;b", "=a", "a=\"b", "a='b''", "a=\"b\"c", "a==b", "a;=b"})
         EXPECT_EQ(Raised([&] { ParseConnectionString(text); }), DB_E_BADINITSTRING) << text;
 }
@@ -233,23 +188,10 @@ void ExpectParsed(const Kind& kind, const std::string& path, const std::string& 
 
 TEST(ConnectionString, BuiltStringsOpenTheirOwnFileWhateverPathAndPasswordHold) {
     // Every pair of these parts.
-    std::vector<std::string> parts = {"",
-                                      "a",
-                                      " ",
-                                      ";",
-                                      "=",
-                                      "\"",
-                                      "'",
-                                      "a;b=c",
-                                      "\"a\"",
-                                      "'b",
-                                      ";;",
-                                      "Data Source=/etc/passwd;",
-                                      "\xFF",
-                                      ";Extended Properties=",
-                                      ";Extended Properties=\"\"",
-                                      ";Data Source=b.xlsx;",
-                                      passWordClause};
+    std::vector<std::string> parts = {"", "a", " ", ";", "=", "\"", "'", "a;b=c", "\"a\"", "'b", ";;", "\xFF"};
+    for (const char* part : {"Data Source=/etc/passwd;", ";Extended Properties=", ";Extended Properties=\"\"",
+                             ";Data Source=b.xlsx;", passWordClause.c_str()})
+        parts.emplace_back(part);
     for (const Kind& kind : kinds)
         parts.insert(parts.end(), {kind.before, kind.after});
     for (const Kind& kind : kinds) {
@@ -275,9 +217,7 @@ TEST(ConnectionString, BuiltStringsOpenTheirOwnFileWhateverPathAndPasswordHold) 
 TEST(ConnectionString, AmbiguousStringsTakeTheLongerPath) {
     const Kind& kind = kinds[2];
     const std::string seam = kind.after + passWordClause;
-    const auto parsed = ParseConnectionString(kind.before + ("a.xlsx" + seam) + "b.xlsx" + seam + "c;");
-    EXPECT_EQ(parsed.dataSource, "a.xlsx" + seam + "b.xlsx");
-    EXPECT_EQ(parsed.passWord, "c");
+    ExpectParsed(kind, "a.xlsx" + seam + "b.xlsx", "c");
     // A path with an unknown extension, not quoted.
     EXPECT_EQ(ParseConnectionString(kind.before + ("/d/a;b.xlsm" + seam) + ';').dataSource, "/d/a;b.xlsm");
 }

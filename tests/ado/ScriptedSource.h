@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <tuple>
 
 namespace NSTQ::Tests {
 

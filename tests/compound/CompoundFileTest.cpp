@@ -1,7 +1,7 @@
 // Valid compound files in every form; tests/hostile has forged ones.
 #include "providers/compound/CCompoundFile.h"
 #include "support/CompoundBuilder.h"
-#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 
 #include <gtest/gtest.h>
 
@@ -46,34 +46,6 @@ TEST(CompoundFile, StreamsOfEverySizeInEveryForm) {
     SCompoundBytes file = CCompoundBuilder().Add(u"a", Noise(5000)).Finish();
     file.bytes.resize(file.TableOffset(12));
     EXPECT_EQ(ReadStream(file, u"a"), Noise(5000));
-}
-
-TEST(CompoundFile, OneReadForEachContiguousPiece) {
-    class CCounted : public CMemoryAccess {
-    public:
-        using CMemoryAccess::CMemoryAccess;
-        void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
-            ++count;
-            CMemoryAccess::ReadAt(offset, target);
-        }
-        int count = 0;
-    };
-    // The FAT has more than 109 sectors, so that some are listed outside the header.
-    const std::string content = Noise(9'000'000);
-    for (const bool isScattered : {false, true}) {
-        CCompoundBuilder builder;
-        const auto file = std::make_shared<CCounted>(builder.Add(u"a", content).Finish({512, isScattered}).bytes);
-        const auto stream = CCompoundFile(file).OpenStream(u"A");
-        EXPECT_LT(file->count, 400);
-        EXPECT_TRUE(Read(*stream, 0, content.size()) == content);
-        for (const std::size_t offset : std::initializer_list<std::size_t>{1, 511, 513, 65'535, 8'999'000})
-            EXPECT_EQ(Read(*stream, offset, 1000), content.substr(offset, 1000));
-        file->count = 0;
-        Read(*stream, 1000, 500'000);
-        EXPECT_LE(file->count, isScattered ? 1000 : 1);
-        EXPECT_THROW(Read(*stream, 8'999'001, 1000), CSourceError);
-        EXPECT_EQ(Read(*stream, 9'000'000, 0), "");
-    }
 }
 
 } // namespace

@@ -2,38 +2,27 @@
 #include "providers/encryption/Encryption.h"
 #include "CADOOperater.h"
 #include "CSourceDataInfo.h"
-#include "support/AnsiPage.h"
+#include "support/Chosen.h"
 #include "support/CompoundBuilder.h"
 #include "support/Encryptor.h"
-#include "support/MemoryAccess.h"
+#include "support/RowsText.h"
 #include "support/TempFolder.h"
-#include "support/ZipWriter.h"
-#include "tqcAccess/CodePage.h"
 #include "xlsx/XlsxBuilder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include <functional>
-
-namespace {
-
-int digestCount = 0;
-
-} // namespace
-
-extern "C" {
+static int digestCount = 0;
 
 // The library's calls come here.
+extern "C" {
 int __real_EVP_DigestFinal_ex(EVP_MD_CTX* context, unsigned char* digest, unsigned* size);
-
 int __wrap_EVP_DigestFinal_ex(EVP_MD_CTX* context, unsigned char* digest, unsigned* size) {
     ++digestCount;
     return __real_EVP_DigestFinal_ex(context, digest, size);
 }
-
-} // extern "C"
+}
 
 namespace NSTQ::Tests {
 namespace {
@@ -48,34 +37,25 @@ std::span<unsigned char> Bytes(std::string& text) {
     return {reinterpret_cast<unsigned char*>(text.data()), text.size()};
 }
 
-/// What `read` returns or, after "error: ", the description of its error.
-std::string Attempt(const std::function<std::string()>& read) {
-    try {
-        return read();
-    } catch (const CSourceError& error) {
-        EXPECT_EQ(error.Error(), Platform::E_FAIL);
-        return std::string("error: ") + error.what();
-    }
-}
-
+/// The decrypted package or, after "error: ", the description of the error.
 std::string Open(const SEncryptedPackage& encrypted, const std::string& given, std::uint32_t claimed = 0) {
-    return Attempt([&] {
-        std::shared_ptr<IRandomAccess> package;
-        {
-            CCompoundFile file(std::make_shared<CMemoryAccess>(encrypted.File(claimed)));
-            package = OpenEncryptedPackage(file, given);
-        }
-        std::string bytes(static_cast<std::size_t>(package->Size()), '\0');
+    std::shared_ptr<IRandomAccess> package;
+    try {
+        CCompoundFile file(std::make_shared<CMemoryAccess>(encrypted.File(claimed)));
+        package = OpenEncryptedPackage(file, given);
+        std::string bytes(static_cast<std::size_t>(package->Size()), '\0'), beyond(1, '\0');
         package->ReadAt(0, Bytes(bytes));
         for (std::size_t at = bytes.size(), step = 1; at >= step; at -= step, step += 997) {
             std::string part(std::min<std::size_t>(step, bytes.size() - at), '\0');
             package->ReadAt(at, Bytes(part));
             EXPECT_EQ(part, bytes.substr(at, part.size()));
         }
-        std::string beyond(1, '\0');
         EXPECT_THROW(package->ReadAt(bytes.size(), Bytes(beyond)), CSourceError);
         return bytes;
-    });
+    } catch (const CSourceError& error) {
+        EXPECT_EQ(error.Error(), Platform::E_FAIL);
+        return std::string("error: ") + error.what();
+    }
 }
 
 TEST(EncryptedPackage, OpensWithItsPasswordOnly) {
@@ -135,8 +115,7 @@ TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
         {"invalid Base64", with("saltValue='", "saltValue='*"), "invalid saltValue"},
         {"a truncated verifier", with("HashInput='", "HashInput='AAAA"), "value is truncated"},
         {"a short verifier", with("HashInput='", "HashInput='*' x='"), "invalid encryptedVerifierHashInput"},
-        {"a short data key", with("KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='"),
-         "invalid encryptedKeyValue"},
+        {"a short data key", with("KeyValue='", "KeyValue='AAAAAAAAAAAAAAAAAAAAAA==' x='"), "invalid encryptedKey"},
         {"certificates only", with("keyEncryptor/password", "x"), "certificate only"},
         {"no data key", with("keyData", "keyDatum"), "how the data are encrypted"},
         {"entities", with("<encryption", "<!DOCTYPE x><encryption"), "EncryptionInfo: "},
@@ -156,62 +135,6 @@ TEST(EncryptedPackage, SaysWhatIsDamagedOrUnknown) {
     };
     for (const auto& [title, forged, error] : cases)
         EXPECT_THAT(Open(forged, passWord), HasSubstr(error)) << title;
-}
-
-std::string DecryptRecords(const std::string& filePass, bool isBiff8, const char* given, std::string bytes,
-                           std::size_t step) {
-    return Attempt([&] {
-        std::string copy = filePass;
-        const auto cipher = MakeRecordCipher(Bytes(copy), isBiff8, given);
-        // First every second piece, then the others.
-        for (const std::size_t first : {step, std::size_t{0}})
-            for (std::size_t at = first; at < bytes.size(); at += 2 * step)
-                cipher->Decrypt(Bytes(bytes).subspan(at, std::min(step, bytes.size() - at)), at, 8224);
-        return bytes;
-    });
-}
-
-TEST(RecordCipher, DecryptsEachSchemeInAnyOrder) {
-    const std::string zeros(10'000, '\0');
-    const std::pair<const char*, SBlockCipher> schemes[] = {
-        {"40 bits", Rc4Cipher40Bit(passWord)},
-        {"system, 40 bits", Rc4Cipher(passWord, 40)},
-        {"system, 56 bits", Rc4Cipher(passWord, 56)},
-        {"system, 128 bits", Rc4Cipher(passWord, 128)},
-    };
-    for (const auto& [title, scheme] : schemes) {
-        const SRecordEncryption encryption = EncryptRecords(scheme, zeros.size());
-        for (const std::size_t step : std::initializer_list<std::size_t>{1, 7, 512, 1023, 1024, 1025, 4000})
-            EXPECT_TRUE(DecryptRecords(encryption.filePass, true, passWord, zeros, step) ==
-                        encryption.keyStream.substr(0, zeros.size()))
-                << title << step;
-        EXPECT_EQ(DecryptRecords(encryption.filePass, true, "x", zeros, 9), "error: the password is wrong") << title;
-        EXPECT_EQ(DecryptRecords(encryption.filePass, true, "", zeros, 9), "error: encrypted; it needs a password");
-        for (std::size_t size = 0; size < encryption.filePass.size(); size += 5)
-            EXPECT_THAT(DecryptRecords(encryption.filePass.substr(0, size), true, passWord, zeros, 9),
-                        HasSubstr("error: "))
-                << title << size;
-    }
-    EXPECT_EQ(DecryptRecords(EncryptRecords(Rc4Cipher40Bit(defaultPassWord), 5).filePass, true, "", "", 1), "");
-}
-
-TEST(RecordCipher, TakesObfuscationBack) {
-    const std::string body = Noise(500);
-    const std::tuple<std::string, unsigned, unsigned> passWords[] = {{"a", 0x9D77, 0xCE88},
-                                                                     {"ab", 0x69F0, 0xCF03},
-                                                                     {"Pass word 1", 0x487F, 0xD78F},
-                                                                     {"fourteen bytes", 0xEDD8, 0xA0D7},
-                                                                     {"fifteen bytes :)", 0xD9B3, 0xF983}};
-    for (const auto& [given, key, check] : passWords) {
-        const SObfuscation obfuscation = Obfuscate(given.substr(0, 15), key, check);
-        const std::string locked = obfuscation.Apply(body, 8224);
-        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, given.c_str(), locked, 13), body) << given;
-        EXPECT_EQ(DecryptRecords(LittleEndian(0, 2) + obfuscation.numbers, true, given.c_str(), locked, 64), body);
-        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, "b", locked, 13), "error: the password is wrong");
-        EXPECT_EQ(DecryptRecords(obfuscation.numbers, false, "", locked, 13),
-                  "error: encrypted; it needs a password");
-        EXPECT_THAT(DecryptRecords(obfuscation.numbers.substr(1), false, "b", locked, 13), HasSubstr("damaged"));
-    }
 }
 
 /// The rounds of hashing, which take the time, are done once for each password, however often the source is opened,

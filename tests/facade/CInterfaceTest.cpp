@@ -2,8 +2,8 @@
 #include "tqcAccess.h"
 
 #include "support/AccessWriter.h"
+#include "support/Bytes.h"
 #include "support/Faults.h"
-#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "xlsx/XlsxBuilder.h"
 

@@ -4,7 +4,6 @@
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace NSTQ::Tests {
 namespace {
@@ -25,56 +24,53 @@ std::string ReadAll(CDataAccess& access) {
 
 TEST(Facade, EachTypeGetsItsReaderAndTheLineEnd) {
     const CTempFolder folder;
-    const struct {
-        const char* name;
-        const char* content;
-        char pre, post;
-        const char* rows;
-        std::vector<WORD> widths = {};
-    } cases[] = {
+    const std::tuple<const char*, const char*, char, char, const char*> cases[] = {
         {"commas.csv", "a,b\tc\r\nd\r\n", '\r', '\n', "[a][b c];[d];;"},
         {"tabs.txt", "a,b\tc\r\nd\r\n", '\r', '\n', "[a,b][c];[d];;"},
         {"lines.csv", "a,b\tc\nd\n", '\n', '\0', "[a][b c];[d];;"},
-        {"columns.txt", "ab1cd2", '\n', '\0', "[ab][1];[cd][2];", {2, 1}},
+        {"columns.txt", "ab1cd2", '\n', '\0', "[ab][1];[cd][2];"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, content, pre, post, rows] : cases) {
         CSourceDataInfo info;
-        const auto type = c.widths.empty() ? SCDeclareConstant::SFT_UNKNOWN : SCDeclareConstant::SFT_FIX;
-        ASSERT_TRUE(info.SetCommonInfo(folder.WriteFile(c.name, c.content).c_str(), type));
+        ASSERT_TRUE(info.SetCommonInfo(folder.WriteFile(name, content).c_str(), SCDeclareConstant::SFT_UNKNOWN));
         info.PrepareReadSourceData(false);
-        info.SetFixColLen(c.widths);
-        info.SetDelimiter(c.pre, c.post);
+        info.SetFixColLen({2, 1});
+        info.SetDelimiter(pre, post);
         CDataAccess access(4, 100, 100, &info);
-        ASSERT_TRUE(access.FileOpen()) << c.name;
-        EXPECT_EQ(ReadAll(access), c.rows) << c.name;
+        ASSERT_TRUE(access.FileOpen()) << name;
+        EXPECT_EQ(ReadAll(access), rows) << name;
     }
 }
 
-TEST(Facade, KeepsTheCodeOfTheLastFailureOnlyAndIsFalseWithoutAReader) {
+TEST(Facade, KeepsTheCodeOfTheLastFailureOnly) {
     const CTempFolder folder;
-    for (const char* name : {"later.csv", "no.xtqf", "unknown"}) {
+    CSourceDataInfo info;
+    info.SetCommonInfo(folder.Path("later.csv").c_str(), SCDeclareConstant::SFT_UNKNOWN);
+    CDataAccess access(4, 100, 100, &info);
+    EXPECT_FALSE(access.FileOpen() || access.HasNextLineData() || access.GetErrorCode() != 2);
+    folder.WriteFile("later.csv", "a\r\nb\r\n");
+    ASSERT_TRUE(access.FileOpen());
+    const char** data = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    EXPECT_TRUE(access.MoveFileEnd() && access.GetSpecificLineData(1, data, lengths, count) && *data[0] == 'b');
+    EXPECT_EQ(access.GetErrorCode(), 2U) << "a success does not reset the code";
+    const Faults::Scope fault(Faults::Call::Seek, 1, EIO);
+    EXPECT_FALSE(access.MoveFileBegin() || access.GetErrorCode() != 2) << "a failed move is not recorded";
+}
+
+TEST(Facade, IsFalseWithoutAReader) {
+    for (const char* path : {"/no/no.xtqf", "/no/unknown"}) {
         CSourceDataInfo info;
-        info.SetCommonInfo(folder.Path(name).c_str(), SCDeclareConstant::SFT_UNKNOWN);
+        info.SetCommonInfo(path, SCDeclareConstant::SFT_UNKNOWN);
         CDataAccess access(4, 100, 100, &info);
         const char** data = nullptr;
         const WORD* lengths = nullptr;
         DWORD count = 77;
         EXPECT_FALSE(access.FileOpen() || access.HasNextLineData() || access.MoveFileBegin() || access.MoveFileEnd());
-        if (name != std::string_view("later.csv")) {
-            EXPECT_FALSE(access.GetLineData(data, lengths, count) || count != 77);
-            EXPECT_FALSE(access.GetSpecificLineData(0, data, lengths, count) || count != 77);
-            EXPECT_EQ(access.GetErrorCode(), 0U);
-            continue;
-        }
-        EXPECT_EQ(access.GetErrorCode(), 2U);
-        folder.WriteFile(name, "a\r\nb\r\n");
-        ASSERT_TRUE(access.FileOpen());
-        EXPECT_TRUE(access.GetSpecificLineData(1, data, lengths, count));
-        EXPECT_STREQ(data[0], "b");
-        EXPECT_EQ(access.GetErrorCode(), 2U) << "a success does not reset the code";
-        const Faults::Scope fault(Faults::Call::Seek, 1, EIO);
-        EXPECT_FALSE(access.MoveFileBegin());
-        EXPECT_EQ(access.GetErrorCode(), 2U) << "a failed move is not recorded";
+        EXPECT_FALSE(access.GetLineData(data, lengths, count) ||
+                     access.GetSpecificLineData(0, data, lengths, count) || count != 77 ||
+                     access.GetErrorCode() != 0);
     }
 }
 

@@ -19,8 +19,15 @@ struct SHostileCase {
     std::string word = {};             ///< and what else it contains: the cause
 };
 
-/// Adds a case for each row of a table of {title, spoil, outcome}; `make` makes a file that `spoil` has damaged. The
-/// outcome is as of RunSource, but of a refusal it is the cause alone.
+/// A row of a table of damages. The outcome is as of RunSource, but of a refusal it is the cause alone.
+template <class TParts>
+struct SSpoiled {
+    const char* title;
+    std::function<void(TParts&)> spoil;
+    const char* outcome;
+};
+
+/// Adds a case for each row; `make` makes a file that `spoil` has damaged.
 void AddSpoiled(std::vector<SHostileCase>& cases, const auto& table, auto make, const std::string& suffix = {}) {
     for (const auto& row : table) {
         const std::string outcome = row.outcome;
@@ -62,16 +69,11 @@ struct SMeasured {
 /// Makes the file and reads it, each in a process of its own; nothing else in its folder may change.
 SMeasured RunCase(const SHostileKind& kind, const SHostileCase& hostile);
 
-/// The kinds that BlownUpTest.cpp runs; only their first case has an expected result.
-const std::vector<SHostileKind>& BlownUpKinds();
-
 std::vector<SHostileCase> PackageCases();
 std::string RunPackage(const std::string& path);
-
 std::vector<SHostileCase> XlsxCases();
 std::vector<SHostileCase> CompoundCases();
 std::vector<SHostileCase> XlsCases();
-
 std::vector<SHostileCase> AccessCases();
 std::string RunAccess(const std::string& path);
 

@@ -4,7 +4,7 @@
 #include "CCsvDataAccess.h"
 #include "CFixDataAccess.h"
 #include "CSourceDataInfo.h"
-#include "support/Sanitized.h"
+#include "support/Chosen.h"
 #include "support/TempFolder.h"
 #include "tqcAccess/ComError.h"
 
@@ -12,7 +12,6 @@
 
 #include <malloc.h>
 #include <sys/resource.h>
-#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -139,14 +138,6 @@ std::set<std::string> FilesBelow(const std::string& folder) {
     return files;
 }
 
-/// In memory, where there is room for it, so that the time is the reader's and not the disk's.
-void ChooseTemporaryFolder() {
-    constexpr const char* inMemory = "/dev/shm";
-    struct statvfs status {};
-    if (::statvfs(inMemory, &status) == 0 && status.f_bavail * status.f_frsize >= std::size_t{512} << 20)
-        ::setenv("TMPDIR", inMemory, 1);
-}
-
 } // namespace
 
 std::string RunSource(const std::string& path) {
@@ -158,7 +149,6 @@ std::string RunSecondTable(const std::string& path) {
 }
 
 SMeasured RunCase(const SHostileKind& kind, const SHostileCase& hostile) {
-    ChooseTemporaryFolder();
     const CTempFolder folder;
     ::setenv("TMPDIR", folder.MakeFolder("tmp").c_str(), 1);
     folder.WriteFile("x", "beside");

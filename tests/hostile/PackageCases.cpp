@@ -2,7 +2,7 @@
 #include "hostile/Hostile.h"
 
 #include "common/CUnZip.h"
-#include "support/Repeat.h"
+#include "support/Bytes.h"
 #include "support/ZipWriter.h"
 
 #include <sys/stat.h>
@@ -60,9 +60,7 @@ void AddNames(std::vector<SHostileCase>& cases) {
     add("a folder where a file is needed", {Named("a/b/c"), Named("a/b")});
 }
 
-using TArchives = std::vector<std::pair<const char*, std::string>>;
-
-TArchives KindsAndSizes() {
+std::vector<std::pair<const char*, std::string>> Archives() {
     const auto moded = [](std::uint16_t madeBy, std::uint32_t attributes) {
         return MakeZip({Named("good"), {.name = "x", .content = "/etc", .madeBy = madeBy, .attributes = attributes}});
     };
@@ -70,6 +68,9 @@ TArchives KindsAndSizes() {
     const auto claim = [&](std::uint32_t size) {
         return SZipEntryText{.name = std::to_string(size), .content = large, .method = 8, .crc = 0, .size = size};
     };
+    const std::string good = MakeZip({Named("good")});
+    const SZipEntryText overlong{.name = "a", .content = "1", .size = 9, .packedSize = 9};
+    const SZipEntryText wideWithoutField{.name = "x", .size = ~0U};
     return {
         {"a link", moded(unixHost, UnixMode(S_IFLNK | 0777))},
         {"a link with another system's number", moded(0, UnixMode(S_IFLNK))},
@@ -95,13 +96,6 @@ TArchives KindsAndSizes() {
         {"an unknown method", MakeZip({Named("good"), {.name = "x", .content = "abc", .method = 77}})},
         {"encrypted without a password", MakeZip({{.name = "x", .content = std::string(20, 'a'), .flags = 1}})},
         {"the older strong encryption", MakeZip({{.name = "x", .content = std::string(20, 'a'), .flags = 0x41}})},
-    };
-}
-
-TArchives Structures() {
-    const std::string good = MakeZip({Named("good")});
-    const SZipEntryText wideWithoutField{.name = "x", .size = ~0U};
-    return {
         {"no archive", "text"},
         {"nothing", ""},
         {"bytes after the end", good + '\n'},
@@ -111,9 +105,8 @@ TArchives Structures() {
         {"entries that share their data", MakeZip({Named("good"), {.name = "good", .headerPosition = 0}})},
         {"an entry in the data of another one",
          MakeZip({{.name = "a", .content = good}, {.name = "good", .content = "evil", .headerPosition = 31}})},
-        {"data that runs into the next entry",
-         MakeZip({{.name = "a", .content = "1", .size = 9, .packedSize = 9}, Named("b")})},
-        {"data that runs into the directory", MakeZip({{.name = "a", .content = "1", .size = 9, .packedSize = 9}})},
+        {"data that runs into the next entry", MakeZip({overlong, Named("b")})},
+        {"data that runs into the directory", MakeZip({overlong})},
         {"an entry behind the directory", MakeZip({{.name = "a", .headerPosition = 40}})},
         {"another name in the header", MakeZip({{.name = "a", .localName = "b"}})},
         {"a longer name in the header", MakeZip({{.name = "a", .localName = "a/b"}})},
@@ -206,9 +199,8 @@ std::vector<SHostileCase> PackageCases() {
                                     {"no data file", [] { return MakeZip({Named("good")}); }, "written, not opened"},
                                     {"5000 entries of one content", Shared}};
     AddNames(cases);
-    for (const auto& archives : {KindsAndSizes(), Structures()})
-        for (const auto& [title, archive] : archives)
-            cases.push_back({title, Bytes(archive)});
+    for (const auto& [title, archive] : Archives())
+        cases.push_back({title, Bytes(archive)});
     AddForgedNumbers(cases);
     const std::string good = MakeZip({Named("good")});
     AddTruncated(cases, good, 1, 1, good.size());

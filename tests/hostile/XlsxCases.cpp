@@ -1,19 +1,13 @@
 // Workbooks made to do harm, or damaged.
 #include "hostile/Hostile.h"
 
-#include "support/Repeat.h"
+#include "support/Bytes.h"
 #include "xlsx/XlsxBuilder.h"
 
 namespace NSTQ::Tests {
 namespace {
 
 using TParts = SXlsxParts;
-
-struct SSpoiled {
-    const char* title;
-    std::function<void(TParts&)> spoil;
-    const char* outcome;
-};
 
 std::function<void(TParts&)> Set(std::string TParts::*part, std::string text) {
     return [=](TParts& parts) { parts.*part = text; };
@@ -37,13 +31,17 @@ std::function<void(TParts&)> ReversedRows(std::size_t count) {
     };
 }
 
+std::string CollidingFormat(std::size_t i) {
+    return "<numFmt numFmtId='" + std::to_string(42043 * (i + 1)) + "' formatCode='0'/>";
+}
+
 const std::string blanks(1'000'000, ' ');
 
-const SSpoiled spoiled[] = {
+const SSpoiled<TParts> spoiled[] = {
     {"DOCTYPE with entities that multiply",
      Set(&TParts::strSheetPart, "<!DOCTYPE x [<!ENTITY a 'aaaa'>]><worksheet>&a;</worksheet>"), "DOCTYPE"},
-    {"DOCTYPE of another file in the workbook part",
-     Set(&TParts::strWorkbookPart, "<!DOCTYPE x SYSTEM 'file:///etc/passwd'><workbook/>"), "DOCTYPE"},
+    {"DOCTYPE of a file", Set(&TParts::strWorkbookPart, "<!DOCTYPE x SYSTEM 'file:///etc/passwd'><workbook/>"),
+     "DOCTYPE"},
     {"a cell right of the grid", Set(&TParts::strRows, "<row><c r='XFE1'><v>1</v></c></row>"), "XFE1"},
     {"a row below the grid", Set(&TParts::strRows, "<row r='1048577'/>"), "1048577"},
     {"a row that follows the last", Set(&TParts::strRows, "<row r='1048576'/><row/>"), "1048577"},
@@ -80,23 +78,32 @@ const SSpoiled spoiled[] = {
           }),
      "60 rows"},
     {"formats whose numbers collide",
-     Pack(&TParts::strFormats,
-          [] {
-              return "<numFmts>" +
-                     Repeat(
-                         [](std::size_t i) {
-                             return "<numFmt numFmtId='" + std::to_string(42043 * (i + 1)) + "' formatCode='0'/>";
-                         },
-                         42'000) +
-                     "</numFmts>";
-          }),
+     Pack(&TParts::strFormats, [] { return "<numFmts>" + Repeat(CollidingFormat, 42'000) + "</numFmts>"; }),
      "1 rows"},
     {"a target that goes up again and again",
      Pack(&TParts::strTarget,
           [] { return '/' + Repeat("a", 1'000'000) + Repeat("/b/..", 100'000) + "/../xl/worksheets/sheet1.xml"; }),
      "1 rows"},
-    {"three million empty shared strings", Pack(&TParts::strStrings, [] { return Repeat("<si/>", 3'300'000); }),
+    // Not compressed, so that no ratio ends them.
+    {"4 MB in a value", Set(&TParts::strRows, "<row><c><v>" + Repeat("9", 4'000'000) + "</v></c></row>"), "1 rows"},
+    {"4 MB in an attribute", Set(&TParts::strRows, "<row spans='" + Repeat("1:2 ", 1'000'000) + "'/>"), "0 rows"},
+    {"4 MB of blanks in a tag", Set(&TParts::strRows, "<row" + Repeat(blanks, 4) + "/>"), "0 rows"},
+    {"4 MB of references", Set(&TParts::strStrings, "<si><t>" + Repeat("&#10;", 800'000) + "</t></si>"), "1 rows"},
+    {"a million comments", Set(&TParts::strRows, Repeat("<!---->", 1'000'000)), "0 rows"},
+    {"a million instructions", Set(&TParts::strRows, Repeat("<?a?>", 1'000'000)), "0 rows"},
+    {"a million empty cells", Set(&TParts::strRows, "<row>" + Repeat("<c/>", 1'000'000) + "</row>"), "grid"},
+    {"a million unknown elements", Set(&TParts::strRows, Repeat("<a></a>", 1'000'000)), "0 rows"},
+    {"a million nested elements", Set(&TParts::strRows, Repeat("<a>", 1'000'000)), "deep"},
+    {"a million rows of one number", Set(&TParts::strRows, Repeat("<row r='1'/>", 1'000'000)), "0 rows"},
+    {"a million runs", Set(&TParts::strStrings, "<si>" + Repeat("<r><t/></r>", 1'000'000) + "</si>"), "1 rows"},
+    {"a million phonetic runs", Set(&TParts::strStrings, "<si>" + Repeat("<rPh/>", 1'000'000) + "</si>"), "1 rows"},
+    {"a million styles", Set(&TParts::strFormats, "<cellXfs>" + Repeat("<xf/>", 1'000'000) + "</cellXfs>"), "1 rows"},
+    {"a million names", Set(&TParts::strNames, Repeat("<definedName name='a'>A!A1</definedName>", 1'000'000)),
      "1 rows"},
+    {"100000 sheets", [](TParts& parts) { parts.sheetNames.resize(100'000, "Sheet1"); }, "too many sheets"},
+    {"a format of a megabyte",
+     Set(&TParts::strFormats, "<numFmts><numFmt numFmtId='164' formatCode='" + blanks + "'/></numFmts>"), "1 rows"},
+    {"3 million shared strings", Pack(&TParts::strStrings, [] { return Repeat("<si/>", 3'300'000); }), "1 rows"},
 };
 
 std::string MakeBook(const std::function<void(TParts&)>& spoil) {

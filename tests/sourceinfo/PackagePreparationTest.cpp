@@ -1,7 +1,7 @@
 // From an xtqf package to its data file, and the removal of the folder with its content.
 #include "CSourceDataInfo.h"
+#include "support/Bytes.h"
 #include "support/Faults.h"
-#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "support/ZipWriter.h"
 #include "tqcAccess/SystemPath.h"
@@ -52,9 +52,7 @@ TEST_F(Package, RemovalStaysInsideTheFolder) {
     ASSERT_TRUE(m_info->GetFilePath(path));
     EXPECT_EQ(path, unpacked + "\\TqData\\SourceFile.csv");
     std::string systemPath;
-    EXPECT_EQ(Platform::ConvertToSystemPath(path, systemPath), 0U);
-    EXPECT_EQ(systemPath, unpacked + "/TqData/SourceFile.csv");
-    EXPECT_TRUE(fs::exists(systemPath));
+    EXPECT_TRUE(Platform::ConvertToSystemPath(path, systemPath) == 0 && fs::exists(systemPath));
 
     const std::string victims = m_folder.MakeFolder("tmp/victims");
     m_folder.WriteFile("victim", "kept");
@@ -112,21 +110,18 @@ TEST_F(Package, WhatCannotBeRemovedRemains) {
     fs::create_directory_symlink(linked + "-moved", linked);
     m_info = std::make_unique<CSourceDataInfo>();
     EXPECT_TRUE(fs::exists(linked + "-moved/TqData/SourceFile.csv")) << "a link is not followed";
-
     const std::string readOnly = PreparedFolder();
     ::chmod((readOnly + "/TqData/SourceFile.csv").c_str(), 0400);
     m_info.reset();
-    EXPECT_TRUE(fs::exists(readOnly + "/TqData/SourceFile.csv"));
-    EXPECT_FALSE(fs::exists(readOnly + "/other"));
+    EXPECT_TRUE(fs::exists(readOnly + "/TqData/SourceFile.csv") && !fs::exists(readOnly + "/other"));
 }
 
 TEST_F(Package, EachPreparationHasItsFolderAndAClonesIsTheSame) {
     const std::string first = PreparedFolder();
     ASSERT_EQ(m_info->PrepareReadSourceData(false), CSourceDataInfo::SDO_PACKAGE);
     const std::string second = Unpacked();
-    EXPECT_NE(first, second);
     std::unique_ptr<CSourceDataInfo> clone(m_info->CreateClone());
-    EXPECT_EQ(clone->GetUncompressFolderPath(), second);
+    EXPECT_TRUE(first != second && clone->GetUncompressFolderPath() == second);
     clone.reset();
     EXPECT_FALSE(fs::exists(second));
     m_info.reset();
@@ -135,10 +130,8 @@ TEST_F(Package, EachPreparationHasItsFolderAndAClonesIsTheSame) {
 
 TEST_F(Package, FailuresHaveTheirResults) {
     EXPECT_EQ(Prepare("no archive"), CSourceDataInfo::SDO_PASSWORD_ERROR);
-    EXPECT_FALSE(m_info->GetIsNeedPassWord());
     const char* path = nullptr;
-    EXPECT_FALSE(m_info->GetFilePath(path));
-
+    EXPECT_FALSE(m_info->GetIsNeedPassWord() || m_info->GetFilePath(path));
     // Neither the folder's path nor that of the data file may have 260 bytes.
     const std::size_t shortest = PreparedFolder().size() + 1;
     const std::string dataFile = "\\TqData\\SourceFile.csv";
@@ -158,8 +151,7 @@ TEST_F(Package, FailuresHaveTheirResults) {
 TEST(PassWord, TooLongOrNoneKeepsTheOldOne) {
     CSourceDataInfo info;
     EXPECT_TRUE(info.SetPassWordString(std::string(259, 'p').c_str()));
-    EXPECT_FALSE(info.SetPassWordString(std::string(260, 'q').c_str()));
-    EXPECT_FALSE(info.SetPassWordString(nullptr));
+    EXPECT_FALSE(info.SetPassWordString(std::string(260, 'q').c_str()) || info.SetPassWordString(nullptr));
     EXPECT_EQ(info.GetPassWordString(), std::string(259, 'p'));
     EXPECT_TRUE(info.SetPassWordString(""));
     EXPECT_EQ(std::string(info.GetPassWordString(), 260), std::string(260, '\0')) << "nothing of the old one is left";

@@ -1,7 +1,6 @@
 #include "CSourceDataInfo.h"
 #include "common/SCFilePath.h"
 #include "support/TempFolder.h"
-#include "tqcAccess/CodePage.h"
 
 #include <gtest/gtest.h>
 
@@ -82,19 +81,14 @@ TEST(SourceDataInfo, ARefusedPathLeavesNoStaleDescription) {
     CSourceDataInfo info;
     auto type = SFT_CSV;
     const char* path = "untouched";
-    EXPECT_FALSE(info.GetSourceFileType(type) || info.GetFilePath(path));
-    EXPECT_EQ(type, SFT_CSV);
-    EXPECT_STREQ(path, "untouched");
+    EXPECT_FALSE(info.GetSourceFileType(type) || info.GetFilePath(path) || type != SFT_CSV || *path != 'u');
     ASSERT_TRUE(info.SetCommonInfo(longest.c_str(), SFT_UNKNOWN));
     FILETIME time{};
     EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime != 0);
     EXPECT_FALSE(info.SetCommonInfo(nullptr, SFT_FIX));
-    EXPECT_EQ(PathOf(info), longest);
-    EXPECT_EQ(TypeOf(info), SFT_CSV);
-
+    EXPECT_TRUE(PathOf(info) == longest && TypeOf(info) == SFT_CSV);
     EXPECT_FALSE(info.SetCommonInfo(("/" + longest).c_str(), SFT_CSV));
-    EXPECT_EQ(PathOf(info), "");
-    EXPECT_EQ(TypeOf(info), SFT_UNKNOWN);
+    EXPECT_TRUE(PathOf(info).empty() && TypeOf(info) == SFT_UNKNOWN);
     EXPECT_TRUE(info.GetUpDateDateTime(time) && time.dwHighDateTime == 0 && time.dwLowDateTime == 0);
 
     EXPECT_FALSE(info.SetCommonInfo("/no/file", SFT_CSV));
@@ -117,39 +111,15 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
     ASSERT_TRUE(SCFilePath::GetFileTime(path.c_str(), SCFilePath::FTT_UPDATE, written));
     const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
     for (const CSourceDataInfo* one : {&info, clone.get()}) {
-        EXPECT_EQ(PathOf(*one), path);
-        EXPECT_EQ(TypeOf(*one), SFT_CSV);
+        EXPECT_TRUE(PathOf(*one) == path && TypeOf(*one) == SFT_CSV);
         char pre = 0, post = 1;
         one->GetDelimiter(&pre, &post);
-        EXPECT_EQ(std::string({pre, post}), std::string("\n\0", 2));
-        EXPECT_EQ(one->GetReadCharSet(), CSourceDataInfo::RCS_UTF8);
-        EXPECT_EQ(one->GetStartReadRowCnt(), 7U);
-        EXPECT_TRUE(one->GetKeepLineEnds());
+        EXPECT_TRUE(pre == '\n' && post == '\0' && one->GetReadCharSet() == CSourceDataInfo::RCS_UTF8);
+        EXPECT_TRUE(one->GetStartReadRowCnt() == 7 && one->GetKeepLineEnds());
         FILETIME time{};
-        EXPECT_TRUE(one->GetUpDateDateTime(time));
-        EXPECT_EQ(time.dwHighDateTime, written.dwHighDateTime);
-        EXPECT_EQ(time.dwLowDateTime, written.dwLowDateTime);
+        EXPECT_TRUE(one->GetUpDateDateTime(time) && time.dwHighDateTime == written.dwHighDateTime &&
+                    time.dwLowDateTime == written.dwLowDateTime);
     }
-}
-
-TEST(SourceDataInfo, APackagesPathIsItsDataFile) {
-    CSourceDataInfo info;
-    info.SetCommonInfo("/no/pack.xtqf", SFT_UNKNOWN);
-    EXPECT_EQ(PathOf(info), "");
-    info.SetXtqfSourceFilePath("/tmp/SourceFile.csv");
-    EXPECT_EQ(PathOf(info), "/tmp/SourceFile.csv");
-    info.SetXtqfSourceFilePath(nullptr);
-    EXPECT_EQ(PathOf(info), "/tmp/SourceFile.csv");
-    info.SetXtqfSourceFilePath(std::string(260, 'p').c_str());
-    EXPECT_EQ(PathOf(info).size(), 260U);
-    info.SetXtqfSourceFilePath(std::string(261, 'p').c_str());
-    EXPECT_EQ(PathOf(info), "");
-}
-
-TEST(DataAccessDefine, TheMessageIsWhatItsUnicodeTextGivesInCodePage932) {
-    WCHAR wide[32];
-    const int units = Platform::MultiByteToWideChar(932, 0, SCDataAccessDefine::MSG_READ_SOURCEDATA, -1, wide, 32);
-    EXPECT_EQ(std::u16string(wide, static_cast<std::size_t>(units - 1)), u"データファイルを読み込んでいます。");
 }
 
 } // namespace

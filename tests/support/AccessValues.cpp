@@ -1,4 +1,4 @@
-#include "support/AccessValues.h"
+#include "support/AccessWriter.h"
 
 #include "tqcAccess/CodePage.h"
 

@@ -1,7 +1,5 @@
 #include "support/CompoundBuilder.h"
 
-#include "support/ZipWriter.h"
-
 #include <algorithm>
 #include <numeric>
 
@@ -179,13 +177,6 @@ SCompoundBytes CCompoundBuilder::Finish(const SCompoundForm& form) const {
             (sector + 1) * form.sectorSize + i * entrySize % form.sectorSize;
     }
     return file;
-}
-
-std::string Noise(std::size_t size, std::uint32_t seed) {
-    std::string noise(size, '\0');
-    for (char& byte : noise)
-        byte = static_cast<char>((seed = seed * 1664525 + 1013904223) >> 24);
-    return noise;
 }
 
 } // namespace NSTQ::Tests

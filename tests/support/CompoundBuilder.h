@@ -6,9 +6,9 @@
 //     file.SetEntry(u"Workbook", SCompoundBytes::size, 7);         // forged
 #pragma once
 
-#include <cstdint>
+#include "support/Bytes.h"
+
 #include <map>
-#include <string>
 #include <vector>
 
 namespace NSTQ::Tests {
@@ -57,8 +57,5 @@ private:
 
     std::vector<SEntry> m_entries;
 };
-
-/// Bytes without a pattern, always the same.
-std::string Noise(std::size_t size, std::uint32_t seed = 1);
 
 } // namespace NSTQ::Tests

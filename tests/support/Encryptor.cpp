@@ -1,11 +1,14 @@
 #include "support/Encryptor.h"
 
+#include "support/Bytes.h"
 #include "support/CompoundBuilder.h"
-#include "support/LittleEndian.h"
 
 #include <openssl/evp.h>
+#include <openssl/hmac.h>
 
+#include <array>
 #include <stdexcept>
+#include <utility>
 
 namespace NSTQ::Tests {
 namespace {
@@ -71,6 +74,57 @@ std::string CryptoApiHeader(std::uint32_t flags, std::uint32_t algorithm, unsign
     return LittleEndian(flags, 4) + LittleEndian(fields.size(), 4) + fields + LittleEndian(16, 4) + salt;
 }
 
+std::string Xor(std::string text, std::string_view with) {
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = static_cast<char>(text[i] ^ with[i]);
+    return text;
+}
+
+/// The traditional cipher of zip archives: each byte of the password and of the content changes its three keys.
+class CTraditional {
+public:
+    explicit CTraditional(std::string_view passWord) {
+        for (const char byte : passWord)
+            Update(byte);
+    }
+
+    std::string Encrypt(std::string text) {
+        for (char& byte : text) {
+            const std::uint32_t value = (m_keys[2] | 2) & 0xFFFF;
+            const auto mask = static_cast<char>(value * (value ^ 1) >> 8);
+            Update(byte);
+            byte = static_cast<char>(byte ^ mask);
+        }
+        return text;
+    }
+
+private:
+    void Update(char byte) {
+        m_keys[0] = ~Crc32({&byte, 1}, ~m_keys[0]);
+        m_keys[1] = (m_keys[1] + (m_keys[0] & 0xFF)) * 134775813U + 1;
+        const char high = static_cast<char>(m_keys[1] >> 24);
+        m_keys[2] = ~Crc32({&high, 1}, ~m_keys[2]);
+    }
+
+    std::array<std::uint32_t, 3> m_keys = {0x12345678, 0x23456789, 0x34567890};
+};
+
+/// The salt, two bytes that verify a password, the content, and an authentication code.
+std::string EncryptZipAes(const std::string& text, std::size_t keySize, std::string_view passWord) {
+    const std::string zipSalt(keySize / 2, 's');
+    std::string keys(2 * keySize + 2, '\0'), numbers, code(EVP_MAX_MD_SIZE, '\0');
+    if (PKCS5_PBKDF2_HMAC(passWord.data(), static_cast<int>(passWord.size()), Bytes(zipSalt),
+                          static_cast<int>(zipSalt.size()), 1000, EVP_sha1(), static_cast<int>(keys.size()),
+                          reinterpret_cast<unsigned char*>(keys.data())) != 1)
+        throw std::runtime_error("no key");
+    for (std::uint64_t block = 1; numbers.size() < text.size(); ++block)
+        numbers += LittleEndian(block, 16);
+    const std::string locked = Xor(text, Aes(keys.substr(0, keySize), {}, numbers));
+    HMAC(EVP_sha1(), keys.data() + keySize, static_cast<int>(keySize), Bytes(locked), locked.size(),
+         reinterpret_cast<unsigned char*>(code.data()), nullptr);
+    return zipSalt + keys.substr(2 * keySize) + locked + code.substr(0, 10);
+}
+
 } // namespace
 
 std::string SEncryptedPackage::File(std::uint32_t claimed) const {
@@ -114,10 +168,7 @@ SBlockCipher StandardCipher(std::string_view passWord, unsigned keyBits, unsigne
     const auto encrypt = [=](std::uint32_t block, std::string text) {
         const std::string digest = Hash("SHA1", spun + LittleEndian(block, 4));
         const auto half = [&](char filling) {
-            std::string mixed(64, filling);
-            for (std::size_t i = 0; i < digest.size(); ++i)
-                mixed[i] ^= digest[i];
-            return Hash("SHA1", mixed);
+            return Hash("SHA1", Xor(std::string(64, filling), digest + std::string(44, '\0')));
         };
         return Aes((half(0x36) + half(0x5C)).substr(0, keyBits / 8), {}, std::move(text));
     };
@@ -196,6 +247,25 @@ std::string SObfuscation::Apply(std::string body, std::size_t at) const {
         c = static_cast<char>((byte << 5 | byte >> 3) ^ static_cast<unsigned char>(pattern[at++ % 16]));
     }
     return body;
+}
+
+SZipEntryText Encrypted(SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
+                        std::string_view passWord) {
+    if (encryption == EZipEncryption::None)
+        return entry;
+    entry.flags |= 1;
+    const std::string packed = entry.packed.value_or(entry.content);
+    const std::uint32_t crc = entry.crc.value_or(Crc32(entry.content));
+    if (encryption == EZipEncryption::Traditional) {
+        entry.packed = CTraditional(passWord).Encrypt(std::string(11, 's') + static_cast<char>(crc >> 24) + packed);
+        return entry;
+    }
+    const auto strength = static_cast<unsigned>(encryption) - static_cast<unsigned>(EZipEncryption::Traditional);
+    entry.packed = EncryptZipAes(packed, 8 + 8 * strength, passWord);
+    entry.crc = isSecondVersion ? 0 : crc;
+    entry.extra = LittleEndian(0x9901, 2) + LittleEndian(7, 2) + LittleEndian(isSecondVersion ? 2 : 1, 2) + "AE" +
+                  static_cast<char>(strength) + LittleEndian(std::exchange(entry.method, std::uint16_t{99}), 2);
+    return entry;
 }
 
 } // namespace NSTQ::Tests

@@ -1,10 +1,10 @@
-// Encrypts as the descriptions of the formats say. Passwords are Latin-1.
+// Encrypts as the descriptions of the formats say, with constant salts, so that the same input gives the same bytes.
+// Passwords are Latin-1.
 #pragma once
 
-#include <cstdint>
+#include "support/ZipWriter.h"
+
 #include <functional>
-#include <string>
-#include <string_view>
 
 namespace NSTQ::Tests {
 
@@ -50,5 +50,10 @@ struct SObfuscation {
 };
 /// `key` and `check` are what the tables in the description of the obfuscation make of the password.
 SObfuscation Obfuscate(std::string_view passWord, unsigned key, unsigned check);
+
+enum class EZipEncryption { None, Traditional, Aes128, Aes192, Aes256 };
+/// Returns the entry with its packed bytes encrypted. `isSecondVersion`: AES entries have no checksum (AE-2).
+SZipEntryText Encrypted(SZipEntryText entry, EZipEncryption encryption, bool isSecondVersion,
+                        std::string_view passWord);
 
 } // namespace NSTQ::Tests

@@ -1,27 +1,16 @@
 // Faults in place of calls of the system and allocations, so that error paths run in tests.
 //
-// A test program gets them by linking one of two libraries (tests/support.cmake). With `tqc_port_faults` the linker
-// replaces calls of the port (platform/Port.h), which both systems have, by wrappers: Open, Read, Write, Seek and
-// MakeFolder. With `tqc_system_faults` it replaces the system calls of the library and of the test, whatever variant
-// of the name they use (open64, __read_chk, ...); short transfers of Write exist only there. Both have Allocate.
-// Faults affect the thread that made them and count its calls from then on. One fault per kind of call is active; a
-// second one of the same kind replaces it until it ends.
-//
-//     {
-//         Faults::Scope fault{Faults::Call::Read, 3, EIO};            // the third read fails
-//         EXPECT_FALSE(reader.Read());
-//     }
-//     const auto slow = Faults::Reads(1);                              // every read returns one byte
-//     const auto calls = Faults::ForEachFailure(Faults::Call::Read, EIO, [&] { ... });
+// A test program links one of two libraries (tests/support.cmake). `tqc_port_faults` wraps calls of the port
+// (platform/Port.h), which both systems have: Open, Read, Write, Seek and MakeFolder. `tqc_system_faults` wraps the
+// system calls of the library and of the test; only it has short transfers of Write. Both have Allocate. Faults
+// affect the thread that made them. One per kind of call is active; a second one replaces it until it ends.
 #pragma once
 
 #include <cstddef>
 
 namespace NSTQ::Tests::Faults {
 
-/// Kinds of calls. Seek is lseek, Stat is stat, lstat, fstat and fstatat, Lock is flock, Allocate is every form of
-/// operator new but those for over-aligned types (which throws std::bad_alloc, the nothrow forms return null, and the
-/// error number is not used).
+/// Kinds of calls. Allocate is every form of operator new but those for over-aligned types; it has no error number.
 enum class Call {
     Open,
     Close,
@@ -92,9 +81,9 @@ Scope* FindStriking(Call call);
     return {Call::Write, 1, Short{bytes}, Times::Always};
 }
 
-/// Calls `run(n)` with the n-th call failing with an error number or being short (Short), for n = 1, 2, ... until a
-/// run makes fewer than n calls. Returns in how many runs a fault occurred. With Call::Allocate `run` must catch
-/// std::bad_alloc and make test assertions, which allocate, after the code under test.
+/// Calls `run(n)` with the n-th call failing or being short, for n = 1, 2, ... until a run makes fewer than n calls.
+/// Returns in how many runs a fault occurred. With Call::Allocate `run` must catch std::bad_alloc and assert
+/// afterwards.
 template <class TFault, class TRun>
 std::size_t ForEachFailure(Call call, TFault what, TRun run) {
     for (std::size_t n = 1;; ++n) {

@@ -1,14 +1,32 @@
-// What comes out of the rows of a workbook, as text.
+// What goes into a provider from memory, and what comes out of its rows, as text.
 #pragma once
 
 #include "platform/ado/Provider.h"
+#include "providers/common/ByteSources.h"
+#include "providers/common/CSourceError.h"
 #include "providers/common/TextConversion.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 namespace NSTQ::Tests {
+
+/// Bytes in memory as the file of a provider.
+class CMemoryAccess : public Providers::IRandomAccess {
+public:
+    explicit CMemoryAccess(std::string bytes) : m_strBytes(std::move(bytes)) {}
+    std::uint64_t Size() const override { return m_strBytes.size(); }
+    void ReadAt(std::uint64_t offset, std::span<unsigned char> target) override {
+        if (offset > m_strBytes.size() || target.size() > m_strBytes.size() - offset)
+            throw Providers::CSourceError("past the end");
+        std::copy_n(m_strBytes.begin() + static_cast<std::ptrdiff_t>(offset), target.size(), target.begin());
+    }
+
+private:
+    std::string m_strBytes;
+};
 
 /// A value as text: '-' for none, texts in quotes, dates behind a 'd'.
 inline std::string ValueText(const Platform::VARIANT& value) {

@@ -43,7 +43,7 @@ std::string WideEnd(const SZipEndText& end, std::size_t count, std::size_t size,
 
 } // namespace
 
-std::uint32_t Crc32(std::string_view text) {
+std::uint32_t Crc32(std::string_view text, std::uint32_t crc) {
     static constexpr auto table = [] {
         std::array<std::uint32_t, 256> made{};
         for (std::uint32_t byte = 0; byte < made.size(); ++byte) {
@@ -53,7 +53,7 @@ std::uint32_t Crc32(std::string_view text) {
         }
         return made;
     }();
-    std::uint32_t crc = ~0U;
+    crc = ~crc;
     for (const char byte : text)
         crc = (crc >> 8) ^ table[(crc ^ static_cast<unsigned char>(byte)) & 0xFF];
     return ~crc;

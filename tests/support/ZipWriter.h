@@ -4,7 +4,7 @@
 //     const std::string hostile = MakeZip({{.name = "a.txt", .content = "text", .crc = 0}}, {.count = 7});
 #pragma once
 
-#include "support/LittleEndian.h"
+#include "support/Bytes.h"
 
 #include <cstdint>
 #include <optional>
@@ -64,7 +64,8 @@ struct SZipEndText {
 
 std::string MakeZip(const std::vector<SZipEntryText>& entries, const SZipEndText& end = {});
 
-std::uint32_t Crc32(std::string_view text);
+/// `crc` is that of the bytes before.
+std::uint32_t Crc32(std::string_view text, std::uint32_t crc = 0);
 
 /// The deflate form of up to 65535 bytes that packs nothing: one stored block.
 std::string DeflateStored(std::string_view text);

@@ -1,10 +1,9 @@
 // The preview and the reader of fixed-length text.
 #include "CFixDataAccess.h"
+#include "support/Chosen.h"
 #include "support/Faults.h"
-#include "support/Kernels.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
-#include "tqcAccess/CodePage.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -66,19 +65,18 @@ TEST(FixPreview, HoldsTheFirstThreeRows) {
     };
     const CTempFolder folder;
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.title);
         CSourceDataInfo info;
         const char* data = nullptr;
         DWORD length = 77;
         info.SetCommonInfo(folder.WriteFile("a.txt", c.text).c_str(), SCDeclareConstant::SFT_FIX);
-        EXPECT_FALSE(info.GetFixFileData(data, length) || length != 77) << c.title;
-        EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_FIX_FILE) << c.title;
-        ASSERT_TRUE(info.GetFixFileData(data, length)) << c.title;
-        EXPECT_EQ(std::string(data, length), c.preview) << c.title;
-        EXPECT_EQ(info.GetIsExistFixCRLF(), c.lineEnd) << c.title;
-
+        EXPECT_FALSE(info.GetFixFileData(data, length) || length != 77);
+        EXPECT_EQ(info.PrepareReadSourceData(false), CSourceDataInfo::SDO_FIX_FILE);
         const std::unique_ptr<CSourceDataInfo> clone(info.CreateClone());
-        EXPECT_FALSE(clone->GetFixFileData(data, length)) << c.title;
-        EXPECT_EQ(clone->GetIsExistFixCRLF(), c.lineEnd) << c.title;
+        ASSERT_TRUE(info.GetFixFileData(data, length));
+        EXPECT_EQ(std::string(data, length), c.preview);
+        EXPECT_FALSE(clone->GetFixFileData(data, length));
+        EXPECT_TRUE(info.GetIsExistFixCRLF() == c.lineEnd && clone->GetIsExistFixCRLF() == c.lineEnd);
     }
 }
 
@@ -86,22 +84,22 @@ TEST(FixPreview, AFailureSaysWhy) {
     const CTempFolder folder;
     CSourceDataInfo info;
     info.SetCommonInfo(folder.WriteFile("a.txt", "abc").c_str(), SCDeclareConstant::SFT_FIX);
+    using enum CSourceDataInfo::ESourceDataOpen;
     const std::tuple<Faults::Call, std::size_t, int, CSourceDataInfo::ESourceDataOpen> cases[] = {
-        {Faults::Call::Open, 1, ENOENT, CSourceDataInfo::SDO_FILE_NOT_FOUND},
-        {Faults::Call::Open, 1, ENOTDIR, CSourceDataInfo::SDO_READ_ERROR},
-        {Faults::Call::Open, 1, EACCES, CSourceDataInfo::SDO_ACCESS_DENIED},
-        {Faults::Call::Open, 1, EWOULDBLOCK, CSourceDataInfo::SDO_SHARING_VIOLATION},
-        {Faults::Call::Open, 1, ENAMETOOLONG, CSourceDataInfo::SDO_FILENAME_TOO_LONG},
-        {Faults::Call::Read, 1, ENOSPC, CSourceDataInfo::SDO_DISK_FULL},
-        {Faults::Call::Read, 2, EIO, CSourceDataInfo::SDO_READ_ERROR},
+        {Faults::Call::Open, 1, ENOENT, SDO_FILE_NOT_FOUND},
+        {Faults::Call::Open, 1, ENOTDIR, SDO_READ_ERROR},
+        {Faults::Call::Open, 1, EACCES, SDO_ACCESS_DENIED},
+        {Faults::Call::Open, 1, EWOULDBLOCK, SDO_SHARING_VIOLATION},
+        {Faults::Call::Open, 1, ENAMETOOLONG, SDO_FILENAME_TOO_LONG},
+        {Faults::Call::Read, 1, ENOSPC, SDO_DISK_FULL},
+        {Faults::Call::Read, 2, EIO, SDO_READ_ERROR},
     };
     for (const auto& [call, nth, error, expected] : cases) {
         const Faults::Scope fault(call, nth, error);
         EXPECT_EQ(info.PrepareReadSourceData(false), expected) << error;
         const char* data = nullptr;
         DWORD length = 77;
-        EXPECT_TRUE(info.GetFixFileData(data, length)) << error;
-        EXPECT_EQ(length, 0U) << error;
+        EXPECT_TRUE(info.GetFixFileData(data, length) && length == 0) << error;
     }
 }
 
@@ -122,10 +120,7 @@ TEST(FixReader, SplitsAtTheWidths) {
         {"SUB ends a record", {{2, 2}}, "A\x1A\x42\x43\r\n\r\n", "+1:A +2:BC| +1: "},
         {"a line end of one byte", {{2, 2}, '\n', '\0'}, "A\nB\rCD\nE", "+1:A +2:B|CD +2:E| "},
         {"more columns than the arrays hold", {{1, 1, 1}, '\r', '\n', 2}, "ABC\r\n", "+3:A|B "},
-        {"a long field is cut, never behind a lead byte",
-         {{4}, '\r', '\n', 16, 3},
-         "A\x83\x41\x42\r\nAB\x83\x41\r\n",
-         "+1:A\x83\x41 +1:AB "},
+        {"a long field is cut, never behind a lead byte", {{4}, '\r', '\n', 16, 3}, "AB\x83\x41\r\n", "+1:AB "},
         {"no columns", {{}}, "ABC\r\n", "-0: "},
     };
     const CTempFolder folder;
@@ -170,27 +165,22 @@ TEST(FixReader, KernelsAndFillsChangeNothing) {
 TEST(FixReader, ColumnsMustFitTheLineBuffer) {
     const CTempFolder folder;
     const std::string path = folder.WriteFile("a.txt", std::string(200, 'x') + "\r\n");
-    const struct {
-        std::vector<WORD> widths;
-        DWORD maxLine;
-        bool fits;
-    } cases[] = {
+    const std::tuple<std::vector<WORD>, DWORD, bool> cases[] = {
         {{5, 4}, 10, true},     {{5, 5}, 10, false},         {{11}, 10, false}, {std::vector<WORD>(11), 10, true},
         {{65535}, 65535, true}, {{65535, 0}, 100000, false}, {{}, 0, true},     {std::vector<WORD>(12), 10, false},
     };
-    for (const auto& c : cases) {
-        const auto title = std::to_string(c.widths.size()) + " columns, line " + std::to_string(c.maxLine);
+    for (const auto& [widths, maxLine, fits] : cases) {
         CSourceDataInfo info;
         info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_FIX);
-        info.SetFixColLen(c.widths);
-        CFixDataAccess reader(4, c.maxLine, 255, &info);
-        EXPECT_EQ(reader.FileOpen(&info), c.fits) << title;
-        EXPECT_EQ(reader.GetErrorCode(), c.fits ? 0U : 87U) << title;
+        info.SetFixColLen(widths);
+        CFixDataAccess reader(4, maxLine, 255, &info);
+        EXPECT_EQ(reader.FileOpen(&info), fits) << widths.size() << " columns, line " << maxLine;
+        EXPECT_EQ(reader.GetErrorCode(), fits ? 0U : 87U);
         // Reading nevertheless stays inside the buffers, which the sanitizers check.
         const char** data = nullptr;
         const WORD* lengths = nullptr;
         DWORD count = 0;
-        EXPECT_EQ(reader.GetLineData(data, lengths, count) && count > 0, c.fits && !c.widths.empty()) << title;
+        EXPECT_EQ(reader.GetLineData(data, lengths, count) && count > 0, fits && !widths.empty());
     }
 }
 

@@ -2,9 +2,7 @@
 #pragma once
 
 #include "CCsvDataAccess.h"
-#include "support/AnsiPage.h"
-#include "support/Kernels.h"
-#include "support/Sanitized.h"
+#include "support/Chosen.h"
 #include "text/ReferenceReader.h"
 
 #include <gtest/gtest.h>

@@ -81,14 +81,12 @@ public:
 
     void ReadLine(std::uint32_t line, CRecord& record) {
         m_pos = m_fillStart = m_fillEnd = 0;
-        m_exhausted = m_failedRead = false;
+        m_exhausted = m_failedRead = record.assigned = record.result = false;
         while (line > 0 && Available()) {
             const int byte = Next();
             ++m_pos;
             line -= IsPre(byte) && TakePost();
         }
-        record.assigned = false;
-        record.result = false;
         // A line is picked without its raw record, whatever is set.
         const bool raw = std::exchange(m_settings.raw, false);
         if (Available())
@@ -127,26 +125,11 @@ private:
         return true;
     }
 
-    static bool IsUtf8Page() { return Platform::GetAnsiCodePage() == Platform::CP_UTF8; }
-
-    static std::size_t CharacterLength(char first) {
-        const auto byte = static_cast<unsigned char>(first);
-        if (IsUtf8Page())
-            return byte < 0xC2 || byte > 0xF4 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-        const bool isLead = (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-        return Platform::GetAnsiCodePage() == 932 && isLead ? 2 : 1;
-    }
-
-    /// In UTF-8 a byte of another kind begins a character, whatever the first byte of the last one says.
-    static bool ContinuesCharacter(char byte) {
-        return !IsUtf8Page() || (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-    }
-
     static std::string ToAnsi(const std::string& text) {
         const int length = static_cast<int>(text.size());
-        const int units = Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text.data(), length, nullptr, 0);
-        std::u16string wide(static_cast<std::size_t>(units), u'\0');
-        Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text.data(), length, wide.data(), units);
+        std::u16string wide(text.size(), u'\0');
+        wide.resize(static_cast<std::size_t>(
+            Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, text.data(), length, wide.data(), length)));
         return Platform::AnsiFromWide(wide);
     }
 
@@ -217,23 +200,20 @@ private:
             Available();
             return false;
         }
-        if (Next() == quote && ReadQuoted(field))
-            return true;
-        ReadUnquoted(field);
+        if (Next() != quote || !ReadQuoted(field))
+            ReadUnquoted(field);
         return true;
     }
 
     void SkipBlanks() {
-        while (m_counter < m_settings.maxLine && Available()) {
+        for (; m_counter < m_settings.maxLine && Available(); ++m_counter) {
             const int byte = Next();
             if (byte > space || IsSeparator(byte) || (!IsPre(byte) && (byte == tab || byte == sub)))
                 return;
             ++m_pos;
-            if (IsPre(byte) && TakePost()) {
-                m_end = true;
+            m_end = IsPre(byte) && TakePost();
+            if (m_end)
                 return;
-            }
-            ++m_counter;
         }
     }
 
@@ -270,41 +250,25 @@ private:
     }
 
     void ReadUnquoted(std::u16string& field) {
-        while (Available()) {
+        for (; Available() && !IsSeparator(Next()) && m_counter < m_settings.maxLine; ++m_counter) {
             const int byte = Next();
-            if (IsSeparator(byte) || m_counter >= m_settings.maxLine)
-                return;
             ++m_pos;
-            if (byte > space) {
-                field += static_cast<char16_t>(byte);
-            } else if (IsPre(byte)) {
-                if (TakePost()) {
-                    m_end = true;
-                    return;
-                }
-            } else if (byte == space || byte == tab) {
-                field += static_cast<char16_t>(byte);
+            if (byte <= space && IsPre(byte)) {
+                m_end = TakePost();
             } else if (byte == sub) {
                 Available();
                 m_end = true;
-                return;
+            } else if (byte >= space || byte == tab) {
+                field += static_cast<char16_t>(byte);
             }
-            ++m_counter;
+            if (m_end)
+                return;
         }
     }
 
-    std::string Cut(std::string field) const {
-        const std::size_t limit = m_settings.maxField;
-        if (field.size() <= limit)
-            return field;
-        std::size_t size = 0;
-        for (std::size_t at = 0; at < limit;) {
-            const std::size_t start = at, end = at + CharacterLength(field[at]);
-            for (++at; at < end && at < field.size() && ContinuesCharacter(field[at]); ++at) {
-            }
-            size = end <= limit ? limit : start;
-        }
-        return field.substr(0, size);
+    /// codepage_test has the plain form of this.
+    std::string Cut(const std::string& field) const {
+        return field.substr(0, Platform::KeptTextLength(field.data(), field.size(), m_settings.maxField));
     }
 
     bool ReadConverted(CRecord& record) {

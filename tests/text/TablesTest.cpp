@@ -2,12 +2,10 @@
 // DifferentialTest.cpp has reads that fail between two records.
 #include "CFixDataAccess.h"
 #include "platform/Port.h"
+#include "support/Bytes.h"
 #include "support/Faults.h"
-#include "support/Repeat.h"
 #include "support/TempFolder.h"
 #include "text/Harness.h"
-
-#include <cerrno>
 
 namespace NSTQ::Tests {
 namespace {
@@ -115,37 +113,31 @@ TEST_F(CTables, RecordsFromFilesAndStreams) {
 TEST_F(CTables, ByteOrderMark) {
     using enum CSourceDataInfo::EReadCharSet;
     const std::string bom = "\xEF\xBB\xBF";
-    const struct {
-        const char* title;
-        std::string input;
-        CSourceDataInfo::EReadCharSet asked, settled;
-        std::string first, afterRewind;
-    } cases[] = {
-        {"BOM, automatic", bom + "a", RCS_AUTO, RCS_UTF8, "+1:a", "+1:?a"},
-        {"no BOM, automatic", "ab c", RCS_AUTO, RCS_ANSI, "+1:ab c", "+1:ab c"},
-        {"three bytes, automatic", "b c", RCS_AUTO, RCS_AUTO, "+1:bc", "+1:bc"},
-        {"only a BOM, automatic", bom, RCS_AUTO, RCS_AUTO, "+1:?", "+1:?"},
-        {"only a BOM, UTF-8", bom, RCS_UTF8, RCS_UTF8, "+1:?", "+1:?"},
-        {"BOM, UTF-8", bom + "a", RCS_UTF8, RCS_UTF8, "+1:a", "+1:?a"},
-        {"BOM, ANSI", bom + "a", RCS_ANSI, RCS_ANSI, "+1:" + bom + "a", "+1:" + bom + "a"},
-        {"other bytes, UTF-8", "ab c", RCS_UTF8, RCS_UTF8, "+1:abc", "+1:abc"},
-    };
+    const std::tuple<const char*, std::string, CSourceDataInfo::EReadCharSet, CSourceDataInfo::EReadCharSet,
+                     std::string, std::string>
+        cases[] = {
+            {"BOM, automatic", bom + "a", RCS_AUTO, RCS_UTF8, "+1:a", "+1:?a"},
+            {"no BOM, automatic", "ab c", RCS_AUTO, RCS_ANSI, "+1:ab c", "+1:ab c"},
+            {"three bytes, automatic", "b c", RCS_AUTO, RCS_AUTO, "+1:bc", "+1:bc"},
+            {"only a BOM, automatic", bom, RCS_AUTO, RCS_AUTO, "+1:?", "+1:?"},
+            {"only a BOM, UTF-8", bom, RCS_UTF8, RCS_UTF8, "+1:?", "+1:?"},
+            {"BOM, UTF-8", bom + "a", RCS_UTF8, RCS_UTF8, "+1:a", "+1:?a"},
+            {"BOM, ANSI", bom + "a", RCS_ANSI, RCS_ANSI, "+1:" + bom + "a", "+1:" + bom + "a"},
+            {"other bytes, UTF-8", "ab c", RCS_UTF8, RCS_UTF8, "+1:abc", "+1:abc"},
+        };
     CTestedReader reader(CSettings{.raw = true});
-    for (const auto& test : cases) {
-        SCOPED_TRACE(test.title);
+    for (const auto& [title, input, asked, settled, first, afterRewind] : cases) {
+        SCOPED_TRACE(title);
         CSourceDataInfo info;
-        ASSERT_TRUE(info.SetCommonInfo(Write(test.input).c_str(), NSTQCore::SCDeclareConstant::SFT_CSV));
-        info.SetReadCharSet(test.asked);
-        ASSERT_TRUE(reader.FileOpen(&info));
-        EXPECT_EQ(reader.GetCharSet(), test.settled);
+        info.SetCommonInfo(Write(input).c_str(), NSTQCore::SCDeclareConstant::SFT_CSV);
+        info.SetReadCharSet(asked);
+        ASSERT_TRUE(reader.FileOpen(&info) && reader.GetCharSet() == settled);
         CRecord record;
         reader.Read(record);
-        EXPECT_EQ(Show(record), test.first);
-        EXPECT_EQ(record.raw, test.settled == RCS_ANSI ? test.input : "");
-        ASSERT_TRUE(reader.MoveFileBegin());
-        EXPECT_EQ(reader.GetReadPosition(), 0);
+        EXPECT_EQ(Show(record) + record.raw, first + (settled == RCS_ANSI ? input : ""));
+        ASSERT_TRUE(reader.MoveFileBegin() && reader.GetReadPosition() == 0);
         reader.Read(record);
-        EXPECT_EQ(Show(record), test.afterRewind);
+        EXPECT_EQ(Show(record), afterRewind);
     }
 }
 
@@ -165,25 +157,6 @@ TEST_F(CTables, MovesToEitherEnd) {
         EXPECT_EQ(Show(record), "+1:b");
         EXPECT_TRUE(reader.MoveFileBegin() && reader.HasNextLineData());
     }
-}
-
-TEST_F(CTables, FilesThatDoNotOpen) {
-    CTestedReader reader(CSettings{});
-    CSourceDataInfo none;
-    EXPECT_FALSE(reader.FileOpen(&none));
-    EXPECT_EQ(reader.GetErrorCode(), NSTQCore::VCTextFileOperater::DW_ERROR_PATH_NOT_FOUND);
-    EXPECT_FALSE(reader.Open(m_folder.Path("missing.csv")));
-    EXPECT_EQ(reader.GetErrorCode(), 2U);
-    EXPECT_FALSE(reader.HasNextLineData() || reader.MoveFileBegin());
-    EXPECT_NE(reader.GetErrorCode(), 0U);
-    // The reader can still be used, and opening another file closes the first one.
-    for (const auto& [name, content] : {std::pair("a.csv", "a\r\n"), {"b.csv", "b,c"}})
-        ASSERT_TRUE(reader.Open(m_folder.WriteFile(name, content)) && reader.GetErrorCode() == 0);
-    CRecord record;
-    reader.Read(record);
-    EXPECT_EQ(Show(record), "+2:b|c");
-    EXPECT_TRUE(reader.FileClose());
-    EXPECT_FALSE(reader.HasNextLineData());
 }
 
 TEST_F(CTables, RowsAllocateNothingAndAFileThatBecomesShorterEnds) {
@@ -213,35 +186,12 @@ TEST_F(CTables, RowsAllocateNothingAndAFileThatBecomesShorterEnds) {
         {
             const Faults::Scope allocations(Faults::Call::Allocate, SIZE_MAX, 0);
             const DWORD rows = countRows();
-            EXPECT_EQ(allocations.Calls(), 0U);
-            EXPECT_GT(rows, 5000U);
+            EXPECT_TRUE(allocations.Calls() == 0 && rows > 5000) << rows;
         }
         ASSERT_TRUE(reader.FileOpen(&info));
         std::filesystem::resize_file(path, 100000);
         EXPECT_LT(countRows(), 50000U);
-        EXPECT_FALSE(reader.HasNextLineData());
-        EXPECT_EQ(reader.GetErrorCode(), 38U);
-    }
-}
-
-TEST_F(CTables, AFailedMoveMovesNothing) {
-    for (const bool utf8 : {false, true}) {
-        const CSettings settings{.utf8 = utf8};
-        CTestedReader reader(settings);
-        ASSERT_TRUE(reader.Open(Write(longText)));
-        CReferenceReader plain(settings, longText);
-        CRecord actual, expected;
-        reader.Read(actual);
-        {
-            const Faults::Scope fault(Faults::Call::Seek, 1, EIO, Faults::Times::Always);
-            EXPECT_FALSE(reader.MoveFileBegin());
-            EXPECT_FALSE(reader.MoveFileEnd());
-            reader.ReadLine(0, actual);
-            EXPECT_FALSE(actual.result);
-            EXPECT_TRUE(actual.failedRead);
-        }
-        plain.Read(expected);
-        EXPECT_TRUE(Agree(settings, longText, reader, plain, 1));
+        EXPECT_TRUE(!reader.HasNextLineData() && reader.GetErrorCode() == 38);
     }
 }
 
@@ -249,7 +199,6 @@ TEST_F(CTables, AFailedMoveMovesNothing) {
 class CLineCounter : public NSTQCore::VCTextFileOperater {
 public:
     CLineCounter() : VCTextFileOperater(1, 10, 10) {}
-    ~CLineCounter() override = default;
     bool GetLineData(const char**&, const WORD*&, DWORD& dwCount) override {
         for (dwCount = 0; HasNextSrcData();) {
             const bool isPre = IsPreNewLine() && GetSrcDataWord() == GetPreDelimiter();
@@ -269,12 +218,10 @@ TEST_F(CTables, SubclassesReadWithTheBasesOperations) {
         reader.SetDelimiter(pre, post);
         ASSERT_TRUE(reader.FileOpen(&info));
         char bytes[2] = {};
-        EXPECT_TRUE(reader.CopyReadBuffData(bytes, 2, 63998, 2));
-        EXPECT_TRUE(reader.CopyReadBuffData(bytes, 2, 0, 2));
+        EXPECT_TRUE(reader.CopyReadBuffData(bytes, 2, 63998, 2) && reader.CopyReadBuffData(bytes, 2, 0, 2));
         EXPECT_EQ(std::string_view(bytes, 2), "a\r");
-        EXPECT_FALSE(reader.CopyReadBuffData(bytes, 1, 0, 2));
-        for (const DWORD behind : {63999U, 0xFFFFFFFFU})
-            EXPECT_FALSE(reader.CopyReadBuffData(bytes, 2, behind, 2));
+        EXPECT_FALSE(reader.CopyReadBuffData(bytes, 1, 0, 2) || reader.CopyReadBuffData(bytes, 2, 63999, 2) ||
+                     reader.CopyReadBuffData(bytes, 2, 0xFFFFFFFF, 2));
         const char** fields = nullptr;
         const WORD* lengths = nullptr;
         DWORD lines = 0;

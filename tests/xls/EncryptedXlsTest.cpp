@@ -49,7 +49,8 @@ SXlsParts BookOf(bool isBiff8, const std::string& filePass) {
     return parts;
 }
 
-void ExpectOpens(bool isBiff8, const std::string& filePass, const FEncrypt& encrypt) {
+void ExpectOpens(const std::string& passWord, bool isBiff8, const std::string& filePass, const FEncrypt& encrypt) {
+    SCOPED_TRACE(passWord + ' ' + std::to_string(filePass.size()));
     const std::string stream = BookOf(isBiff8, filePass).Stream();
     const std::string bytes =
         CCompoundBuilder().Add(isBiff8 ? u"WORKBOOK" : u"Book", EncryptStream(stream, encrypt)).Finish().bytes;
@@ -57,27 +58,38 @@ void ExpectOpens(bool isBiff8, const std::string& filePass, const FEncrypt& encr
     for (int i = 0; i < 200; ++i)
         expected += std::to_string(i) + ';';
     expected += isBiff8 ? '\'' + std::string(1500, 'a') + "';" : "";
-    EXPECT_EQ(RowsText(*OpenXlsBytes(bytes, false, "secret")->OpenTable(u"Sheet1$")), expected);
+    EXPECT_EQ(RowsText(*OpenXlsBytes(bytes, false, passWord)->OpenTable(u"Sheet1$")), expected);
     EXPECT_EQ(CauseOf([&] { OpenXlsBytes(bytes, false, "Secret"); }), "book.xls: the password is wrong");
     EXPECT_EQ(CauseOf([&] { OpenXlsBytes(bytes); }), "book.xls: encrypted; it needs a password");
+    // A truncated description.
+    for (std::size_t size = 0; size < filePass.size(); size += 5)
+        EXPECT_NE(CauseOf([&] { OpenXlsBytes(BookOf(isBiff8, filePass.substr(0, size)).Stream(), false, passWord); }),
+                  "nothing raised");
 }
 
 TEST(XlsEncrypted, RecordsAreDecryptedWithTheirPassword) {
-    for (const bool isCryptoApi : {false, true}) {
-        const SRecordEncryption encryption =
-            EncryptRecords(isCryptoApi ? Rc4Cipher("secret", 128) : Rc4Cipher40Bit("secret"), 10000);
-        ExpectOpens(true, encryption.filePass, [&](std::string body, std::size_t position) {
+    for (const SBlockCipher& cipher :
+         {Rc4Cipher40Bit("secret"), Rc4Cipher("secret", 40), Rc4Cipher("secret", 56), Rc4Cipher("secret", 128)}) {
+        const SRecordEncryption encryption = EncryptRecords(cipher, 10000);
+        ExpectOpens("secret", true, encryption.filePass, [&](std::string body, std::size_t position) {
             for (char& byte : body)
                 byte = static_cast<char>(byte ^ encryption.keyStream.at(position++));
             return body;
         });
     }
-    const SObfuscation obfuscation = Obfuscate("secret", 0x014D, 0xDAA7);
-    const auto encrypt = [&](const std::string& body, std::size_t position) {
-        return obfuscation.Apply(body, position + body.size());
-    };
-    ExpectOpens(false, obfuscation.numbers, encrypt);
-    ExpectOpens(true, Int(0) + obfuscation.numbers, encrypt);
+    const std::tuple<std::string, unsigned, unsigned> obfuscated[] = {{"a", 0x9D77, 0xCE88},
+                                                                      {"ab", 0x69F0, 0xCF03},
+                                                                      {"Pass word 1", 0x487F, 0xD78F},
+                                                                      {"fourteen bytes", 0xEDD8, 0xA0D7},
+                                                                      {"fifteen bytes :)", 0xD9B3, 0xF983}};
+    for (const auto& [passWord, key, check] : obfuscated) {
+        const SObfuscation obfuscation = Obfuscate(passWord.substr(0, 15), key, check);
+        const auto encrypt = [&, &scheme = obfuscation](const std::string& body, std::size_t position) {
+            return scheme.Apply(body, position + body.size());
+        };
+        ExpectOpens(passWord, false, obfuscation.numbers, encrypt);
+        ExpectOpens(passWord, true, Int(0) + obfuscation.numbers, encrypt);
+    }
 }
 
 } // namespace

@@ -3,8 +3,7 @@
 
 #include "providers/xls/RecordTypes.h"
 #include "providers/xls/Xls.h"
-#include "support/LittleEndian.h"
-#include "support/MemoryAccess.h"
+#include "support/Bytes.h"
 #include "support/RowsText.h"
 
 #include <bit>

@@ -3,7 +3,6 @@
 
 #include "providers/xlsx/Xlsx.h"
 #include "support/Deflated.h"
-#include "support/MemoryAccess.h"
 #include "support/RowsText.h"
 
 namespace NSTQ::Tests {

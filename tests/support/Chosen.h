@@ -1,11 +1,27 @@
-// The kernels of src/scan in tests.
+// What a test chooses for its time: a kernel of src/scan, an ANSI code page. The one before comes back.
 #pragma once
 
 #include "scan/Kernel.h"
+#include "tqcAccess/CodePage.h"
 
 #include <vector>
 
+// Under the address sanitizer sizes and times say little.
+#if defined(__SANITIZE_ADDRESS__)
+#define TQC_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TQC_TEST_SANITIZED 1
+#endif
+#endif
+
 namespace NSTQ::Tests {
+
+#if defined(TQC_TEST_SANITIZED)
+inline constexpr bool isSanitized = true;
+#else
+inline constexpr bool isSanitized = false;
+#endif
 
 /// While this lives another kernel is in use.
 class CKernel {
@@ -29,5 +45,16 @@ inline std::vector<Scan::EKernel> Kernels() {
             all.push_back(kernel);
     return all;
 }
+
+class CAnsiPage {
+public:
+    explicit CAnsiPage(unsigned page) : m_saved(Platform::GetAnsiCodePage()) { Platform::SetAnsiCodePage(page); }
+    CAnsiPage(const CAnsiPage&) = delete;
+    CAnsiPage& operator=(const CAnsiPage&) = delete;
+    ~CAnsiPage() { Platform::SetAnsiCodePage(m_saved); }
+
+private:
+    unsigned m_saved;
+};
 
 } // namespace NSTQ::Tests

@@ -1,4 +1,4 @@
-// Bytes as file formats have them, for what writes files in tests.
+// Bytes as file formats have them, for what writes files in tests, and texts that repeat.
 #pragma once
 
 #include <cstddef>
@@ -18,6 +18,14 @@ inline std::string LittleEndian(std::uint64_t value, std::size_t width) {
     return bytes;
 }
 
+/// Bytes without a pattern, always the same.
+inline std::string Noise(std::size_t size, std::uint32_t seed = 1) {
+    std::string noise(size, '\0');
+    for (char& byte : noise)
+        byte = static_cast<char>((seed = seed * 1664525 + 1013904223) >> 24);
+    return noise;
+}
+
 /// Encrypts or decrypts.
 inline std::string Rc4(std::string_view key, std::string text) {
     std::string s(256, '\0');
@@ -32,6 +40,26 @@ inline std::string Rc4(std::string_view key, std::string text) {
         c = static_cast<char>(c ^ s[(at(i) + at(j)) & 255]);
     }
     return text;
+}
+
+inline std::string Repeat(std::string_view text, std::size_t count) {
+    std::string repeated;
+    repeated.reserve(text.size() * count);
+    while (count-- > 0)
+        repeated += text;
+    return repeated;
+}
+
+/// What `make` returns for each number from 0.
+template <class TMake>
+std::string Repeat(TMake make, std::size_t count) requires requires {
+    make(count);
+}
+{
+    std::string repeated;
+    for (std::size_t i = 0; i < count; ++i)
+        repeated += make(i);
+    return repeated;
 }
 
 } // namespace NSTQ::Tests
