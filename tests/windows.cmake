@@ -43,7 +43,7 @@ target_link_libraries(system_ado_test PRIVATE system_ado)
 # - PackagePreparationTest.cpp limits open files and plants links;
 # - encryption_test encrypts by libcrypto, which Debian does not have for Windows;
 # - the fuzz targets and the replay of their seeds map memory and stand in for read;
-# - text_utf8_test, and all but random texts of one code page of text_ansi_test, compare the kernels with the plain
+# - all but long random texts of one code page of text_ansi_test and text_utf8_test compare the kernels with the plain
 #   readers for minutes, and nothing in them is of the system;
 # - the tests of installed files and of symbols are about ELF, pkg-config and dlopen.
 include(support.cmake)
@@ -54,12 +54,9 @@ include(access.cmake)
 include(ado.cmake)
 include(automation.cmake)
 include(facade.cmake)
-tqc_add_test(text_test text/TablesTest.cpp)
-target_link_libraries(text_test PRIVATE tqc_port_faults)
-tqc_add_test(text_ansi_test text/DifferentialTest.cpp)
-target_link_libraries(text_ansi_test PRIVATE tqc_port_faults)
-target_compile_definitions(text_ansi_test PRIVATE TQC_TEST_UTF8=0)
-set_tests_properties(text_ansi_test PROPERTIES ENVIRONMENT GTEST_FILTER=Page/CDifferential.Random*/932)
+include(text.cmake)
+set_tests_properties(text_ansi_test text_utf8_test PROPERTIES ENVIRONMENT
+  GTEST_FILTER=Page/CDifferential.RandomLongTexts/932)
 tqc_add_test(codepage_test platform/CodePageTest.cpp)
 tqc_add_test(sourceinfo_test sourceinfo/SourceDataInfoTest.cpp)
 tqc_add_test(framework_test framework/FacadeTest.cpp)
