@@ -36,6 +36,23 @@ tqc_add_test(system_ado_test windows/SystemAdoTest.cpp)
 target_compile_definitions(system_ado_test PRIVATE
   TQC_TEST_DATABASE="${PROJECT_SOURCE_DIR}/examples/data/stock.accdb")
 target_link_libraries(system_ado_test PRIVATE system_ado)
+# tqc with it, where the system lacks what it needs: only the DLL beside the program differs.
+if(TARGET tqc)
+  add_library(tqcAccess_with_system_ado SHARED $<TARGET_OBJECTS:system_ado> $<TARGET_OBJECTS:system_ado_classes>
+    $<FILTER:$<TARGET_OBJECTS:tqcAccess_objects>,EXCLUDE,/AdoClasses>)
+  get_target_property(libraries tqcAccess LINK_LIBRARIES)
+  target_link_libraries(tqcAccess_with_system_ado PRIVATE ${libraries})
+  set(folder ${PROJECT_BINARY_DIR}/bin/system_ado)
+  set_target_properties(tqcAccess_with_system_ado PROPERTIES PREFIX "" OUTPUT_NAME tqcAccess LINKER_LANGUAGE CXX
+    RUNTIME_OUTPUT_DIRECTORY ${folder} ARCHIVE_OUTPUT_DIRECTORY ${folder})
+  add_dependencies(tqcAccess_with_system_ado tqcAccess_objects system_ado system_ado_classes tqc)
+  add_custom_command(TARGET tqcAccess_with_system_ado POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:tqc> ${folder} VERBATIM)
+  add_test(NAME program_with_system_ado
+    COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} ${folder}/tqc.exe ${PROJECT_SOURCE_DIR}/examples/data/prices.xlsx)
+  set_tests_properties(program_with_system_ado PROPERTIES PASS_REGULAR_EXPRESSION
+    "tqc: .*prices.xlsx: the ADO of this system is not installed correctly")
+endif()
 
 # Suites of both systems. What runs on Linux only:
 # - files_test, package_test and source_faults_test put faults in place of its system calls;
