@@ -108,7 +108,7 @@ bool CTextRows::ReadRecord(SRecord& record) {
     while (rows.HasNextLineData()) {
         const char** fields = nullptr;
         const LONGLONG start = m_reader->GetPosition();
-        const bool isRead = rows.GetLineData(fields, record.lengths, record.count);
+        rows.GetLineData(fields, record.lengths, record.count);
         record.fields = fields;
         record.size = m_reader->GetPosition() - start;
         if (const DWORD code = rows.GetErrorCode(); code != 0)
@@ -121,13 +121,11 @@ bool CTextRows::ReadRecord(SRecord& record) {
             throw CFault(TQC_LIMIT, DescribeRow() +
                                         ": more than 65535 bytes, which is the maximum; a closing quote may "
                                         "be missing");
-        // A SUB where a record begins is no row; at the end of the file it only marks that.
+        // A SUB where a record begins is no row; after fields it ends their row.
         const bool isMark = record.size == 1 && m_reader->GetLastByte() == SCDataAccessDefine::SUB_CODE;
-        if (isRead && record.count > 0 && !isMark)
+        if (record.count > 0 && !isMark)
             return true;
         --m_row;
-        if (record.count == 0)
-            return false;
     }
     return false;
 }

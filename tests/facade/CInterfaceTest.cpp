@@ -248,6 +248,12 @@ TEST_F(CInterface, TextsAreReadInTheirEncodingsAsRowsAndAsBatches) {
          {.separator = ';', .size = offsetof(tqc_options, separator)},
          "a;b:."},
         {"options of a later version", "a;b\n", {.separator = ';', .size = 1000}, "a,b:."},
+        {"SUB before a row", "a\n1\n\x1A \n2\n\x1A\n3\n", {}, "a:1;;2;;3;."},
+        {"SUB in a row",
+         "a\n1,\x1A"
+         "2\n3\n",
+         {},
+         "a:1;2;3;."},
         {"TABs by content", "a\tb\n1\t2\n", {}, "a,b:1|2;."},
         {"line end in quotes", "a,b\n\"1\n2\",3\n", {}, "a,b:1\n2|3;."},
         {"quotes end at the line", "a\n\"1\n2\n", {.endsQuotesAtLine = true}, "a:1;2;."},
