@@ -211,7 +211,7 @@ def rows(
     type       "csv", "tsv", "fix", "xls", "xlsx", "mdb", "accdb" or "xtqf"; by default as the file shows
     widths     of the columns of fixed-length text, in bytes
     errors     "strict": bytes that are invalid in the encoding raise InvalidTextError, and the next call goes on with
-               the next row; "replace": they become U+FFFD
+               the next row; "replace": they become U+FFFD in UTF-8, else the default character of the code page
 
     Values of databases and sheets are int, float, Decimal, datetime, bool, str, bytes or None, by the type of the
     column; those of text are str. A row of text with more than 65535 bytes raises LimitError.
