@@ -42,8 +42,7 @@ function(tqc_add_consumer name)
   add_test(NAME consumer_${name}
     COMMAND ${CMAKE_CTEST_COMMAND} --build-and-test ${CMAKE_CURRENT_SOURCE_DIR}/consumers ${consumers}/${name}
       --build-generator ${CMAKE_GENERATOR} --build-options
-        -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER} -DCMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER}
-        ${ARGN})
+        -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER} -DTQC_WITH_CCACHE=${TQC_WITH_CCACHE} ${ARGN})
   set_tests_properties(consumer_${name} PROPERTIES FIXTURES_REQUIRED installed_library TIMEOUT 300
     ENVIRONMENT CMAKE_BUILD_PARALLEL_LEVEL=2)
 endfunction()
