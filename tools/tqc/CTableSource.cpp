@@ -1,32 +1,13 @@
 #include "CTableSource.h"
 
 #include "SCContentProbe.h"
-#include "SCNameMatch.h"
 #include "SCPassWord.h"
+#include "SCTableSelection.h"
 #include "tqcAccess/CodePage.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace NSTQ::Tool {
-namespace {
-
-std::string Join(const std::vector<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? "" : ", ") + name;
-    return list;
-}
-
-/// Counted from 1; none when the text is not the number of any of `count` tables.
-std::optional<std::size_t> ReadNumber(const std::string& text, std::size_t count) {
-    std::size_t number = 0;
-    const char* const end = text.data() + text.size();
-    const bool isNumber = std::from_chars(text.data(), end, number).ptr == end;
-    return isNumber && number > 0 && number <= count ? std::optional(number) : std::nullopt;
-}
-
-} // namespace
 
 CTableSource::CTableSource(const SOptions& options, const CInputFile& input, SCDeclareConstant::ESourceFileType type)
     : CLockableSource(options, input, Platform::CP_UTF8), m_type(type) {
@@ -38,21 +19,53 @@ bool CTableSource::NamesItsColumns() const {
 }
 
 std::unique_ptr<ISourceReader> CTableSource::OpenReader() {
+    PrepareToRead();
+    const std::vector<std::string> names = TableNames();
+    const std::size_t position = SCTableSelection::FindOne(m_options, names, {m_input.Name(), TableKind()});
+    auto reader = MakeReader();
+    if (!TryToOpen(*reader, position, true))
+        throw DescribeUnopened(Look(names[position], *reader),
+                               names.size() > 1 ? "; see the others with: tqc list " + m_input.Name() : "");
+    return reader;
+}
+
+const std::vector<std::string>& CTableSource::SelectTables(std::vector<std::size_t>& selected) {
+    PrepareToRead();
+    m_names = TableNames();
+    selected = SCTableSelection::Find(m_options, m_names, {m_input.Name(), TableKind()});
+    return m_names;
+}
+
+ISourceReader& CTableSource::OpenTable(std::size_t position) {
+    const bool isFirst = !m_reader;
+    if (isFirst)
+        m_reader = MakeReader();
+    if (!TryToOpen(*m_reader, position, isFirst))
+        throw DescribeUnopened(Look(m_names[position], *m_reader), "");
+    return *m_reader;
+}
+
+void CTableSource::PrepareToRead() {
     SCContentProbe::RefuseUtf16(m_input.Name(), m_input.Head().Bytes());
     PrepareTables(true);
-    const std::vector<std::string> names = TableNames();
-    const std::string table = SelectTable(names);
     m_info.SetKeepLineEnds(true);
-    // As many columns as any sheet has; the program cuts them itself and says so.
+}
+
+/// For as many columns as any sheet has; the program cuts them itself and says so.
+std::unique_ptr<CTableReader> CTableSource::MakeReader() const {
     constexpr DWORD columnsMax = 16384;
-    auto reader = std::make_unique<CTableReader>(std::max(columnsMax, m_options.maxFields) + 1, maxLength, maxLength);
-    if (!reader->FileOpen(&m_info))
-        throw DescribeUnopened(Look(table, *reader),
-                               names.size() > 1 ? "; see the others with: tqc list " + m_input.Name() : "");
+    return std::make_unique<CTableReader>(std::max(columnsMax, m_options.maxFields) + 1, maxLength, maxLength);
+}
+
+/// Only the first one opens the source.
+bool CTableSource::TryToOpen(CTableReader& reader, std::size_t position, bool isFirst) {
+    m_info.SetSelectSchemaIndx(static_cast<DWORD>(position));
+    if (!(isFirst ? reader.FileOpen(&m_info) : reader.OpenTable(&m_info)))
+        return false;
     // Those of a wide sheet, which nobody asks for, need not fit a row.
     if (m_options.header && NamesItsColumns())
-        TakeColumnNames(*reader);
-    return reader;
+        TakeColumnNames(reader);
+    return true;
 }
 
 void CTableSource::PrepareTables(bool mayAsk) {
@@ -92,47 +105,12 @@ std::vector<std::string> CTableSource::TableNames() const {
     return names;
 }
 
-/// The place of the sheet or table that the options name, by its name or else by its number; none when there is no
-/// such one. Throws CFailure when several could be meant.
-std::optional<std::size_t> CTableSource::FindTable(const std::vector<std::string>& names) const {
-    const std::string& wanted = m_options.sheet;
-    if (wanted.empty())
-        return names.empty() ? std::nullopt : std::optional<std::size_t>(0);
-    const std::vector<std::size_t> found = SCNameMatch::Find(names, wanted);
-    if (found.size() > 1) {
-        std::vector<std::string> meant;
-        meant.reserve(found.size());
-        for (const std::size_t at : found)
-            meant.push_back(names[at]);
-        throw CFailure(EExitStatus::NotFound, m_input.Name(),
-                       "several " + TableKind() + "s match \"" + wanted + "\" if case is ignored: " + Join(meant) +
-                           "; give the exact name");
-    }
-    if (!found.empty())
-        return found[0];
-    const auto number = ReadNumber(wanted, names.size());
-    return number ? std::optional(*number - 1) : std::nullopt;
-}
-
-/// Chooses the sheet or table that the options name, and tells its name.
-std::string CTableSource::SelectTable(const std::vector<std::string>& names) {
-    const auto found = FindTable(names);
-    if (found && m_info.SetSelectSchemaIndx(static_cast<DWORD>(*found)))
-        return names[*found];
-    const std::string kind = TableKind();
-    if (names.empty())
-        throw CFailure(EExitStatus::NotFound, m_input.Name(),
-                       NamesItsColumns() ? "no table in it" : "no worksheet in it");
-    throw CFailure(EExitStatus::NotFound, m_input.Name(),
-                   "no " + kind + " \"" + m_options.sheet + "\"; " + kind + "s: " + Join(names) + " (see: tqc list " +
-                       m_input.Name() + ")");
-}
-
 void CTableSource::TakeColumnNames(CTableReader& reader) {
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
     reader.GetFieldsName(fields, lengths, count);
+    m_columnNames.clear();
     // The lengths of names count the NUL.
     for (DWORD i = 0; i < count; ++i)
         m_columnNames.emplace_back(fields[i], lengths[i] - 1U);

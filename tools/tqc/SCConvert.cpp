@@ -1,22 +1,16 @@
 #include "SCConvert.h"
 
-#include "CColumns.h"
-#include "CInputFile.h"
-#include "COutputFile.h"
+#include "COneOutput.h"
+#include "COutputTarget.h"
 #include "CProgressBar.h"
 #include "CRejectFile.h"
 #include "CReporter.h"
-#include "CRowPump.h"
-#include "CTextFile.h"
-#include "SCSources.h"
 #include "SCTargets.h"
 #include "SCTerminal.h"
-#include "tqcAccess/ComError.h"
 #include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 
 namespace NSTQ::Tool {
 namespace {
@@ -29,79 +23,6 @@ bool IsProgressWanted(const SOptions& options) {
                          status.kind != Port::EKind::Regular;
     return SCTerminal::IsLively(Port::EStream::Error) && !options.quiet && !isShown;
 }
-
-/// The objects that the outputs share.
-struct SShared {
-    CRejectFile* rejects; ///< may be null
-    CProgressBar& bar;
-};
-
-/// One output and the inputs that go into it.
-class COneOutput {
-public:
-    COneOutput(const SOptions& options, std::string name, const SShared& shared)
-        : m_options(options), m_name(std::move(name)), m_rejects(shared.rejects), m_bar(shared.bar) {}
-
-    /// False when the reader has closed the output pipe.
-    bool Append(const std::string& file) {
-        m_bar.Begin(file);
-        const CInputFile input(m_options, file);
-        try {
-            return AppendInput(input);
-        } catch (const Platform::_com_error& error) {
-            throw input.Explain(error);
-        }
-    }
-
-    /// Replaces the file of rejected rows first: an output without it would look complete.
-    void Finish() {
-        if (!m_output)
-            return;
-        m_output->Close();
-        if (m_rejects != nullptr)
-            m_rejects->Place();
-        m_output->Replace();
-    }
-
-    bool HasLostRows() const { return m_hasLostRows; }
-
-private:
-    bool AppendInput(const CInputFile& input) {
-        const auto source = SCSources::Open(m_options, input);
-        const auto reader = source->OpenReader();
-        // Only now, so that nothing is written to a device or pipe if the file cannot be read.
-        if (!m_output)
-            m_output.emplace(m_options, m_name);
-        if (m_output->IsStandardOutput() && input.Head().IsFileOf(Port::GetStandardStream(Port::EStream::Output)))
-            throw CFailure(EExitStatus::Usage, input.Name(), "standard output is the input file; use -o");
-        if (m_rejects != nullptr)
-            m_rejects->SetSource(input.Name(), source->Text());
-        CReporter reporter(input.Name(), m_options.quiet, m_bar);
-        if (source->Text() != nullptr)
-            reporter.Note(source->Text()->DescribeInvalidText());
-        CRowPump pump(m_options, *reader, {*m_output, m_rejects, m_columns}, reporter);
-        const bool goOn = WriteNames(*source, pump) && pump.Run();
-        reporter.Finish();
-        m_hasLostRows = m_hasLostRows || reporter.HasLostRows();
-        return goOn;
-    }
-
-    /// False when the reader has closed the output pipe.
-    bool WriteNames(const ISource& source, CRowPump& pump) const {
-        if (!m_options.header)
-            return true;
-        const auto* const names = source.ColumnNames();
-        return names != nullptr ? pump.WriteNames(*names) : pump.WriteFirstRowAsNames();
-    }
-
-    const SOptions& m_options;
-    std::string m_name;
-    CRejectFile* m_rejects;
-    CProgressBar& m_bar;
-    CColumns m_columns;
-    std::optional<COutputFile> m_output;
-    bool m_hasLostRows = false;
-};
 
 EExitStatus IntoOne(const SOptions& options, const SShared& shared) {
     if (options.files.size() > 1)

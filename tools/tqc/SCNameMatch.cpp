@@ -31,7 +31,7 @@ constexpr SFolding foldings[] = {
     {0x04C1, 0x04CD, 2, 1},    {0x04D0, 0x052E, 2, 1},     {0x0531, 0x0556, 1, 48},   {0x1E00, 0x1E94, 2, 1},
     {0x1E9B, 0x1E9B, 1, -58},  {0x1E9E, 0x1E9E, 1, -7615}, {0x1EA0, 0x1EFE, 2, 1},    {0xFF21, 0xFF3A, 1, 32}};
 
-char16_t Fold(char16_t unit) {
+char16_t FoldUnit(char16_t unit) {
     const auto* const found =
         std::lower_bound(std::begin(foldings), std::end(foldings), unit,
                          [](const SFolding& entry, char16_t value) { return entry.last < value; });
@@ -40,27 +40,59 @@ char16_t Fold(char16_t unit) {
     return isFolded ? static_cast<char16_t>(unit + found->distance) : unit;
 }
 
-std::u16string FoldName(std::string_view name) {
+bool IsLowSurrogate(std::u16string_view text, std::size_t at) {
+    return at < text.size() && (text[at] & 0xFC00) == 0xDC00;
+}
+
+/// Takes at most the product of both lengths: only the last '*' before a difference is tried again.
+bool Matches(std::u16string_view name, std::u16string_view pattern) {
+    constexpr std::size_t none = std::u16string_view::npos;
+    std::size_t at = 0;
+    std::size_t atStar = 0; ///< in the name: the end of what the last '*' stands for
+    std::size_t star = none;
+    for (std::size_t i = 0; at < name.size() || i < pattern.size();) {
+        if (i < pattern.size() && pattern[i] == u'*') {
+            star = i++;
+            atStar = at;
+        } else if (i < pattern.size() && at < name.size() && (pattern[i] == u'?' || pattern[i] == name[at])) {
+            at += pattern[i] == u'?' && IsLowSurrogate(name, at + 1) ? 2 : 1;
+            ++i;
+        } else if (star != none && atStar < name.size()) {
+            at = ++atStar;
+            i = star + 1;
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+std::u16string SCNameMatch::Fold(std::string_view name) {
     const int length = static_cast<int>(name.size());
     std::u16string folded(name.size(), u'\0');
     const int units = Platform::MultiByteToWideChar(Platform::CP_UTF8, 0, name.data(), length, folded.data(), length);
     folded.resize(static_cast<std::size_t>(units));
-    std::ranges::transform(folded, folded.begin(), Fold);
+    std::ranges::transform(folded, folded.begin(), FoldUnit);
     return folded;
 }
-
-} // namespace
 
 std::vector<std::size_t> SCNameMatch::Find(const std::vector<std::string>& names, std::string_view wanted) {
     const auto exact = std::ranges::find(names, wanted);
     if (exact != names.end())
         return {static_cast<std::size_t>(exact - names.begin())};
-    const std::u16string folded = FoldName(wanted);
+    const std::u16string folded = Fold(wanted);
     std::vector<std::size_t> found;
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (FoldName(names[i]) == folded)
+    std::vector<std::size_t> matching;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::u16string name = Fold(names[i]);
+        if (name == folded)
             found.push_back(i);
-    return found;
+        if (IsPattern(wanted) && Matches(name, folded))
+            matching.push_back(i);
+    }
+    return found.empty() ? matching : found;
 }
 
 } // namespace NSTQ::Tool

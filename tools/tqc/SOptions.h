@@ -43,7 +43,8 @@ struct SOptions {
     unsigned codePage = 0;        ///< of the source, unless that is UTF-8
     bool isEncodingGiven = false; ///< the options give the encoding or the code page
     std::vector<WORD> widths;     ///< of the columns of fixed-length text
-    std::string sheet;            ///< its name or, counted from 1, its number; the first when empty
+    std::string sheet;            ///< its name, a pattern or, counted from 1, its number; the first when empty
+    bool allTables = false;       ///< all sheets or tables
     bool header = false;
     std::string passwordFile;
     int passwordDescriptor = -1;

@@ -1,0 +1,53 @@
+// One output and the inputs, or the one sheet or table, that go into it.
+#pragma once
+
+#include "CColumns.h"
+#include "CInputFile.h"
+#include "COutputFile.h"
+#include "CProgressBar.h"
+#include "CRejectFile.h"
+#include "CRowPump.h"
+#include "ISource.h"
+#include "SOptions.h"
+
+#include <optional>
+#include <string>
+
+namespace NSTQ::Tool {
+
+/// The objects that the outputs share.
+struct SShared {
+    CRejectFile* rejects; ///< may be null
+    CProgressBar& bar;
+};
+
+class COneOutput {
+public:
+    /// `name` is the target; it is opened when the first rows can be read. All must outlive the output.
+    COneOutput(const SOptions& options, std::string name, const SShared& shared)
+        : m_options(options), m_name(std::move(name)), m_rejects(shared.rejects), m_bar(shared.bar) {}
+
+    /// Appends the rows of an input. False when the reader has closed the output pipe. Throws CFailure.
+    bool Append(const std::string& file);
+    /// The same with those of a reader of its source, which is `subject` in messages.
+    bool AppendRows(const CInputFile& input, const std::string& subject, const ISource& source,
+                    ISourceReader& reader);
+
+    /// Replaces the file of rejected rows first: an output without it would look complete.
+    void Finish();
+
+    bool HasLostRows() const { return m_hasLostRows; }
+
+private:
+    bool WriteNames(const ISource& source, CRowPump& pump) const;
+
+    const SOptions& m_options;
+    std::string m_name;
+    CRejectFile* m_rejects;
+    CProgressBar& m_bar;
+    CColumns m_columns;
+    std::optional<COutputFile> m_output;
+    bool m_hasLostRows = false;
+};
+
+} // namespace NSTQ::Tool
