@@ -1,4 +1,5 @@
-// A file through the interface in C. Its rows as texts and its batches agree in number, and for text in their values.
+// A file through the interface in C. Its rows as texts, its rows as values and its batches agree in number, and for
+// text in their values.
 #include "FuzzSupport.h"
 #include "tqcAccess.h"
 
@@ -55,6 +56,23 @@ SOutcome ReadRows(tqc_rows* rows) {
     return outcome;
 }
 
+SOutcome ReadValues(tqc_rows* rows) {
+    SOutcome outcome;
+    tqc_error* error = nullptr;
+    const tqc_value* values = nullptr;
+    std::size_t count = 0;
+    while (outcome.rows < rowsRead && Check(outcome.status = tqc_next_values(rows, &values, &count, &error), error)) {
+        ++outcome.rows;
+        for (std::size_t i = 0; i < count; ++i) {
+            Require((values[i].text != nullptr) == (values[i].type >= TQC_VALUE_DECIMAL), "what the type names");
+            Require(values[i].text == nullptr || values[i].text[values[i].length] == '\0', "a NUL after each text");
+            if (values[i].type == TQC_VALUE_TEXT)
+                outcome.Add({values[i].text, values[i].length});
+        }
+    }
+    return outcome;
+}
+
 void AddBatch(const ArrowArray& batch, SOutcome& outcome) {
     for (std::int64_t row = 0; row < batch.length; ++row)
         for (std::int64_t i = 0; i < batch.n_children; ++i) {
@@ -83,18 +101,23 @@ SOutcome ReadBatches(tqc_rows* rows, std::size_t size) {
 }
 
 void ReadTable(tqc_source* source, std::size_t table, std::size_t batchSize) {
-    tqc_rows* const rows = Open(source, table);
-    tqc_rows* const others = rows == nullptr ? nullptr : Open(source, table);
-    if (others != nullptr) {
-        const SOutcome texts = ReadRows(rows);
-        const SOutcome batches = ReadBatches(others, batchSize);
+    std::array<tqc_rows*, 3> rows{};
+    for (tqc_rows*& opened : rows)
+        opened = Open(source, table);
+    if (rows.back() != nullptr) {
+        const SOutcome texts = ReadRows(rows[0]);
+        const SOutcome values = ReadValues(rows[1]);
+        const SOutcome batches = ReadBatches(rows[2], batchSize);
+        const bool isText = *tqc_source_encoding(source) != '\0';
+        Require(texts.status != TQC_END || values.status != TQC_END || texts.rows == values.rows, "as many rows");
+        Require(!isText || (texts.status == values.status && texts.fields == values.fields), "the same texts");
         if (texts.status == TQC_END && batches.status == TQC_END) {
             Require(texts.rows == batches.rows, "as many rows");
-            Require(*tqc_source_encoding(source) == '\0' || texts.fields == batches.fields, "the same texts");
+            Require(!isText || texts.fields == batches.fields, "the same texts");
         }
     }
-    tqc_close_rows(rows);
-    tqc_close_rows(others);
+    for (tqc_rows* const opened : rows)
+        tqc_close_rows(opened);
 }
 
 } // namespace

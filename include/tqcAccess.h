@@ -3,7 +3,8 @@
  * tqcAccess.h: the library for programs in C and in every language that can call C.
  *
  * A program opens a source (text, workbook, database or package), looks at its tables, and reads the rows of one: row
- * by row as texts, or in batches of typed columns. A source of text and a package have one table. A writer makes CSV.
+ * by row as texts or values, or in batches of typed columns. A source of text and a package have one table. A writer
+ * makes CSV.
  *
  *     tqc_error* error = NULL;
  *     tqc_source* source;
@@ -167,6 +168,36 @@ TQCACCESS_API int tqc_progress(const tqc_rows* rows);
 
    TQC_LIMIT: a row of text with more than 65535 bytes. */
 TQCACCESS_API tqc_status tqc_next_row(tqc_rows* rows, const tqc_field** fields, size_t* count, tqc_error** error);
+
+/** What a value is. */
+typedef enum tqc_value_type {
+    TQC_VALUE_NULL = 0,    /**< missing */
+    TQC_VALUE_BOOL = 1,    /**< `integer` is 0 or 1 */
+    TQC_VALUE_INTEGER = 2, /**< `integer` */
+    TQC_VALUE_FLOAT = 3,   /**< `number`, which has the precision of a float: 9 digits tell it */
+    TQC_VALUE_DOUBLE = 4,  /**< `number`: 17 digits tell it; it may be infinite or a NaN if the source has such ones */
+    TQC_VALUE_DECIMAL = 5, /**< `text`: all digits of a decimal number or of currency, such as -12.5, without an exponent
+                              and without zeros at the end of the fraction */
+    TQC_VALUE_DATE = 6,    /**< `text`: the date as ISO 8601 writes it, rounded to the millisecond: 2024-05-06,
+                              2024-05-06T07:08:09 or 2024-05-06T07:08:09.120; the time alone when the day is 1899-12-30.
+                              `number`: days since 1899-12-30, where the absolute value of the fraction is the time */
+    TQC_VALUE_TEXT = 7,    /**< `text`, UTF-8 */
+    TQC_VALUE_BINARY = 8   /**< `text` is the bytes */
+} tqc_value_type;
+
+/** A value with the type that it has itself, whatever the type of its column. What its type does not name is zero. */
+typedef struct tqc_value {
+    tqc_value_type type;
+    int64_t integer;
+    double number;
+    const char* text; /**< with a NUL at the end, which is not counted */
+    size_t length;    /**< of the text, in bytes */
+} tqc_value;
+
+/** Reads the next row as values, which are valid until the next call with these rows. Everything else is as with
+   tqc_next_row, and calls of both may follow each other: all values are complete, those of text sources are texts, and
+   a row of delimited text has as many as it has in the file. The user locale does not matter. */
+TQCACCESS_API tqc_status tqc_next_values(tqc_rows* rows, const tqc_value** values, size_t* count, tqc_error** error);
 
 /* ----------------------------------------------------------------------------------------------- batches */
 

@@ -38,6 +38,7 @@ public:
             Grow(m_size + count);
         return m_values.get() + m_size;
     }
+    void Clear() { m_size = 0; }
     void Advance(std::size_t count) { m_size += count; }
     void Append(TValue value) {
         *Reserve(1) = value;

@@ -436,6 +436,18 @@ tqc_status tqc_next_row(tqc_rows* rows, const tqc_field** fields, std::size_t* c
     });
 }
 
+tqc_status tqc_next_values(tqc_rows* rows, const tqc_value** values, std::size_t* count, tqc_error** error) {
+    return Read(rows, error, [&] {
+        Require(values != nullptr && count != nullptr, "no place for the values");
+        if (!rows->rows->MoveNext())
+            return TQC_END;
+        const auto row = rows->rows->GetValues();
+        *values = row.data();
+        *count = row.size();
+        return TQC_OK;
+    });
+}
+
 tqc_status tqc_get_schema(tqc_rows* rows, ArrowSchema* schema, tqc_error** error) {
     return Read(rows, error, [&] {
         Require(schema != nullptr, "no place for the schema");

@@ -144,24 +144,38 @@ void CTabularRows::AppendValue(std::size_t column, CColumnBuilder& builder) {
         builder.AppendValue(value.value);
 }
 
+/// Calls `action` for a column, and says where it failed.
+template <class TAction>
+void CTabularRows::At(std::size_t column, TAction action) const {
+    try {
+        action();
+    } catch (const CFault& fault) {
+        throw CFault(fault.GetStatus(),
+                     "row " + std::to_string(m_read) + ": column " + std::to_string(column + 1) + ": " + fault.what(),
+                     fault.GetCode());
+    }
+}
+
+std::span<const tqc_value> CTabularRows::GetValues() {
+    const bool isNullRow = m_rows->IsNullRow();
+    m_values.Clear();
+    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+        if (isNullRow)
+            m_values.AppendNull();
+        else
+            At(column, [&] { m_values.Append(m_rows->GetExactValue(column)); });
+    }
+    return m_values.Finish();
+}
+
 std::size_t CTabularRows::AppendTo(std::span<CColumnBuilder> builders) {
     const bool isNullRow = m_rows->IsNullRow();
     std::size_t size = 0;
     for (std::size_t column = 0; column < builders.size(); ++column) {
         CColumnBuilder& builder = builders[column];
         const std::size_t before = builder.GetSize();
-        try {
-            if (isNullRow)
-                builder.AppendNull();
-            else
-                AppendValue(column, builder);
-            size += builder.GetSize() - before;
-        } catch (const CFault& fault) {
-            throw CFault(fault.GetStatus(),
-                         "row " + std::to_string(m_read) + ": column " + std::to_string(column + 1) + ": " +
-                             fault.what(),
-                         fault.GetCode());
-        }
+        At(column, [&] { isNullRow ? builder.AppendNull() : AppendValue(column, builder); });
+        size += builder.GetSize() - before;
     }
     return size;
 }

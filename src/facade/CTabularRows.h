@@ -1,6 +1,7 @@
 // The rows of a sheet or table behind the C interface, with complete values.
 #pragma once
 
+#include "CValueRow.h"
 #include "IRows.h"
 #include "platform/ado/Provider.h"
 
@@ -18,6 +19,7 @@ public:
     int GetProgress() const override;
     bool MoveNext() override;
     std::span<const tqc_field> GetTexts() override;
+    std::span<const tqc_value> GetValues() override;
     std::size_t AppendTo(std::span<CColumnBuilder> builders) override;
 
 private:
@@ -25,6 +27,8 @@ private:
     tqc_field MakeText(std::size_t column);
     void AppendValue(std::size_t column, CColumnBuilder& builder);
     void AppendUtf8(std::u16string_view text);
+    template <class TAction>
+    void At(std::size_t column, TAction action) const;
 
     std::shared_ptr<Platform::IDataSource> m_source;
     std::unique_ptr<Platform::IRowSource> m_rows;
@@ -33,6 +37,7 @@ private:
     std::vector<char> m_text; ///< the texts of the row, each with a NUL
     std::vector<tqc_field> m_fields;
     Platform::CVariant m_converted;
+    CValueRow m_values;
 };
 
 } // namespace NSTQ::NSTQCore

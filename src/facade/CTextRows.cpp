@@ -203,6 +203,14 @@ void CTextRows::ConvertFields() {
     }
 }
 
+std::span<const tqc_value> CTextRows::GetValues() {
+    const auto fields = GetTexts();
+    m_values.resize(fields.size());
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        m_values[i] = {TQC_VALUE_TEXT, 0, 0, fields[i].text, fields[i].length};
+    return m_values;
+}
+
 std::size_t CTextRows::AppendTo(std::span<CColumnBuilder> builders) {
     const auto fields = GetTexts();
     if (fields.size() > builders.size())

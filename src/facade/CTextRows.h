@@ -20,6 +20,7 @@ public:
     int GetProgress() const override;
     bool MoveNext() override;
     std::span<const tqc_field> GetTexts() override;
+    std::span<const tqc_value> GetValues() override;
     std::size_t AppendTo(std::span<CColumnBuilder> builders) override;
 
 private:
@@ -51,6 +52,7 @@ private:
     SRecord m_record; ///< the current row
     std::vector<SColumn> m_columns;
     std::vector<tqc_field> m_fields;
+    std::vector<tqc_value> m_values;
     std::vector<char> m_text;        ///< the fields in UTF-8 when they cannot stay in the reader's buffer
     const char* m_textEnd = nullptr; ///< of the memory that has the fields, all of which can be read
     std::int64_t m_row = 0;          ///< in the file, from 1

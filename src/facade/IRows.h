@@ -31,6 +31,8 @@ public:
     virtual bool MoveNext() = 0;
     /// The current row as UTF-8 texts, valid until the next call.
     virtual std::span<const tqc_field> GetTexts() = 0;
+    /// The current row as values, valid until the next call.
+    virtual std::span<const tqc_value> GetValues() = 0;
     /// Appends the values of the current row to the builders of the columns. Returns how many bytes they have.
     virtual std::size_t AppendTo(std::span<CColumnBuilder> builders) = 0;
 };

@@ -76,28 +76,29 @@ public:
 
     /// "name,name:" and each row as "field|field;" ('-' for null), then "." at the end, or the failure.
     std::string Rows() {
-        if (m_rows == nullptr)
-            return m_failure;
-        std::string text;
-        for (std::size_t i = 0; i < tqc_column_count(m_rows); ++i)
-            text += (i > 0 ? "," : "") + std::string(tqc_column_name(m_rows, i));
-        text += ':';
-        const tqc_field* fields = nullptr;
-        std::size_t count = 0;
-        for (;; text += ';') {
+        return Read([this](std::string& text) {
+            const tqc_field* fields = nullptr;
+            std::size_t count = 0;
             const tqc_status status = tqc_next_row(m_rows, &fields, &count, &m_error);
-            if (status == TQC_END)
-                return text + '.';
-            if (status != TQC_OK)
-                text += Failure(status, m_error, m_path);
-            if (status != TQC_OK && status != TQC_INVALID_TEXT)
-                return text;
             for (std::size_t i = 0; status == TQC_OK && i < count; ++i) {
                 EXPECT_TRUE(fields[i].text == nullptr || fields[i].text[fields[i].length] == '\0');
                 text += (i > 0 ? "|" : "") +
                         (fields[i].text == nullptr ? "-" : std::string(fields[i].text, fields[i].length));
             }
-        }
+            return status;
+        });
+    }
+
+    /// The same with values: those that are no texts begin with the number of their type.
+    std::string Values() {
+        return Read([this](std::string& text) {
+            const tqc_value* values = nullptr;
+            std::size_t count = 0;
+            const tqc_status status = tqc_next_values(m_rows, &values, &count, &m_error);
+            for (std::size_t i = 0; status == TQC_OK && i < count; ++i)
+                text += (i > 0 ? "|" : "") + Value(values[i]);
+            return status;
+        });
     }
 
     /// The same from batches of at most `size` rows, with the formats of the columns behind their names.
@@ -127,6 +128,47 @@ public:
     tqc_rows* Release() { return std::exchange(m_rows, nullptr); }
 
 private:
+    /// `read` appends a row.
+    template <class TRead>
+    std::string Read(TRead read) {
+        if (m_rows == nullptr)
+            return m_failure;
+        std::string text;
+        for (std::size_t i = 0; i < tqc_column_count(m_rows); ++i)
+            text += (i > 0 ? "," : "") + std::string(tqc_column_name(m_rows, i));
+        text += ':';
+        for (;; text += ';') {
+            const tqc_status status = read(text);
+            if (status == TQC_END)
+                return text + '.';
+            if (status != TQC_OK)
+                text += Failure(status, m_error, m_path);
+            if (status != TQC_OK && status != TQC_INVALID_TEXT)
+                return text;
+        }
+    }
+
+    static std::string Value(const tqc_value& value) {
+        const std::string type = std::to_string(value.type) + ':';
+        char number[40];
+        std::snprintf(number, sizeof number, "%.17g", value.number);
+        EXPECT_TRUE(value.text == nullptr || value.text[value.length] == '\0');
+        switch (value.type) {
+        case TQC_VALUE_NULL:
+            return "-";
+        case TQC_VALUE_BOOL:
+        case TQC_VALUE_INTEGER:
+            return type + std::to_string(value.integer);
+        case TQC_VALUE_FLOAT:
+        case TQC_VALUE_DOUBLE:
+            return type + number;
+        case TQC_VALUE_DATE:
+            return type + number + '=' + value.text;
+        default:
+            return (value.type == TQC_VALUE_TEXT ? "" : type) + std::string(value.text, value.length);
+        }
+    }
+
     /// The children are moved out of the batch, which is released before they are read.
     static std::string TakeBatch(ArrowArray& batch, const std::vector<std::string>& formats, std::size_t size) {
         EXPECT_TRUE(batch.length > 0 && (size == 0 || batch.length <= static_cast<std::int64_t>(size)));
@@ -266,6 +308,7 @@ TEST_F(CInterface, TextsAreReadInTheirEncodingsAsRowsAndAsBatches) {
         // The file's name needs another code page than its content.
         const std::string path = m_folder.WriteFile(c.content == package ? "é東京.xtqf" : "é東京.txt", c.content);
         EXPECT_EQ(COpened(path, c.setting).Rows(), c.rows);
+        EXPECT_EQ(COpened(path, c.setting).Values(), c.rows);
         std::string expected = c.rows.substr(0, c.rows.find(':'));
         for (std::size_t at = 0; (at = expected.find(',', at)) != std::string::npos; at += 3)
             expected.insert(at, " u");
@@ -287,6 +330,9 @@ TEST_F(CInterface, WorkbooksGiveTypedColumnsAndMixedOnesAsText) {
     const std::string path = m_folder.WriteFile("商品.xlsx", parts.File());
     EXPECT_EQ(COpened(path, {}, "sheet1").Rows(),
               "n,b,d,m:0.1|-1|1900/01/01|1.5;-|-|-|0;-1E+300|0|2023/03/15 12:00:00|東京;.");
+    EXPECT_EQ(COpened(path, {}, "sheet1").Values(),
+              "n,b,d,m:4:0.10000000000000001|1:1|6:2=1900-01-01|4:1.5;-|-|-|1:0;"
+              "4:-1.0000000000000001e+300|1:0|6:45000.5=2023-03-15T12:00:00|東京;.");
     ExpectBatches(path, {},
                   "n g,b b,d tsu:,m u:0.1|true|-2208988800000000|1.5;-|-|-|0;"
                   "-1e+300|false|1678881600000000|東京;.");
@@ -342,19 +388,38 @@ TEST_F(CInterface, DatabasesGiveEveryTypeWholeAndNullsAtEveryPositionOfTheirBits
     EXPECT_EQ(texts.substr(texts.find(':') + 1, first.size()), first);
     EXPECT_NE(texts.find('|' + text + '|'), std::string::npos);
     EXPECT_NE(texts.find("|0x00FF8000FF80"), std::string::npos);
+    const std::string values = COpened(path, {}, "価格").Values();
+    const std::string typed = "1:0|-|-|-|-|-|-|-|-|-|-|-|-|-|-;1:1|2:255|2:-32768|2:1|5:-0.0001|3:0.5|"
+                              "4:1.0000000000000001e+300|6:-1.25=1899-12-29T06:00:00|8:" +
+                              guid + "|é|8:" + guid + '|' + guidText + '|' + guidText +
+                              "|5:-123456789012345678901234.56|2:-9223372036854775808;1:0|";
+    EXPECT_EQ(values.substr(values.find(':') + 1, typed.size()), typed);
+    EXPECT_NE(values.find("|6:0=00:00:00|"), std::string::npos);
+    EXPECT_NE(values.find("|6:-657434.75=0100-01-01T18:00:00|"), std::string::npos);
+    EXPECT_NE(values.find("|8:" + bytes + '|'), std::string::npos);
+    EXPECT_NE(values.find('|' + text + '|'), std::string::npos);
 }
 
 TEST_F(CInterface, AValueThatItsColumnCannotHaveEndsTheBatches) {
-    const std::pair<SAccessColumn, std::pair<AccessValue, const char*>> cases[] = {
-        {{"n", EAccess::Numeric, 2}, {std::string(27, '9'), "a decimal number has more digits than its column"}},
-        {{"d", EAccess::Date}, {4e6, "a date is out of range"}},
+    const struct {
+        SAccessColumn column;
+        AccessValue value;
+        std::string failure;
+        std::string values;
+    } cases[] = {
+        {{"n", EAccess::Numeric, 2},
+         std::string(27, '9'),
+         "a decimal number has more digits than its column",
+         "n:-;5:" + std::string(25, '9') + ".99;."},
+        {{"d", EAccess::Date}, 4e6, "a date is out of range", "d:-;4:4000000;."},
     };
-    for (const auto& [column, outcome] : cases) {
+    for (const auto& c : cases) {
         CAccessWriter writer(EJet::Jet4);
-        writer.AddTable("T", {column}).Add({AccessValue()}).Add({outcome.first});
+        writer.AddTable("T", {c.column}).Add({AccessValue()}).Add({c.value});
         const std::string path = m_folder.WriteFile("a.mdb", writer.Finish().Bytes());
         const std::string batches = COpened(path).Batches(0);
-        EXPECT_TRUE(batches.ends_with("table \"T\": row 2: column 1: "s + outcome.second)) << batches;
+        EXPECT_TRUE(batches.ends_with("table \"T\": row 2: column 1: " + c.failure)) << batches;
+        EXPECT_EQ(COpened(path).Values(), c.values);
     }
 }
 
@@ -545,9 +610,9 @@ TEST_F(CInterface, MissingArgumentsAndPositionsAreRefused) {
          {tqc_open(nullptr, nullptr, &source, &error), tqc_open("", nullptr, &source, &error),
           tqc_open(path.c_str(), nullptr, nullptr, &error), tqc_open_rows(source, 0, nullptr, &error),
           tqc_find_table(source, nullptr, &count, &error), tqc_find_table(source, "", nullptr, &error),
-          tqc_next_row(rows, nullptr, &count, &error), tqc_next_batch(rows, 0, nullptr, &error),
-          tqc_get_schema(rows, nullptr, &error), tqc_export_stream(rows, 0, nullptr, &error),
-          tqc_open_writer(nullptr, nullptr, nullptr, &error)})
+          tqc_next_row(rows, nullptr, &count, &error), tqc_next_values(rows, nullptr, &count, &error),
+          tqc_next_batch(rows, 0, nullptr, &error), tqc_get_schema(rows, nullptr, &error),
+          tqc_export_stream(rows, 0, nullptr, &error), tqc_open_writer(nullptr, nullptr, nullptr, &error)})
         EXPECT_TRUE(status == TQC_INVALID_ARGUMENT && tqc_error_status(error) == TQC_INVALID_ARGUMENT);
     EXPECT_EQ(tqc_open_rows(source, 1, &rows, &error), TQC_NOT_FOUND);
     EXPECT_TRUE(tqc_table_name(source, 1) == nullptr && tqc_column_name(rows, 1) == nullptr);
