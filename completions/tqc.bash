@@ -4,7 +4,8 @@
 _tqc_takes_value() {
     case $1 in
     -o | --output | --out-dir | --type | --separator | --eol | --encoding | --code-page | --widths | --sheet) ;;
-    --password-file | --password-fd | --max-fields | --max-line-size | --max-field-size | --skip | --limit) ;;
+    --password-file | --password-fd | --max-fields | --max-line-size | --max-field-size | --skip | --skip-rows) ;;
+    --limit | --columns | --exclude) ;;
     --output-separator | --output-eol | --output-encoding | --numbers | --on-error | --rejects) ;;
     *) return 1 ;;
     esac
@@ -67,8 +68,8 @@ _tqc() {
     local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local pages='shift_jis cp1252 gbk cp949 big5 utf-8'
     local options='--help --version --type --separator --eol --encoding --code-page --widths --sheet --header
-        --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --limit
-        --output --out-dir --output-separator --output-eol --output-encoding --add-bom --formula-guard --numbers --quiet
+        --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --skip-rows
+        --limit --columns --exclude --output --out-dir --output-separator --output-eol --output-encoding --add-bom --formula-guard --numbers --quiet
         --on-error --rejects --strict --replace'
     COMPREPLY=()
     # "--option=value" comes as three words.

@@ -173,9 +173,11 @@ TEST_F(Convert, WorkbooksAreListedAndConverted) {
         {"a.xlsx --sheet Ab", "", "", "several sheets match \"Ab\" if case is ignored: ab, aB", 3},
         {"a.xlsx --sheet \"\"", "", "", "a name, or a number from 1", 2},
         {"a.xlsx --sheet 3 --skip 1", "", "0.3,\r\n"},
-        {"a.xlsx --skip 1 --numbers full", "", "0.30000000000000004,\r\n"},
+        {"a.xlsx --skip 1 --header --numbers full", "", "0.30000000000000004,\r\n"},
 #if defined(TQC_WITH_ACCESS)
-        {TQC_SAMPLES "/stock.accdb --header --sheet PLACES --skip 1", "", "Place,Locked\r\nB-02,-1\r\n"},
+        {TQC_SAMPLES "/stock.accdb --sheet PLACES --columns 2,place --limit 1", "", "0,A-12\r\n"},
+        {TQC_SAMPLES "/stock.accdb --skip 1", "", "", "which a table has not; try --skip-rows", 2},
+        {TQC_SAMPLES "/stock.accdb --header --sheet PLACES --skip-rows 1", "", "Place,Locked\r\nB-02,-1\r\n"},
 #endif
         {"preview a.xlsx", "", "1 | \xE8\xA1\xA8\n0.3 | \n"},
         {"a.xlsx --sheet Q5", "", "", "a.xlsx: no sheet \"Q5\"; sheets: It's a.b!c, ", 3},

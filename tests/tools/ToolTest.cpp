@@ -80,7 +80,7 @@ TEST_F(Tool, ReportsEachRowThatIsNotComplete) {
         {"a.csv --max-fields 1", "a\n\x1A\x62\nc,d\n", "a\r\nb\r\nc\r\n",
          "row 2: a SUB byte (1A) before it was dropped\ntqc: a.csv: row 3", 1},
         {"a.csv --max-fields 2 --quiet", "1,2,3\n", "1,2\r\n", "", 1},
-        {"a.csv --skip 1 --limit 2", "1\n2\n3\n4\n", "2\r\n3\r\n"},
+        {"a.csv --skip-rows 1 --limit 2", "1\n2\n3\n4\n", "2\r\n3\r\n"},
     };
     Check(cases);
     m_folder.WriteFile("many.csv", Repeat("1,2\n", 12));
@@ -115,6 +115,41 @@ TEST_F(Tool, RefusesInvalidArgumentsAndFiles) {
     };
     Check(cases);
     EXPECT_EQ(m_folder.ReadFile("readonly.csv"), "old");
+}
+
+TEST_F(Tool, LinesAndColumnsAreLeftOut) {
+    const std::string report = "Of \"5\n\n\"Last, First\",3,Price,price,Name,name\na,b,c,d,e,f\ng\n1,2,3,4,5,66,7\n";
+    m_folder.WriteFile("other.csv", "x\n\nB,A\n3,4\n");
+    const SCase cases[] = {
+        {"a.csv --skip 3", report, "a,b,c,d,e,f\r\ng\r\n1,2,3,4,5,66,7\r\n"},
+        {"a.txt --skip 2 --header --skip-rows 2", "a\tb\nc\td\n1,2\n3,4\n5,6\n7,8\n", "1,2\r\n7,8\r\n"},
+        {"a.csv --skip 8", report, "", "nothing is left after the first 8 lines"},
+        {"a.csv --skip 70000", Repeat("\r\n", 70'000) + "a\r\n", "a\r\n"},
+        {"a.csv --skip 1 --max-fields 1", BOM + "x\ny\n1,2\n", "y\r\n1\r\n", "row 3: more than 1 fields", 1},
+        {"a.txt --skip 1 --widths 1,1", "abcdef", "c,d\r\ne,f\r\n"},
+        {"preview a.csv --skip 4", report, "g\n1 | 2 | 3 | 4 | 5 | 66 | 7\n"},
+        // Names win over numbers, exact ones over those in other case; what a row lacks is empty.
+        {"a.csv --skip 2 --header --columns \"LAST,~first\",~Price~,3,price,1,1-2", report,
+         "\"Last, First\",Price,3,price,\"Last, First\",\"Last, First\",3\r\na,c,b,d,a,a,b\r\ng,,,,g,g,\r\n"
+         "1,3,2,4,1,1,2\r\n"},
+        {"a.csv --skip 3 --columns 5-4,6-", report, "e,d,f\r\n,,\r\n5,4,66,7\r\n"},
+        {"a.csv --skip 3 --exclude 2-,1 --columns 1-", report, "", "--exclude leaves no column", 2},
+        {"a.csv --skip 3 --exclude 1-4", report, "e,f\r\n,\r\n5,66,7\r\n"},
+        {"a.csv --skip 3 --columns 1 --max-field-size 1", report, "a\r\ng\r\n1\r\n"},
+        {"a.csv --skip 3 --columns 6 --max-field-size 1 --rejects r", report, "f\r\n\r\n",
+         "row 6: rejected: field 6 has 2 bytes", 1,
+         "r{row,offset,cause,record,file\r\n6,59,\"field 6 has 2 bytes\",\"1,2,3,4,5,66,7\",\"a.csv\"\r\n}"},
+        {"a.csv --code-page 932 --header --columns " + JAPANESE_UTF8, "\x95\x5C\n1\n", "\x95\x5C\r\n1\r\n"},
+        {"a.csv other.csv --header --skip 2 --columns a,b", "\n\nA,B\n1,2\n", "A,B\r\n1,2\r\n4,3\r\n"},
+        {"a.csv --skip 2 --header --columns PRICE", report, "", "columns 3 and 4 are both named \"PRICE\" if case",
+         3},
+        {"a.csv --header --columns a", "a,a\n", "", "columns 1 and 2 are both named \"a\"; give the number", 3},
+        {"a.csv --skip 2 --header --columns Prize", report, "", "\"Prize\"; columns: Last, First, 3, Price, pr", 3},
+        {"a.csv --skip 3 --columns 7", report, "", "no column 7; the number of columns is 6", 3},
+        {"a.csv --columns Name", report, "", "or --header if the first row holds the names", 2},
+        {"a.csv --columns a,,b", report, "", "names, numbers from 1 and ranges such as 3-5", 2},
+    };
+    Check(cases);
 }
 
 TEST_F(Tool, InfoDescribesAFile) {
@@ -157,7 +192,7 @@ TEST_F(InputOutput, WritesTheRequestedFilesAndNoOthers) {
     const std::string book = "\"say \"\"x, y\"\"\",-1\r\n";
     const SCase cases[] = {
         // Several inputs into one output.
-        {"convert a.csv b.csv --header --skip 1 -o o", "", "", "", 0, "o{n,v\r\n2,-12.5\r\n}"},
+        {"convert a.csv b.csv --header --skip-rows 1 -o o", "", "", "", 0, "o{n,v\r\n2,-12.5\r\n}"},
         {"book.xlsx book.xlsx --header", "", book},
         {"book.xlsx a.csv --header -o o", "", "", "a.csv: column 1 is named \"n\", but in book.xlsx \"say", 5},
         {"a.csv wide.csv -o o", "", "", "wide.csv: the first row has 3 fields, that of a.csv has 2", 5},

@@ -14,8 +14,9 @@ std::vector<WORD> CFixSourceReader::LayOut(std::vector<WORD> widths, bool hasLin
     return widths;
 }
 
-CFixSourceReader::CFixSourceReader(DWORD columns, const CSourceDataInfo& info, const SLineEnd& lineEnd)
-    : CSourceReader(columns + 1, maxLength, maxLength, &info), m_columns(columns),
+CFixSourceReader::CFixSourceReader(DWORD columns, const CSourceDataInfo& info, const SLineEnd& lineEnd,
+                                   bool hasLineEnds)
+    : CSourceReader(columns + 1, maxLength, maxLength, &info), m_columns(columns), m_hasLineEnds(hasLineEnds),
       m_lastOfLineEnd(lineEnd.second != 0 ? lineEnd.second : lineEnd.first) {
     SetDelimiter(lineEnd.first, lineEnd.second);
 }
@@ -37,6 +38,14 @@ bool CFixSourceReader::GetLineData(const char**& fields, const WORD*& lengths, D
     return !isMarked || !HasNextLineData();
 }
 
+/// Text without line ends has rows instead.
+bool CFixSourceReader::SkipLine() {
+    const char** fields = nullptr;
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    return m_hasLineEnds ? SkipPastLineEnd() : GetLineData(fields, lengths, count) && count > 0;
+}
+
 /// A line may be longer than the column that checks its end; then the rest is skipped.
 void CFixSourceReader::TakeRestOfLine(const WORD* lengths) {
     const char last = LastByte();
@@ -50,7 +59,7 @@ std::optional<SRowFault> CFixSourceReader::GetFault() const {
     if (!m_isTextLeftOut)
         return std::nullopt;
     return SRowFault{EExitStatus::Unsupported, "text after the last column", "left out",
-                     "; try larger or more --widths"};
+                     "; try larger or more --widths", std::nullopt};
 }
 
 /// The byte before the next one to be read.

@@ -21,12 +21,13 @@ public:
     static std::vector<WORD> LayOut(std::vector<WORD> widths, bool hasLineEnds);
 
     /// `columns` is the number of columns that are returned.
-    CFixSourceReader(DWORD columns, const CSourceDataInfo& info, const SLineEnd& lineEnd);
+    CFixSourceReader(DWORD columns, const CSourceDataInfo& info, const SLineEnd& lineEnd, bool hasLineEnds);
 
     /// As the base class, but false with the fields of the row, or none, when a SUB ended it before the end of the
     /// file, and true without fields for a single SUB at the end.
     bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override;
     std::optional<SRowFault> GetFault() const override;
+    bool SkipLine() override;
 
 private:
     bool OnReread() override;
@@ -34,6 +35,7 @@ private:
     void TakeRestOfLine(const WORD* lengths);
 
     DWORD m_columns;
+    bool m_hasLineEnds;
     char m_lastOfLineEnd;
     char m_lastOfFill = 0;
     bool m_isTextLeftOut = false;

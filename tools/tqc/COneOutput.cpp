@@ -31,7 +31,7 @@ bool COneOutput::AppendRows(const CInputFile& input, const std::string& subject,
     if (source.Text() != nullptr)
         reporter.Note(source.Text()->DescribeInvalidText());
     CRowPump pump(m_options, reader, {*m_output, m_rejects, m_columns}, reporter);
-    const bool goOn = WriteNames(source, pump) && pump.Run();
+    const bool goOn = pump.Begin(source.ColumnNames()) && pump.Run();
     reporter.Finish();
     m_hasLostRows = m_hasLostRows || reporter.HasLostRows();
     return goOn;
@@ -44,14 +44,6 @@ void COneOutput::Finish() {
     if (m_rejects != nullptr)
         m_rejects->Place();
     m_output->Replace();
-}
-
-/// False when the reader has closed the output pipe.
-bool COneOutput::WriteNames(const ISource& source, CRowPump& pump) const {
-    if (!m_options.header)
-        return true;
-    const auto* const names = source.ColumnNames();
-    return names != nullptr ? pump.WriteNames(*names) : pump.WriteFirstRowAsNames();
 }
 
 } // namespace NSTQ::Tool

@@ -39,8 +39,6 @@ public:
     bool HasLostRows() const { return m_hasLostRows; }
 
 private:
-    bool WriteNames(const ISource& source, CRowPump& pump) const;
-
     const SOptions& m_options;
     std::string m_name;
     CRejectFile* m_rejects;

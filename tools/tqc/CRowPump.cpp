@@ -1,6 +1,7 @@
 #include "CRowPump.h"
 
 #include "CFailure.h"
+#include "SCPathText.h"
 #include "tqcAccess/CodePage.h"
 #include "tqcAccess/ComError.h"
 #include "tqcAccess/ErrorText.h"
@@ -17,7 +18,8 @@ constexpr const char* openQuoteHint = "; try --no-quote-newline";
 CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter)
     : m_options(options), m_reader(reader), m_rows(reader.Rows()),
       m_encoder(options.outputCodePage, options.formulaGuard ? CFormulaGuard::maxFieldLength : maxLength),
-      m_guard(options.outputSeparator), m_targets(targets), m_reporter(reporter) {}
+      m_guard(options.outputSeparator), m_selection(options.columns, options.excludedColumns), m_targets(targets),
+      m_reporter(reporter) {}
 
 bool CRowPump::Run() {
     while (m_written < m_options.limit && m_rows.HasNextLineData()) {
@@ -31,6 +33,34 @@ bool CRowPump::Run() {
     return true;
 }
 
+bool CRowPump::Begin(const std::vector<std::string>* names) {
+    SkipLines();
+    if (m_options.header)
+        return names != nullptr ? WriteNames(*names) : WriteFirstRowAsNames();
+    if (names != nullptr)
+        SelectByNames(*names);
+    return true;
+}
+
+void CRowPump::SkipLines() {
+    m_row = m_rowsBefore = m_reader.SkipLines(m_options.skip);
+    CheckReading();
+    if (m_row < m_options.skip)
+        m_reporter.Note("nothing is left after the first " + std::to_string(m_options.skip) +
+                        " lines; try a smaller --skip");
+}
+
+/// The names are in the ANSI code page.
+void CRowPump::SelectByNames(const std::vector<std::string>& names) {
+    if (m_selection.IsIdle())
+        return;
+    std::vector<std::string> utf8;
+    utf8.reserve(names.size());
+    for (const std::string& name : names)
+        utf8.push_back(SCPathText::Convert(name, Platform::GetAnsiCodePage(), Platform::CP_UTF8));
+    m_selection.Resolve(m_reporter.File(), utf8);
+}
+
 bool CRowPump::WriteNames(const std::vector<std::string>& names) {
     std::vector<const char*> texts;
     std::vector<WORD> lengths;
@@ -42,6 +72,7 @@ bool CRowPump::WriteNames(const std::vector<std::string>& names) {
     m_lengths = lengths.data();
     m_count = static_cast<DWORD>(names.size());
     m_isHeader = true;
+    SelectByNames(names);
     PrepareRow();
     std::vector<std::string> written;
     for (DWORD i = 0; i < m_writeCount; ++i)
@@ -65,7 +96,7 @@ bool CRowPump::WriteFirstRowAsNames() {
         throw CFailure(EExitStatus::Limit, m_reporter.File(),
                        "the header row has " + std::to_string(m_options.maxLineSize) + " bytes or more" +
                            (m_openQuote >= 0 ? ": " + DescribeOpenQuote() + openQuoteHint : ""));
-    m_row = m_headerRows = 1;
+    m_rowsBefore = ++m_row;
     std::vector<std::string> names;
     for (DWORD i = 0; i < std::min(m_count, m_options.maxFields + 1); ++i)
         names.emplace_back(m_fields[i], m_lengths[i]);
@@ -92,11 +123,15 @@ bool CRowPump::ReadRecord() {
     m_fields = nullptr;
     const LONGLONG start = m_reader.GetPosition();
     const bool complete = GetLineData();
+    CheckReading();
+    m_recordSize = m_reader.GetPosition() - start;
+    return complete;
+}
+
+void CRowPump::CheckReading() const {
     if (const DWORD code = m_rows.GetErrorCode(); code != 0)
         throw CFailure(EExitStatus::Unsupported, m_reporter.File(),
                        "reading failed after row " + std::to_string(m_row) + ": " + Platform::GetErrorText(code));
-    m_recordSize = m_reader.GetPosition() - start;
-    return complete;
 }
 
 void CRowPump::SkipRestOfRow() {
@@ -125,7 +160,7 @@ bool CRowPump::TakeRow(EOutcome outcome) {
     m_faults.clear();
     ++m_row;
     bool goOn = true;
-    if (m_row - m_headerRows > m_options.skip) {
+    if (m_row - m_rowsBefore > m_options.skipRows) {
         if (outcome == EOutcome::TooLong)
             AddTooLong();
         else if (outcome == EOutcome::EofMark)
@@ -172,7 +207,7 @@ bool CRowPump::WriteRow() {
         return true;
     }
     if (m_written == 0 && !m_options.header)
-        m_targets.columns.TakeCount(m_reporter.File(), m_count);
+        m_targets.columns.TakeCount(m_reporter.File(), m_selection.IsIdle() ? m_count : m_writeCount);
     ++m_written;
     if (!m_reader.CountsBytes() && m_sparse.Count(m_lengths, m_writeCount))
         m_reporter.Note(m_sparse.Describe());
@@ -183,12 +218,16 @@ bool CRowPump::WriteRow() {
 void CRowPump::PrepareRow() {
     if (m_openQuote >= 0)
         AddFault(EExitStatus::Unsupported, DescribeOpenQuote(), "so its field extends to the end", openQuoteHint);
-    if (const auto fault = m_reader.GetFault())
-        AddFault(fault->status, fault->what, fault->done, fault->hint);
     m_writeCount = std::min(m_count, m_options.maxFields);
+    if (!m_selection.IsIdle() && !m_selection.IsResolved())
+        m_selection.Resolve(m_reporter.File(), m_writeCount);
+    if (const auto fault = m_reader.GetFault(); fault && (!fault->column || m_selection.Has(*fault->column)))
+        AddFault(fault->status, fault->what, fault->done, fault->hint);
     if (m_count > m_writeCount)
         AddFault(EExitStatus::Limit, "more than " + std::to_string(m_writeCount) + " fields", "the others left out",
                  "; try a larger --max-fields");
+    if (!m_selection.IsIdle())
+        m_selection.Apply(m_fields, m_lengths, m_writeCount);
     if (m_options.maxFieldSize < maxLength)
         CutLengths();
     EncodeRow();
@@ -239,7 +278,8 @@ void CRowPump::CutLengths() {
     if (first == end)
         return;
     AddFault(EExitStatus::Limit,
-             "field " + std::to_string(first - m_lengths + 1) + " has " + std::to_string(*first) + " bytes",
+             "field " + std::to_string(m_selection.SourceOf(static_cast<std::size_t>(first - m_lengths)) + 1) +
+                 " has " + std::to_string(*first) + " bytes",
              "truncated", "; try a larger --max-field-size");
     m_cutLengths.assign(m_lengths, end);
     for (DWORD i = 0; i < m_writeCount; ++i)

@@ -1,6 +1,7 @@
 // Writes the rows of a source to the output and reports invalid ones.
 //
-// Row numbers count the rows of the source from 1, including those left out.
+// Row numbers count the rows of the source from 1, including those left out; of the lines before the header row each
+// counts as one.
 //
 // An invalid row (it is too long, has too many fields or a field that is too long, or text after its last column)
 // ends the conversion, is rejected, or is truncated and written, depending on the options. A character that the
@@ -12,6 +13,7 @@
 // data, would otherwise extend the field to the end of the file.
 #pragma once
 
+#include "CColumnSelection.h"
 #include "CColumns.h"
 #include "CFormulaGuard.h"
 #include "COutputFile.h"
@@ -40,16 +42,21 @@ public:
     /// All must outlive the pump.
     CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter);
 
-    /// Writes the column names, in the ANSI code page, unless an earlier input had the same. Result as
-    /// from Run.
-    bool WriteNames(const std::vector<std::string>& names);
-    /// The same with the first row; the next row is then the first for what the options skip.
-    bool WriteFirstRowAsNames();
+    /// Called first: leaves out the lines before the header row and, with a header, writes the column names, which
+    /// are in the first row unless `names` has them, in the ANSI code page, and which are not repeated if an earlier
+    /// input had the same. Result as from Run.
+    bool Begin(const std::vector<std::string>* names);
     /// Runs to the end of the source or the wanted number of rows, or until the output pipe is closed; then it
     /// returns false. Throws CFailure.
     bool Run();
 
 private:
+    bool WriteNames(const std::vector<std::string>& names);
+    bool WriteFirstRowAsNames();
+    void SkipLines();
+    void SelectByNames(const std::vector<std::string>& names);
+    void CheckReading() const;
+
     enum class EOutcome {
         Row,
         EofMark, ///< a row, or none, that a SUB ended before the end of the file
@@ -81,6 +88,7 @@ private:
     CRowEncoder m_encoder;
     CFormulaGuard m_guard;
     CSparseRange m_sparse;
+    CColumnSelection m_selection;
     SPumpTargets m_targets;
     CReporter& m_reporter;
 
@@ -94,7 +102,7 @@ private:
     DWORD m_writeCount = 0; ///< the number of fields that are written
 
     std::uint64_t m_row = 0;        ///< the number of the current row
-    std::uint64_t m_headerRows = 0; ///< the number of header rows of the source
+    std::uint64_t m_rowsBefore = 0; ///< the number of the row before the first one of data
     std::uint64_t m_written = 0;
     std::vector<WORD> m_cutLengths;
     bool m_isHeader = false; ///< the current row is the header row

@@ -17,8 +17,9 @@ namespace NSTQ::Tool {
 struct SRowFault {
     EExitStatus status; ///< exit status of a conversion that stops at it
     std::string what;
-    std::string done; ///< what is done with the row if it is written nevertheless
-    std::string hint; ///< may be empty
+    std::string done;            ///< what is done with the row if it is written nevertheless
+    std::string hint;            ///< may be empty
+    std::optional<DWORD> column; ///< the only one that it concerns, counted from 0; else the whole row
 };
 
 class ISourceReader {
@@ -30,6 +31,16 @@ public:
     virtual LONGLONG GetPosition() const = 0;
     /// Whether the positions are offsets in a file.
     virtual bool CountsBytes() const { return true; }
+    /// Reads past one line of text, whatever it holds, or one row of a sheet. False if nothing was left to read, or
+    /// the source ended without a line end.
+    virtual bool SkipLine() = 0;
+    /// As often as `count`; returns how often.
+    std::uint64_t SkipLines(std::uint64_t count) {
+        std::uint64_t done = 0;
+        while (done < count && Rows().HasNextLineData() && SkipLine())
+            ++done;
+        return done;
+    }
     /// Whether the fields of the last row are known to be UTF-8 without validation.
     virtual bool IsKnownUtf8() const { return false; }
     /// What the last row lost; none if nothing.
@@ -46,6 +57,7 @@ public:
 
     NSTQCore::IDataAccess& Rows() override { return *this; }
     LONGLONG GetPosition() const override { return TReader::m_llReadOffset + TReader::GetReadBuffPos(); }
+    bool SkipLine() override { return TReader::SkipPastLineEnd(); }
 };
 
 class CTableReader : public ISourceReader, public NSTQCore::CADOOperater {
@@ -59,6 +71,12 @@ public:
         m_rowsRead += read ? 1 : 0;
         return read;
     }
+    bool SkipLine() override {
+        const char** fields = nullptr;
+        const WORD* lengths = nullptr;
+        DWORD count = 0;
+        return GetLineData(fields, lengths, count) && count > 0;
+    }
     bool CountsBytes() const override { return false; }
     /// The library creates the texts.
     bool IsKnownUtf8() const override { return true; }
@@ -69,7 +87,7 @@ public:
         return SRowFault{EExitStatus::Limit,
                          "field " + std::to_string(column + 1) + " has more than " + std::to_string(maxLength) +
                              " bytes",
-                         "truncated", "; that is the maximum"};
+                         "truncated", "; that is the maximum", static_cast<DWORD>(column)};
     }
 
 private:

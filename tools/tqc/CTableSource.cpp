@@ -47,6 +47,9 @@ ISourceReader& CTableSource::OpenTable(std::size_t position) {
 
 void CTableSource::PrepareToRead() {
     SCContentProbe::RefuseUtf16(m_input.Name(), m_input.Head().Bytes());
+    if (m_options.skip > 0 && NamesItsColumns())
+        throw CFailure(EExitStatus::Usage, m_input.Name(),
+                       "--skip leaves out lines before the header row, which a table has not; try --skip-rows");
     PrepareTables(true);
     m_info.SetKeepLineEnds(true);
 }
@@ -63,7 +66,7 @@ bool CTableSource::TryToOpen(CTableReader& reader, std::size_t position, bool is
     if (!(isFirst ? reader.FileOpen(&m_info) : reader.OpenTable(&m_info)))
         return false;
     // Those of a wide sheet, which nobody asks for, need not fit a row.
-    if (m_options.header && NamesItsColumns())
+    if ((m_options.header || m_options.SelectsColumns()) && NamesItsColumns())
         TakeColumnNames(reader);
     return true;
 }

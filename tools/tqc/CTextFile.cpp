@@ -29,6 +29,18 @@ std::string_view CTextFile::Head() const {
     return m_head.Bytes().substr(hasBom ? sizeof SCDataAccessDefine::BOM_UTF8 : 0);
 }
 
+std::string_view CTextFile::Body() const {
+    std::string_view body = Head();
+    const std::string end = m_lineEnd.Bytes();
+    for (std::uint64_t line = 0; line < m_options.skip; ++line) {
+        const std::size_t at = body.find(end);
+        if (at == std::string_view::npos)
+            return m_head.IsWholeFile() ? std::string_view() : Head();
+        body.remove_prefix(at + end.size());
+    }
+    return body;
+}
+
 bool CTextFile::IsUtf16() const {
     return SCTextProbe::HasUtf16Bom(m_head.Bytes());
 }
@@ -86,7 +98,8 @@ std::unique_ptr<ISourceReader> CTextFile::OpenFixedLength(CSourceDataInfo& info)
     const bool hasLineEnds = SCTextProbe::HasLineEnd(m_head.Bytes(), m_lineEnd);
     info.SetFixColLen(CFixSourceReader::LayOut(m_options.widths, hasLineEnds));
     info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : m_options.charSet);
-    auto reader = std::make_unique<CFixSourceReader>(static_cast<DWORD>(m_options.widths.size()), info, m_lineEnd);
+    auto reader =
+        std::make_unique<CFixSourceReader>(static_cast<DWORD>(m_options.widths.size()), info, m_lineEnd, hasLineEnds);
     OpenFile(*reader, info);
     return reader;
 }

@@ -32,6 +32,9 @@ public:
     LONGLONG Size() const { return m_head.Size(); }
     /// The first bytes, without the BOM.
     std::string_view Head() const;
+    /// Those after the lines that the options leave out before the header row; all if they end beyond the first
+    /// bytes.
+    std::string_view Body() const;
     bool IsUtf16() const;
     const SLineEnd& LineEnd() const { return m_lineEnd; }
 

@@ -22,13 +22,16 @@ SCDeclareConstant::ESourceFileType CTextSource::FindType() {
     const auto described = Describe();
     if (m_input.Type())
         return *m_input.Type();
-    if (described != SCDeclareConstant::SFT_UNKNOWN && described != SCDeclareConstant::SFT_FIX)
+    // The library looks at the first line, which may not be one of the table.
+    const bool isTold = m_options.skip == 0 || SCTypeNames::OfFile(m_input.Name()) == described;
+    if (isTold && described != SCDeclareConstant::SFT_UNKNOWN && described != SCDeclareConstant::SFT_FIX)
         return described;
-    const std::string_view head = m_input.Head().Bytes();
+    const std::string_view head = m_text.Body();
     const auto sniffed = SCTextProbe::FindType(head, m_text.LineEnd());
     if (sniffed != SCDeclareConstant::SFT_UNKNOWN)
         return sniffed;
-    return m_options.separator || head.empty() ? SCDeclareConstant::SFT_CSV : described;
+    const bool isCsv = m_options.separator || head.empty();
+    return isCsv ? SCDeclareConstant::SFT_CSV : isTold ? described : SCDeclareConstant::SFT_UNKNOWN;
 }
 
 SCDeclareConstant::ESourceFileType CTextSource::Describe() {

@@ -284,8 +284,24 @@ private:
         AddNumber("--max-fields", m_options.maxFields, "maximum number of fields of a row");
         AddNumber("--max-line-size", m_options.maxLineSize, "rows of N bytes or more are left out");
         AddNumber("--max-field-size", m_options.maxFieldSize, "maximum size of a field in bytes");
-        AddCount("--skip", m_options.skip, "leave out the first N rows");
+        AddCount("--skip", m_options.skip, "leave out N lines before the header row; rows of a sheet");
+        AddCount("--skip-rows", m_options.skipRows, "leave out N rows after the header row");
         AddCount("--limit", m_options.limit, "stop after N rows");
+        AddColumnOptions();
+    }
+
+    void AddColumnOptions() {
+        AddColumns("--columns", m_options.columns, "write only these columns, in this order: Name,3,5-7");
+        AddColumns("--exclude", m_options.excludedColumns, "write all columns but these");
+    }
+
+    void AddColumns(const char* option, CColumnList& target, const std::string& help) {
+        Add(option, "LIST", help, [&target](const char* name, const auto& value) {
+            const auto list = CColumnList::Parse(value);
+            if (!list)
+                Refuse(name, value, "names, numbers from 1 and ranges such as 3-5, separated by commas");
+            target = *list;
+        });
     }
 
     void AddOutputOptions() {

@@ -13,6 +13,8 @@ public:
   tqc data.log --separator ';'       any text file whose separator you know
   tqc old.csv --encoding shift_jis   input in another encoding than the locale's, in which the output is written
   tqc ledger.txt --widths 3,5,8      fixed-length columns of 3, 5 and 8 bytes; to see them: tqc preview ledger.txt
+  tqc report.csv --skip 2 --header   the header row is in line 3
+  tqc sales.csv --header --columns Name,Price,5-7
   tqc sales.xlsx --sheet Q2          one sheet (default: the first); to see their names: tqc list sales.xlsx
   tqc data.xtqf --password-file key  a package with a password
   tqc q1.csv q2.csv -o year.csv      several files into one output
@@ -46,6 +48,9 @@ Invalid rows: a row of --max-line-size bytes or more is left out; a field longer
 --strict also rows with characters that the output encoding cannot represent. --rejects FILE writes the rows that were
 left out to a CSV file with the columns row, offset (in bytes), cause, record and file.
 
+--skip leaves out lines before the header row, --skip-rows rows after it. --columns takes names, if there is a header
+row or a database, numbers from 1 and ranges: Name,3,5-7,9-; a name with a comma in quotes: '"Last, First",2'.
+
 Several inputs of one output must have the same columns; if one of them fails, the output stays unchanged. With
 --out-dir each output is independent: those that fail stay unchanged, the others are converted.
 
@@ -58,6 +63,8 @@ be given on the command line.
 Examples:
   tqc convert sales.csv -o out.csv --on-error skip --rejects bad.csv
   tqc convert q1.csv q2.csv --header -o year.csv         the first row of each is its header row, written once
+  tqc convert big.csv --header --skip-rows 1000 --limit 10
+  tqc convert report.csv --skip 2 --header --exclude Remarks
   tqc convert web.csv --formula-guard -o for-excel.csv   '=1+2 instead of =1+2; this changes the data
   tqc convert - --type tsv <in.tsv >out.csv)";
 

@@ -73,7 +73,7 @@ bool NeedsRuler(const SOptions& options, const ISource& source) {
 
 void ShowFixedLength(const SOptions& options, const CTextFile& text) {
     constexpr std::size_t widthShown = 1000;
-    const std::string_view head = text.Head();
+    const std::string_view head = text.Body();
     const std::string lineEnd = text.LineEnd().Bytes();
     std::vector<std::string_view> rows;
     std::size_t width = 0;
@@ -96,10 +96,11 @@ void ShowFields(const SOptions& options, const std::string& name, ISourceReader&
     const char** fields = nullptr;
     const WORD* lengths = nullptr;
     DWORD count = 0;
+    const std::uint64_t skipped = reader.SkipLines(options.skip);
     for (std::size_t row = 0; row < rowsShown && reader.Rows().HasNextLineData(); ++row) {
         fields = nullptr;
         const bool complete = reader.Rows().GetLineData(fields, lengths, count);
-        const std::string found = "row " + std::to_string(row + 1);
+        const std::string found = "row " + std::to_string(skipped + row + 1);
         if (const DWORD code = reader.Rows().GetErrorCode(); code != 0)
             throw CFailure(EExitStatus::Unsupported, name,
                            found + " cannot be read: " + Platform::GetErrorText(code));

@@ -1,6 +1,7 @@
 // The options of the command line, validated.
 #pragma once
 
+#include "CColumnList.h"
 #include "CSourceDataInfo.h"
 #include "SCTextProbe.h"
 
@@ -50,10 +51,15 @@ struct SOptions {
     int passwordDescriptor = -1;
     bool quoteNewLine = true;
 
+    CColumnList columns;         ///< that are written, in this order; empty for all
+    CColumnList excludedColumns; ///< that are not
+    bool SelectsColumns() const { return !columns.IsEmpty() || !excludedColumns.IsEmpty(); }
+
     DWORD maxFields = maxLength;
     DWORD maxLineSize = maxLength;
     DWORD maxFieldSize = maxLength;
-    std::uint64_t skip = 0;
+    std::uint64_t skip = 0;     ///< lines of text, or rows of a sheet, before the header row
+    std::uint64_t skipRows = 0; ///< rows after it
     std::uint64_t limit = std::numeric_limits<std::uint64_t>::max();
 
     char outputSeparator = SCDataAccessDefine::CAMMA_CODE;
