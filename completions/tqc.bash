@@ -69,7 +69,8 @@ _tqc() {
     local pages='shift_jis cp1252 gbk cp949 big5 utf-8'
     local options='--help --version --type --separator --eol --encoding --code-page --widths --sheet --header
         --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --skip-rows
-        --limit --columns --exclude --output --out-dir --output-separator --output-eol --output-encoding --add-bom --formula-guard --numbers --quiet
+        --limit --columns --exclude --output --out-dir --all --output-separator --output-eol --output-encoding --add-bom
+        --formula-guard --numbers --quiet
         --on-error --rejects --strict --replace'
     COMPREPLY=()
     # "--option=value" comes as three words.

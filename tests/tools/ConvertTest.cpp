@@ -171,7 +171,7 @@ TEST_F(Convert, WorkbooksAreListedAndConverted) {
         {"a.xlsx --sheet It's~a.b!c", "", rows},
         {"a.xlsx --header --sheet gR\xC3\xB6~\xCF\x82~\xD1\x91~\xEF\xBD\x91", "", rows},
         {"a.xlsx --sheet Ab", "", "", "several sheets match \"Ab\" if case is ignored: ab, aB", 3},
-        {"a.xlsx --sheet \"\"", "", "", "a name, or a number from 1", 2},
+        {"a.xlsx --sheet \"\"", "", "", "a name, a pattern, or a number from 1", 2},
         {"a.xlsx --sheet 3 --skip 1", "", "0.3,\r\n"},
         {"a.xlsx --skip 1 --header --numbers full", "", "0.30000000000000004,\r\n"},
 #if defined(TQC_WITH_ACCESS)

@@ -239,7 +239,7 @@ TEST_F(InputOutput, WritesTheRequestedFilesAndNoOthers) {
          "o{" + BOM + "n,v\r\n3,x\r\n}r{" + head +
              "1,0,\"bytes that are invalid in utf-8\",\"\x95\x5C,1\",\"sjis.csv\"\r\n}"},
         {"b.csv --rejects r", "", "n,v\r\n3,x\r\n", "", 0, "r{" + head + "}"},
-        {"b.csv --rejects b.csv", "", "", "is also an input or the output", 2},
+        {"b.csv --rejects b.csv", "", "", "the file for rejected rows is also an input", 2},
         {"b.csv --rejects r --on-error stop", "", "", "--on-error skip", 2},
         {"b.csv --strict --replace", "", "", "exclude each other", 2},
         {"b.csv --rejects -", "", "", "both be standard output", 2},

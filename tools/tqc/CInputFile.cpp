@@ -143,13 +143,13 @@ void CInputFile::RemoveLater(const std::string& path) {
     SCSignals::RemoveFile(m_temporary.c_str());
 }
 
-CFailure CInputFile::Explain(const Platform::_com_error& error) const {
+CFailure CInputFile::Explain(const Platform::_com_error& error, const std::string& subject) const {
     std::string text = error.what();
     const std::size_t at = text.find(m_path);
     if (at != std::string::npos)
-        text.replace(at, m_path.size(), m_name);
+        text.replace(at, m_path.size(), subject);
     else
-        text = m_name + ": " + text;
+        text = subject + ": " + text;
     if (SCPassWord::IsRefusal(error))
         return {EExitStatus::Password,
                 text + (SCPassWord::IsGiven(m_options) ? "" : "; give it with --password-file or --password-fd")};

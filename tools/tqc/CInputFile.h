@@ -41,8 +41,9 @@ public:
     const std::optional<SCDeclareConstant::ESourceFileType>& Type() const { return m_type; }
     const CFileHead& Head() const { return m_head; }
 
-    /// Converts the failure of a workbook or database to a CFailure.
-    CFailure Explain(const Platform::_com_error& error) const;
+    /// Converts the failure of a workbook or database to a CFailure, about `subject` instead of the path.
+    CFailure Explain(const Platform::_com_error& error, const std::string& subject) const;
+    CFailure Explain(const Platform::_com_error& error) const { return Explain(error, m_name); }
 
 private:
     void TakeFile();

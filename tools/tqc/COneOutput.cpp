@@ -12,25 +12,25 @@ bool COneOutput::Append(const std::string& file) {
     try {
         const auto source = SCSources::Open(m_options, input);
         const auto reader = source->OpenReader();
-        return AppendRows(input, input.Name(), *source, *reader);
+        return AppendRows(input, {*source, *reader, input.Name(), ""});
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }
 }
 
-bool COneOutput::AppendRows(const CInputFile& input, const std::string& subject, const ISource& source,
-                            ISourceReader& reader) {
+bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows) {
+    const ISource& source = rows.source;
     // Only now, so that nothing is written to a device or pipe if the file cannot be read.
     if (!m_output)
         m_output.emplace(m_options, m_name);
     if (m_output->IsStandardOutput() && input.Head().IsFileOf(Port::GetStandardStream(Port::EStream::Output)))
         throw CFailure(EExitStatus::Usage, input.Name(), "standard output is the input file; use -o");
     if (m_rejects != nullptr)
-        m_rejects->SetSource(input.Name(), source.Text());
-    CReporter reporter(subject, m_options.quiet, m_bar);
+        m_rejects->SetSource(input.Name(), rows.table, source.Text());
+    CReporter reporter(rows.subject, m_options.quiet, m_bar);
     if (source.Text() != nullptr)
         reporter.Note(source.Text()->DescribeInvalidText());
-    CRowPump pump(m_options, reader, {*m_output, m_rejects, m_columns}, reporter);
+    CRowPump pump(m_options, rows.reader, {*m_output, m_rejects, m_columns}, reporter);
     const bool goOn = pump.Begin(source.ColumnNames()) && pump.Run();
     reporter.Finish();
     m_hasLostRows = m_hasLostRows || reporter.HasLostRows();

@@ -21,6 +21,14 @@ struct SShared {
     CProgressBar& bar;
 };
 
+/// The rows of one input, or of one of its sheets or tables.
+struct SRows {
+    const ISource& source;
+    ISourceReader& reader;
+    std::string subject; ///< in messages
+    std::string table;   ///< the name of the table for rejected rows, where several may be selected; else empty
+};
+
 class COneOutput {
 public:
     /// `name` is the target; it is opened when the first rows can be read. All must outlive the output.
@@ -29,9 +37,8 @@ public:
 
     /// Appends the rows of an input. False when the reader has closed the output pipe. Throws CFailure.
     bool Append(const std::string& file);
-    /// The same with those of a reader of its source, which is `subject` in messages.
-    bool AppendRows(const CInputFile& input, const std::string& subject, const ISource& source,
-                    ISourceReader& reader);
+    /// The same with the rows of an input that is open.
+    bool AppendRows(const CInputFile& input, const SRows& rows);
 
     /// Replaces the file of rejected rows first: an output without it would look complete.
     void Finish();

@@ -12,11 +12,13 @@ constexpr std::size_t pieceSize = 65536;
 
 } // namespace
 
-CRejectFile::CRejectFile(const std::string& name, bool isGuarded)
-    : m_target(name), m_isGuarded(isGuarded), m_buffer("row,offset,cause,record,file\r\n") {}
+CRejectFile::CRejectFile(const std::string& name, bool isGuarded, bool namesTables)
+    : m_target(name), m_isGuarded(isGuarded), m_namesTables(namesTables),
+      m_buffer(namesTables ? "row,offset,cause,record,file,table\r\n" : "row,offset,cause,record,file\r\n") {}
 
-void CRejectFile::SetSource(const std::string& file, const CTextFile* text) {
+void CRejectFile::SetSource(const std::string& file, const std::string& table, const CTextFile* text) {
     m_file = file;
+    m_table = table;
     m_source.Reset(Port::noFile);
     if (text == nullptr)
         return;
@@ -103,6 +105,10 @@ void CRejectFile::AddDoubled(std::string_view text) {
 
 void CRejectFile::EndRow() {
     AddQuoted(m_file);
+    if (m_namesTables) {
+        m_buffer += ',';
+        AddQuoted(m_table);
+    }
     m_buffer += "\r\n";
     if (m_buffer.size() >= pieceSize)
         Flush();

@@ -151,8 +151,8 @@ CFailure CTableSource::DescribeUnopened(const STable& table, const std::string& 
     std::string reason = table.reason.empty() ? "not enough memory" : table.reason;
     if (const std::string prefix = m_input.Path() + ": "; reason.starts_with(prefix))
         reason.erase(0, prefix.size());
-    return {isTooLarge ? EExitStatus::Limit : EExitStatus::Unsupported, m_input.Name(),
-            TableKind() + " \"" + table.name + "\" cannot be opened: " + reason + hint};
+    return {isTooLarge ? EExitStatus::Limit : EExitStatus::Unsupported,
+            DescribeTable(table.name) + " cannot be opened: " + reason + hint};
 }
 
 } // namespace NSTQ::Tool

@@ -202,10 +202,11 @@ private:
     void AddContentOptions() {
         Add("--widths", "N,N,...", "width in bytes of each column of fixed-length text",
             [this](const char* name, const auto& value) { TakeWidths(name, value); });
-        Add("--sheet", "NAME|N", "sheet or table: its name, or its number counted from 1 (default: 1)",
+        Add("--sheet", "NAME|N",
+            "sheet or table: its name, a pattern with * and ?, or its number counted from 1 (default: 1)",
             [this](const char* name, const auto& value) {
                 if (value.empty())
-                    Refuse(name, value, "a name, or a number from 1");
+                    Refuse(name, value, "a name, a pattern, or a number from 1");
                 m_options.sheet = value;
             });
         m_app.add_flag("--header", m_options.header,
@@ -331,6 +332,8 @@ private:
         AddPath("-o,--output", "OUT.csv", m_options.output, "output file (default: standard output)");
         AddPath("--out-dir", "DIR", m_options.outputFolder,
                 "write each FILE to a file of its own in DIR, with the extension .csv");
+        m_app.add_flag("--all", m_options.allTables,
+                       "write every sheet or table to a file of its own in --out-dir; so does a pattern in --sheet");
         m_app.option_defaults()->group("Invalid rows");
         Add("--on-error", "HOW", "stop | skip (default: truncate the row and write it)",
             [this](const char* name, const auto& value) {
@@ -381,6 +384,7 @@ private:
                 EExitStatus::Usage,
                 m_app.get_subcommands()[0]->get_name() +
                     " writes to standard output; --output, --out-dir and --rejects are options of convert");
+        CheckTables();
         if (!m_options.output.empty() && !m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--output and --out-dir exclude each other");
         if (m_options.rejects.empty())
@@ -391,6 +395,19 @@ private:
             COutputTarget::IsStandardOutputName(m_options.output) && m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--rejects and the output cannot both be standard output");
         m_options.onError = SOptions::EOnError::Skip;
+    }
+
+    /// Throws CFailure.
+    void CheckTables() const {
+        if (!m_options.allTables)
+            return;
+        if (!m_options.sheet.empty())
+            throw CFailure(EExitStatus::Usage, "--all and --sheet exclude each other");
+        if (m_options.command != SOptions::ECommand::Convert)
+            throw CFailure(EExitStatus::Usage, "--all is an option of convert; see: tqc --help");
+        if (m_options.outputFolder.empty())
+            throw CFailure(EExitStatus::Usage,
+                           "--all writes a file for every sheet or table; give the folder for them: --out-dir DIR");
     }
 
     SOptions& m_options;

@@ -1,16 +1,16 @@
 #include "SCConvert.h"
 
+#include "CFolderConversion.h"
 #include "COneOutput.h"
 #include "COutputTarget.h"
 #include "CProgressBar.h"
 #include "CRejectFile.h"
-#include "CReporter.h"
+#include "SCTableSelection.h"
 #include "SCTargets.h"
 #include "SCTerminal.h"
-#include "tqcAccess/ErrorText.h"
 
-#include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace NSTQ::Tool {
 namespace {
@@ -35,60 +35,21 @@ EExitStatus IntoOne(const SOptions& options, const SShared& shared) {
     return output.HasLostRows() ? EExitStatus::RowsLost : EExitStatus::Ok;
 }
 
-EExitStatus IntoFolder(const SOptions& options, const std::vector<std::string>& targets, const SShared& shared) {
-    EExitStatus status = EExitStatus::Ok;
-    const auto note = [&status](EExitStatus other) {
-        status = status == EExitStatus::Ok || status == EExitStatus::RowsLost ? std::max(status, other) : status;
-    };
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        try {
-            COneOutput output(options, targets[i], shared);
-            output.Append(options.files[i]);
-            output.Finish();
-            note(output.HasLostRows() ? EExitStatus::RowsLost : EExitStatus::Ok);
-        } catch (const CFailure& failure) {
-            if (failure.Status() == EExitStatus::OutputFailed)
-                throw;
-            shared.bar.Clear();
-            CReporter::Print(failure.what());
-            note(failure.Status());
-        }
-    }
-    return status;
-}
-
-bool IsFolder(const std::string& path) {
-    Port::SStatus status;
-    return Port::GetStatus(path, status) == 0 && status.kind == Port::EKind::Folder;
-}
-
-/// With the folders above it.
-void MakeFolder(const std::string& path) {
-    for (std::size_t end = 0; end < path.size();) {
-        end = std::min(path.find('/', end + 1), path.size());
-        const std::string level = path.substr(0, end);
-        if (IsFolder(level))
-            continue;
-        const DWORD code = Port::MakeFolder(level);
-        if (code != 0 && !IsFolder(level))
-            throw CFailure(EExitStatus::OutputFailed, path, Platform::GetErrorText(code));
-    }
-}
-
 } // namespace
 
 EExitStatus SCConvert::Run(const SOptions& options) {
-    const bool isFolder = !options.outputFolder.empty();
-    const auto targets = isFolder ? SCTargets::InFolder(options) : std::vector<std::string>{options.output};
-    SCTargets::Check(options, targets);
-    if (isFolder)
-        MakeFolder(options.outputFolder);
+    std::optional<CFolderConversion> folder;
+    if (options.outputFolder.empty())
+        CTakenTargets(options).Take(options.output, options.files[0]);
+    else
+        folder.emplace(options);
     std::unique_ptr<CRejectFile> rejects;
     if (!options.rejects.empty())
-        rejects = std::make_unique<CRejectFile>(options.rejects, options.formulaGuard);
+        rejects = std::make_unique<CRejectFile>(options.rejects, options.formulaGuard,
+                                                SCTableSelection::MaySelectSeveral(options));
     CProgressBar bar(IsProgressWanted(options), options.files);
     const SShared shared{rejects.get(), bar};
-    return isFolder ? IntoFolder(options, targets, shared) : IntoOne(options, shared);
+    return folder ? folder->Run(shared) : IntoOne(options, shared);
 }
 
 } // namespace NSTQ::Tool

@@ -19,6 +19,7 @@ public:
   tqc data.xtqf --password-file key  a package with a password
   tqc q1.csv q2.csv -o year.csv      several files into one output
   tqc *.xlsx --out-dir csv           one output for each file
+  tqc sales.xlsx --all --out-dir csv one output for each sheet; --sheet 'Q*' for those with such a name
   curl URL | tqc - --type xlsx       standard input
   tqc in.csv -o out.csv --rejects bad.csv
 

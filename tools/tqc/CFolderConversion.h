@@ -1,0 +1,46 @@
+// The conversion of each input into files of its own in a folder: one file, or one for each of its sheets or tables.
+//
+// Each output is independent: if it fails, the file that it would have replaced is unchanged, and the others are
+// written. Only an output that cannot be written ends everything.
+#pragma once
+
+#include "CFailure.h"
+#include "COneOutput.h"
+#include "CTableSource.h"
+#include "SCTargets.h"
+#include "SOptions.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+class CFolderConversion {
+public:
+    /// Determines the outputs and creates the folder. All must outlive the conversion. Throws CFailure, before
+    /// anything is written.
+    explicit CFolderConversion(const SOptions& options);
+
+    /// Converts everything. The result is the status of the first failure, else that of lost rows. Throws CFailure
+    /// when an output cannot be written.
+    EExitStatus Run(const SShared& shared);
+
+private:
+    EExitStatus Convert(std::size_t at, const SShared& shared);
+    EExitStatus ConvertTables(const STarget& folder, const CInputFile& input, CTableSource& source,
+                              const SShared& shared);
+    std::vector<STarget> NameTables(const std::string& folder, const std::vector<std::string>& names) const;
+    EExitStatus WriteRows(const std::string& target, const CInputFile& input, const SRows& rows,
+                          const SShared& shared) const;
+    void NoteName(const std::string& subject, const STarget& target, const SShared& shared) const;
+    static EExitStatus Fail(const CFailure& failure, const SShared& shared);
+
+    const SOptions& m_options;
+    bool m_isMany; ///< several tables may be selected
+    std::vector<STarget> m_targets;
+    std::optional<CTakenTargets> m_taken;
+};
+
+} // namespace NSTQ::Tool
