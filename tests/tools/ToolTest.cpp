@@ -152,6 +152,45 @@ TEST_F(Tool, LinesAndColumnsAreLeftOut) {
     Check(cases);
 }
 
+TEST_F(Tool, SeparatorsAreRecognised) {
+    const std::string doubt = "a.csv: the separator is not clear, ',' is taken; if it is not the right one, give "
+                              "--separator ";
+    const SCase cases[] = {
+        {"a.csv", "n;v\n1;2\n", "n,v\r\n1,2\r\n"},
+        {"a.csv", "n|v\n1|2\n", "n,v\r\n1,2\r\n"},
+        {"a.csv", "n\tv\n1\t2\n", "n,v\r\n1,2\r\n"},
+        {"a.dat", BOM + "Sales\n\nn;v\n1,5;2,5\n", "Sales\r\n\r\nn,v\r\n\"1,5\",\"2,5\"\r\n"},
+        {"a.txt", "x|y|z\r\n1|2|3\r\n", "x,y,z\r\n1,2,3\r\n"},
+        // Commas in numbers and texts.
+        {"a.csv", "1,5;2,25\n3,0;4,5\n", "\"1,5\",\"2,25\"\r\n\"3,0\",\"4,5\"\r\n"},
+        {"a.csv", "n;v\nLee, Ann;1\nPoe, Al;2\n", "n,v\r\n\"Lee, Ann\",1\r\n\"Poe, Al\",2\r\n"},
+        {"a.csv", "\"a,b\";\"c\"\n\"d\";\"e\"\"\nf,g\"\n", "\"a,b\",c\r\nd,\"e\"\"\nf,g\"\r\n"},
+        {"a.csv", "\"a;b\",\"c;d\"\n\"e;f\",g\n", "a;b,c;d\r\ne;f,g\r\n"},
+        {"a.csv", "a;x, y, z\nb;x\nc;x, y\nd;x, y, z, w\n",
+         "a,\"x, y, z\"\r\nb,x\r\nc,\"x, y\"\r\nd,\"x, y, z, w\"\r\n"},
+        // What reads as comma-separated stays so.
+        {"a.csv", "1,2,3\n4,5,6\n", "1,2,3\r\n4,5,6\r\n"},
+        {"a.csv", "n,list\n1,a;b\n2,c;d\n", "n,list\r\n1,a;b\r\n2,c;d\r\n"},
+        {"a.csv", "n,v,w\n1,x;y,2\n3,z,\n", "n,v,w\r\n1,x;y,2\r\n3,z,\r\n"},
+        {"a.csv", "x,a;b\n\n\n", "x,a;b\r\n\r\n\r\n"},
+        {"a.csv", "1,a;b;c\n2,c;d;e\n", "1,a;b;c\r\n2,c;d;e\r\n", doubt + "';'"},
+        {"a.csv", "a;b\nc;d\ne;f;g\nh;i\nj;k;l\n", "a;b\r\nc;d\r\ne;f;g\r\nh;i\r\nj;k;l\r\n", doubt + "';'"},
+        {"a.csv", "Dear Sir;\nwe write\nto you\n", "Dear Sir;\r\nwe write\r\nto you\r\n"},
+        {"a.txt", "a\tb;c\nd\te;f\n", "a,b;c\r\nd,e;f\r\n"},
+        {"a.dat", "a|b\nc d\n", "", "neither a comma, semicolon, bar nor TAB", 5},
+        // A quote that is not closed, or is not at the beginning of a field, hides nothing.
+        {"a.csv", "5\";x\n6;\"y\n7;z\n", "\"5\"\"\",x\r\n6,\"y\n7;z\n\"\r\n", "the quote at byte 7", 1},
+        {"a.csv --no-quote-newline", "a;\"b\nc;d\n", "a,b\r\nc,d\r\n"},
+        {"a.csv", "sep=;\nx,y;z,w\n", "sep=,\r\n\"x,y\",\"z,w\"\r\n"},
+        {"a.csv --skip 1", "n,v,w\n1;2\n", "1,2\r\n"},
+        // Options and the extension win.
+        {"a.csv --type csv", "n;v\n1;2\n", "n;v\r\n1;2\r\n"},
+        {"a.csv --separator ,", "n;v\n1;2\n", "n;v\r\n1;2\r\n"},
+        {"a.tsv", "a;b;c\td\ne;f;g\n", "a;b;c,d\r\ne;f;g\r\n"},
+    };
+    Check(cases);
+}
+
 TEST_F(Tool, InfoDescribesAFile) {
     const std::regex form(
         "Type:          comma-separated text\nSize:          [0-9]+ bytes\nUpdated:       20[0-9-]+ "
@@ -271,7 +310,8 @@ TEST_F(InputOutput, GuardsFormulasButNotNumbers) {
         {"=f.csv --formula-guard --max-fields 1 --rejects r", "=1;+b,-2\n", "", "row 1: rejected", 1,
          "r{row,offset,cause,record,file\r\n1,0,\"more than 1 fields\",\"'=1;'+b,-2\",\"'=f.csv\"\r\n}"},
         {"f.csv --formula-guard", "=" + std::string(65'533, 'x') + "\n", "'=" + std::string(65'533, 'x') + "\r\n"},
-        {"f.csv --formula-guard", Repeat("x;=", 21'844) + "\n", Repeat("x;'=", 16'383) + "x\r\n", "than 65535", 1},
+        {"f.csv --formula-guard --separator ,", Repeat("x;=", 21'844) + "\n", Repeat("x;'=", 16'383) + "x\r\n",
+         "than 65535", 1},
     };
     Check(others);
 }

@@ -29,7 +29,8 @@ bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows) {
         m_rejects->SetSource(input.Name(), rows.table, source.Text());
     CReporter reporter(rows.subject, m_options.quiet, m_bar);
     if (source.Text() != nullptr)
-        reporter.Note(source.Text()->DescribeInvalidText());
+        for (const std::string& doubt : source.Text()->DescribeDoubts())
+            reporter.Note(doubt);
     CRowPump pump(m_options, rows.reader, {*m_output, m_rejects, m_columns}, reporter);
     const bool goOn = pump.Begin(source.ColumnNames()) && pump.Run();
     reporter.Finish();

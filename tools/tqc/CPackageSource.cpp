@@ -48,7 +48,7 @@ std::unique_ptr<ISourceReader> CPackageSource::OpenReader() {
         throw CFailure(EExitStatus::Usage, m_input.Name(),
                        "--sheet is for workbooks and databases; " + SCTypeNames::DescribeThis(Type()));
     Unpack(true);
-    auto reader = m_text->OpenDelimited(m_info, SCDataAccessDefine::CAMMA_CODE);
+    auto reader = m_text->OpenDelimited(m_info);
     m_dataPage.emplace(m_text->CodePage());
     return reader;
 }

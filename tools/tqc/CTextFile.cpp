@@ -6,23 +6,27 @@
 #include "SCCodePageNames.h"
 #include "SCContentProbe.h"
 #include "SCEncodingGuess.h"
+#include "SCSeparatorProbe.h"
 #include "tqcAccess/CodePage.h"
 #include "tqcAccess/ErrorText.h"
 
 namespace NSTQ::Tool {
 namespace {
 
-SLineEnd FindLineEnd(const SOptions& options, std::string_view head) {
-    if (options.lineEnd)
-        return *options.lineEnd;
-    return SCTextProbe::FindLineEnd(head, options.separator.value_or(SCDataAccessDefine::CAMMA_CODE));
+SLineEnd FindLineEnd(const SOptions& options, std::string_view head, char separator) {
+    return options.lineEnd ? *options.lineEnd : SCTextProbe::FindLineEnd(head, separator);
+}
+
+/// For messages.
+std::string NameSeparator(char separator) {
+    return separator == SCDataAccessDefine::TAB_CODE ? "tab" : std::string("'") + separator + "'";
 }
 
 } // namespace
 
 CTextFile::CTextFile(const SOptions& options, SPlace place, CFileHead head)
     : m_options(options), m_place(std::move(place)), m_head(std::move(head)),
-      m_lineEnd(FindLineEnd(options, m_head.Bytes())), m_codePage(CodePageOf(options, m_head.Bytes())) {}
+      m_lineEnd(FindLineEnd(options, m_head.Bytes(), Separator())), m_codePage(CodePageOf(options, m_head.Bytes())) {}
 
 std::string_view CTextFile::Head() const {
     const bool hasBom = m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Bom(m_head.Bytes());
@@ -43,6 +47,16 @@ std::string_view CTextFile::Body() const {
 
 bool CTextFile::IsUtf16() const {
     return SCTextProbe::HasUtf16Bom(m_head.Bytes());
+}
+
+bool CTextFile::FindSeparator() {
+    const auto found =
+        SCSeparatorProbe::Find(Body(), m_head.IsWholeFile(), m_lineEnd, m_options.quoteNewLine, m_separator);
+    if (found.separator != m_separator)
+        m_lineEnd = FindLineEnd(m_options, m_head.Bytes(), found.separator);
+    m_separator = found.separator;
+    m_otherSeparator = found.rival;
+    return m_separator != 0;
 }
 
 unsigned CTextFile::CodePageOf(const SOptions& options, std::string_view head) {
@@ -74,14 +88,25 @@ std::string CTextFile::DescribeInvalidText() const {
     return m_options.isEncodingGiven || !CharacterSet().name.empty() ? "" : DescribeCharacterSet();
 }
 
-std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info, char separator) const {
+std::vector<std::string> CTextFile::DescribeDoubts() const {
+    std::vector<std::string> doubts;
+    if (std::string text = DescribeInvalidText(); !text.empty())
+        doubts.push_back(std::move(text));
+    if (m_otherSeparator != 0)
+        doubts.push_back("the separator is not clear, " + NameSeparator(m_separator) +
+                         " is taken; if it is not the right one, give --separator " +
+                         NameSeparator(m_otherSeparator));
+    return doubts;
+}
+
+std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info) const {
     // UTF-8 is read in code page 65001, by the ANSI grammar, which keeps spaces inside fields. RCS_AUTO skips the
     // BOM; a file that is too short for that contains nothing to convert.
     const bool isChosenAnsi = m_options.charSet == CSourceDataInfo::RCS_ANSI;
     info.SetReadCharSet(isChosenAnsi || IsStream() ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
     info.SetKeepLineEnds(m_options.quoteNewLine);
     auto reader = std::make_unique<CCsvSourceReader>(m_options);
-    reader->SetSeparator(m_options.separator.value_or(separator));
+    reader->SetSeparator(Separator());
     OpenFile(*reader, info);
     if (!isChosenAnsi && !IsStream() && Size() == 3 && SCTextProbe::HasUtf8Bom(m_head.Bytes()))
         reader->MoveFileEnd();

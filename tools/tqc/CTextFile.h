@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -38,30 +39,40 @@ public:
     bool IsUtf16() const;
     const SLineEnd& LineEnd() const { return m_lineEnd; }
 
+    /// That of the options, else the one that was set or found, at first a comma; 0 if it is unknown.
+    char Separator() const { return m_options.separator.value_or(m_separator); }
+    void SetSeparator(char separator) { m_separator = separator; }
+    /// Replaces the separator by one that separates the fields of the first rows clearly better. False if there is
+    /// none afterwards.
+    bool FindSeparator();
+
     /// The one in which a file that begins like this is read.
     static unsigned CodePageOf(const SOptions& options, std::string_view head);
     unsigned CodePage() const { return m_codePage; }
     SCharacterSet CharacterSet() const;
     /// The same in words.
     std::string DescribeCharacterSet() const;
-    /// The probable encoding of text that is read as UTF-8 by default, but has invalid bytes at the beginning; else
-    /// empty.
-    std::string DescribeInvalidText() const;
+    /// What was detected but is not certain, for messages: the probable encoding of text that is read as UTF-8 by
+    /// default, but has invalid bytes at the beginning; a separator when another one is as good.
+    std::vector<std::string> DescribeDoubts() const;
 
     // The text must outlive the readers; `info` describes the file and takes what the options and the text tell. Both
     // throw CFailure.
-    std::unique_ptr<ISourceReader> OpenDelimited(CSourceDataInfo& info, char separator) const;
+    std::unique_ptr<ISourceReader> OpenDelimited(CSourceDataInfo& info) const;
     std::unique_ptr<ISourceReader> OpenFixedLength(CSourceDataInfo& info) const;
 
 private:
+    std::string DescribeInvalidText() const;
     bool IsStream() const { return m_place.stream >= 0; }
     void OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& info) const;
 
     const SOptions& m_options;
     SPlace m_place;
     CFileHead m_head;
+    char m_separator = SCDataAccessDefine::CAMMA_CODE;
     SLineEnd m_lineEnd;
     unsigned m_codePage;
+    char m_otherSeparator = 0; ///< one that may be meant instead
 };
 
 } // namespace NSTQ::Tool

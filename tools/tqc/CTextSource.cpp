@@ -1,5 +1,6 @@
 #include "CTextSource.h"
 
+#include "AsciiCase.h"
 #include "CFailure.h"
 #include "SCContentProbe.h"
 #include "SCPathText.h"
@@ -20,8 +21,19 @@ CTextSource::CTextSource(const SOptions& options, const CInputFile& input)
 /// The library uses the extension and a first line that ends in CR LF; other line ends are handled here.
 SCDeclareConstant::ESourceFileType CTextSource::FindType() {
     const auto described = Describe();
-    if (m_input.Type())
-        return *m_input.Type();
+    const auto type = m_input.Type().value_or(FindTypeByName(described));
+    const bool isTabbed = type == SCDeclareConstant::SFT_TXT;
+    const bool isCsv = type == SCDeclareConstant::SFT_CSV;
+    m_text.SetSeparator(isTabbed ? SCDataAccessDefine::TAB_CODE : isCsv ? SCDataAccessDefine::CAMMA_CODE : '\0');
+    const bool isTold = m_input.Type() || (isTabbed && ToAsciiLowerText(m_input.Name()).ends_with(".tsv"));
+    if (isTold || m_options.separator || !m_text.FindSeparator())
+        return type;
+    return m_text.Separator() == SCDataAccessDefine::TAB_CODE ? SCDeclareConstant::SFT_TXT
+                                                              : SCDeclareConstant::SFT_CSV;
+}
+
+/// The type by the name or the first line.
+SCDeclareConstant::ESourceFileType CTextSource::FindTypeByName(SCDeclareConstant::ESourceFileType described) const {
     // The library looks at the first line, which may not be one of the table.
     const bool isTold = m_options.skip == 0 || SCTypeNames::OfFile(m_input.Name()) == described;
     if (isTold && described != SCDeclareConstant::SFT_UNKNOWN && described != SCDeclareConstant::SFT_FIX)
@@ -51,7 +63,7 @@ void CTextSource::CheckReadable() const {
     const std::string& name = m_input.Name();
     if (m_type == SCDeclareConstant::SFT_UNKNOWN)
         throw CFailure(EExitStatus::Unsupported, name,
-                       "unknown type: the first line contains neither a TAB nor a comma; give --type, "
+                       "unknown type: neither a comma, semicolon, bar nor TAB separates its fields; give --type, "
                        "--separator or --widths; see its columns with: tqc preview " +
                            name);
     if (m_type == SCDeclareConstant::SFT_FIX && m_options.widths.empty())
@@ -66,8 +78,7 @@ std::unique_ptr<ISourceReader> CTextSource::OpenReader() {
     CheckReadable();
     if (m_type == SCDeclareConstant::SFT_FIX)
         return m_text.OpenFixedLength(m_info);
-    const bool isTabbed = m_type == SCDeclareConstant::SFT_TXT;
-    return m_text.OpenDelimited(m_info, isTabbed ? SCDataAccessDefine::TAB_CODE : SCDataAccessDefine::CAMMA_CODE);
+    return m_text.OpenDelimited(m_info);
 }
 
 } // namespace NSTQ::Tool

@@ -19,6 +19,7 @@ public:
 
 private:
     SCDeclareConstant::ESourceFileType FindType();
+    SCDeclareConstant::ESourceFileType FindTypeByName(SCDeclareConstant::ESourceFileType described) const;
     SCDeclareConstant::ESourceFileType Describe();
     void CheckReadable() const;
 

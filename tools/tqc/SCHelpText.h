@@ -10,7 +10,7 @@ public:
     static constexpr const char* examples = R"(Examples:
   tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only after everything has been written
   tqc sales.txt | head               write to standard output
-  tqc data.log --separator ';'       any text file whose separator you know
+  tqc data.log --separator :         text with a separator other than , ; | and TAB, which are detected
   tqc old.csv --encoding shift_jis   input in another encoding than the locale's, in which the output is written
   tqc ledger.txt --widths 3,5,8      fixed-length columns of 3, 5 and 8 bytes; to see them: tqc preview ledger.txt
   tqc report.csv --skip 2 --header   the header row is in line 3
@@ -34,6 +34,7 @@ exceeded, 7 writing the output failed.)";
 Detected automatically, unless an option is given:
   type       by the bytes of workbooks, databases and packages; of text by the extension, for .txt and unknown ones
              by the first line: tsv if it contains a TAB, csv if it contains a comma
+  separator  a comma, or a TAB as above; ; | TAB or , instead if it gives rows of equal length and the other does not
   line end   the first one outside quotes in the first 64000 bytes: CR LF or LF; CR only if there is no LF
   encoding   UTF-8 if the file begins with a BOM, else the code page
   code page  of LC_ALL, LC_CTYPE or LANG; utf-8 if these do not name one

@@ -125,8 +125,8 @@ void SCPreview::Show(const SOptions& options, const CInputFile& input) {
     const auto source = SCSources::Open(options, input);
     const auto reader = NeedsRuler(options, *source) ? nullptr : source->OpenReader();
     const CTextFile* const text = source->Text();
-    const std::string doubt = text != nullptr ? text->DescribeInvalidText() : "";
-    if (!doubt.empty() && !options.quiet)
+    const auto doubts = text != nullptr && !options.quiet ? text->DescribeDoubts() : std::vector<std::string>();
+    for (const std::string& doubt : doubts)
         CReporter::Print(input.Name() + ": " + doubt);
     if (reader)
         ShowFields(options, input.Name(), *reader);
