@@ -22,10 +22,12 @@ quick:
 	cmake --build --preset dev --parallel $(JOBS) --target quick_tests
 	ctest --preset dev --parallel $(JOBS) --label-regex '^quick$$'
 
+# EARLIER=PATH: an earlier build of tqc to compare with.
 bench:
 	scripts/install_packages build bench python
-	cmake --preset release -DTQC_BUILD_BENCH=ON -DTQC_BENCH_SIZE=$${SIZE:-256000000}
+	cmake --preset release -DTQC_BUILD_BENCH=ON -DTQC_BENCH_SIZE=$${SIZE:-256000000} -DTQC_BENCH_EARLIER=$(EARLIER)
 	cmake --build --preset release --parallel $(JOBS) --target bench_files
+	cmake --build --preset release --parallel $(JOBS) --target run_program_benchmark
 	cmake --build --preset release --parallel $(JOBS) --target bench_xls
 	cmake --build --preset release --parallel $(JOBS) --target bench_xlsx
 	cmake --build --preset release --parallel $(JOBS) --target run_access_benchmark
