@@ -71,6 +71,11 @@ void CJsonWriter::Add(std::string_view key, bool value) {
     m_text += value ? "true" : "false";
 }
 
+void CJsonWriter::AddNumber(std::string_view key, std::string_view digits) {
+    Begin(key);
+    m_text += digits;
+}
+
 void CJsonWriter::AddNull(std::string_view key) {
     Begin(key);
     m_text += "null";

@@ -20,6 +20,8 @@ public:
     void Add(std::string_view key, const char* value) { Add(key, std::string_view(value)); }
     void Add(std::string_view key, std::int64_t value);
     void Add(std::string_view key, bool value);
+    /// A number that has been formatted for JSON.
+    void AddNumber(std::string_view key, std::string_view digits);
     void AddNull(std::string_view key);
 
     /// The whole text, with a line end.

@@ -75,7 +75,8 @@ Examples:
 Examples:
   tqc info sales.txt
   tqc info sales.txt --code-page 932
-  tqc info sales.txt --json | jq -r .characterSet)";
+  tqc info sales.txt --json | jq -r .characterSet
+  tqc info orders.accdb                      each table with its columns, their types and a first row)";
 
     static constexpr const char* preview =
         R"(The options of the source also apply: --type, --separator, --widths, --sheet and others.

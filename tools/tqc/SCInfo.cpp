@@ -7,6 +7,7 @@
 #include "CTableSource.h"
 #include "CTextFile.h"
 #include "SCSources.h"
+#include "SCTableFacts.h"
 #include "SCTerminal.h"
 #include "SCTypeNames.h"
 
@@ -47,16 +48,25 @@ void PutText(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
+/// UTF-8 in the encoding of the output.
+std::string Encode(const std::string& text, CRowEncoder& encoder) {
+    const char* field = text.data();
+    const char** fields = &field;
+    const auto length = static_cast<WORD>(text.size());
+    const WORD* lengths = &length;
+    encoder.Encode(fields, lengths, 1);
+    return {fields[0], lengths[0]};
+}
+
+/// On one line, in the encoding of the output.
+void PutLine(const std::string& text, CRowEncoder& encoder) {
+    PutText(Encode(SCTerminal::OnOneLine(text), encoder) + '\n');
+}
+
 void PrintTables(const std::vector<CTableSource::STable>& tables, CRowEncoder& encoder) {
     PutText("name\trows\tcolumns\n");
     for (const CTableSource::STable& table : tables) {
-        const std::string shown = SCTerminal::OnOneLine(table.name);
-        const char* name = shown.data();
-        const char** names = &name;
-        const auto length = static_cast<WORD>(shown.size());
-        const WORD* lengths = &length;
-        encoder.Encode(names, lengths, 1);
-        PutText(std::string(names[0], lengths[0]) + '\t');
+        PutText(Encode(SCTerminal::OnOneLine(table.name), encoder) + '\t');
         PutText(table.size ? std::to_string(table.size->rows) + '\t' + std::to_string(table.size->columns) + '\n'
                            : "\t\n");
     }
@@ -117,7 +127,44 @@ void AddTextFacts(CJsonWriter& json, const CTextFile& text) {
     json.Add("lineEnd", NameLineEnd(text.LineEnd()).code);
 }
 
-void ShowAsJson(ISource& source, const CInputFile& input) {
+using TFacts = std::optional<std::vector<STableFacts>>;
+
+void AddSample(CJsonWriter& json, const char* key, const SSampleValue& value) {
+    switch (value.kind) {
+    case SSampleValue::EKind::Null:
+        return json.AddNull(key);
+    case SSampleValue::EKind::Bool:
+        return json.Add(key, value.text == "true");
+    case SSampleValue::EKind::Number:
+        return json.AddNumber(key, value.text);
+    case SSampleValue::EKind::Text:
+        return json.Add(key, value.text);
+    }
+}
+
+void AddTableFacts(CJsonWriter& json, const TFacts& tables) {
+    if (!tables)
+        return json.AddNull("tables");
+    json.BeginList("tables");
+    for (const STableFacts& table : *tables) {
+        json.BeginObject();
+        json.Add("name", table.name);
+        AddNumber(json, "rows", !table.failure ? std::optional(table.rows) : std::nullopt);
+        json.BeginList("columns");
+        for (const STableFacts::SColumn& column : table.columns) {
+            json.BeginObject();
+            json.Add("name", column.name);
+            json.Add("type", column.type);
+            AddSample(json, "first", column.first);
+            json.EndObject();
+        }
+        json.EndList();
+        json.EndObject();
+    }
+    json.EndList();
+}
+
+void ShowAsJson(ISource& source, const CInputFile& input, const TFacts& tables) {
     CJsonWriter json;
     json.BeginObject();
     json.Add("file", input.Name());
@@ -131,8 +178,61 @@ void ShowAsJson(ISource& source, const CInputFile& input) {
         AddNumber(json, "dataFileSize", text == nullptr ? std::nullopt : std::optional(text->Size()));
     if (text != nullptr)
         AddTextFacts(json, *text);
+    if (source.Tables() != nullptr)
+        AddTableFacts(json, tables);
     json.EndObject();
     PutText(json.Finish());
+}
+
+std::string DescribeRows(const STableFacts& table) {
+    if (table.failure)
+        return "cannot be read";
+    return std::to_string(table.rows) + (table.rows == 1 ? " row" : " rows");
+}
+
+/// Names and types in columns of their own.
+void PrintTableFacts(const STableFacts& table, CRowEncoder& encoder) {
+    int nameWidth = 0;
+    int typeWidth = 0;
+    for (const STableFacts::SColumn& column : table.columns) {
+        nameWidth = std::max(nameWidth, SCTerminal::WidthOf(SCTerminal::OnOneLine(column.name)));
+        typeWidth = std::max(typeWidth, SCTerminal::WidthOf(column.type));
+    }
+    PutLine(table.name + ": " + DescribeRows(table), encoder);
+    for (const STableFacts::SColumn& column : table.columns) {
+        std::string line = "  " + SCTerminal::PadToWidth(SCTerminal::OnOneLine(column.name), nameWidth) + "  ";
+        line += column.first.text.empty() ? column.type
+                                          : SCTerminal::PadToWidth(column.type, typeWidth) + "  " + column.first.text;
+        PutLine(line, encoder);
+    }
+}
+
+void PrintTableFacts(const TFacts& tables, unsigned codePage) {
+    if (!tables) {
+        PutText("Tables:        needs a password\n");
+        return;
+    }
+    CRowEncoder encoder(codePage);
+    for (const STableFacts& table : *tables) {
+        PutText("\n");
+        PrintTableFacts(table, encoder);
+    }
+}
+
+/// Throws CFailure for the last table that cannot be read, and reports the others.
+void ReportUnread(const TFacts& tables) {
+    if (!tables)
+        return;
+    std::optional<CFailure> last;
+    for (const STableFacts& table : *tables) {
+        if (!table.failure)
+            continue;
+        if (last)
+            CReporter::Print(last->what());
+        last = table.failure;
+    }
+    if (last)
+        throw *last;
 }
 
 void ShowInWords(ISource& source, const CInputFile& input) {
@@ -177,10 +277,16 @@ void SCInfo::List(const SOptions& options, const CInputFile& input) {
 
 void SCInfo::Show(const SOptions& options, const CInputFile& input) {
     const auto source = SCSources::Open(options, input);
+    TFacts tables;
+    if (source->Tables() != nullptr)
+        tables = SCTableFacts::Collect(options, input);
     if (options.json)
-        ShowAsJson(*source, input);
+        ShowAsJson(*source, input, tables);
     else
         ShowInWords(*source, input);
+    if (!options.json && source->Tables() != nullptr)
+        PrintTableFacts(tables, options.outputCodePage);
+    ReportUnread(tables);
 }
 
 } // namespace NSTQ::Tool

@@ -20,14 +20,6 @@ namespace {
 
 constexpr std::size_t rowsShown = 3;
 
-/// The columns that a terminal gives to a character.
-std::size_t WidthOf(WCHAR unit) {
-    const bool isWide = (unit >= 0x1100 && unit < 0x1160) || (unit >= 0x2E80 && unit < 0xA4D0) ||
-                        (unit >= 0xAC00 && unit < 0xE000) || (unit >= 0xF900 && unit < 0xFB00) ||
-                        (unit >= 0xFF01 && unit < 0xFF61) || (unit >= 0xFFE0 && unit < 0xFFE7);
-    return isWide ? 2 : 1;
-}
-
 /// With '.' for what SCTerminal::IsDisturbing tells of. `isAligned`: a character that is narrower than its bytes is
 /// filled up with blanks, so that a ruler counts bytes.
 void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool isAligned) {
@@ -42,7 +34,8 @@ void PrintVisibly(CRowEncoder& encoder, std::string_view text, bool isAligned) {
         const WORD* lengths = &size;
         encoder.Encode(fields, lengths, 1);
         std::fwrite(fields[0], 1, lengths[0], stdout);
-        for (std::size_t width = WidthOf(units[0]); isAligned && width < character.size(); ++width)
+        for (auto width = static_cast<std::size_t>(SCTerminal::WidthOf(units[0]));
+             isAligned && width < character.size(); ++width)
             std::putchar(' ');
         text.remove_prefix(character.size());
     }

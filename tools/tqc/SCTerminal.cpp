@@ -43,6 +43,24 @@ std::string SCTerminal::CutToColumns(const std::string& text, int columns) {
     return text.substr(0, end);
 }
 
+int SCTerminal::WidthOf(WCHAR unit) {
+    const bool isWide = (unit >= 0x1100 && unit < 0x1160) || (unit >= 0x2E80 && unit < 0xA4D0) ||
+                        (unit >= 0xAC00 && unit < 0xE000) || (unit >= 0xF900 && unit < 0xFB00) ||
+                        (unit >= 0xFF01 && unit < 0xFF61) || (unit >= 0xFFE0 && unit < 0xFFE7);
+    return isWide ? 2 : 1;
+}
+
+int SCTerminal::WidthOf(std::string_view text) {
+    int width = 0;
+    for (const WCHAR unit : SCPathText::ToWide(text, Platform::CP_UTF8))
+        width += WidthOf(unit);
+    return width;
+}
+
+std::string SCTerminal::PadToWidth(const std::string& text, int width) {
+    return text + std::string(static_cast<std::size_t>(std::max(width - WidthOf(text), 0)), ' ');
+}
+
 bool SCTerminal::IsDisturbing(WCHAR unit) {
     const bool isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
     const bool isLineEnd = unit == 0x2028 || unit == 0x2029;

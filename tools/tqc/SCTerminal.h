@@ -19,6 +19,12 @@ public:
     static int CountColumns(Platform::Port::EStream stream);
     /// As many UTF-8 characters as fit in `columns`.
     static std::string CutToColumns(const std::string& text, int columns);
+    /// The columns that a terminal gives to the characters of a text in UTF-8.
+    static int WidthOf(std::string_view text);
+    /// The text, with spaces at the end so that it has `width` columns.
+    static std::string PadToWidth(const std::string& text, int width);
+    /// Of one character: 2 for those of East Asia, else 1.
+    static int WidthOf(WCHAR unit);
     /// A character that would move the cursor, control the terminal, or change the order of the text:
     /// a control character of either range, a line separator, a bidirectional embedding, override or isolate.
     static bool IsDisturbing(WCHAR unit);
