@@ -96,9 +96,9 @@ public:
         AddConvertOptions();
         m_app.option_defaults()->group("Options");
         AddCommand(SOptions::ECommand::Convert, "convert", "Writes files as CSV.", SCHelpText::convert);
-        CLI::App* const info =
-            AddCommand(SOptions::ECommand::Info, "info", "Shows a file's type, size, time and character set; each table with its columns.",
-                       SCHelpText::info);
+        CLI::App* const info = AddCommand(
+            SOptions::ECommand::Info, "info",
+            "Shows a file's type, size, time and character set; each table with its columns.", SCHelpText::info);
         AddCommand(SOptions::ECommand::Preview, "preview",
                    "Shows a file's first rows; fixed-length text under a ruler.", SCHelpText::preview);
         CLI::App* const list =
