@@ -7,6 +7,7 @@ _tqc_takes_value() {
     --password-file | --password-fd | --max-fields | --max-line-size | --max-field-size | --skip | --skip-rows) ;;
     --limit | --columns | --exclude) ;;
     --output-separator | --output-eol | --output-encoding | --numbers | --on-error | --rejects) ;;
+    --to | --binary) ;;
     *) return 1 ;;
     esac
 }
@@ -71,7 +72,7 @@ _tqc() {
         --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --skip-rows
         --limit --columns --exclude --output --out-dir --all --output-separator --output-eol --output-encoding --add-bom
         --formula-guard --numbers --quiet
-        --on-error --rejects --strict --replace'
+        --on-error --rejects --strict --replace --to --no-header --binary'
     COMPREPLY=()
     # "--option=value" comes as three words.
     if [[ $cur == = ]]; then
@@ -86,6 +87,8 @@ _tqc() {
     --encoding) _tqc_words "auto ansi $pages"; return ;;
     --code-page | --output-encoding) _tqc_words "$pages"; return ;;
     --numbers) _tqc_words '15 full'; return ;;
+    --to) _tqc_words 'csv jsonl'; return ;;
+    --binary) _tqc_words 'hex base64 omit'; return ;;
     --on-error) _tqc_words 'stop skip'; return ;;
     --separator | --output-separator) _tqc_words 'tab'; return ;;
     --out-dir) _tqc_paths -d; return ;;

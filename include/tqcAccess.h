@@ -175,9 +175,9 @@ typedef enum tqc_value_type {
     TQC_VALUE_BOOL = 1,    /**< `integer` is 0 or 1 */
     TQC_VALUE_INTEGER = 2, /**< `integer` */
     TQC_VALUE_FLOAT = 3,   /**< `number`, which has the precision of a float: 9 digits tell it */
-    TQC_VALUE_DOUBLE = 4,  /**< `number`: 17 digits tell it; it may be infinite or a NaN if the source has such ones */
-    TQC_VALUE_DECIMAL = 5, /**< `text`: all digits of a decimal number or of currency, such as -12.5, without an exponent
-                              and without zeros at the end of the fraction */
+    TQC_VALUE_DOUBLE = 4, /**< `number`: 17 digits tell it; it may be infinite or a NaN if the source has such ones */
+    TQC_VALUE_DECIMAL = 5, /**< `text`: all digits of a decimal number or of currency, such as -12.5, without an
+                              exponent and without zeros at the end of the fraction */
     TQC_VALUE_DATE = 6,    /**< `text`: the date as ISO 8601 writes it, rounded to the millisecond: 2024-05-06,
                               2024-05-06T07:08:09 or 2024-05-06T07:08:09.120; the time alone when the day is 1899-12-30.
                               `number`: days since 1899-12-30, where the absolute value of the fraction is the time */
@@ -195,8 +195,8 @@ typedef struct tqc_value {
 } tqc_value;
 
 /** Reads the next row as values, which are valid until the next call with these rows. Everything else is as with
-   tqc_next_row, and calls of both may follow each other: all values are complete, those of text sources are texts, and
-   a row of delimited text has as many as it has in the file. The user locale does not matter. */
+   tqc_next_row, and calls of both may follow each other: all values are complete, those of text sources are texts,
+   and a row of delimited text has as many as it has in the file. The user locale does not matter. */
 TQCACCESS_API tqc_status tqc_next_values(tqc_rows* rows, const tqc_value** values, size_t* count, tqc_error** error);
 
 /* ----------------------------------------------------------------------------------------------- batches */

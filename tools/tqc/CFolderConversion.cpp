@@ -1,6 +1,7 @@
 #include "CFolderConversion.h"
 
 #include "CReporter.h"
+#include "CTypedPump.h"
 #include "SCFileNames.h"
 #include "SCSources.h"
 #include "SCTableSelection.h"
@@ -77,40 +78,69 @@ EExitStatus CFolderConversion::Convert(std::size_t at, const SShared& shared) {
     shared.bar.Begin(file);
     const CInputFile input(m_options, file);
     try {
+        if (m_options.format != SOptions::EFormat::Csv && SCSources::HasTables(input))
+            return ConvertTyped(at, input, shared);
         const auto source = SCSources::Open(m_options, input);
-        CTableSource* const tables = m_isMany ? source->Tables() : nullptr;
-        if (tables != nullptr)
-            return ConvertTables(m_targets[m_options.files.size() + at], input, *tables, shared);
-        const STarget& target = m_targets[at];
+        if (CTableSource* const tables = m_isMany ? source->Tables() : nullptr; tables != nullptr) {
+            std::vector<std::size_t> selected;
+            const std::vector<std::string>& names = tables->SelectTables(selected);
+            const auto append = [&](COneOutput& output, std::size_t table, const std::string& subject) {
+                output.AppendRows(input, {*source, tables->OpenTable(table), subject, names[table]});
+            };
+            return ConvertTables(at, input, {tables->TableKind(), names, selected, append}, shared);
+        }
         const auto reader = source->OpenReader();
-        if (m_isMany)
-            m_taken->Take(target.path, file);
-        NoteName(file, target, shared);
-        return WriteRows(target.path, input, {*source, *reader, file, ""}, shared);
+        COneOutput output(m_options, TakeFile(at, shared), shared);
+        output.AppendRows(input, {*source, *reader, file, ""});
+        return Finish(output);
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }
 }
 
+/// A workbook or database into a format with types.
+EExitStatus CFolderConversion::ConvertTyped(std::size_t at, const CInputFile& input, const SShared& shared) {
+    if (!m_isMany) {
+        COneOutput output(m_options, TakeFile(at, shared), shared);
+        output.AppendTables(input);
+        return Finish(output);
+    }
+    const CLibrarySource source(m_options, input, CTypedPump::HasHeaderRow(m_options));
+    const auto& names = source.TableNames();
+    const auto append = [&](COneOutput& output, std::size_t table, const std::string& subject) {
+        output.AppendTable(input, source, table, subject);
+    };
+    const auto selected = SCTableSelection::Find(m_options, names, {input.Name(), source.TableKind()});
+    return ConvertTables(at, input, {source.TableKind(), names, selected, append}, shared);
+}
+
+/// The file for an input that has one.
+const std::string& CFolderConversion::TakeFile(std::size_t at, const SShared& shared) {
+    const STarget& target = m_targets[at];
+    if (m_isMany)
+        m_taken->Take(target.path, m_options.files[at]);
+    NoteName(m_options.files[at], target, shared);
+    return target.path;
+}
+
 /// The source is opened once for all of them.
-EExitStatus CFolderConversion::ConvertTables(const STarget& folder, const CInputFile& input, CTableSource& source,
+EExitStatus CFolderConversion::ConvertTables(std::size_t at, const CInputFile& input, const STables& tables,
                                              const SShared& shared) {
-    std::vector<std::size_t> selected;
-    const std::vector<std::string>& names = source.SelectTables(selected);
-    const std::vector<STarget> targets = NameTables(folder.path, names);
+    const STarget& folder = m_targets[m_options.files.size() + at];
+    const std::vector<STarget> targets = NameTables(folder.path, tables.names);
     // A link that another user has planted would lead out of the folder.
     COutputTarget::FollowLinks(folder.path.substr(0, folder.path.size() - 1));
     MakeFolder(folder.path);
     NoteName(input.Name(), folder, shared);
     EExitStatus status = EExitStatus::Ok;
-    for (const std::size_t table : selected) {
-        const std::string subject = source.DescribeTable(names[table]);
+    for (const std::size_t table : tables.selected) {
+        const std::string subject = input.Name() + ": " + tables.kind + " \"" + tables.names[table] + '"';
         try {
             m_taken->Take(targets[table].path, subject);
-            ISourceReader& reader = source.OpenTable(table);
+            COneOutput output(m_options, targets[table].path, shared);
+            tables.append(output, table, subject);
             NoteName(subject, targets[table], shared);
-            status =
-                Join(status, WriteRows(targets[table].path, input, {source, reader, subject, names[table]}, shared));
+            status = Join(status, Finish(output));
         } catch (const CFailure& failure) {
             status = Join(status, Fail(failure, shared));
         } catch (const Platform::_com_error& error) {
@@ -124,6 +154,7 @@ EExitStatus CFolderConversion::ConvertTables(const STarget& folder, const CInput
 std::vector<STarget> CFolderConversion::NameTables(const std::string& folder,
                                                    const std::vector<std::string>& names) const {
     std::vector<SCFileNames::SWanted> wanted;
+    wanted.reserve(names.size());
     for (const std::string& name : names)
         wanted.push_back({name, SCTargets::Extension(m_options)});
     const std::vector<std::string> made = SCFileNames::Make(wanted);
@@ -133,10 +164,7 @@ std::vector<STarget> CFolderConversion::NameTables(const std::string& folder,
     return targets;
 }
 
-EExitStatus CFolderConversion::WriteRows(const std::string& target, const CInputFile& input, const SRows& rows,
-                                         const SShared& shared) const {
-    COneOutput output(m_options, target, shared);
-    output.AppendRows(input, rows);
+EExitStatus CFolderConversion::Finish(COneOutput& output) {
     output.Finish();
     return output.HasLostRows() ? EExitStatus::RowsLost : EExitStatus::Ok;
 }

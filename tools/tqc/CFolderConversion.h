@@ -11,6 +11,7 @@
 #include "SOptions.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,11 +30,20 @@ public:
 
 private:
     EExitStatus Convert(std::size_t at, const SShared& shared);
-    EExitStatus ConvertTables(const STarget& folder, const CInputFile& input, CTableSource& source,
-                              const SShared& shared);
+    /// The sheets or tables of an open source.
+    struct STables {
+        std::string kind; ///< "sheet" or "table"
+        const std::vector<std::string>& names;
+        std::vector<std::size_t> selected;
+        /// Appends the rows of one of them, which is `subject` in messages.
+        std::function<void(COneOutput& output, std::size_t table, const std::string& subject)> append;
+    };
+
+    EExitStatus ConvertTyped(std::size_t at, const CInputFile& input, const SShared& shared);
+    EExitStatus ConvertTables(std::size_t at, const CInputFile& input, const STables& tables, const SShared& shared);
     std::vector<STarget> NameTables(const std::string& folder, const std::vector<std::string>& names) const;
-    EExitStatus WriteRows(const std::string& target, const CInputFile& input, const SRows& rows,
-                          const SShared& shared) const;
+    const std::string& TakeFile(std::size_t at, const SShared& shared);
+    static EExitStatus Finish(COneOutput& output);
     void NoteName(const std::string& subject, const STarget& target, const SShared& shared) const;
     static EExitStatus Fail(const CFailure& failure, const SShared& shared);
 

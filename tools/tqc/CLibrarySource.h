@@ -23,6 +23,9 @@ public:
         int type;         ///< ADO's number, as in EDataType
     };
 
+    /// The type of a column of which nothing is known: each value has its own.
+    static constexpr int mixedType = 12;
+
     /// Takes the rows over.
     CLibraryRows(const CInputFile& input, tqc_rows* rows);
 
@@ -56,6 +59,8 @@ public:
     CLibrarySource(const SOptions& options, const CInputFile& input, bool hasHeader, bool mayAsk = true);
 
     bool IsWorkbook() const;
+    /// "sheet" or "table".
+    std::string TableKind() const { return IsWorkbook() ? "sheet" : "table"; }
     /// The names of the sheets, or of the tables and views, in the order of the source.
     const std::vector<std::string>& TableNames() const { return m_names; }
     /// By its position among the names. Throws CFailure.

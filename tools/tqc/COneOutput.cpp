@@ -2,7 +2,10 @@
 
 #include "CReporter.h"
 #include "CTextFile.h"
+#include "CTypedPump.h"
+#include "SCFormOptions.h"
 #include "SCSources.h"
+#include "SCTableSelection.h"
 
 namespace NSTQ::Tool {
 
@@ -10,6 +13,8 @@ bool COneOutput::Append(const std::string& file) {
     m_bar.Begin(file);
     const CInputFile input(m_options, file);
     try {
+        if (m_options.format != SOptions::EFormat::Csv && SCSources::HasTables(input))
+            return AppendTables(input);
         const auto source = SCSources::Open(m_options, input);
         const auto reader = source->OpenReader();
         return AppendRows(input, {*source, *reader, input.Name(), ""});
@@ -20,31 +25,62 @@ bool COneOutput::Append(const std::string& file) {
 
 bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows) {
     const ISource& source = rows.source;
-    // Only now, so that nothing is written to a device or pipe if the file cannot be read.
-    if (!m_output)
-        m_output.emplace(m_options, m_name);
-    if (m_output->IsStandardOutput() && input.Head().IsFileOf(Port::GetStandardStream(Port::EStream::Output)))
-        throw CFailure(EExitStatus::Usage, input.Name(), "standard output is the input file; use -o");
+    Open(input);
     if (m_rejects != nullptr)
         m_rejects->SetSource(input.Name(), rows.table, source.Text());
     CReporter reporter(rows.subject, m_options.quiet, m_bar);
     if (source.Text() != nullptr)
         for (const std::string& doubt : source.Text()->DescribeDoubts())
             reporter.Note(doubt);
-    CRowPump pump(m_options, rows.reader, {*m_output, m_rejects, m_columns}, reporter);
+    CRowPump pump(m_options, rows.reader, {*m_output.rows, m_rejects, m_columns}, reporter);
     const bool goOn = pump.Begin(source.ColumnNames()) && pump.Run();
-    reporter.Finish();
-    m_hasLostRows = m_hasLostRows || reporter.HasLostRows();
+    Finish(reporter);
     return goOn;
 }
 
+/// A sheet or table of a workbook or database with its types.
+bool COneOutput::AppendTables(const CInputFile& input) {
+    const CLibrarySource source(m_options, input, CTypedPump::HasHeaderRow(m_options));
+    const std::size_t table =
+        SCTableSelection::FindOne(m_options, source.TableNames(), {input.Name(), source.TableKind()});
+    return AppendTable(input, source, table, input.Name());
+}
+
+bool COneOutput::AppendTable(const CInputFile& input, const CLibrarySource& source, std::size_t table,
+                             const std::string& subject) {
+    SCFormOptions::CheckTyped(m_options, input.Name());
+    CLibraryRows rows = source.Open(table);
+    Open(input);
+    CReporter reporter(subject, m_options.quiet, m_bar);
+    CTypedPump pump(m_options, {rows, source.IsWorkbook()}, {*m_output.typed, m_columns}, reporter);
+    pump.Begin();
+    const bool goOn = pump.Run();
+    Finish(reporter);
+    return goOn;
+}
+
+/// Only when there are rows, so that nothing is written to a device or pipe if the file cannot be read.
+void COneOutput::Open(const CInputFile& input) {
+    if (!m_output.rows)
+        m_output = SCOutputs::Open(m_options, m_name);
+    if (m_output.rows->IsStandardOutput() && input.Head().IsFileOf(Port::GetStandardStream(Port::EStream::Output)))
+        throw CFailure(EExitStatus::Usage, input.Name(), "standard output is the input file; use -o");
+}
+
+void COneOutput::Finish(CReporter& reporter) {
+    for (std::string note = m_output.rows->TakeNote(); !note.empty(); note = m_output.rows->TakeNote())
+        reporter.Note(note);
+    reporter.Finish();
+    m_hasLostRows = m_hasLostRows || reporter.HasLostRows();
+}
+
 void COneOutput::Finish() {
-    if (!m_output)
+    if (!m_output.rows)
         return;
-    m_output->Close();
+    m_output.rows->Close();
     if (m_rejects != nullptr)
         m_rejects->Place();
-    m_output->Replace();
+    m_output.rows->Replace();
 }
 
 } // namespace NSTQ::Tool

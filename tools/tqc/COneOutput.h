@@ -3,14 +3,14 @@
 
 #include "CColumns.h"
 #include "CInputFile.h"
-#include "COutputFile.h"
+#include "CLibrarySource.h"
 #include "CProgressBar.h"
 #include "CRejectFile.h"
 #include "CRowPump.h"
 #include "ISource.h"
+#include "SCOutputs.h"
 #include "SOptions.h"
 
-#include <optional>
 #include <string>
 
 namespace NSTQ::Tool {
@@ -40,18 +40,27 @@ public:
     /// The same with the rows of an input that is open.
     bool AppendRows(const CInputFile& input, const SRows& rows);
 
+    /// For an output with types: the same with what the options select of a workbook or database.
+    bool AppendTables(const CInputFile& input);
+    /// The same with one of its sheets or tables, which is `subject` in messages.
+    bool AppendTable(const CInputFile& input, const CLibrarySource& source, std::size_t table,
+                     const std::string& subject);
+
     /// Replaces the file of rejected rows first: an output without it would look complete.
     void Finish();
 
     bool HasLostRows() const { return m_hasLostRows; }
 
 private:
+    void Open(const CInputFile& input);
+    void Finish(CReporter& reporter);
+
     const SOptions& m_options;
     std::string m_name;
     CRejectFile* m_rejects;
     CProgressBar& m_bar;
     CColumns m_columns;
-    std::optional<COutputFile> m_output;
+    SOutput m_output; ///< null until the first rows can be read
     bool m_hasLostRows = false;
 };
 

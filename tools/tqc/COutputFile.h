@@ -3,27 +3,27 @@
 
 #include "CCsvOutPut.h"
 #include "COutputTarget.h"
+#include "IRowOutput.h"
 #include "SOptions.h"
 
 namespace NSTQ::Tool {
 
-class COutputFile {
+class COutputFile final : public IRowOutput {
 public:
     /// Opens the target `name`; the options determine the form of the rows. Throws CFailure.
     COutputFile(const SOptions& options, const std::string& name);
     /// Removes an incomplete output.
-    ~COutputFile();
+    ~COutputFile() override;
     COutputFile(const COutputFile&) = delete;
     COutputFile& operator=(const COutputFile&) = delete;
 
-    /// False when the reader has closed the pipe. Throws CFailure when the row cannot be written.
-    bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count);
-    /// Writes the buffer. Throws CFailure.
-    void Close();
-    /// Replaces the target by the closed file. Throws CFailure.
-    void Replace() { m_target.Replace(); }
-
-    bool IsStandardOutput() const { return m_target.IsStandardOutput(); }
+    bool WriteNames(const char* const* names, const WORD* lengths, DWORD count) override {
+        return WriteRow(names, lengths, count);
+    }
+    bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count) override;
+    void Close() override;
+    void Replace() override { m_target.Replace(); }
+    bool IsStandardOutput() const override { return m_target.IsStandardOutput(); }
 
 private:
     bool CheckWriter();

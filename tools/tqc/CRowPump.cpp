@@ -80,7 +80,7 @@ bool CRowPump::WriteNames(const std::vector<std::string>& names) {
     if (!m_note.empty())
         m_reporter.ReportRow(DescribeRow(), m_note);
     const bool goOn = !m_targets.columns.TakeNames(m_reporter.File(), written) ||
-                      m_targets.output.WriteRow(m_fields, m_lengths, m_writeCount);
+                      m_targets.output.WriteNames(m_fields, m_lengths, m_writeCount);
     m_isHeader = false;
     return goOn;
 }

@@ -16,12 +16,12 @@
 #include "CColumnSelection.h"
 #include "CColumns.h"
 #include "CFormulaGuard.h"
-#include "COutputFile.h"
 #include "CRejectFile.h"
 #include "CReporter.h"
 #include "CRowEncoder.h"
 #include "CSourceReader.h"
 #include "CSparseRange.h"
+#include "IRowOutput.h"
 #include "SOptions.h"
 
 #include <cstdint>
@@ -32,7 +32,7 @@ namespace NSTQ::Tool {
 
 /// The objects that all inputs of one output share.
 struct SPumpTargets {
-    COutputFile& output;
+    IRowOutput& output;
     CRejectFile* rejects; ///< may be null
     CColumns& columns;
 };

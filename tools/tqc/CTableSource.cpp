@@ -152,7 +152,7 @@ CFailure CTableSource::DescribeUnopened(const STable& table, const std::string& 
     if (const std::string prefix = m_input.Path() + ": "; reason.starts_with(prefix))
         reason.erase(0, prefix.size());
     return {isTooLarge ? EExitStatus::Limit : EExitStatus::Unsupported,
-            DescribeTable(table.name) + " cannot be opened: " + reason + hint};
+            m_input.Name() + ": " + TableKind() + " \"" + table.name + "\" cannot be opened: " + reason + hint};
 }
 
 } // namespace NSTQ::Tool

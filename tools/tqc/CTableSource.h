@@ -44,10 +44,8 @@ public:
     /// Opens one of them, also after another one could not be opened. All have the same reader, which belongs to the
     /// source. Throws CFailure.
     ISourceReader& OpenTable(std::size_t position);
-    /// For messages: the input and the sheet or table.
-    std::string DescribeTable(const std::string& name) const {
-        return m_input.Name() + ": " + TableKind() + " \"" + name + '"';
-    }
+    /// "sheet" or "table".
+    std::string TableKind() const { return NamesItsColumns() ? "table" : "sheet"; }
 
     /// All sheets or tables. Throws CFailure.
     std::vector<STable> ListTables();
@@ -65,7 +63,6 @@ private:
     bool TryToOpen(CTableReader& reader, std::size_t position, bool isFirst);
     [[noreturn]] void ExplainListing() const;
     bool NamesItsColumns() const;
-    std::string TableKind() const { return NamesItsColumns() ? "table" : "sheet"; }
     std::vector<std::string> TableNames() const;
     void TakeColumnNames(CTableReader& reader);
     static STable Look(const std::string& name, CTableReader& reader);

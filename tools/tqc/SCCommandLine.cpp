@@ -6,6 +6,7 @@
 #include "CHelpFormatter.h"
 #include "COutputTarget.h"
 #include "SCCodePageNames.h"
+#include "SCFormOptions.h"
 #include "SCHelpText.h"
 #include "SCTypeNames.h"
 #include "platform/Port.h"
@@ -128,6 +129,7 @@ public:
         CheckFiles();
         CheckOutputs();
         CheckTogether();
+        SCFormOptions::Check(m_app, m_options);
         return true;
     }
 
@@ -334,6 +336,7 @@ private:
                 "write each FILE to a file of its own in DIR, with the extension .csv");
         m_app.add_flag("--all", m_options.allTables,
                        "write every sheet or table to a file of its own in --out-dir; so does a pattern in --sheet");
+        SCFormOptions::Add(m_app, m_options);
         m_app.option_defaults()->group("Invalid rows");
         Add("--on-error", "HOW", "stop | skip (default: truncate the row and write it)",
             [this](const char* name, const auto& value) {

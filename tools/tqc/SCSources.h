@@ -11,6 +11,8 @@ namespace NSTQ::Tool {
 
 class SCSources {
 public:
+    /// Whether the input is a workbook or database.
+    static bool HasTables(const CInputFile& input);
     /// Sets the code page until the source is gone. The options and the input must outlive it. Throws CFailure.
     static std::unique_ptr<ISource> Open(const SOptions& options, const CInputFile& input);
 };

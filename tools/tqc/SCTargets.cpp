@@ -4,6 +4,7 @@
 #include "CInputFile.h"
 #include "COutputTarget.h"
 #include "SCFileNames.h"
+#include "SCFormOptions.h"
 #include "SCTypeNames.h"
 #include "tqcAccess/ErrorText.h"
 
@@ -32,8 +33,8 @@ std::string FolderOf(const SOptions& options) {
 
 } // namespace
 
-const char* SCTargets::Extension(const SOptions& /*options*/) {
-    return ".csv";
+std::string SCTargets::Extension(const SOptions& options) {
+    return SCFormOptions::ExtensionOf(options.format);
 }
 
 std::vector<STarget> SCTargets::FilesInFolder(const SOptions& options) {

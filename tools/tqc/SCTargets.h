@@ -20,8 +20,8 @@ struct STarget {
 
 class SCTargets {
 public:
-    /// The extension of the outputs in a folder, ".csv".
-    static const char* Extension(const SOptions& options);
+    /// The extension of the outputs in a folder, such as ".csv", by their format.
+    static std::string Extension(const SOptions& options);
 
     /// For each input a file in the folder that the options name: the input's name with the extension of the outputs.
     static std::vector<STarget> FilesInFolder(const SOptions& options);

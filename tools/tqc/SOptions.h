@@ -32,6 +32,16 @@ struct SOptions {
         Skip  ///< it is left out
     };
 
+    /// What is written.
+    enum class EFormat { Csv, JsonLines, Sqlite };
+
+    /// How bytes are written as text.
+    enum class EBinary {
+        Hex, ///< 0x and two digits for each
+        Base64,
+        Omit ///< not at all: the value is missing
+    };
+
     ECommand command = ECommand::Convert;
     std::vector<std::string> files; ///< as given; "-" is standard input
     std::string output;             ///< empty for standard output
@@ -61,6 +71,9 @@ struct SOptions {
     std::uint64_t skip = 0;     ///< lines of text, or rows of a sheet, before the header row
     std::uint64_t skipRows = 0; ///< rows after it
     std::uint64_t limit = std::numeric_limits<std::uint64_t>::max();
+
+    EFormat format = EFormat::Csv;
+    std::optional<EBinary> binary; ///< none for the default of the format
 
     char outputSeparator = SCDataAccessDefine::CAMMA_CODE;
     SLineEnd outputLineEnd;

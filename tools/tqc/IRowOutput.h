@@ -1,0 +1,35 @@
+// What a conversion writes its rows to: an output in one of the formats.
+#pragma once
+
+#include "tqcAccess.h"
+#include "tqcAccess/Types.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace NSTQ::Tool {
+
+/// Every member throws CFailure when the output cannot be written. Those that return bool return false when the
+/// reader has closed the pipe, because it needs no more data.
+class IRowOutput {
+public:
+    virtual ~IRowOutput() = default;
+
+    /// The rows that follow are those of an input, or of a sheet or table of it if that has a name.
+    virtual void BeginTable(const std::string& /*input*/, const std::string& /*table*/) {}
+    /// The names of the columns, in the encoding of the output; before the first row, or never.
+    virtual bool WriteNames(const char* const* names, const WORD* lengths, DWORD count) = 0;
+    /// A row of texts in the encoding of the output.
+    virtual bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count) = 0;
+    /// What the user is to be told about the names and rows since the last call; empty for nothing.
+    virtual std::string TakeNote() { return {}; }
+
+    /// Writes what is still in memory.
+    virtual void Close() = 0;
+    /// Replaces the target by the closed output.
+    virtual void Replace() = 0;
+    virtual bool IsStandardOutput() const = 0;
+};
+
+} // namespace NSTQ::Tool
