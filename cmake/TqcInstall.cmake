@@ -27,7 +27,7 @@ install(FILES
 # Libs.private and not Requires.private: pkg-config wants the latter installed even for the shared library.
 # The runtime of C++ is for programs in C.
 set(tqc_private_libraries
-  "$<$<OR:$<BOOL:${TQC_WITH_ZIP}>,$<BOOL:${TQC_WITH_XLSX}>>:-lz>"
+  "$<$<OR:$<BOOL:${TQC_WITH_ZIP}>,$<BOOL:${TQC_WITH_XLSX}>>:$<IF:$<BOOL:${TQC_WITH_ISAL}>,-lisal,-lz>>"
   "$<$<BOOL:${TQC_WITH_ENCRYPTION}>:$<IF:$<BOOL:${WIN32}>,-lbcrypt,-lcrypto>>"
   -lstdc++ -lm)
 # Relative, so that an installed tree can be moved.

@@ -41,7 +41,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 # What the static library was built to use; programs that link it need the development packages.
 set(tqc_static_needs)
 if(TQC_WITH_ZIP OR TQC_WITH_XLSX)
-  list(APPEND tqc_static_needs zlib1g-dev)
+  list(APPEND tqc_static_needs ${tqc_inflate_package})
 endif()
 if(TQC_WITH_ENCRYPTION)
   list(APPEND tqc_static_needs libssl-dev)

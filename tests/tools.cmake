@@ -5,7 +5,7 @@ if(TARGET tqc AND TQC_WITH_ZIP AND TQC_WITH_XLSX AND TQC_WITH_XLS)
   target_compile_definitions(tool_test PRIVATE
     TQC_PROGRAM="$<TARGET_FILE:tqc>" TQC_SAMPLES="${PROJECT_SOURCE_DIR}/examples/data"
     TQC_COMPLETIONS="${PROJECT_SOURCE_DIR}/completions" TQC_MANUAL="${PROJECT_SOURCE_DIR}/man/tqc.1")
-  target_link_libraries(tool_test PRIVATE ZLIB::ZLIB util) # openpty, forkpty
+  target_link_libraries(tool_test PRIVATE util) # openpty, forkpty
   if(TQC_WITH_ENCRYPTION)
     target_compile_definitions(tool_test PRIVATE TQC_WITH_ENCRYPTION)
   endif()

@@ -16,7 +16,9 @@ using namespace std::string_view_literals;
 
 constexpr SInflateLimits someLimits = {1U << 26, 1U << 16, 100};
 
-std::string Content(const std::string& zip, std::string_view name, const SInflateLimits& limits = someLimits) {
+/// Read in pieces of `size` bytes.
+std::string Content(const std::string& zip, std::string_view name, const SInflateLimits& limits = someLimits,
+                    std::size_t size = 1000) {
     std::unique_ptr<IByteStream> stream;
     {
         const CZipArchive reader(std::make_shared<CMemoryAccess>(zip));
@@ -26,9 +28,9 @@ std::string Content(const std::string& zip, std::string_view name, const SInflat
         stream = reader.Open(*entry, limits);
     }
     std::string content;
-    unsigned char buffer[1000];
-    while (const std::size_t count = stream->Read(buffer))
-        content.append(reinterpret_cast<char*>(buffer), count);
+    std::string buffer(size, '\0');
+    while (const std::size_t count = stream->Read({reinterpret_cast<unsigned char*>(buffer.data()), size}))
+        content.append(buffer, 0, count);
     return content;
 }
 
@@ -53,6 +55,19 @@ TEST(ZipReader, ReadsStoredAndDeflatedEntriesInEveryFormOfDirectory) {
         EXPECT_EQ(Content(bytes, "empty") + Content(bytes, "none"), "");
         EXPECT_EQ(Content(bytes, "b"), "no entry");
     }
+}
+
+/// When output is due from bytes that have all been taken.
+TEST(ZipReader, ReadsToTheEndInPiecesOfAnySize) {
+    for (std::size_t length = 1; length <= 600; length += length < 40 ? 1 : 111)
+        for (const std::size_t period : {1U, 2U, 3U, 7U}) {
+            std::string content;
+            for (std::size_t i = 0; i < length; ++i)
+                content += static_cast<char>('a' + i % period);
+            const std::string zip = MakeZip({Deflated({.name = "a", .content = content})});
+            for (std::size_t size = 1; size <= std::min<std::size_t>(length, 260); size += size < 20 ? 1 : 30)
+                ASSERT_EQ(Content(zip, "a", someLimits, size), content) << size;
+        }
 }
 
 TEST(ZipReader, RefusesForgedEntries) {

@@ -5,7 +5,6 @@
 #include "providers/encryption/Encryption.h"
 
 #include <algorithm>
-#include <new>
 
 namespace NSTQ::Providers {
 
@@ -49,25 +48,19 @@ bool CZipEntryStream::Supports(const SZipEntry& entry) {
 CZipEntryStream::CZipEntryStream(const std::shared_ptr<IRandomAccess>& archive, const SZipEntry& entry,
                                  const SInflateLimits& limits, const std::string& passWord)
     : m_name(entry.name), m_limits(limits), m_size(entry.size), m_wantedCrc(entry.crc),
-      m_hasChecksum(entry.HasChecksum()), m_isDeflated(entry.Compression() == SZipEntry::deflated) {
+      m_hasChecksum(entry.HasChecksum()) {
     CheckClaims(entry);
     m_packed = OpenPacked(archive, entry, passWord);
-    if (!m_isDeflated)
+    if (entry.Compression() != SZipEntry::deflated)
         return;
     m_input.resize(inputSize);
-    if (inflateInit2(&m_zlib, -MAX_WBITS) != Z_OK)
-        throw std::bad_alloc();
-}
-
-CZipEntryStream::~CZipEntryStream() {
-    if (m_isDeflated)
-        inflateEnd(&m_zlib);
+    m_inflater.emplace();
 }
 
 void CZipEntryStream::CheckClaims(const SZipEntry& entry) const {
     if (!Supports(entry))
         Fail("its compression method or encryption is unknown: " + std::to_string(entry.Compression()));
-    if (!m_isDeflated && !entry.IsEncrypted() && entry.packedSize != entry.size)
+    if (entry.Compression() == SZipEntry::stored && !entry.IsEncrypted() && entry.packedSize != entry.size)
         Fail("it is stored without compression, but has two different sizes");
     if (entry.size > m_limits.maxSize)
         Fail("it is larger than allowed: " + std::to_string(entry.size) + " bytes");
@@ -76,7 +69,7 @@ void CZipEntryStream::CheckClaims(const SZipEntry& entry) const {
 std::size_t CZipEntryStream::Read(std::span<unsigned char> target) {
     if (m_isEnd)
         return 0;
-    const std::size_t count = m_isDeflated ? Inflate(target) : CopyStored(target);
+    const std::size_t count = m_inflater ? Inflate(target) : CopyStored(target);
     Count(target.first(count));
     if (m_isEnd)
         CheckEnd();
@@ -87,27 +80,27 @@ void CZipEntryStream::FillInput() {
     const std::size_t count = m_packed->Read(m_input);
     if (count == 0)
         Fail("its compressed bytes end too early");
-    m_zlib.next_in = m_input.data();
-    m_zlib.avail_in = static_cast<uInt>(count);
+    m_inflater->SetInput({m_input.data(), count});
 }
 
 std::size_t CZipEntryStream::Inflate(std::span<unsigned char> target) {
-    const auto room = static_cast<uInt>(std::min<std::size_t>(target.size(), 1U << 30));
-    m_zlib.next_out = target.data();
-    m_zlib.avail_out = room;
-    while (m_zlib.avail_out == room && !m_isEnd) {
-        if (m_zlib.avail_in == 0)
-            FillInput();
-        const uInt before = m_zlib.avail_in;
-        const int result = inflate(&m_zlib, Z_NO_FLUSH);
-        m_consumed += before - m_zlib.avail_in;
-        if (result == Z_MEM_ERROR)
-            throw std::bad_alloc();
-        if (result != Z_OK && result != Z_STREAM_END)
+    constexpr std::size_t maxRoom = std::size_t{1} << 30;
+    target = target.first(std::min(target.size(), maxRoom));
+    std::size_t count = 0;
+    // Input comes only when nothing is left: of bytes that were taken long ago, output may still be due.
+    while (!m_isEnd) {
+        const std::size_t before = m_inflater->GetInputLeft();
+        const CInflater::EState state = m_inflater->Inflate(target, count);
+        m_consumed += before - m_inflater->GetInputLeft();
+        m_isEnd = state == CInflater::EState::End;
+        if (state == CInflater::EState::Damaged || (count == 0 && !m_isEnd && m_inflater->GetInputLeft() > 0))
             Fail("its compressed bytes are damaged");
-        m_isEnd = result == Z_STREAM_END;
+        if (count > 0)
+            break;
+        if (!m_isEnd)
+            FillInput();
     }
-    return room - m_zlib.avail_out;
+    return count;
 }
 
 std::size_t CZipEntryStream::CopyStored(std::span<unsigned char> target) {
@@ -125,7 +118,7 @@ void CZipEntryStream::Count(std::span<const unsigned char> bytes) {
     if (m_produced > m_limits.freeSize && m_produced / m_limits.maxRatio > m_consumed)
         Fail("its compression ratio exceeds " + std::to_string(m_limits.maxRatio));
     if (m_hasChecksum)
-        m_crc = static_cast<std::uint32_t>(crc32_z(m_crc, bytes.data(), bytes.size()));
+        m_crc = CInflater::AddToCrc(m_crc, bytes);
 }
 
 void CZipEntryStream::CheckEnd() const {

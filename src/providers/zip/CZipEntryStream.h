@@ -2,11 +2,11 @@
 #pragma once
 
 #include "providers/common/ByteSources.h"
+#include "providers/zip/CInflater.h"
 #include "providers/zip/CZipDirectory.h"
 
-#include <zlib.h>
-
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,7 +32,6 @@ public:
                     const SInflateLimits& limits, const std::string& passWord = {});
     CZipEntryStream(const CZipEntryStream&) = delete;
     CZipEntryStream& operator=(const CZipEntryStream&) = delete;
-    ~CZipEntryStream() override;
 
     /// As the interface says. The end is returned only if size and checksum are right.
     std::size_t Read(std::span<unsigned char> target) override;
@@ -57,9 +56,8 @@ private:
     std::uint32_t m_wantedCrc;
     std::uint32_t m_crc = 0;
     bool m_hasChecksum;
-    bool m_isDeflated;
     bool m_isEnd = false;
-    z_stream m_zlib = {};
+    std::optional<CInflater> m_inflater; ///< of a deflated entry
     std::vector<unsigned char> m_input;
 };
 

@@ -1,0 +1,17 @@
+# The library that decompresses, as targets are linked to it: tqc_inflate_library; and its Debian package.
+set(tqc_inflate_library)
+if(NOT TQC_WITH_ZIP AND NOT TQC_WITH_XLSX)
+  return()
+endif()
+if(TQC_WITH_ISAL)
+  # By its name: it has no CMake package, whose target an installed one could refer to.
+  find_path(TQC_ISAL_HEADERS isa-l/igzip_lib.h REQUIRED)
+  find_library(TQC_ISAL_LIBRARY isal REQUIRED)
+  mark_as_advanced(TQC_ISAL_HEADERS TQC_ISAL_LIBRARY)
+  set(tqc_inflate_library isal)
+  set(tqc_inflate_package libisal-dev)
+else()
+  find_package(ZLIB REQUIRED)
+  set(tqc_inflate_library ZLIB::ZLIB)
+  set(tqc_inflate_package zlib1g-dev)
+endif()
