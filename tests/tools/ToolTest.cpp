@@ -194,7 +194,7 @@ TEST_F(Tool, SeparatorsAreRecognised) {
 TEST_F(Tool, InfoDescribesAFile) {
     const std::regex form(
         "Type:          comma-separated text\nSize:          [0-9]+ bytes\nUpdated:       20[0-9-]+ "
-        "[0-9:]+ [+-][0-9]+\nCharacter set: UTF-8 \\(BOM\\)\nLine end:      CR LF\n");
+        "[0-9:]+ [+-][0-9]+\nCharacter set: UTF-8 \\(BOM\\)\nLine end:      CR LF\nSeparator:     comma\n");
     EXPECT_TRUE(std::regex_match(Run("info " TQC_SAMPLES "/prices-utf8.csv").output, form));
 }
 
@@ -328,7 +328,8 @@ TEST_F(InputOutput, DescribesFilesInJson) {
     };
     EXPECT_EQ(info("bad.csv"), "{\n  \"file\": \"bad.csv\",\n  \"type\": \"csv\",\n"
                                "  \"description\": \"comma-separated text\",\n  \"size\": 32,\n  \"updated\": TIME,\n"
-                               "  \"characterSet\": \"utf-8\",\n  \"bom\": true,\n  \"lineEnd\": \"crlf\"\n}\n");
+                               "  \"characterSet\": \"utf-8\",\n  \"bom\": true,\n  \"lineEnd\": \"crlf\",\n"
+                               "  \"separator\": \",\"\n}\n");
     // Neither the name nor the content is UTF-8, and the type is unknown.
     m_folder.WriteFile("\"\x1F\xC2\x9B\xFF.q", "\xFF\n");
     EXPECT_EQ(info("\"\x1F\xC2\x9B\xFF.q"),
@@ -336,6 +337,15 @@ TEST_F(InputOutput, DescribesFilesInJson) {
               "  \"description\": \"unknown\",\n  \"size\": 2,\n  \"updated\": TIME,\n"
               "  \"characterSet\": null,\n  \"bom\": false,\n  \"lineEnd\": \"lf\"\n}\n");
     EXPECT_THAT(info("z.xtqf"), testing::AllOf(HasSubstr("\"dataFileSize\": 10,"), HasSubstr("\"lineEnd\": \"lf\"")));
+#ifdef TQC_WITH_ACCESS
+    EXPECT_THAT(info(TQC_SAMPLES "/stock.accdb"),
+                HasSubstr("\"name\": \"Price\",\n          \"type\": \"currency\",\n          \"first\": 0.125\n"));
+    EXPECT_THAT(info(TQC_SAMPLES "/stock-locked.accdb"), HasSubstr("\"tables\": null"));
+#endif
+    EXPECT_THAT(info("book.xlsx"), HasSubstr("\"rows\": 0,\n"));
+    EXPECT_THAT(info("book.xlsx --no-header"), HasSubstr("\"rows\": 1,\n"));
+    m_folder.WriteFile("damaged.xlsx", "PK\3\4");
+    EXPECT_EQ(Run("info damaged.xlsx").status, 5);
 }
 
 TEST_F(InputOutput, TheManualAndTheCompletionsHaveEveryOption) {

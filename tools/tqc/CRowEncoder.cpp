@@ -75,6 +75,15 @@ void CRowEncoder::Encode(const char**& fields, const WORD*& lengths, DWORD count
     lengths = m_lengths.data();
 }
 
+std::string CRowEncoder::EncodeText(const std::string& text) {
+    const char* field = text.data();
+    const char** fields = &field;
+    const auto length = static_cast<WORD>(text.size());
+    const WORD* lengths = &length;
+    Encode(fields, lengths, 1);
+    return {fields[0], lengths[0]};
+}
+
 void CRowEncoder::EncodeField(const char* text, WORD length) {
     const std::size_t start = m_text.size();
     m_starts.push_back(start);

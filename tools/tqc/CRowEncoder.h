@@ -25,6 +25,9 @@ public:
     /// Replaces the fields by the encoded ones, if they differ. They are valid until the next row.
     void Encode(const char**& fields, const WORD*& lengths, DWORD count);
 
+    /// A text of at most 65535 bytes.
+    std::string EncodeText(const std::string& text);
+
     /// Of the last row, in words: bytes that mean nothing in the source's code page, for which something else stands
     /// now. Empty when there were none, or when the output is in that page, unless it is UTF-8.
     const std::string& SourceLoss() const { return m_sourceLoss; }

@@ -67,11 +67,13 @@ void SCFormOptions::Add(CLI::App& app, SOptions& options) {
             [&options](const std::string& value) { options.binary = Choose<EBinary>("--binary", value, binaries); });
     app.add_flag_function(
            "--no-header", [](std::int64_t) {},
-           "jsonl: arrays instead of objects; the first row is a row like any other")
+           "jsonl, info: the first row is a row like any other; jsonl writes arrays")
         ->excludes("--header");
 }
 
 void SCFormOptions::Check(const CLI::App& app, SOptions& options) {
+    if (options.command == SOptions::ECommand::Info)
+        options.header = app.count("--no-header") == 0;
     if (options.command != SOptions::ECommand::Convert)
         return;
     options.format = FormatOf(app, options);

@@ -4,10 +4,10 @@
 #include "CJsonWriter.h"
 #include "CReporter.h"
 #include "CRowEncoder.h"
+#include "CTableFacts.h"
 #include "CTableSource.h"
 #include "CTextFile.h"
 #include "SCSources.h"
-#include "SCTableFacts.h"
 #include "SCTerminal.h"
 #include "SCTypeNames.h"
 
@@ -48,25 +48,10 @@ void PutText(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/// UTF-8 in the encoding of the output.
-std::string Encode(const std::string& text, CRowEncoder& encoder) {
-    const char* field = text.data();
-    const char** fields = &field;
-    const auto length = static_cast<WORD>(text.size());
-    const WORD* lengths = &length;
-    encoder.Encode(fields, lengths, 1);
-    return {fields[0], lengths[0]};
-}
-
-/// On one line, in the encoding of the output.
-void PutLine(const std::string& text, CRowEncoder& encoder) {
-    PutText(Encode(SCTerminal::OnOneLine(text), encoder) + '\n');
-}
-
 void PrintTables(const std::vector<CTableSource::STable>& tables, CRowEncoder& encoder) {
     PutText("name\trows\tcolumns\n");
     for (const CTableSource::STable& table : tables) {
-        PutText(Encode(SCTerminal::OnOneLine(table.name), encoder) + '\t');
+        PutText(encoder.EncodeText(SCTerminal::OnOneLine(table.name)) + '\t');
         PutText(table.size ? std::to_string(table.size->rows) + '\t' + std::to_string(table.size->columns) + '\n'
                            : "\t\n");
     }
@@ -120,6 +105,25 @@ void AddText(CJsonWriter& json, const char* key, const std::string& value) {
         json.Add(key, value);
 }
 
+bool IsDelimited(const ISource& source) {
+    const auto type = source.Type();
+    return type == SCDeclareConstant::SFT_CSV || type == SCDeclareConstant::SFT_TXT ||
+           type == SCDeclareConstant::SFT_XTQF;
+}
+
+std::string DescribeSeparator(char separator) {
+    switch (separator) {
+    case SCDataAccessDefine::CAMMA_CODE:
+        return "comma";
+    case SCDataAccessDefine::TAB_CODE:
+        return "TAB";
+    case ';':
+        return "semicolon";
+    default:
+        return {separator};
+    }
+}
+
 void AddTextFacts(CJsonWriter& json, const CTextFile& text) {
     const CTextFile::SCharacterSet set = text.CharacterSet();
     AddText(json, "characterSet", set.name);
@@ -127,44 +131,7 @@ void AddTextFacts(CJsonWriter& json, const CTextFile& text) {
     json.Add("lineEnd", NameLineEnd(text.LineEnd()).code);
 }
 
-using TFacts = std::optional<std::vector<STableFacts>>;
-
-void AddSample(CJsonWriter& json, const char* key, const SSampleValue& value) {
-    switch (value.kind) {
-    case SSampleValue::EKind::Null:
-        return json.AddNull(key);
-    case SSampleValue::EKind::Bool:
-        return json.Add(key, value.text == "true");
-    case SSampleValue::EKind::Number:
-        return json.AddNumber(key, value.text);
-    case SSampleValue::EKind::Text:
-        return json.Add(key, value.text);
-    }
-}
-
-void AddTableFacts(CJsonWriter& json, const TFacts& tables) {
-    if (!tables)
-        return json.AddNull("tables");
-    json.BeginList("tables");
-    for (const STableFacts& table : *tables) {
-        json.BeginObject();
-        json.Add("name", table.name);
-        AddNumber(json, "rows", !table.failure ? std::optional(table.rows) : std::nullopt);
-        json.BeginList("columns");
-        for (const STableFacts::SColumn& column : table.columns) {
-            json.BeginObject();
-            json.Add("name", column.name);
-            json.Add("type", column.type);
-            AddSample(json, "first", column.first);
-            json.EndObject();
-        }
-        json.EndList();
-        json.EndObject();
-    }
-    json.EndList();
-}
-
-void ShowAsJson(ISource& source, const CInputFile& input, const TFacts& tables) {
+void ShowAsJson(ISource& source, const CInputFile& input, const CTableFacts* tables) {
     CJsonWriter json;
     json.BeginObject();
     json.Add("file", input.Name());
@@ -178,61 +145,12 @@ void ShowAsJson(ISource& source, const CInputFile& input, const TFacts& tables) 
         AddNumber(json, "dataFileSize", text == nullptr ? std::nullopt : std::optional(text->Size()));
     if (text != nullptr)
         AddTextFacts(json, *text);
-    if (source.Tables() != nullptr)
-        AddTableFacts(json, tables);
+    if (text != nullptr && IsDelimited(source))
+        json.Add("separator", std::string(1, text->Separator()));
+    if (tables != nullptr)
+        tables->AddTo(json);
     json.EndObject();
     PutText(json.Finish());
-}
-
-std::string DescribeRows(const STableFacts& table) {
-    if (table.failure)
-        return "cannot be read";
-    return std::to_string(table.rows) + (table.rows == 1 ? " row" : " rows");
-}
-
-/// Names and types in columns of their own.
-void PrintTableFacts(const STableFacts& table, CRowEncoder& encoder) {
-    int nameWidth = 0;
-    int typeWidth = 0;
-    for (const STableFacts::SColumn& column : table.columns) {
-        nameWidth = std::max(nameWidth, SCTerminal::WidthOf(SCTerminal::OnOneLine(column.name)));
-        typeWidth = std::max(typeWidth, SCTerminal::WidthOf(column.type));
-    }
-    PutLine(table.name + ": " + DescribeRows(table), encoder);
-    for (const STableFacts::SColumn& column : table.columns) {
-        std::string line = "  " + SCTerminal::PadToWidth(SCTerminal::OnOneLine(column.name), nameWidth) + "  ";
-        line += column.first.text.empty() ? column.type
-                                          : SCTerminal::PadToWidth(column.type, typeWidth) + "  " + column.first.text;
-        PutLine(line, encoder);
-    }
-}
-
-void PrintTableFacts(const TFacts& tables, unsigned codePage) {
-    if (!tables) {
-        PutText("Tables:        needs a password\n");
-        return;
-    }
-    CRowEncoder encoder(codePage);
-    for (const STableFacts& table : *tables) {
-        PutText("\n");
-        PrintTableFacts(table, encoder);
-    }
-}
-
-/// Throws CFailure for the last table that cannot be read, and reports the others.
-void ReportUnread(const TFacts& tables) {
-    if (!tables)
-        return;
-    std::optional<CFailure> last;
-    for (const STableFacts& table : *tables) {
-        if (!table.failure)
-            continue;
-        if (last)
-            CReporter::Print(last->what());
-        last = table.failure;
-    }
-    if (last)
-        throw *last;
 }
 
 void ShowInWords(ISource& source, const CInputFile& input) {
@@ -248,6 +166,8 @@ void ShowInWords(ISource& source, const CInputFile& input) {
     if (text != nullptr) {
         std::printf("Character set: %s\n", text->DescribeCharacterSet().c_str());
         std::printf("Line end:      %s\n", NameLineEnd(text->LineEnd()).words);
+        if (IsDelimited(source))
+            std::printf("Separator:     %s\n", DescribeSeparator(text->Separator()).c_str());
     }
 }
 
@@ -277,16 +197,17 @@ void SCInfo::List(const SOptions& options, const CInputFile& input) {
 
 void SCInfo::Show(const SOptions& options, const CInputFile& input) {
     const auto source = SCSources::Open(options, input);
-    TFacts tables;
+    std::optional<CTableFacts> tables;
     if (source->Tables() != nullptr)
-        tables = SCTableFacts::Collect(options, input);
+        tables.emplace(options, input);
     if (options.json)
-        ShowAsJson(*source, input, tables);
+        ShowAsJson(*source, input, tables ? &*tables : nullptr);
     else
         ShowInWords(*source, input);
-    if (!options.json && source->Tables() != nullptr)
-        PrintTableFacts(tables, options.outputCodePage);
-    ReportUnread(tables);
+    if (tables && !options.json)
+        tables->Print(options.outputCodePage);
+    if (tables)
+        tables->Check();
 }
 
 } // namespace NSTQ::Tool

@@ -1,5 +1,8 @@
-#include "SCTableFacts.h"
+#include "CTableFacts.h"
 
+#include "CLibrarySource.h"
+#include "CReporter.h"
+#include "CRowEncoder.h"
 #include "SCPassWord.h"
 #include "SCTerminal.h"
 #include "tqcAccess/DataType.h"
@@ -8,6 +11,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 
 namespace NSTQ::Tool {
 namespace {
@@ -104,21 +108,116 @@ STableFacts Look(const CLibrarySource& source, std::size_t table) {
     return facts;
 }
 
+void AddSample(CJsonWriter& json, const char* key, const SSampleValue& value) {
+    switch (value.kind) {
+    case SSampleValue::EKind::Null:
+        return json.AddNull(key);
+    case SSampleValue::EKind::Bool:
+        return json.Add(key, value.text == "true");
+    case SSampleValue::EKind::Number:
+        return json.AddNumber(key, value.text);
+    case SSampleValue::EKind::Text:
+        return json.Add(key, value.text);
+    }
+}
+
+void AddTable(CJsonWriter& json, const STableFacts& table) {
+    json.BeginObject();
+    json.Add("name", table.name);
+    if (table.failure)
+        json.AddNull("rows");
+    else
+        json.Add("rows", table.rows);
+    json.BeginList("columns");
+    for (const STableFacts::SColumn& column : table.columns) {
+        json.BeginObject();
+        json.Add("name", column.name);
+        json.Add("type", column.type);
+        AddSample(json, "first", column.first);
+        json.EndObject();
+    }
+    json.EndList();
+    json.EndObject();
+}
+
+void Put(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+/// A line, in the encoding of the output.
+void PutLine(const std::string& text, CRowEncoder& encoder) {
+    Put(encoder.EncodeText(SCTerminal::OnOneLine(text)) + '\n');
+}
+
+std::string DescribeRows(const STableFacts& table) {
+    if (table.failure)
+        return "cannot be read";
+    return std::to_string(table.rows) + (table.rows == 1 ? " row" : " rows");
+}
+
+/// Names and types in columns of their own.
+void PrintTable(const STableFacts& table, CRowEncoder& encoder) {
+    int nameWidth = 0;
+    int typeWidth = 0;
+    for (const STableFacts::SColumn& column : table.columns) {
+        nameWidth = std::max(nameWidth, SCTerminal::WidthOf(SCTerminal::OnOneLine(column.name)));
+        typeWidth = std::max(typeWidth, SCTerminal::WidthOf(column.type));
+    }
+    PutLine(table.name + ": " + DescribeRows(table), encoder);
+    for (const STableFacts::SColumn& column : table.columns) {
+        std::string line = "  " + SCTerminal::PadToWidth(SCTerminal::OnOneLine(column.name), nameWidth) + "  ";
+        line += column.first.text.empty() ? column.type
+                                          : SCTerminal::PadToWidth(column.type, typeWidth) + "  " + column.first.text;
+        PutLine(line, encoder);
+    }
+}
+
 } // namespace
 
-std::optional<std::vector<STableFacts>> SCTableFacts::Collect(const SOptions& options, const CInputFile& input) {
+CTableFacts::CTableFacts(const SOptions& options, const CInputFile& input) {
     std::optional<CLibrarySource> source;
     try {
         source.emplace(options, input, options.header, false);
     } catch (const CFailure& failure) {
-        if (failure.Status() == EExitStatus::Password && !SCPassWord::IsGiven(options))
-            return std::nullopt;
-        throw;
+        m_isLocked = failure.Status() == EExitStatus::Password && !SCPassWord::IsGiven(options);
+        if (!m_isLocked)
+            m_failure = failure;
+        return;
     }
-    std::vector<STableFacts> tables;
     for (std::size_t i = 0; i < source->TableNames().size(); ++i)
-        tables.push_back(Look(*source, i));
-    return tables;
+        m_tables.push_back(Look(*source, i));
+}
+
+void CTableFacts::Print(unsigned codePage) const {
+    if (m_isLocked)
+        Put("Tables:        needs a password\n");
+    CRowEncoder encoder(codePage);
+    for (const STableFacts& table : m_tables) {
+        Put("\n");
+        PrintTable(table, encoder);
+    }
+}
+
+void CTableFacts::AddTo(CJsonWriter& json) const {
+    if (m_isLocked || m_failure)
+        return json.AddNull("tables");
+    json.BeginList("tables");
+    for (const STableFacts& table : m_tables)
+        AddTable(json, table);
+    json.EndList();
+}
+
+void CTableFacts::Check() const {
+    std::optional<CFailure> last = m_failure;
+    for (const STableFacts& table : m_tables) {
+        if (!table.failure)
+            continue;
+        if (last)
+            CReporter::Print(last->what());
+        last = table.failure;
+    }
+    if (last)
+        throw *last;
 }
 
 } // namespace NSTQ::Tool

@@ -3,7 +3,7 @@
 
 #include "CFailure.h"
 #include "CInputFile.h"
-#include "CLibrarySource.h"
+#include "CJsonWriter.h"
 #include "SOptions.h"
 
 #include <cstdint>
@@ -34,11 +34,22 @@ struct STableFacts {
     std::optional<CFailure> failure; ///< why it cannot be read
 };
 
-class SCTableFacts {
+class CTableFacts {
 public:
-    /// Looks at all sheets or tables. None if that needs a password which nothing gives; nobody is asked. Throws
-    /// CFailure.
-    static std::optional<std::vector<STableFacts>> Collect(const SOptions& options, const CInputFile& input);
+    /// Looks at all sheets or tables, unless that needs a password which nothing gives; nobody is asked.
+    CTableFacts(const SOptions& options, const CInputFile& input);
+
+    /// Prints them in words on standard output, in the encoding of the output.
+    void Print(unsigned codePage) const;
+    /// As the member "tables" of the current object.
+    void AddTo(CJsonWriter& json) const;
+    /// Throws the failure of the source, or of the last table that cannot be read after it has reported the others.
+    void Check() const;
+
+private:
+    std::vector<STableFacts> m_tables;
+    bool m_isLocked = false;           ///< it needs a password
+    std::optional<CFailure> m_failure; ///< why the source cannot be opened
 };
 
 } // namespace NSTQ::Tool
