@@ -30,6 +30,7 @@ bench:
 	cmake --build --preset release --parallel $(JOBS) --target run_program_benchmark
 	cmake --build --preset release --parallel $(JOBS) --target bench_xls
 	cmake --build --preset release --parallel $(JOBS) --target bench_xlsx
+	cmake --build --preset release --parallel $(JOBS) --target bench_jobs
 	cmake --build --preset release --parallel $(JOBS) --target run_access_benchmark
 	cmake --build --preset release --parallel $(JOBS) --target run_batch_benchmark
 	cmake --build --preset release --parallel $(JOBS) --target run_python_benchmark

@@ -6,7 +6,7 @@ _tqc_takes_value() {
     -o | --output | --out-dir | --type | --separator | --eol | --encoding | --code-page | --widths | --sheet) ;;
     --password-file | --password-fd | --max-fields | --max-line-size | --max-field-size | --skip | --skip-rows) ;;
     --limit | --columns | --exclude) ;;
-    --output-separator | --output-eol | --output-encoding | --numbers | --on-error | --rejects) ;;
+    --jobs | --output-separator | --output-eol | --output-encoding | --numbers | --on-error | --rejects) ;;
     --to | --binary) ;;
     *) return 1 ;;
     esac
@@ -70,7 +70,7 @@ _tqc() {
     local pages='shift_jis cp1252 gbk cp949 big5 utf-8'
     local options='--help --version --type --separator --eol --encoding --code-page --widths --sheet --header
         --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --skip-rows
-        --limit --columns --exclude --output --out-dir --all --output-separator --output-eol --output-encoding --add-bom
+        --limit --columns --exclude --output --out-dir --jobs --all --output-separator --output-eol --output-encoding --add-bom
         --formula-guard --numbers --quiet
         --on-error --rejects --strict --replace --to --no-header --binary'
     COMPREPLY=()
@@ -91,6 +91,7 @@ _tqc() {
     --binary) _tqc_words 'hex base64 omit'; return ;;
     --on-error) _tqc_words 'stop skip'; return ;;
     --separator | --output-separator) _tqc_words 'tab'; return ;;
+    --jobs) _tqc_words 'auto'; return ;;
     --out-dir) _tqc_paths -d; return ;;
     -o | --output | --password-file | --rejects) _tqc_paths -f; return ;;
     esac

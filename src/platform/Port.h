@@ -222,7 +222,8 @@ DWORD CodeOfErrno(int error);
 /// DiscardTree, and nothing else.
 void HandleInterruption(void (*cleanUp)());
 /// Delays interruptions until ReleaseInterruption, so that, for example, a file and its registration change together.
-/// The calls nest and are made by one thread.
+/// The calls nest in each thread. A thread that is started between them never gets an interruption. The thread that
+/// does must not hold a lock then that one between the calls may wait for: it waits for that one.
 void HoldInterruption();
 void ReleaseInterruption();
 

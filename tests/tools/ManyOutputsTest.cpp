@@ -2,6 +2,11 @@
 #include "tools/CToolTest.h"
 #include "xlsx/XlsxBuilder.h"
 
+#include <sys/stat.h>
+
+#include <chrono>
+#include <thread>
+
 namespace NSTQ::Tests {
 namespace {
 
@@ -106,6 +111,73 @@ TEST_F(ManyOutputs, LinksAtTheTargetsLeadToNoInputAndNoOtherOutput) {
                              "sheet \"It's\"; convert them separately\n");
     EXPECT_EQ(m_folder.ReadFile("book.xlsx"), book);
     EXPECT_EQ(m_folder.ReadFile("x/Rest.csv"), "7,8\r\n");
+}
+
+TEST_F(ManyOutputs, SeveralJobsGiveTheSameAsOne) {
+    const std::string samples = TQC_SAMPLES "/";
+    m_folder.WriteFile("key", "secret\n");
+    m_folder.WriteFile("long.csv", Repeat("1,2,3\n", 50'000));
+    m_folder.WriteFile("damaged.xlsx", "PK\3\4");
+    std::string inputs = "long.csv book.csv damaged.xlsx missing.csv partly.xlsx -";
+    for (const char* sample : {"prices.xls", "prices-sjis.csv", "stock.accdb", "prices-locked.xtqf",
+                               "prices-locked.xlsx", "stock-locked.accdb", "prices-utf8.csv"})
+        inputs += " " + samples + sample;
+    const auto run = [&](const std::string& options) {
+        const SResult result = Run(inputs + " --all --max-fields 2 --password-file key --out-dir x" + options +
+                                   " --separator , <book.csv");
+        std::string all = std::to_string(result.status) + result.errors;
+        for (const std::string& name : Names())
+            if (name.starts_with("x/"))
+                all += name + '{' + m_folder.ReadFile(name) + '}';
+        std::filesystem::remove_all(m_folder.Path("x"));
+        return all;
+    };
+    const std::string one = run("");
+    EXPECT_THAT(one, testing::HasSubstr("long.csv: 49990 more rows"));
+    for (const char* jobs : {" --jobs 1", " --jobs 2", " --jobs 7", " --jobs auto"})
+        EXPECT_EQ(run(jobs), one) << jobs;
+}
+
+TEST_F(ManyOutputs, JobsThatCannotBeDone) {
+    m_folder.MakeFolder("y/q.csv");
+    for (const char* name : {"p.csv", "q.csv", "r.csv"})
+        m_folder.WriteFile(name, "a,b\n");
+    const SCase cases[] = {
+        {"p.csv --jobs 2", "", "", "add --out-dir DIR", 2},
+        {"p.csv --jobs 257 --out-dir x", "", "", "0 to 256", 2},
+        {"p.csv q.csv --jobs 2 --out-dir x --rejects r", "", "", "leave out --jobs", 2},
+        {"q.csv --jobs 2 --out-dir y", "", "", "y/q.csv: is a folder", 7},
+    };
+    Check(cases);
+    // An output that cannot be written ends everything.
+    const SResult result = Run("q.csv p.csv r.csv --jobs 2 --out-dir y");
+    EXPECT_EQ(result.status, 7);
+    EXPECT_EQ(result.errors, "tqc: y/q.csv: is a folder; give the name of a file in it\n");
+}
+
+/// TearDown checks that the temporary folder is empty.
+TEST_F(ManyOutputs, ASignalRemovesTheTemporaryFilesOfAllJobs) {
+    int pipes[3];
+    std::vector<std::string> arguments;
+    for (int& pipe : pipes) {
+        arguments.push_back(std::string(1, static_cast<char>('p' + (&pipe - pipes))) + ".xlsx");
+        ASSERT_EQ(::mkfifo(m_folder.Path(arguments.back()).c_str(), 0600), 0);
+        pipe = ::open(m_folder.Path(arguments.back()).c_str(), O_RDWR | O_CLOEXEC);
+    }
+    for (const char* word : {"--jobs", "3", "--out-dir", "x"})
+        arguments.emplace_back(word);
+    CProgram program(arguments, {.folder = m_folder.Path()});
+    const auto count = [this] {
+        const std::filesystem::directory_iterator files(m_folder.Path("tmp"));
+        return std::distance(begin(files), end(files));
+    };
+    for (int wait = 0; wait < 1000 && count() < 3; ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(count(), 3);
+    ::kill(program.Id(), SIGTERM);
+    EXPECT_EQ(program.Finish().status, -SIGTERM);
+    for (const int pipe : pipes)
+        ::close(pipe);
 }
 
 } // namespace

@@ -3,11 +3,13 @@
 #include "CReporter.h"
 #include "CTypedPump.h"
 #include "SCFileNames.h"
+#include "SCJobs.h"
 #include "SCSources.h"
 #include "SCTableSelection.h"
 #include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace NSTQ::Tool {
 namespace {
@@ -52,30 +54,41 @@ CFolderConversion::CFolderConversion(const SOptions& options)
     MakeFolder(options.outputFolder);
 }
 
-EExitStatus CFolderConversion::Run(const SShared& shared) {
-    EExitStatus status = EExitStatus::Ok;
-    for (std::size_t i = 0; i < m_options.files.size(); ++i) {
+EExitStatus CFolderConversion::Run(CRejectFile* rejects, CInputReports& reports) {
+    std::vector<EExitStatus> statuses(m_options.files.size(), EExitStatus::Ok);
+    SCJobs::Run(statuses.size(), m_options.jobs, [&](std::size_t at) {
+        CInputReport report(reports, at);
         try {
-            status = Join(status, Convert(i, shared));
-        } catch (const CFailure& failure) {
-            status = Join(status, Fail(failure, shared));
+            statuses[at] = Convert(at, {rejects, report});
+        } catch (const CStopped&) {
+            // The one that stopped it has the message.
+            return;
+        } catch (...) {
+            reports.Stop();
+            throw;
         }
-    }
-    return status;
+    });
+    return std::accumulate(statuses.begin(), statuses.end(), EExitStatus::Ok, Join);
 }
 
 /// Reports the failure, unless it ends everything.
 EExitStatus CFolderConversion::Fail(const CFailure& failure, const SShared& shared) {
     if (failure.Status() == EExitStatus::OutputFailed)
         throw failure;
-    shared.bar.Clear();
-    CReporter::Print(failure.what());
+    shared.report.Print(failure.what());
     return failure.Status();
 }
 
 EExitStatus CFolderConversion::Convert(std::size_t at, const SShared& shared) {
+    try {
+        return ConvertInput(at, shared);
+    } catch (const CFailure& failure) {
+        return Fail(failure, shared);
+    }
+}
+
+EExitStatus CFolderConversion::ConvertInput(std::size_t at, const SShared& shared) {
     const std::string& file = m_options.files[at];
-    shared.bar.Begin(file);
     const CInputFile input(m_options, file);
     try {
         if (m_options.format != SOptions::EFormat::Csv && SCSources::HasTables(input))
@@ -85,13 +98,13 @@ EExitStatus CFolderConversion::Convert(std::size_t at, const SShared& shared) {
             std::vector<std::size_t> selected;
             const std::vector<std::string>& names = tables->SelectTables(selected);
             const auto append = [&](COneOutput& output, std::size_t table, const std::string& subject) {
-                output.AppendRows(input, {*source, tables->OpenTable(table), subject, names[table]});
+                output.AppendRows(input, {*source, tables->OpenTable(table), subject, names[table]}, shared.report);
             };
             return ConvertTables(at, input, {tables->TableKind(), names, selected, append}, shared);
         }
         const auto reader = source->OpenReader();
-        COneOutput output(m_options, TakeFile(at, shared), shared);
-        output.AppendRows(input, {*source, *reader, file, ""});
+        COneOutput output(m_options, TakeFile(at, shared), shared.rejects);
+        output.AppendRows(input, {*source, *reader, file, ""}, shared.report);
         return Finish(output);
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
@@ -101,14 +114,14 @@ EExitStatus CFolderConversion::Convert(std::size_t at, const SShared& shared) {
 /// A workbook or database into a format with types.
 EExitStatus CFolderConversion::ConvertTyped(std::size_t at, const CInputFile& input, const SShared& shared) {
     if (!m_isMany) {
-        COneOutput output(m_options, TakeFile(at, shared), shared);
-        output.AppendTables(input);
+        COneOutput output(m_options, TakeFile(at, shared), shared.rejects);
+        output.AppendTables(input, shared.report);
         return Finish(output);
     }
     const CLibrarySource source(m_options, input, CTypedPump::HasHeaderRow(m_options));
     const auto& names = source.TableNames();
     const auto append = [&](COneOutput& output, std::size_t table, const std::string& subject) {
-        output.AppendTable(input, source, table, subject);
+        output.AppendTable(input, source, {table, subject}, shared.report);
     };
     const auto selected = SCTableSelection::Find(m_options, names, {input.Name(), source.TableKind()});
     return ConvertTables(at, input, {source.TableKind(), names, selected, append}, shared);
@@ -133,11 +146,13 @@ EExitStatus CFolderConversion::ConvertTables(std::size_t at, const CInputFile& i
     MakeFolder(folder.path);
     NoteName(input.Name(), folder, shared);
     EExitStatus status = EExitStatus::Ok;
-    for (const std::size_t table : tables.selected) {
+    for (std::size_t i = 0; i < tables.selected.size(); ++i) {
+        const std::size_t table = tables.selected[i];
+        shared.report.BeginPart(i, tables.selected.size());
         const std::string subject = input.Name() + ": " + tables.kind + " \"" + tables.names[table] + '"';
         try {
             m_taken->Take(targets[table].path, subject);
-            COneOutput output(m_options, targets[table].path, shared);
+            COneOutput output(m_options, targets[table].path, shared.rejects);
             tables.append(output, table, subject);
             NoteName(subject, targets[table], shared);
             status = Join(status, Finish(output));
@@ -172,7 +187,7 @@ EExitStatus CFolderConversion::Finish(COneOutput& output) {
 /// Tells a name that differs from that of the input or table.
 void CFolderConversion::NoteName(const std::string& subject, const STarget& target, const SShared& shared) const {
     if (target.isRenamed)
-        CReporter(subject, m_options.quiet, shared.bar)
+        CReporter(subject, m_options.quiet, shared.report)
             .Note("written to " + target.path + ": its own name is invalid or taken there");
 }
 

@@ -24,12 +24,15 @@ public:
     /// anything is written.
     explicit CFolderConversion(const SOptions& options);
 
-    /// Converts everything. The result is the status of the first failure, else that of lost rows. Throws CFailure
-    /// when an output cannot be written.
-    EExitStatus Run(const SShared& shared);
+    /// Converts everything, as many inputs at the same time as the options tell. `rejects` may be null. The result is
+    /// the status of the first failure, else that of lost rows. Throws CFailure when an output cannot be written.
+    EExitStatus Run(CRejectFile* rejects, CInputReports& reports);
 
 private:
-    EExitStatus Convert(std::size_t at, const SShared& shared);
+    struct SShared {
+        CRejectFile* rejects; ///< may be null
+        CInputReport& report;
+    };
     /// The sheets or tables of an open source.
     struct STables {
         std::string kind; ///< "sheet" or "table"
@@ -39,6 +42,8 @@ private:
         std::function<void(COneOutput& output, std::size_t table, const std::string& subject)> append;
     };
 
+    EExitStatus Convert(std::size_t at, const SShared& shared);
+    EExitStatus ConvertInput(std::size_t at, const SShared& shared);
     EExitStatus ConvertTyped(std::size_t at, const CInputFile& input, const SShared& shared);
     EExitStatus ConvertTables(std::size_t at, const CInputFile& input, const STables& tables, const SShared& shared);
     std::vector<STarget> NameTables(const std::string& folder, const std::vector<std::string>& names) const;

@@ -3,11 +3,17 @@
 #include "CFailure.h"
 #include "SCPassWord.h"
 #include "SCPathText.h"
+#include "SCTerminal.h"
 
 namespace NSTQ::Tool {
 
 void CLockableSource::Describe(CSourceDataInfo& info, SCDeclareConstant::ESourceFileType type) const {
     info.SetCommonInfo(SCPathText::ToLibrary(m_input.Path()).c_str(), type);
+}
+
+/// Clears the line, on which the progress of another input may be shown.
+std::string CLockableSource::LineBefore() const {
+    return m_options.jobs > 1 && SCTerminal::IsLively(Port::EStream::Error) ? "\r\033[K" : "";
 }
 
 CSourceDataInfo::ESourceDataOpen CLockableSource::Prepare(CSourceDataInfo& info, bool mayAsk) {
@@ -19,7 +25,7 @@ CSourceDataInfo::ESourceDataOpen CLockableSource::Prepare(CSourceDataInfo& info,
         if (attempt > 0 && !IsLocked())
             break;
         if (attempt > 0 && mayAsk && !isGiven)
-            password = SCPassWord::Ask(m_input.Name(), attempt > 1 ? DescribeRefusal() : "");
+            password = SCPassWord::Ask(m_input.Name(), LineBefore() + (attempt > 1 ? DescribeRefusal() : ""));
         if (attempt > 0 && (isGiven || !password))
             break;
         if (password && !info.SetPassWordString(password->c_str()))

@@ -28,6 +28,7 @@ protected:
     const CInputFile& m_input;
 
 private:
+    std::string LineBefore() const;
     /// One attempt, with the password in the description.
     virtual CSourceDataInfo::ESourceDataOpen TryToPrepare() = 0;
     /// Whether the password may be the reason why the source cannot be opened: preparation returns the same result

@@ -9,26 +9,25 @@
 
 namespace NSTQ::Tool {
 
-bool COneOutput::Append(const std::string& file) {
-    m_bar.Begin(file);
+bool COneOutput::Append(const std::string& file, CInputReport& report) {
     const CInputFile input(m_options, file);
     try {
         if (m_options.format != SOptions::EFormat::Csv && SCSources::HasTables(input))
-            return AppendTables(input);
+            return AppendTables(input, report);
         const auto source = SCSources::Open(m_options, input);
         const auto reader = source->OpenReader();
-        return AppendRows(input, {*source, *reader, input.Name(), ""});
+        return AppendRows(input, {*source, *reader, input.Name(), ""}, report);
     } catch (const Platform::_com_error& error) {
         throw input.Explain(error);
     }
 }
 
-bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows) {
+bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows, CInputReport& report) {
     const ISource& source = rows.source;
     Open(input);
     if (m_rejects != nullptr)
         m_rejects->SetSource(input.Name(), rows.table, source.Text());
-    CReporter reporter(rows.subject, m_options.quiet, m_bar);
+    CReporter reporter(rows.subject, m_options.quiet, report);
     if (source.Text() != nullptr)
         for (const std::string& doubt : source.Text()->DescribeDoubts())
             reporter.Note(doubt);
@@ -39,19 +38,19 @@ bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows) {
 }
 
 /// A sheet or table of a workbook or database with its types.
-bool COneOutput::AppendTables(const CInputFile& input) {
+bool COneOutput::AppendTables(const CInputFile& input, CInputReport& report) {
     const CLibrarySource source(m_options, input, CTypedPump::HasHeaderRow(m_options));
     const std::size_t table =
         SCTableSelection::FindOne(m_options, source.TableNames(), {input.Name(), source.TableKind()});
-    return AppendTable(input, source, table, input.Name());
+    return AppendTable(input, source, {table, input.Name()}, report);
 }
 
-bool COneOutput::AppendTable(const CInputFile& input, const CLibrarySource& source, std::size_t table,
-                             const std::string& subject) {
+bool COneOutput::AppendTable(const CInputFile& input, const CLibrarySource& source, const STable& table,
+                             CInputReport& report) {
     SCFormOptions::CheckTyped(m_options, input.Name());
-    CLibraryRows rows = source.Open(table);
+    CLibraryRows rows = source.Open(table.position);
     Open(input);
-    CReporter reporter(subject, m_options.quiet, m_bar);
+    CReporter reporter(table.subject, m_options.quiet, report);
     CTypedPump pump(m_options, {rows, source.IsWorkbook()}, {*m_output.typed, m_columns}, reporter);
     pump.Begin();
     const bool goOn = pump.Run();

@@ -3,8 +3,8 @@
 
 #include "CColumns.h"
 #include "CInputFile.h"
+#include "CInputReports.h"
 #include "CLibrarySource.h"
-#include "CProgressBar.h"
 #include "CRejectFile.h"
 #include "CRowPump.h"
 #include "ISource.h"
@@ -14,12 +14,6 @@
 #include <string>
 
 namespace NSTQ::Tool {
-
-/// The objects that the outputs share.
-struct SShared {
-    CRejectFile* rejects; ///< may be null
-    CProgressBar& bar;
-};
 
 /// The rows of one input, or of one of its sheets or tables.
 struct SRows {
@@ -31,20 +25,27 @@ struct SRows {
 
 class COneOutput {
 public:
-    /// `name` is the target; it is opened when the first rows can be read. All must outlive the output.
-    COneOutput(const SOptions& options, std::string name, const SShared& shared)
-        : m_options(options), m_name(std::move(name)), m_rejects(shared.rejects), m_bar(shared.bar) {}
+    /// A sheet or table with types.
+    struct STable {
+        std::size_t position;
+        std::string subject; ///< in messages
+    };
 
-    /// Appends the rows of an input. False when the reader has closed the output pipe. Throws CFailure.
-    bool Append(const std::string& file);
+    /// `name` is the target; it is opened when the first rows can be read. `rejects` may be null. All must outlive
+    /// the output.
+    COneOutput(const SOptions& options, std::string name, CRejectFile* rejects)
+        : m_options(options), m_name(std::move(name)), m_rejects(rejects) {}
+
+    /// Appends the rows of an input. False when the reader has closed the output pipe. Throws CFailure and CStopped.
+    bool Append(const std::string& file, CInputReport& report);
     /// The same with the rows of an input that is open.
-    bool AppendRows(const CInputFile& input, const SRows& rows);
+    bool AppendRows(const CInputFile& input, const SRows& rows, CInputReport& report);
 
     /// For an output with types: the same with what the options select of a workbook or database.
-    bool AppendTables(const CInputFile& input);
-    /// The same with one of its sheets or tables, which is `subject` in messages.
-    bool AppendTable(const CInputFile& input, const CLibrarySource& source, std::size_t table,
-                     const std::string& subject);
+    bool AppendTables(const CInputFile& input, CInputReport& report);
+    /// The same with one of its sheets or tables.
+    bool AppendTable(const CInputFile& input, const CLibrarySource& source, const STable& table,
+                     CInputReport& report);
 
     /// Replaces the file of rejected rows first: an output without it would look complete.
     void Finish();
@@ -58,7 +59,6 @@ private:
     const SOptions& m_options;
     std::string m_name;
     CRejectFile* m_rejects;
-    CProgressBar& m_bar;
     CColumns m_columns;
     SOutput m_output; ///< null until the first rows can be read
     bool m_hasLostRows = false;

@@ -1,11 +1,12 @@
 // A progress bar on standard error. It is one line that is overwritten and removed at the end.
 //
 // All inputs share it: the part of each is proportional to the size of the file. An input without a size, such as a
-// pipe, has none. With several inputs the name of the current one is shown next to it.
+// pipe, has none. With several inputs the name of the one that was drawn last is shown next to it. One thread at a
+// time may use it.
 #pragma once
 
 #include <chrono>
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,24 +20,26 @@ public:
     CProgressBar(const CProgressBar&) = delete;
     CProgressBar& operator=(const CProgressBar&) = delete;
 
-    /// From now on this input is read.
-    void Begin(const std::string& file);
-    /// The progress of the current input, from 0 to 1000. Draws at most ten times a second.
-    void Show(int thousandths);
+    bool IsWanted() const { return m_isWanted; }
+    /// The progress of an input, from 0 to 1000. Draws at most ten times a second.
+    void Show(std::size_t input, int thousandths);
     /// Removes the bar before a message; the next Show draws it again.
     void Clear();
 
 private:
-    void Draw(int thousandths) const;
+    struct SInput {
+        std::string name;
+        double size; ///< in bytes
+        int thousandths = 0;
+    };
+
+    void Draw(int thousandths, const std::string& name) const;
 
     bool m_isWanted;
-    bool m_isNamed;
     bool m_isShown = false;
-    double m_total = 0;  ///< the bytes of all inputs
-    double m_before = 0; ///< those of the inputs before this one
-    double m_size = 0;   ///< those of this one
-    std::string m_name;
-    int m_thousandths = -1; ///< of the input, as last drawn
+    std::vector<SInput> m_inputs;
+    double m_total = 0; ///< the bytes of all inputs
+    double m_done = 0;  ///< thousandths of bytes
     std::chrono::steady_clock::time_point m_lastDrawn{};
 };
 

@@ -11,28 +11,24 @@ constexpr std::uint64_t maxReports = 10;
 
 } // namespace
 
-CReporter::CReporter(std::string file, bool isQuiet, CProgressBar& bar)
-    : m_file(std::move(file)), m_isQuiet(isQuiet), m_bar(bar) {}
+CReporter::CReporter(std::string file, bool isQuiet, CInputReport& report)
+    : m_file(std::move(file)), m_isQuiet(isQuiet), m_report(report) {}
 
 void CReporter::Note(const std::string& what) {
-    if (what.empty() || m_isQuiet)
-        return;
-    m_bar.Clear();
-    Print(m_file + ": " + what);
+    if (!what.empty() && !m_isQuiet)
+        m_report.Print(m_file + ": " + what);
 }
 
 void CReporter::ReportRow(const std::string& row, const std::string& what) {
     if (++m_reports > maxReports || m_isQuiet)
         return;
-    m_bar.Clear();
-    Print(m_file + ": " + row + ": " + what);
+    m_report.Print(m_file + ": " + row + ": " + what);
 }
 
 void CReporter::Finish() {
-    m_bar.Clear();
     if (m_reports > maxReports && !m_isQuiet)
-        Print(m_file + ": " + std::to_string(m_reports - maxReports) +
-              " more rows were truncated, left out or changed; only the first ones are reported above");
+        m_report.Print(m_file + ": " + std::to_string(m_reports - maxReports) +
+                       " more rows were truncated, left out or changed; only the first ones are reported above");
 }
 
 void CReporter::Print(std::string_view message) {

@@ -1,7 +1,7 @@
 // The messages on standard error while one source is converted.
 #pragma once
 
-#include "CProgressBar.h"
+#include "CInputReports.h"
 
 #include <cstdint>
 #include <string>
@@ -11,8 +11,9 @@ namespace NSTQ::Tool {
 
 class CReporter {
 public:
-    /// `isQuiet` suppresses all these messages; failures are not reported here. `bar` must outlive the reporter.
-    CReporter(std::string file, bool isQuiet, CProgressBar& bar);
+    /// `isQuiet` suppresses all these messages; failures are not reported here. `report` must outlive the
+    /// reporter.
+    CReporter(std::string file, bool isQuiet, CInputReport& report);
 
     /// A message about the whole file; nothing if it is empty.
     void Note(const std::string& what);
@@ -23,7 +24,7 @@ public:
     bool HasLostRows() const { return m_reports > 0; }
 
     const std::string& File() const { return m_file; }
-    CProgressBar& Progress() { return m_bar; }
+    CInputReport& Progress() { return m_report; }
 
     /// Writes "tqc: MESSAGE". Control bytes, which a file name may have, become '?'.
     static void Print(std::string_view message);
@@ -31,7 +32,7 @@ public:
 private:
     std::string m_file;
     bool m_isQuiet;
-    CProgressBar& m_bar;
+    CInputReport& m_report;
     std::uint64_t m_reports = 0;
 };
 

@@ -6,13 +6,19 @@
 namespace NSTQ::Tool {
 
 CUnpackFolder::~CUnpackFolder() {
-    SCSignals::RemoveFolder(nullptr);
+    Forget();
 }
 
 void CUnpackFolder::Set(const char* path) {
-    SCSignals::RemoveFolder(nullptr);
+    Forget();
     m_path = *path == '\0' ? "" : SCPathText::ToSystem(path);
-    SCSignals::RemoveFolder(m_path.empty() ? nullptr : m_path.c_str());
+    if (!m_path.empty())
+        SCSignals::RemoveFolder(m_path.c_str());
+}
+
+void CUnpackFolder::Forget() const {
+    if (!m_path.empty())
+        SCSignals::ForgetFolder(m_path.c_str());
 }
 
 } // namespace NSTQ::Tool

@@ -16,6 +16,8 @@ public:
     void Set(const char* path);
 
 private:
+    void Forget() const;
+
     std::string m_path;
 };
 

@@ -22,6 +22,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <thread>
 
 namespace NSTQ::Tool {
 namespace {
@@ -334,6 +335,8 @@ private:
         AddPath("-o,--output", "OUT.csv", m_options.output, "output file (default: standard output)");
         AddPath("--out-dir", "DIR", m_options.outputFolder,
                 "write each FILE to a file of its own in DIR, with the extension .csv");
+        Add("--jobs", "N", "convert N inputs at the same time with --out-dir; auto: as many as there are processors",
+            [this](const char* name, const auto& value) { TakeJobs(name, value); });
         m_app.add_flag("--all", m_options.allTables,
                        "write every sheet or table to a file of its own in --out-dir; so does a pattern in --sheet");
         SCFormOptions::Add(m_app, m_options);
@@ -388,6 +391,7 @@ private:
                 m_app.get_subcommands()[0]->get_name() +
                     " writes to standard output; --output, --out-dir and --rejects are options of convert");
         CheckTables();
+        CheckJobs();
         if (!m_options.output.empty() && !m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--output and --out-dir exclude each other");
         if (m_options.rejects.empty())
@@ -398,6 +402,24 @@ private:
             COutputTarget::IsStandardOutputName(m_options.output) && m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--rejects and the output cannot both be standard output");
         m_options.onError = SOptions::EOnError::Skip;
+    }
+
+    /// Throws CFailure.
+    void CheckJobs() {
+        if (!m_jobs)
+            return;
+        if (m_options.outputFolder.empty())
+            throw CFailure(EExitStatus::Usage, "--jobs is for outputs in a folder; add --out-dir DIR");
+        if (!m_options.rejects.empty())
+            throw CFailure(EExitStatus::Usage,
+                           "--rejects takes the rows of one input after the other; leave out --jobs");
+        m_options.jobs = *m_jobs;
+    }
+
+    void TakeJobs(const char* name, const std::string& value) {
+        m_jobs = value == "auto" ? 0 : ParseNumber<unsigned>(name, value, 0, SOptions::maxJobs);
+        if (*m_jobs == 0)
+            m_jobs = std::clamp(std::thread::hardware_concurrency(), 1U, SOptions::maxJobs);
     }
 
     /// Throws CFailure.
@@ -419,6 +441,7 @@ private:
     // If one of these is not given, --code-page or the locale applies.
     std::optional<unsigned> m_encodingPage;
     std::optional<unsigned> m_outputPage;
+    std::optional<unsigned> m_jobs;
     bool m_isReplaceGiven = false;
 };
 

@@ -1,9 +1,9 @@
 #include "SCConvert.h"
 
 #include "CFolderConversion.h"
+#include "CInputReports.h"
 #include "COneOutput.h"
 #include "COutputTarget.h"
-#include "CProgressBar.h"
 #include "CRejectFile.h"
 #include "SCTableSelection.h"
 #include "SCTargets.h"
@@ -24,13 +24,15 @@ bool IsProgressWanted(const SOptions& options) {
     return SCTerminal::IsLively(Port::EStream::Error) && !options.quiet && !isShown;
 }
 
-EExitStatus IntoOne(const SOptions& options, const SShared& shared) {
+EExitStatus IntoOne(const SOptions& options, CRejectFile* rejects, CInputReports& reports) {
     if (options.files.size() > 1)
         SCTargets::CheckInputs(options);
-    COneOutput output(options, options.output, shared);
-    for (const std::string& file : options.files)
-        if (!output.Append(file))
-            break;
+    COneOutput output(options, options.output, rejects);
+    bool goesOn = true;
+    for (std::size_t i = 0; i < options.files.size() && goesOn; ++i) {
+        CInputReport report(reports, i);
+        goesOn = output.Append(options.files[i], report);
+    }
     output.Finish();
     return output.HasLostRows() ? EExitStatus::RowsLost : EExitStatus::Ok;
 }
@@ -47,9 +49,8 @@ EExitStatus SCConvert::Run(const SOptions& options) {
     if (!options.rejects.empty())
         rejects = std::make_unique<CRejectFile>(options.rejects, options.formulaGuard,
                                                 SCTableSelection::MaySelectSeveral(options));
-    CProgressBar bar(IsProgressWanted(options), options.files);
-    const SShared shared{rejects.get(), bar};
-    return folder ? folder->Run(shared) : IntoOne(options, shared);
+    CInputReports reports(IsProgressWanted(options), options.files);
+    return folder ? folder->Run(rejects.get(), reports) : IntoOne(options, rejects.get(), reports);
 }
 
 } // namespace NSTQ::Tool

@@ -18,7 +18,7 @@ public:
   tqc sales.xlsx --sheet Q2          one sheet (default: the first); to see their names: tqc list sales.xlsx
   tqc data.xtqf --password-file key  a package with a password
   tqc q1.csv q2.csv -o year.csv      several files into one output
-  tqc *.xlsx --out-dir csv           one output for each file
+  tqc *.xlsx --out-dir csv           one output for each file; --jobs auto uses all processors
   tqc sales.xlsx --all --out-dir csv one output for each sheet; --sheet 'Q*' for those with such a name
   curl URL | tqc - --type xlsx       standard input
   tqc in.csv -o out.csv --rejects bad.csv
@@ -54,7 +54,11 @@ left out to a CSV file with the columns row, offset (in bytes), cause, record an
 row or a database, numbers from 1 and ranges: Name,3,5-7,9-; a name with a comma in quotes: '"Last, First",2'.
 
 Several inputs of one output must have the same columns; if one of them fails, the output stays unchanged. With
---out-dir each output is independent: those that fail stay unchanged, the others are converted.
+--out-dir each output is independent: those that fail stay unchanged, the others are converted, --jobs of them at the
+same time.
+
+--all and patterns of --sheet write DIR/NAME.csv for each sheet or table, DIR/FILE/NAME.csv if there are several inputs.
+Names that are invalid on Linux or Windows, or taken, are changed and reported.
 
 Numbers of workbooks and databases have 15 digits (Single: 7), as spreadsheets show them; --numbers full writes as many
 as are needed to read the same number back.

@@ -65,6 +65,7 @@ std::optional<std::string> SCPassWord::FromOptions(const SOptions& options) {
 std::optional<std::string> SCPassWord::Ask(const std::string& file, const std::string& refusal) {
     const std::string prompt = refusal + "Password for " + SCTerminal::OnOneLine(file) + ": ";
     std::string line;
+    const auto lock = SCTerminal::Lock();
     if (!Port::AskSecret(prompt, passwordRoom, line) || line.empty())
         return std::nullopt;
     return SCPathText::ToAnsi(line, file, "the password");

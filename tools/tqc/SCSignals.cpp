@@ -1,23 +1,28 @@
 #include "SCSignals.h"
 
+#include "SOptions.h"
 #include "platform/Port.h"
 
 #include <array>
 #include <atomic>
+#include <span>
 
 namespace NSTQ::Tool {
 namespace {
 
 namespace Port = Platform::Port;
 
+/// An input may have a copy, and an output a file that is not complete yet.
+constexpr std::size_t filesOfJob = 3;
+
 // Atomic and lock-free, so that a handler may look at them.
-std::array<std::atomic<const char*>, 8> g_files{};
-std::atomic<const char*> g_folder{nullptr};
+std::array<std::atomic<const char*>, SOptions::maxJobs * filesOfJob + 1> g_files{};
+std::array<std::atomic<const char*>, SOptions::maxJobs> g_folders{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
-void Exchange(const char* before, const char* after) {
-    for (auto& file : g_files)
-        if (const char* expected = before; file.compare_exchange_strong(expected, after))
+void Exchange(std::span<std::atomic<const char*>> paths, const char* before, const char* after) {
+    for (auto& path : paths)
+        if (const char* expected = before; path.compare_exchange_strong(expected, after))
             return;
 }
 
@@ -25,8 +30,9 @@ void CleanUp() {
     for (const auto& file : g_files)
         if (const char* path = file.load())
             Port::Discard(path);
-    if (const char* path = g_folder.load())
-        Port::DiscardTree(path);
+    for (const auto& folder : g_folders)
+        if (const char* path = folder.load())
+            Port::DiscardTree(path);
 }
 
 } // namespace
@@ -36,15 +42,19 @@ void SCSignals::Handle() {
 }
 
 void SCSignals::RemoveFile(const char* path) {
-    Exchange(nullptr, path);
+    Exchange(g_files, nullptr, path);
 }
 
 void SCSignals::ForgetFile(const char* path) {
-    Exchange(path, nullptr);
+    Exchange(g_files, path, nullptr);
 }
 
 void SCSignals::RemoveFolder(const char* path) {
-    g_folder = path;
+    Exchange(g_folders, nullptr, path);
+}
+
+void SCSignals::ForgetFolder(const char* path) {
+    Exchange(g_folders, path, nullptr);
 }
 
 SCSignals::CHeld::CHeld() {

@@ -9,11 +9,12 @@ public:
     static void Handle();
 
     /// The file is removed then, until it is unregistered; the text must be valid until then. There is room for more
-    /// files than the program has at a time.
+    /// files and folders than the program has at a time. Several threads may call these.
     static void RemoveFile(const char* path);
     static void ForgetFile(const char* path);
-    /// So is the folder, with everything in it; null means none. The text must stay as long as it is set.
+    /// So is the folder, with everything in it.
     static void RemoveFolder(const char* path);
+    static void ForgetFolder(const char* path);
 
     /// Delays interruptions during its lifetime, so that a file and its registration change together.
     class CHeld {

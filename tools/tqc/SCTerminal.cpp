@@ -12,6 +12,20 @@ namespace NSTQ::Tool {
 
 namespace Port = Platform::Port;
 
+namespace {
+
+std::mutex g_mutex;
+
+} // namespace
+
+std::unique_lock<std::mutex> SCTerminal::Lock() {
+    return std::unique_lock(g_mutex);
+}
+
+std::unique_lock<std::mutex> SCTerminal::TryToLock() {
+    return {g_mutex, std::try_to_lock};
+}
+
 bool SCTerminal::IsLively(Port::EStream stream) {
     const char* const terminal = std::getenv("TERM");
     return Port::IsTerminal(stream) && (terminal == nullptr || std::string_view(terminal) != "dumb");

@@ -4,6 +4,7 @@
 #include "platform/Port.h"
 #include "tqcAccess/Types.h"
 
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,11 @@ namespace NSTQ::Tool {
 
 class SCTerminal {
 public:
+    /// What one thread writes to standard error or asks the user, no other one interrupts.
+    static std::unique_lock<std::mutex> Lock();
+    /// The same, but owns nothing when another thread does.
+    static std::unique_lock<std::mutex> TryToLock();
+
     /// Whether the stream is a terminal on which lines can be overwritten.
     static bool IsLively(Platform::Port::EStream stream);
     /// Whether it also shows colours: not when NO_COLOR is set and not empty.

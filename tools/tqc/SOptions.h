@@ -42,10 +42,13 @@ struct SOptions {
         Omit ///< not at all: the value is missing
     };
 
+    static constexpr unsigned maxJobs = 256;
+
     ECommand command = ECommand::Convert;
     std::vector<std::string> files; ///< as given; "-" is standard input
     std::string output;             ///< empty for standard output
     std::string outputFolder;       ///< for one output for each input; else empty
+    unsigned jobs = 1;              ///< how many inputs are converted at the same time
 
     std::optional<SCDeclareConstant::ESourceFileType> type;
     std::optional<char> separator;

@@ -1,6 +1,8 @@
 #include "platform/Port.h"
 #include "platform/posix/TerminalRestore.h"
 
+#include <poll.h>
+#include <pthread.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,14 +19,20 @@ constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
 std::atomic<void (*)()> g_cleanUp{nullptr};
 std::atomic<const termios*> g_terminalSettings{nullptr};
 std::atomic<int> g_terminal{-1};
+std::atomic<int> g_holdingThreads{0};
+std::atomic<bool> g_isEnding{false};
 static_assert(std::atomic<void (*)()>::is_always_lock_free && std::atomic<const termios*>::is_always_lock_free &&
-              std::atomic<int>::is_always_lock_free);
+              std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
-int g_holds = 0;
-sigset_t g_beforeHold;
+thread_local int t_holds = 0;
+thread_local sigset_t t_beforeHold;
 
 /// Only functions that may be called in a handler.
 void PutRightAndEnd(int signal) {
+    // No other thread begins a step from now on; those that are in one come to its end.
+    g_isEnding = true;
+    while (g_holdingThreads > 0)
+        ::poll(nullptr, 0, 1);
     if (const termios* settings = g_terminalSettings.load())
         ::tcsetattr(g_terminal, TCSANOW, settings);
     if (void (*const cleanUp)() = g_cleanUp.load())
@@ -54,18 +62,26 @@ void HandleInterruption(void (*cleanUp)()) {
 }
 
 void HoldInterruption() {
-    if (g_holds++ > 0)
+    if (t_holds++ > 0)
         return;
     sigset_t held;
     ::sigemptyset(&held);
     for (const int signal : endingSignals)
         ::sigaddset(&held, signal);
-    ::sigprocmask(SIG_BLOCK, &held, &g_beforeHold);
+    ::pthread_sigmask(SIG_BLOCK, &held, &t_beforeHold);
+    ++g_holdingThreads;
+    if (!g_isEnding)
+        return;
+    --g_holdingThreads;
+    for (;;)
+        ::pause();
 }
 
 void ReleaseInterruption() {
-    if (--g_holds == 0)
-        ::sigprocmask(SIG_SETMASK, &g_beforeHold, nullptr);
+    if (--t_holds > 0)
+        return;
+    --g_holdingThreads;
+    ::pthread_sigmask(SIG_SETMASK, &t_beforeHold, nullptr);
 }
 
 void Discard(const char* path) noexcept {

@@ -1,5 +1,6 @@
 #include "platform/Port.h"
 #include "platform/posix/ErrorTable.h"
+#include "platform/posix/NewFileMode.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -35,6 +36,7 @@ void PrepareProgram() {
     FillStandardStreams();
     ::signal(SIGPIPE, SIG_IGN);
     ::signal(SIGXFSZ, SIG_IGN);
+    ModeOfNewFiles();
 }
 
 std::vector<std::string> GetArguments(int argc, const char* const* argv) {

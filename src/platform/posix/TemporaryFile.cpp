@@ -1,6 +1,7 @@
 #include "platform/errors/LastError.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/ErrorTable.h"
+#include "platform/posix/NewFileMode.h"
 #include "platform/posix/SystemCall.h"
 
 #include <fcntl.h>
@@ -29,13 +30,16 @@ DWORD OpenAs(const std::string& path, int flags, TFile& file) {
     return file < 0 ? LastCode(path) : ERROR_SUCCESS;
 }
 
-mode_t ModeOfNewFiles() {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666 & ~mask;
-}
-
 } // namespace
+
+mode_t ModeOfNewFiles() {
+    static const mode_t mode = [] {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        return 0666 & ~mask;
+    }();
+    return mode;
+}
 
 DWORD MakeTemporaryFile(TFile& file, std::string& path, bool& isNamed) {
     std::string folder;
