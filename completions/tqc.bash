@@ -87,7 +87,7 @@ _tqc() {
     --encoding) _tqc_words "auto ansi $pages"; return ;;
     --code-page | --output-encoding) _tqc_words "$pages"; return ;;
     --numbers) _tqc_words '15 full'; return ;;
-    --to) _tqc_words 'csv jsonl'; return ;;
+    --to) _tqc_words 'csv jsonl sqlite'; return ;;
     --binary) _tqc_words 'hex base64 omit'; return ;;
     --on-error) _tqc_words 'stop skip'; return ;;
     --separator | --output-separator) _tqc_words 'tab'; return ;;

@@ -1,9 +1,13 @@
-// tqc to JSON Lines.
+// tqc to JSON Lines and to SQLite.
 #include "support/AccessWriter.h"
 #include "tools/CToolTest.h"
 #include "xlsx/XlsxBuilder.h"
 
 #include <limits>
+
+#ifdef TQC_WITH_SQLITE
+#include <sqlite3.h>
+#endif
 
 namespace NSTQ::Tests {
 namespace {
@@ -35,7 +39,7 @@ TEST_F(ForeignFormats, TextBecomesObjectsByNameOrArrays) {
         {"a.csv --to jsonl --encoding 932", "a\n\x82\xA0\n", "{\"a\":\"あ\"}\n"},
         {"a.csv --to jsonl", "a\n\xFFz\n", "{\"a\":\"\uFFFDz\"}\n", "row 2: bytes that are invalid", 1},
         {"a.csv b.csv --to jsonl", "a\n1\n", "{\"a\":\"1\"}\n", "b.csv: column 1 is named \"b\"", 5},
-        {"a.csv --to json", "a\n", "", "\"json\" is invalid; allowed: csv, jsonl", 2},
+        {"a.csv --to json", "a\n", "", "\"json\" is invalid; allowed: csv, jsonl, sqlite", 2},
         {"a.csv --to jsonl --output-eol lf", "a\n", "", "--output-eol is for CSV; leave it out, or add --to csv", 2},
         {"a.csv --to jsonl --output-encoding 932", "a\n", "", "--output-encoding is for CSV", 2},
         {"a.csv --header --no-header", "a\n", "", "excludes", 2},
@@ -109,6 +113,165 @@ TEST_F(ForeignFormats, DatabasesLoseNothing) {
     };
     Check(cases);
 }
+#endif
+
+#ifdef TQC_WITH_SQLITE
+/// All that SQLite reads in a database: the statement of each table, then its rows with their values as literals.
+std::string Dump(const std::string& path) {
+    std::string text;
+    sqlite3* database = nullptr;
+    const auto add = [](void* target, int count, char** values, char**) {
+        for (int i = 0; i < count; ++i)
+            static_cast<std::string*>(target)->append(i > 0 ? "|" : "").append(values[i]);
+        static_cast<std::string*>(target)->append(";");
+        return 0;
+    };
+    const auto run = [&](const std::string& statement) {
+        std::string result;
+        char* message = nullptr;
+        sqlite3_exec(database, statement.c_str(), add, &result, &message);
+        result += message == nullptr ? "" : message;
+        sqlite3_free(message);
+        return result;
+    };
+    sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+    EXPECT_EQ(run("PRAGMA integrity_check"), "ok;");
+    const std::string statements = run("SELECT sql FROM sqlite_master ORDER BY rowid");
+    for (std::size_t at = 0; at < statements.size(); at = statements.find(';', at) + 1) {
+        const std::string statement = statements.substr(at, statements.find(';', at) - at);
+        const std::size_t name = statement.find('"');
+        const std::string table = statement.substr(name, statement.find("\" (", name) + 1 - name);
+        const std::string quoted = run(
+            "SELECT group_concat('quote(\"' || replace(name, '\"', '\"\"') || '\")', ',') FROM pragma_table_info(" +
+            table + ")");
+        text +=
+            statement.substr(name) + ':' + run("SELECT " + quoted.substr(0, quoted.size() - 1) + " FROM " + table);
+    }
+    sqlite3_close(database);
+    return text;
+}
+
+struct SDatabaseCase {
+    std::string line; ///< the arguments, without the output
+    std::string content;
+    std::string dump;
+    std::string errors = ""; ///< a part of standard error, which is empty if this is
+    int status = 0;
+};
+
+class Sqlite : public CToolTest {
+protected:
+    void CheckDatabases(std::span<const SDatabaseCase> cases) const {
+        for (const SDatabaseCase& c : cases) {
+            SCOPED_TRACE(c.line + " of " + c.content);
+            const std::string path = m_folder.WriteFile("out.sqlite", "the old one");
+            if (!c.content.empty())
+                m_folder.WriteFile("a.csv", c.content);
+            const SResult result = Run(c.line + " -o out.sqlite");
+            EXPECT_EQ(result.status, c.status);
+            EXPECT_EQ(result.errors.empty(), c.errors.empty()) << result.errors;
+            EXPECT_THAT(result.errors, testing::HasSubstr(c.errors));
+            EXPECT_EQ(c.status > 1 ? m_folder.ReadFile("out.sqlite") : Dump(path),
+                      c.status > 1 ? "the old one" : c.dump);
+            for (const std::string& name : Names())
+                EXPECT_EQ(name.find(".tqc-"), std::string::npos) << "a file that is left";
+        }
+    }
+};
+
+TEST_F(Sqlite, TextsBecomeTables) {
+    m_folder.MakeFolder("b");
+    m_folder.WriteFile("b/a.csv", "x\n1\n");
+    m_folder.WriteFile("sqlite_b.csv", "\n");
+    const SDatabaseCase cases[] = {
+        {"a.csv", "n,\"q\"\"\"\n1,it's\n\"\",\"2\n3\"\n",
+         "\"a\" (\"n\" TEXT, \"q\"\"\" TEXT):'1'|'it''s';''|'2\n3';"},
+        {"a.csv --no-header --limit 1", "1,2\n3\n", "\"a\" (\"F1\" TEXT, \"F2\" TEXT):'1'|'2';"},
+        {"a.csv", "a,A,\n1,2\n", "\"a\" (\"a\" TEXT, \"A_2\" TEXT, \"F3\" TEXT):'1'|'2'|NULL;",
+         "2 is \"A_2\", 3 is \"F3\""},
+        {"a.csv", "n\n1\n2,3\n4,5,6\n",
+         "\"a\" (\"n\" TEXT, \"F2\" TEXT, \"F3\" TEXT):'1'|NULL|NULL;'2'|'3'|NULL;'4'|'5'|'6';",
+         "more fields than there are names"},
+        {"a.csv b/a.csv sqlite_b.csv", "n\n1\n",
+         "\"a\" (\"n\" TEXT):'1';\"a_2\" (\"x\" TEXT):'1';\"_sqlite_b\" (\"F1\" TEXT):",
+         "b/a.csv: its table in the database is named \"a_2\", because the name \"a\" is taken"},
+        {"a.csv --columns 2", "n,m\n1,2\n", "\"a\" (\"m\" TEXT):'2';"},
+        {"a.csv --on-error stop --max-fields 1", "n\n1,2\n", "", "row 2: more than 1 fields", 6},
+        {"a.csv none.csv", "n\n", "", "none.csv: ", 3},
+        {"a.csv", Repeat("a,", 2500) + "\n", "", "2501 columns, but SQLite allows 2000; select some with --columns",
+         6},
+    };
+    CheckDatabases(cases);
+    m_folder.WriteFile("a.csv", "n\n");
+    const SCase others[] = {
+        {"a.csv --to sqlite", "", "", "standard output: a database needs a file", 2},
+        {"a.csv --to sqlite -o /dev/null", "", "", "/dev/null: a database needs a file", 2},
+    };
+    Check(others);
+    EXPECT_EQ(Run("a.csv b/a.csv --to sqlite --out-dir d").status, 2); // both would be d/a.sqlite
+    EXPECT_EQ(Run("sqlite_b.csv --to sqlite --out-dir d").status, 0);
+    EXPECT_EQ(Dump(m_folder.Path("d/sqlite_b.sqlite")), "\"_sqlite_b\" (\"F1\" TEXT):");
+}
+
+TEST_F(Sqlite, SheetsBecomeTables) {
+    SXlsxParts parts;
+    parts.strFormats = "<cellXfs><xf numFmtId='0'/><xf numFmtId='22'/></cellXfs>";
+    parts.strRows = "<row><c t='str'><v>n</v></c><c t='str'><v>d</v></c><c t='str'><v>m</v></c></row>"
+                    "<row><c><v>1</v></c><c s='1'><v>45000.5</v></c><c><v>0.30000000000000004</v></c></row>"
+                    "<row><c><v>0.5</v></c><c s='1'><v>45000</v></c><c t='b'><v>1</v></c></row>";
+    m_folder.WriteFile("a.xlsx", parts.File());
+    const SDatabaseCase cases[] = {
+        {"a.xlsx", "",
+         "\"Sheet1\" (\"n\" NUMERIC, \"d\" TEXT, \"m\" TEXT):1|'2023-03-15 12:00:00'|'0.30000000000000004';"
+         "0.5|'2023-03-15'|'1';"},
+        {"a.xlsx --skip 1 --all --columns 1,3", "", "\"Sheet1\" (\"1\", \"0.30000000000000004\"):0.5|1;"},
+    };
+    CheckDatabases(cases);
+}
+
+#ifdef TQC_WITH_ACCESS
+TEST_F(Sqlite, DatabasesBecomeDatabases) {
+    using enum EAccess;
+    CAccessWriter writer(EJet::Ace16);
+    CAccessTable& table = writer.AddTable("Prices", {{.strName = "b", .type = Boolean},
+                                                     {.strName = "l", .type = Large},
+                                                     {.strName = "s", .type = Single},
+                                                     {.strName = "d", .type = Double},
+                                                     {.strName = "c", .type = Currency},
+                                                     {.strName = "n", .type = Numeric, .scale = 2},
+                                                     {.strName = "t", .type = Date},
+                                                     {.strName = "o", .type = Ole},
+                                                     {.strName = "x", .type = Text}});
+    table.Add({true, std::numeric_limits<std::int64_t>::min(), 0.1, 0.1, std::int64_t{-5}, "1234"s, 45000.5,
+               "\0\xFF"s, "é"});
+    // More digits than SQLite's numbers have.
+    table.Add({false,
+               {},
+               {},
+               std::numeric_limits<double>::quiet_NaN(),
+               std::int64_t{120000},
+               "12345678901234567"s,
+               0.25,
+               {},
+               {}});
+    writer.AddTable("empty", {{.strName = "a", .type = Memo}});
+    m_folder.WriteFile("a.accdb", writer.Finish().Bytes());
+    const std::string columns = "\"b\" INTEGER, \"l\" INTEGER, \"s\" REAL, \"d\" REAL, \"c\" NUMERIC, \"n\" TEXT, "
+                                "\"t\" TEXT, \"o\" BLOB, \"x\" TEXT";
+    const std::string rows = ":1|-9223372036854775808|0.1|0.1|-0.0005|'12.34'|'2023-03-15 12:00:00'|X'00FF'|'é';"
+                             "0|NULL|NULL|NULL|12|'123456789012345.67'|'06:00:00'|NULL|NULL;";
+    const std::string note = "a.accdb: table \"Prices\": row 2: column 4 is no number and became NULL";
+    const SDatabaseCase cases[] = {
+        {"a.accdb", "", "\"empty\" (\"a\" TEXT):\"Prices\" (" + columns + ')' + rows, note, 1},
+        {"a.accdb --sheet E*", "", "\"empty\" (\"a\" TEXT):"},
+        {"a.accdb a.accdb --sheet empty", "", "\"empty\" (\"a\" TEXT):\"a_empty\" (\"a\" TEXT):",
+         "named \"a_empty\", because the name \"empty\" is taken"},
+        {"a.accdb --limit 1 --columns n,o --binary hex --sheet prices", "",
+         "\"Prices\" (\"n\" NUMERIC, \"o\" TEXT):12.34|'0x00FF';"},
+    };
+    CheckDatabases(cases);
+}
+#endif
 #endif
 
 } // namespace

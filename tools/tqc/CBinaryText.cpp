@@ -10,6 +10,18 @@ char* CBinaryText::Next(char* out) {
     return m_form == SOptions::EBinary::Hex ? NextHex(out) : NextBase64(out);
 }
 
+std::string CBinaryText::WholeOf(std::string_view bytes, SOptions::EBinary form) {
+    std::string whole;
+    CBinaryText text(bytes, form);
+    for (std::size_t size = 0;; size = whole.size()) {
+        whole.resize(size + pieceRoom);
+        const char* const end = text.Next(whole.data() + size);
+        whole.resize(static_cast<std::size_t>(end - whole.data()));
+        if (whole.size() == size)
+            return whole;
+    }
+}
+
 char* CBinaryText::NextHex(char* out) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     if (m_isFirst) {

@@ -4,6 +4,7 @@
 #include "SOptions.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace NSTQ::Tool {
@@ -17,6 +18,9 @@ public:
     static constexpr std::size_t pieceRoom = 4096;
     /// Writes the next piece and returns its end, which is `out` after the last one.
     char* Next(char* out);
+
+    /// All of them at once.
+    static std::string WholeOf(std::string_view bytes, SOptions::EBinary form);
 
 private:
     char* NextHex(char* out);

@@ -40,7 +40,8 @@ void MakeFolder(const std::string& path) {
 } // namespace
 
 CFolderConversion::CFolderConversion(const SOptions& options)
-    : m_options(options), m_isMany(SCTableSelection::MaySelectSeveral(options)),
+    : m_options(options),
+      m_isMany(SCTableSelection::MaySelectSeveral(options) && options.format != SOptions::EFormat::Sqlite),
       m_targets(m_isMany ? SCTargets::FilesAndFolders(options) : SCTargets::FilesInFolder(options)) {
     if (m_isMany) {
         // Which files the tables give is known only when their input is open.

@@ -24,7 +24,7 @@ bool COneOutput::Append(const std::string& file, CInputReport& report) {
 
 bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows, CInputReport& report) {
     const ISource& source = rows.source;
-    Open(input);
+    BeginTable(input, "");
     if (m_rejects != nullptr)
         m_rejects->SetSource(input.Name(), rows.table, source.Text());
     CReporter reporter(rows.subject, m_options.quiet, report);
@@ -33,6 +33,7 @@ bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows, CInputRe
             reporter.Note(doubt);
     CRowPump pump(m_options, rows.reader, {*m_output.rows, m_rejects, m_columns}, reporter);
     const bool goOn = pump.Begin(source.ColumnNames()) && pump.Run();
+    m_output.rows->EndTable();
     Finish(reporter);
     return goOn;
 }
@@ -40,22 +41,40 @@ bool COneOutput::AppendRows(const CInputFile& input, const SRows& rows, CInputRe
 /// A sheet or table of a workbook or database with its types.
 bool COneOutput::AppendTables(const CInputFile& input, CInputReport& report) {
     const CLibrarySource source(m_options, input, CTypedPump::HasHeaderRow(m_options));
-    const std::size_t table =
-        SCTableSelection::FindOne(m_options, source.TableNames(), {input.Name(), source.TableKind()});
-    return AppendTable(input, source, {table, input.Name()}, report);
+    const auto& names = source.TableNames();
+    const SCTableSelection::SSubject subject{input.Name(), source.TableKind()};
+    if (m_options.format != SOptions::EFormat::Sqlite)
+        return AppendTable(input, source, {SCTableSelection::FindOne(m_options, names, subject), input.Name()},
+                           report);
+    for (const std::size_t table : SCTableSelection::Find(m_options, names, subject))
+        AppendTable(input, source, {table, input.Name() + ": " + source.TableKind() + " \"" + names[table] + '"'},
+                    report);
+    return true;
 }
 
 bool COneOutput::AppendTable(const CInputFile& input, const CLibrarySource& source, const STable& table,
                              CInputReport& report) {
     SCFormOptions::CheckTyped(m_options, input.Name());
-    CLibraryRows rows = source.Open(table.position);
+    for (;;) {
+        CLibraryRows rows = source.Open(table.position);
+        BeginTable(input, source.TableNames()[table.position]);
+        CReporter reporter(table.subject, m_options.quiet, report);
+        CTypedPump pump(m_options, {rows, source.IsWorkbook()}, {*m_output.typed, m_columns}, reporter);
+        pump.Begin();
+        const bool goOn = pump.Run();
+        if (!m_output.rows->EndTable())
+            continue;
+        Finish(reporter);
+        return goOn;
+    }
+}
+
+/// Tables have columns of their own.
+void COneOutput::BeginTable(const CInputFile& input, const std::string& table) {
     Open(input);
-    CReporter reporter(table.subject, m_options.quiet, report);
-    CTypedPump pump(m_options, {rows, source.IsWorkbook()}, {*m_output.typed, m_columns}, reporter);
-    pump.Begin();
-    const bool goOn = pump.Run();
-    Finish(reporter);
-    return goOn;
+    if (m_options.format == SOptions::EFormat::Sqlite)
+        m_columns = CColumns();
+    m_output.rows->BeginTable(input.Name(), table);
 }
 
 /// Only when there are rows, so that nothing is written to a device or pipe if the file cannot be read.

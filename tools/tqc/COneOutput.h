@@ -53,6 +53,7 @@ public:
     bool HasLostRows() const { return m_hasLostRows; }
 
 private:
+    void BeginTable(const CInputFile& input, const std::string& table);
     void Open(const CInputFile& input);
     void Finish(CReporter& reporter);
 

@@ -56,20 +56,29 @@ std::string COutputTarget::FollowLinks(std::string path) {
     throw CFailure(EExitStatus::OutputFailed, path, "too many links, one after the other");
 }
 
-COutputTarget::COutputTarget(const std::string& name) : m_name(IsStandardOutputName(name) ? "" : name) {
+COutputTarget::COutputTarget(const std::string& name, EUse use) : m_name(IsStandardOutputName(name) ? "" : name) {
     if (const auto number = NumberOfName(m_name)) {
+        CheckUse(use);
         Port::TFile file = Port::noFile;
         Check(Port::Duplicate(*number, Port::EAccess::Write, file));
         m_opened.Reset(file);
         return;
     }
-    Open(FollowLinks(m_name));
+    Open(FollowLinks(m_name), use);
 }
 
-void COutputTarget::Open(const std::string& path) {
+/// Of what is not a file.
+void COutputTarget::CheckUse(EUse use) const {
+    if (use == EUse::ByPath)
+        throw CFailure(EExitStatus::Usage, Describe(),
+                       "a database needs a file, which this is not; give its name: -o NAME.sqlite");
+}
+
+void COutputTarget::Open(const std::string& path, EUse use) {
     Port::SStatus status;
     const bool exists = Port::GetStatus(path, status) == 0;
     if (exists && (status.kind == Port::EKind::Device || status.kind == Port::EKind::Pipe)) {
+        CheckUse(use);
         Port::TFile file = Port::noFile;
         Check(Port::OpenDevice(path, file));
         m_opened.Reset(file);
@@ -77,7 +86,7 @@ void COutputTarget::Open(const std::string& path) {
     }
     if (exists)
         CheckReplaceable(path, status);
-    m_temporary = std::make_unique<CTemporaryFile>(path);
+    m_temporary = std::make_unique<CTemporaryFile>(path, use == EUse::ByPath);
 }
 
 /// Throws CFailure unless the code is 0.

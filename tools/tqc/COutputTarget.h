@@ -12,8 +12,13 @@ namespace NSTQ::Tool {
 
 class COutputTarget {
 public:
+    enum class EUse {
+        Open,  ///< it is written as an open file
+        ByPath ///< what writes it opens it again, by FilePath, so that it must be a file
+    };
+
     /// Opens the target; an empty name, "-" and "/dev/stdout" are standard output. Throws CFailure.
-    explicit COutputTarget(const std::string& name);
+    explicit COutputTarget(const std::string& name, EUse use = EUse::Open);
 
     static bool IsStandardOutputName(const std::string& name);
     /// The path at the end of a chain of links, which may end at a file that does not exist yet. Throws CFailure.
@@ -22,6 +27,8 @@ public:
     bool IsStandardOutput() const { return m_name.empty(); }
     /// The open file as a path of the library, which no code page changes and which is never too long.
     std::string OpenPath() const;
+    /// The path of the file that replaces the target, if it is used by path.
+    const std::string& FilePath() const { return m_temporary->Path(); }
     /// For messages.
     std::string Describe() const;
 
@@ -32,7 +39,8 @@ public:
 
 private:
     Port::TFile File() const { return m_temporary ? m_temporary->File() : m_opened.Get(); }
-    void Open(const std::string& path);
+    void Open(const std::string& path, EUse use);
+    void CheckUse(EUse use) const;
     void Check(DWORD code) const;
 
     std::string m_name;                          ///< empty for standard output

@@ -23,8 +23,8 @@ std::string MakeName(const std::string& target, std::random_device& random) {
 
 } // namespace
 
-CTemporaryFile::CTemporaryFile(const std::string& target) : m_target(target) {
-    if (Port::TFile file = Port::noFile; Port::MakeNamelessFile(target, file) == 0)
+CTemporaryFile::CTemporaryFile(const std::string& target, bool isNamed) : m_target(target) {
+    if (Port::TFile file = Port::noFile; !isNamed && Port::MakeNamelessFile(target, file) == 0)
         m_file.Reset(file);
     else
         CreateNamed();

@@ -14,12 +14,15 @@ namespace NSTQ::Tool {
 
 class CTemporaryFile {
 public:
-    /// Creates the file, with the owner and permissions of an existing target. Throws CFailure.
-    explicit CTemporaryFile(const std::string& target);
+    /// Creates the file, with the owner and permissions of an existing target; `isNamed` makes it have a name in any
+    /// case. Throws CFailure.
+    explicit CTemporaryFile(const std::string& target, bool isNamed = false);
     ~CTemporaryFile();
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
 
+    /// The hidden name, if it has one.
+    const std::string& Path() const { return m_path; }
     Port::TFile File() const { return m_file.Get(); }
 
     /// Writes the data to disk and replaces the target. Later writes are then visible immediately, and a second call

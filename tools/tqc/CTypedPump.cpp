@@ -2,6 +2,7 @@
 
 #include "CFailure.h"
 #include "SCValueText.h"
+#include "tqcAccess/DataType.h"
 
 namespace NSTQ::Tool {
 
@@ -14,6 +15,10 @@ void CTypedPump::Begin() {
         SkipToHeader();
     else if (m_options.header && m_source.isSheet)
         m_row = 1;
+    // Numbers of sheets, all of which are floating-point numbers, may be whole ones.
+    for (CLibraryRows::SColumn& column : m_columns)
+        if (m_source.isSheet && column.type == static_cast<int>(EDataType::adDouble))
+            column.type = static_cast<int>(EDataType::adNumeric);
     SelectColumns();
     std::vector<std::string> names;
     for (const CLibraryRows::SColumn& column : m_columns)

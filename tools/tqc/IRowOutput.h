@@ -18,6 +18,8 @@ public:
 
     /// The rows that follow are those of an input, or of a sheet or table of it if that has a name.
     virtual void BeginTable(const std::string& /*input*/, const std::string& /*table*/) {}
+    /// No more rows of it follow. False when they have to be written again from the first one, after BeginTable.
+    virtual bool EndTable() { return true; }
     /// The names of the columns, in the encoding of the output; before the first row, or never.
     virtual bool WriteNames(const char* const* names, const WORD* lengths, DWORD count) = 0;
     /// A row of texts in the encoding of the output.

@@ -131,6 +131,7 @@ public:
         CheckOutputs();
         CheckTogether();
         SCFormOptions::Check(m_app, m_options);
+        CheckTables();
         return true;
     }
 
@@ -390,7 +391,6 @@ private:
                 EExitStatus::Usage,
                 m_app.get_subcommands()[0]->get_name() +
                     " writes to standard output; --output, --out-dir and --rejects are options of convert");
-        CheckTables();
         CheckJobs();
         if (!m_options.output.empty() && !m_options.outputFolder.empty())
             throw CFailure(EExitStatus::Usage, "--output and --out-dir exclude each other");
@@ -430,7 +430,7 @@ private:
             throw CFailure(EExitStatus::Usage, "--all and --sheet exclude each other");
         if (m_options.command != SOptions::ECommand::Convert)
             throw CFailure(EExitStatus::Usage, "--all is an option of convert; see: tqc --help");
-        if (m_options.outputFolder.empty())
+        if (m_options.outputFolder.empty() && m_options.format != SOptions::EFormat::Sqlite)
             throw CFailure(EExitStatus::Usage,
                            "--all writes a file for every sheet or table; give the folder for them: --out-dir DIR");
     }

@@ -23,8 +23,13 @@ struct SName {
     T value;
 };
 
-constexpr SName<EFormat> formats[] = {{"csv", EFormat::Csv}, {"jsonl", EFormat::JsonLines}};
-constexpr SName<EFormat> extensions[] = {{".jsonl", EFormat::JsonLines}, {".ndjson", EFormat::JsonLines}};
+constexpr SName<EFormat> formats[] = {
+    {"csv", EFormat::Csv}, {"jsonl", EFormat::JsonLines}, {"sqlite", EFormat::Sqlite}};
+constexpr SName<EFormat> extensions[] = {{".jsonl", EFormat::JsonLines},
+                                         {".ndjson", EFormat::JsonLines},
+                                         {".sqlite", EFormat::Sqlite},
+                                         {".sqlite3", EFormat::Sqlite},
+                                         {".db", EFormat::Sqlite}};
 constexpr SName<EBinary> binaries[] = {{"hex", EBinary::Hex}, {"base64", EBinary::Base64}, {"omit", EBinary::Omit}};
 
 /// What the other formats have no use for.
@@ -61,13 +66,14 @@ EFormat FormatOf(const CLI::App& app, const SOptions& options) {
 } // namespace
 
 void SCFormOptions::Add(CLI::App& app, SOptions& options) {
-    AddText(app, "--to", "FORMAT", "csv | jsonl (default: by the extension of -o, else csv)",
+    AddText(app, "--to", "FORMAT", "csv | jsonl | sqlite (default: by the extension of -o, else csv)",
             [&options](const std::string& value) { options.format = Choose<EFormat>("--to", value, formats); });
-    AddText(app, "--binary", "FORM", "bytes of databases: hex | base64 | omit (default: hex; in jsonl base64)",
+    AddText(app, "--binary", "FORM",
+            "bytes of databases: hex | base64 | omit (default: hex; in jsonl base64, in sqlite as they are)",
             [&options](const std::string& value) { options.binary = Choose<EBinary>("--binary", value, binaries); });
     app.add_flag_function(
            "--no-header", [](std::int64_t) {},
-           "jsonl, info: the first row is a row like any other; jsonl writes arrays")
+           "jsonl, sqlite, info: the first row is a row like any other; jsonl writes arrays")
         ->excludes("--header");
 }
 
@@ -87,6 +93,8 @@ void SCFormOptions::Check(const CLI::App& app, SOptions& options) {
         throw CFailure(EExitStatus::Usage,
                        "--output-encoding is for CSV, since the other formats are UTF-8; leave it out");
     options.outputCodePage = Platform::CP_UTF8;
+    if (options.format == EFormat::Sqlite && options.sheet.empty())
+        options.allTables = true;
 }
 
 void SCFormOptions::CheckTyped(const SOptions& options, const std::string& file) {
@@ -98,7 +106,14 @@ void SCFormOptions::CheckTyped(const SOptions& options, const std::string& file)
 }
 
 std::string SCFormOptions::ExtensionOf(EFormat format) {
-    return format == EFormat::JsonLines ? ".jsonl" : ".csv";
+    switch (format) {
+    case EFormat::JsonLines:
+        return ".jsonl";
+    case EFormat::Sqlite:
+        return ".sqlite";
+    default:
+        return ".csv";
+    }
 }
 
 } // namespace NSTQ::Tool
