@@ -19,7 +19,7 @@ void CInputReports::Print(std::size_t input, std::string_view message) {
 
 void CInputReports::Finish(std::size_t input) {
     const auto lock = SCTerminal::Lock();
-    m_bar.Show(input, 1000);
+    m_bar.Finish(input);
     m_inputs[input].isFinished = true;
     while (m_turn < m_inputs.size() && m_inputs[m_turn].isFinished)
         if (++m_turn < m_inputs.size())

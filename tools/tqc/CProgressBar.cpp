@@ -39,15 +39,24 @@ void CProgressBar::Show(std::size_t input, int thousandths) {
     constexpr auto interval = std::chrono::milliseconds(100);
     if (!m_isWanted)
         return;
-    SInput& shown = m_inputs[input];
-    m_done += shown.size * (thousandths - shown.thousandths);
-    shown.thousandths = thousandths;
+    Take(input, thousandths);
     const auto now = std::chrono::steady_clock::now();
     if (now - m_lastDrawn < interval)
         return;
     m_lastDrawn = now;
-    Draw(m_total > 0 ? std::clamp(static_cast<int>(m_done / m_total), 0, 1000) : 0, shown.name);
+    Draw(m_total > 0 ? std::clamp(static_cast<int>(m_done / m_total), 0, 1000) : 0, m_inputs[input].name);
     m_isShown = true;
+}
+
+void CProgressBar::Finish(std::size_t input) {
+    if (m_isWanted)
+        Take(input, 1000);
+}
+
+void CProgressBar::Take(std::size_t input, int thousandths) {
+    SInput& taken = m_inputs[input];
+    m_done += taken.size * (thousandths - taken.thousandths);
+    taken.thousandths = thousandths;
 }
 
 void CProgressBar::Draw(int thousandths, const std::string& name) const {

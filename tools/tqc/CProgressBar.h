@@ -23,6 +23,8 @@ public:
     bool IsWanted() const { return m_isWanted; }
     /// The progress of an input, from 0 to 1000. Draws at most ten times a second.
     void Show(std::size_t input, int thousandths);
+    /// The input is finished, however much of it was read. Draws nothing.
+    void Finish(std::size_t input);
     /// Removes the bar before a message; the next Show draws it again.
     void Clear();
 
@@ -33,6 +35,7 @@ private:
         int thousandths = 0;
     };
 
+    void Take(std::size_t input, int thousandths);
     void Draw(int thousandths, const std::string& name) const;
 
     bool m_isWanted;
