@@ -68,6 +68,7 @@ _tqc_paths() {
 _tqc() {
     local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local pages='shift_jis cp1252 gbk cp949 big5 utf-8'
+    local encodings='utf-16 utf-16le utf-16be euc-jp '$(printf '%s ' windows-{874,1250,1251,125{3..8}} iso-8859-{2..11} iso-8859-{13..16})
     local options='--help --version --type --separator --eol --encoding --code-page --widths --sheet --header
         --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --skip-rows
         --limit --columns --exclude --output --out-dir --jobs --all --output-separator --output-eol --output-encoding --add-bom
@@ -84,7 +85,7 @@ _tqc() {
     --sheet) _tqc_sheets; return ;;
     --type) _tqc_words 'csv tsv fix xls xlsx mdb accdb xtqf'; return ;;
     --eol | --output-eol) _tqc_words 'crlf lf cr'; return ;;
-    --encoding) _tqc_words "auto ansi $pages"; return ;;
+    --encoding) _tqc_words "auto ansi $pages $encodings"; return ;;
     --code-page | --output-encoding) _tqc_words "$pages"; return ;;
     --numbers) _tqc_words '15 full'; return ;;
     --to) _tqc_words 'csv jsonl sqlite'; return ;;

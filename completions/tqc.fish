@@ -17,6 +17,7 @@ function __tqc_sheets
     end
 end
 
+set -l encodings utf-16{,le,be} euc-jp windows-{874,125{0,1,3,4,5,6,7,8}} iso-8859-(seq 2 11) iso-8859-(seq 13 16)
 set -l pages 'shift_jis cp1252 gbk cp949 big5 utf-8'
 set -l first 'test (count (commandline -opc)) -eq 1'
 
@@ -30,7 +31,7 @@ complete -c tqc -n '__fish_seen_subcommand_from list info' -l json -d 'Write JSO
 complete -c tqc -x -l type -a 'csv tsv fix xls xlsx mdb accdb xtqf' -d 'Type of the file'
 complete -c tqc -x -l separator -a tab -d 'Field separator'
 complete -c tqc -x -l eol -a 'crlf lf cr' -d 'Line end of the file'
-complete -c tqc -x -l encoding -a "auto ansi $pages" -d 'Encoding of the input'
+complete -c tqc -x -l encoding -a "auto ansi $pages $encodings" -d 'Encoding of the input'
 complete -c tqc -x -l code-page -a $pages -d 'Code page of input and output'
 complete -c tqc -x -l widths -d 'Width in bytes of each column of fixed-length text'
 complete -c tqc -x -l sheet -a '(__tqc_sheets)' -d 'Sheet or table, or a pattern'

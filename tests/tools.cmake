@@ -1,7 +1,7 @@
 # The program is driven as it was built, so there is nothing to test without it or its sources.
 if(TARGET tqc AND TQC_WITH_ZIP AND TQC_WITH_XLSX AND TQC_WITH_XLS)
-  tqc_add_test(tool_test tools/ConvertTest.cpp tools/ForeignFormatsTest.cpp tools/ManyOutputsTest.cpp
-    tools/PosixTest.cpp tools/ToolTest.cpp)
+  tqc_add_test(tool_test tools/ConvertTest.cpp tools/EncodingTest.cpp tools/ForeignFormatsTest.cpp
+    tools/ManyOutputsTest.cpp tools/PosixTest.cpp tools/ToolTest.cpp)
   target_compile_definitions(tool_test PRIVATE
     TQC_PROGRAM="$<TARGET_FILE:tqc>" TQC_SAMPLES="${PROJECT_SOURCE_DIR}/examples/data"
     TQC_COMPLETIONS="${PROJECT_SOURCE_DIR}/completions" TQC_MANUAL="${PROJECT_SOURCE_DIR}/man/tqc.1")

@@ -214,6 +214,17 @@ std::string GetLocaleEncoding();
 /// The code for an errno of the standard library's functions.
 DWORD CodeOfErrno(int error);
 
+// --- Encodings ---
+
+/// What DecodeCharacters tells of bytes that mean nothing.
+inline constexpr char16_t noCharacter = 0xFFFF;
+
+/// The characters of an encoding of the system: `codePage` is 874, 1250 to 1258, 28590 + n for ISO 8859-n, or 20932
+/// for EUC-JP, all of whose characters are in the Basic Multilingual Plane. `bytes` holds characters of `length`
+/// bytes each, and `characters` gets as many. 50 if the system does not have the encoding.
+DWORD DecodeCharacters(unsigned codePage, std::string_view bytes, std::size_t length,
+                       std::vector<char16_t>& characters);
+
 // --- Interruption ---
 
 /// Whenever the user or the system ends the program (Ctrl-C, closing of the terminal, SIGTERM and the like, but not a

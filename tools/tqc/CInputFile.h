@@ -1,15 +1,17 @@
 // One input of the command line as a file that the library can open.
 //
 // Text from standard input, a named pipe or a device is read from there, once. If the program has to read data twice
-// (workbooks, databases and packages, the size for info, rejected rows), the input is first copied to a private file,
-// which is removed at the end, also after a signal. The copy of text has no name where the system has such files. A
-// workbook, database or package is detected by its bytes; if its name has another extension, the program creates a
-// link with the right one, because the library uses the extension.
+// (workbooks, databases and packages, the size for info, rejected rows), the input is first copied to a private file.
+// Text in UTF-16 or another encoding that is converted is also read from a copy, in UTF-8. A workbook, database or
+// package is detected by its bytes; if its name has another extension, the program creates a link with the right one,
+// because the library uses the extension.
 #pragma once
 
 #include "CFailure.h"
 #include "CFileHead.h"
 #include "COpenFile.h"
+#include "CTemporaryCopy.h"
+#include "SCTextEncodings.h"
 #include "SOptions.h"
 #include "tqcAccess/ComError.h"
 
@@ -23,7 +25,6 @@ public:
     /// Opens a pipe, which waits for its writer; copies the input if necessary; examines the beginning. The options
     /// must outlive it. Throws CFailure.
     CInputFile(const SOptions& options, const std::string& name);
-    ~CInputFile();
     CInputFile(const CInputFile&) = delete;
     CInputFile& operator=(const CInputFile&) = delete;
 
@@ -40,6 +41,10 @@ public:
     /// By the options or the bytes; none if these do not determine it.
     const std::optional<SCDeclareConstant::ESourceFileType>& Type() const { return m_type; }
     const CFileHead& Head() const { return m_head; }
+    /// The beginning of what is read, which is in UTF-8 if the text was converted.
+    const CFileHead& TextHead() const { return m_encoding ? m_textHead : m_head; }
+    /// The encoding that the text was converted from.
+    const std::optional<STextEncoding>& Encoding() const { return m_encoding; }
 
     /// Converts the failure of a workbook or database to a CFailure, about `subject` instead of the path.
     CFailure Explain(const Platform::_com_error& error, const std::string& subject) const;
@@ -48,13 +53,10 @@ public:
 private:
     void TakeFile();
     void TakeStream(Port::TFile stream);
+    void TakeCopyOf(Port::TFile stream);
+    bool IsText() const;
     bool MayStream() const;
-    void CopyStream(Port::TFile stream);
-    [[noreturn]] void FailToStore(DWORD code, const std::string& hint) const;
-    void CreateNameless();
-    void CreateNamed(const std::string& extension);
-    void RemoveLater(const std::string& path);
-    void LinkUnderExtension(const std::string& extension);
+    bool Convert(Port::TFile rest);
 
     const SOptions& m_options;
     std::string m_name;
@@ -63,9 +65,10 @@ private:
     bool m_isFile = false;
     std::optional<SCDeclareConstant::ESourceFileType> m_type;
     CFileHead m_head;
-    COpenFile m_opened;      ///< a pipe or device that is read
-    COpenFile m_copy;        ///< of a stream
-    std::string m_temporary; ///< the file to remove at the end
+    std::optional<STextEncoding> m_encoding;
+    CFileHead m_textHead;
+    COpenFile m_opened; ///< a pipe or device that is read
+    CTemporaryCopy m_copy;
 };
 
 } // namespace NSTQ::Tool

@@ -39,7 +39,8 @@ const SFault& FindFault(DWORD code) {
 } // namespace
 
 CPackageSource::CPackageSource(const SOptions& options, const CInputFile& input)
-    : CLockableSource(options, input, CTextFile::CodePageOf(options, input.Head().Bytes())) {
+    : CLockableSource(options, input, CTextFile::CodePageOf(options, input.Head().Bytes())),
+      m_converted(input.Name()) {
     Describe(m_info, SCDeclareConstant::SFT_XTQF);
 }
 
@@ -70,9 +71,23 @@ bool CPackageSource::Unpack(bool mayAsk) {
     if (Port::SStatus status; Port::GetStatus(dataPath, status) != 0)
         throw CFailure(EExitStatus::Unsupported, m_input.Name(),
                        "the package does not contain TqData/SourceFile.csv");
-    const COpenFile file = CFileHead::Open(dataPath, m_input.Name());
-    m_text.emplace(m_options, CTextFile::SPlace{m_input.Name(), dataPath, -1}, CFileHead(file.Get(), m_input.Name()));
+    TakeText(dataPath);
     return true;
+}
+
+void CPackageSource::TakeText(const std::string& path) {
+    const COpenFile file = CFileHead::Open(path, m_input.Name());
+    CFileHead head(file.Get(), m_input.Name());
+    CTextFile::SPlace place{m_input.Name(), path, -1, SCTextEncodings::Choose(m_options.encoding, head.Bytes())};
+    if (place.original) {
+        place.hasBom = SCTextProbe::HasUtf16Bom(head.Bytes());
+        m_converted.CreateNameless();
+        m_converted.Fill(head.Bytes(), file.Get(), SCTextEncodings::MakeDecoder(*place.original, place.name).get());
+        place.path = m_converted.Path();
+        m_info.SetXtqfSourceFilePath(SCPathText::ToLibrary(place.path).c_str());
+        head = CFileHead(m_converted.File(), m_input.Name());
+    }
+    m_text.emplace(m_options, std::move(place), std::move(head));
 }
 
 CSourceDataInfo::ESourceDataOpen CPackageSource::TryToPrepare() {

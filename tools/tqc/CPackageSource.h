@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CLockableSource.h"
+#include "CTemporaryCopy.h"
 #include "CTextFile.h"
 #include "CUnpackFolder.h"
 #include "tqcAccess/CodePage.h"
@@ -27,10 +28,12 @@ private:
     bool IsLocked() const override;
     std::string DescribeRefusal() const override;
     bool Unpack(bool mayAsk);
+    void TakeText(const std::string& path);
     [[noreturn]] void Explain() const;
 
     CUnpackFolder m_folder; ///< before the description, which removes the folder, so that it outlives it
     CSourceDataInfo m_info;
+    CTemporaryCopy m_converted; ///< the data file in UTF-8, if it is not read as it is
     std::optional<CTextFile> m_text;
     /// The code page of the data file, which may differ from that of the paths, which is restored afterwards.
     std::optional<Platform::CThreadCodePage> m_dataPage;

@@ -21,7 +21,7 @@ constexpr std::u16string_view standIns = u"?\u30FB\uFFFD";
 
 CRowEncoder::CRowEncoder(unsigned codePage, std::size_t fieldLengthMax)
     : m_sourcePage(GetAnsiCodePage()), m_codePage(codePage), m_maxFieldLength(fieldLengthMax),
-      m_name(SCCodePageNames::Describe(codePage)) {}
+      m_name(SCCodePageNames::Describe(codePage)), m_sourceName(SCCodePageNames::NameOf(m_sourcePage)) {}
 
 bool CRowEncoder::IsAscii(const char* text, std::size_t length) {
     std::uint64_t high = 0;
@@ -96,7 +96,7 @@ void CRowEncoder::EncodeField(const char* text, WORD length) {
                                                       nullptr, nullptr);
     m_text.resize(start + static_cast<std::size_t>(size));
     if (!AreDefined({text, length}, units))
-        m_sourceLoss = "bytes that are invalid in " + SCCodePageNames::NameOf(m_sourcePage);
+        m_sourceLoss = "bytes that are invalid in " + m_sourceName;
     if (m_codePage != CP_UTF8 && !IsKept(start, units))
         AddLoss("characters that " + m_name + " cannot represent");
     if (m_text.size() - start > m_maxFieldLength) {

@@ -16,6 +16,9 @@ public:
     /// A field that needs more than `fieldLengthMax` bytes, at most 65535, is truncated.
     explicit CRowEncoder(unsigned codePage, std::size_t fieldLengthMax = 65535);
 
+    /// The name of the source's encoding in messages, if it is not that of its code page.
+    void SetSourceName(std::string name) { m_sourceName = std::move(name); }
+
     /// Whether nothing is to be turned, nor looked at, since the output is in the source's code page. Fields that are
     /// not known to be UTF-8 have to be looked at in that page.
     bool IsIdle(bool isKnownUtf8) const {
@@ -53,6 +56,7 @@ private:
     unsigned m_codePage;
     std::size_t m_maxFieldLength;
     std::string m_name;
+    std::string m_sourceName;
     std::vector<WCHAR> m_wide;
     std::vector<WCHAR> m_back;
     std::string m_text; ///< the encoded fields one after another

@@ -19,7 +19,10 @@ CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTa
     : m_options(options), m_reader(reader), m_rows(reader.Rows()),
       m_encoder(options.outputCodePage, options.formulaGuard ? CFormulaGuard::maxFieldLength : maxLength),
       m_guard(options.outputSeparator), m_selection(options.columns, options.excludedColumns), m_targets(targets),
-      m_reporter(reporter) {}
+      m_reporter(reporter) {
+    if (!reader.OriginalEncoding().empty())
+        m_encoder.SetSourceName(reader.OriginalEncoding());
+}
 
 bool CRowPump::Run() {
     while (m_written < m_options.limit && m_rows.HasNextLineData()) {
@@ -186,7 +189,8 @@ void CRowPump::AddTooLong() {
 }
 
 std::string CRowPump::DescribeOpenQuote() const {
-    return "the quote at byte " + std::to_string(m_openQuote) + " of the file is not closed";
+    const char* const form = m_reader.OriginalEncoding().empty() ? "" : " in UTF-8";
+    return "the quote at byte " + std::to_string(m_openQuote) + " of the file" + form + " is not closed";
 }
 
 /// Whether a SUB ended a row; otherwise it is before one.

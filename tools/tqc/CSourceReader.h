@@ -48,6 +48,13 @@ public:
     /// The file offset of a quote that is not closed in the last row, if line ends do not close it; -1 if there is
     /// none.
     virtual LONGLONG GetOpenQuote() const { return -1; }
+
+    /// The encoding of the file if the reader reads a copy of it in UTF-8, in which its positions count; else empty.
+    const std::string& OriginalEncoding() const { return m_originalEncoding; }
+    void SetOriginalEncoding(std::string name) { m_originalEncoding = std::move(name); }
+
+private:
+    std::string m_originalEncoding;
 };
 
 template <class TReader>

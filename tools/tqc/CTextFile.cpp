@@ -1,14 +1,16 @@
 #include "CTextFile.h"
 
+#include "AsciiCase.h"
 #include "CCsvSourceReader.h"
 #include "CFailure.h"
 #include "CFixSourceReader.h"
 #include "SCCodePageNames.h"
-#include "SCContentProbe.h"
 #include "SCEncodingGuess.h"
 #include "SCSeparatorProbe.h"
 #include "tqcAccess/CodePage.h"
 #include "tqcAccess/ErrorText.h"
+
+#include <algorithm>
 
 namespace NSTQ::Tool {
 namespace {
@@ -26,10 +28,15 @@ std::string NameSeparator(char separator) {
 
 CTextFile::CTextFile(const SOptions& options, SPlace place, CFileHead head)
     : m_options(options), m_place(std::move(place)), m_head(std::move(head)),
-      m_lineEnd(FindLineEnd(options, m_head.Bytes(), Separator())), m_codePage(CodePageOf(options, m_head.Bytes())) {}
+      m_lineEnd(FindLineEnd(options, m_head.Bytes(), Separator())),
+      m_codePage(IsConverted() ? Platform::CP_UTF8 : CodePageOf(options, m_head.Bytes())) {}
+
+CSourceDataInfo::EReadCharSet CTextFile::CharSet() const {
+    return IsConverted() ? CSourceDataInfo::RCS_AUTO : m_options.charSet;
+}
 
 std::string_view CTextFile::Head() const {
-    const bool hasBom = m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Bom(m_head.Bytes());
+    const bool hasBom = CharSet() != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Bom(m_head.Bytes());
     return m_head.Bytes().substr(hasBom ? sizeof SCDataAccessDefine::BOM_UTF8 : 0);
 }
 
@@ -43,10 +50,6 @@ std::string_view CTextFile::Body() const {
         body.remove_prefix(at + end.size());
     }
     return body;
-}
-
-bool CTextFile::IsUtf16() const {
-    return SCTextProbe::HasUtf16Bom(m_head.Bytes());
 }
 
 bool CTextFile::FindSeparator() {
@@ -66,8 +69,8 @@ unsigned CTextFile::CodePageOf(const SOptions& options, std::string_view head) {
 }
 
 CTextFile::SCharacterSet CTextFile::CharacterSet() const {
-    if (IsUtf16())
-        return {"utf-16", true};
+    if (IsConverted())
+        return {OriginalEncoding(), m_place.hasBom};
     if (m_options.charSet != CSourceDataInfo::RCS_ANSI && SCTextProbe::HasUtf8Bom(m_head.Bytes()))
         return {"utf-8", true};
     if (m_codePage != Platform::CP_UTF8)
@@ -79,9 +82,11 @@ std::string CTextFile::DescribeCharacterSet() const {
     const SCharacterSet set = CharacterSet();
     if (set.name.empty())
         return SCEncodingGuess::Describe(SCTextProbe::WholeLines(m_head.Bytes()));
-    if (!set.name.starts_with("utf"))
+    if (!IsConverted() && set.name != "utf-8")
         return "code page " + SCCodePageNames::Describe(m_codePage);
-    return (set.name == "utf-8" ? "UTF-8" : "UTF-16") + std::string(set.hasBom ? " (BOM)" : "");
+    std::string name = set.name;
+    std::ranges::transform(name, name.begin(), ToAsciiUpper);
+    return name + (set.hasBom ? " (BOM)" : "");
 }
 
 std::string CTextFile::DescribeInvalidText() const {
@@ -102,11 +107,12 @@ std::vector<std::string> CTextFile::DescribeDoubts() const {
 std::unique_ptr<ISourceReader> CTextFile::OpenDelimited(CSourceDataInfo& info) const {
     // UTF-8 is read in code page 65001, by the ANSI grammar, which keeps spaces inside fields. RCS_AUTO skips the
     // BOM; a file that is too short for that contains nothing to convert.
-    const bool isChosenAnsi = m_options.charSet == CSourceDataInfo::RCS_ANSI;
+    const bool isChosenAnsi = CharSet() == CSourceDataInfo::RCS_ANSI;
     info.SetReadCharSet(isChosenAnsi || IsStream() ? CSourceDataInfo::RCS_ANSI : CSourceDataInfo::RCS_AUTO);
     info.SetKeepLineEnds(m_options.quoteNewLine);
     auto reader = std::make_unique<CCsvSourceReader>(m_options);
     reader->SetSeparator(Separator());
+    reader->SetOriginalEncoding(OriginalEncoding());
     OpenFile(*reader, info);
     if (!isChosenAnsi && !IsStream() && Size() == 3 && SCTextProbe::HasUtf8Bom(m_head.Bytes()))
         reader->MoveFileEnd();
@@ -122,15 +128,19 @@ std::unique_ptr<ISourceReader> CTextFile::OpenFixedLength(CSourceDataInfo& info)
                            ", more than --max-line-size");
     const bool hasLineEnds = SCTextProbe::HasLineEnd(m_head.Bytes(), m_lineEnd);
     info.SetFixColLen(CFixSourceReader::LayOut(m_options.widths, hasLineEnds));
-    info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : m_options.charSet);
+    info.SetReadCharSet(IsStream() ? CSourceDataInfo::RCS_ANSI : CharSet());
     auto reader =
         std::make_unique<CFixSourceReader>(static_cast<DWORD>(m_options.widths.size()), info, m_lineEnd, hasLineEnds);
+    reader->SetOriginalEncoding(OriginalEncoding());
     OpenFile(*reader, info);
     return reader;
 }
 
+std::string CTextFile::OriginalEncoding() const {
+    return IsConverted() ? SCTextEncodings::NameOf(*m_place.original) : "";
+}
+
 void CTextFile::OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& info) const {
-    SCContentProbe::RefuseUtf16(m_place.name, m_head.Bytes());
     info.SetDelimiter(m_lineEnd.first, m_lineEnd.second);
     reader.SetDelimiter(m_lineEnd.first, m_lineEnd.second);
     if (IsStream())

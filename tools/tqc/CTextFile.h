@@ -18,7 +18,9 @@ public:
     struct SPlace {
         std::string name; ///< its name in messages
         std::string path;
-        int stream; ///< the number of one that is read once; negative for a file
+        int stream;                            ///< the number of one that is read once; negative for a file
+        std::optional<STextEncoding> original; ///< the encoding, if this is a copy in UTF-8
+        bool hasBom = false;                   ///< of the original
     };
     /// A character set: its name ("utf-8"), or none if it is unknown, and whether there is a BOM.
     struct SCharacterSet {
@@ -36,7 +38,6 @@ public:
     /// Those after the lines that the options leave out before the header row; all if they end beyond the first
     /// bytes.
     std::string_view Body() const;
-    bool IsUtf16() const;
     const SLineEnd& LineEnd() const { return m_lineEnd; }
 
     /// That of the options, else the one that was set or found, at first a comma; 0 if it is unknown.
@@ -63,6 +64,9 @@ public:
 
 private:
     std::string DescribeInvalidText() const;
+    std::string OriginalEncoding() const;
+    bool IsConverted() const { return m_place.original.has_value(); }
+    CSourceDataInfo::EReadCharSet CharSet() const;
     bool IsStream() const { return m_place.stream >= 0; }
     void OpenFile(NSTQCore::VCTextFileOperater& reader, CSourceDataInfo& info) const;
 

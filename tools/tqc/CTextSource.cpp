@@ -9,11 +9,15 @@
 namespace NSTQ::Tool {
 
 CTextSource::CTextSource(const SOptions& options, const CInputFile& input)
-    : m_options(options), m_input(input), m_text(options, {input.Name(), input.Path(), input.Stream()}, input.Head()),
+    : m_options(options), m_input(input), m_text(options,
+                                                 {input.Name(), input.Path(), input.Stream(), input.Encoding(),
+                                                  SCTextProbe::HasUtf16Bom(input.Head().Bytes())},
+                                                 input.TextHead()),
       m_page(m_text.CodePage()), m_type(FindType()) {
     if (m_input.Type())
         return;
-    const std::string other = SCContentProbe::DescribeOther(m_input.Name(), m_input.Head().Bytes(), m_input.IsFile());
+    const std::string other = SCContentProbe::DescribeOther(m_input.Name(), m_input.TextHead().Bytes(),
+                                                            m_input.IsFile(), m_input.Encoding().has_value());
     if (!other.empty())
         throw CFailure(EExitStatus::Unsupported, m_input.Name(), other);
 }

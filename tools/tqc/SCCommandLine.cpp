@@ -193,7 +193,8 @@ private:
                 m_options.lineEnd = Choose<SLineEnd>(name, value, lineEnds);
             });
         Add("--encoding", "SET",
-            "encoding of the input: auto (default), ansi (the code page), utf-8, or a code page such as shift_jis",
+            "encoding of the input: auto (default), ansi (the code page), or a name, such as utf-8, shift_jis, "
+            "utf-16le",
             [this](const char* name, const auto& value) { TakeEncoding(name, value); });
         Add("--code-page", "PAGE", "code page of input and output, such as 932 or utf-8 (default: the locale's)",
             [this](const char* name, const auto& value) {
@@ -244,7 +245,11 @@ private:
             return;
         const auto page = SCCodePageNames::Find(value);
         if (!page)
-            Refuse(name, value, "auto, ansi, " + SCCodePageNames::Allowed());
+            m_options.encoding = SCTextEncodings::Find(value);
+        if (m_options.encoding)
+            return;
+        if (!page)
+            Refuse(name, value, "auto, ansi, " + SCCodePageNames::Allowed() + ", " + SCTextEncodings::Allowed());
         if (*page == Platform::CP_UTF8) {
             m_options.charSet = CSourceDataInfo::RCS_UTF8;
             return;

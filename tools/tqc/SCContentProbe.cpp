@@ -5,7 +5,6 @@
 #include "SCTypeNames.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 
 namespace NSTQ::Tool {
@@ -156,16 +155,6 @@ constexpr SOther others[] = {
     {0, "Rar!\x1A\x07"sv, compressed},
 };
 
-/// "LE" or "BE" when the text has the NULs that ASCII has in UTF-16, else empty.
-std::string FindByteOrder(std::string_view head) {
-    std::array<std::size_t, 2> nuls{};
-    for (std::size_t i = 0; i < head.size(); ++i)
-        nuls[i % 2] += head[i] == '\0' ? 1 : 0;
-    const std::size_t few = head.size() / 100;
-    const std::size_t many = head.size() / 4;
-    return nuls[0] <= few && nuls[1] >= many ? "LE" : nuls[1] <= few && nuls[0] >= many ? "BE" : "";
-}
-
 } // namespace
 
 std::optional<EType> SCContentProbe::FindType(Port::TFile file, const CFileHead& head) {
@@ -181,7 +170,8 @@ std::optional<EType> SCContentProbe::FindType(Port::TFile file, const CFileHead&
     return type == SCDeclareConstant::SFT_UNKNOWN ? std::nullopt : std::optional(type);
 }
 
-std::string SCContentProbe::DescribeOther(std::string_view file, std::string_view head, bool isSearched) {
+std::string SCContentProbe::DescribeOther(std::string_view file, std::string_view head, bool isSearched,
+                                          bool isConverted) {
     if (!isSearched && head.starts_with(zipMark))
         return "seems to be a zip archive, such as a workbook or package; give --type xlsx or --type xtqf";
     if (!isSearched && head.starts_with(compoundMark))
@@ -194,16 +184,16 @@ std::string SCContentProbe::DescribeOther(std::string_view file, std::string_vie
     for (const SOther& other : others)
         if (head.substr(std::min(other.at, head.size())).starts_with(other.mark))
             return "seems to be " + std::string(other.what) + byForce;
-    if (head.find('\0') == std::string_view::npos || SCTextProbe::HasUtf16Bom(head))
+    if (head.find('\0') == std::string_view::npos)
         return "";
-    if (const std::string order = FindByteOrder(head); !order.empty())
-        return "seems to be UTF-16 text without a BOM; convert it with: iconv -f UTF-16" + order + " -t UTF-8";
+    if (const auto encoding = SCTextEncodings::FindByNuls(head); encoding && !isConverted)
+        return "seems to be UTF-16 text without a BOM; give --encoding " + SCTextEncodings::NameOf(*encoding);
     return "is not text: it contains NUL bytes" + byForce;
 }
 
 void SCContentProbe::RefuseUtf16(const std::string& name, std::string_view head) {
     if (SCTextProbe::HasUtf16Bom(head))
-        throw CFailure(EExitStatus::Unsupported, name, "UTF-16 text; convert it with: iconv -f UTF-16 -t UTF-8");
+        throw CFailure(EExitStatus::Unsupported, name, "is UTF-16 text; give --type tsv (or csv)");
 }
 
 } // namespace NSTQ::Tool

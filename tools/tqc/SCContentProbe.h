@@ -17,8 +17,9 @@ public:
     static std::optional<SCDeclareConstant::ESourceFileType> FindType(Port::TFile file, const CFileHead& head);
 
     /// What a file of this name and with these first bytes seems to be, unless it is text, and what can be done with
-    /// it. Empty for text, also for UTF-16 text with a BOM. `isSearched`: FindType has found nothing in it.
-    static std::string DescribeOther(std::string_view file, std::string_view head, bool isSearched);
+    /// it. Empty for text. `isSearched`: FindType has found nothing in it.
+    /// `isConverted`: it was in another encoding than UTF-8.
+    static std::string DescribeOther(std::string_view file, std::string_view head, bool isSearched, bool isConverted);
 
     /// Throws CFailure about `name` if the file begins with a UTF-16 BOM.
     static void RefuseUtf16(const std::string& name, std::string_view head);

@@ -36,10 +36,11 @@ Detected automatically, unless an option is given:
              by the first line: tsv if it contains a TAB, csv if it contains a comma
   separator  a comma, or a TAB as above; ; | TAB or , instead if it gives rows of equal length and the other does not
   line end   the first one outside quotes in the first 64000 bytes: CR LF or LF; CR only if there is no LF
-  encoding   UTF-8 if the file begins with a BOM, else the code page
+  encoding   UTF-8 or UTF-16 if the file begins with a BOM, else the code page
   code page  of LC_ALL, LC_CTYPE or LANG; utf-8 if these do not name one
 
---encoding applies to the input only. The output is in the code page unless --output-encoding is given. Characters that
+--encoding applies to the input only: utf-8, shift_jis, gbk, cp949, big5, 1252, utf-16le, utf-16be, euc-jp,
+windows-874, windows-1250 to -1258, iso-8859-1 to -16. The output is in the code page unless --output-encoding is given. Characters that
 it cannot represent are replaced and their rows reported; with --strict they end the conversion.
 
 Line ends inside quotes and cells stay in their fields, which are written in quotes.

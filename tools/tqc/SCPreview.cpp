@@ -61,7 +61,7 @@ void PrintRuler(std::size_t width) {
 bool NeedsRuler(const SOptions& options, const ISource& source) {
     const auto type = source.Type();
     const bool isFixed = type == SCDeclareConstant::SFT_FIX || type == SCDeclareConstant::SFT_UNKNOWN;
-    return isFixed && options.widths.empty() && !source.Text()->IsUtf16();
+    return isFixed && options.widths.empty();
 }
 
 void ShowFixedLength(const SOptions& options, const CTextFile& text) {

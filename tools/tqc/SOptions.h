@@ -3,6 +3,7 @@
 
 #include "CColumnList.h"
 #include "CSourceDataInfo.h"
+#include "SCTextEncodings.h"
 #include "SCTextProbe.h"
 
 #include <cstdint>
@@ -53,6 +54,7 @@ struct SOptions {
     std::optional<SCDeclareConstant::ESourceFileType> type;
     std::optional<char> separator;
     std::optional<SLineEnd> lineEnd;
+    std::optional<STextEncoding> encoding; ///< that text is converted from before it is read
     CSourceDataInfo::EReadCharSet charSet = CSourceDataInfo::RCS_AUTO;
     unsigned codePage = 0;        ///< of the source, unless that is UTF-8
     bool isEncodingGiven = false; ///< the options give the encoding or the code page
