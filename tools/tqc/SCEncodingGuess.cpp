@@ -2,6 +2,7 @@
 
 #include "CRowEncoder.h"
 #include "SCCodePageNames.h"
+#include "SCTextEncodings.h"
 #include "tqcAccess/CodePage.h"
 
 #include <algorithm>
@@ -117,7 +118,8 @@ std::string SCEncodingGuess::Describe(std::string_view text) {
         return "mostly UTF-8, with some invalid bytes";
     const unsigned page = GuessCodePage(text);
     if (page == 0)
-        return "not UTF-8; give its encoding with --encoding: " + SCCodePageNames::Allowed();
+        return "not UTF-8; give its encoding with --encoding: " + SCCodePageNames::Allowed() + ", " +
+               SCTextEncodings::Allowed();
     return "not UTF-8, probably " + SCCodePageNames::Describe(page) + "; if so, give --encoding " +
            SCCodePageNames::NameOf(page);
 }
