@@ -7,7 +7,7 @@ _tqc_takes_value() {
     --password-file | --password-fd | --max-fields | --max-line-size | --max-field-size | --skip | --skip-rows) ;;
     --limit | --columns | --exclude) ;;
     --jobs | --output-separator | --output-eol | --output-encoding | --numbers | --on-error | --rejects) ;;
-    --to | --binary) ;;
+    --to | --binary | --date-format | --time-format | --decimal | --booleans | --null) ;;
     *) return 1 ;;
     esac
 }
@@ -73,7 +73,8 @@ _tqc() {
         --password-file --password-fd --no-quote-newline --max-fields --max-line-size --max-field-size --skip --skip-rows
         --limit --columns --exclude --output --out-dir --jobs --all --output-separator --output-eol --output-encoding --add-bom
         --formula-guard --numbers --quiet
-        --on-error --rejects --strict --replace --to --no-header --binary'
+        --on-error --rejects --strict --replace --to --no-header --binary
+        --date-format --time-format --decimal --booleans --null --iso'
     COMPREPLY=()
     # "--option=value" comes as three words.
     if [[ $cur == = ]]; then
@@ -89,6 +90,9 @@ _tqc() {
     --code-page | --output-encoding) _tqc_words "$pages"; return ;;
     --numbers) _tqc_words '15 full'; return ;;
     --to) _tqc_words 'csv jsonl sqlite'; return ;;
+    --date-format) _tqc_words 'yyyy-MM-dd dd.MM.yyyy M/d/yyyy'; return ;;
+    --time-format) _tqc_words 'HH:mm:ss HH:mm'; return ;;
+    --booleans) _tqc_words 'true/false yes/no 1/0'; return ;;
     --binary) _tqc_words 'hex base64 omit'; return ;;
     --on-error) _tqc_words 'stop skip'; return ;;
     --separator | --output-separator) _tqc_words 'tab'; return ;;

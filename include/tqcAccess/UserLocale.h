@@ -11,7 +11,8 @@
 
 namespace NSTQ::Platform {
 
-/// Format patterns are ASCII, not empty, and have at most this many characters.
+/// Format patterns are ASCII, not empty, and have at most this many characters; so do the other texts, which may be
+/// empty.
 inline constexpr std::size_t maxLocalePicture = 31;
 
 /// How many digits of a floating-point number are written.
@@ -20,7 +21,14 @@ enum class ENumberDigits : unsigned char {
     Full,    ///< as many as are needed to read the same number back: at most 17, for a Single 9
 };
 
-/// How dates, times and numbers are written. The texts belong to the caller.
+/// How bytes are written.
+enum class EBytesForm : unsigned char {
+    Hex,    ///< 0x and two digits for each
+    Base64, ///< in groups of four characters, padded with '='
+    Empty,  ///< as an empty text
+};
+
+/// How dates, times, numbers and other values are written. The texts belong to the caller.
 struct SUserLocale {
     /// yyyy, yy: the year with four or two digits; MM, M: the month, dd, d: the day, with two digits or without a
     /// leading zero. Every other character is written unchanged; a single y and longer runs are rejected.
@@ -31,10 +39,23 @@ struct SUserLocale {
     char decimalSign = '.';
     /// Also the number of digits before the decimal sign from which the exponent form is used, for Full 17 or 9.
     ENumberDigits numberDigits = ENumberDigits::Default;
+    // Printable ASCII.
+    std::string_view trueText = "-1";
+    std::string_view falseText = "0";
+    /// Of a missing value, in the rows that CADOOperater and what uses it return. A reader takes it when it is
+    /// constructed.
+    std::string_view nullText = "";
+    EBytesForm bytesForm = EBytesForm::Hex;
 };
 
 /// Copies it. False, with the setting unchanged, when a part of it is not as above.
 TQCACCESS_API bool SetUserLocale(const SUserLocale& locale);
+
+/// A date in these formats: the date alone, the time alone on day 0, or both with a space between them. `date` is in
+/// days since 1899-12-30, where the absolute value of the fraction is the time. Writes at most maxDateText bytes to
+/// `text`, without a NUL, and returns how many; 0 for one outside the years 100 to 9999.
+TQCACCESS_API std::size_t FormatDate(double date, char* text);
+inline constexpr std::size_t maxDateText = 128;
 
 /// The setting, valid until the next SetUserLocale.
 TQCACCESS_API SUserLocale GetUserLocale();

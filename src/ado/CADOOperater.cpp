@@ -4,6 +4,7 @@
 #include "CSourceDataInfo.h"
 #include "FieldText.h"
 #include "platform/codepage/Transcode.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <algorithm>
 #include <cstring>
@@ -37,10 +38,8 @@ Field& GetColumn(_Recordset& recordset, DWORD dwField) {
     return Require(Require(recordset.GetFields()).GetItem(index));
 }
 
-/// The text of a value; `converted` provides the memory if the value is not a text.
+/// The text of a value that is not missing; `converted` provides the memory if it is not a text.
 std::u16string_view GetText(const VARIANT& value, CVariant& converted, DWORD dwField) {
-    if (value.vt == VT_NULL)
-        return {};
     if (value.vt == VT_BSTR)
         return BstrView(value.bstrVal);
     const HRESULT result = VariantChangeType(converted.Get(), &value, 0, VT_BSTR);
@@ -63,7 +62,8 @@ struct CADOOperater::SAdo {
     CComPtr<_Connection> pConnection = CreateAdoObject<_Connection>(SCDataAccessDefine::ADODB_CONNECTION);
     CComPtr<_Recordset> pRecordset = CreateAdoObject<_Recordset>(SCDataAccessDefine::ADODB_RECORDSET);
     CVariant converted;
-    std::vector<SFieldType> types;     ///< those handed out last
+    const CBstr nullText = BstrFromAnsi(GetUserLocale().nullText); ///< stands for a missing value
+    std::vector<SFieldType> types;                                 ///< those handed out last
     std::optional<_com_error> failure; ///< of the last FileOpen; its description is what the host sees
 
     SAdo() { pRecordset->PutCursorLocation(adUseClient); }
@@ -180,14 +180,15 @@ bool CADOOperater::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& d
     if (!HasNextLineData())
         return false;
     _Recordset& recordset = *m_pAdo->pRecordset.Get();
-    const bool isNull = recordset.IsNullRow();
+    const std::u16string_view nullText = m_pAdo->nullText.View();
+    const bool isNull = nullText.empty() && recordset.IsNullRow();
     if (isNull)
         _StoreNullRow();
     std::size_t offset = 0;
     for (DWORD i = 0; i < m_dwFieldCnt && !isNull; ++i) {
         const VARIANT& value = GetColumn(recordset, i).GetValue();
-        const SFieldText text = MakeFieldText(GetText(value, m_pAdo->converted, i), m_pFieldBuff.get(),
-                                              m_dwMaxFieldSize, m_bKeepLineEnds);
+        const auto whole = value.vt == VT_NULL ? nullText : GetText(value, m_pAdo->converted, i);
+        const SFieldText text = MakeFieldText(whole, m_pFieldBuff.get(), m_dwMaxFieldSize, m_bKeepLineEnds);
         if (text.isCut && m_lCutColumn < 0)
             m_lCutColumn = static_cast<LONG>(i);
         offset = _StoreField(i, offset, text.length, 0);

@@ -1,6 +1,7 @@
 #include "CTabularRows.h"
 
 #include "CFault.h"
+#include "platform/automation/BytesText.h"
 #include "platform/codepage/Transcode.h"
 
 #include <algorithm>
@@ -107,12 +108,9 @@ tqc_field CTabularRows::MakeText(std::size_t column) {
         AppendUtf8(GetText(value.value));
         return {"", m_text.size() - start};
     }
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    m_text.insert(m_text.end(), {'0', 'x'});
-    for (const unsigned char byte : value.bytes) {
-        m_text.push_back(digits[byte >> 4U]);
-        m_text.push_back(digits[byte & 15U]);
-    }
+    const EBytesForm form = GetUserLocale().bytesForm;
+    m_text.resize(start + GetBytesTextSize(value.bytes.size(), form));
+    PutBytesText(m_text.data() + start, value.bytes, form);
     return {"", m_text.size() - start};
 }
 

@@ -113,6 +113,38 @@ TEST_F(ForeignFormats, DatabasesLoseNothing) {
     };
     Check(cases);
 }
+
+TEST_F(ForeignFormats, ValuesHaveTheWantedForms) {
+    using enum EAccess;
+    CAccessWriter writer(EJet::Ace16);
+    CAccessTable& table = writer.AddTable("T", {{.strName = "b", .type = Boolean},
+                                                {.strName = "d", .type = Double},
+                                                {.strName = "t", .type = Date},
+                                                {.strName = "o", .type = Ole},
+                                                {.strName = "x", .type = Text}});
+    table.Add({true, 0.5, 45000.5, "\0\xFF\x10>"s, {}});
+    table.Add({false, 1.0, 45000.0, ""s, "x"});
+    m_folder.WriteFile("a.accdb", writer.Finish().Bytes());
+    const SCase cases[] = {
+        {"a.accdb", "", "-1,0.5,2023/03/15 12:00:00,0x00FF103E,\r\n0,1,2023/03/15,0x,x\r\n"},
+        {"a.accdb --iso --null NULL", "",
+         "true,0.5,2023-03-15 12:00:00,0x00FF103E,NULL\r\nfalse,1,2023-03-15,0x,x\r\n"},
+        {"a.accdb --iso --booleans ja/ --date-format d.M.yy --time-format hh~tt --decimal , --binary base64", "",
+         "ja,\"0,5\",15.3.23 12 PM,AP8QPg==,\r\n,1,15.3.23,,x\r\n"},
+        {"a.accdb --binary omit --limit 1", "", "-1,0.5,2023/03/15 12:00:00,,\r\n"},
+        {"a.accdb --to jsonl --columns t --time-format HH:mm", "",
+         "{\"t\":\"2023/03/15 12:00\"}\n{\"t\":\"2023/03/15\"}\n"},
+        {"a.accdb --to jsonl --columns b,t --iso --limit 1", "", "{\"b\":true,\"t\":\"2023-03-15T12:00:00\"}\n"},
+        {"a.accdb --to jsonl --null x", "", "", "--null is for CSV; leave it out, or add --to csv", 2},
+        {"a.accdb --date-format yyy", "", "", "--date-format: \"yyy\" is invalid; allowed: yyyy, yy, MM", 2},
+        {"a.accdb --time-format H:mmm", "", "", "allowed: HH, H, hh", 2},
+        {"a.accdb --booleans yes", "", "", "with a slash between them, such as yes/no", 2},
+        {"a.accdb --booleans a/b/c", "", "", "with a slash between them, such as yes/no", 2},
+        {"a.accdb --decimal 10", "", "", "one character such as , or .", 2},
+        {"a.accdb --null é", "", "", "at most 31 ASCII characters", 2},
+    };
+    Check(cases);
+}
 #endif
 
 #ifdef TQC_WITH_SQLITE

@@ -3,6 +3,7 @@
 #include "CBinaryText.h"
 #include "CFailure.h"
 #include "SCValueText.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <algorithm>
 #include <cmath>
@@ -75,8 +76,8 @@ char* PutEscaped(std::string_view text, char* out) {
 } // namespace
 
 CJsonLinesOutput::CJsonLinesOutput(const SOptions& options, const std::string& name)
-    : m_target(name), m_binary(options.binary.value_or(SOptions::EBinary::Base64)), m_buffer(bufferSize),
-      m_names(false) {}
+    : m_target(name), m_binary(options.binary.value_or(SOptions::EBinary::Base64)),
+      m_hasDateForm(options.hasDateForm), m_buffer(bufferSize), m_names(false) {}
 
 CJsonLinesOutput::~CJsonLinesOutput() {
     try {
@@ -217,6 +218,10 @@ void CJsonLinesOutput::PutBinary(std::string_view bytes) {
 }
 
 void CJsonLinesOutput::PutDate(const tqc_value& value) {
+    if (m_hasDateForm) {
+        char text[Platform::maxDateText];
+        return PutText({text, Platform::FormatDate(value.number, text)});
+    }
     PutPlain("\"");
     PutPlain({value.text, value.length});
     PutPlain("\"");

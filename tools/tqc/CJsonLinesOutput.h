@@ -55,6 +55,7 @@ private:
 
     COutputTarget m_target;
     SOptions::EBinary m_binary;
+    bool m_hasDateForm;   ///< else ISO 8601
     bool m_isOpen = true; ///< the reader has not closed the pipe
     std::vector<char> m_buffer;
     std::size_t m_size = 0;

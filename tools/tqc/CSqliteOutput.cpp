@@ -5,6 +5,7 @@
 #include "CFailure.h"
 #include "SCValueText.h"
 #include "tqcAccess/DataType.h"
+#include "tqcAccess/UserLocale.h"
 
 #include <sqlite3.h>
 
@@ -250,7 +251,7 @@ int CSqliteOutput::Bind(int at, SColumn& column, const tqc_value& value, bool& i
     case TQC_VALUE_DECIMAL:
         return BindDecimal(at, column, text);
     case TQC_VALUE_DATE:
-        return BindDate(at, column, text);
+        return BindDate(at, column, value);
     case TQC_VALUE_TEXT:
         return BindText(at, text);
     case TQC_VALUE_BINARY:
@@ -289,8 +290,12 @@ int CSqliteOutput::BindDecimal(int at, SColumn& column, std::string_view text) {
     return sqlite3_bind_double(m_insert.get(), at, number);
 }
 
-int CSqliteOutput::BindDate(int at, SColumn& column, std::string_view text) {
-    const std::size_t size = text.copy(column.text.data(), column.text.size());
+int CSqliteOutput::BindDate(int at, SColumn& column, const tqc_value& value) {
+    if (m_options.hasDateForm) {
+        column.bytes.resize(Platform::maxDateText);
+        return BindText(at, {column.bytes.data(), Platform::FormatDate(value.number, column.bytes.data())});
+    }
+    const std::size_t size = std::string_view(value.text, value.length).copy(column.text.data(), column.text.size());
     std::replace(column.text.data(), column.text.data() + size, 'T', ' ');
     return BindText(at, {column.text.data(), size});
 }

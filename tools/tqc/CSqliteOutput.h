@@ -54,7 +54,7 @@ private:
         std::string name;
         EStore store;
         std::array<char, 32> text; ///< of a date or number, while it is bound
-        std::string bytes;         ///< the same of bytes that are written as text
+        std::string bytes;         ///< the same of a date in a form of its own, or of bytes as text
     };
     struct SClose {
         void operator()(sqlite3* database) const;
@@ -74,7 +74,7 @@ private:
     int Bind(int at, SColumn& column, const tqc_value& value, bool& isKept);
     int BindNumber(int at, SColumn& column, const tqc_value& value, bool& isKept);
     int BindDecimal(int at, SColumn& column, std::string_view text);
-    int BindDate(int at, SColumn& column, std::string_view text);
+    int BindDate(int at, SColumn& column, const tqc_value& value);
     int BindBytes(int at, SColumn& column, std::string_view bytes);
     int BindText(int at, std::string_view text);
 

@@ -19,6 +19,8 @@ public:
     static void Check(const CLI::App& app, SOptions& options);
     /// Throws CFailure about an input whose values are written with their types, if the options limit rows of text.
     static void CheckTyped(const SOptions& options, const std::string& file);
+    /// Sets the forms of values in the user locale of the process.
+    static void Apply(const SOptions& options);
     /// Of the files in a folder, with the dot.
     static std::string ExtensionOf(SOptions::EFormat format);
 };

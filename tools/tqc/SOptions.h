@@ -79,6 +79,13 @@ struct SOptions {
 
     EFormat format = EFormat::Csv;
     std::optional<EBinary> binary; ///< none for the default of the format
+    bool hasDateForm = false;      ///< an option gives the form of dates or times
+    std::string dateFormat;        ///< these as in Platform::SUserLocale; empty for its default
+    std::string timeFormat;
+    char decimalSign = '.';
+    std::string trueText = "-1";
+    std::string falseText = "0";
+    std::string nullText;
 
     char outputSeparator = SCDataAccessDefine::CAMMA_CODE;
     SLineEnd outputLineEnd;

@@ -5,13 +5,13 @@
 #include "CReporter.h"
 #include "SCCommandLine.h"
 #include "SCConvert.h"
+#include "SCFormOptions.h"
 #include "SCInfo.h"
 #include "SCPreview.h"
 #include "SCSignals.h"
 #include "platform/Port.h"
 #include "tqcAccess/ComError.h"
 #include "tqcAccess/ErrorText.h"
-#include "tqcAccess/UserLocale.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -42,8 +42,7 @@ EExitStatus Run(const std::vector<std::string>& arguments) {
     const auto options = SCCommandLine::Parse(static_cast<int>(texts.size()), texts.data());
     if (!options)
         return EExitStatus::Ok;
-    if (options->fullNumbers)
-        Platform::SetUserLocale({.numberDigits = Platform::ENumberDigits::Full});
+    SCFormOptions::Apply(*options);
     switch (options->command) {
     case SOptions::ECommand::Convert:
         return SCConvert::Run(*options);

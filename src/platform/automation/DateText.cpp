@@ -1,5 +1,4 @@
 #include "platform/automation/ValueText.h"
-#include "tqcAccess/UserLocale.h"
 
 #include <algorithm>
 #include <chrono>
@@ -104,15 +103,14 @@ HRESULT AppendDate(CValueText& text, double date) {
     if (day > lastDay)
         return E_INVALIDARG;
     const SMoment moment = TakeApart(day, seconds);
-    const SUserLocale locale = GetUserLocale();
     // A value that is rounded to midnight is still a time, and a time without a date does not get one by rounding.
     const bool hasDate = day != 0 && !isTimeAlone;
     if (hasDate)
-        AppendPicture(text, locale.dateFormat, dateLetters, moment);
+        AppendPicture(text, GetDateFormat(), dateLetters, moment);
     if (hasDate && fraction != 0)
         text.Append(' ');
     if (!hasDate || fraction != 0)
-        AppendPicture(text, locale.timeFormat, timeLetters, moment);
+        AppendPicture(text, GetTimeFormat(), timeLetters, moment);
     return S_OK;
 }
 

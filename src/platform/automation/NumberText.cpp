@@ -1,5 +1,4 @@
 #include "platform/automation/ValueText.h"
-#include "tqcAccess/UserLocale.h"
 
 #include <bit>
 #include <charconv>
@@ -41,7 +40,7 @@ void AppendPlain(CValueText& text, std::string_view digits, int point) {
     const auto fraction = WithoutTrailingZeros(digits.substr(whole.size()));
     if (fraction.empty())
         return;
-    text.Append(GetUserLocale().decimalSign);
+    text.Append(GetDecimalSign());
     for (int zero = point; zero < 0; ++zero)
         text.Append('0');
     text.Append(fraction);
@@ -169,10 +168,6 @@ void AppendNumber(CValueText& text, TFloat value, SDigits digits) {
         AppendRounded(text, magnitude, digits);
 }
 
-bool IsFull() {
-    return GetUserLocale().numberDigits == ENumberDigits::Full;
-}
-
 } // namespace
 
 void AppendInteger(CValueText& text, std::int64_t value) {
@@ -188,11 +183,11 @@ void AppendUnsigned(CValueText& text, std::uint64_t value) {
 }
 
 void AppendDouble(CValueText& text, double value) {
-    AppendNumber(text, value, IsFull() ? fullDoubleDigits : doubleDigits);
+    AppendNumber(text, value, IsFullNumber() ? fullDoubleDigits : doubleDigits);
 }
 
 void AppendFloat(CValueText& text, float value) {
-    AppendNumber(text, value, IsFull() ? fullFloatDigits : floatDigits);
+    AppendNumber(text, value, IsFullNumber() ? fullFloatDigits : floatDigits);
 }
 
 void AppendCurrency(CValueText& text, std::int64_t value) {

@@ -1,4 +1,5 @@
 #include "tqcAccess/UserLocale.h"
+#include "platform/automation/ValueText.h"
 
 #include <algorithm>
 #include <array>
@@ -30,6 +31,10 @@ constinit CPicture datePicture{SUserLocale{}.dateFormat};
 constinit CPicture timePicture{SUserLocale{}.timeFormat};
 constinit char decimalSign = SUserLocale{}.decimalSign;
 constinit ENumberDigits numberDigits = SUserLocale{}.numberDigits;
+constinit CPicture trueText{SUserLocale{}.trueText};
+constinit CPicture falseText{SUserLocale{}.falseText};
+constinit CPicture nullText{SUserLocale{}.nullText};
+constinit EBytesForm bytesForm = SUserLocale{}.bytesForm;
 
 bool IsPrintable(char c) {
     return c >= ' ' && c <= '~';
@@ -51,6 +56,10 @@ bool IsPicture(std::string_view picture, std::span<const std::string_view> eleme
     return true;
 }
 
+bool IsText(std::string_view text) {
+    return text.size() <= maxLocalePicture && std::ranges::all_of(text, IsPrintable);
+}
+
 bool IsDecimalSign(char c) {
     constexpr std::string_view numberCharacters = "+-#";
     return c > ' ' && IsPrintable(c) && numberCharacters.find(c) == std::string_view::npos &&
@@ -61,17 +70,48 @@ bool IsDecimalSign(char c) {
 
 bool SetUserLocale(const SUserLocale& locale) {
     if (!IsPicture(locale.dateFormat, dateElements) || !IsPicture(locale.timeFormat, timeElements) ||
-        !IsDecimalSign(locale.decimalSign))
+        !IsDecimalSign(locale.decimalSign) || !IsText(locale.trueText) || !IsText(locale.falseText) ||
+        !IsText(locale.nullText))
         return false;
     datePicture.Assign(locale.dateFormat);
     timePicture.Assign(locale.timeFormat);
     decimalSign = locale.decimalSign;
     numberDigits = locale.numberDigits;
+    trueText.Assign(locale.trueText);
+    falseText.Assign(locale.falseText);
+    nullText.Assign(locale.nullText);
+    bytesForm = locale.bytesForm;
     return true;
 }
 
+char GetDecimalSign() {
+    return decimalSign;
+}
+
+bool IsFullNumber() {
+    return numberDigits == ENumberDigits::Full;
+}
+
+std::string_view GetDateFormat() {
+    return datePicture.View();
+}
+
+std::string_view GetTimeFormat() {
+    return timePicture.View();
+}
+
+std::size_t FormatDate(double date, char* text) {
+    CValueText written;
+    if (AppendDate(written, date) != S_OK)
+        return 0;
+    std::transform(written.Data(), written.Data() + written.Length(), text,
+                   [](WCHAR unit) { return static_cast<char>(unit); });
+    return written.Length();
+}
+
 SUserLocale GetUserLocale() {
-    return {datePicture.View(), timePicture.View(), decimalSign, numberDigits};
+    return {datePicture.View(), timePicture.View(), decimalSign,     numberDigits,
+            trueText.View(),    falseText.View(),   nullText.View(), bytesForm};
 }
 
 } // namespace NSTQ::Platform

@@ -26,6 +26,12 @@ private:
     DWORD m_length = 0;
 };
 
+// Parts of the user locale that every value needs.
+char GetDecimalSign();
+bool IsFullNumber();
+std::string_view GetDateFormat();
+std::string_view GetTimeFormat();
+
 void AppendInteger(CValueText& text, std::int64_t value);
 void AppendUnsigned(CValueText& text, std::uint64_t value);
 void AppendDouble(CValueText& text, double value);

@@ -91,7 +91,7 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 ///                give 1.#INF, -1.#INF, 1.#QNAN, and -1.#IND with its sign set
 ///   VT_R4        the same with 7 digits: the exponent form begins at 1E+07
 ///   VT_CY, VT_DECIMAL   all digits without trailing zeros of the fraction
-///   VT_BOOL      -1 for anything but 0, and 0
+///   VT_BOOL      the locale's texts, -1 and 0 by default, for anything but 0, and 0
 ///   VT_EMPTY     empty
 ///   VT_BSTR      the text itself
 ///   VT_DATE      date, space and time in the locale's formats, rounded to the second, maybe to the next day.

@@ -1,5 +1,6 @@
 #include "platform/automation/ValueText.h"
 #include "platform/automation/Variant.h"
+#include "tqcAccess/UserLocale.h"
 
 namespace NSTQ::Platform {
 
@@ -22,6 +23,11 @@ template <auto append, class TValue>
 HRESULT Done(CValueText& text, TValue value) {
     append(text, value);
     return S_OK;
+}
+
+void AppendBoolean(CValueText& text, bool value) {
+    const SUserLocale locale = GetUserLocale();
+    text.Append(value ? locale.trueText : locale.falseText);
 }
 
 HRESULT AppendValue(CValueText& text, const VARIANT& value) {
@@ -47,7 +53,7 @@ HRESULT AppendValue(CValueText& text, const VARIANT& value) {
     case VT_UI8:
         return Done<AppendUnsigned>(text, value.ullVal);
     case VT_BOOL:
-        return Done<AppendInteger>(text, value.boolVal == VARIANT_FALSE ? 0 : -1);
+        return Done<AppendBoolean>(text, value.boolVal != VARIANT_FALSE);
     case VT_R4:
         return Done<AppendFloat>(text, value.fltVal);
     case VT_R8:
