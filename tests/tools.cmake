@@ -18,3 +18,13 @@ if(TARGET tqc AND TQC_WITH_ZIP AND TQC_WITH_XLSX AND TQC_WITH_XLS)
   endif()
   add_dependencies(tool_test tqc)
 endif()
+
+# The commands of the cookbook print what it shows.
+find_package(Python3 COMPONENTS Interpreter)
+find_program(TQC_SQLITE3 sqlite3)
+mark_as_advanced(TQC_SQLITE3)
+if(TARGET tqc AND TQC_WITH_XLSX AND TQC_WITH_XLS AND TQC_WITH_ACCESS AND TQC_WITH_SQLITE AND Python3_FOUND AND TQC_SQLITE3)
+  add_test(NAME cookbook COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/scripts/check_cookbook
+    $<TARGET_FILE:tqc> ${PROJECT_SOURCE_DIR}/docs/cookbook.md)
+  set_tests_properties(cookbook PROPERTIES TIMEOUT 300)
+endif()

@@ -94,13 +94,15 @@ public:
         m_files = AddFiles(m_app, "files to read; - is standard input and needs --type");
         AddSourceOptions();
         AddRowOptions();
+        AddTargetOptions();
         AddOutputOptions();
-        AddConvertOptions();
+        AddValueOptions();
+        AddErrorOptions();
         m_app.option_defaults()->group("Options");
         AddCommand(SOptions::ECommand::Convert, "convert", "Writes files as CSV.", SCHelpText::convert);
         CLI::App* const info = AddCommand(
             SOptions::ECommand::Info, "info",
-            "Shows a file's type, size, time and character set; each table with its columns.", SCHelpText::info);
+            "Shows a file's type, size, time and encoding, or tables with their columns.", SCHelpText::info);
         AddCommand(SOptions::ECommand::Preview, "preview",
                    "Shows a file's first rows; fixed-length text under a ruler.", SCHelpText::preview);
         CLI::App* const list =
@@ -173,7 +175,7 @@ private:
     }
 
     void AddSourceOptions() {
-        m_app.option_defaults()->group("Source");
+        m_app.option_defaults()->group("Input");
         AddTextOptions();
         AddContentOptions();
     }
@@ -216,6 +218,7 @@ private:
             });
         m_app.add_flag("--header", m_options.header,
                        "write the column names first; for text and workbooks the first row is the header row");
+        SCFormOptions::AddNoHeader(m_app);
         m_app.add_option("--password-file", m_options.passwordFile, "read the password from the first line of FILE")
             ->type_name("FILE");
         Add("--password-fd", "N", "read the password from the first line of file descriptor N",
@@ -290,10 +293,7 @@ private:
     }
 
     void AddRowOptions() {
-        m_app.option_defaults()->group("Rows");
-        AddNumber("--max-fields", m_options.maxFields, "maximum number of fields of a row");
-        AddNumber("--max-line-size", m_options.maxLineSize, "rows of N bytes or more are left out");
-        AddNumber("--max-field-size", m_options.maxFieldSize, "maximum size of a field in bytes");
+        m_app.option_defaults()->group("Rows and columns");
         AddCount("--skip", m_options.skip, "leave out N lines before the header row; rows of a sheet");
         AddCount("--skip-rows", m_options.skipRows, "leave out N rows after the header row");
         AddCount("--limit", m_options.limit, "stop after N rows");
@@ -315,7 +315,6 @@ private:
     }
 
     void AddOutputOptions() {
-        m_app.option_defaults()->group("Output");
         Add("--output-separator", "CHAR", "separator of the output (default: ,)",
             [this](const char* name, const auto& value) { m_options.outputSeparator = ParseSeparator(name, value); });
         Add("--output-eol", "EOL", "line end of the output: crlf | lf | cr (default: crlf)",
@@ -329,25 +328,33 @@ private:
         m_app.add_flag(
             "--formula-guard", m_options.formulaGuard,
             "write ' before fields that spreadsheets treat as formulas, except numbers; this changes the data");
-        Add("--numbers", "DIGITS", "digits of numbers in workbooks and databases: 15 | full (default: 15)",
+    }
+
+    /// Where the output goes, and what it is.
+    void AddTargetOptions() {
+        m_app.option_defaults()->group("Output");
+        AddPath("-o,--output", "OUT", m_options.output, "output file (default: standard output)");
+        AddPath("--out-dir", "DIR", m_options.outputFolder,
+                "write each FILE to a file of its own in DIR, with the extension .csv");
+        m_app.add_flag("--all", m_options.allTables,
+                       "write every sheet or table to a file of its own in --out-dir; so does a pattern in --sheet");
+        Add("--jobs", "N", "convert N inputs at the same time with --out-dir; auto: as many as there are processors",
+            [this](const char* name, const auto& value) { TakeJobs(name, value); });
+        SCFormOptions::AddFormat(m_app, m_options);
+    }
+
+    void AddValueOptions() {
+        m_app.option_defaults()->group("Values of workbooks and databases");
+        SCFormOptions::AddForms(m_app, m_options);
+        Add("--numbers", "DIGITS", "digits of numbers: 15 | full (default: 15)",
             [this](const char* name, const auto& value) {
                 m_options.fullNumbers = Choose<bool>(name, value, numbers);
             });
-        m_app.add_flag("--quiet", m_options.quiet, "report errors only: no progress, no reports about rows");
     }
 
-    void AddConvertOptions() {
-        m_app.option_defaults()->group("Output");
-        AddPath("-o,--output", "OUT.csv", m_options.output, "output file (default: standard output)");
-        AddPath("--out-dir", "DIR", m_options.outputFolder,
-                "write each FILE to a file of its own in DIR, with the extension .csv");
-        Add("--jobs", "N", "convert N inputs at the same time with --out-dir; auto: as many as there are processors",
-            [this](const char* name, const auto& value) { TakeJobs(name, value); });
-        m_app.add_flag("--all", m_options.allTables,
-                       "write every sheet or table to a file of its own in --out-dir; so does a pattern in --sheet");
-        SCFormOptions::Add(m_app, m_options);
-        m_app.option_defaults()->group("Invalid rows");
-        Add("--on-error", "HOW", "stop | skip (default: truncate the row and write it)",
+    void AddErrorOptions() {
+        m_app.option_defaults()->group("Errors");
+        Add("--on-error", "HOW", "invalid rows: stop | skip (default: truncate the row and write it)",
             [this](const char* name, const auto& value) {
                 m_options.onError = Choose<SOptions::EOnError>(name, value, onErrors);
             });
@@ -355,6 +362,10 @@ private:
         m_app.add_flag("--strict", m_options.strict,
                        "treat rows with characters the output encoding cannot represent as invalid, too");
         m_app.add_flag("--replace", m_isReplaceGiven, "replace such characters and report their rows (default)");
+        AddNumber("--max-fields", m_options.maxFields, "maximum number of fields of a row");
+        AddNumber("--max-line-size", m_options.maxLineSize, "rows of N bytes or more are left out");
+        AddNumber("--max-field-size", m_options.maxFieldSize, "maximum size of a field in bytes");
+        m_app.add_flag("--quiet", m_options.quiet, "report errors only: no progress, no reports about rows");
     }
 
     void AddPath(const char* option, const char* type, std::string& target, const std::string& help) {

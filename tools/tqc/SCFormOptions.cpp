@@ -115,6 +115,8 @@ void TakeIso(const CLI::App& app, SOptions& options) {
 
 /// The forms of values of workbooks and databases.
 void AddValueForms(CLI::App& app, SOptions& options) {
+    app.add_flag_function(
+        "--iso", [](std::int64_t) {}, "dates as 2024-05-06, times as 07:08:09, booleans as true and false");
     AddDateForms(app, options);
     AddText(app, "--decimal", "CHAR", "decimal sign of numbers (default: .)", [&options](const std::string& value) {
         const bool isOne = value.size() == 1;
@@ -128,22 +130,26 @@ void AddValueForms(CLI::App& app, SOptions& options) {
                 CheckForm("--null", value, {.nullText = value}, "at most 31 ASCII characters");
                 options.nullText = value;
             });
-    app.add_flag_function(
-        "--iso", [](std::int64_t) {}, "dates as 2024-05-06, times as 07:08:09, booleans as true and false");
 }
 
 } // namespace
 
-void SCFormOptions::Add(CLI::App& app, SOptions& options) {
+void SCFormOptions::AddFormat(CLI::App& app, SOptions& options) {
     AddText(app, "--to", "FORMAT", "csv | jsonl | sqlite (default: by the extension of -o, else csv)",
             [&options](const std::string& value) { options.format = Choose<EFormat>("--to", value, formats); });
-    AddText(app, "--binary", "FORM",
-            "bytes of databases: hex | base64 | omit (default: hex; in jsonl base64, in sqlite as they are)",
-            [&options](const std::string& value) { options.binary = Choose<EBinary>("--binary", value, binaries); });
+}
+
+void SCFormOptions::AddForms(CLI::App& app, SOptions& options) {
     AddValueForms(app, options);
+    AddText(app, "--binary", "FORM",
+            "bytes: hex | base64 | omit (default: hex; in jsonl base64, in sqlite as they are)",
+            [&options](const std::string& value) { options.binary = Choose<EBinary>("--binary", value, binaries); });
+}
+
+void SCFormOptions::AddNoHeader(CLI::App& app) {
     app.add_flag_function(
            "--no-header", [](std::int64_t) {},
-           "jsonl, sqlite, info: the first row is a row like any other; jsonl writes arrays")
+           "the first row is a row like any other, in jsonl (which then writes arrays), sqlite and info")
         ->excludes("--header");
 }
 

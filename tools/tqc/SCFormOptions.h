@@ -13,8 +13,12 @@ namespace NSTQ::Tool {
 
 class SCFormOptions {
 public:
-    /// Adds them to the program's, in the group that is its default. They write to the options.
-    static void Add(CLI::App& app, SOptions& options);
+    // They are added to the program's options, in the group that is its default, and write to `options`.
+    static void AddFormat(CLI::App& app, SOptions& options);
+    static void AddForms(CLI::App& app, SOptions& options);
+    /// Excludes --header, which must have been added.
+    static void AddNoHeader(CLI::App& app);
+
     /// Decides the format, and what follows from it. Throws CFailure when the options do not go together.
     static void Check(const CLI::App& app, SOptions& options);
     /// Throws CFailure about an input whose values are written with their types, if the options limit rows of text.

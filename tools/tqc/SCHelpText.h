@@ -5,29 +5,24 @@ namespace NSTQ::Tool {
 
 class SCHelpText {
 public:
-    static constexpr const char* description = "Reads a table from a file and writes it as CSV.";
+    static constexpr const char* description = "Reads tables from text, workbooks and databases, and writes CSV, JSON Lines or SQLite.";
 
     static constexpr const char* examples = R"(Examples:
-  tqc sales.tsv -o sales.csv         convert a file; sales.csv is replaced only after everything has been written
-  tqc sales.txt | head               write to standard output
-  tqc data.log --separator :         text with a separator other than , ; | and TAB, which are detected
-  tqc old.csv --encoding shift_jis   input in another encoding than the locale's, in which the output is written
-  tqc ledger.txt --widths 3,5,8      fixed-length columns of 3, 5 and 8 bytes; to see them: tqc preview ledger.txt
-  tqc report.csv --skip 2 --header   the header row is in line 3
-  tqc sales.csv --header --columns Name,Price,5-7
-  tqc sales.xlsx --sheet Q2          one sheet (default: the first); to see their names: tqc list sales.xlsx
-  tqc data.xtqf --password-file key  a package with a password
-  tqc q1.csv q2.csv -o year.csv      several files into one output
-  tqc *.xlsx --out-dir csv           one output for each file; --jobs auto uses all processors
-  tqc sales.xlsx --all --out-dir csv one output for each sheet; --sheet 'Q*' for those with such a name
-  curl URL | tqc - --type xlsx       standard input
-  tqc in.csv -o out.csv --rejects bad.csv
+  tqc sales.tsv -o sales.csv           sales.csv is replaced only after everything has been written
+  tqc old.csv --encoding shift_jis     input in another encoding than the locale's
+  tqc ledger.txt --widths 3,5,8        columns of 3, 5 and 8 bytes; see: tqc preview ledger.txt
+  tqc sales.xlsx --sheet Q2            one sheet; to see their names: tqc list sales.xlsx
+  tqc sales.xlsx --all --out-dir csv   every sheet
+  tqc orders.accdb -o orders.sqlite    every table of a database
+  tqc a.csv --header --columns Name,3  some columns
+  tqc q1.csv q2.csv -o year.csv        several files into one output
+  curl URL | tqc - --type xlsx         standard input
 
 For more see: tqc convert --help, the help of the other commands, and: man tqc
 
-Exit status: 0 success (also when the reader of a pipe closes it), 1 some rows were rejected, truncated or had
-characters replaced, 2 usage, 3 not found or access denied, 4 password, 5 unsupported or damaged file, 6 limit
-exceeded, 7 writing the output failed.)";
+Exit status: 0 success (also when the reader of a pipe closes it), 1 some rows were rejected,
+truncated or had characters replaced, 2 usage, 3 not found or access denied, 4 password,
+5 unsupported or damaged file, 6 limit exceeded, 7 writing the output failed.)";
 
     static constexpr const char* convert = R"(All options above "Commands" in "tqc --help" apply.
 
@@ -40,8 +35,8 @@ Detected automatically, unless an option is given:
   code page  of LC_ALL, LC_CTYPE or LANG; utf-8 if these do not name one
 
 --encoding applies to the input only: utf-8, shift_jis, gbk, cp949, big5, 1252, utf-16le, utf-16be, euc-jp,
-windows-874, windows-1250 to -1258, iso-8859-1 to -16. The output is in the code page unless --output-encoding is given. Characters that
-it cannot represent are replaced and their rows reported; with --strict they end the conversion.
+windows-874, windows-1250 to -1258, iso-8859-1 to -16. The output is in the code page unless --output-encoding is given.
+Characters that it cannot represent are replaced and their rows reported; with --strict they end the conversion.
 
 Line ends inside quotes and cells stay in their fields, which are written in quotes.
 
