@@ -5,7 +5,8 @@ namespace NSTQ::Tool {
 
 class SCHelpText {
 public:
-    static constexpr const char* description = "Reads tables from text, workbooks and databases, and writes CSV, JSON Lines or SQLite.";
+    static constexpr const char* description =
+        "Reads tables from text, workbooks and databases, and writes CSV, JSON Lines or SQLite.";
 
     static constexpr const char* examples = R"(Examples:
   tqc sales.tsv -o sales.csv           sales.csv is replaced only after everything has been written
