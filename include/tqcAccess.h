@@ -187,11 +187,11 @@ typedef enum tqc_value_type {
 
 /** A value with the type that it has itself, whatever the type of its column. What its type does not name is zero. */
 typedef struct tqc_value {
-    tqc_value_type type;
-    int64_t integer;
-    double number;
-    const char* text; /**< with a NUL at the end, which is not counted */
-    size_t length;    /**< of the text, in bytes */
+    tqc_value_type type; /**< which of the others have a meaning */
+    int64_t integer;     /**< of a boolean and an integer */
+    double number;       /**< of a floating-point number and a date */
+    const char* text;    /**< with a NUL at the end, which is not counted */
+    size_t length;       /**< of the text, in bytes */
 } tqc_value;
 
 /** Reads the next row as values, which are valid until the next call with these rows. Everything else is as with

@@ -39,23 +39,24 @@ struct SUserLocale {
     char decimalSign = '.';
     /// Also the number of digits before the decimal sign from which the exponent form is used, for Full 17 or 9.
     ENumberDigits numberDigits = ENumberDigits::Default;
-    // Printable ASCII.
-    std::string_view trueText = "-1";
-    std::string_view falseText = "0";
+    std::string_view trueText = "-1"; ///< printable ASCII
+    std::string_view falseText = "0"; ///< the same
     /// Of a missing value, in the rows that CADOOperater and what uses it return. A reader takes it when it is
     /// constructed.
     std::string_view nullText = "";
-    EBytesForm bytesForm = EBytesForm::Hex;
+    EBytesForm bytesForm = EBytesForm::Hex; ///< of binary values
 };
 
 /// Copies it. False, with the setting unchanged, when a part of it is not as above.
 TQCACCESS_API bool SetUserLocale(const SUserLocale& locale);
 
+/// The most bytes of a date, see FormatDate.
+inline constexpr std::size_t maxDateText = 128;
+
 /// A date in these formats: the date alone, the time alone on day 0, or both with a space between them. `date` is in
 /// days since 1899-12-30, where the absolute value of the fraction is the time. Writes at most maxDateText bytes to
 /// `text`, without a NUL, and returns how many; 0 for one outside the years 100 to 9999.
 TQCACCESS_API std::size_t FormatDate(double date, char* text);
-inline constexpr std::size_t maxDateText = 128;
 
 /// The setting, valid until the next SetUserLocale.
 TQCACCESS_API SUserLocale GetUserLocale();
