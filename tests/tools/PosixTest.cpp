@@ -4,6 +4,7 @@
 #include "tools/CToolTest.h"
 #include "xlsx/XlsxBuilder.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <termios.h>
 
@@ -93,6 +94,38 @@ TEST_F(Posix, SaysWhenTheDeviceIsFull) {
         EXPECT_EQ(result.status, 7);
         EXPECT_THAT(result.errors, testing::ContainsRegex("[Nn]o space left"));
     }
+}
+
+/// No file may have more than 8 KiB. SQLite keeps the reason to itself, unless the disk is full.
+TEST_F(Posix, AnOutputThatDoesNotFitLeavesTheOldOne) {
+    MakeBigFile();
+    m_folder.WriteFile("utf16.csv", "\xFF\xFE" + Repeat(std::string("1\0\n\0", 4), 5'000));
+    std::vector<std::string> lines = {"big.csv -o out.csv", "big.csv -o out.jsonl", "big.csv --out-dir x --jobs 2"};
+#ifdef TQC_WITH_SQLITE
+    lines.emplace_back("big.csv -o out.sqlite");
+#endif
+    lines.emplace_back("utf16.csv -o out.csv");
+    const std::string names[] = {"x/big.csv", "out.csv", "out.jsonl", "out.sqlite"};
+    m_folder.MakeFolder("x");
+    for (const std::string& name : names)
+        m_folder.WriteFile(name, "old");
+    ::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{8192, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    std::vector<SResult> results;
+    for (const std::string& line : lines)
+        results.push_back(Run(line));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    ::signal(SIGXFSZ, SIG_DFL);
+    for (const SResult& result : results) {
+        EXPECT_EQ(result.status, 7);
+        EXPECT_THAT(result.errors, testing::ContainsRegex("[Nn]o space left|disk I/O error"));
+    }
+    EXPECT_THAT(results.back().errors, testing::HasSubstr("set TMPDIR to a folder with more room"));
+    for (const std::string& name : names)
+        EXPECT_EQ(m_folder.ReadFile(name), "old") << name;
 }
 
 TEST_F(Posix, ReadsAndWritesNamedPipes) {

@@ -31,6 +31,14 @@ CInputFile::CInputFile(const SOptions& options, const std::string& name)
     }
 }
 
+std::string CInputFile::StemOf(const std::string& name) {
+    if (IsStandardInput(name))
+        return "stdin";
+    const std::string last = name.substr(name.find_last_of('/') + 1);
+    const std::size_t dot = last.find_last_of('.');
+    return dot == std::string::npos || dot == 0 ? last : last.substr(0, dot);
+}
+
 void CInputFile::TakeFile() {
     m_isFile = true;
     const COpenFile file = CFileHead::Open(m_path, m_name);

@@ -29,6 +29,8 @@ public:
     CInputFile& operator=(const CInputFile&) = delete;
 
     static bool IsStandardInput(const std::string& name) { return name == "-"; }
+    /// The last part of a path without its extension; "stdin" for standard input.
+    static std::string StemOf(const std::string& name);
 
     /// As given, for messages.
     const std::string& Name() const { return m_name; }

@@ -38,4 +38,12 @@ void CReporter::Print(std::string_view message) {
     std::fputs(line.c_str(), stderr);
 }
 
+void CReporter::Throw(const std::vector<CFailure>& failures) {
+    if (failures.empty())
+        return;
+    for (std::size_t i = 0; i + 1 < failures.size(); ++i)
+        Print(failures[i].what());
+    throw failures.back();
+}
+
 } // namespace NSTQ::Tool

@@ -1,11 +1,13 @@
 // The messages on standard error while one source is converted.
 #pragma once
 
+#include "CFailure.h"
 #include "CInputReports.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NSTQ::Tool {
 
@@ -28,6 +30,8 @@ public:
 
     /// Writes "tqc: MESSAGE". Control bytes, which a file name may have, become '?'.
     static void Print(std::string_view message);
+    /// Throws the last one, after the others have been printed. Nothing if there is none.
+    static void Throw(const std::vector<CFailure>& failures);
 
 private:
     std::string m_file;

@@ -3,13 +3,17 @@
 #include "AsciiCase.h"
 #include "CBinaryText.h"
 #include "CFailure.h"
+#include "CInputFile.h"
 #include "SCValueText.h"
+#include "platform/Port.h"
 #include "tqcAccess/DataType.h"
+#include "tqcAccess/ErrorText.h"
 #include "tqcAccess/UserLocale.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <utility>
@@ -25,15 +29,6 @@ std::string Quote(std::string_view name) {
     for (const char c : name)
         quoted.append(c == '"' ? 2 : 1, c);
     return quoted + '"';
-}
-
-/// The last name of a path without its extension.
-std::string StemOf(const std::string& path) {
-    if (path == "-")
-        return "stdin";
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    const std::size_t dot = name.find_last_of('.');
-    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
 std::size_t CountDigits(std::string_view decimal) {
@@ -92,7 +87,7 @@ bool CSqliteOutput::EndTable() {
 
 /// A name that no other table has, without regard to case, and that SQLite does not reserve for itself.
 std::string CSqliteOutput::NameTable(const std::string& input, const std::string& table) {
-    const std::string stem = StemOf(input);
+    const std::string stem = CInputFile::StemOf(input);
     const std::string wanted = table.empty() ? stem : table;
     const auto isReserved = [](const std::string& name) { return ToAsciiLowerText(name).starts_with("sqlite_"); };
     std::string base = isReserved(wanted) ? '_' + wanted : wanted;
@@ -325,6 +320,13 @@ void CSqliteOutput::Check(int code) {
 
 void CSqliteOutput::Fail() {
     const int code = m_database == nullptr ? SQLITE_NOMEM : sqlite3_errcode(m_database.get());
+    // SQLite tells what the system said, but for a full disk, which has a code of its own.
+    const int systemCode = code == SQLITE_FULL    ? ENOSPC
+                           : code == SQLITE_IOERR ? sqlite3_system_errno(m_database.get())
+                                                  : 0;
+    if (systemCode != 0)
+        throw CFailure(EExitStatus::OutputFailed, m_target.Describe(),
+                       Platform::GetErrorText(Platform::Port::CodeOfErrno(systemCode)));
     const bool isLimit = code == SQLITE_TOOBIG || code == SQLITE_NOMEM;
     throw CFailure(isLimit ? EExitStatus::Limit : EExitStatus::OutputFailed, m_target.Describe(),
                    "SQLite cannot write it: " +

@@ -5,11 +5,10 @@
 #include "CRowEncoder.h"
 #include "SCPassWord.h"
 #include "SCTerminal.h"
+#include "SCValueText.h"
 #include "tqcAccess/DataType.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -47,19 +46,10 @@ const char* NameType(int type) {
     }
 }
 
-template <class TNumber>
-SSampleValue MakeNumber(TNumber number) {
-    std::array<char, 32> digits{};
-    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    return {SSampleValue::EKind::Number, std::string(digits.data(), end)};
-}
-
 /// Infinite numbers and NaNs, which JSON does not have, are texts.
-template <class TNumber>
-SSampleValue MakeReal(TNumber number) {
-    SSampleValue value = MakeNumber(number);
-    value.kind = std::isfinite(number) ? SSampleValue::EKind::Number : SSampleValue::EKind::Text;
-    return value;
+SSampleValue MakeNumber(const tqc_value& value) {
+    const bool isFinite = value.type == TQC_VALUE_INTEGER || std::isfinite(value.number);
+    return {isFinite ? SSampleValue::EKind::Number : SSampleValue::EKind::Text, SCValueText::Of(value)};
 }
 
 SSampleValue MakeText(const tqc_value& value) {
@@ -73,15 +63,13 @@ SSampleValue MakeText(const tqc_value& value) {
 SSampleValue MakeSample(const tqc_value& value) {
     switch (value.type) {
     case TQC_VALUE_BOOL:
-        return {SSampleValue::EKind::Bool, value.integer != 0 ? "true" : "false"};
+        return {SSampleValue::EKind::Bool, SCValueText::Of(value)};
     case TQC_VALUE_INTEGER:
-        return MakeNumber(value.integer);
     case TQC_VALUE_FLOAT:
-        return MakeReal(static_cast<float>(value.number));
     case TQC_VALUE_DOUBLE:
-        return MakeReal(value.number);
+        return MakeNumber(value);
     case TQC_VALUE_DECIMAL:
-        return {SSampleValue::EKind::Number, std::string(value.text, value.length)};
+        return {SSampleValue::EKind::Number, SCValueText::Of(value)};
     case TQC_VALUE_DATE:
     case TQC_VALUE_TEXT:
         return MakeText(value);
@@ -208,16 +196,13 @@ void CTableFacts::AddTo(CJsonWriter& json) const {
 }
 
 void CTableFacts::Check() const {
-    std::optional<CFailure> last = m_failure;
-    for (const STableFacts& table : m_tables) {
-        if (!table.failure)
-            continue;
-        if (last)
-            CReporter::Print(last->what());
-        last = table.failure;
-    }
-    if (last)
-        throw *last;
+    std::vector<CFailure> failures;
+    if (m_failure)
+        failures.push_back(*m_failure);
+    for (const STableFacts& table : m_tables)
+        if (table.failure)
+            failures.push_back(*table.failure);
+    CReporter::Throw(failures);
 }
 
 } // namespace NSTQ::Tool

@@ -5,6 +5,16 @@
 #include "tqcAccess/DataType.h"
 
 namespace NSTQ::Tool {
+namespace {
+
+std::vector<std::string> NamesOf(const std::vector<CLibraryRows::SColumn>& columns) {
+    std::vector<std::string> names;
+    for (const CLibraryRows::SColumn& column : columns)
+        names.push_back(column.name);
+    return names;
+}
+
+} // namespace
 
 CTypedPump::CTypedPump(const SOptions& options, const SSource& source, const STargets& targets, CReporter& reporter)
     : m_options(options), m_source(source), m_targets(targets), m_reporter(reporter),
@@ -20,9 +30,7 @@ void CTypedPump::Begin() {
         if (m_source.isSheet && column.type == static_cast<int>(EDataType::adDouble))
             column.type = static_cast<int>(EDataType::adNumeric);
     SelectColumns();
-    std::vector<std::string> names;
-    for (const CLibraryRows::SColumn& column : m_columns)
-        names.push_back(column.name);
+    const std::vector<std::string> names = NamesOf(m_columns);
     if (!m_options.header)
         m_targets.columns.TakeCount(m_reporter.File(), static_cast<DWORD>(names.size()));
     if (!m_options.header || m_targets.columns.TakeNames(m_reporter.File(), names))
@@ -55,9 +63,7 @@ void CTypedPump::TakeNamesOfRow() {
 void CTypedPump::SelectColumns() {
     if (m_selection.IsIdle())
         return;
-    std::vector<std::string> names;
-    for (const CLibraryRows::SColumn& column : m_columns)
-        names.push_back(column.name);
+    const std::vector<std::string> names = NamesOf(m_columns);
     if (m_options.header || !m_source.isSheet)
         m_selection.Resolve(m_reporter.File(), names);
     else

@@ -1,12 +1,9 @@
 // What a conversion writes its rows to: an output in one of the formats.
 #pragma once
 
-#include "tqcAccess.h"
 #include "tqcAccess/Types.h"
 
-#include <span>
 #include <string>
-#include <vector>
 
 namespace NSTQ::Tool {
 

@@ -60,16 +60,11 @@ void PrintTables(const std::vector<CTableSource::STable>& tables, CRowEncoder& e
 /// Throws CFailure for the last one that could not be opened.
 void ReportUnopened(const CTableSource& source, const std::vector<CTableSource::STable>& tables) {
     const bool isAnyOpen = std::ranges::any_of(tables, [](const auto& table) { return table.size.has_value(); });
-    std::optional<CFailure> last;
-    for (const CTableSource::STable& table : tables) {
-        if (table.size)
-            continue;
-        if (last)
-            CReporter::Print(last->what());
-        last = source.DescribeUnopened(table, isAnyOpen ? "; the others are listed" : "");
-    }
-    if (last)
-        throw *last;
+    std::vector<CFailure> failures;
+    for (const CTableSource::STable& table : tables)
+        if (!table.size)
+            failures.push_back(source.DescribeUnopened(table, isAnyOpen ? "; the others are listed" : ""));
+    CReporter::Throw(failures);
 }
 
 void AddNumber(CJsonWriter& json, const char* key, std::optional<std::int64_t> number) {

@@ -3,8 +3,7 @@
 // Candidates are ',', ';', '|' and TAB. One separates the fields if nearly all rows have the same number of fields by
 // it, more than one. Rows without any of them, such as a title, do not count. The expected separator stays unless
 // another one is clearly better: it is not in the text, or only as a decimal comma; it is not in the first row, or
-// gives rows of differing lengths. A first line such as "sep=;" names the
-// separator.
+// gives rows of differing lengths. A first line such as "sep=;" names the separator.
 #pragma once
 
 #include "SOptions.h"

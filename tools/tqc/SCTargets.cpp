@@ -18,15 +18,6 @@ bool IsReplaced(const std::string& name) {
            (Port::GetStatus(name, status) != 0 || status.kind == Port::EKind::Regular);
 }
 
-/// The last name of a path without its extension.
-std::string StemOf(const std::string& path) {
-    if (CInputFile::IsStandardInput(path))
-        return "stdin";
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    const std::size_t dot = name.find_last_of('.');
-    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
-}
-
 std::string FolderOf(const SOptions& options) {
     return options.outputFolder + (options.outputFolder.ends_with('/') ? "" : "/");
 }
@@ -40,7 +31,7 @@ std::string SCTargets::Extension(const SOptions& options) {
 std::vector<STarget> SCTargets::FilesInFolder(const SOptions& options) {
     std::vector<STarget> targets;
     for (const std::string& file : options.files)
-        targets.push_back({FolderOf(options) + StemOf(file) + Extension(options), false});
+        targets.push_back({FolderOf(options) + CInputFile::StemOf(file) + Extension(options), false});
     return targets;
 }
 
@@ -56,7 +47,7 @@ std::vector<STarget> SCTargets::FilesAndFolders(const SOptions& options) {
             const bool isFolder = i >= count;
             if ((SCTypeNames::HasTables(options.type.value_or(SCTypeNames::OfFile(file))) == isFolder) != isLikely)
                 continue;
-            wanted.push_back({StemOf(file), isFolder ? "" : Extension(options)});
+            wanted.push_back({CInputFile::StemOf(file), isFolder ? "" : Extension(options)});
             places.push_back(i);
         }
     const std::vector<std::string> names = SCFileNames::Make(wanted);
