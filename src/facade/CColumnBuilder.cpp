@@ -1,6 +1,7 @@
 #include "CColumnBuilder.h"
 
 #include "CFault.h"
+#include "IntegerOf.h"
 #include "platform/codepage/Transcode.h"
 
 #include <array>
@@ -39,40 +40,6 @@ bool HasOffsets(SColumnForm::EKind kind) {
 
 [[noreturn]] void FailWithOtherType() {
     throw CFault(TQC_UNSUPPORTED, "a value has another type than its column");
-}
-
-/// The integer of a value of one of the integer types. False for other types.
-bool GetInteger(const VARIANT& value, std::int64_t& integer) {
-    switch (value.vt) {
-    case VT_I1:
-        integer = +value.cVal;
-        return true;
-    case VT_UI1:
-        integer = value.bVal;
-        return true;
-    case VT_I2:
-        integer = value.iVal;
-        return true;
-    case VT_UI2:
-        integer = value.uiVal;
-        return true;
-    case VT_I4:
-    case VT_INT:
-        integer = value.lVal;
-        return true;
-    case VT_UI4:
-    case VT_UINT:
-        integer = value.ulVal;
-        return true;
-    case VT_I8:
-        integer = value.llVal;
-        return true;
-    case VT_BOOL:
-        integer = value.boolVal != VARIANT_FALSE ? 1 : 0;
-        return true;
-    default:
-        return false;
-    }
 }
 
 constexpr std::size_t maxDigits = 38;
@@ -203,19 +170,18 @@ void CColumnBuilder::AppendDate(double date) {
 void CColumnBuilder::AppendValue(const VARIANT& value) {
     if (value.vt == VT_NULL || value.vt == VT_EMPTY)
         return AppendNull();
-    std::int64_t integer = 0;
-    const bool isInteger = GetInteger(value, integer);
+    const auto integer = IntegerOf(value);
     switch (m_form.kind) {
     case SColumnForm::EKind::Int64:
-        return isInteger ? AppendFixed(integer) : FailWithOtherType();
+        return integer ? AppendFixed(*integer) : FailWithOtherType();
     case SColumnForm::EKind::Bool:
-        return isInteger ? AppendBit(integer != 0) : FailWithOtherType();
+        return integer ? AppendBit(*integer != 0) : FailWithOtherType();
     case SColumnForm::EKind::Float64:
         if (value.vt == VT_R8)
             return AppendFixed(value.dblVal);
         if (value.vt == VT_R4)
             return AppendFixed(static_cast<double>(value.fltVal));
-        return isInteger ? AppendFixed(static_cast<double>(integer)) : FailWithOtherType();
+        return integer ? AppendFixed(static_cast<double>(*integer)) : FailWithOtherType();
     case SColumnForm::EKind::Timestamp:
         // One outside the years 100 to 9999 is a number.
         if (value.vt != VT_DATE && value.vt != VT_R8)
@@ -224,12 +190,12 @@ void CColumnBuilder::AppendValue(const VARIANT& value) {
     case SColumnForm::EKind::Decimal: {
         if (value.vt == VT_DECIMAL)
             return AppendDecimal(value.decVal);
-        if (!isInteger && value.vt != VT_CY)
+        if (!integer && value.vt != VT_CY)
             FailWithOtherType();
-        const std::int64_t digits = isInteger ? integer : value.cyVal;
+        const std::int64_t digits = integer ? *integer : value.cyVal;
         const auto magnitude =
             digits < 0 ? ~static_cast<std::uint64_t>(digits) + 1 : static_cast<std::uint64_t>(digits);
-        return AppendDecimal({static_cast<std::uint8_t>(isInteger ? 0 : currencyScale),
+        return AppendDecimal({static_cast<std::uint8_t>(integer ? 0 : currencyScale),
                               static_cast<std::uint8_t>(digits < 0 ? 0x80 : 0), 0, magnitude});
     }
     default:

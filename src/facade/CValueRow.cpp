@@ -2,6 +2,7 @@
 
 #include "CFault.h"
 #include "ExactText.h"
+#include "IntegerOf.h"
 #include "platform/codepage/Transcode.h"
 
 #include <cstring>
@@ -26,28 +27,15 @@ void CValueRow::Append(const SExactValue& exact) {
         return AppendDate(value.date);
     case VT_BOOL:
         return AppendInteger(TQC_VALUE_BOOL, value.boolVal != VARIANT_FALSE ? 1 : 0);
-    case VT_I1:
-        return AppendInteger(TQC_VALUE_INTEGER, value.cVal);
-    case VT_I2:
-        return AppendInteger(TQC_VALUE_INTEGER, value.iVal);
-    case VT_I4:
-    case VT_INT:
-        return AppendInteger(TQC_VALUE_INTEGER, value.lVal);
-    case VT_I8:
-        return AppendInteger(TQC_VALUE_INTEGER, value.llVal);
-    case VT_UI1:
-        return AppendInteger(TQC_VALUE_INTEGER, value.bVal);
-    case VT_UI2:
-        return AppendInteger(TQC_VALUE_INTEGER, value.uiVal);
-    case VT_UI4:
-    case VT_UINT:
-        return AppendInteger(TQC_VALUE_INTEGER, value.ulVal);
     case VT_ARRAY | VT_UI1:
         return AppendBytes(exact.bytes);
     default:
         break;
     }
-    AppendDecimal(value);
+    if (const auto integer = IntegerOf(value))
+        AppendInteger(TQC_VALUE_INTEGER, *integer);
+    else
+        AppendDecimal(value);
 }
 
 void CValueRow::AppendDecimal(const VARIANT& value) {
@@ -57,8 +45,6 @@ void CValueRow::AppendDecimal(const VARIANT& value) {
         end = WriteCurrency(value.cyVal, room);
     else if (value.vt == VT_DECIMAL)
         end = WriteDecimal(value.decVal, room);
-    else if (value.vt == VT_UI8)
-        end = WriteDecimal({0, 0, 0, value.ullVal}, room);
     if (end == nullptr)
         throw CFault(TQC_UNSUPPORTED, "a value cannot be represented");
     StoreExact(TQC_VALUE_DECIMAL, room, end);

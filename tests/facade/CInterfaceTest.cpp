@@ -346,11 +346,14 @@ TEST_F(CInterface, DatabasesGiveEveryTypeWholeAndNullsAtEveryPositionOfTheirBits
     const std::string guid("\x33\x22\x11\x00\x55\x44\x77\x66\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF", 16);
     const std::string guidText = "{00112233-4455-6677-8899-AABBCCDDEEFF}", decimal = "-12345678901234567890123456";
     const std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
-    // 0100-01-01 18:00, 1899-12-29 06:00, 1899-12-30 and 2023-03-15 12:00.
+    // 0100-01-01 18:00, 1899-12-29 06:00, 1899-12-30, 2023-03-15 12:00, the same day with milliseconds and the one
+    // that the time of the day before is rounded to.
     const std::pair<double, std::string> dates[] = {{-657434.75, "-59011394400000000"},
                                                     {-1.25, "-2209226400000000"},
                                                     {0, "-2209161600000000"},
-                                                    {45000.5, "1678881600000000"}};
+                                                    {45000.5, "1678881600000000"},
+                                                    {45000.123456789, "1678849066667000"},
+                                                    {44999.9999999999, "1678838400000000"}};
     std::vector<SAccessColumn> columns;
     for (const EAccess type : {Boolean, Byte, Integer, Long, Currency, Single, Double, Date, Binary, Text, Ole, Memo,
                                Guid, Numeric, Large})
@@ -367,7 +370,7 @@ TEST_F(CInterface, DatabasesGiveEveryTypeWholeAndNullsAtEveryPositionOfTheirBits
             rows += (isOdd ? "true" : "false") + Repeat("|-", 14) + ';';
             continue;
         }
-        const auto& [date, microseconds] = dates[i % 4];
+        const auto& [date, microseconds] = dates[i % static_cast<std::int64_t>(std::size(dates))];
         const std::string &ole = i == 2 ? bytes : guid, &memo = i == 3 ? text : guidText;
         AccessRow values = {isOdd, std::int64_t{255}, std::int64_t{-32768}, i, -i, 0.5, 1e300, date};
         for (const AccessValue& value : AccessRow{guid, "é", ole, memo, guid, decimal, smallest})
@@ -396,6 +399,8 @@ TEST_F(CInterface, DatabasesGiveEveryTypeWholeAndNullsAtEveryPositionOfTheirBits
     EXPECT_EQ(values.substr(values.find(':') + 1, typed.size()), typed);
     EXPECT_NE(values.find("|6:0=00:00:00|"), std::string::npos);
     EXPECT_NE(values.find("|6:-657434.75=0100-01-01T18:00:00|"), std::string::npos);
+    EXPECT_NE(values.find("=2023-03-15T02:57:46.667|"), std::string::npos);
+    EXPECT_NE(values.find("=2023-03-15T00:00:00|"), std::string::npos);
     EXPECT_NE(values.find("|8:" + bytes + '|'), std::string::npos);
     EXPECT_NE(values.find('|' + text + '|'), std::string::npos);
 }

@@ -95,7 +95,7 @@ SMeasured Measure(const std::function<std::string()>& work, rlim_t addressSpace 
     ::malloc_trim(0);
     const pid_t child = ::fork();
     if (child == 0) {
-        constexpr rlim_t seconds = isSanitized ? 120 : 20;
+        constexpr rlim_t seconds = isInstrumented ? 120 : 20;
         for (const auto& [resource, most] : {std::pair(RLIMIT_CPU, seconds), {RLIMIT_AS, addressSpace}}) {
             const rlimit limit{most, most};
             ::setrlimit(resource, &limit);
@@ -159,7 +159,7 @@ SMeasured RunCase(const SHostileKind& kind, const SHostileCase& hostile) {
               }).outcome,
               "made");
     const std::set<std::string> before = FilesBelow(folder.Path());
-    constexpr rlim_t addressSpace = isSanitized ? RLIM_INFINITY : rlim_t{512} << 20;
+    constexpr rlim_t addressSpace = isInstrumented ? RLIM_INFINITY : rlim_t{512} << 20;
     SMeasured measured = Measure([&] { return kind.run(folder.Path(kind.fileName)); }, addressSpace);
     EXPECT_EQ(FilesBelow(folder.Path()), before) << hostile.title;
     EXPECT_EQ(folder.ReadFile("x"), "beside") << hostile.title;

@@ -34,7 +34,7 @@ const std::vector<SHostileKind> kinds = {
 class HostileFiles : public testing::TestWithParam<SHostileKind> {};
 
 TEST_P(HostileFiles, EndInTimeAsDocumentedWithLittleMemory) {
-    constexpr double mostSeconds = isSanitized ? 60 : 2;
+    constexpr double mostSeconds = isInstrumented ? 60 : 2;
     constexpr long mostKilobytes = 64 * 1024;
     long floor = 0;
     for (const SHostileCase& hostile : GetParam().cases()) {
@@ -44,7 +44,7 @@ TEST_P(HostileFiles, EndInTimeAsDocumentedWithLittleMemory) {
         EXPECT_NE(outcome.find(hostile.word), std::string::npos) << outcome;
         EXPECT_LT(seconds, mostSeconds);
         floor = floor == 0 ? kilobytes : floor;
-        EXPECT_TRUE(isSanitized || kilobytes <= floor + mostKilobytes) << kilobytes << " KiB";
+        EXPECT_TRUE(isInstrumented || kilobytes <= floor + mostKilobytes) << kilobytes << " KiB";
     }
 }
 

@@ -6,21 +6,21 @@
 
 #include <vector>
 
-// Under the address sanitizer sizes and times say little.
+// Under the address sanitizer, and with the counters of `make coverage`, sizes and times say little.
 #if defined(__SANITIZE_ADDRESS__)
-#define TQC_TEST_SANITIZED 1
+#define TQC_TEST_INSTRUMENTED 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define TQC_TEST_SANITIZED 1
+#define TQC_TEST_INSTRUMENTED 1
 #endif
 #endif
 
 namespace NSTQ::Tests {
 
-#if defined(TQC_TEST_SANITIZED)
-inline constexpr bool isSanitized = true;
+#if defined(TQC_TEST_INSTRUMENTED)
+inline constexpr bool isInstrumented = true;
 #else
-inline constexpr bool isSanitized = false;
+inline constexpr bool isInstrumented = false;
 #endif
 
 /// While this lives another kernel is in use.

@@ -69,7 +69,7 @@ protected:
 
 TEST_P(CDifferential, AllShortTexts) {
     // Each variation reads all texts but the longest ones, of which each is read with one variation.
-    const std::size_t longest = isSanitized ? 5 : 6;
+    const std::size_t longest = isInstrumented ? 5 : 6;
     for (std::size_t length = 0; length < longest; ++length)
         ForEachText(length, [&](const std::string& text, std::size_t) {
             for (std::size_t variation = 0; variation < m_readers.size(); ++variation)
@@ -109,13 +109,13 @@ TEST_P(CDifferential, ShortTextsInBlocks) {
             ++turn;
             return AgreeOn(turn % m_readers.size(), InBlocks(text, turn / m_readers.size()));
         };
-        for (std::size_t length = 0; length <= (isSanitized ? 2 : 3); ++length)
+        for (std::size_t length = 0; length <= (isInstrumented ? 2 : 3); ++length)
             for (std::size_t shift = 0; shift < 9; ++shift)
                 ForEachText(length,
                             [&](const std::string& text, std::size_t) { return everyVariation(text, shift); });
         ForEachText(4, everyVariation);
         // The page only matters where a field is cut.
-        if (isSanitized || GetParam() != 932)
+        if (isInstrumented || GetParam() != 932)
             continue;
         ForEachText(5, oneVariation);
         ForEachText(6, oneVariation);
@@ -144,7 +144,7 @@ std::string RandomText(std::mt19937& random, std::size_t length) {
 TEST_P(CDifferential, RandomTextsInBlocks) {
     std::mt19937 random(19640229U + GetParam());
     const auto kernels = Kernels();
-    for (int round = 0; round < (isSanitized ? 20000 : 500000); ++round) {
+    for (int round = 0; round < (isInstrumented ? 20000 : 500000); ++round) {
         Scan::SelectKernel(kernels[random() % kernels.size()]);
         const std::size_t variation = random() % m_readers.size();
         ASSERT_TRUE(AgreeOn(variation, RandomText(random, 100 + random() % 200))) << "round " << round;
@@ -157,7 +157,7 @@ TEST_P(CDifferential, RandomLongTexts) {
                                         193, 255, 300, 4096, 63999, 64000, 65535, 70000};
     const auto kernels = Kernels();
     std::mt19937 random(20240229U + GetParam());
-    for (int round = 0; round < (isSanitized ? 300 : 1000); ++round) {
+    for (int round = 0; round < (isInstrumented ? 300 : 1000); ++round) {
         Scan::SelectKernel(kernels[random() % kernels.size()]);
         CSettings settings = m_variations[random() % m_variations.size()];
         if (random() % 4 != 0) {

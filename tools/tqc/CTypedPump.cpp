@@ -9,6 +9,7 @@ namespace {
 
 std::vector<std::string> NamesOf(const std::vector<CLibraryRows::SColumn>& columns) {
     std::vector<std::string> names;
+    names.reserve(columns.size());
     for (const CLibraryRows::SColumn& column : columns)
         names.push_back(column.name);
     return names;
