@@ -33,6 +33,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 namespace NSTQ::NSTQCore {
 
@@ -129,7 +130,9 @@ private:
     bool _OpenConnection(const CSourceDataInfo& info);
     bool _OpenRecordset(const CSourceDataInfo& info);
     void _StoreNullRow();
-    std::size_t _StoreField(DWORD dwField, std::size_t offset, std::size_t length, std::size_t countedNul);
+    void _StoreRow();
+    std::string_view _ConvertField(DWORD dwField);
+    std::size_t _StoreField(DWORD dwField, std::size_t offset, std::string_view text, std::size_t countedNul);
 
     DWORD m_dwMaxFieldSize;
     DWORD m_dwMaxLineSize;

@@ -64,6 +64,7 @@ struct CADOOperater::SAdo {
     CVariant converted;
     const CBstr nullText = BstrFromAnsi(GetUserLocale().nullText); ///< stands for a missing value
     std::vector<SFieldType> types;                                 ///< those handed out last
+    std::vector<std::string_view> plainTexts;                      ///< of the current row, one for each column
     std::optional<_com_error> failure; ///< of the last FileOpen; its description is what the host sees
 
     SAdo() { pRecordset->PutCursorLocation(adUseClient); }
@@ -157,6 +158,7 @@ bool CADOOperater::_OpenRecordset(const CSourceDataInfo& info) {
                                            std::to_string(m_dwMaxFieldCnt) + " that the reader was constructed for");
     }
     m_dwFieldCnt = static_cast<DWORD>(columns);
+    m_pAdo->plainTexts.resize(m_dwFieldCnt);
     return true;
 }
 
@@ -180,19 +182,11 @@ bool CADOOperater::GetLineData(const char**& ppData, const WORD*& pLen, DWORD& d
     if (!HasNextLineData())
         return false;
     _Recordset& recordset = *m_pAdo->pRecordset.Get();
-    const std::u16string_view nullText = m_pAdo->nullText.View();
-    const bool isNull = nullText.empty() && recordset.IsNullRow();
+    const bool isNull = m_pAdo->nullText.View().empty() && recordset.IsNullRow();
     if (isNull)
         _StoreNullRow();
-    std::size_t offset = 0;
-    for (DWORD i = 0; i < m_dwFieldCnt && !isNull; ++i) {
-        const VARIANT& value = GetColumn(recordset, i).GetValue();
-        const auto whole = value.vt == VT_NULL ? nullText : GetText(value, m_pAdo->converted, i);
-        const SFieldText text = MakeFieldText(whole, m_pFieldBuff.get(), m_dwMaxFieldSize, m_bKeepLineEnds);
-        if (text.isCut && m_lCutColumn < 0)
-            m_lCutColumn = static_cast<LONG>(i);
-        offset = _StoreField(i, offset, text.length, 0);
-    }
+    else
+        _StoreRow();
     recordset.MoveNext();
     ++m_dwReadRowCnt;
     dwCount = m_dwFieldCnt;
@@ -208,7 +202,8 @@ bool CADOOperater::GetFieldsName(const char**& ppData, const WORD*& pLen, DWORD&
                                             std::size_t{m_dwMaxFieldSize} + 1);
         if (!name.isComplete)
             FailWithOverflow("a column name", i);
-        offset = _StoreField(i, offset, CleanName(m_pFieldBuff.get(), name.length), 1);
+        const std::string_view clean(m_pFieldBuff.get(), CleanName(m_pFieldBuff.get(), name.length));
+        offset = _StoreField(i, offset, clean, 1);
     }
     dwCount = m_dwFieldCnt;
     ppData = m_ppFieldData.get();
@@ -230,6 +225,27 @@ bool CADOOperater::GetFieldsType(const SFieldType*& pTypes, DWORD& dwCount) {
     return true;
 }
 
+/// A text that needs no conversion gives the same as the conversion of the value.
+void CADOOperater::_StoreRow() {
+    const std::span<std::string_view> texts = m_pAdo->plainTexts;
+    m_pAdo->pRecordset->GetPlainTexts(texts);
+    std::size_t offset = 0;
+    for (DWORD i = 0; i < m_dwFieldCnt; ++i) {
+        const bool isPlain = texts[i].data() != nullptr && texts[i].size() <= m_dwMaxFieldSize;
+        offset = _StoreField(i, offset, isPlain ? texts[i] : _ConvertField(i), 0);
+    }
+}
+
+/// Converts a value of the current row to the field buffer.
+std::string_view CADOOperater::_ConvertField(DWORD dwField) {
+    const VARIANT& value = GetColumn(*m_pAdo->pRecordset.Get(), dwField).GetValue();
+    const auto whole = value.vt == VT_NULL ? m_pAdo->nullText.View() : GetText(value, m_pAdo->converted, dwField);
+    const SFieldText text = MakeFieldText(whole, m_pFieldBuff.get(), m_dwMaxFieldSize, m_bKeepLineEnds);
+    if (text.isCut && m_lCutColumn < 0)
+        m_lCutColumn = static_cast<LONG>(dwField);
+    return {m_pFieldBuff.get(), text.length};
+}
+
 /// Same result as _StoreField with an empty text for every field, but faster.
 void CADOOperater::_StoreNullRow() {
     const DWORD dwRoom = m_dwMaxLineSize + 1;
@@ -242,12 +258,14 @@ void CADOOperater::_StoreNullRow() {
         m_ppFieldData[i] = line + i;
 }
 
-/// Copies the text of the field buffer to the line buffer and returns the offset of the next one.
-std::size_t CADOOperater::_StoreField(DWORD dwField, std::size_t offset, std::size_t length, std::size_t countedNul) {
+/// Copies a text to the line buffer and returns the offset of the next one.
+std::size_t CADOOperater::_StoreField(DWORD dwField, std::size_t offset, std::string_view text,
+                                      std::size_t countedNul) {
+    const std::size_t length = text.size();
     if (length + 1 > std::size_t{m_dwMaxLineSize} + 1 - offset || length + countedNul > maxSize)
         FailWithOverflow("a row", dwField);
     char* const target = m_pLineBuff.get() + offset;
-    std::memcpy(target, m_pFieldBuff.get(), length);
+    std::memcpy(target, text.data(), length);
     target[length] = SCDataAccessDefine::NULL_CODE;
     m_ppFieldData[dwField] = target;
     m_pFieldLen[dwField] = static_cast<WORD>(length + countedNul);

@@ -227,6 +227,19 @@ TEST_F(Reader, ValuesBecomeCleanedAndTruncatedTexts) {
     EXPECT_TRUE(opened.row.IsUntouched());
 }
 
+TEST_F(Reader, PlainTextsAreTakenWithoutTheirValuesUnlessTheyAreTooLong) {
+    script.table = {{u"a", u"b", u"c"}, {{1.0, u" two", u"three"}, {4.0, Value(VT_ERROR), u"three"}}};
+    script.plainTexts = {"plain", nullptr, "taken as a value"};
+    Opened opened(info, 3, 99, 5);
+    EXPECT_EQ(opened.Read(), S_OK);
+    EXPECT_EQ(opened.row.Texts(), (Row{"plain", "two", "three"}));
+    EXPECT_EQ(script.calls["GetValue"], 2);
+    EXPECT_EQ(opened.Read(), DISP_E_TYPEMISMATCH);
+    script.plainTexts[1] = "";
+    EXPECT_EQ(opened.Read(), S_OK);
+    EXPECT_EQ(opened.row.Texts(), (Row{"plain", "", "three"}));
+}
+
 TEST_F(Reader, RowsAndNamesFillTheLineBufferToTheLastByteAndNoFurther) {
     script.table = {{u"abc", u"", u"de "}, {{u"xyz", u"", u"12  "}}};
     // Both need 4 + 1 + 3 bytes, and the buffer has one byte more than the limit.

@@ -58,8 +58,9 @@ struct CScript {
 
     CTempFolder folder;
     std::vector<Platform::STableSchema> schema{{u"Sheet1$", u"TABLE"}};
-    Table table{{u"ID", u"Name"}, {}}; ///< the content of each table
-    std::int64_t recordCount = -2;     ///< -2: the number of rows
+    Table table{{u"ID", u"Name"}, {}};   ///< the content of each table
+    std::vector<const char*> plainTexts; ///< of each row: the first columns; null for a value to convert
+    std::int64_t recordCount = -2;       ///< -2: the number of rows
     std::map<std::string_view, int> calls;
     int liveObjects = 0;
     Platform::SSourceOptions options; ///< of the source opened last
@@ -91,6 +92,11 @@ struct CScriptedRows final : Platform::IRowSource {
     const Platform::VARIANT& GetValue(std::size_t column) override {
         script.Do("GetValue");
         return table.rows.at(next - 1).at(column).Value();
+    }
+    void GetPlainTexts(std::span<std::string_view> texts) override {
+        IRowSource::GetPlainTexts(texts);
+        for (std::size_t i = 0; i < script.plainTexts.size(); ++i)
+            texts[i] = script.plainTexts[i] == nullptr ? std::string_view() : std::string_view(script.plainTexts[i]);
     }
 
     CScript& script;

@@ -22,7 +22,9 @@
 #include "platform/automation/Variant.h"
 #include "tqcAccess/DataType.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace NSTQ::Platform {
@@ -87,6 +89,9 @@ public:
     /// Not part of ADO: true when the current row is known to have no value; false means unknown. A very large used
     /// range of a sheet is mostly empty.
     virtual bool IsNullRow() { return false; }
+    /// Not part of ADO: the texts of the current row that need no conversion; see IRowSource in
+    /// platform/ado/Provider.h.
+    virtual void GetPlainTexts(std::span<std::string_view> texts) { std::ranges::fill(texts, std::string_view()); }
     virtual void Close() = 0;
 
 protected:

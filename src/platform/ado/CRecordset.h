@@ -21,6 +21,7 @@ public:
     bool GetEOF() override;
     void MoveNext() override;
     bool IsNullRow() override { return GetCurrentRow().IsNullRow(); }
+    void GetPlainTexts(std::span<std::string_view> texts) override { GetCurrentRow().GetPlainTexts(texts); }
     void Close() override;
 
     /// Opens it on existing rows; the first one is then current.

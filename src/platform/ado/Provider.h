@@ -11,9 +11,11 @@
 #include "platform/automation/Variant.h"
 #include "tqcAccess/DataType.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,9 +47,15 @@ public:
     /// until the next call of this or MoveNext, so that a row of long texts takes the memory of one. A text may be
     /// truncated if it is longer than any field that a reader returns, and bytes are a text of digits.
     virtual const VARIANT& GetValue(std::size_t column) = 0;
-    /// The same value without loss: texts are whole, bytes are bytes. It takes the memory of the value, which is at
-    /// most 2^30 bytes in a database and 2^22 in a workbook; DB_E_DATAOVERFLOW for a text that cannot be returned as
-    /// a whole. Valid as the result of GetValue.
+    /// The texts of values of the current row that need no conversion, for a reader that wants nothing but texts: one
+    /// element of `texts` for each column. A text is in the ANSI code page and exactly what the conversion of
+    /// GetValue under the user locale gives; it has no control character and no space at its beginning or end. The
+    /// data of the view are null where there is none: such a value is missing, has to be converted, or cannot be
+    /// read, which only GetValue reports. The texts belong to the row source and are valid until the next MoveNext.
+    virtual void GetPlainTexts(std::span<std::string_view> texts) { std::ranges::fill(texts, std::string_view()); }
+    /// The value of GetValue without loss: texts are whole, bytes are bytes. It takes the memory of the value, which
+    /// is at most 2^30 bytes in a database and 2^22 in a workbook; DB_E_DATAOVERFLOW for a text that cannot be
+    /// returned as a whole. Valid as the result of GetValue.
     virtual SExactValue GetExactValue(std::size_t column) { return {GetValue(column), {}}; }
 };
 
