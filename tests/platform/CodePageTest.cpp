@@ -128,7 +128,9 @@ TEST_F(CodePageTest, TextsOfSeveralCharacters) {
 }
 
 TEST_F(CodePageTest, EveryRoomGetsWholeCharacters) {
-    const std::u16string text = u"ab\u3042c\u00E9\U0001F600\uFF76d\xD800";
+    // Units that are taken together where the room allows it, and some that are not.
+    constexpr std::u16string_view text =
+        u"ab\u3042c\u00E9\uFF76d\0\u3042 twelve units \u3042\u3042\U0001F600\uFF76d\xD800\u4E9C"sv;
     for (const unsigned page : {932U, 936U, 949U, 950U, 1252U, CP_UTF8}) {
         SetAnsiCodePage(page);
         const std::string whole = Encode(page, text);

@@ -1,11 +1,13 @@
+#include "platform/automation/Decimals.h"
 #include "platform/automation/ValueText.h"
 
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
-#include <type_traits>
 
 namespace NSTQ::Platform {
 
@@ -20,7 +22,10 @@ constexpr SDigits doubleDigits = {15, false};
 constexpr SDigits floatDigits = {7, false};
 constexpr SDigits fullDoubleDigits = {std::numeric_limits<double>::max_digits10, true};
 constexpr SDigits fullFloatDigits = {std::numeric_limits<float>::max_digits10, true};
-constexpr int currencyScale = 4;
+constexpr unsigned currencyScale = 4;
+/// Numbers from these on have more digits before the decimal sign than are written.
+constexpr double shortDouble = 1e15;
+constexpr double shortFloat = 1e7;
 constexpr int maxDecimalScale = 28;
 /// Numbers with this or a smaller exponent are written in exponent form.
 constexpr int smallExponent = -5;
@@ -29,34 +34,39 @@ std::string_view WithoutTrailingZeros(std::string_view digits) {
     return digits.substr(0, digits.find_last_not_of('0') + 1);
 }
 
+char* PutText(char* to, std::string_view text) {
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
+}
+
+char* PutZeros(char* to, int count) {
+    for (; count > 0; --count)
+        *to++ = '0';
+    return to;
+}
+
 /// Writes the number 0.DIGITS times 10 to the power of `point` without an exponent. No digits means 0.
-void AppendPlain(CValueText& text, std::string_view digits, int point) {
+char* PutPlain(char* to, std::string_view digits, int point) {
     const auto whole = point <= 0 ? std::string_view{} : digits.substr(0, static_cast<std::size_t>(point));
     if (whole.empty())
-        text.Append('0');
-    text.Append(whole);
-    for (auto given = static_cast<int>(whole.size()); given < point; ++given)
-        text.Append('0');
+        *to++ = '0';
+    to = PutZeros(PutText(to, whole), point - static_cast<int>(whole.size()));
     const auto fraction = WithoutTrailingZeros(digits.substr(whole.size()));
     if (fraction.empty())
-        return;
-    text.Append(GetDecimalSign());
-    for (int zero = point; zero < 0; ++zero)
-        text.Append('0');
-    text.Append(fraction);
+        return to;
+    *to++ = GetDecimalSign();
+    return PutText(PutZeros(to, -point), fraction);
 }
 
-void AppendExponentForm(CValueText& text, std::string_view digits, int exponent) {
-    AppendPlain(text, digits, 1);
-    text.Append('E');
-    text.Append(exponent < 0 ? '-' : '+');
+char* PutExponentForm(char* to, std::string_view digits, int exponent) {
+    to = PutPlain(to, digits, 1);
+    *to++ = 'E';
+    *to++ = exponent < 0 ? '-' : '+';
     const int magnitude = std::abs(exponent);
-    if (magnitude < 10)
-        text.Append('0');
-    AppendInteger(text, magnitude);
+    return magnitude < 100 ? PutTwoDigits(to, static_cast<unsigned>(magnitude)) : PutInteger(to, magnitude);
 }
 
-constexpr std::uint64_t PowerOf(std::uint64_t base, int exponent) {
+constexpr std::uint64_t PowerOf(std::uint64_t base, unsigned exponent) {
     return exponent == 0 ? 1 : base * PowerOf(base, exponent - 1);
 }
 
@@ -73,140 +83,203 @@ bool IsTie(TFloat value, int significant) {
     exponent += zeros - mantissaBits; // value is odd * 2^exponent
     if (exponent > 1 || exponent < -maxFractionBits)
         return false;
-    const std::uint64_t first = PowerOf(10, significant);
+    const std::uint64_t first = PowerOf(10, static_cast<unsigned>(significant));
     if (exponent >= 0) {
         // odd * 2^exponent as digits * 10^exponent
-        const std::uint64_t divisor = PowerOf(5, exponent);
+        const std::uint64_t divisor = PowerOf(5, static_cast<unsigned>(exponent));
         const std::uint64_t digits = odd / divisor;
         return odd % divisor == 0 && digits % 10 == 5 && digits >= first && digits < first * 10;
     }
-    const std::uint64_t factor = PowerOf(5, -exponent);
+    const std::uint64_t factor = PowerOf(5, static_cast<unsigned>(-exponent));
     return odd >= (first + factor - 1) / factor && odd <= (first * 10 - 1) / factor;
 }
 
-template <class TFloat>
-std::to_chars_result WriteScientific(char (&room)[32], TFloat value, SDigits digits) {
-    if (digits.isShortest)
-        return std::to_chars(room, std::end(room), value, std::chars_format::scientific);
-    // to_chars rounds a tie to the even digit, Windows away from zero: like any number just above the tie.
-    if (IsTie(value, digits.count))
-        value = std::nextafter(value, std::numeric_limits<TFloat>::infinity());
-    return std::to_chars(room, std::end(room), value, std::chars_format::scientific, digits.count - 1);
+/// A number as 0.DIGITS times 10 to the power of exponent + 1.
+class CScientific {
+public:
+    template <class TFloat, class... TPrecision>
+    explicit CScientific(TFloat value, TPrecision... precision) {
+        const auto end =
+            std::to_chars(m_room, std::end(m_room), value, std::chars_format::scientific, precision...).ptr;
+        const std::string_view written(m_room, static_cast<std::size_t>(end - m_room));
+        const std::size_t mark = written.find('e');
+        // D.DDDDe+XX: moving the first digit over the point makes the digits one run.
+        const std::size_t first = mark > 1 ? 1 : 0;
+        m_room[first] = m_room[0];
+        m_digits = m_room + first;
+        m_count = mark - first;
+        const std::size_t exponentBegin = mark + (written[mark + 1] == '+' ? 2 : 1);
+        std::from_chars(m_room + exponentBegin, end, m_exponent);
+    }
+    CScientific(const CScientific&) = delete;
+    CScientific& operator=(const CScientific&) = delete;
+
+    std::string_view GetDigits() const { return {m_digits, m_count}; }
+    int GetExponent() const { return m_exponent; }
+
+    /// Rounds the shortest digits, which are more than `count`, unless their error, at most half a unit of the last
+    /// one, leaves it open on which side the number lies.
+    bool Round(std::size_t count) {
+        const std::string_view surplus = GetDigits().substr(count);
+        const int order = surplus.compare(std::string_view("50000000000").substr(0, surplus.size()));
+        if (order == 0)
+            return false;
+        m_count = count;
+        if (order > 0)
+            Increment();
+        return true;
+    }
+
+private:
+    void Increment() {
+        std::size_t at = m_count;
+        while (at > 0 && m_digits[at - 1] == '9')
+            m_digits[--at] = '0';
+        if (at > 0) {
+            ++m_digits[at - 1];
+        } else {
+            m_digits[0] = '1';
+            ++m_exponent;
+        }
+    }
+
+    char m_room[32];
+    char* m_digits;
+    std::size_t m_count;
+    int m_exponent = 0;
+};
+
+char* PutScientific(char* to, const CScientific& number, int maxDigits) {
+    const int exponent = number.GetExponent();
+    if (exponent >= maxDigits || exponent <= smallExponent)
+        return PutExponentForm(to, WithoutTrailingZeros(number.GetDigits()), exponent);
+    return PutPlain(to, number.GetDigits(), exponent + 1);
 }
 
-/// `value` is positive and finite. The digits are rounded first, so that 999999999999999.9 is 1E+15.
+/// The plain way to round. `value` is positive and finite. The digits are rounded before the form is chosen, so that
+/// 999999999999999.9 is 1E+15.
 template <class TFloat>
-void AppendRounded(CValueText& text, TFloat value, SDigits digits) {
-    char scientific[32];
-    const std::string_view written(
-        scientific, static_cast<std::size_t>(WriteScientific(scientific, value, digits).ptr - scientific));
-    const std::size_t mark = written.find('e');
-    // D.DDDDe+XX: moving the first digit over the point makes the digits one run.
-    const std::size_t first = mark > 1 ? 1 : 0;
-    scientific[first] = scientific[0];
-    const std::string_view run = written.substr(first, mark - first);
-    const std::size_t exponentBegin = mark + (written[mark + 1] == '+' ? 2 : 1);
-    int exponent = 0;
-    std::from_chars(written.data() + exponentBegin, written.data() + written.size(), exponent);
-    if (exponent >= digits.count || exponent <= smallExponent)
-        AppendExponentForm(text, WithoutTrailingZeros(run), exponent);
-    else
-        AppendPlain(text, run, exponent + 1);
+char* PutRounded(char* to, TFloat value, int digits) {
+    // to_chars rounds a tie to the even digit, Windows away from zero: like any number just above the tie.
+    if (IsTie(value, digits))
+        value = std::nextafter(value, std::numeric_limits<TFloat>::infinity());
+    return PutScientific(to, CScientific(value, digits - 1), digits);
+}
+
+/// Rounds by way of the shortest digits that give the number as a double, which are found in a third of the time.
+/// When they are at most `digits`, which are at most 15, they are the rounded ones: decimals of so many digits are
+/// farther apart than doubles.
+template <class TFloat>
+char* PutByShortest(char* to, TFloat value, int digits) {
+    const double number = value;
+    if (number >= std::numeric_limits<double>::min()) {
+        CScientific shortest(number);
+        const auto count = static_cast<std::size_t>(digits);
+        if (shortest.GetDigits().size() <= count || shortest.Round(count))
+            return PutScientific(to, shortest, digits);
+    }
+    return PutRounded(to, value, digits);
 }
 
 /// Writes `units` divided by 10 to the power of `scale`.
-void AppendScaled(CValueText& text, std::uint64_t units, int scale) {
-    char buffer[24];
-    const auto end = std::to_chars(buffer, std::end(buffer), units).ptr;
-    const std::string_view digits(buffer, static_cast<std::size_t>(end - buffer));
-    AppendPlain(text, digits == "0" ? std::string_view{} : digits, static_cast<int>(digits.size()) - scale);
+template <unsigned scale>
+char* PutScaled(char* to, std::uint64_t units) {
+    constexpr std::uint64_t power = PowerOf(10, scale);
+    constexpr unsigned isOdd = scale % 2;
+    to = PutUnsigned(to, units / power);
+    std::uint64_t rest = units % power * (isOdd ? 10 : 1);
+    if (rest == 0)
+        return to;
+    *to++ = GetDecimalSign();
+    for (std::uint64_t part = PowerOf(10, scale + isOdd - 2); rest != 0; part /= 100) {
+        to = PutTwoDigits(to, static_cast<unsigned>(rest / part));
+        rest %= part;
+    }
+    return to[-1] == '0' ? to - 1 : to;
 }
 
-/// Integers and short decimals, which are the most frequent. If a decimal of at most 15 digits converts to exactly
-/// this double, rounding to 15 digits would find it. `value` is not negative.
-bool AppendShort(CValueText& text, double value) {
-    constexpr struct {
-        double power;
-        int scale;
-    } steps[] = {{1e4, 4}, {1e9, 9}};
-    constexpr double limit = 1e15;
+/// Integers and short decimals, which are the most frequent. If a decimal of at most so many digits as `limit` has
+/// zeros converts to exactly this double, rounding to that many digits would find it. `value` is not negative. Null
+/// when it is none of them.
+char* PutShort(char* to, double value, double limit) {
     constexpr double smallest = 1e-4;
     if (value >= limit)
-        return false;
-    const auto whole = static_cast<std::uint64_t>(value);
-    if (static_cast<double>(whole) == value) {
-        AppendUnsigned(text, whole);
-        return true;
-    }
-    for (const auto& step : steps) {
-        if (value < smallest || value >= limit / step.power)
+        return nullptr;
+    const auto whole = static_cast<std::int64_t>(value);
+    if (static_cast<double>(whole) == value)
+        return PutUnsigned(to, static_cast<std::uint64_t>(whole));
+    if (value < smallest)
+        return nullptr;
+    const auto isDecimal = [value, limit](double power, std::int64_t& units) {
+        if (value >= limit / power)
             return false;
-        const auto units = static_cast<std::uint64_t>(std::llround(value * step.power));
-        if (static_cast<double>(units) / step.power == value) {
-            AppendScaled(text, units, step.scale);
-            return true;
-        }
-    }
-    return false;
+        units = RoundToInteger(value * power);
+        return static_cast<double>(units) / power == value;
+    };
+    std::int64_t units = 0;
+    if (isDecimal(1e4, units))
+        return PutScaled<4>(to, static_cast<std::uint64_t>(units));
+    if (isDecimal(1e9, units))
+        return PutScaled<9>(to, static_cast<std::uint64_t>(units));
+    return nullptr;
 }
 
 template <class TFloat>
-void AppendNumber(CValueText& text, TFloat value, SDigits digits) {
-    constexpr bool isDouble = std::is_same_v<TFloat, double>;
-    if (std::isnan(value)) {
-        text.Append(std::signbit(value) ? "-1.#IND" : "1.#QNAN");
-        return;
-    }
+char* PutNumber(char* to, TFloat value, SDigits digits, double limit) {
+    if (std::isnan(value))
+        return PutText(to, std::signbit(value) ? "-1.#IND" : "1.#QNAN");
     if (value < 0)
-        text.Append('-');
+        *to++ = '-';
     const TFloat magnitude = std::fabs(value);
     if (std::isinf(magnitude))
-        text.Append("1.#INF");
-    else if (!isDouble && magnitude == 0)
-        text.Append('0');
-    else if (!isDouble || !AppendShort(text, magnitude))
-        AppendRounded(text, magnitude, digits);
+        return PutText(to, "1.#INF");
+    char* const end = PutShort(to, magnitude, limit);
+    if (end != nullptr)
+        return end;
+    return digits.isShortest ? PutScientific(to, CScientific(magnitude), digits.count)
+                             : PutByShortest(to, magnitude, digits.count);
+}
+
+template <class TInteger>
+char* PutDigits(char* to, TInteger value) {
+    return std::to_chars(to, to + maxValueText, value).ptr;
 }
 
 } // namespace
 
-void AppendInteger(CValueText& text, std::int64_t value) {
-    char buffer[24];
-    const auto end = std::to_chars(buffer, std::end(buffer), value).ptr;
-    text.Append(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+char* PutInteger(char* to, std::int64_t value) {
+    return PutDigits(to, value);
 }
 
-void AppendUnsigned(CValueText& text, std::uint64_t value) {
-    char buffer[24];
-    const auto end = std::to_chars(buffer, std::end(buffer), value).ptr;
-    text.Append(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+char* PutUnsigned(char* to, std::uint64_t value) {
+    return PutDigits(to, value);
 }
 
-void AppendDouble(CValueText& text, double value) {
-    AppendNumber(text, value, IsFullNumber() ? fullDoubleDigits : doubleDigits);
+char* PutDouble(char* to, double value) {
+    return PutNumber(to, value, IsFullNumber() ? fullDoubleDigits : doubleDigits, shortDouble);
 }
 
-void AppendFloat(CValueText& text, float value) {
-    AppendNumber(text, value, IsFullNumber() ? fullFloatDigits : floatDigits);
+char* PutFloat(char* to, float value) {
+    return IsFullNumber() ? PutNumber(to, value, fullFloatDigits, 0) : PutNumber(to, value, floatDigits, shortFloat);
 }
 
-void AppendCurrency(CValueText& text, std::int64_t value) {
+char* PutCurrency(char* to, std::int64_t value) {
     auto units = static_cast<std::uint64_t>(value);
     if (value < 0) {
-        text.Append('-');
+        *to++ = '-';
         units = 0 - units;
     }
-    AppendScaled(text, units, currencyScale);
+    return PutScaled<currencyScale>(to, units);
 }
 
-HRESULT AppendDecimal(CValueText& text, const DECIMAL& value) {
+char* PutDecimal(char* to, const DECIMAL& value) {
     if (value.scale > maxDecimalScale)
-        return E_INVALIDARG;
-    // Division by ten, 32 bits at a time, returns the digits from the last one.
-    DWORD parts[] = {value.Hi32, static_cast<DWORD>(value.Lo64 >> 32), static_cast<DWORD>(value.Lo64)};
+        return nullptr;
     char buffer[32];
     char* first = std::end(buffer);
-    while ((parts[0] | parts[1] | parts[2]) != 0) {
+    DWORD parts[] = {value.Hi32, static_cast<DWORD>(value.Lo64 >> 32), static_cast<DWORD>(value.Lo64)};
+    // Division by ten, 32 bits at a time, returns the digits from the last one.
+    while (parts[0] != 0) {
         std::uint64_t rest = 0;
         for (DWORD& part : parts) {
             const std::uint64_t dividend = rest << 32 | part;
@@ -215,11 +288,12 @@ HRESULT AppendDecimal(CValueText& text, const DECIMAL& value) {
         }
         *--first = static_cast<char>('0' + rest);
     }
+    for (auto rest = std::uint64_t{parts[1]} << 32 | parts[2]; rest != 0; rest /= 10)
+        *--first = static_cast<char>('0' + rest % 10);
     const std::string_view digits(first, static_cast<std::size_t>(std::end(buffer) - first));
     if (value.sign != 0 && !digits.empty())
-        text.Append('-');
-    AppendPlain(text, digits, static_cast<int>(digits.size()) - value.scale);
-    return S_OK;
+        *to++ = '-';
+    return PutPlain(to, digits, static_cast<int>(digits.size()) - value.scale);
 }
 
 } // namespace NSTQ::Platform

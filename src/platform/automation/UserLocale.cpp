@@ -13,9 +13,9 @@ constexpr std::string_view dateElements[] = {"yyyy", "yy", "MM", "M", "dd", "d"}
 constexpr std::string_view timeElements[] = {"HH", "H", "hh", "h", "mm", "m", "ss", "s", "tt"};
 
 /// A text with its own memory.
-class CPicture {
+class CLocaleText {
 public:
-    explicit constexpr CPicture(std::string_view text) { Assign(text); }
+    explicit constexpr CLocaleText(std::string_view text) { Assign(text); }
     constexpr void Assign(std::string_view text) {
         m_length = std::min(text.size(), m_text.size());
         std::copy_n(text.data(), m_length, m_text.data());
@@ -27,13 +27,60 @@ private:
     std::size_t m_length = 0;
 };
 
-constinit CPicture datePicture{SUserLocale{}.dateFormat};
-constinit CPicture timePicture{SUserLocale{}.timeFormat};
+/// A format pattern and the steps to write it, so that it is not parsed for each value.
+class CPicture {
+public:
+    explicit constexpr CPicture(std::string_view text, bool isTime) : m_text(text) { Assign(text, isTime); }
+    constexpr void Assign(std::string_view text, bool isTime) {
+        m_text.Assign(text);
+        m_count = 0;
+        text = text.substr(0, maxLocalePicture);
+        while (!text.empty()) {
+            const std::size_t size = std::min(text.find_first_not_of(text[0]), text.size());
+            AddRun(text.substr(0, size), isTime);
+            text.remove_prefix(size);
+        }
+    }
+    std::string_view View() const { return m_text.View(); }
+    std::span<const SPictureStep> Steps() const { return std::span(m_steps).first(m_count); }
+
+private:
+    using EPart = SPictureStep::EPart;
+
+    /// The part of a date or time that a letter stands for.
+    static constexpr EPart PartOf(char letter, bool isTime) {
+        constexpr std::string_view letters = "yMdHhmst";
+        constexpr EPart parts[] = {EPart::Year,   EPart::Month,  EPart::Day,    EPart::Hour,
+                                   EPart::Hour12, EPart::Minute, EPart::Second, EPart::HalfDay};
+        const std::size_t at = letters.find(letter);
+        return at == std::string_view::npos || (parts[at] >= EPart::Hour) != isTime ? EPart::Literal : parts[at];
+    }
+    /// A run of the same character.
+    constexpr void AddRun(std::string_view run, bool isTime) {
+        const EPart part = PartOf(run[0], isTime);
+        if (part == EPart::Literal) {
+            for (const char c : run)
+                Add({part, false, c});
+            return;
+        }
+        if (part == EPart::Year && run.size() == 4)
+            Add({EPart::Century, false, 0});
+        Add({part, run.size() == 1, 0});
+    }
+    constexpr void Add(SPictureStep step) { m_steps[m_count++] = step; }
+
+    CLocaleText m_text;
+    std::array<SPictureStep, maxLocalePicture> m_steps{};
+    std::size_t m_count = 0;
+};
+
+constinit CPicture datePicture{SUserLocale{}.dateFormat, false};
+constinit CPicture timePicture{SUserLocale{}.timeFormat, true};
 constinit char decimalSign = SUserLocale{}.decimalSign;
 constinit ENumberDigits numberDigits = SUserLocale{}.numberDigits;
-constinit CPicture trueText{SUserLocale{}.trueText};
-constinit CPicture falseText{SUserLocale{}.falseText};
-constinit CPicture nullText{SUserLocale{}.nullText};
+constinit CLocaleText trueText{SUserLocale{}.trueText};
+constinit CLocaleText falseText{SUserLocale{}.falseText};
+constinit CLocaleText nullText{SUserLocale{}.nullText};
 constinit EBytesForm bytesForm = SUserLocale{}.bytesForm;
 
 bool IsPrintable(char c) {
@@ -73,8 +120,8 @@ bool SetUserLocale(const SUserLocale& locale) {
         !IsDecimalSign(locale.decimalSign) || !IsText(locale.trueText) || !IsText(locale.falseText) ||
         !IsText(locale.nullText))
         return false;
-    datePicture.Assign(locale.dateFormat);
-    timePicture.Assign(locale.timeFormat);
+    datePicture.Assign(locale.dateFormat, false);
+    timePicture.Assign(locale.timeFormat, true);
     decimalSign = locale.decimalSign;
     numberDigits = locale.numberDigits;
     trueText.Assign(locale.trueText);
@@ -92,21 +139,22 @@ bool IsFullNumber() {
     return numberDigits == ENumberDigits::Full;
 }
 
-std::string_view GetDateFormat() {
-    return datePicture.View();
+std::string_view GetBooleanText(bool value) {
+    return value ? trueText.View() : falseText.View();
 }
 
-std::string_view GetTimeFormat() {
-    return timePicture.View();
+std::span<const SPictureStep> GetDateSteps() {
+    return datePicture.Steps();
+}
+
+std::span<const SPictureStep> GetTimeSteps() {
+    return timePicture.Steps();
 }
 
 std::size_t FormatDate(double date, char* text) {
-    CValueText written;
-    if (AppendDate(written, date) != S_OK)
-        return 0;
-    std::transform(written.Data(), written.Data() + written.Length(), text,
-                   [](WCHAR unit) { return static_cast<char>(unit); });
-    return written.Length();
+    static_assert(maxDateText >= maxValueText);
+    const char* const end = PutDate(text, date);
+    return end == nullptr ? 0 : static_cast<std::size_t>(end - text);
 }
 
 SUserLocale GetUserLocale() {

@@ -1,6 +1,7 @@
 #include "platform/automation/ValueText.h"
 #include "platform/automation/Variant.h"
-#include "tqcAccess/UserLocale.h"
+
+#include <cstring>
 
 namespace NSTQ::Platform {
 
@@ -19,66 +20,71 @@ HRESULT StoreText(VARIANT* target, const WCHAR* units, DWORD length) {
     return S_OK;
 }
 
-template <auto append, class TValue>
-HRESULT Done(CValueText& text, TValue value) {
-    append(text, value);
-    return S_OK;
+char* PutText(char* to, std::string_view text) {
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
 }
 
-void AppendBoolean(CValueText& text, bool value) {
-    const SUserLocale locale = GetUserLocale();
-    text.Append(value ? locale.trueText : locale.falseText);
-}
-
-HRESULT AppendValue(CValueText& text, const VARIANT& value) {
-    switch (value.vt) {
-    case VT_EMPTY:
-        return S_OK;
-    case VT_I1:
-        return Done<AppendInteger>(text, value.cVal);
-    case VT_I2:
-        return Done<AppendInteger>(text, value.iVal);
-    case VT_I4:
-    case VT_INT:
-        return Done<AppendInteger>(text, value.lVal);
-    case VT_I8:
-        return Done<AppendInteger>(text, value.llVal);
-    case VT_UI1:
-        return Done<AppendUnsigned>(text, value.bVal);
-    case VT_UI2:
-        return Done<AppendUnsigned>(text, value.uiVal);
-    case VT_UI4:
-    case VT_UINT:
-        return Done<AppendUnsigned>(text, value.ulVal);
-    case VT_UI8:
-        return Done<AppendUnsigned>(text, value.ullVal);
-    case VT_BOOL:
-        return Done<AppendBoolean>(text, value.boolVal != VARIANT_FALSE);
-    case VT_R4:
-        return Done<AppendFloat>(text, value.fltVal);
-    case VT_R8:
-        return Done<AppendDouble>(text, value.dblVal);
-    case VT_CY:
-        return Done<AppendCurrency>(text, value.cyVal);
-    case VT_DECIMAL:
-        return AppendDecimal(text, value.decVal);
-    case VT_DATE:
-        return AppendDate(text, value.date);
-    default:
-        return DISP_E_TYPEMISMATCH;
-    }
+/// The text is ASCII.
+HRESULT StoreAscii(VARIANT* target, std::string_view text) {
+    WCHAR units[maxValueText];
+    for (std::size_t i = 0; i < text.size(); ++i)
+        units[i] = static_cast<unsigned char>(text[i]);
+    return StoreText(target, units, static_cast<DWORD>(text.size()));
 }
 
 } // namespace
+
+char* PutValue(char* to, const VARIANT& value) {
+    switch (value.vt) {
+    case VT_EMPTY:
+        return to;
+    case VT_I1:
+        return PutInteger(to, value.cVal);
+    case VT_I2:
+        return PutInteger(to, value.iVal);
+    case VT_I4:
+    case VT_INT:
+        return PutInteger(to, value.lVal);
+    case VT_I8:
+        return PutInteger(to, value.llVal);
+    case VT_UI1:
+        return PutUnsigned(to, value.bVal);
+    case VT_UI2:
+        return PutUnsigned(to, value.uiVal);
+    case VT_UI4:
+    case VT_UINT:
+        return PutUnsigned(to, value.ulVal);
+    case VT_UI8:
+        return PutUnsigned(to, value.ullVal);
+    case VT_BOOL:
+        return PutText(to, GetBooleanText(value.boolVal != VARIANT_FALSE));
+    case VT_R4:
+        return PutFloat(to, value.fltVal);
+    case VT_R8:
+        return PutDouble(to, value.dblVal);
+    case VT_CY:
+        return PutCurrency(to, value.cyVal);
+    case VT_DECIMAL:
+        return PutDecimal(to, value.decVal);
+    case VT_DATE:
+        return PutDate(to, value.date);
+    default:
+        return nullptr;
+    }
+}
 
 HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, WORD flags, VARTYPE type) {
     if (flags != 0 || type != VT_BSTR)
         return E_INVALIDARG;
     if (source->vt == VT_BSTR && source->bstrVal != nullptr)
         return VariantCopy(target, source);
-    CValueText text;
-    const HRESULT result = source->vt == VT_BSTR ? S_OK : AppendValue(text, *source);
-    return Failed(result) ? result : StoreText(target, text.Data(), text.Length());
+    if (source->vt == VT_BSTR)
+        return StoreText(target, nullptr, 0);
+    char text[maxValueText];
+    if (const char* const end = PutValue(text, *source))
+        return StoreAscii(target, {text, end});
+    return source->vt == VT_DATE || source->vt == VT_DECIMAL ? E_INVALIDARG : DISP_E_TYPEMISMATCH;
 }
 
 } // namespace NSTQ::Platform

@@ -47,9 +47,40 @@ void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
     text = from;
 }
 
+/// The bytes of a UTF-16 unit as they are stored, the first one lowest, and how many they are: 0 for a unit that
+/// cannot be encoded alone.
+struct SUnitBytes {
+    std::uint32_t bytes;
+    unsigned size;
+};
+/// Units that are encoded together, and the room that this takes at most.
+constexpr std::ptrdiff_t encodedUnits = 8;
+constexpr std::ptrdiff_t roomForUnits = encodedUnits * 3 + 1;
+
+/// Whether all of them are ASCII; only then their bytes are written.
+bool PutAsciiUnits(unsigned char* to, const char16_t* from) {
+    std::uint64_t words[2];
+    static_assert(sizeof words == encodedUnits * sizeof *from);
+    std::memcpy(words, from, sizeof words);
+    if (((words[0] | words[1]) & 0xFF80FF80FF80FF80U) != 0)
+        return false;
+    // The units of a word, each in its lower half, are moved together.
+    for (std::uint64_t& word : words) {
+        word = (word | word >> 8) & 0x0000FFFF0000FFFFU;
+        word |= word >> 16;
+    }
+    words[0] = (words[0] & 0xFFFFFFFFU) | words[1] << 32;
+    std::memcpy(to, words, encodedUnits);
+    return true;
+}
+
 template <typename TUnit>
 class CCountSink {
 public:
+    template <typename TEncoder>
+    const char16_t* TakeBlocks(const char16_t*& /*text*/, const char16_t* end, TEncoder& /*encoder*/) {
+        return end;
+    }
     template <typename TFrom>
     bool TakeAscii(const TFrom*& text, const TFrom* end) {
         const TFrom* const special = SkipAscii(text, end);
@@ -73,6 +104,36 @@ template <typename TUnit>
 class CStoreSink {
 public:
     CStoreSink(TUnit* buffer, std::size_t room) : m_buffer(buffer), m_next(buffer), m_end(buffer + room) {}
+
+    /// Takes units of mixed sizes, several at a time and without a branch for each, as long as they certainly fit.
+    /// Returns where to try again, after what has to be taken one by one.
+    template <typename TEncoder>
+    const char16_t* TakeBlocks(const char16_t*& text, const char16_t* end, TEncoder& encoder) {
+        if constexpr (std::endian::native != std::endian::little)
+            return end;
+        const char16_t* from = text;
+        unsigned char* to = m_next;
+        for (; end - from >= encodedUnits && m_end - to >= roomForUnits; from += encodedUnits) {
+            if (PutAsciiUnits(to, from)) {
+                to += encodedUnits;
+                continue;
+            }
+            unsigned char* next = to;
+            bool isWhole = true;
+            for (std::ptrdiff_t i = 0; i < encodedUnits; ++i) {
+                const SUnitBytes unit = encoder.Encode(from[i]);
+                std::memcpy(next, &unit.bytes, sizeof unit.bytes);
+                next += unit.size;
+                isWhole = isWhole && unit.size != 0;
+            }
+            if (!isWhole)
+                break;
+            to = next;
+        }
+        text = from;
+        m_next = to;
+        return from + std::min(encodedUnits, end - from);
+    }
 
     template <typename TFrom>
     bool TakeAscii(const TFrom*& text, const TFrom* end) {
@@ -198,6 +259,14 @@ class CTableEncoder {
 public:
     CTableEncoder(const CCodePageTables& page, unsigned char defaultByte)
         : m_page(page), m_defaultByte(defaultByte) {}
+    SUnitBytes Encode(char16_t unit) {
+        const unsigned code = m_page.Encode(unit);
+        const bool isUnknown = code == 0 && unit != 0;
+        m_usedDefault = m_usedDefault || isUnknown;
+        const unsigned bytes = isUnknown ? m_defaultByte : code;
+        const bool isPair = bytes > 0xFF;
+        return {isPair ? bytes >> 8 | (bytes & 0xFF) << 8 : bytes, isPair ? 2U : 1U};
+    }
     template <typename TSink>
     bool TakeCharacter(const char16_t*& text, const char16_t* /*end*/, TSink& sink) {
         const unsigned bytes = m_page.Encode(*text++);
@@ -219,6 +288,14 @@ private:
 
 class CUtf8Encoder {
 public:
+    static SUnitBytes Encode(char16_t unit) {
+        const std::uint32_t value = unit;
+        const std::uint32_t last = 0x80 | (value & 0x3F);
+        const std::uint32_t two = 0xC0 | value >> 6 | last << 8;
+        const std::uint32_t three = 0x80E0U | value >> 12 | (value >> 6 & 0x3F) << 8 | last << 16;
+        const unsigned size = (value & 0xF800) == 0xD800 ? 0 : 1U + (value >= 0x80) + (value >= 0x800);
+        return {value < 0x80 ? value : value < 0x800 ? two : three, size};
+    }
     template <typename TSink>
     bool TakeCharacter(const char16_t*& text, const char16_t* end, TSink& sink) {
         char32_t value = *text++;
@@ -253,6 +330,22 @@ bool ConvertText(const TFrom* text, const TFrom* end, TConverter&& converter, TS
     return true;
 }
 
+/// The same for an encoder, in blocks where the sink takes them.
+template <typename TEncoder, typename TSink>
+bool EncodeUnits(const char16_t* text, const char16_t* end, TEncoder& encoder, TSink& sink) {
+    while (text != end) {
+        const char16_t* const stop = sink.TakeBlocks(text, end, encoder);
+        while (text < stop) {
+            if (!sink.TakeAscii(text, stop))
+                return false;
+            while (text < stop && *text >= 0x80)
+                if (!encoder.TakeCharacter(text, end, sink))
+                    return false;
+        }
+    }
+    return true;
+}
+
 template <typename TSink>
 bool DecodeText(const CCodePageTables& page, const unsigned char* text, std::size_t length, TSink& sink) {
     if (page.IsUtf8())
@@ -270,10 +363,12 @@ struct CDefaultByte {
 template <typename TSink>
 bool EncodeText(const CCodePageTables& page, const char16_t* text, std::size_t length, CDefaultByte& defaultByte,
                 TSink& sink) {
-    if (page.IsUtf8())
-        return ConvertText(text, text + length, CUtf8Encoder(), sink);
+    if (page.IsUtf8()) {
+        CUtf8Encoder encoder;
+        return EncodeUnits(text, text + length, encoder, sink);
+    }
     CTableEncoder encoder(page, defaultByte.m_byte);
-    const bool isComplete = ConvertText(text, text + length, encoder, sink);
+    const bool isComplete = EncodeUnits(text, text + length, encoder, sink);
     defaultByte.m_isUsed = encoder.UsedDefault();
     return isComplete;
 }
