@@ -29,7 +29,7 @@ install(FILES
 set(tqc_private_libraries
   "$<$<OR:$<BOOL:${TQC_WITH_ZIP}>,$<BOOL:${TQC_WITH_XLSX}>>:$<IF:$<BOOL:${TQC_WITH_ISAL}>,-lisal,-lz>>"
   "$<$<BOOL:${TQC_WITH_ENCRYPTION}>:$<IF:$<BOOL:${WIN32}>,-lbcrypt,-lcrypto>>"
-  -lstdc++ -lm)
+  -lstdc++ -lm -pthread)
 # Relative, so that an installed tree can be moved.
 file(RELATIVE_PATH tqc_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

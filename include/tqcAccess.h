@@ -27,6 +27,7 @@
  *          an object are valid as long as its description says.
  * Threads  One thread at a time uses a source and its rows, or a writer; it need not always be the same thread.
  *          Different ones are independent and may be used at the same time: each source has its own encoding.
+ *          The library itself starts a thread only where tqc_options asks for it by `read_ahead`.
  * Structs  Structs of options begin with their size, so that a program built with an older header goes on working.
  *          Initialize them with zeros: zero is the default of each option.
  */
@@ -110,6 +111,9 @@ typedef struct tqc_options {
     char quotes_end_at_line; /**< not 0: a line end inside quotes ends the row; else it is content */
     const uint16_t* widths;  /**< of the columns of fixed-length text, in bytes */
     size_t width_count;      /**< the number of `widths` */
+    char read_ahead; /**< not 0: the rows of an xlsx workbook are read ahead by a thread of the library, which has
+                        ended when tqc_open_rows has failed or tqc_close_rows returns; else the library starts no
+                        thread. Other sources and small sheets are read without */
 } tqc_options;
 
 /** Opens the source at `path`; `options` may be NULL. A package is unpacked into a temporary folder, which

@@ -126,6 +126,7 @@ bool CADOOperater::_OpenConnection(const CSourceDataInfo& info) {
     if (!info.GetConnectString(pConnectString))
         return false;
     _Connection& connection = Require(m_pAdo->pConnection.Get());
+    connection.PutReadAhead(info.GetReadAhead());
     m_hrErrorRet = GetResult(m_pAdo->failure, [&] { OpenConnection(connection, pConnectString); });
     return !Failed(m_hrErrorRet);
 }

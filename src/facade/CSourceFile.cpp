@@ -94,7 +94,7 @@ CSourceFile::CSourceFile(const std::string& path, const tqc_options& options, un
     else if (IsText())
         OpenText(head, options, ansiCodePage);
     else
-        OpenTables(passWord);
+        OpenTables(passWord, options.read_ahead != 0);
 }
 
 std::string CSourceFile::ReadHead(const char* path) {
@@ -207,12 +207,13 @@ std::string CSourceFile::Unpack(const char* passWord) {
     return ReadHead(path);
 }
 
-void CSourceFile::OpenTables(const char* passWord) {
+void CSourceFile::OpenTables(const char* passWord, bool readsAhead) {
     SSourceOptions options;
     options.path = m_path;
     options.passWord = passWord;
     options.hasHeaderRow = m_hasHeader;
     options.isWorkbook = IsWorkbook();
+    options.readsAhead = readsAhead;
     m_data = OpenSource(options);
     WipeMemory(options.passWord.data(), options.passWord.size());
     for (const STableSchema& schema : m_data->ListTables()) {

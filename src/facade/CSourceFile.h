@@ -60,7 +60,7 @@ private:
     void OpenText(std::string_view head, const tqc_options& options, unsigned ansiCodePage);
     /// Returns the head of the data file.
     std::string Unpack(const char* passWord);
-    void OpenTables(const char* passWord);
+    void OpenTables(const char* passWord, bool readsAhead);
     bool IsWorkbook() const { return m_type == TQC_XLS || m_type == TQC_XLSX; }
 
     std::string m_path;

@@ -19,8 +19,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace NSTQ::Platform::Port {
@@ -242,6 +244,13 @@ void ReleaseInterruption();
 void Discard(const char* path) noexcept;
 /// As RemoveTree, for the handler of an interruption.
 void DiscardTree(const char* path) noexcept;
+
+// --- Threads ---
+
+/// Starts a thread of the library, which takes no signal of the host: all of them are blocked in it, except those
+/// that report a fault of its own. `work` throws nothing. Throws std::system_error when the system refuses the
+/// thread.
+std::thread StartThread(std::function<void()> work);
 
 // --- Terminal ---
 

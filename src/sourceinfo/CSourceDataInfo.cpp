@@ -85,6 +85,7 @@ CSourceDataInfo* CSourceDataInfo::CreateClone() const {
     clone->m_bIsExistFixCRLF = m_bIsExistFixCRLF;
     clone->m_dwStartReadRowCnt = m_dwStartReadRowCnt;
     clone->m_bKeepLineEnds = m_bKeepLineEnds;
+    clone->m_bReadAhead = m_bReadAhead;
     // Last, so that a clone destroyed because of a failed allocation does not remove the folder.
     CopyBuffer(clone->m_pUncompressFolderPath, m_pUncompressFolderPath, PATH_BUFFSIZE);
     return clone.release();
@@ -355,6 +356,14 @@ void CSourceDataInfo::SetKeepLineEnds(bool bKeep) {
 
 bool CSourceDataInfo::GetKeepLineEnds() const {
     return m_bKeepLineEnds;
+}
+
+void CSourceDataInfo::SetReadAhead(bool bReadAhead) {
+    m_bReadAhead = bReadAhead;
+}
+
+bool CSourceDataInfo::GetReadAhead() const {
+    return m_bReadAhead;
 }
 
 void CSourceDataInfo::SetStartReadRowCnt(DWORD rows) {

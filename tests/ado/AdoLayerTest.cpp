@@ -105,13 +105,14 @@ TEST_F(AdoLayer, TheContentSelectsTheProviderAndTheStringStatesWhatIsExpected) {
     for (const auto& [title, content, properties, format] : cases) {
         SCOPED_TRACE(title);
         const SConnectionString text{"microsoft.jet.oledb.4.0", script.folder.WriteFile("file", content), properties,
-                                     "pw"};
+                                     "pw", format == Xls};
         EXPECT_EQ(Raised([&] { OpenDataSource(text); }), format == none ? E_FAIL : 0);
         if (format == none)
             continue;
         EXPECT_EQ(script.format, format);
         EXPECT_EQ(script.options.path, text.dataSource);
         EXPECT_EQ(script.options.passWord, "pw");
+        EXPECT_EQ(script.options.readsAhead, format == Xls);
         EXPECT_EQ(script.options.hasHeaderRow, properties.find("HDR=NO") == std::string::npos);
     }
 }
@@ -156,8 +157,9 @@ TEST(ConnectionString, OrdinaryStringsFollowTheRulesOfOleDb) {
         const auto parsed = ParseConnectionString(text);
         EXPECT_EQ(parsed.dataSource + '|' + parsed.properties, source + ('|' + std::string(properties))) << text;
     }
-    const auto all = ParseConnectionString("provider=P;JET OLEDB:database password='x;y'");
+    const auto all = ParseConnectionString("provider=P;JET OLEDB:database password='x;y';read AHEAD=yes");
     EXPECT_EQ(all.provider + all.passWord, "Px;y");
+    EXPECT_TRUE(all.readsAhead && !ParseConnectionString("Read Ahead=YES;Read Ahead=NO").readsAhead);
     for (const char* text : {"a", "Data Source=a;b", "=a", "a=\"b", "a='b''", "a=\"b\"c", "a==b", "a;=b"})
         EXPECT_EQ(Raised([&] { ParseConnectionString(text); }), DB_E_BADINITSTRING) << text;
 }

@@ -34,9 +34,17 @@ struct SSetting {
     std::size_t size = sizeof(tqc_options);
 
     tqc_options Get() const {
-        return {size,          type,         password,        encoding,
-                separator,     hasNoHeader,  replacesInvalid, endsQuotesAtLine,
-                widths.data(), widths.size()};
+        return {size,
+                type,
+                password,
+                encoding,
+                separator,
+                hasNoHeader,
+                replacesInvalid,
+                endsQuotesAtLine,
+                widths.data(),
+                widths.size(),
+                true};
     }
 };
 

@@ -75,6 +75,7 @@ std::string ReadPrepared(CSourceDataInfo& info, CSourceDataInfo::ESourceDataOpen
 
 std::string RunTable(const std::string& path, std::uint32_t table) {
     CSourceDataInfo info;
+    info.SetReadAhead(true);
     // Of text files those of fixed length only.
     if (!info.SetCommonInfo(path.c_str(), SCDeclareConstant::SFT_FIX))
         return "no type";

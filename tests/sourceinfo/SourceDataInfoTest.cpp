@@ -104,6 +104,7 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
     info.SetReadCharSet(CSourceDataInfo::RCS_UTF8);
     info.SetStartReadRowCnt(7);
     info.SetKeepLineEnds(true);
+    info.SetReadAhead(true);
     const char* own = nullptr;
     ASSERT_TRUE(info.GetFilePath(own));
     EXPECT_TRUE(info.SetCommonInfo(own, SFT_UNKNOWN));
@@ -115,7 +116,7 @@ TEST(SourceDataInfo, OptionsSurviveANewDescriptionByItsOwnPathAndGoIntoAClone) {
         char pre = 0, post = 1;
         one->GetDelimiter(&pre, &post);
         EXPECT_TRUE(pre == '\n' && post == '\0' && one->GetReadCharSet() == CSourceDataInfo::RCS_UTF8);
-        EXPECT_TRUE(one->GetStartReadRowCnt() == 7 && one->GetKeepLineEnds());
+        EXPECT_TRUE(one->GetStartReadRowCnt() == 7 && one->GetKeepLineEnds() && one->GetReadAhead());
         FILETIME time{};
         EXPECT_TRUE(one->GetUpDateDateTime(time) && time.dwHighDateTime == written.dwHighDateTime &&
                     time.dwLowDateTime == written.dwLowDateTime);

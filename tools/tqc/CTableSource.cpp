@@ -52,6 +52,8 @@ void CTableSource::PrepareToRead() {
                        "--skip leaves out lines before the header row, which a table has not; try --skip-rows");
     PrepareTables(true);
     m_info.SetKeepLineEnds(true);
+    // Several inputs at the same time keep the processors busy without it.
+    m_info.SetReadAhead(m_options.jobs <= 1);
 }
 
 /// For as many columns as any sheet has; the program cuts them itself and says so.

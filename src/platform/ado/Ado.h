@@ -100,6 +100,9 @@ protected:
 
 class _Connection : public IUnknown {
 public:
+    /// Not part of ADO: whether the rows of the sources that Open opens may be read ahead by a thread, as with
+    /// "Read Ahead=YES" in a connection string. A source that cannot do that ignores it.
+    virtual void PutReadAhead(bool) {}
     /// Opens the source of the connection string (see platform/ado/ConnectionString.h). User and password are part of
     /// that string, so both arguments must be empty and `options` adConnectUnspecified.
     virtual void Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) = 0;

@@ -57,6 +57,7 @@ void CConnection::Open(BSTR connectionString, BSTR userId, BSTR password, LONG o
     const CWipedMemory wipedText(text.data(), text.size());
     SConnectionString parsed = ParseConnectionString(text);
     const CWipedMemory wipedPassWord(parsed.passWord.data(), parsed.passWord.size());
+    parsed.readsAhead = parsed.readsAhead || m_readsAhead;
     m_source = OpenDataSource(parsed);
 }
 

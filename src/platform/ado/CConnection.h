@@ -8,6 +8,7 @@ namespace NSTQ::Platform {
 
 class CConnection final : public CComObject<_Connection> {
 public:
+    void PutReadAhead(bool readsAhead) override { m_readsAhead = readsAhead; }
     void Open(BSTR connectionString, BSTR userId, BSTR password, LONG options) override;
     CComPtr<_Recordset> OpenSchema(LONG schema) override;
     void Close() override;
@@ -17,6 +18,7 @@ public:
 
 private:
     std::unique_ptr<IDataSource> m_source; ///< null while closed
+    bool m_readsAhead = false;
 };
 
 } // namespace NSTQ::Platform

@@ -143,11 +143,13 @@ private:
 
 SConnectionString ParseOrdinary(std::string_view text) {
     SConnectionString result;
+    std::string readAhead;
     const std::pair<std::string_view, std::string*> keys[] = {
         {"Provider", &result.provider},
         {"Data Source", &result.dataSource},
         {"Extended Properties", &result.properties},
         {"Jet OLEDB:Database Password", &result.passWord},
+        {"Read Ahead", &readAhead},
     };
     CPairReader reader(text);
     for (std::string key; reader.ReadKey(key);) {
@@ -157,6 +159,7 @@ SConnectionString ParseOrdinary(std::string_view text) {
                 *target = value;
         }
     }
+    result.readsAhead = IsEqualIgnoringCase(readAhead, "YES");
     return result;
 }
 

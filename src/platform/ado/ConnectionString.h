@@ -38,6 +38,7 @@ struct SConnectionString {
     std::string dataSource;
     std::string properties; ///< without its quotes
     std::string passWord;
+    bool readsAhead = false; ///< never of a built string, which has no such key
 };
 
 /// Reads a string in the ANSI code page. Raises DB_E_BADINITSTRING for a malformed one.

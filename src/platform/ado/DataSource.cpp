@@ -55,7 +55,8 @@ std::unique_ptr<IDataSource> OpenDataSource(const SConnectionString& connection)
     const SProperties properties = ParseProperties(connection.properties);
     if (connection.dataSource.empty())
         throw _com_error(E_FAIL, "the connection string names no file");
-    return OpenSource({connection.dataSource, connection.passWord, properties.hasHeaderRow, properties.isWorkbook});
+    return OpenSource({connection.dataSource, connection.passWord, properties.hasHeaderRow, properties.isWorkbook,
+                       connection.readsAhead});
 }
 
 } // namespace NSTQ::Platform

@@ -4,8 +4,10 @@
 //   Extended Properties=  "Excel <version>" and further words for a workbook, nothing for a database; HDR=NO makes
 //                         the first row of a sheet a row like any other, else it names the columns
 //
-// Both only distinguish a workbook from a database. The content of the file determines which provider opens it, so an
-// xls workbook with the extension xlsx is opened correctly.
+//   Read Ahead=           YES lets the rows of an xlsx workbook be read ahead by a thread
+//
+// The first two only distinguish a workbook from a database. The content of the file determines which provider opens
+// it, so an xls workbook with the extension xlsx is opened correctly.
 #pragma once
 
 #include "platform/ado/ConnectionString.h"

@@ -75,6 +75,8 @@ struct SSourceOptions {
     std::string passWord;
     bool hasHeaderRow = false; ///< HDR=YES: the first row names the columns (workbooks)
     bool isWorkbook = true;    ///< a workbook is expected, else a database
+    /// The rows of a workbook with compressed parts may be read ahead by a thread of their own, which ends with them.
+    bool readsAhead = false;
 };
 
 /// Opens the file by its real format. This layer only declares it; src/providers defines it. Throws what is listed

@@ -1,5 +1,6 @@
 #include "providers/xlsx/COpcPackage.h"
 
+#include "providers/common/CReadAheadStream.h"
 #include "providers/common/CSourceError.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@ constexpr std::uint64_t mebibyte = 1U << 20;
 /// Sheets and other parts are rarely compressed to less than a twentieth.
 constexpr SInflateLimits streamedLimits = {65536 * mebibyte, 64 * mebibyte, 256};
 constexpr SInflateLimits heldLimits = {2048 * mebibyte, 16 * mebibyte, 100};
+/// Below this a thread costs more than it saves.
+constexpr std::uint64_t leastToReadAhead = 1U << 18;
 constexpr std::size_t maxRelationships = 100000;
 /// Of the relationships of a part, in all.
 constexpr std::size_t maxRelationshipBytes = 8 * mebibyte;
@@ -66,7 +69,10 @@ CXmlScanner COpcPackage::Open(const std::string& part, const SInflateLimits& lim
     const SZipEntry* entry = m_zip.Find(part);
     if (entry == nullptr)
         throw CSourceError("the part " + PrintableName(part) + " is missing");
-    return CXmlScanner(m_zip.Open(*entry, limits), part);
+    std::unique_ptr<IByteStream> stream = m_zip.Open(*entry, limits);
+    if (m_readsAhead && entry->size >= leastToReadAhead)
+        stream = std::make_unique<CReadAheadStream>(std::move(stream));
+    return CXmlScanner(std::move(stream), part);
 }
 
 CXmlScanner COpcPackage::OpenPart(const std::string& part) const {

@@ -20,8 +20,9 @@ struct SRelationship {
 
 class COpcPackage {
 public:
-    /// Throws CSourceError.
-    explicit COpcPackage(std::shared_ptr<IRandomAccess> input) : m_zip(std::move(input)) {}
+    /// With `readsAhead` large parts are decompressed by a thread; then `input` is guarded. Throws CSourceError.
+    COpcPackage(std::shared_ptr<IRandomAccess> input, bool readsAhead)
+        : m_zip(std::move(input)), m_readsAhead(readsAhead) {}
 
     bool HasPart(const std::string& part) const { return m_zip.Find(part) != nullptr; }
     /// The compressed size of an existing part in bytes.
@@ -36,6 +37,7 @@ private:
     CXmlScanner Open(const std::string& part, const SInflateLimits& limits) const;
 
     CZipArchive m_zip;
+    bool m_readsAhead;
 };
 
 } // namespace NSTQ::Providers

@@ -9,9 +9,9 @@ namespace NSTQ::Providers {
 
 class CXlsxBook : public IWorkbook {
 public:
-    /// Throws CSourceError.
-    CXlsxBook(std::shared_ptr<IRandomAccess> input, std::string path)
-        : m_path(std::move(path)), m_package(std::move(input)), m_workbook(m_package) {}
+    /// As COpcPackage. Throws CSourceError.
+    CXlsxBook(std::shared_ptr<IRandomAccess> input, bool readsAhead, std::string path)
+        : m_path(std::move(path)), m_package(std::move(input), readsAhead), m_workbook(m_package) {}
 
     const std::string& GetPath() const override { return m_path; }
     const std::vector<std::u16string>& GetSheetNames() const override { return m_workbook.GetSheetNames(); }

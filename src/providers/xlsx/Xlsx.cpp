@@ -1,5 +1,6 @@
 #include "providers/xlsx/Xlsx.h"
 
+#include "providers/common/CGuardedAccess.h"
 #include "providers/common/CSourceError.h"
 #include "providers/encryption/Encryption.h"
 #include "providers/workbook/CWorkbookSource.h"
@@ -12,16 +13,19 @@ using namespace Platform;
 namespace {
 
 /// The package itself: the file, or what an encrypted package holds.
-std::shared_ptr<IRandomAccess> OpenPackage(CSourceInput& input, const std::string& passWord) {
+std::shared_ptr<IRandomAccess> OpenPackage(CSourceInput& input, const SSourceOptions& options) {
     CCompoundFile* const compound = input.GetCompound();
-    return compound == nullptr ? input.GetFile() : OpenEncryptedPackage(*compound, passWord);
+    auto package = compound == nullptr ? input.GetFile() : OpenEncryptedPackage(*compound, options.passWord);
+    if (options.readsAhead)
+        package = std::make_shared<CGuardedAccess>(std::move(package));
+    return package;
 }
 
 } // namespace
 
 std::unique_ptr<IDataSource> OpenXlsx(CSourceInput input, const SSourceOptions& options) {
     auto book = RaiseAsComError(options.path, [&] {
-        return std::make_shared<CXlsxBook>(OpenPackage(input, options.passWord), options.path);
+        return std::make_shared<CXlsxBook>(OpenPackage(input, options), options.readsAhead, options.path);
     });
     return std::make_unique<CWorkbookSource>(std::move(book), options.hasHeaderRow);
 }
