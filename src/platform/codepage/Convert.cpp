@@ -4,6 +4,7 @@
 
 #include "platform/codepage/CodePageTables.h"
 #include "platform/codepage/Transcode.h"
+#include "platform/codepage/UnitBytes.h"
 #include "platform/codepage/Utf8.h"
 #include "platform/errors/LastError.h"
 
@@ -47,32 +48,9 @@ void CopyAscii(TTo*& target, const TFrom*& text, const TFrom* end) {
     text = from;
 }
 
-/// The bytes of a UTF-16 unit as they are stored, the first one lowest, and how many they are: 0 for a unit that
-/// cannot be encoded alone.
-struct SUnitBytes {
-    std::uint32_t bytes;
-    unsigned size;
-};
-/// Units that are encoded together, and the room that this takes at most.
-constexpr std::ptrdiff_t encodedUnits = 8;
+/// The room that units that are taken together need at most, with what may be written beyond the last one.
+constexpr std::ptrdiff_t encodedUnits = unitsAtOnce;
 constexpr std::ptrdiff_t roomForUnits = encodedUnits * 3 + 1;
-
-/// Whether all of them are ASCII; only then their bytes are written.
-bool PutAsciiUnits(unsigned char* to, const char16_t* from) {
-    std::uint64_t words[2];
-    static_assert(sizeof words == encodedUnits * sizeof *from);
-    std::memcpy(words, from, sizeof words);
-    if (((words[0] | words[1]) & 0xFF80FF80FF80FF80U) != 0)
-        return false;
-    // The units of a word, each in its lower half, are moved together.
-    for (std::uint64_t& word : words) {
-        word = (word | word >> 8) & 0x0000FFFF0000FFFFU;
-        word |= word >> 16;
-    }
-    words[0] = (words[0] & 0xFFFFFFFFU) | words[1] << 32;
-    std::memcpy(to, words, encodedUnits);
-    return true;
-}
 
 template <typename TUnit>
 class CCountSink {
@@ -109,7 +87,7 @@ public:
     /// Returns where to try again, after what has to be taken one by one.
     template <typename TEncoder>
     const char16_t* TakeBlocks(const char16_t*& text, const char16_t* end, TEncoder& encoder) {
-        if constexpr (std::endian::native != std::endian::little)
+        if constexpr (!areUnitsStored)
             return end;
         const char16_t* from = text;
         unsigned char* to = m_next;
@@ -260,12 +238,8 @@ public:
     CTableEncoder(const CCodePageTables& page, unsigned char defaultByte)
         : m_page(page), m_defaultByte(defaultByte) {}
     SUnitBytes Encode(char16_t unit) {
-        const unsigned code = m_page.Encode(unit);
-        const bool isUnknown = code == 0 && unit != 0;
-        m_usedDefault = m_usedDefault || isUnknown;
-        const unsigned bytes = isUnknown ? m_defaultByte : code;
-        const bool isPair = bytes > 0xFF;
-        return {isPair ? bytes >> 8 | (bytes & 0xFF) << 8 : bytes, isPair ? 2U : 1U};
+        m_usedDefault = m_usedDefault || (unit != 0 && m_page.Encode(unit) == 0);
+        return EncodeTableUnit(m_page, unit, m_defaultByte);
     }
     template <typename TSink>
     bool TakeCharacter(const char16_t*& text, const char16_t* /*end*/, TSink& sink) {
@@ -288,14 +262,7 @@ private:
 
 class CUtf8Encoder {
 public:
-    static SUnitBytes Encode(char16_t unit) {
-        const std::uint32_t value = unit;
-        const std::uint32_t last = 0x80 | (value & 0x3F);
-        const std::uint32_t two = 0xC0 | value >> 6 | last << 8;
-        const std::uint32_t three = 0x80E0U | value >> 12 | (value >> 6 & 0x3F) << 8 | last << 16;
-        const unsigned size = (value & 0xF800) == 0xD800 ? 0 : 1U + (value >= 0x80) + (value >= 0x800);
-        return {value < 0x80 ? value : value < 0x800 ? two : three, size};
-    }
+    static SUnitBytes Encode(char16_t unit) { return EncodeUtf8Unit(unit); }
     template <typename TSink>
     bool TakeCharacter(const char16_t*& text, const char16_t* end, TSink& sink) {
         char32_t value = *text++;

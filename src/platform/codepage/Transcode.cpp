@@ -1,6 +1,7 @@
 #include "platform/codepage/Transcode.h"
 
 #include "platform/codepage/CodePageTables.h"
+#include "platform/codepage/PlainText.h"
 #include "platform/codepage/Utf8.h"
 #include "scan/Kernel.h"
 #include "tqcAccess/CodePage.h"
@@ -125,6 +126,31 @@ std::size_t ConvertUtf8ToAnsi(unsigned char* text, std::size_t length) {
             MoveAscii(to, from, end);
     }
     return static_cast<std::size_t>(to - text);
+}
+
+ETextKind GetTextKind(std::string_view utf8) {
+    constexpr std::uint64_t topBits = 0x8080808080808080U;
+    std::uint64_t controls = 0;
+    std::uint64_t all = 0;
+    const auto take = [&](std::uint64_t word) {
+        controls |= (word - 0x2020202020202020U) & ~word & topBits;
+        all |= word;
+    };
+    std::string_view rest = utf8;
+    std::uint64_t word = 0;
+    for (; rest.size() >= sizeof word; rest.remove_prefix(sizeof word)) {
+        std::memcpy(&word, rest.data(), sizeof word);
+        take(word);
+    }
+    word = 0x2020202020202020U;
+    for (const char c : rest)
+        word = word << 8 | static_cast<unsigned char>(c);
+    take(word);
+    if (controls != 0 || utf8.starts_with(' ') || utf8.ends_with(' '))
+        return ETextKind::Other;
+    if ((all & topBits) == 0)
+        return ETextKind::Ascii;
+    return CountValidUtf8(utf8.data(), utf8.size()) == utf8.size() ? ETextKind::Utf8 : ETextKind::Other;
 }
 
 std::size_t CountValidUtf8(const char* text, std::size_t length) {

@@ -14,8 +14,9 @@ using namespace Platform;
 
 CSheetRows::CSheetRows(std::shared_ptr<const IWorkbook> book, std::unique_ptr<ICellSource> cells,
                        const SCellRange& range, std::vector<SFieldType> types, bool hasHeader)
-    : m_book(std::move(book)), m_cells(std::move(cells)), m_types(std::move(types)), m_range(range),
-      m_row(range.first.row - 1), m_rowCount(static_cast<std::int64_t>(range.last.row) - range.first.row + 1),
+    : m_book(std::move(book)), m_shared(m_book->GetSharedTexts()), m_cells(std::move(cells)),
+      m_types(std::move(types)), m_range(range), m_row(range.first.row - 1),
+      m_rowCount(static_cast<std::int64_t>(range.last.row) - range.first.row + 1),
       m_hasPending(m_cells->Next(m_pending)), m_columns(range.last.column - range.first.column + 1) {
     m_null.vt = VT_NULL;
     NameColumns(hasHeader);
@@ -79,9 +80,8 @@ void CSheetRows::KeepCell() {
     column.textBegin = m_rowText.size();
     column.textSize = m_pending.text.size();
     m_rowText.append(m_pending.text);
-    // Shared strings are anywhere in memory: those of a row are prefetched together, before the first one is used.
-    if (column.kind == ECellKind::Shared && column.index < m_book->GetSharedTextCount())
-        __builtin_prefetch(m_book->GetSharedText(column.index).data());
+    if (column.kind == ECellKind::Shared)
+        m_shared.Prefetch(column.index);
 }
 
 const VARIANT& CSheetRows::GetValue(std::size_t column) {
@@ -103,11 +103,52 @@ SExactValue CSheetRows::GetExactValue(std::size_t column) {
         }
         Convert(cell);
         const bool isShared = cell.kind == ECellKind::Shared || cell.kind == ECellKind::SharedDigits;
-        if (isShared && m_book->IsSharedTextCut(m_sharedText))
+        if (isShared && m_shared.IsCut(m_sharedText))
             throw CSourceError("row " + std::to_string(m_row) + ": a shared string is longer than any cell can be",
                                DB_E_DATAOVERFLOW);
     });
     return {m_value, {}};
+}
+
+void CSheetRows::GetPlainTexts(std::span<std::string_view> texts) {
+    m_plain.Clear();
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        texts[i] = m_columns[i].row == m_row ? GetPlainText(m_columns[i]) : std::string_view();
+}
+
+std::string_view CSheetRows::GetPlainText(const SColumn& column) {
+    const std::string_view text = GetText(column);
+    switch (column.kind) {
+    case ECellKind::Shared:
+        if (column.index < m_shared.GetCount())
+            return GetPlainText(m_shared.GetText(column.index));
+        return {};
+    case ECellKind::NumberDigits:
+        if (SCCellValue::IsPlainNumber(text) && m_book->GetCommonDateKind(column.style) == EDateKind::None)
+            return text;
+        break;
+    case ECellKind::Text:
+        if (MayHaveEscapes(text))
+            return {};
+        return m_plain.PutUtf8(text, GetTextKind(text));
+    case ECellKind::Error:
+        return m_plain.PutUtf8(text, GetTextKind(text));
+    case ECellKind::WideText:
+        return m_plain.PutWide({reinterpret_cast<const unsigned char*>(text.data()), text.size()});
+    default:
+        break;
+    }
+    try {
+        Convert(column);
+    } catch (const CSourceError&) {
+        return {}; // GetValue reports it
+    }
+    return m_plain.PutValue(m_value);
+}
+
+std::string_view CSheetRows::GetPlainText(const CTextPool::SText& text) {
+    __builtin_prefetch(text.text);
+    return m_plain.PutUtf8(text.View(), text.kind);
 }
 
 std::string_view CSheetRows::GetText(const SColumn& column) const {
@@ -186,7 +227,7 @@ void CSheetRows::ConvertSharedDigits(std::string_view text) {
 
 void CSheetRows::FailWithShared(const std::string& index) const {
     throw CSourceError("row " + std::to_string(m_row) + ": shared string index " + index + " is out of range; " +
-                       "there are " + std::to_string(m_book->GetSharedTextCount()));
+                       "there are " + std::to_string(m_shared.GetCount()));
 }
 
 void CSheetRows::SetNumber(double number, std::uint32_t style) {
@@ -206,13 +247,13 @@ void CSheetRows::SetNumber(double number, std::uint32_t style) {
 
 /// A text that is repeated in a column is converted once and not in each row.
 void CSheetRows::SetShared(std::size_t index) {
-    if (index >= m_book->GetSharedTextCount())
+    if (index >= m_shared.GetCount())
         FailWithShared(std::to_string(index));
     if (index == m_sharedText) {
         PointToText();
         return;
     }
-    SetUtf8(m_book->GetSharedText(index));
+    SetUtf8(m_shared.GetText(index).View());
     m_sharedText = index;
 }
 

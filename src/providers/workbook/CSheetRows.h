@@ -9,6 +9,7 @@
 #pragma once
 
 #include "platform/ado/Provider.h"
+#include "providers/common/CPlainTexts.h"
 #include "providers/workbook/IWorkbook.h"
 
 #include <limits>
@@ -29,6 +30,7 @@ public:
     bool MoveNext() override;
     bool IsNullRow() const override { return !m_hasCells; }
     const Platform::VARIANT& GetValue(std::size_t column) override;
+    void GetPlainTexts(std::span<std::string_view> texts) override;
     /// As the interface says. Workbooks hold texts of 32767 characters; a longer one in the sheet is returned as a
     /// whole. A shared one is kept only as far as a field can show it; a text that has lost its end, which has more
     /// than 65536 characters, gives DB_E_DATAOVERFLOW.
@@ -55,6 +57,8 @@ private:
     void NameColumns(bool hasHeader);
     std::u16string HeaderText(std::size_t column);
     std::string_view GetText(const SColumn& column) const;
+    std::string_view GetPlainText(const SColumn& column);
+    std::string_view GetPlainText(const CTextPool::SText& text);
     void Convert(const SColumn& column);
     void ConvertBoolean(std::string_view text);
     void ConvertIsoDate(std::string_view text, std::uint32_t style);
@@ -71,6 +75,7 @@ private:
     [[noreturn]] void FailWithShared(const std::string& index) const;
 
     std::shared_ptr<const IWorkbook> m_book;
+    const CTextPool& m_shared;
     std::unique_ptr<ICellSource> m_cells;
     std::vector<SFieldType> m_types;
     SCellRange m_range;
@@ -86,6 +91,7 @@ private:
     Platform::VARIANT m_value = {};    ///< of the cell that was requested last
     Platform::CBstr m_text;            ///< the text that it may point to, with reused memory
     std::size_t m_sharedText = noText; ///< the index of the shared string in m_text
+    CPlainTexts m_plain;
 };
 
 } // namespace NSTQ::Providers

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "providers/workbook/CNumberFormats.h"
+#include "providers/workbook/CTextPool.h"
 #include "providers/workbook/ICellSource.h"
 
 #include <memory>
@@ -40,11 +41,8 @@ public:
     virtual EDateKind GetDateKind(std::uint32_t style, double number) const = 0;
     /// The result of GetDateKind for every number; nothing when it differs between numbers.
     virtual std::optional<EDateKind> GetCommonDateKind(std::uint32_t style) const = 0;
-    virtual std::size_t GetSharedTextCount() const = 0;
-    /// The text of an index below the count, in UTF-8; valid as long as the workbook.
-    virtual std::string_view GetSharedText(std::size_t index) const = 0;
-    /// Whether the end of that text was not kept, because no field of a reader could show it.
-    virtual bool IsSharedTextCut(std::size_t index) const = 0;
+    /// The same object in each call.
+    virtual const CTextPool& GetSharedTexts() const = 0;
 };
 
 } // namespace NSTQ::Providers

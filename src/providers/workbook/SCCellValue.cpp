@@ -1,5 +1,8 @@
 #include "providers/workbook/SCCellValue.h"
 
+#include "platform/automation/ValueText.h"
+
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -95,6 +98,26 @@ std::optional<double> SCCellValue::ParseNumber(std::string_view text) {
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isWhole = parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
     return isWhole && std::isfinite(number) ? std::optional(number) : std::nullopt;
+}
+
+bool SCCellValue::IsPlainNumber(std::string_view text) {
+    constexpr std::size_t maxDigits = 15;
+    constexpr std::size_t longestFraction = 4; // of zeros and one other digit
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const bool isNegative = text.starts_with('-');
+    text.remove_prefix(isNegative ? 1 : 0);
+    if (text.empty() || text.size() > maxDigits + 1)
+        return false;
+    const auto point = std::find_if_not(text.begin(), text.end(), isDigit);
+    const auto whole = static_cast<std::size_t>(point - text.begin());
+    if (whole == 0 || (whole > 1 && text[0] == '0'))
+        return false;
+    if (point == text.end())
+        return whole <= maxDigits && !(isNegative && text[0] == '0');
+    const std::string_view fraction = text.substr(whole + 1);
+    return *point == '.' && Platform::GetDecimalSign() == '.' && !fraction.empty() && fraction.back() != '0' &&
+           std::all_of(fraction.begin(), fraction.end(), isDigit) &&
+           (text[0] != '0' || fraction.find_first_not_of('0') < longestFraction);
 }
 
 std::optional<bool> SCCellValue::ParseBoolean(std::string_view text) {

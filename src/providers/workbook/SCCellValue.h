@@ -15,6 +15,10 @@ public:
 
     /// A finite number, if that is the whole text; nothing for any other text.
     static std::optional<double> ParseNumber(std::string_view text);
+    /// Whether the text is that of a number as VariantChangeType writes it, whatever the number of digits of the user
+    /// locale: without an exponent, not below 0.0001, with at most 15 digits, so that a double has them all, and
+    /// without surplus zeros. A decimal point must be the locale's.
+    static bool IsPlainNumber(std::string_view text);
     /// "1", "true", "0" and "false".
     static std::optional<bool> ParseBoolean(std::string_view text);
     /// "2023-03-15", "2023-03-15T18:00:00", "18:00", with a fraction of a second and a Z, as days since 1899-12-30.

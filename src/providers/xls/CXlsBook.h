@@ -1,7 +1,6 @@
 // A BIFF workbook. Opening it reads everything before the sheets, except the shared strings.
 #pragma once
 
-#include "providers/workbook/CTextPool.h"
 #include "providers/workbook/IWorkbook.h"
 #include "providers/xls/CNameTable.h"
 
@@ -26,9 +25,7 @@ public:
     std::optional<EDateKind> GetCommonDateKind(std::uint32_t style) const override {
         return m_formats.GetCommonKind(style);
     }
-    std::size_t GetSharedTextCount() const override { return m_sharedTexts.GetCount(); }
-    std::string_view GetSharedText(std::size_t index) const override { return m_sharedTexts.GetText(index); }
-    bool IsSharedTextCut(std::size_t index) const override { return m_sharedTexts.IsCut(index); }
+    const CTextPool& GetSharedTexts() const override { return m_sharedTexts; }
 
 private:
     /// Data that is needed only while reading.
