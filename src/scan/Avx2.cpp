@@ -136,6 +136,15 @@ public:
     [[gnu::always_inline]] Mask Find(Bytes byte) const {
         return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(m_bytes, byte)));
     }
+    [[gnu::always_inline]] Mask FindEither(Bytes one, Bytes other) const {
+        return static_cast<std::uint32_t>(_mm256_movemask_epi8(
+            _mm256_or_si256(_mm256_cmpeq_epi8(m_bytes, one), _mm256_cmpeq_epi8(m_bytes, other))));
+    }
+    [[gnu::always_inline]] CChunk WithNulsAs(Bytes byte) const {
+        CChunk chunk;
+        chunk.m_bytes = _mm256_blendv_epi8(m_bytes, byte, _mm256_cmpeq_epi8(m_bytes, _mm256_setzero_si256()));
+        return chunk;
+    }
 
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
     [[gnu::always_inline]] Mask FindControls() const {

@@ -103,6 +103,12 @@ public:
     }
     [[gnu::always_inline]] void Store(char* to) const { _mm512_storeu_si512(to, m_bytes); }
     [[gnu::always_inline]] Mask Find(Bytes byte) const { return _mm512_cmpeq_epi8_mask(m_bytes, byte); }
+    [[gnu::always_inline]] Mask FindEither(Bytes one, Bytes other) const { return Find(one) | Find(other); }
+    [[gnu::always_inline]] CChunk WithNulsAs(Bytes byte) const {
+        CChunk chunk;
+        chunk.m_bytes = _mm512_mask_mov_epi8(m_bytes, Find(_mm512_setzero_si512()), byte);
+        return chunk;
+    }
     [[gnu::always_inline]] Mask FindControls() const { return _mm512_cmplt_epu8_mask(m_bytes, Repeat(' ')); }
 
 private:

@@ -3,6 +3,9 @@
 // A field is copied in chunks as if it needed no quotes. If a chunk contains a byte that requires them, it starts
 // again with quotes; a quote inside is doubled by copying the rest of the chunk again from there, one byte further.
 //
+// Fields that stand together, one after another with a NUL between them, as the readers return them, are copied as
+// one text whose NULs become separators, up to a field that needs quotes.
+//
 // Invariant: the bytes from the start of the row to m_out are what the scalar writer would have written.
 #pragma once
 
@@ -32,26 +35,90 @@ private:
 
     template <bool quoteLineEnds>
     [[gnu::always_inline]] void WriteFields(SRow& row) {
-        for (; row.field < row.fieldCount; ++row.field) {
-            const std::ptrdiff_t size = row.lengths[row.field];
-            const std::ptrdiff_t room = row.end - m_out - slack;
-            // A field without bytes may have a null address.
-            const char* const field = size == 0 ? m_out : row.data[row.field];
-            if (size > room || (TChunk::readsPast && !IsReadablePast(field + size)))
-                break;
-            char* const start = m_out;
-            *m_out = static_cast<char>(row.separator);
-            m_out += row.field > 0 ? 1 : 0;
-            if (CopyBare<quoteLineEnds>(field, size))
-                continue;
-            m_out = start + (row.field > 0 ? 1 : 0);
-            if (2 * size > room) {
-                m_out = start;
-                break;
+        for (bool areTogether = AreTogether(row); row.field < row.fieldCount; ++row.field) {
+            if (areTogether) {
+                areTogether = CopyTogether<quoteLineEnds>(row);
+                if (row.field == row.fieldCount)
+                    break;
             }
-            CopyQuoted(field, size);
+            if (!WriteField<quoteLineEnds>(row, areTogether))
+                break;
         }
         row.out = m_out;
+    }
+
+    /// Whether a NUL and the next field follow each field.
+    [[gnu::always_inline]] static bool AreTogether(const SRow& row) {
+        // These would be found where there is no field.
+        if (row.fieldCount == 0 || row.separator == 0 || (row.quotesLineEnds && row.pre == 0))
+            return false;
+        // Numbers, because a field without bytes may have a null address.
+        auto next = reinterpret_cast<std::uintptr_t>(row.data[0]);
+        for (DWORD i = 1; i < row.fieldCount; ++i) {
+            next += std::uintptr_t{1} + row.lengths[i - 1];
+            if (reinterpret_cast<std::uintptr_t>(row.data[i]) != next || row.data[i][-1] != 0)
+                return false;
+        }
+        return true;
+    }
+
+    /// Copies fields that stand together up to one that needs quotes, or all. False, with nothing copied, when there
+    /// may not be enough room or a field contains a NUL.
+    template <bool quoteLineEnds>
+    [[gnu::always_inline]] bool CopyTogether(SRow& row) {
+        const DWORD last = row.fieldCount - 1;
+        const char* const text = row.data[row.field];
+        const std::ptrdiff_t size = row.data[last] + row.lengths[last] - text;
+        if (size == 0 || size > row.end - m_out - slack || (TChunk::readsPast && !IsReadablePast(text + size)))
+            return false;
+        *m_out = static_cast<char>(row.separator);
+        char* const out = m_out + (row.field > 0 ? 1 : 0);
+        DWORD field = row.field;
+        for (std::ptrdiff_t at = 0; at < size; at += chunkSize) {
+            const std::ptrdiff_t count = size - at < chunkSize ? size - at : chunkSize;
+            const TChunk chunk = TChunk::Load(text + at, count);
+            chunk.WithNulsAs(m_separators).Store(out + at);
+            const Mask all = UpTo(count);
+            const Mask nuls = chunk.Find(TChunk::Repeat(0)) & all;
+            if (const Mask special = FindSpecial<quoteLineEnds>(chunk, nuls, all); special != 0) {
+                field += Count(nuls & BelowFirst(special));
+                // The number is too high if a field contains a NUL.
+                if (field > last || row.data[field] > text + at + __builtin_ctzll(special))
+                    return false;
+                m_out = field == row.field ? m_out : out + (row.data[field] - text) - 1;
+                row.field = field;
+                return true;
+            }
+            field += Count(nuls);
+        }
+        if (field != last)
+            return false;
+        m_out = out + size;
+        row.field = row.fieldCount;
+        return true;
+    }
+
+    /// False when the field may not fit.
+    template <bool quoteLineEnds>
+    [[gnu::always_inline]] bool WriteField(SRow& row, bool needsQuotes) {
+        const std::ptrdiff_t size = row.lengths[row.field];
+        const std::ptrdiff_t room = row.end - m_out - slack;
+        // A field without bytes may have a null address.
+        const char* const field = size == 0 ? m_out : row.data[row.field];
+        if (size > room || (TChunk::readsPast && !IsReadablePast(field + size)))
+            return false;
+        char* const start = m_out;
+        *m_out = static_cast<char>(row.separator);
+        m_out += row.field > 0 ? 1 : 0;
+        if (!needsQuotes && CopyBare<quoteLineEnds>(field, size))
+            return true;
+        m_out = start + (row.field > 0 ? 1 : 0);
+        if (2 * size > room) {
+            m_out = start;
+            return false;
+        }
+        CopyQuoted(field, size);
+        return true;
     }
 
     /// Whether the bytes after the end of a field can be read safely, as far as the loads reach.
@@ -60,16 +127,16 @@ private:
         return (reinterpret_cast<std::uintptr_t>(end) - 1) % page < page - 2 * chunkSize;
     }
 
-    /// Whether the first `count` bytes contain one for which a field needs quotes.
+    /// Those of the bytes `all` for which a field needs quotes; the bytes `nuls`, which are NULs, need none.
     template <bool quoteLineEnds>
-    [[gnu::always_inline]] bool NeedsQuotes(const TChunk& chunk, std::ptrdiff_t count) const {
-        Mask special = chunk.Find(m_separators) | chunk.Find(m_quotes);
+    [[gnu::always_inline]] Mask FindSpecial(const TChunk& chunk, Mask nuls, Mask all) const {
+        Mask special = chunk.FindEither(m_separators, m_quotes);
         if constexpr (quoteLineEnds) {
-            if ((chunk.FindControls() & UpTo(count)) != 0) [[unlikely]]
+            if ((chunk.FindControls() & ~nuls & all) != 0) [[unlikely]]
                 special |= chunk.Find(TChunk::Repeat('\r')) | chunk.Find(TChunk::Repeat('\n')) |
                            chunk.Find(TChunk::Repeat(m_pre));
         }
-        return (special & UpTo(count)) != 0;
+        return special & all;
     }
 
     /// False, somewhere inside the field, when it needs quotes.
@@ -78,13 +145,13 @@ private:
         for (; left > chunkSize; from += chunkSize, left -= chunkSize, m_out += chunkSize) {
             const TChunk chunk = TChunk::Load(from, chunkSize);
             chunk.Store(m_out);
-            if (NeedsQuotes<quoteLineEnds>(chunk, chunkSize))
+            if (FindSpecial<quoteLineEnds>(chunk, 0, UpTo(chunkSize)) != 0)
                 return false;
         }
         const TChunk chunk = TChunk::Load(from, left);
         chunk.Store(m_out);
         m_out += left;
-        return !NeedsQuotes<quoteLineEnds>(chunk, left);
+        return FindSpecial<quoteLineEnds>(chunk, 0, UpTo(left)) == 0;
     }
 
     [[gnu::always_inline]] void CopyQuoted(const char* from, std::ptrdiff_t left) {

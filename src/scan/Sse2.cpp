@@ -147,6 +147,15 @@ public:
     [[gnu::always_inline]] Mask Find(Bytes byte) const {
         return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(m_bytes, byte)));
     }
+    [[gnu::always_inline]] Mask FindEither(Bytes one, Bytes other) const {
+        return static_cast<std::uint32_t>(
+            _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(m_bytes, one), _mm_cmpeq_epi8(m_bytes, other))));
+    }
+    [[gnu::always_inline]] CChunk WithNulsAs(Bytes byte) const {
+        CChunk chunk;
+        chunk.m_bytes = _mm_or_si128(m_bytes, _mm_and_si128(byte, _mm_cmpeq_epi8(m_bytes, _mm_setzero_si128())));
+        return chunk;
+    }
 
     [[gnu::always_inline]] Mask FindSpaces() const { return Find(Repeat(' ')); }
     [[gnu::always_inline]] Mask FindControls() const {

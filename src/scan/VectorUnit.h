@@ -110,7 +110,10 @@ concept FieldChunk = requires(const TChunk chunk, typename TChunk::Bytes bytes, 
     { TChunk::Repeat(byte) } -> Same<typename TChunk::Bytes>;
     { chunk.Store(to) } -> Same<void>;
     { chunk.Find(bytes) } -> Same<Mask>;
+    { chunk.FindEither(bytes, bytes) } -> Same<Mask>;
     { chunk.FindControls() } -> Same<Mask>;
+    /// With `bytes` in place of NULs.
+    { chunk.WithNulsAs(bytes) } -> Same<TChunk>;
 };
 
 /// PutFields for units without a faster way: several entries at a time. Surplus entries are overwritten by those of

@@ -30,6 +30,18 @@ bool WriteRow(CCsvOutPut& writer, const std::vector<std::string>& fields, CTextB
     return writer.WriteLineData(data.data(), lengths.data(), static_cast<DWORD>(data.size()));
 }
 
+/// Writes fields that stand in one text, each one byte after the one before.
+bool WriteTogether(CCsvOutPut& writer, const char* text, const std::vector<std::string>& fields) {
+    std::vector<const char*> data;
+    std::vector<WORD> lengths;
+    for (const auto& field : fields) {
+        data.push_back(text);
+        lengths.push_back(static_cast<WORD>(field.size()));
+        text += field.size() + 1;
+    }
+    return writer.WriteLineData(data.data(), lengths.data(), static_cast<DWORD>(data.size()));
+}
+
 /// The expected text of a field, computed in a simple way.
 std::string Expected(const std::string& field, char separator, const std::string& lineEnds = "") {
     if (field.find_first_of(std::string{'"', separator} + lineEnds) == std::string::npos)
@@ -73,14 +85,50 @@ TEST_F(CsvOutPut, AllKernelsWriteTheSameWhereverTheBufferIsFlushed) {
                     field.resize(random() % (random() % 999 == 0 ? 65536 : random() % 16 == 0 ? 600 : 70));
                     std::ranges::generate(field, [&] { return bytes[random() % specials]; });
                 }
-                for (const std::string& field : fields)
+                std::string together;
+                for (const std::string& field : fields) {
+                    together += field + (random() % 64 == 0 ? bytes[random() % bytes.size()] : '\0');
                     expected += (&field == fields.data() ? "" : std::string(1, separator)) +
                                 Expected(field, separator, lineEnds);
+                }
                 expected += {pre, '\n'};
-                ASSERT_TRUE(WriteRow(m_writer, fields, &last));
+                together.append(random() % 100, 'a');
+                ASSERT_TRUE(random() % 2 == 0 && together.size() <= CTextBeforeTheEnd::size
+                                ? WriteTogether(m_writer, last.Put(together), fields)
+                                : WriteRow(m_writer, fields, &last));
             }
             ASSERT_TRUE(Written() == expected) << Scan::GetKernel().name << ' ' << static_cast<int>(separator);
         }
+    }
+}
+
+TEST_F(CsvOutPut, AllKernelsSplitTheSameShortTexts) {
+    constexpr std::string_view alphabet("a,\"\r\0", 5);
+    constexpr std::size_t size = 4, codes = 5 * 5 * 5 * 5;
+    for (const auto kernel : Kernels()) {
+        const CKernel use(kernel);
+        ASSERT_TRUE(m_writer.FileOpen(m_folder.Path("out.csv").c_str()));
+        m_writer.SetQuoteLineEnds(true);
+        std::string expected;
+        for (const std::size_t before : {0U, 13U, 29U, 61U})
+            for (std::size_t code = 0; code < codes; ++code)
+                // Each byte ends a field or is part of one, whatever it is.
+                for (unsigned ends = 0; ends < 1U << size; ++ends) {
+                    std::string text(before, 'a');
+                    std::vector<std::string> fields{text};
+                    for (std::size_t i = 0, rest = code; i < size; ++i, rest /= alphabet.size()) {
+                        text += alphabet[rest % alphabet.size()];
+                        if ((ends >> i & 1) != 0)
+                            fields.emplace_back();
+                        else
+                            fields.back() += text.back();
+                    }
+                    for (const std::string& field : fields)
+                        expected += (&field == fields.data() ? "" : ",") + Expected(field, ',', "\r\n");
+                    expected += "\r\n";
+                    ASSERT_TRUE(WriteTogether(m_writer, text.c_str(), fields));
+                }
+        ASSERT_TRUE(Written() == expected) << Scan::GetKernel().name;
     }
 }
 

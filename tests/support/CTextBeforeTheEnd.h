@@ -9,18 +9,19 @@ namespace NSTQ::Tests {
 
 class CTextBeforeTheEnd {
 public:
+    static constexpr std::size_t size = 65536;
+
     CTextBeforeTheEnd();
     CTextBeforeTheEnd(const CTextBeforeTheEnd&) = delete;
     CTextBeforeTheEnd& operator=(const CTextBeforeTheEnd&) = delete;
     ~CTextBeforeTheEnd();
 
-    /// At most 65536 bytes; valid until the next call.
+    /// At most `size` bytes; valid until the next call.
     const char* Put(const std::string& text) {
         return std::copy(text.begin(), text.end(), m_memory + size - text.size()) - text.size();
     }
 
 private:
-    static constexpr std::size_t size = 65536;
     static constexpr std::size_t pageSize = 4096;
 
     char* m_memory;

@@ -7,11 +7,11 @@
 
 namespace NSTQ::Tool {
 
-bool CCsvSourceReader::GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) {
+void CCsvSourceReader::ReadRecord(SRecord& record) {
     const LONGLONG fill = m_llReadOffset;
-    const bool result = CSourceReader::GetLineData(fields, lengths, count);
-    m_isKnownUtf8 = fill == m_llReadOffset && IsFillUtf8();
-    return result;
+    CSourceReader::ReadRecord(record);
+    record.isKnownUtf8 = fill == m_llReadOffset && IsFillUtf8();
+    record.openQuote = m_quoteNewLine ? GetOpenQuotePosition() : -1;
 }
 
 /// A character across the end of a fill is in a row that also extends across it.

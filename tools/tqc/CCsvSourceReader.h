@@ -14,15 +14,12 @@ public:
         : CSourceReader(options.maxFields + 1, options.maxLineSize, maxLength), m_quoteNewLine(options.quoteNewLine) {
     }
 
-    bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override;
-    bool IsKnownUtf8() const override { return m_isKnownUtf8; }
-    LONGLONG GetOpenQuote() const override { return m_quoteNewLine ? GetOpenQuotePosition() : -1; }
+    void ReadRecord(SRecord& record) override;
 
 private:
     bool IsFillUtf8();
 
     bool m_quoteNewLine;
-    bool m_isKnownUtf8 = false;  ///< the last row
     bool m_isFillUtf8 = false;   ///< the fill that was validated last
     LONGLONG m_checkedFill = -1; ///< its offset in the file
 };

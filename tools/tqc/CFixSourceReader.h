@@ -26,6 +26,10 @@ public:
     /// As the base class, but false with the fields of the row, or none, when a SUB ended it before the end of the
     /// file, and true without fields for a single SUB at the end.
     bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override;
+    void ReadRecord(SRecord& record) override {
+        CSourceReader::ReadRecord(record);
+        record.hasFault = m_isTextLeftOut;
+    }
     std::optional<SRowFault> GetFault() const override;
     bool SkipLine() override;
 

@@ -62,6 +62,10 @@ public:
 
     /// What is shown from now on is the progress of this one of `count` equal parts.
     void BeginPart(std::size_t part, std::size_t count);
+    /// Whether Show does anything, so that the progress has to be found out.
+    bool IsAwaited() const {
+        return m_reports.m_bar.IsWanted() || m_reports.m_isStopped.load(std::memory_order_relaxed);
+    }
     /// The progress, from 0 to 1000. Takes no lock unless it has changed and the bar is to be drawn. Throws CStopped
     /// when all inputs are to end.
     void Show(int thousandths) {

@@ -16,10 +16,11 @@ constexpr const char* openQuoteHint = "; try --no-quote-newline";
 } // namespace
 
 CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTargets& targets, CReporter& reporter)
-    : m_options(options), m_reader(reader), m_rows(reader.Rows()),
+    : m_options(options), m_reader(reader), m_countsBytes(reader.CountsBytes()), m_rows(reader.Rows()),
       m_encoder(options.outputCodePage, options.formulaGuard ? CFormulaGuard::maxFieldLength : maxLength),
-      m_guard(options.outputSeparator), m_selection(options.columns, options.excludedColumns), m_targets(targets),
-      m_reporter(reporter) {
+      m_guard(options.outputSeparator), m_selection(options.columns, options.excludedColumns),
+      m_changesNone(m_selection.IsIdle() && options.maxFieldSize >= maxLength && !options.formulaGuard),
+      m_targets(targets), m_reporter(reporter) {
     if (!reader.OriginalEncoding().empty())
         m_encoder.SetSourceName(reader.OriginalEncoding());
 }
@@ -29,8 +30,9 @@ bool CRowPump::Run() {
         const EOutcome outcome = ReadRow();
         if (outcome == EOutcome::End)
             break;
-        m_reporter.Progress().Show(m_rows.GetReadPosition());
-        if (!TakeRow(outcome))
+        if (CInputReport& progress = m_reporter.Progress(); progress.IsAwaited())
+            progress.Show(m_rows.GetReadPosition());
+        if (!(IsWrittenAsRead(outcome) ? WriteAsRead() : TakeRow(outcome)))
             return false;
     }
     return true;
@@ -47,7 +49,7 @@ bool CRowPump::Begin(const std::vector<std::string>* names) {
 
 void CRowPump::SkipLines() {
     m_row = m_rowsBefore = m_reader.SkipLines(m_options.skip);
-    CheckReading();
+    CheckReading(m_rows.GetErrorCode());
     if (m_row < m_options.skip)
         m_reporter.Note("nothing is left after the first " + std::to_string(m_options.skip) +
                         " lines; try a smaller --skip");
@@ -107,45 +109,24 @@ bool CRowPump::WriteFirstRowAsNames() {
 }
 
 CRowPump::EOutcome CRowPump::ReadRow() {
-    m_rowStart = m_reader.GetPosition();
-    const bool complete = ReadRecord();
-    m_openQuote = m_reader.GetOpenQuote();
-    if (m_recordSize == 0)
+    ReadRecord();
+    m_rowStart = m_record.start;
+    m_openQuote = m_record.openQuote;
+    if (m_record.end == m_record.start)
         return EOutcome::End;
-    if (m_fields == nullptr) {
+    if (m_record.fields == nullptr) {
         SkipRestOfRow();
         return EOutcome::TooLong;
     }
-    if (!complete)
+    if (!m_record.isComplete)
         return EOutcome::EofMark;
     return m_count > 0 ? EOutcome::Row : EOutcome::End;
 }
 
-/// Reads one record; `m_fields` stays null when the line limit stopped it. The reader's result.
-bool CRowPump::ReadRecord() {
-    m_fields = nullptr;
-    const LONGLONG start = m_reader.GetPosition();
-    const bool complete = GetLineData();
-    CheckReading();
-    m_recordSize = m_reader.GetPosition() - start;
-    return complete;
-}
-
-void CRowPump::CheckReading() const {
-    if (const DWORD code = m_rows.GetErrorCode(); code != 0)
-        throw CFailure(EExitStatus::Unsupported, m_reporter.File(),
-                       "reading failed after row " + std::to_string(m_row) + ": " + Platform::GetErrorText(code));
-}
-
-void CRowPump::SkipRestOfRow() {
-    while (m_fields == nullptr && m_recordSize > 0)
-        ReadRecord();
-}
-
 /// A row of a workbook or database that is too long for the reader cannot be skipped.
-bool CRowPump::GetLineData() {
+void CRowPump::ReadRecord() {
     try {
-        return m_rows.GetLineData(m_fields, m_lengths, m_count);
+        m_reader.ReadRecord(m_record);
     } catch (const Platform::_com_error& error) {
         if (error.Error() != Platform::DB_E_DATAOVERFLOW)
             throw;
@@ -153,6 +134,27 @@ bool CRowPump::GetLineData() {
                        "row " + std::to_string(m_row + 1) +
                            ": its fields together have more than 65535 bytes, which is the maximum");
     }
+    CheckReading(m_record.errorCode);
+    m_fields = m_record.fields;
+    m_lengths = m_record.lengths;
+    m_count = m_record.count;
+}
+
+void CRowPump::CheckReading(DWORD code) const {
+    if (code != 0) [[unlikely]]
+        throw CFailure(EExitStatus::Unsupported, m_reporter.File(),
+                       "reading failed after row " + std::to_string(m_row) + ": " + Platform::GetErrorText(code));
+}
+
+void CRowPump::SkipRestOfRow() {
+    while (m_record.fields == nullptr && m_record.end != m_record.start)
+        ReadRecord();
+}
+
+/// Whether nothing of the row is to be examined, changed or reported: of most rows that is known from the record.
+bool CRowPump::IsWrittenAsRead(EOutcome outcome) const {
+    return outcome == EOutcome::Row && m_changesNone && m_written > 0 && m_openQuote < 0 && !m_record.hasFault &&
+           m_count <= m_options.maxFields && m_encoder.IsIdle(m_record.isKnownUtf8);
 }
 
 /// Numbers the row, writes or rejects it unless it is skipped, and reports it. False when the reader has closed the
@@ -212,8 +214,19 @@ bool CRowPump::WriteRow() {
     }
     if (m_written == 0 && !m_options.header)
         m_targets.columns.TakeCount(m_reporter.File(), m_selection.IsIdle() ? m_count : m_writeCount);
+    return WriteFields();
+}
+
+/// As TakeRow.
+bool CRowPump::WriteAsRead() {
+    ++m_row;
+    m_writeCount = m_count;
+    return WriteFields();
+}
+
+bool CRowPump::WriteFields() {
     ++m_written;
-    if (!m_reader.CountsBytes() && m_sparse.Count(m_lengths, m_writeCount))
+    if (!m_countsBytes && m_sparse.Count(m_lengths, m_writeCount))
         m_reporter.Note(m_sparse.Describe());
     return m_targets.output.WriteRow(m_fields, m_lengths, m_writeCount);
 }
@@ -225,7 +238,8 @@ void CRowPump::PrepareRow() {
     m_writeCount = std::min(m_count, m_options.maxFields);
     if (!m_selection.IsIdle() && !m_selection.IsResolved())
         m_selection.Resolve(m_reporter.File(), m_writeCount);
-    if (const auto fault = m_reader.GetFault(); fault && (!fault->column || m_selection.Has(*fault->column)))
+    if (const auto fault = m_record.hasFault ? m_reader.GetFault() : std::nullopt;
+        fault && (!fault->column || m_selection.Has(*fault->column)))
         AddFault(fault->status, fault->what, fault->done, fault->hint);
     if (m_count > m_writeCount)
         AddFault(EExitStatus::Limit, "more than " + std::to_string(m_writeCount) + " fields", "the others left out",
@@ -244,14 +258,14 @@ void CRowPump::RejectRow() {
     m_note.insert(0, "rejected: ");
     if (m_targets.rejects == nullptr)
         return;
-    if (m_reader.CountsBytes())
-        m_targets.rejects->AddText(m_row, m_rowStart, m_reader.GetPosition() - m_rowStart, m_faults);
+    if (m_countsBytes)
+        m_targets.rejects->AddText(m_row, m_rowStart, m_record.end - m_rowStart, m_faults);
     else
         m_targets.rejects->AddFields(m_row, m_fields, m_lengths, m_count, m_faults);
 }
 
 void CRowPump::EncodeRow() {
-    if (m_encoder.IsIdle(m_reader.IsKnownUtf8()))
+    if (m_encoder.IsIdle(m_record.isKnownUtf8))
         return;
     m_encoder.Encode(m_fields, m_lengths, m_writeCount);
     if (const std::string& loss = m_encoder.SourceLoss(); !loss.empty()) {

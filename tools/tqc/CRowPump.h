@@ -55,7 +55,7 @@ private:
     bool WriteFirstRowAsNames();
     void SkipLines();
     void SelectByNames(const std::vector<std::string>& names);
-    void CheckReading() const;
+    void CheckReading(DWORD code) const;
 
     enum class EOutcome {
         Row,
@@ -65,15 +65,17 @@ private:
     };
 
     EOutcome ReadRow();
-    bool ReadRecord();
-    bool GetLineData();
+    void ReadRecord();
     void SkipRestOfRow();
+    bool IsWrittenAsRead(EOutcome outcome) const;
+    bool WriteAsRead();
     bool TakeRow(EOutcome outcome);
     void AddTooLong();
     std::string DescribeOpenQuote() const;
     bool NoteMark();
     void PrepareRow();
     bool WriteRow();
+    bool WriteFields();
     void RejectRow();
     void EncodeRow();
     void CheckStrictly(const std::string& loss) const;
@@ -84,18 +86,20 @@ private:
 
     const SOptions& m_options;
     ISourceReader& m_reader;
+    const bool m_countsBytes; ///< the reader does
     NSTQCore::IDataAccess& m_rows;
     CRowEncoder m_encoder;
     CFormulaGuard m_guard;
     CSparseRange m_sparse;
     CColumnSelection m_selection;
+    const bool m_changesNone; ///< no option selects columns or changes fields
     SPumpTargets m_targets;
     CReporter& m_reporter;
 
+    SRecord m_record; ///< the last one read
     const char** m_fields = nullptr;
     const WORD* m_lengths = nullptr;
     DWORD m_count = 0;
-    LONGLONG m_recordSize = 0; ///< bytes of the file that the last record read took
     LONGLONG m_openQuote = -1; ///< the position of a quote that is not closed in the row
 
     LONGLONG m_rowStart = 0;

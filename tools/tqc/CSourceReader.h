@@ -22,13 +22,27 @@ struct SRowFault {
     std::optional<DWORD> column; ///< the only one that it concerns, counted from 0; else the whole row
 };
 
+/// What a read has returned, and what there is to know about it: all from one call, because there are many.
+///
+/// A position is the file offset of the next byte to be read, or the number of rows read if there are no bytes.
+struct SRecord {
+    const char** fields = nullptr; ///< null when the reader has stopped inside a row, at its line limit
+    const WORD* lengths = nullptr;
+    DWORD count = 0;
+    DWORD errorCode = 0;      ///< of a failed read
+    bool isComplete = false;  ///< the result of the reader
+    bool isKnownUtf8 = false; ///< the fields are known to be UTF-8 without validation
+    bool hasFault = false;    ///< ISourceReader::GetFault tells what the row lost
+    LONGLONG start = 0;
+    LONGLONG end = 0;        ///< the same at the end of the source, but not for an empty row
+    LONGLONG openQuote = -1; ///< the file offset of a quote that is not closed, if line ends do not close it
+};
+
 class ISourceReader {
 public:
     virtual ~ISourceReader() = default;
     virtual NSTQCore::IDataAccess& Rows() = 0;
-    /// The file offset of the next byte to be read, or the number of rows read if there are no bytes. It
-    /// distinguishes the end of the source from an empty row.
-    virtual LONGLONG GetPosition() const = 0;
+    virtual void ReadRecord(SRecord& record) = 0;
     /// Whether the positions are offsets in a file.
     virtual bool CountsBytes() const { return true; }
     /// Reads past one line of text, whatever it holds, or one row of a sheet. False if nothing was left to read, or
@@ -41,13 +55,8 @@ public:
             ++done;
         return done;
     }
-    /// Whether the fields of the last row are known to be UTF-8 without validation.
-    virtual bool IsKnownUtf8() const { return false; }
-    /// What the last row lost; none if nothing.
+    /// What the last record lost; none if nothing.
     virtual std::optional<SRowFault> GetFault() const { return std::nullopt; }
-    /// The file offset of a quote that is not closed in the last row, if line ends do not close it; -1 if there is
-    /// none.
-    virtual LONGLONG GetOpenQuote() const { return -1; }
 
     /// The encoding of the file if the reader reads a copy of it in UTF-8, in which its positions count; else empty.
     const std::string& OriginalEncoding() const { return m_originalEncoding; }
@@ -63,8 +72,16 @@ public:
     using TReader::TReader;
 
     NSTQCore::IDataAccess& Rows() override { return *this; }
-    LONGLONG GetPosition() const override { return TReader::m_llReadOffset + TReader::GetReadBuffPos(); }
+    void ReadRecord(SRecord& record) override {
+        record = {.start = GetPosition()};
+        record.isComplete = this->GetLineData(record.fields, record.lengths, record.count);
+        record.errorCode = TReader::m_dwErrorCode;
+        record.end = GetPosition();
+    }
     bool SkipLine() override { return TReader::SkipPastLineEnd(); }
+
+protected:
+    LONGLONG GetPosition() const { return TReader::m_llReadOffset + TReader::m_dwReadBuffPos; }
 };
 
 class CTableReader : public ISourceReader, public NSTQCore::CADOOperater {
@@ -72,7 +89,12 @@ public:
     using CADOOperater::CADOOperater;
 
     NSTQCore::IDataAccess& Rows() override { return *this; }
-    LONGLONG GetPosition() const override { return m_rowsRead; }
+    void ReadRecord(SRecord& record) override {
+        record = {.isKnownUtf8 = true, .start = m_rowsRead}; // the library creates the texts
+        record.isComplete = GetLineData(record.fields, record.lengths, record.count);
+        record.hasFault = GetCutColumn() >= 0;
+        record.end = m_rowsRead;
+    }
     bool GetLineData(const char**& fields, const WORD*& lengths, DWORD& count) override {
         const bool read = CADOOperater::GetLineData(fields, lengths, count);
         m_rowsRead += read ? 1 : 0;
@@ -85,8 +107,6 @@ public:
         return GetLineData(fields, lengths, count) && count > 0;
     }
     bool CountsBytes() const override { return false; }
-    /// The library creates the texts.
-    bool IsKnownUtf8() const override { return true; }
     std::optional<SRowFault> GetFault() const override {
         const LONG column = GetCutColumn();
         if (column < 0)
