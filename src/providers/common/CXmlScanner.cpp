@@ -68,7 +68,7 @@ constexpr std::size_t longestReference = 16;
 } // namespace
 
 CXmlScanner::CXmlScanner(std::unique_ptr<IByteStream> stream, std::string part)
-    : m_input(std::move(stream)), m_part(std::move(part)), m_buffer(firstBufferSize + 1) {
+    : m_input(std::move(stream)), m_part(std::move(part)), m_buffer(firstBufferSize + padding) {
     m_at = m_end = m_buffer.data();
 }
 
@@ -102,7 +102,7 @@ bool CXmlScanner::TryReadMore() {
         return false;
     MakeRoom();
     char* end = m_buffer.data() + (m_end - m_buffer.data());
-    const char* const limit = m_buffer.data() + m_buffer.size() - 1;
+    const char* const limit = m_buffer.data() + m_buffer.size() - padding;
     const char* const before = end;
     // With a full buffer at each step only a small part of the document is examined twice.
     while (limit - end >= 16 && !m_isInputEnd) {

@@ -33,6 +33,7 @@ public:
     static constexpr std::size_t maxAttributes = 256;
     static constexpr std::size_t maxNameSize = 1024;
     static constexpr std::size_t maxTokenSize = 1U << 22;
+    static constexpr std::size_t readSlack = 16;
 
     /// `part` names the document in descriptions of errors.
     CXmlScanner(std::unique_ptr<IByteStream> stream, std::string part);
@@ -72,10 +73,12 @@ public:
     /// become as long as the limit of a text.
     void ReadElementText(std::string& target);
 
-    /// The bytes that have already been read after the last event, followed by a NUL: for callers who expect a
-    /// certain form and parse it themselves. Empty when the next event is already known.
+    /// The bytes that have already been read after the last event, followed by a NUL and `readSlack` more bytes of
+    /// any value: for callers who expect a certain form and parse it themselves. Empty when the next event is already
+    /// known; its data are then, too, where the next token begins.
     std::string_view GetAhead() const { return {m_at, m_isEndPending ? 0 : static_cast<std::size_t>(m_end - m_at)}; }
-    /// Skips the first bytes of GetAhead, which must be whole elements. Views into them stay valid until the
+    /// Skips the first bytes of GetAhead, which must be whole elements, or leave elements of the same names open with
+    /// attributes that the scanner has seen on those before. Views into them stay valid until the
     /// next call of Next.
     void TakeAhead(std::size_t count) { m_at += count; }
 
@@ -84,6 +87,7 @@ public:
 
 private:
     static constexpr std::size_t firstBufferSize = 1U << 17;
+    static constexpr std::size_t padding = 1 + readSlack;
     /// Namespaces are bound at the root or close to it, and the tags below are too many to look through.
     static constexpr std::size_t maxBindingDepth = 3;
     static constexpr std::size_t maxBindings = 16;
@@ -113,7 +117,7 @@ private:
 
     CXmlInput m_input;
     std::string m_part;
-    std::vector<char> m_buffer; ///< one byte longer than its content: a NUL follows it
+    std::vector<char> m_buffer; ///< its content may be `padding` shorter: a NUL and the slack follow it
     const char* m_at = nullptr; ///< the beginning of the current token; the bytes before it may be discarded
     const char* m_end = nullptr;
     bool m_isInputEnd = false;

@@ -26,6 +26,10 @@ std::string_view Trim(std::string_view text) {
 } // namespace
 
 bool CSheetScanner::Next(SCell& cell) {
+    if (m_next < m_count) {
+        cell = m_cells[m_next++];
+        return true;
+    }
     for (;;) {
         if (m_isInRow && m_xml.GetOpenCount() == rowDepth && TakePlainCell(cell))
             return true;
@@ -49,15 +53,31 @@ bool CSheetScanner::Next(SCell& cell) {
 
 bool CSheetScanner::TakePlainCell(SCell& cell) {
     for (;;) {
+        if (TakeCells(m_xml.GetAhead(), cell))
+            return true;
         cell.position = m_position;
         const std::size_t size = SCPlainCell::Parse(m_xml.GetAhead(), cell);
         if (size == 0)
             return false;
+        m_forms.Learn(m_xml.GetAhead().substr(0, size), cell);
         m_xml.TakeAhead(size);
         m_position = cell.position;
         if (cell.text.data() != nullptr)
             return true;
     }
+}
+
+/// Cells in the form of those above. False when none of them has a value.
+bool CSheetScanner::TakeCells(std::string_view ahead, SCell& cell) {
+    const CCellForms::SRead read = m_forms.Read(ahead, m_cells);
+    if (read.size == 0)
+        return false;
+    m_xml.TakeAhead(read.size);
+    m_position = read.position;
+    m_count = read.count;
+    m_next = 1;
+    cell = m_cells[0];
+    return m_count > 0;
 }
 
 void CSheetScanner::EnterElement() {
@@ -84,6 +104,22 @@ void CSheetScanner::BeginRow() {
     if (m_position.row == 0 || m_position.row > maxRow)
         m_xml.Fail("a row outside the grid: " +
                    (number.empty() ? std::to_string(m_position.row) : PrintableName(number)));
+    m_forms.BeginRow(m_position.row, GetRowTagEnd());
+}
+
+/// The bytes of the start tag behind its number, when that is the first attribute in its usual form.
+std::string_view CSheetScanner::GetRowTagEnd() const {
+    constexpr std::string_view rowBegin = "<row r=\"";
+    const std::span<const SXmlAttribute> attributes = m_xml.GetAttributes();
+    if (attributes.empty() || attributes[0].name != "r" || attributes[0].value.starts_with('0'))
+        return {};
+    // The tag has at least as many bytes before the value.
+    const std::string_view value = attributes[0].value;
+    if (std::string_view(value.data() - rowBegin.size(), rowBegin.size()) != rowBegin)
+        return {};
+    const char* const begin = value.data() + value.size();
+    const std::string_view end(begin, m_xml.GetAhead().data());
+    return end.ends_with("/>") ? std::string_view() : end;
 }
 
 bool CSheetScanner::ReadCell(SCell& cell) {

@@ -8,6 +8,9 @@
 
 #include "providers/common/CXmlScanner.h"
 #include "providers/workbook/ICellSource.h"
+#include "providers/xlsx/CCellForms.h"
+
+#include <array>
 
 namespace NSTQ::Providers {
 
@@ -21,8 +24,10 @@ public:
 
 private:
     bool TakePlainCell(SCell& cell);
+    bool TakeCells(std::string_view ahead, SCell& cell);
     void EnterElement();
     void BeginRow();
+    std::string_view GetRowTagEnd() const;
     bool ReadCell(SCell& cell);
     void ReadCellAttributes(SCell& cell);
     bool ReadCellContent(SCell& cell);
@@ -33,6 +38,10 @@ private:
     bool m_isInData = false;
     bool m_isInRow = false;
     SCellPosition m_position; ///< of the current cell
+    CCellForms m_forms;
+    std::array<SCell, 64> m_cells = {}; ///< those that m_forms has read
+    std::size_t m_next = 0;        ///< the first of them that has not been returned
+    std::size_t m_count = 0;
     std::string m_text;
 };
 
