@@ -41,13 +41,15 @@ public:
             const auto& names = rows->GetColumnNames();
             for (std::size_t i = 0; hasHeaderRow && i < names.size(); ++i)
                 text += Utf8(names[i]) + (i + 1 < names.size() ? '|' : '\n');
-            while (rows->MoveNext())
+            for (CPlainTexts plainTexts; rows->MoveNext();) {
+                plainTexts.CheckRow(*rows);
                 for (std::size_t i = 0; i < names.size(); ++i) {
                     const std::string field = FieldText(rows->GetValue(i));
                     EXPECT_EQ(ExactText(rows->GetExactValue(i)), field);
                     ExpectType(rows->GetColumnTypes().at(i).type, rows->GetValue(i).vt);
                     text += field + (i + 1 < names.size() ? '|' : '\n');
                 }
+            }
         } catch (const Platform::_com_error& error) {
             EXPECT_TRUE(error.Error() == Platform::E_FAIL || error.Error() == Platform::DB_E_NOTABLE);
             text += std::string("raised ") + error.Description();

@@ -4,7 +4,9 @@
 #include "platform/automation/Variant.h"
 #include "support/Raised.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace NSTQ::Tests {
@@ -51,6 +53,12 @@ inline std::string TextOf(const Platform::VARIANT& value) {
     }
     const auto view = Platform::BstrView(target.Value().bstrVal);
     return {view.begin(), view.end()};
+}
+
+/// How many random values a test compares: as usual, or more when TQC_VALUES says so.
+inline std::size_t CountOfValues(std::size_t usual) {
+    const char* const wanted = std::getenv("TQC_VALUES");
+    return wanted == nullptr ? usual : std::max(usual, static_cast<std::size_t>(std::strtoull(wanted, nullptr, 10)));
 }
 
 } // namespace NSTQ::Tests

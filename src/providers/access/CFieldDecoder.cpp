@@ -1,6 +1,7 @@
 #include "providers/access/CFieldDecoder.h"
 
 #include "platform/automation/BytesText.h"
+#include "providers/access/SCJetText.h"
 #include "providers/common/CByteReader.h"
 #include "providers/common/CSourceError.h"
 
@@ -248,6 +249,38 @@ void CFieldDecoder::DecodeExactly(const SColumn& column, const CRowFields& field
     }
     target.value.vt = VT_ARRAY | VT_UI1;
     target.bytes = *bytes;
+}
+
+std::string_view CFieldDecoder::PutPlain(const SColumn& column, const CRowFields& fields, CPlainTexts& texts,
+                                         SFieldValue& scratch) {
+    std::string_view text;
+    try {
+        const EValueClass valueClass = FactsOf(column.type).valueClass;
+        if (valueClass == EValueClass::None)
+            return {};
+        const auto bytes = Read(column, fields, {maxShownBytes, CPlainTexts::longest}, scratch);
+        if (bytes && valueClass == EValueClass::Text) {
+            text = PutPlainText(*bytes, texts);
+        } else {
+            if (bytes)
+                DecodeNumber(column, *bytes, scratch.value);
+            text = texts.PutValue(scratch.value);
+        }
+    } catch (const CSourceError&) {
+        // The plain way reports it.
+    }
+    if (text.data() == nullptr && column.IsLongValue())
+        m_longValues.TakeBack();
+    return text;
+}
+
+std::string_view CFieldDecoder::PutPlainText(CBytes bytes, CPlainTexts& texts) const {
+    if (m_database.GetFormat().IsJet3()) {
+        const std::string_view characters(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        return GetTextKind(characters) == ETextKind::Ascii ? texts.PutAscii(characters) : std::string_view();
+    }
+    char* const to = texts.Reserve(SCJetText::maxBytesPerByte * bytes.size() + SCJetText::textSlack);
+    return to == nullptr ? std::string_view() : texts.Take(SCJetText::PutPlain(bytes, to));
 }
 
 /// The bytes to decode; none when `target` has the value already.

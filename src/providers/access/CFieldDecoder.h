@@ -19,6 +19,7 @@
 #include "platform/automation/Variant.h"
 #include "providers/access/CLongValues.h"
 #include "providers/access/CRowFields.h"
+#include "providers/common/CPlainTexts.h"
 
 namespace NSTQ::Providers {
 
@@ -41,6 +42,10 @@ public:
     /// The same for the exact value: bytes are VT_ARRAY | VT_UI1 and in `target.bytes`, valid until the next call and
     /// as long as the row.
     void DecodeExactly(const SColumn& column, const CRowFields& fields, SFieldValue& target);
+    /// The field as a text of `texts`; none when it is null, not plain or damaged, and for types whose text is made
+    /// of the bytes. `scratch` is changed.
+    std::string_view PutPlain(const SColumn& column, const CRowFields& fields, CPlainTexts& texts,
+                              SFieldValue& scratch);
     /// The bytes of a field, a long value as a whole; none when it is null. Valid until the next call and as long as
     /// the row.
     std::span<const unsigned char> GetBytes(const SColumn& column, const CRowFields& fields);
@@ -56,6 +61,7 @@ private:
 
     std::optional<CBytes> Read(const SColumn& column, const CRowFields& fields, const SLongValueLimits& limits,
                                SFieldValue& target);
+    std::string_view PutPlainText(CBytes bytes, CPlainTexts& texts) const;
     void DecodeBytes(const SColumn& column, CBytes bytes, SFieldValue& target);
     void DecodeOther(const SColumn& column, CBytes bytes, SFieldValue& target);
     void DecodeText(CBytes bytes, SFieldValue& target);

@@ -3,6 +3,7 @@
 
 #include "providers/access/CPageReader.h"
 
+#include <utility>
 #include <vector>
 
 namespace NSTQ::Providers {
@@ -24,6 +25,9 @@ public:
     std::span<const unsigned char> Read(std::span<const unsigned char> field, std::size_t limit = noLimit,
                                         std::size_t longest = maxShown);
 
+    /// The value that was read last will be read once more: it must not count twice.
+    void TakeBack() { m_budget += std::exchange(m_spent, 0); }
+
 private:
     std::span<const unsigned char> GetPiece(std::uint32_t pointer);
     std::span<const unsigned char> ReadChain(std::uint32_t pointer, std::size_t size, std::size_t longest);
@@ -35,6 +39,7 @@ private:
     /// The number of bytes that may still be read. Values never overlap, so a database that needs more is forged to
     /// waste time.
     std::uint64_t m_budget;
+    std::uint64_t m_spent = 0; ///< for the value that was read last
 };
 
 } // namespace NSTQ::Providers

@@ -18,6 +18,7 @@ CTableRows::CTableRows(std::shared_ptr<const CDatabase> database, STableDefiniti
 }
 
 bool CTableRows::MoveNext() {
+    m_plain.Clear();
     return RaiseAsComError(m_database->GetPath(), [this] { return m_scan.MoveNext(); });
 }
 
@@ -31,6 +32,16 @@ SExactValue CTableRows::GetExactValue(std::size_t column) {
     RaiseAsComError(m_database->GetPath(),
                     [&] { m_decoder.DecodeExactly(m_table.columns[column], m_scan.GetFields(), m_value); });
     return {m_value.value, m_value.bytes};
+}
+
+void CTableRows::GetPlainTexts(std::span<std::string_view> texts) {
+    m_plain.Clear();
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        texts[i] = GetPlainText(i);
+}
+
+std::string_view CTableRows::GetPlainText(std::size_t column) {
+    return m_decoder.PutPlain(m_table.columns[column], m_scan.GetFields(), m_plain, m_value);
 }
 
 std::span<const unsigned char> CTableRows::GetBytes(std::size_t column) {

@@ -25,6 +25,9 @@ public:
     void MoveTo(const SRowAddress& place) { m_scan.MoveTo(place); }
     const Platform::VARIANT& GetValue(std::size_t column) override;
     Platform::SExactValue GetExactValue(std::size_t column) override;
+    void GetPlainTexts(std::span<std::string_view> texts) override;
+    /// The same for one column.
+    std::string_view GetPlainText(std::size_t column);
     /// The bytes of a value, none when it is null; valid until the next call for a value or row.
     std::span<const unsigned char> GetBytes(std::size_t column);
 
@@ -36,6 +39,7 @@ private:
     std::vector<std::u16string> m_names;
     std::vector<SFieldType> m_types;
     SFieldValue m_value; ///< the value that was requested last
+    CPlainTexts m_plain;
 };
 
 } // namespace NSTQ::Providers

@@ -1,5 +1,6 @@
 #include "providers/access/SCJetText.h"
 
+#include "platform/codepage/PlainText.h"
 #include "providers/common/CByteReader.h"
 #include "providers/common/TextConversion.h"
 
@@ -51,10 +52,49 @@ WCHAR* Decompress(WCHAR* to, const unsigned char* from, const unsigned char* end
     return to;
 }
 
+bool IsCompressed(std::span<const unsigned char> bytes) {
+    return bytes.size() >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE;
+}
+
+/// As Decompress. Null for a control character or half of one beyond U+FFFF.
+template <class TEncode>
+char* PutCompressed(char* to, const unsigned char* from, const unsigned char* end, TEncode encode) {
+    while (from != end) {
+        CopyPlain(to, from, end);
+        if (from == end)
+            break;
+        if (*from >= 0x80) {
+            const SUnitBytes bytes = encode(*from++);
+            std::memcpy(to, &bytes.bytes, sizeof bytes.bytes);
+            to += bytes.size;
+            continue;
+        }
+        if (*from++ != 0)
+            return nullptr;
+        const unsigned char* stop = from;
+        while (end - stop >= 2 && *stop != 0)
+            stop += 2;
+        to = PutPlainUnits(to, {from, stop}, encode);
+        if (to == nullptr)
+            return nullptr;
+        from = stop == end ? end : stop + 1;
+    }
+    return to;
+}
+
 } // namespace
 
+char* SCJetText::PutPlain(std::span<const unsigned char> bytes, char* to) {
+    if constexpr (!areUnitsStored)
+        return nullptr;
+    return WithAnsiEncoder([=](auto encode) {
+        return IsCompressed(bytes) ? PutCompressed(to, bytes.data() + 2, bytes.data() + bytes.size(), encode)
+                                   : PutPlainUnits(to, bytes, encode);
+    });
+}
+
 void SCJetText::DecodeWide(std::span<const unsigned char> bytes, CBstr& text) {
-    if (bytes.size() < 2 || bytes[0] != 0xFF || bytes[1] != 0xFE) {
+    if (!IsCompressed(bytes)) {
         PutPairs(text.Resize(bytes.size() / 2), bytes.data(), bytes.size() / 2);
         return;
     }

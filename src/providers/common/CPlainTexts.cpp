@@ -30,6 +30,14 @@ std::string_view CPlainTexts::PutValue(const VARIANT& value) {
     return to == nullptr ? std::string_view() : Take(Platform::PutValue(to, value));
 }
 
+std::string_view CPlainTexts::PutAscii(std::string_view text) {
+    char* const to = Reserve(text.size());
+    if (to == nullptr)
+        return {};
+    std::memcpy(to, text.data(), text.size());
+    return Take(to + text.size());
+}
+
 std::string_view CPlainTexts::PutUtf8(std::string_view text, ETextKind kind) {
     if (kind == ETextKind::Ascii || (kind == ETextKind::Utf8 && GetAnsiTables().IsUtf8()))
         return text;

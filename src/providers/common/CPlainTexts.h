@@ -17,12 +17,17 @@ namespace NSTQ::Providers {
 
 class CPlainTexts {
 public:
+    /// Bytes of a text; a longer one would not be a field anyway.
+    static constexpr std::size_t longest = 1U << 17;
+
     /// Forgets the texts of the row before. The views of the other operations are valid until then; their data are
     /// null when there is no text.
     void Clear() { m_used = 0; }
 
     /// The text of a value that is not a text itself.
     std::string_view PutValue(const Platform::VARIANT& value);
+    /// A copy of a text of the kind Ascii.
+    std::string_view PutAscii(std::string_view text);
     /// A text in UTF-8 of a kind that is known; the view may be of `text` itself.
     std::string_view PutUtf8(std::string_view text, Platform::ETextKind kind);
     /// A text in UTF-16, as its bytes lie in memory.
@@ -34,8 +39,8 @@ public:
     std::string_view Take(const char* end);
 
 private:
-    /// No line of a reader holds half as much. The other half is for texts that take less than was reserved.
-    static constexpr std::size_t roomSize = 1U << 18;
+    /// Twice as much as a row of a reader can have, because a text may take less than was reserved.
+    static constexpr std::size_t roomSize = 2 * longest;
 
     std::unique_ptr<char[]> m_room; ///< null before the first text
     std::size_t m_used = 0;

@@ -1,0 +1,53 @@
+// The texts that a row source hands on as they are must be those of the plain way: the value, its conversion to
+// UTF-16 text, and that of this text to a cleaned field.
+#pragma once
+
+#include "ado/FieldText.h"
+#include "platform/ado/Provider.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace NSTQ::Tests {
+
+class CPlainTexts {
+public:
+    /// Compares the texts of the current row with its values, which are only asked for afterwards.
+    void CheckRow(Platform::IRowSource& rows) {
+        m_texts.assign(rows.GetColumnNames().size(), "not set");
+        rows.GetPlainTexts(m_texts);
+        for (std::size_t i = 0; i < m_texts.size(); ++i) {
+            ++m_cells;
+            if (m_texts[i].data() == nullptr || m_texts[i].size() > maxField)
+                continue;
+            ++m_plain;
+            const Platform::VARIANT& value = rows.GetValue(i);
+            for (const bool keepsLineEnds : {false, true})
+                EXPECT_EQ(m_texts[i], FieldOf(value, keepsLineEnds)) << "column " << i << ", type " << value.vt;
+        }
+    }
+    std::size_t GetCellCount() const { return m_cells; }
+    std::size_t GetPlainCount() const { return m_plain; }
+
+private:
+    static constexpr std::size_t maxField = 0xFFFF;
+
+    std::string_view FieldOf(const Platform::VARIANT& value, bool keepsLineEnds) {
+        if (value.vt == Platform::VT_NULL)
+            return "no value";
+        if (Platform::VariantChangeType(m_wide.Get(), &value, 0, Platform::VT_BSTR) != Platform::S_OK)
+            return "no text";
+        const auto text = NSTQCore::MakeFieldText(Platform::BstrView(m_wide.Value().bstrVal), m_field.data(),
+                                                  maxField, keepsLineEnds);
+        return text.isCut ? "a cut text" : std::string_view(m_field.data(), text.length);
+    }
+
+    std::vector<std::string_view> m_texts;
+    Platform::CVariant m_wide;
+    std::vector<char> m_field = std::vector<char>(maxField + 1);
+    std::size_t m_cells = 0;
+    std::size_t m_plain = 0;
+};
+
+} // namespace NSTQ::Tests
