@@ -40,7 +40,7 @@ private:
     SCellPosition m_position; ///< of the current cell
     CCellForms m_forms;
     std::array<SCell, 64> m_cells = {}; ///< those that m_forms has read
-    std::size_t m_next = 0;        ///< the first of them that has not been returned
+    std::size_t m_next = 0;             ///< the first of them that has not been returned
     std::size_t m_count = 0;
     std::string m_text;
 };
