@@ -57,6 +57,7 @@ endif()
 # Suites of both systems. What runs on Linux only:
 # - files_test, package_test and source_faults_test put faults in place of its system calls;
 # - tool_test starts tqc with fork, and hostile_test limits and measures what it starts;
+# - ReadAheadTest.cpp counts threads in /proc and asks for the signals that are blocked;
 # - PackagePreparationTest.cpp limits open files and plants links;
 # - encryption_test encrypts by libcrypto, which Debian does not have for Windows;
 # - the fuzz targets and the replay of their seeds map memory and stand in for read;

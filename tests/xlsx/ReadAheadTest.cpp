@@ -107,7 +107,7 @@ std::unique_ptr<Platform::IDataSource> OpenAhead(const std::string& bytes, bool 
 
 TEST(ReadAhead, SheetsAreReadAsWithoutAThread) {
     const std::ptrdiff_t threads = CountThreads();
-    const std::string book = LongBook(20000);
+    const std::string book = LongBook(60000);
     const auto plain = OpenAhead(book, false)->OpenTable(u"Sheet1$");
     EXPECT_EQ(CountThreads(), threads);
     const auto source = OpenAhead(book, true);
@@ -119,7 +119,7 @@ TEST(ReadAhead, SheetsAreReadAsWithoutAThread) {
     auto others = source->OpenTable(u"Sheet1$");
     EXPECT_EQ(CountThreads(), threads + 2);
     EXPECT_EQ(RowsText(*others), RowsText(*plain));
-    for (int i = 10000; i < 20000; ++i)
+    for (int i = 10000; i < 60000; ++i)
         ASSERT_TRUE(rows->MoveNext() && ValueText(rows->GetValue(0)) == std::to_string(i + 1));
     EXPECT_FALSE(rows->MoveNext());
     others = source->OpenTable(u"Sheet1$");

@@ -73,9 +73,11 @@ std::unique_ptr<IRowSource> CWorkbookSource::OpenSheet(std::size_t sheet, const 
         if (used.range.first.row > used.range.last.row || used.range.first.column > used.range.last.column)
             return std::make_unique<CNoRows>();
     }
-    std::unique_ptr<ICellSource> cells = m_book->OpenCells(sheet);
-    if (!used.isOrdered)
-        cells = std::make_unique<CSortedCells>(*cells);
+    std::unique_ptr<ICellSource> cells;
+    if (used.isOrdered)
+        cells = m_book->OpenCellsAhead(sheet);
+    else
+        cells = std::make_unique<CSortedCells>(*m_book->OpenCells(sheet));
     return std::make_unique<CSheetRows>(m_book, std::move(cells), used.range, types.GetTypes(used.range),
                                         m_hasHeader);
 }

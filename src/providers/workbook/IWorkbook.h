@@ -37,6 +37,9 @@ public:
     /// Opens a sheet from its beginning, any number of times. The first call also reads the parts that the sheets
     /// share, which are not needed to list the sheets. Throws CSourceError.
     virtual std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) = 0;
+    /// The same for a caller with work of its own between the cells, such as their conversion: where that is allowed
+    /// they are read ahead.
+    virtual std::unique_ptr<ICellSource> OpenCellsAhead(std::size_t sheet) { return OpenCells(sheet); }
     /// These require that a sheet has been opened. The style number of a cell may be any.
     virtual EDateKind GetDateKind(std::uint32_t style, double number) const = 0;
     /// The result of GetDateKind for every number; nothing when it differs between numbers.

@@ -65,22 +65,35 @@ std::string RelationshipsPart(const std::string& part) {
 
 } // namespace
 
-CXmlScanner COpcPackage::Open(const std::string& part, const SInflateLimits& limits) const {
+bool COpcPackage::IsReadAhead(const std::string& part) const {
+    const SZipEntry* const entry = m_zip.Find(part);
+    return m_readsAhead && entry != nullptr && entry->size >= leastToReadAhead;
+}
+
+std::unique_ptr<IByteStream> COpcPackage::Open(const std::string& part, const SInflateLimits& limits) const {
     const SZipEntry* entry = m_zip.Find(part);
     if (entry == nullptr)
         throw CSourceError("the part " + PrintableName(part) + " is missing");
-    std::unique_ptr<IByteStream> stream = m_zip.Open(*entry, limits);
-    if (m_readsAhead && entry->size >= leastToReadAhead)
+    return m_zip.Open(*entry, limits);
+}
+
+std::unique_ptr<IByteStream> COpcPackage::OpenAhead(const std::string& part, const SInflateLimits& limits) const {
+    std::unique_ptr<IByteStream> stream = Open(part, limits);
+    if (IsReadAhead(part))
         stream = std::make_unique<CReadAheadStream>(std::move(stream));
-    return CXmlScanner(std::move(stream), part);
+    return stream;
 }
 
 CXmlScanner COpcPackage::OpenPart(const std::string& part) const {
-    return Open(part, heldLimits);
+    return CXmlScanner(OpenAhead(part, heldLimits), part);
 }
 
 CXmlScanner COpcPackage::OpenStreamedPart(const std::string& part) const {
-    return Open(part, streamedLimits);
+    return CXmlScanner(OpenAhead(part, streamedLimits), part);
+}
+
+CXmlScanner COpcPackage::OpenPlainPart(const std::string& part) const {
+    return CXmlScanner(Open(part, streamedLimits), part);
 }
 
 std::vector<SRelationship> COpcPackage::ReadRelationships(const std::string& part) const {

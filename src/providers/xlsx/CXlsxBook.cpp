@@ -1,5 +1,6 @@
 #include "providers/xlsx/CXlsxBook.h"
 
+#include "providers/workbook/CReadAheadCells.h"
 #include "providers/xlsx/CSheetScanner.h"
 
 namespace NSTQ::Providers {
@@ -19,6 +20,15 @@ std::unique_ptr<ICellSource> CXlsxBook::OpenCells(std::size_t sheet) {
         return std::make_unique<CNoCells>();
     LoadContents();
     return std::make_unique<CSheetScanner>(m_package.OpenStreamedPart(part));
+}
+
+/// One thread decompresses and scans, the caller's converts.
+std::unique_ptr<ICellSource> CXlsxBook::OpenCellsAhead(std::size_t sheet) {
+    const std::string& part = m_workbook.GetSheetPart(sheet);
+    if (part.empty() || !m_package.IsReadAhead(part))
+        return OpenCells(sheet);
+    LoadContents();
+    return std::make_unique<CReadAheadCells>(std::make_unique<CSheetScanner>(m_package.OpenPlainPart(part)));
 }
 
 void CXlsxBook::LoadContents() {

@@ -19,6 +19,7 @@ public:
     bool IsDate1904() const override { return m_workbook.IsDate1904(); }
 
     std::unique_ptr<ICellSource> OpenCells(std::size_t sheet) override;
+    std::unique_ptr<ICellSource> OpenCellsAhead(std::size_t sheet) override;
     EDateKind GetDateKind(std::uint32_t style, double number) const override {
         return m_formats.GetKind(style, number);
     }
