@@ -5,7 +5,6 @@
 #include "providers/workbook/CColumnNames.h"
 #include "providers/workbook/SCCellValue.h"
 
-#include <charconv>
 #include <cstring>
 
 namespace NSTQ::Providers {
@@ -120,9 +119,9 @@ std::string_view CSheetRows::GetPlainText(const SColumn& column) {
     const std::string_view text = GetText(column);
     switch (column.kind) {
     case ECellKind::Shared:
-        if (column.index < m_shared.GetCount())
-            return GetPlainText(m_shared.GetText(column.index));
-        return {};
+        return GetSharedPlainText(column.index);
+    case ECellKind::SharedDigits:
+        return GetSharedPlainText(SCCellValue::ParseIndex(text).value_or(noText));
     case ECellKind::NumberDigits:
         if (SCCellValue::IsPlainNumber(text) && m_book->GetCommonDateKind(column.style) == EDateKind::None)
             return text;
@@ -146,7 +145,10 @@ std::string_view CSheetRows::GetPlainText(const SColumn& column) {
     return m_plain.PutValue(m_value);
 }
 
-std::string_view CSheetRows::GetPlainText(const CTextPool::SText& text) {
+std::string_view CSheetRows::GetSharedPlainText(std::size_t index) {
+    if (index >= m_shared.GetCount())
+        return {};
+    const CTextPool::SText& text = m_shared.GetText(index);
     __builtin_prefetch(text.text);
     return m_plain.PutUtf8(text.View(), text.kind);
 }
@@ -218,11 +220,10 @@ void CSheetRows::ConvertDigits(std::string_view text, std::uint32_t style) {
 }
 
 void CSheetRows::ConvertSharedDigits(std::string_view text) {
-    std::size_t index = 0;
-    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), index);
-    if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size())
+    const std::optional<std::size_t> index = SCCellValue::ParseIndex(text);
+    if (!index)
         FailWithShared(PrintableName(text));
-    SetShared(index);
+    SetShared(*index);
 }
 
 void CSheetRows::FailWithShared(const std::string& index) const {

@@ -58,7 +58,7 @@ private:
     std::u16string HeaderText(std::size_t column);
     std::string_view GetText(const SColumn& column) const;
     std::string_view GetPlainText(const SColumn& column);
-    std::string_view GetPlainText(const CTextPool::SText& text);
+    std::string_view GetSharedPlainText(std::size_t index);
     void Convert(const SColumn& column);
     void ConvertBoolean(std::string_view text);
     void ConvertIsoDate(std::string_view text, std::uint32_t style);

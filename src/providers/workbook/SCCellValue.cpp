@@ -100,6 +100,13 @@ std::optional<double> SCCellValue::ParseNumber(std::string_view text) {
     return isWhole && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
+std::optional<std::size_t> SCCellValue::ParseIndex(std::string_view text) {
+    std::size_t index = 0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), index);
+    const bool isWhole = parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
+    return isWhole ? std::optional(index) : std::nullopt;
+}
+
 bool SCCellValue::IsPlainNumber(std::string_view text) {
     constexpr std::size_t maxDigits = 15;
     constexpr std::size_t longestFraction = 4; // of zeros and one other digit

@@ -3,6 +3,7 @@
 
 #include "providers/workbook/CNumberFormats.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,8 @@ public:
     /// locale: without an exponent, not below 0.0001, with at most 15 digits, so that a double has them all, and
     /// without surplus zeros. A decimal point must be the locale's.
     static bool IsPlainNumber(std::string_view text);
+    /// An index of nothing but digits, if that is the whole text.
+    static std::optional<std::size_t> ParseIndex(std::string_view text);
     /// "1", "true", "0" and "false".
     static std::optional<bool> ParseBoolean(std::string_view text);
     /// "2023-03-15", "2023-03-15T18:00:00", "18:00", with a fraction of a second and a Z, as days since 1899-12-30.
