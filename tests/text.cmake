@@ -5,5 +5,5 @@ foreach(grammar ansi utf8)
   target_compile_definitions(text_${grammar}_test PRIVATE TQC_TEST_UTF8=$<STREQUAL:${grammar},utf8>)
 endforeach()
 
-tqc_add_test(text_test text/TablesTest.cpp)
+tqc_add_test(text_test text/PlainRecordsTest.cpp text/TablesTest.cpp)
 target_link_libraries(text_test PRIVATE tqc_port_faults)

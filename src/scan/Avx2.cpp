@@ -71,6 +71,10 @@ public:
         return {_mm256_andnot_si256(_mm256_cmpeq_epi8(m_low, byte), m_low),
                 _mm256_andnot_si256(_mm256_cmpeq_epi8(m_high, byte), m_high)};
     }
+    [[gnu::always_inline]] CBlock Replace(Bytes byte, Bytes by) const {
+        return {_mm256_blendv_epi8(m_low, by, _mm256_cmpeq_epi8(m_low, byte)),
+                _mm256_blendv_epi8(m_high, by, _mm256_cmpeq_epi8(m_high, byte))};
+    }
     /// Sixteen bytes at a time, each half compressed by a row of the table.
     [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask mask, char* to) {
         for (unsigned group = 0; group < 64; group += 16) {

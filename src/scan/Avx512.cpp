@@ -51,6 +51,9 @@ public:
     [[gnu::always_inline]] CBlock Without(Bytes byte) const {
         return CBlock(_mm512_maskz_mov_epi8(_mm512_cmpneq_epi8_mask(m_bytes, byte), m_bytes));
     }
+    [[gnu::always_inline]] CBlock Replace(Bytes byte, Bytes by) const {
+        return CBlock(_mm512_mask_mov_epi8(m_bytes, Find(byte), by));
+    }
     [[gnu::always_inline]] static Mask CopyWithout(const unsigned char* from, Mask dropped, Mask stops, char* to) {
         const __m512i bytes = _mm512_maskz_loadu_epi8(~stops, from);
         CBlock(_mm512_maskz_compress_epi8(~dropped, bytes)).Store(to);

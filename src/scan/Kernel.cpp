@@ -6,7 +6,7 @@ namespace NSTQ::Scan {
 namespace {
 
 constexpr SKernel kernelScalar = {EKernel::Scalar, "scalar", nullptr, nullptr, nullptr,
-                                  nullptr,         nullptr,  nullptr, nullptr};
+                                  nullptr,         nullptr,  nullptr, nullptr, nullptr};
 
 #if defined(__x86_64__)
 

@@ -102,6 +102,22 @@ struct SRow {
     unsigned char pre;   ///< below the space, when they do
 };
 
+/// Records that are copied without splitting them.
+struct SRecords {
+    const unsigned char* next; ///< the first byte of a record; afterwards after the last record copied
+    const unsigned char* end;  ///< the end of the bytes; none after it is read
+    char* out;                 ///< afterwards after the last byte written
+    char* outEnd;              ///< the end of the room; all bytes up to it may be overwritten
+    DWORD maxCount;            ///< how many records may be copied
+    DWORD count;               ///< afterwards how many were
+    unsigned char separator;
+    unsigned char pre;
+    unsigned char post; ///< 0: the line end has one byte
+    unsigned char outSeparator;
+    unsigned char outPre; ///< below the space
+    unsigned char outPost;
+};
+
 /// The functions are null in the scalar kernel.
 struct SKernel {
     EKernel kernel;
@@ -121,6 +137,8 @@ struct SKernel {
     /// Fields as CSV, with a separator before each except the first of the row. Stops before one that may not fit.
     /// May read bytes after the end of a field within its memory page.
     void (*writeFields)(SRow& row);
+    /// Records as the writer would write the fields that the reader returns for them.
+    void (*copyRecords)(SRecords& records);
     /// How many bytes at the beginning of `text` are well-formed UTF-8, in whole characters. It may return
     /// fewer than there are: the blocks before the one with the first invalid byte, or before the last one.
     std::size_t (*countUtf8)(const unsigned char* text, std::size_t size);

@@ -3,6 +3,7 @@
 
 #include "scan/CColumnReader.h"
 #include "scan/CFieldBlocks.h"
+#include "scan/CPlainRecords.h"
 #include "scan/CRowWriter.h"
 #include "scan/CTextCollector.h"
 #include "scan/CUtf8Check.h"
@@ -14,7 +15,8 @@ template <VectorBlock TBlock, FieldChunk TChunk, ColumnPiece TColumnChunk>
 class CKernelOf {
 public:
     static constexpr SKernel Make(EKernel kernel, const char* name) {
-        return {kernel, name, ReadFields, CopyText, CollectText, SplitTexts, ReadColumns, WriteFields, CountUtf8};
+        return {kernel,     name,        ReadFields,  CopyText,    CollectText,
+                SplitTexts, ReadColumns, WriteFields, CopyRecords, CountUtf8};
     }
 
 private:
@@ -38,6 +40,7 @@ private:
     static void SplitTexts(STexts& texts) { Scan::SplitTexts<TBlock>(texts); }
     static void ReadColumns(SColumns& columns) { CColumnReader<TColumnChunk, TBlock>::Read(columns); }
     static void WriteFields(SRow& row) { CRowWriter<TChunk>(row).Write(row); }
+    static void CopyRecords(SRecords& records) { CPlainRecords<TBlock>(records).Copy(records); }
     static std::size_t CountUtf8(const unsigned char* text, std::size_t size) {
         return CUtf8Check<TBlock>().Count(text, size);
     }

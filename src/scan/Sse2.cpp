@@ -56,6 +56,11 @@ public:
         return {_mm_andnot_si128(_mm_cmpeq_epi8(m_a, byte), m_a), _mm_andnot_si128(_mm_cmpeq_epi8(m_b, byte), m_b),
                 _mm_andnot_si128(_mm_cmpeq_epi8(m_c, byte), m_c), _mm_andnot_si128(_mm_cmpeq_epi8(m_d, byte), m_d)};
     }
+    [[gnu::always_inline]] CBlock Replace(Bytes byte, Bytes by) const {
+        const __m128i change = _mm_xor_si128(byte, by);
+        return {Changed(m_a, byte, change), Changed(m_b, byte, change), Changed(m_c, byte, change),
+                Changed(m_d, byte, change)};
+    }
     /// The number of the lowest bit; 64 when there is none.
     [[gnu::always_inline]] static unsigned First(Mask mask) {
         return static_cast<unsigned>(__builtin_ctzll(mask | Mask{1} << 63)) + (mask == 0 ? 1U : 0U);
@@ -107,6 +112,9 @@ private:
     [[gnu::always_inline]] static __m128i Structure(__m128i bytes, Bytes separator) {
         return _mm_or_si128(Controls(bytes),
                             _mm_or_si128(_mm_cmpeq_epi8(bytes, separator), _mm_cmpeq_epi8(bytes, Repeat('"'))));
+    }
+    [[gnu::always_inline]] static __m128i Changed(__m128i bytes, Bytes byte, Bytes change) {
+        return _mm_xor_si128(bytes, _mm_and_si128(change, _mm_cmpeq_epi8(bytes, byte)));
     }
     [[gnu::always_inline]] static __m128i Leads(__m128i bytes) {
         return _mm_cmpeq_epi8(_mm_and_si128(bytes, Repeat(0xF0)), Repeat(0xE0));

@@ -69,6 +69,8 @@ concept VectorBlock = requires(const TBlock block, typename TBlock::Bytes bytes,
     { block.HasStructure(bytes) } -> Same<bool>;
     /// With NULs in place of `bytes`.
     { block.Without(bytes) } -> Same<TBlock>;
+    /// With the second ones in place of the first ones.
+    { block.Replace(bytes, bytes) } -> Same<TBlock>;
 
     /// The number of the lowest bit; 64 when there is none.
     { TBlock::First(mask) } -> Same<unsigned>;

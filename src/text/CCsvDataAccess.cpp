@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace NSTQ::NSTQCore {
 namespace {
@@ -69,6 +70,37 @@ bool CCsvDataAccess::GetLineData(const char**& ppData, const WORD*& pLen, DWORD&
     if (m_eCharSet == CSourceDataInfo::RCS_ANSI)
         return _GetLineData(ppData, pLen, dwCount, true, pRecord, dwRecordSize);
     return _GetLineDataWithConvert(ppData, pLen, dwCount, false, pRecord, dwRecordSize);
+}
+
+DWORD CCsvDataAccess::CopyPlainRecords(const SForm& form, DWORD dwMaxCount, char* pText, DWORD& dwSize) {
+    const DWORD room = std::exchange(dwSize, 0);
+    const Scan::SKernel& kernel = Scan::GetKernel();
+    Scan::SRecords records{.next = m_pReadBuff.get() + m_dwReadBuffPos,
+                           .end = m_pReadBuff.get() + m_dwReadSize,
+                           .out = pText,
+                           .outEnd = pText + room,
+                           .maxCount = dwMaxCount,
+                           .count = 0,
+                           .separator = static_cast<unsigned char>(m_cSeparator),
+                           .pre = static_cast<unsigned char>(m_cPreDelimiter),
+                           .post = static_cast<unsigned char>(m_cPostDelimiter),
+                           .outSeparator = static_cast<unsigned char>(form.cSeparator),
+                           .outPre = static_cast<unsigned char>(form.cPreDelimiter),
+                           .outPost = static_cast<unsigned char>(form.cPostDelimiter)};
+    // A record in memory is then within each limit.
+    const DWORD limit = std::min({m_dwLineSizeLimit, m_dwFieldSizeLimit, m_dwFieldCntLimit});
+    if (kernel.copyRecords == nullptr || m_eCharSet != CSourceDataInfo::RCS_ANSI ||
+        limit < SCDataAccessDefine::READ_BUFF_SIZE || records.outPre >= SCDataAccessDefine::SPACE_CODE ||
+        !Scan::AreOrdinary(records.separator, records.pre, records.post))
+        return 0;
+    kernel.copyRecords(records);
+    SetReadPosition(records.next);
+    if (records.count > 0) {
+        InitialErrorCode();
+        m_llOpenQuote = -1;
+    }
+    dwSize = static_cast<DWORD>(records.out - pText);
+    return records.count;
 }
 
 bool CCsvDataAccess::_GetLineData(const char**& ppData, const WORD*& pLen, DWORD& dwCount, bool bKeepRecord,

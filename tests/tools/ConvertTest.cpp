@@ -47,6 +47,7 @@ TEST_F(Convert, BetweenEncodings) {
         {"a.csv --limit 0", "\xA4\xEA\xA4\xF3\xA4\xB4\xA4\xAF\xA4\xC0\xA4\xB5\xA4\xA4\xC9\xBD\n", "",
          "a.csv: not UTF-8; give its encoding with --encoding: 932"}, // りんごください表 in EUC
         {"a.csv --limit 0", UTF8 + UTF8 + "\xFF\n", "", "a.csv: mostly UTF-8"},
+        {"a.csv --limit 63", fill, fillOut.substr(0, fillOut.size() - 998)},
         {"a.csv", fill + "\xE8\xA1\xA8\nz\n", fillOut + "\xE8\xA1\xA8\r\nz\r\n"},
         {"a.csv", fill + "\xE8\xA1z\n", fillOut + "\xEF\xBF\xBDz\r\n", "a.csv: row 64: bytes that", 1},
         // A second code of a character, and the default character itself, are no loss.

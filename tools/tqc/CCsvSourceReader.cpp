@@ -14,6 +14,11 @@ void CCsvSourceReader::ReadRecord(SRecord& record) {
     record.openQuote = m_quoteNewLine ? GetOpenQuotePosition() : -1;
 }
 
+DWORD CCsvSourceReader::CopyPlainRecords(const SForm& form, bool mustBeUtf8, DWORD maxCount, char* text,
+                                         DWORD& size) {
+    return mustBeUtf8 && !IsFillUtf8() ? 0 : CCsvDataAccess::CopyPlainRecords(form, maxCount, text, size);
+}
+
 /// A character across the end of a fill is in a row that also extends across it.
 bool CCsvSourceReader::IsFillUtf8() {
     if (m_checkedFill == m_llReadOffset)

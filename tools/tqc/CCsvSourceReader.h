@@ -15,6 +15,7 @@ public:
     }
 
     void ReadRecord(SRecord& record) override;
+    DWORD CopyPlainRecords(const SForm& form, bool mustBeUtf8, DWORD maxCount, char* text, DWORD& size) override;
 
 private:
     bool IsFillUtf8();

@@ -5,9 +5,10 @@
 
 namespace NSTQ::Tool {
 
-COutputFile::COutputFile(const SOptions& options, const std::string& name) : m_target(name) {
-    m_writer.SetSeparator(options.outputSeparator);
-    m_writer.SetDelimiter(options.outputLineEnd.first, options.outputLineEnd.second);
+COutputFile::COutputFile(const SOptions& options, const std::string& name)
+    : m_target(name), m_form{options.outputSeparator, options.outputLineEnd.first, options.outputLineEnd.second} {
+    m_writer.SetSeparator(m_form.cSeparator);
+    m_writer.SetDelimiter(m_form.cPreDelimiter, m_form.cPostDelimiter);
     m_writer.SetQuoteLineEnds(true);
     // Before the writer opens the same file, whose position is then after the BOM.
     if (options.addBom)
@@ -33,6 +34,12 @@ bool COutputFile::CheckWriter() {
 
 bool COutputFile::WriteRow(const char* const* fields, const WORD* lengths, DWORD count) {
     m_writer.WriteLineData(fields, lengths, count);
+    return CheckWriter();
+}
+
+bool COutputFile::WriteText(const char* text, DWORD size) {
+    // The writer adds the last line end.
+    m_writer.WriteHeaderData(text, static_cast<WORD>(size - (m_form.cPostDelimiter == 0 ? 1 : 2)));
     return CheckWriter();
 }
 

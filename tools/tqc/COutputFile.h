@@ -21,6 +21,8 @@ public:
         return WriteRow(names, lengths, count);
     }
     bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count) override;
+    const NSTQCore::CCsvDataAccess::SForm* TextForm() const override { return &m_form; }
+    bool WriteText(const char* text, DWORD size) override;
     void Close() override;
     void Replace() override { m_target.Replace(); }
     bool IsStandardOutput() const override { return m_target.IsStandardOutput(); }
@@ -29,6 +31,7 @@ private:
     bool CheckWriter();
 
     COutputTarget m_target;
+    const NSTQCore::CCsvDataAccess::SForm m_form;
     NSTQCore::CCsvOutPut m_writer;
 };
 

@@ -7,10 +7,12 @@
 #include "tqcAccess/ErrorText.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace NSTQ::Tool {
 namespace {
 
+constexpr std::size_t textMax = 32000;
 constexpr const char* openQuoteHint = "; try --no-quote-newline";
 
 } // namespace
@@ -23,19 +25,49 @@ CRowPump::CRowPump(const SOptions& options, ISourceReader& reader, const SPumpTa
       m_targets(targets), m_reporter(reporter) {
     if (!reader.OriginalEncoding().empty())
         m_encoder.SetSourceName(reader.OriginalEncoding());
+    if (m_changesNone && options.maxFields == maxLength && m_encoder.IsIdle(true) &&
+        targets.output.TextForm() != nullptr)
+        m_text.resize(textMax);
 }
 
 bool CRowPump::Run() {
-    while (m_written < m_options.limit && m_rows.HasNextLineData()) {
+    bool goOn = true;
+    while (goOn && m_written < m_options.limit && m_rows.HasNextLineData()) {
+        if (CopyPlainRows() > 0) {
+            ShowProgress();
+            goOn = m_targets.output.WriteText(m_text.data(), m_textSize);
+            continue;
+        }
         const EOutcome outcome = ReadRow();
         if (outcome == EOutcome::End)
             break;
-        if (CInputReport& progress = m_reporter.Progress(); progress.IsAwaited())
-            progress.Show(m_rows.GetReadPosition());
-        if (!(IsWrittenAsRead(outcome) ? WriteAsRead() : TakeRow(outcome)))
-            return false;
+        ShowProgress();
+        goOn = IsWrittenAsRead(outcome) ? WriteAsRead() : TakeRow(outcome);
     }
-    return true;
+    return goOn;
+}
+
+void CRowPump::ShowProgress() {
+    if (CInputReport& progress = m_reporter.Progress(); progress.IsAwaited())
+        progress.Show(m_rows.GetReadPosition());
+}
+
+/// Takes rows of which nothing is to be examined, changed or reported, after the first one. Where there are none it
+/// is tried again after more and more rows.
+DWORD CRowPump::CopyPlainRows() {
+    constexpr std::uint64_t countMax = std::numeric_limits<DWORD>::max();
+    constexpr std::uint64_t pauseMax = 64;
+    if (m_text.empty() || m_written == 0 || m_row < m_copyFrom)
+        return 0;
+    m_textSize = static_cast<DWORD>(m_text.size());
+    const auto maxCount = static_cast<DWORD>(std::min(m_options.limit - m_written, countMax));
+    const DWORD count = m_reader.CopyPlainRecords(*m_targets.output.TextForm(), !m_encoder.IsIdle(false), maxCount,
+                                                  m_text.data(), m_textSize);
+    m_row += count;
+    m_written += count;
+    m_pause = count > 0 ? 1 : std::min(m_pause * 2, pauseMax);
+    m_copyFrom = m_row + (count > 0 ? 0 : m_pause);
+    return count;
 }
 
 bool CRowPump::Begin(const std::vector<std::string>* names) {

@@ -64,6 +64,8 @@ private:
         End
     };
 
+    void ShowProgress();
+    DWORD CopyPlainRows();
     EOutcome ReadRow();
     void ReadRecord();
     void SkipRestOfRow();
@@ -108,6 +110,10 @@ private:
     std::uint64_t m_row = 0;        ///< the number of the current row
     std::uint64_t m_rowsBefore = 0; ///< the number of the row before the first one of data
     std::uint64_t m_written = 0;
+    std::vector<char> m_text; ///< of rows that are copied; without room if none may be
+    DWORD m_textSize = 0;
+    std::uint64_t m_copyFrom = 0; ///< the row from which on copying is tried again
+    std::uint64_t m_pause = 1;    ///< after how many
     std::vector<WORD> m_cutLengths;
     bool m_isHeader = false; ///< the current row is the header row
     std::string m_note;      ///< the message about the current row

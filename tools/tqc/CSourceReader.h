@@ -45,6 +45,11 @@ public:
     virtual void ReadRecord(SRecord& record) = 0;
     /// Whether the positions are offsets in a file.
     virtual bool CountsBytes() const { return true; }
+    /// As CCsvDataAccess::CopyPlainRecords; with `mustBeUtf8` only records that are UTF-8. Other readers copy none.
+    virtual DWORD CopyPlainRecords(const NSTQCore::CCsvDataAccess::SForm& /*form*/, bool /*mustBeUtf8*/,
+                                   DWORD /*maxCount*/, char* /*text*/, DWORD& /*size*/) {
+        return 0;
+    }
     /// Reads past one line of text, whatever it holds, or one row of a sheet. False if nothing was left to read, or
     /// the source ended without a line end.
     virtual bool SkipLine() = 0;

@@ -1,7 +1,7 @@
 // What a conversion writes its rows to: an output in one of the formats.
 #pragma once
 
-#include "tqcAccess/Types.h"
+#include "CCsvDataAccess.h"
 
 #include <string>
 
@@ -21,6 +21,10 @@ public:
     virtual bool WriteNames(const char* const* names, const WORD* lengths, DWORD count) = 0;
     /// A row of texts in the encoding of the output.
     virtual bool WriteRow(const char* const* fields, const WORD* lengths, DWORD count) = 0;
+    /// The form in which WriteText takes rows; null if it takes none.
+    virtual const NSTQCore::CCsvDataAccess::SForm* TextForm() const { return nullptr; }
+    /// Rows as text in that form, 32000 bytes at most, the last one with its line end, too.
+    virtual bool WriteText(const char* /*text*/, DWORD /*size*/) { return true; }
     /// What the user is to be told about the names and rows since the last call; empty for nothing.
     virtual std::string TakeNote() { return {}; }
 
