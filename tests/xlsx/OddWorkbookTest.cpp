@@ -155,6 +155,35 @@ TEST(XlsxRows, OddSheetsHaveTheirCellsInEveryForm) {
     }
 }
 
+/// A blank in the tag of a shared text leaves it to the general scanner.
+TEST(XlsxRows, SharedTextsAreTheSameByBothScanners) {
+    std::vector<std::string> texts = {"",
+                                      " a ",
+                                      "a&lt;b",
+                                      "a\r\nb",
+                                      "a\tb",
+                                      "_x0041_",
+                                      "a_",
+                                      "<![CDATA[<]]>",
+                                      "東京",
+                                      "</t><t>b",
+                                      "</t></si><si><t>",
+                                      std::string(60000, 'x'),
+                                      "\x80",
+                                      "&#x9;"};
+    for (std::size_t size = 1; size < 40; ++size)
+        texts.push_back(std::string(size, 'y') + (size % 3 == 0 ? "&amp;" : ""));
+    SXlsxParts parts, general;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        parts.strStrings += "<si><t>" + texts[i] + (i % 7 == 6 ? "</t></si>\n" : "</t></si>");
+        parts.strRows += "<row><c t='s'><v>" + std::to_string(i) + "</v></c></row>";
+    }
+    general = parts;
+    for (std::size_t at = 0; (at = general.strStrings.find("<si>", at)) != std::string::npos; at += 4)
+        general.strStrings.insert(at + 3, " ");
+    EXPECT_EQ(TableText(parts.File()), TableText(general.File()));
+}
+
 TEST(XlsxRows, The1904SystemMovesDatesButNotTimes) {
     SXlsxParts parts = CommonParts("<row r='1'><c r='A1' s='1'><v>0.5</v></c><c r='B1' s='6'><v>0.5</v></c>"
                                    "<c r='C1' s='3'><v>1.5</v></c><c r='D1' t='d'><v>2023-03-15</v></c></row>");

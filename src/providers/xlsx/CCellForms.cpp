@@ -1,5 +1,7 @@
 #include "providers/xlsx/CCellForms.h"
 
+#include "providers/xlsx/SCTextEnd.h"
+
 #include <bit>
 #include <charconv>
 #include <cstring>
@@ -9,18 +11,10 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr std::string_view cellBegin = "<c r=\"";
-constexpr std::uint64_t ones = 0x0101010101010101;
-constexpr std::uint64_t highBits = 0x80 * ones;
-
 std::uint64_t Load(const char* at) {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, at, sizeof bytes);
     return bytes;
-}
-
-/// The lowest bit of the result is that of the first byte below `limit`, which is at most 0x80.
-constexpr std::uint64_t FindBelow(std::uint64_t bytes, unsigned char limit) {
-    return (bytes - limit * ones) & ~bytes & highBits;
 }
 
 } // namespace
@@ -156,23 +150,8 @@ bool CCellForms::IsStartAt(const char* at, const SForm& form) const {
     return true;
 }
 
-/// Where a text ends, or something is that is not copied as it is: a control character, a reference.
-const char* CCellForms::FindTextEnd(const char* at) {
-    const auto find = [](std::uint64_t bytes) {
-        return FindBelow(bytes, ' ') | FindBelow(bytes ^ '<' * ones, 1) | FindBelow(bytes ^ '&' * ones, 1);
-    };
-    for (;; at += 2 * sizeof(std::uint64_t)) {
-        // Two at once without a branch: their number is not predictable.
-        const std::uint64_t first = find(Load(at));
-        const std::uint64_t second = find(Load(at + sizeof(std::uint64_t)));
-        if ((first | second) != 0) [[likely]]
-            return first != 0 ? at + std::countr_zero(first) / 8
-                              : at + sizeof(std::uint64_t) + std::countr_zero(second) / 8;
-    }
-}
-
 const char* CCellForms::SkipContent(const char* at, const SForm& form, std::string_view& text) {
-    const char* const end = FindTextEnd(at);
+    const char* const end = SCTextEnd::Find(at);
     text = {at, end};
     if (form.isInline) {
         static constexpr SWord ends[] = {SWord::Make("</t></is"), SWord::Make("></c>")};

@@ -65,7 +65,6 @@ private:
     };
 
     static SWord MakeDigits(std::uint32_t number);
-    static const char* FindTextEnd(const char* at);
     static const char* SkipContent(const char* at, const SForm& form, std::string_view& text);
     SForm* FindForm(const char* at, SForm& last);
     bool IsStartAt(const char* at, const SForm& form) const;

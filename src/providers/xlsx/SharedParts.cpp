@@ -1,6 +1,7 @@
 #include "providers/xlsx/SharedParts.h"
 
 #include "providers/common/TextConversion.h"
+#include "providers/xlsx/SCTextEnd.h"
 
 #include <charconv>
 
@@ -9,6 +10,23 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr std::size_t maxTexts = 1U << 25;
+
+/// Adds the texts of the most frequent form at the beginning of `ahead`; others are left to the general scanner,
+/// which gives the same for those. Returns the bytes that the texts take.
+std::size_t AddPlainTexts(std::string_view ahead, CTextPool& texts) {
+    constexpr std::string_view begin = "<si><t>", end = "</t></si>";
+    std::string_view rest = ahead;
+    while (rest.starts_with(begin) && texts.GetCount() < maxTexts) {
+        const std::string_view behind = rest.substr(begin.size());
+        const std::string_view text(behind.data(), SCTextEnd::Find(behind.data()));
+        if (!behind.substr(text.size()).starts_with(end) || MayHaveEscapes(text))
+            break;
+        const std::string_view kept = CutForField(text);
+        texts.Add(kept, kept.size() < text.size());
+        rest = behind.substr(text.size() + end.size());
+    }
+    return ahead.size() - rest.size();
+}
 
 /// The number of a format; that of General for an invalid one.
 std::uint32_t ToFormatId(std::string_view text) {
@@ -44,7 +62,11 @@ CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part) {
     CTextPool texts(package.GetPackedSize(part));
     CXmlScanner xml = package.OpenPart(part);
     std::string text;
-    while (xml.Next() != EXmlEvent::EndOfDocument) {
+    for (;;) {
+        if (xml.GetOpenCount() == 1)
+            xml.TakeAhead(AddPlainTexts(xml.GetAhead(), texts));
+        if (xml.Next() == EXmlEvent::EndOfDocument)
+            return texts;
         if (!xml.IsStart(2, "si"))
             continue;
         if (texts.GetCount() == maxTexts)
@@ -55,7 +77,6 @@ CTextPool ReadSharedTexts(const COpcPackage& package, const std::string& part) {
         const std::string_view kept = CutForField(text);
         texts.Add(kept, kept.size() < text.size());
     }
-    return texts;
 }
 
 CNumberFormats ReadNumberFormats(const COpcPackage& package, const std::string& part) {
