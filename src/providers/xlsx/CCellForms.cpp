@@ -11,6 +11,8 @@ namespace NSTQ::Providers {
 namespace {
 
 constexpr std::string_view cellBegin = "<c r=\"";
+constexpr std::string_view formulaBegin = "<f>";
+
 std::uint64_t Load(const char* at) {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, at, sizeof bytes);
@@ -62,6 +64,9 @@ void CCellForms::Learn(std::string_view bytes, const SCell& cell) {
         !m_digits.IsAt(bytes.data() + headSize))
         return;
     std::string_view tail = bytes.substr(tailBegin, tailEnd - tailBegin);
+    const std::size_t formula = tail.find(formulaBegin);
+    if (formula != tail.npos)
+        tail = tail.substr(0, formula + formulaBegin.size());
     // Of repeated references the last one counts.
     if (tail.front() != '"' || tail.find("r=") != tail.npos ||
         tail.size() > SForm::maxTailWords * sizeof(std::uint64_t))
@@ -76,8 +81,9 @@ void CCellForms::Learn(std::string_view bytes, const SCell& cell) {
     form.column = column;
     form.style = cell.style;
     form.kind = cell.kind;
+    form.hasFormula = formula != tail.npos;
     form.hasContent = hasContent;
-    form.isInline = tail.ends_with("<t>");
+    form.isInline = bytes.substr(0, tailEnd).ends_with("<t>");
     for (form.tailCount = 0; !tail.empty(); ++form.tailCount) {
         form.tail[form.tailCount] = SWord::Make(tail.substr(0, sizeof(std::uint64_t)));
         tail.remove_prefix(form.tail[form.tailCount].size);
@@ -102,6 +108,10 @@ CCellForms::SRead CCellForms::Read(std::string_view ahead, std::span<SCell> cell
         if (!IsStartAt(at, *form))
             break;
         const char* next = at + form->size + m_digits.size;
+        if (form->hasFormula)
+            next = SkipFormula(next);
+        if (next == nullptr)
+            break;
         if (form->hasContent) {
             SCell& cell = cells[read.count];
             next = SkipContent(next, *form, cell.text);
@@ -148,6 +158,14 @@ bool CCellForms::IsStartAt(const char* at, const SForm& form) const {
         if (!form.tail[i].IsAt(at))
             return false;
     return true;
+}
+
+/// From the text of a formula to that of its value.
+const char* CCellForms::SkipFormula(const char* at) {
+    static constexpr SWord end = SWord::Make("</f><v>");
+    for (at = SCTextEnd::Find(at); *at != '<' && *at != '\0';)
+        at = SCTextEnd::Find(at + 1);
+    return end.IsAt(at) ? at + end.size : nullptr;
 }
 
 const char* CCellForms::SkipContent(const char* at, const SForm& form, std::string_view& text) {

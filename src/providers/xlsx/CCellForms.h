@@ -53,18 +53,20 @@ private:
         static constexpr std::size_t maxTailWords = 5;
 
         SWord head;               ///< to the end of the letters; the digits of the row follow
-        SWord tail[maxTailWords]; ///< from there to the content, or to the end of a cell without any
+        SWord tail[maxTailWords]; ///< from there to a text, or to the end of a cell without any
         std::uint32_t tailCount = 0;
         std::uint32_t size = 0;   ///< of head and tail
         std::uint32_t column = 0; ///< 0 when no form is known
         std::uint32_t next = 0;   ///< the column of the cell that followed it last
         std::uint32_t style = 0;
         ECellKind kind = ECellKind::Error;
+        bool hasFormula = false; ///< the tail ends where its text begins
         bool hasContent = false;
         bool isInline = false;
     };
 
     static SWord MakeDigits(std::uint32_t number);
+    static const char* SkipFormula(const char* at);
     static const char* SkipContent(const char* at, const SForm& form, std::string_view& text);
     SForm* FindForm(const char* at, SForm& last);
     bool IsStartAt(const char* at, const SForm& form) const;

@@ -110,8 +110,35 @@ const char* SCPlainCell::ParseStyle(const char* at, std::uint32_t& style) {
     return at == begin ? nullptr : at;
 }
 
+/// Goes from behind `<f` to what follows the formula; its text may be anything.
+const char* SCPlainCell::SkipFormula(const char* at, const char* end) {
+    for (int attributes = 0; *at == ' ' && attributes < 8; ++attributes) {
+        const char* const name = ++at;
+        while ((*at | 0x20) >= 'a' && (*at | 0x20) <= 'z')
+            ++at;
+        if (at == name || at[0] != '=' || at[1] != '"')
+            return nullptr;
+        at += 2;
+        while (*at != '"' && *at != '<' && *at != '\0')
+            ++at;
+        if (*at++ != '"')
+            return nullptr;
+    }
+    if (*at == '/')
+        return at[1] == '>' ? at + 2 : nullptr;
+    if (*at != '>')
+        return nullptr;
+    while (*at != '<' && *at != '\0')
+        ++at;
+    return StandsAt(at, end, "</f>") ? at + 4 : nullptr;
+}
+
 /// Reads from the end of the start tag to the end of the end tag.
 const char* SCPlainCell::ParseContent(const char* at, const char* end, SCell& cell) {
+    if (StandsAt(at, end, "<f"))
+        at = SkipFormula(at + 2, end);
+    if (at == nullptr)
+        return nullptr;
     const bool isInline = StandsAt(at, end, inlineBegin);
     if (!isInline && !StandsAt(at, end, valueBegin))
         return nullptr;

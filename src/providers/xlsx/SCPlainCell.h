@@ -1,7 +1,7 @@
 // A fast parser for cells in the most frequent forms:
 //     <c r="B7" s="2" t="s"><v>12</v></c>     <c r="B7" t="inlineStr"><is><t>text</t></is></c>     <c r="B7" s="2"/>
-// Every deviation (a prefix, a formula, a reference, a space) is left to the general scanner, which alone defines
-// what a cell is; both must give the same result for the forms above.
+// and with a formula before the value. Every deviation (a prefix, a reference, a space) is left to the general
+// scanner, which alone defines what a cell is; both must give the same result for the forms above.
 #pragma once
 
 #include "providers/workbook/ICellSource.h"
@@ -23,6 +23,7 @@ private:
     static const char* ParseAttributes(const char* at, SCell& cell);
     static const char* ParseReference(const char* at, SCellPosition& position);
     static const char* ParseStyle(const char* at, std::uint32_t& style);
+    static const char* SkipFormula(const char* at, const char* end);
     static const char* ParseContent(const char* at, const char* end, SCell& cell);
 };
 
