@@ -30,30 +30,31 @@ public:
 private:
     static constexpr unsigned char quote = '"';
     static constexpr std::ptrdiff_t chunkSize = TChunk::width;
+    static constexpr std::size_t longField = 64;
     /// What a field may need in addition to its bytes: separator, quotes and the rest of two chunks.
     static constexpr std::ptrdiff_t slack = 3 + 2 * chunkSize;
 
     template <bool quoteLineEnds>
     [[gnu::always_inline]] void WriteFields(SRow& row) {
-        for (bool areTogether = AreTogether(row); row.field < row.fieldCount; ++row.field) {
-            if (areTogether) {
-                areTogether = CopyTogether<quoteLineEnds>(row);
-                if (row.field == row.fieldCount)
-                    break;
+        if (AreTogether(row))
+            while (row.field < row.fieldCount && CopyTogether<quoteLineEnds>(row) && WriteQuoted(row)) {
             }
-            if (!WriteField<quoteLineEnds>(row, areTogether))
-                break;
+        while (row.field < row.fieldCount && WriteField<quoteLineEnds>(row)) {
         }
         row.out = m_out;
     }
 
-    /// Whether a NUL and the next field follow each field.
+    /// Whether a NUL and the next field follow each field. Not so for long fields, for which it would not pay.
     [[gnu::always_inline]] static bool AreTogether(const SRow& row) {
         // These would be found where there is no field.
         if (row.fieldCount == 0 || row.separator == 0 || (row.quotesLineEnds && row.pre == 0))
             return false;
         // Numbers, because a field without bytes may have a null address.
         auto next = reinterpret_cast<std::uintptr_t>(row.data[0]);
+        const DWORD last = row.fieldCount - 1;
+        const auto size = reinterpret_cast<std::uintptr_t>(row.data[last]) + row.lengths[last] - next;
+        if (size > std::uintptr_t{longField} * row.fieldCount)
+            return false;
         for (DWORD i = 1; i < row.fieldCount; ++i) {
             next += std::uintptr_t{1} + row.lengths[i - 1];
             if (reinterpret_cast<std::uintptr_t>(row.data[i]) != next || row.data[i][-1] != 0)
@@ -62,8 +63,8 @@ private:
         return true;
     }
 
-    /// Copies fields that stand together up to one that needs quotes, or all. False, with nothing copied, when there
-    /// may not be enough room or a field contains a NUL.
+    /// Copies fields that stand together, up to one that needs quotes. False when none does: all are copied, or none,
+    /// because there may not be enough room or a field contains a NUL.
     template <bool quoteLineEnds>
     [[gnu::always_inline]] bool CopyTogether(SRow& row) {
         const DWORD last = row.fieldCount - 1;
@@ -95,29 +96,38 @@ private:
             return false;
         m_out = out + size;
         row.field = row.fieldCount;
-        return true;
+        return false;
     }
 
     /// False when the field may not fit.
     template <bool quoteLineEnds>
-    [[gnu::always_inline]] bool WriteField(SRow& row, bool needsQuotes) {
+    [[gnu::always_inline]] bool WriteField(SRow& row) {
         const std::ptrdiff_t size = row.lengths[row.field];
-        const std::ptrdiff_t room = row.end - m_out - slack;
         // A field without bytes may have a null address.
         const char* const field = size == 0 ? m_out : row.data[row.field];
-        if (size > room || (TChunk::readsPast && !IsReadablePast(field + size)))
+        if (size > row.end - m_out - slack || (TChunk::readsPast && !IsReadablePast(field + size)))
             return false;
         char* const start = m_out;
         *m_out = static_cast<char>(row.separator);
         m_out += row.field > 0 ? 1 : 0;
-        if (!needsQuotes && CopyBare<quoteLineEnds>(field, size))
+        if (CopyBare<quoteLineEnds>(field, size)) {
+            ++row.field;
             return true;
-        m_out = start + (row.field > 0 ? 1 : 0);
-        if (2 * size > room) {
-            m_out = start;
-            return false;
         }
+        m_out = start;
+        return WriteQuoted(row);
+    }
+
+    /// A field that needs quotes; as WriteField.
+    [[gnu::always_inline]] bool WriteQuoted(SRow& row) {
+        const std::ptrdiff_t size = row.lengths[row.field];
+        const char* const field = row.data[row.field];
+        if (2 * size > row.end - m_out - slack || (TChunk::readsPast && !IsReadablePast(field + size)))
+            return false;
+        *m_out = static_cast<char>(row.separator);
+        m_out += row.field > 0 ? 1 : 0;
         CopyQuoted(field, size);
+        ++row.field;
         return true;
     }
 
