@@ -85,11 +85,12 @@ TEST(ReadAhead, BytesAndFaultsComeInTheirPlacesAndTheThreadEnds) {
             for (const bool isFaulty : {false, true}) {
                 const std::string bytes = Noise(size);
                 const std::string end = isFaulty ? "at " + std::to_string(size) : "";
+                const std::string whole = bytes + Repeat(end, 2);
                 for (const std::size_t most : {std::size_t{0}, std::size_t{1}, size / 2, 2 * size + 100}) {
                     CReadAheadStream stream(std::make_unique<CFaultyStream>(bytes, piece, isFaulty, takesSignals));
                     const std::string read = ReadBytes(stream, piece, most);
-                    ASSERT_EQ(read, (bytes + end + end).substr(0, read.size()));
-                    ASSERT_GE(read.size(), std::min(most, size + 2 * end.size()));
+                    ASSERT_EQ(read, whole.substr(0, read.size()));
+                    ASSERT_GE(read.size(), std::min(most, whole.size()));
                 }
                 ASSERT_TRUE(HasThreads(threads));
             }
