@@ -1,9 +1,11 @@
-// Decimal digits, two at a time, and rounding to the nearest integer without a call.
+// Texts, decimal digits two at a time, and rounding to the nearest integer without a call.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace NSTQ::Platform {
 
@@ -21,6 +23,11 @@ inline constexpr std::array<char, 200> twoDigits = [] {
 inline char* PutTwoDigits(char* to, unsigned value) {
     std::memcpy(to, twoDigits.data() + 2 * value, 2);
     return to + 2;
+}
+
+/// Writes a text, which may be empty and null, and returns its end.
+inline char* PutText(char* to, std::string_view text) {
+    return std::copy(text.begin(), text.end(), to);
 }
 
 /// `value`, which is not negative and fits, with halves rounded up. Adding one half to it instead might round the

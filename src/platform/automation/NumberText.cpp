@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 namespace NSTQ::Platform {
@@ -32,11 +31,6 @@ constexpr int smallExponent = -5;
 
 std::string_view WithoutTrailingZeros(std::string_view digits) {
     return digits.substr(0, digits.find_last_not_of('0') + 1);
-}
-
-char* PutText(char* to, std::string_view text) {
-    std::memcpy(to, text.data(), text.size());
-    return to + text.size();
 }
 
 char* PutZeros(char* to, int count) {

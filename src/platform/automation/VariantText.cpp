@@ -1,7 +1,6 @@
+#include "platform/automation/Decimals.h"
 #include "platform/automation/ValueText.h"
 #include "platform/automation/Variant.h"
-
-#include <cstring>
 
 namespace NSTQ::Platform {
 
@@ -18,11 +17,6 @@ HRESULT StoreText(VARIANT* target, const WCHAR* units, DWORD length) {
     target->vt = VT_BSTR;
     target->bstrVal = text;
     return S_OK;
-}
-
-char* PutText(char* to, std::string_view text) {
-    std::memcpy(to, text.data(), text.size());
-    return to + text.size();
 }
 
 /// The text is ASCII.

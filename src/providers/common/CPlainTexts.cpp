@@ -3,7 +3,7 @@
 #include "platform/automation/ValueText.h"
 #include "platform/codepage/Transcode.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace NSTQ::Providers {
 
@@ -32,10 +32,7 @@ std::string_view CPlainTexts::PutValue(const VARIANT& value) {
 
 std::string_view CPlainTexts::PutAscii(std::string_view text) {
     char* const to = Reserve(text.size());
-    if (to == nullptr)
-        return {};
-    std::memcpy(to, text.data(), text.size());
-    return Take(to + text.size());
+    return to == nullptr ? std::string_view() : Take(std::ranges::copy(text, to).out);
 }
 
 std::string_view CPlainTexts::PutUtf8(std::string_view text, ETextKind kind) {
@@ -44,7 +41,7 @@ std::string_view CPlainTexts::PutUtf8(std::string_view text, ETextKind kind) {
     char* const to = kind == ETextKind::Utf8 ? Reserve(text.size()) : nullptr;
     if (to == nullptr)
         return {};
-    std::memcpy(to, text.data(), text.size());
+    std::ranges::copy(text, to);
     return Take(to + ConvertUtf8ToAnsi(reinterpret_cast<unsigned char*>(to), text.size()));
 }
 
