@@ -19,10 +19,13 @@ inline void ReadValue(Platform::IRowSource& rows, std::size_t column) {
 inline void ReadRows(Platform::IRowSource& rows) {
     // A forged sheet of a few bytes may have the maximum number of rows.
     constexpr std::int64_t rowsRead = 20'000;
+    constexpr std::size_t columnsRead = 50;
     std::int64_t count = 0;
+    Tests::CPlainTexts plainTexts;
     while (count < rowsRead && rows.MoveNext()) {
         ++count;
-        for (std::size_t i = 0; i < std::min<std::size_t>(rows.GetColumnNames().size(), 50); ++i)
+        Require(plainTexts.CheckRow(rows, columnsRead).empty(), "plain texts are those of the plain way");
+        for (std::size_t i = 0; i < std::min(rows.GetColumnNames().size(), columnsRead); ++i)
             ReadValue(rows, i);
     }
     Require(count == std::min(rows.GetRowCount(), rowsRead), "there are as many rows as claimed");

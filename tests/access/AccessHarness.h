@@ -42,7 +42,7 @@ public:
             for (std::size_t i = 0; hasHeaderRow && i < names.size(); ++i)
                 text += Utf8(names[i]) + (i + 1 < names.size() ? '|' : '\n');
             for (CPlainTexts plainTexts; rows->MoveNext();) {
-                plainTexts.CheckRow(*rows);
+                EXPECT_EQ(plainTexts.CheckRow(*rows), "");
                 for (std::size_t i = 0; i < names.size(); ++i) {
                     const std::string field = FieldText(rows->GetValue(i));
                     EXPECT_EQ(ExactText(rows->GetExactValue(i)), field);

@@ -79,7 +79,7 @@ inline std::string RowsText(Platform::IRowSource& rows) {
     std::vector<EDataType> types(rows.GetColumnNames().size());
     CPlainTexts plainTexts;
     for (; rows.MoveNext(); ++count) {
-        plainTexts.CheckRow(rows);
+        text += plainTexts.CheckRow(rows);
         for (std::size_t i = 0; i < rows.GetColumnNames().size(); ++i) {
             if (i % 2 == 1)
                 rows.GetValue(i);
