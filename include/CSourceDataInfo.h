@@ -114,8 +114,8 @@ public:
     /// and scans the sheet while the caller takes the rows. Opening a sheet and reading its rows each start one,
     /// which takes no signals and has ended when the rows have been closed, be it by FileClose, OpenTable or the
     /// destructor; while it runs, the library must not be unloaded and the process not be forked to read on in the
-    /// child. Rows and errors are the same with and without it. Other sources, and sheets of less than 256 KB, are
-    /// read without a thread.
+    /// child. Rows are the same with and without it, and so are errors, but of several faults close together in a
+    /// sheet another one may be reported. Other sources, and sheets of less than 256 KB, are read without a thread.
     void SetReadAhead(bool bReadAhead);
     /// As set; false by default: the library starts no thread.
     bool GetReadAhead() const;
