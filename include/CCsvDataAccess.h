@@ -66,9 +66,9 @@ public:
 
     /// The separator and line end of an output, as CCsvOutPut has them.
     struct SForm {
-        char cSeparator;
-        char cPreDelimiter;  ///< below the space; else nothing is copied
-        char cPostDelimiter; ///< 0 for a line end of one byte
+        char cSeparator;     ///< between the fields
+        char cPreDelimiter;  ///< ends a record; below the space, else nothing is copied
+        char cPostDelimiter; ///< follows it; 0 for a line end of one byte
     };
     /// A fast way for records that are to be written and not looked at: copies the next ones to `pText`, each in the
     /// form and with the line end that CCsvOutPut, which quotes line ends, gives to the fields that GetLineData would
