@@ -231,11 +231,23 @@ TEST(AccessValues, LongValuesThatShareARecordAreRefused) {
     CAccessTable& other =
         writer.AddTable("Other", {{"m", Memo}}, {.longValue = SAccessTableOptions::ELongValue::OnePage});
     other.Add({std::string(3000, 'x')});
-    CAccessTable& table = writer.AddTable("T", {Raw(Memo)});
+    CAccessTable& table = writer.AddTable("T", {Raw(Memo), {"missing", Memo}});
+    const std::string shared =
+        LittleEndian(0x40000BB8, 4) + SRecordPlace{other.LongPages()[0], 0}.Pointer() + std::string(4, '\0');
     for (int i = 0; i < 1000; ++i)
-        table.Add(
-            {LittleEndian(0x40000BB8, 4) + SRecordPlace{other.LongPages()[0], 0}.Pointer() + std::string(4, '\0')});
-    EXPECT_THAT(RowsOf(writer), testing::HasSubstr("overlap or form a cycle"));
+        table.Add({shared, {}});
+    const CAccessFile file(writer.Finish().Bytes());
+    EXPECT_THAT(file.Rows("T"), testing::HasSubstr("overlap or form a cycle"));
+    const auto rows = file.Open("T");
+    const auto read = [&rows = *rows] {
+        for (std::string_view texts[2]; rows.MoveNext();) {
+            rows.GetPlainTexts(texts);
+            for (const std::size_t i : {0U, 1U})
+                if (texts[i].data() == nullptr)
+                    rows.GetValue(i);
+        }
+    };
+    EXPECT_THAT(CauseOf(read), testing::HasSubstr("overlap or form a cycle")) << "as a reader reads them";
 }
 
 TEST(AccessValues, TextsAreInTheCodePageOfTheFileOrInUtf16) {

@@ -254,6 +254,7 @@ void CFieldDecoder::DecodeExactly(const SColumn& column, const CRowFields& field
 std::string_view CFieldDecoder::PutPlain(const SColumn& column, const CRowFields& fields, CPlainTexts& texts,
                                          SFieldValue& scratch) {
     std::string_view text;
+    const std::uint64_t budget = m_longValues.GetBudget();
     try {
         const EValueClass valueClass = FactsOf(column.type).valueClass;
         if (valueClass == EValueClass::None)
@@ -269,8 +270,8 @@ std::string_view CFieldDecoder::PutPlain(const SColumn& column, const CRowFields
     } catch (const CSourceError&) {
         // The plain way reports it.
     }
-    if (text.data() == nullptr && column.IsLongValue())
-        m_longValues.TakeBack();
+    if (text.data() == nullptr)
+        m_longValues.RestoreBudget(budget);
     return text;
 }
 

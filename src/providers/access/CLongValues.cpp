@@ -29,7 +29,6 @@ CLongValues::CLongValues(const CDatabase& database)
 
 std::span<const unsigned char> CLongValues::Read(std::span<const unsigned char> field, std::size_t limit,
                                                  std::size_t longest) {
-    m_spent = 0;
     if (field.size() < headerSize) {
         if (field.empty())
             return {};
@@ -83,7 +82,6 @@ void CLongValues::Spend(std::uint64_t bytes) {
     if (bytes > m_budget)
         throw CSourceError("its long values overlap or form a cycle");
     m_budget -= bytes;
-    m_spent += bytes;
 }
 
 } // namespace NSTQ::Providers

@@ -3,7 +3,6 @@
 
 #include "providers/access/CPageReader.h"
 
-#include <utility>
 #include <vector>
 
 namespace NSTQ::Providers {
@@ -25,8 +24,10 @@ public:
     std::span<const unsigned char> Read(std::span<const unsigned char> field, std::size_t limit = noLimit,
                                         std::size_t longest = maxShown);
 
-    /// The value that was read last will be read once more: it must not count twice.
-    void TakeBack() { m_budget += std::exchange(m_spent, 0); }
+    /// How many bytes may still be read; to be restored when what has been read since is read once more, so that it
+    /// does not count twice.
+    std::uint64_t GetBudget() const { return m_budget; }
+    void RestoreBudget(std::uint64_t budget) { m_budget = budget; }
 
 private:
     std::span<const unsigned char> GetPiece(std::uint32_t pointer);
@@ -36,10 +37,8 @@ private:
     CPageReader m_reader;
     std::vector<unsigned char> m_value;
     std::uint64_t m_fileSize;
-    /// The number of bytes that may still be read. Values never overlap, so a database that needs more is forged to
-    /// waste time.
+    /// Values never overlap, so a database that needs more is forged to waste time.
     std::uint64_t m_budget;
-    std::uint64_t m_spent = 0; ///< for the value that was read last
 };
 
 } // namespace NSTQ::Providers
