@@ -69,6 +69,7 @@ bool CSheetScanner::TakePlainCell(SCell& cell) {
 
 /// Cells in the form of those above. False when none of them has a value.
 bool CSheetScanner::TakeCells(std::string_view ahead, SCell& cell) {
+    static_assert(CCellForms::readSlack <= CXmlScanner::readSlack);
     const CCellForms::SRead read = m_forms.Read(ahead, m_cells);
     if (read.size == 0)
         return false;

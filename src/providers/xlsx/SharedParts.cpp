@@ -14,6 +14,7 @@ constexpr std::size_t maxTexts = 1U << 25;
 /// Adds the texts of the most frequent form at the beginning of `ahead`; others are left to the general scanner,
 /// which gives the same for those. Returns the bytes that the texts take.
 std::size_t AddPlainTexts(std::string_view ahead, CTextPool& texts) {
+    static_assert(SCTextEnd::readSlack <= CXmlScanner::readSlack);
     constexpr std::string_view begin = "<si><t>", end = "</t></si>";
     std::string_view rest = ahead;
     while (rest.starts_with(begin) && texts.GetCount() < maxTexts) {
