@@ -28,7 +28,7 @@ inline int ReadTable(Platform::IRowSource& rows) {
     constexpr std::size_t columnsRead = 50;
     const std::size_t columns = std::min(rows.GetColumnNames().size(), columnsRead);
     int count = 0;
-    Tests::CPlainTexts plainTexts;
+    Tests::CPlainTextCheck plainTexts;
     for (; count < rowsRead && rows.MoveNext(); ++count) {
         Require(plainTexts.CheckRow(rows, columnsRead).empty(), "plain texts are those of the plain way");
         for (std::size_t column = 0; column < columns; ++column) {

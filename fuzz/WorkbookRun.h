@@ -21,7 +21,7 @@ inline void ReadRows(Platform::IRowSource& rows) {
     constexpr std::int64_t rowsRead = 20'000;
     constexpr std::size_t columnsRead = 50;
     std::int64_t count = 0;
-    Tests::CPlainTexts plainTexts;
+    Tests::CPlainTextCheck plainTexts;
     while (count < rowsRead && rows.MoveNext()) {
         ++count;
         Require(plainTexts.CheckRow(rows, columnsRead).empty(), "plain texts are those of the plain way");

@@ -41,7 +41,7 @@ public:
             const auto& names = rows->GetColumnNames();
             for (std::size_t i = 0; hasHeaderRow && i < names.size(); ++i)
                 text += Utf8(names[i]) + (i + 1 < names.size() ? '|' : '\n');
-            for (CPlainTexts plainTexts; rows->MoveNext();) {
+            for (CPlainTextCheck plainTexts; rows->MoveNext();) {
                 EXPECT_EQ(plainTexts.CheckRow(*rows), "");
                 for (std::size_t i = 0; i < names.size(); ++i) {
                     const std::string field = FieldText(rows->GetValue(i));

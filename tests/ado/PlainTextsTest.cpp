@@ -1,7 +1,7 @@
 // Random cells of sheets and tables under every code page and several user locales.
-#include "support/PlainTexts.h"
 #include "access/AccessHarness.h"
 #include "providers/workbook/CSheetRows.h"
+#include "support/CPlainTextCheck.h"
 #include "support/Chosen.h"
 #include "support/Values.h"
 #include "tqcAccess/UserLocale.h"
@@ -196,7 +196,7 @@ std::unique_ptr<Platform::IRowSource> RandomTable(unsigned seed) {
 
 TEST(PlainTexts, AreThoseOfThePlainWay) {
     const std::size_t least = CountOfValues(100'000);
-    CPlainTexts sheets, tables;
+    CPlainTextCheck sheets, tables;
     unsigned seed = 20261126;
     do {
         for (const unsigned page : pages) {
@@ -210,7 +210,7 @@ TEST(PlainTexts, AreThoseOfThePlainWay) {
         }
     } while (sheets.GetCellCount() + tables.GetCellCount() < least);
     Platform::SetUserLocale({});
-    for (const CPlainTexts* const check : {&sheets, &tables}) {
+    for (const CPlainTextCheck* const check : {&sheets, &tables}) {
         EXPECT_GT(check->GetPlainCount(), check->GetCellCount() / 3);
         std::printf("%zu of %zu cells needed no conversion\n", check->GetPlainCount(), check->GetCellCount());
     }

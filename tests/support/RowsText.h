@@ -5,7 +5,7 @@
 #include "providers/common/ByteSources.h"
 #include "providers/common/CSourceError.h"
 #include "providers/common/TextConversion.h"
-#include "support/PlainTexts.h"
+#include "support/CPlainTextCheck.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -77,7 +77,7 @@ inline std::string RowsText(Platform::IRowSource& rows) {
     std::string text;
     std::int64_t count = 0;
     std::vector<EDataType> types(rows.GetColumnNames().size());
-    CPlainTexts plainTexts;
+    CPlainTextCheck plainTexts;
     for (; rows.MoveNext(); ++count) {
         text += plainTexts.CheckRow(rows);
         for (std::size_t i = 0; i < rows.GetColumnNames().size(); ++i) {

@@ -12,7 +12,7 @@
 
 namespace NSTQ::Tests {
 
-class CPlainTexts {
+class CPlainTextCheck {
 public:
     /// Compares the texts of the first columns of the current row with their values, which are only asked for
     /// afterwards. The first difference, empty for none.
