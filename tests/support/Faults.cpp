@@ -12,6 +12,7 @@ namespace {
 
 constinit thread_local std::array<Scope*, callCount> inForce{};
 constinit std::atomic<std::ptrdiff_t> liveAllocations{0};
+constinit std::atomic<std::ptrdiff_t> untilFailure{0}; ///< 1: the next allocation fails; below it none does
 
 Scope*& InForce(Call call) {
     return inForce[static_cast<std::size_t>(call)];
@@ -42,6 +43,18 @@ bool Scope::Strike() {
     return m_calls == m_nth || (m_times == Times::Always && m_calls > m_nth);
 }
 
+AllocationOfAnyThread::AllocationOfAnyThread(std::ptrdiff_t nth) {
+    untilFailure = nth;
+}
+
+AllocationOfAnyThread::~AllocationOfAnyThread() {
+    untilFailure = 0;
+}
+
+bool AllocationOfAnyThread::Fired() const {
+    return untilFailure < 1;
+}
+
 std::ptrdiff_t LiveAllocations() {
     return liveAllocations;
 }
@@ -52,8 +65,8 @@ using namespace NSTQ::Tests::Faults;
 namespace {
 
 void* Allocate(std::size_t size) noexcept {
-    void* const block =
-        FindStriking(Call::Allocate) != nullptr ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
+    const bool fails = FindStriking(Call::Allocate) != nullptr || (untilFailure > 0 && untilFailure-- == 1);
+    void* const block = fails ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
     liveAllocations += block != nullptr ? 1 : 0;
     return block;
 }

@@ -70,6 +70,16 @@ private:
     Scope* m_previous;
 };
 
+/// The `nth` allocation (from 1) fails, whichever thread makes it, as long as the object exists; one at a time.
+class AllocationOfAnyThread {
+public:
+    explicit AllocationOfAnyThread(std::ptrdiff_t nth);
+    AllocationOfAnyThread(const AllocationOfAnyThread&) = delete;
+    AllocationOfAnyThread& operator=(const AllocationOfAnyThread&) = delete;
+    ~AllocationOfAnyThread();
+    bool Fired() const;
+};
+
 /// For the wrappers: counts one call and returns the fault that affects it, or null.
 Scope* FindStriking(Call call);
 

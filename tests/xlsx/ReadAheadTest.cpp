@@ -1,6 +1,7 @@
 // What a thread reads ahead: the same bytes, rows and faults as without it, whenever the reader stops.
 #include "providers/common/CReadAheadStream.h"
 #include "providers/common/CSourceError.h"
+#include "support/Faults.h"
 #include "support/Raised.h"
 #include "xlsx/XlsxBuilder.h"
 
@@ -152,6 +153,32 @@ TEST(ReadAhead, DamagedSheetsGiveTheSameErrors) {
         EXPECT_EQ(open(true), open(false));
         EXPECT_TRUE(HasThreads(threads));
     }
+}
+
+/// Some of the allocations, in steps; how the threads share them differs from run to run.
+TEST(ReadAhead, AFailedAllocationOfEitherThreadIsReported) {
+    const std::string book = LongBook(20000);
+    const std::ptrdiff_t threads = CountThreads(), blocks = Faults::LiveAllocations();
+    bool fired = true;
+    for (std::ptrdiff_t nth = 1; fired; nth += 7) {
+        int rows = 0;
+        bool failed = false;
+        {
+            const Faults::AllocationOfAnyThread fault(nth);
+            try {
+                const auto table = OpenAhead(book, true)->OpenTable(u"Sheet1$");
+                while (table->MoveNext())
+                    ++rows;
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+            fired = fault.Fired();
+        }
+        ASSERT_EQ(failed, fired) << nth;
+        ASSERT_TRUE(failed || rows == 20000) << rows;
+        ASSERT_TRUE(HasThreads(threads));
+    }
+    EXPECT_EQ(Faults::LiveAllocations(), blocks);
 }
 
 } // namespace
