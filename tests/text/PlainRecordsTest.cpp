@@ -1,5 +1,6 @@
 // Records copied as text and the same records read by their fields: the output of both is the same.
 #include "support/TempFolder.h"
+#include "text/CopiedRecords.h"
 #include "text/Harness.h"
 
 #include <array>
@@ -8,8 +9,6 @@
 
 namespace NSTQ::Tests {
 namespace {
-
-using SForm = NSTQCore::CCsvDataAccess::SForm;
 
 struct SWay {
     CSettings settings;
@@ -45,43 +44,17 @@ protected:
         }
     }
 
-    static void Append(std::string& output, const CRecord& record, const SForm& form) {
-        for (const std::string& field : record.fields) {
-            output.append(&field == record.fields.data() ? 0 : 1, form.cSeparator);
-            const bool isQuoted = field.find_first_of(std::string{'"', '\r', '\n', form.cSeparator}) != field.npos;
-            output.append(isQuoted ? 1 : 0, '"');
-            for (const char c : field)
-                output.append(c == '"' ? 2 : 1, c);
-            output.append(isQuoted ? 1 : 0, '"');
-        }
-        output += form.cPreDelimiter;
-        output.append(form.cPostDelimiter == 0 ? 0 : 1, form.cPostDelimiter);
-    }
-
-    /// All records as text; each with its position. `room` is that for records that are copied; 0 for none.
-    std::string Write(const SReader& by, const std::string& text, DWORD room, DWORD maxCount) {
+    std::string Write(const SReader& by, const std::string& text, SCopying copying) {
         by.reader->Load(text);
-        std::string output, copied(room, '\0');
-        DWORD records = 0;
-        for (CRecord record; by.reader->HasNextLineData();) {
-            DWORD size = room;
-            const DWORD count = by.reader->CopyPlainRecords(by.way.form, maxCount, copied.data(), size);
-            EXPECT_TRUE(count <= maxCount && size <= room);
-            output.append(copied, 0, size);
-            m_copied += count;
-            records += count;
-            if (count > 0)
-                continue;
-            by.reader->Read(record);
-            Append(output, record, by.way.form);
-            ++records;
-        }
-        return output + std::to_string(records);
+        const std::string output = WriteRecords(*by.reader, by.way.form, copying);
+        EXPECT_TRUE(copying.isWithin);
+        m_copied += copying.copied;
+        return output;
     }
 
     bool AgreeOn(const std::string& text, std::size_t way, DWORD room, DWORD maxCount) {
         const SReader& by = m_readers[way % m_readers.size()];
-        const std::string expected = Write(by, text, 0, 1), output = Write(by, text, room, maxCount);
+        const std::string expected = Write(by, text, {}), output = Write(by, text, {room, maxCount});
         EXPECT_EQ(Escape(expected), Escape(output)) << Escape(text) << ' ' << Scan::GetKernel().name << ' ' << way;
         return expected == output;
     }
