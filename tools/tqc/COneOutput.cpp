@@ -55,10 +55,9 @@ bool COneOutput::AppendTables(const CInputFile& input, CInputReport& report) {
 bool COneOutput::AppendTable(const CInputFile& input, const CLibrarySource& source, const STable& table,
                              CInputReport& report) {
     SCFormOptions::CheckTyped(m_options, input.Name());
-    for (;;) {
+    for (CReporter reporter(table.subject, m_options.quiet, report);; reporter.StartAgain()) {
         CLibraryRows rows = source.Open(table.position);
         BeginTable(input, source.TableNames()[table.position]);
-        CReporter reporter(table.subject, m_options.quiet, report);
         CTypedPump pump(m_options, {rows, source.IsWorkbook()}, {*m_output.typed, m_columns}, reporter);
         pump.Begin();
         const bool goOn = pump.Run();

@@ -2,7 +2,9 @@
 
 #include "SCTerminal.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace NSTQ::Tool {
 namespace {
@@ -20,9 +22,13 @@ void CReporter::Note(const std::string& what) {
 }
 
 void CReporter::ReportRow(const std::string& row, const std::string& what) {
-    if (++m_reports > maxReports || m_isQuiet)
+    if (++m_reports > maxReports || m_reports <= m_printed || m_isQuiet)
         return;
     m_report.Print(m_file + ": " + row + ": " + what);
+}
+
+void CReporter::StartAgain() {
+    m_printed = std::max(m_printed, std::exchange(m_reports, 0U));
 }
 
 void CReporter::Finish() {

@@ -21,6 +21,8 @@ public:
     void Note(const std::string& what);
     /// A row, such as "row 3", that was truncated, left out or changed. After the first ten they are only counted.
     void ReportRow(const std::string& row, const std::string& what);
+    /// The rows are read once more, from the first one: what has been reported is not printed again.
+    void StartAgain();
     /// Reports how many messages were suppressed.
     void Finish();
     bool HasLostRows() const { return m_reports > 0; }
@@ -38,6 +40,7 @@ private:
     bool m_isQuiet;
     CInputReport& m_report;
     std::uint64_t m_reports = 0;
+    std::uint64_t m_printed = 0; ///< reports of an earlier reading of the rows
 };
 
 } // namespace NSTQ::Tool
