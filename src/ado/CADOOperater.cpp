@@ -229,7 +229,7 @@ bool CADOOperater::GetFieldsType(const SFieldType*& pTypes, DWORD& dwCount) {
 /// A text that needs no conversion gives the same as the conversion of the value.
 void CADOOperater::_StoreRow() {
     const std::span<std::string_view> texts = m_pAdo->plainTexts;
-    m_pAdo->pRecordset->GetPlainTexts(texts);
+    m_pAdo->pRecordset->GetPlainTexts(texts, m_bKeepLineEnds);
     std::size_t offset = 0;
     for (DWORD i = 0; i < m_dwFieldCnt; ++i) {
         const bool isPlain = texts[i].data() != nullptr && texts[i].size() <= m_dwMaxFieldSize;

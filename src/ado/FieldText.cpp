@@ -1,6 +1,7 @@
 #include "FieldText.h"
 
 #include "SCDataAccessDefine.h"
+#include "platform/codepage/PlainText.h"
 #include "platform/codepage/Transcode.h"
 
 #include <algorithm>
@@ -49,11 +50,6 @@ char* SkipSpaces(char* text, const char* end) {
     return text;
 }
 
-template <class TChar>
-bool IsLineEnd(TChar c) {
-    return c == SCDataAccessDefine::CR_CODE || c == SCDataAccessDefine::LF_CODE;
-}
-
 /// Cleans a text that arrives in pieces, each in place.
 class CTextCleaner {
 public:
@@ -88,7 +84,8 @@ public:
 
 private:
     char* SkipLeading(char* from, const char* end) {
-        while ((from = SkipSpaces(from, end)) != end && IsControl(*from) && !(m_bKeepsLineEnds && IsLineEnd(*from)))
+        while ((from = SkipSpaces(from, end)) != end && IsControl(*from) &&
+               !(m_bKeepsLineEnds && Platform::IsLineEnd(*from)))
             ++from;
         m_bAtStart = from == end;
         return from;
@@ -98,7 +95,7 @@ private:
         if (c == TAB) {
             *to++ = SPACE;
             m_pTrimmedTo = to;
-        } else if (m_bKeepsLineEnds && IsLineEnd(c)) {
+        } else if (m_bKeepsLineEnds && Platform::IsLineEnd(c)) {
             *to++ = c;
         }
         return to;
@@ -135,7 +132,7 @@ std::u16string_view TrimSpaces(std::u16string_view text) {
 
 bool HasContent(std::u16string_view text, bool bKeepsLineEnds) {
     return std::any_of(text.begin(), text.end(), [=](char16_t unit) {
-        return unit > u' ' || unit == u'\t' || (bKeepsLineEnds && IsLineEnd(unit));
+        return unit > u' ' || unit == u'\t' || (bKeepsLineEnds && Platform::IsLineEnd(unit));
     });
 }
 

@@ -241,7 +241,7 @@ TEST(AccessValues, LongValuesThatShareARecordAreRefused) {
     const auto rows = file.Open("T");
     const auto read = [&rows = *rows] {
         for (std::string_view texts[2]; rows.MoveNext();) {
-            rows.GetPlainTexts(texts);
+            rows.GetPlainTexts(texts, false);
             for (const std::size_t i : {0U, 1U})
                 if (texts[i].data() == nullptr)
                     rows.GetValue(i);

@@ -93,8 +93,8 @@ struct CScriptedRows final : Platform::IRowSource {
         script.Do("GetValue");
         return table.rows.at(next - 1).at(column).Value();
     }
-    void GetPlainTexts(std::span<std::string_view> texts) override {
-        IRowSource::GetPlainTexts(texts);
+    void GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) override {
+        IRowSource::GetPlainTexts(texts, keepsLineEnds);
         for (std::size_t i = 0; i < script.plainTexts.size(); ++i)
             texts[i] = script.plainTexts[i] == nullptr ? std::string_view() : std::string_view(script.plainTexts[i]);
     }

@@ -91,7 +91,9 @@ public:
     virtual bool IsNullRow() { return false; }
     /// Not part of ADO: the texts of the current row that need no conversion; see IRowSource in
     /// platform/ado/Provider.h.
-    virtual void GetPlainTexts(std::span<std::string_view> texts) { std::ranges::fill(texts, std::string_view()); }
+    virtual void GetPlainTexts(std::span<std::string_view> texts, bool /*keepsLineEnds*/) {
+        std::ranges::fill(texts, std::string_view());
+    }
     virtual void Close() = 0;
 
 protected:

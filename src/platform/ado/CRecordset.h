@@ -21,7 +21,9 @@ public:
     bool GetEOF() override;
     void MoveNext() override;
     bool IsNullRow() override { return GetCurrentRow().IsNullRow(); }
-    void GetPlainTexts(std::span<std::string_view> texts) override { GetCurrentRow().GetPlainTexts(texts); }
+    void GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) override {
+        GetCurrentRow().GetPlainTexts(texts, keepsLineEnds);
+    }
     void Close() override;
 
     /// Opens it on existing rows; the first one is then current.

@@ -49,10 +49,13 @@ public:
     virtual const VARIANT& GetValue(std::size_t column) = 0;
     /// The texts of values of the current row that need no conversion, for a reader that wants nothing but texts: one
     /// element of `texts` for each column. A text is in the ANSI code page and exactly what the conversion of
-    /// GetValue under the user locale gives; it has no control character and no space at its beginning or end. The
-    /// data of the view are null where there is none: such a value is missing, has to be converted, or cannot be
-    /// read, which only GetValue reports. The texts belong to the row source and are valid until the next MoveNext.
-    virtual void GetPlainTexts(std::span<std::string_view> texts) { std::ranges::fill(texts, std::string_view()); }
+    /// GetValue under the user locale gives; it has no space at its beginning or end and no control character, but
+    /// for CR and LF if the reader `keepsLineEnds`. The data of the view are null where there is none: such a value
+    /// is missing, has to be converted, or cannot be read, which only GetValue reports. The texts belong to the row
+    /// source and are valid until the next call of this or MoveNext.
+    virtual void GetPlainTexts(std::span<std::string_view> texts, bool /*keepsLineEnds*/) {
+        std::ranges::fill(texts, std::string_view());
+    }
     /// The value of GetValue without loss: texts are whole, bytes are bytes. It takes the memory of the value, which
     /// is at most 2^30 bytes in a database and 2^22 in a workbook; DB_E_DATAOVERFLOW for a text that cannot be
     /// returned as a whole. Valid as the result of GetValue.

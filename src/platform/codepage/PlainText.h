@@ -37,10 +37,17 @@ inline void CopyPlain(char*& to, const unsigned char*& from, const unsigned char
         *to++ = static_cast<char>(*from++);
 }
 
-/// Writes UTF-16 units, in the byte order of the processor, as `encode` gives them; null when one is a control
-/// character or cannot be encoded alone. `to` has room for 3 bytes for each, and one more.
+/// A byte or unit of one.
+template <class TUnit>
+constexpr bool IsLineEnd(TUnit unit) {
+    return unit == TUnit{'\r'} || unit == TUnit{'\n'};
+}
+
+/// Writes UTF-16 units, in the byte order of the processor, as `encode` gives them; null when one cannot be encoded
+/// alone or is a control character, but for CR and LF if it `keepsLineEnds`. `to` has room for 3 bytes for each, and
+/// one more.
 template <class TEncode>
-char* PutPlainUnits(char* to, std::span<const unsigned char> units, TEncode encode) {
+char* PutPlainUnits(char* to, std::span<const unsigned char> units, TEncode encode, bool keepsLineEnds) {
     if constexpr (!areUnitsStored)
         return nullptr;
     auto* out = reinterpret_cast<unsigned char*>(to);
@@ -49,7 +56,10 @@ char* PutPlainUnits(char* to, std::span<const unsigned char> units, TEncode enco
         if (units.size() >= unitsAtOnce * sizeof(char16_t) && PutAsciiUnits(out, units.data())) {
             std::uint64_t word = 0;
             std::memcpy(&word, out, sizeof word);
-            isPlain = ((word - 0x2020202020202020U) & 0x8080808080808080U) == 0;
+            isPlain = ((word - 0x2020202020202020U) & 0x8080808080808080U) == 0 ||
+                      (keepsLineEnds && std::all_of(out, out + sizeof word, [](unsigned char byte) {
+                           return byte >= 0x20 || IsLineEnd(byte);
+                       }));
             out += unitsAtOnce;
             units = units.subspan(unitsAtOnce * sizeof(char16_t));
             continue;
@@ -61,7 +71,7 @@ char* PutPlainUnits(char* to, std::span<const unsigned char> units, TEncode enco
             const SUnitBytes bytes = encode(unit);
             std::memcpy(out, &bytes.bytes, sizeof bytes.bytes);
             out += bytes.size;
-            isPlain = isPlain && unit >= 0x20 && bytes.size != 0;
+            isPlain = isPlain && (unit >= 0x20 || (keepsLineEnds && IsLineEnd(unit))) && bytes.size != 0;
             units = units.subspan(sizeof unit);
         }
     }

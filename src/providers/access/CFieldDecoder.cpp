@@ -281,7 +281,7 @@ std::string_view CFieldDecoder::PutPlainText(CBytes bytes, CPlainTexts& texts) c
         return GetTextKind(characters) == ETextKind::Ascii ? texts.PutAscii(characters) : std::string_view();
     }
     char* const to = texts.Reserve(SCJetText::maxBytesPerByte * bytes.size() + SCJetText::textSlack);
-    return to == nullptr ? std::string_view() : texts.Take(SCJetText::PutPlain(bytes, to));
+    return to == nullptr ? std::string_view() : texts.Take(SCJetText::PutPlain(bytes, to, texts.KeepsLineEnds()));
 }
 
 /// The bytes to decode; none when `target` has the value already.

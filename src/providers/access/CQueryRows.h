@@ -22,7 +22,8 @@ public:
     Platform::SExactValue GetExactValue(std::size_t column) override {
         return m_rows.GetExactValue(m_plan.outputs[column].column);
     }
-    void GetPlainTexts(std::span<std::string_view> texts) override {
+    void GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) override {
+        m_rows.StartPlainTexts(keepsLineEnds);
         for (std::size_t i = 0; i < texts.size(); ++i)
             texts[i] = m_rows.GetPlainText(m_plan.outputs[i].column);
     }

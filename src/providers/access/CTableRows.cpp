@@ -18,7 +18,6 @@ CTableRows::CTableRows(std::shared_ptr<const CDatabase> database, STableDefiniti
 }
 
 bool CTableRows::MoveNext() {
-    m_plain.Clear();
     return RaiseAsComError(m_database->GetPath(), [this] { return m_scan.MoveNext(); });
 }
 
@@ -34,8 +33,8 @@ SExactValue CTableRows::GetExactValue(std::size_t column) {
     return {m_value.value, m_value.bytes};
 }
 
-void CTableRows::GetPlainTexts(std::span<std::string_view> texts) {
-    m_plain.Clear();
+void CTableRows::GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) {
+    StartPlainTexts(keepsLineEnds);
     for (std::size_t i = 0; i < texts.size(); ++i)
         texts[i] = GetPlainText(i);
 }

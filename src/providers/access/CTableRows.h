@@ -25,9 +25,10 @@ public:
     void MoveTo(const SRowAddress& place) { m_scan.MoveTo(place); }
     const Platform::VARIANT& GetValue(std::size_t column) override;
     Platform::SExactValue GetExactValue(std::size_t column) override;
-    void GetPlainTexts(std::span<std::string_view> texts) override;
-    /// The same for one column.
+    void GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) override;
+    /// The same for one column, after StartPlainTexts.
     std::string_view GetPlainText(std::size_t column);
+    void StartPlainTexts(bool keepsLineEnds) { m_plain.StartRow(keepsLineEnds); }
     /// The bytes of a value, none when it is null; valid until the next call for a value or row.
     std::span<const unsigned char> GetBytes(std::size_t column);
 

@@ -56,14 +56,15 @@ bool IsCompressed(std::span<const unsigned char> bytes) {
     return bytes.size() >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE;
 }
 
-/// As Decompress. Null for a control character or half of one beyond U+FFFF.
+/// As Decompress. Null for a control character, which a line end that is kept is not, or half of one beyond U+FFFF.
 template <class TEncode>
-char* PutCompressed(char* to, const unsigned char* from, const unsigned char* end, TEncode encode) {
+char* PutCompressed(char* to, const unsigned char* from, const unsigned char* end, TEncode encode,
+                    bool keepsLineEnds) {
     while (from != end) {
         CopyPlain(to, from, end);
         if (from == end)
             break;
-        if (*from >= 0x80) {
+        if (*from >= 0x80 || (keepsLineEnds && IsLineEnd(*from))) {
             const SUnitBytes bytes = encode(*from++);
             std::memcpy(to, &bytes.bytes, sizeof bytes.bytes);
             to += bytes.size;
@@ -74,7 +75,7 @@ char* PutCompressed(char* to, const unsigned char* from, const unsigned char* en
         const unsigned char* stop = from;
         while (end - stop >= 2 && *stop != 0)
             stop += 2;
-        to = PutPlainUnits(to, {from, stop}, encode);
+        to = PutPlainUnits(to, {from, stop}, encode, keepsLineEnds);
         if (to == nullptr)
             return nullptr;
         from = stop == end ? end : stop + 1;
@@ -84,12 +85,13 @@ char* PutCompressed(char* to, const unsigned char* from, const unsigned char* en
 
 } // namespace
 
-char* SCJetText::PutPlain(std::span<const unsigned char> bytes, char* to) {
+char* SCJetText::PutPlain(std::span<const unsigned char> bytes, char* to, bool keepsLineEnds) {
     if constexpr (!areUnitsStored)
         return nullptr;
     return WithAnsiEncoder([=](auto encode) {
-        return IsCompressed(bytes) ? PutCompressed(to, bytes.data() + 2, bytes.data() + bytes.size(), encode)
-                                   : PutPlainUnits(to, bytes, encode);
+        return IsCompressed(bytes)
+                   ? PutCompressed(to, bytes.data() + 2, bytes.data() + bytes.size(), encode, keepsLineEnds)
+                   : PutPlainUnits(to, bytes, encode, keepsLineEnds);
     });
 }
 

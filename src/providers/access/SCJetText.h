@@ -13,10 +13,10 @@ public:
     /// U+0100, where a byte 00 switches to byte pairs and back. An odd byte at the end is ignored.
     static void DecodeWide(std::span<const unsigned char> bytes, Platform::CBstr& text);
 
-    /// A text of Jet 4 or ACE in the ANSI code page, without UTF-16 on the way. Returns its end; null when it has a
-    /// control character or half of a character. `to` has room for maxBytesPerByte times the bytes of the text, and
-    /// textSlack more.
-    static char* PutPlain(std::span<const unsigned char> bytes, char* to);
+    /// A text of Jet 4 or ACE in the ANSI code page, without UTF-16 on the way. Returns its end; null when it has
+    /// half of a character or a control character, but for CR and LF if it `keepsLineEnds`. `to` has room for
+    /// maxBytesPerByte times the bytes of the text, and textSlack more.
+    static char* PutPlain(std::span<const unsigned char> bytes, char* to, bool keepsLineEnds);
     static constexpr std::size_t maxBytesPerByte = 2;
     static constexpr std::size_t textSlack = 8;
 

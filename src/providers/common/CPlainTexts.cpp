@@ -50,7 +50,8 @@ std::string_view CPlainTexts::PutWide(std::span<const unsigned char> units) {
     char* const to = Reserve(units.size() / sizeof(WCHAR) * bytesPerUnit + 1);
     if (to == nullptr)
         return {};
-    return Take(WithAnsiEncoder([=](auto encode) { return PutPlainUnits(to, units, encode); }));
+    return Take(
+        WithAnsiEncoder([=, this](auto encode) { return PutPlainUnits(to, units, encode, m_keepsLineEnds); }));
 }
 
 } // namespace NSTQ::Providers

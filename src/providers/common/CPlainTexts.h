@@ -21,8 +21,12 @@ public:
     static constexpr std::size_t longest = 1U << 17;
 
     /// Forgets the texts of the row before. The views of the other operations are valid until then; their data are
-    /// null when there is no text.
-    void Clear() { m_used = 0; }
+    /// null when there is no text. CR and LF may be in a text if the reader `keepsLineEnds`.
+    void StartRow(bool keepsLineEnds) {
+        m_used = 0;
+        m_keepsLineEnds = keepsLineEnds;
+    }
+    bool KeepsLineEnds() const { return m_keepsLineEnds; }
 
     /// The text of a value that is not a text itself.
     std::string_view PutValue(const Platform::VARIANT& value);
@@ -44,6 +48,7 @@ private:
 
     std::unique_ptr<char[]> m_room; ///< null before the first text
     std::size_t m_used = 0;
+    bool m_keepsLineEnds = false;
 };
 
 } // namespace NSTQ::Providers

@@ -109,8 +109,8 @@ SExactValue CSheetRows::GetExactValue(std::size_t column) {
     return {m_value, {}};
 }
 
-void CSheetRows::GetPlainTexts(std::span<std::string_view> texts) {
-    m_plain.Clear();
+void CSheetRows::GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) {
+    m_plain.StartRow(keepsLineEnds);
     for (std::size_t i = 0; i < texts.size(); ++i)
         texts[i] = m_columns[i].row == m_row ? GetPlainText(m_columns[i]) : std::string_view();
 }

@@ -30,7 +30,7 @@ public:
     bool MoveNext() override;
     bool IsNullRow() const override { return !m_hasCells; }
     const Platform::VARIANT& GetValue(std::size_t column) override;
-    void GetPlainTexts(std::span<std::string_view> texts) override;
+    void GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) override;
     /// As the interface says. Workbooks hold texts of 32767 characters; a longer one in the sheet is returned as a
     /// whole. A shared one is kept only as far as a field can show it; a text that has lost its end, which has more
     /// than 65536 characters, gives DB_E_DATAOVERFLOW.
