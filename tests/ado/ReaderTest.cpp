@@ -239,6 +239,13 @@ TEST_F(Reader, PlainTextsAreTakenWithoutTheirValuesUnlessTheyAreTooLong) {
     script.plainTexts[1] = "";
     EXPECT_EQ(opened.Read(), S_OK);
     EXPECT_EQ(opened.row.Texts(), (Row{"plain", "", "three"}));
+    script.table = {{u"a"}, {{u"as a\nvalue"}}};
+    script.plainTexts = {"two\nlines"};
+    for (const bool keep : {false, true}) {
+        Opened lines(info, 1, 99, 20, keep);
+        EXPECT_EQ(lines.Read(), S_OK);
+        EXPECT_EQ(lines.row.Texts(), Row{keep ? "two\nlines" : "as avalue"});
+    }
 }
 
 TEST_F(Reader, RowsAndNamesFillTheLineBufferToTheLastByteAndNoFurther) {

@@ -96,7 +96,9 @@ struct CScriptedRows final : Platform::IRowSource {
     void GetPlainTexts(std::span<std::string_view> texts, bool keepsLineEnds) override {
         IRowSource::GetPlainTexts(texts, keepsLineEnds);
         for (std::size_t i = 0; i < script.plainTexts.size(); ++i)
-            texts[i] = script.plainTexts[i] == nullptr ? std::string_view() : std::string_view(script.plainTexts[i]);
+            if (const char* const text = script.plainTexts[i];
+                text != nullptr && (keepsLineEnds || std::string_view(text).find('\n') == std::string_view::npos))
+                texts[i] = text;
     }
 
     CScript& script;

@@ -2,7 +2,6 @@
 
 #include "SCTerminal.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -28,7 +27,7 @@ void CReporter::ReportRow(const std::string& row, const std::string& what) {
 }
 
 void CReporter::StartAgain() {
-    m_printed = std::max(m_printed, std::exchange(m_reports, 0U));
+    m_printed = std::exchange(m_reports, 0U);
 }
 
 void CReporter::Finish() {

@@ -21,7 +21,8 @@ public:
     void Note(const std::string& what);
     /// A row, such as "row 3", that was truncated, left out or changed. After the first ten they are only counted.
     void ReportRow(const std::string& row, const std::string& what);
-    /// The rows are read once more, from the first one: what has been reported is not printed again.
+    /// The rows are read once more, from the first one and at least as far: what has been reported is not printed
+    /// again.
     void StartAgain();
     /// Reports how many messages were suppressed.
     void Finish();
